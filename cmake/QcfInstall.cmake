@@ -1,0 +1,37 @@
+# What `cmake --install` puts down: the libraries with their headers, and a package that
+# find_package(Qcf [COMPONENTS Documents Agent Mirror]) reads. The engine is one export set, every
+# component another, so that nothing is looked for unasked.
+include(CMakePackageConfigHelpers)
+
+set(qcfPackageDir ${CMAKE_INSTALL_LIBDIR}/cmake/Qcf)
+
+function(qcf_install set)
+    set(found FALSE)
+    foreach(library IN LISTS ARGN)
+        if(TARGET ${library})
+            install(TARGETS ${library} EXPORT ${set} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            set(found TRUE)
+        endif()
+    endforeach()
+    if(found)
+        install(EXPORT ${set} NAMESPACE Qcf:: DESTINATION ${qcfPackageDir})
+    endif()
+endfunction()
+
+qcf_install(QcfTargets QcfPlatform QcfLib)
+qcf_install(QcfDocumentsTargets QcfDocuments)
+qcf_install(QcfAgentTargets QcfAgent)
+qcf_install(QcfMirrorTargets QcfMirror)
+
+foreach(folder Platform QcfLib Documents Agent Mirror)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf
+        FILES_MATCHING PATTERN "*.h" PATTERN "schema" EXCLUDE)
+endforeach()
+
+configure_package_config_file(cmake/QcfConfig.cmake.in ${PROJECT_BINARY_DIR}/QcfConfig.cmake
+    INSTALL_DESTINATION ${qcfPackageDir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/QcfConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/QcfConfig.cmake ${PROJECT_BINARY_DIR}/QcfConfigVersion.cmake
+    DESTINATION ${qcfPackageDir})
