@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <array>
+#include <compare>
+#include <cstring>
+#include <iosfwd>
+#include <optional>
+#include <string_view>
+
+/// The address families that a route, an address or a prefix may have. The numbers are what the
+/// policy language shows as an IP version.
+enum class AddressFamily : U8 { none = 0, ipv4 = 4, ipv6 = 6 };
+
+/// Number of bits of an address of a family: 0, 32 or 128.
+constexpr U8 addressWidth(AddressFamily family) {
+    return family == AddressFamily::ipv4 ? 32 : family == AddressFamily::ipv6 ? 128 : 0;
+}
+
+/// An IPv4 or IPv6 address, or no address at all (family `none`).
+///
+/// A plain value of 20 bytes without heap: copied, compared and handed over by value or const
+/// reference on any thread. The bytes are kept in network order; those a family does not use are
+/// zero, so equality needs no look at the family's width.
+class IpGenAddr {
+public:
+    /// No address: family `none`, all bytes zero.
+    constexpr IpGenAddr() = default;
+
+    /// The IPv4 address whose numeric value is `hostOrder` (0x0a000001 is 10.0.0.1).
+    static constexpr IpGenAddr v4(U32 hostOrder) {
+        IpGenAddr addr;
+        addr.family_ = AddressFamily::ipv4;
+        for (U32 i = 0; i < 4; ++i) {
+            addr.bytes_[i] = static_cast<U8>(hostOrder >> (24 - 8 * i));
+        }
+        return addr;
+    }
+
+    /// The IPv6 address of 16 octets in network order.
+    static constexpr IpGenAddr v6(std::array<U8, 16> const & octets) {
+        IpGenAddr addr;
+        addr.family_ = AddressFamily::ipv6;
+        addr.bytes_ = octets;
+        return addr;
+    }
+
+    constexpr AddressFamily af() const { return family_; }
+
+    /// Numeric value of an IPv4 address; the first four octets as a number in any other family.
+    U32 v4Value() const {
+        U32 networkOrder = 0;
+        std::memcpy(&networkOrder, bytes_.data(), sizeof networkOrder);
+        return __builtin_bswap32(networkOrder);
+    }
+
+    /// The numeric value of octets 0 to 7 (`half` 0) or 8 to 15 (`half` 1).
+    U64 halfValue(U32 half) const {
+        U64 networkOrder = 0;
+        std::memcpy(&networkOrder, bytes_.data() + 8 * half, sizeof networkOrder);
+        return __builtin_bswap64(networkOrder);
+    }
+
+    /// The 16 octets in network order; an IPv4 address uses the first four.
+    U8 const * bytes() const { return bytes_.data(); }
+
+    /// True for 0.0.0.0, for :: and for no address.
+    bool isAddrZero() const { return (halfValue(0) | halfValue(1)) == 0; }
+
+    /// Same family and same address.
+    bool operator==(IpGenAddr const & other) const {
+        return family_ == other.family_ &&
+               std::memcmp(bytes_.data(), other.bytes_.data(), bytes_.size()) == 0;
+    }
+
+    /// By family (none, IPv4, IPv6), then by numeric value.
+    std::strong_ordering operator<=>(IpGenAddr const & other) const {
+        if (family_ != other.family_) {
+            return family_ <=> other.family_;
+        }
+        if (auto const order = halfValue(0) <=> other.halfValue(0); order != 0) {
+            return order;
+        }
+        return halfValue(1) <=> other.halfValue(1);
+    }
+
+    /// Hash of family and address; equal addresses have equal hashes for equal seeds.
+    U32 hash(U32 seed) const;
+
+    /// Dotted quad, RFC 5952 form (IPv4-mapped addresses end in a dotted quad), or "" for none.
+    String toString() const;
+
+    /// Appends what `toString` returns; allocates only when `out` must grow.
+    void appendText(String & out) const;
+
+    /// Reads an address: a strict dotted quad (no leading zeros), any RFC 4291 form, or the empty
+    /// text for none. A zone, a length or blanks around it make it no address.
+    static std::optional<IpGenAddr> parse(std::string_view text);
+
+private:
+    alignas(4) std::array<U8, 16> bytes_{};
+    AddressFamily family_ = AddressFamily::none;
+};
+
+std::ostream & operator<<(std::ostream & out, IpGenAddr const & addr);

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "Platform/Framework/Assert.h"
+#include "Platform/Routing/IpAddr.h"
+
+/// What a reader of prefixes does with bits that are set beyond the prefix length.
+enum class HostBits : U8 {
+    refuse, ///< such a text is no prefix
+    mask,   ///< they are cleared
+};
+
+/// An address prefix: an address whose bits beyond the length are zero, and the length.
+///
+/// A plain value of 24 bytes without heap. The default one is of family `none` with length 0, which
+/// contains nothing and is contained in nothing.
+class IpGenPrefix {
+public:
+    constexpr IpGenPrefix() = default;
+
+    /// The prefix of `length` bits of `addr`; bits beyond are cleared. The length must not exceed
+    /// the width of the family (0 for family none): outside values are to be checked before.
+    IpGenPrefix(IpGenAddr const & addr, U8 length) : addr_(masked(addr, length)), length_(length) {}
+
+    /// The full-length prefix of an address; of family none for no address.
+    static IpGenPrefix host(IpGenAddr const & addr) { return {addr, addressWidth(addr.af())}; }
+
+    IpGenAddr const & addr() const { return addr_; }
+    constexpr AddressFamily af() const { return addr_.af(); }
+
+    /// Length in bits, 0 to 32 or 128.
+    constexpr U8 len() const { return length_; }
+
+    /// True when the address is of the same family and lies in the prefix.
+    bool contains(IpGenAddr const & addr) const {
+        if (addr.af() != af()) {
+            return false;
+        }
+        switch (af()) {
+        case AddressFamily::ipv4:
+            return (U64{addr_.v4Value() ^ addr.v4Value()} >> (32U - length_)) == 0;
+        case AddressFamily::ipv6:
+            return containsV6(addr);
+        case AddressFamily::none:
+            break;
+        }
+        return false;
+    }
+
+    /// True when every address of `other` lies in this prefix; a prefix contains itself.
+    bool contains(IpGenPrefix const & other) const {
+        return other.length_ >= length_ && contains(other.addr_);
+    }
+
+    bool operator==(IpGenPrefix const & other) const {
+        return length_ == other.length_ && addr_ == other.addr_;
+    }
+
+    /// By family, address, then length: a prefix stands before the longer ones it contains.
+    std::strong_ordering operator<=>(IpGenPrefix const & other) const {
+        auto const order = addr_ <=> other.addr_;
+        return order != 0 ? order : length_ <=> other.length_;
+    }
+
+    /// Hash of family, address and length.
+    U32 hash(U32 seed) const;
+
+    /// "10.0.0.0/8", "2001:db8::/32", or "" for family none.
+    String toString() const;
+
+    /// Appends what `toString` returns; allocates only when `out` must grow.
+    void appendText(String & out) const;
+
+    /// Reads "ADDRESS/LENGTH"; the empty text is the prefix of family none. The length is decimal
+    /// without sign or leading zero and within the family's width.
+    static std::optional<IpGenPrefix> parse(std::string_view text,
+                                            HostBits hostBits = HostBits::refuse);
+
+private:
+    /// The first `bits` (0 to 64) bits of a and b agree.
+    static bool topBitsAgree(U64 a, U64 b, U32 bits) {
+        return bits == 0 || ((a ^ b) >> (64U - bits)) == 0;
+    }
+
+    bool containsV6(IpGenAddr const & addr) const {
+        if (length_ <= 64) {
+            return topBitsAgree(addr_.halfValue(0), addr.halfValue(0), length_);
+        }
+        return addr_.halfValue(0) == addr.halfValue(0) &&
+               topBitsAgree(addr_.halfValue(1), addr.halfValue(1), length_ - 64U);
+    }
+
+    static IpGenAddr masked(IpGenAddr const & addr, U8 length) {
+        QCF_ASSERT(length <= addressWidth(addr.af()));
+        if (addr.af() == AddressFamily::ipv4) {
+            return IpGenAddr::v4(
+                static_cast<U32>(addr.v4Value() & ~((U64{1} << (32U - length)) - 1)));
+        }
+        return addr.af() == AddressFamily::ipv6 ? maskedV6(addr, length) : addr;
+    }
+
+    static IpGenAddr maskedV6(IpGenAddr const & addr, U8 length);
+
+    IpGenAddr addr_;
+    U8 length_ = 0;
+};
+
+std::ostream & operator<<(std::ostream & out, IpGenPrefix const & prefix);

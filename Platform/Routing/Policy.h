@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Platform/Framework/Ptr.h"
+#include "Platform/Framework/Types.h"
+#include "Platform/Routing/IpPrefix.h"
+
+#include <functional>
+#include <initializer_list>
+#include <set>
+#include <string_view>
+#include <utility>
+
+/// A boolean that may be unset. `value` counts only while `isSet` is not zero.
+struct TristateBoolean {
+    U8 value = 0;
+    U8 isSet = 0;
+
+    static constexpr TristateBoolean unset() { return {}; }
+    static constexpr TristateBoolean of(bool value) { return {static_cast<U8>(value), 1}; }
+
+    constexpr bool operator==(TristateBoolean const & other) const {
+        return isSet != 0 ? other.isSet != 0 && value == other.value : other.isSet == 0;
+    }
+};
+
+namespace Routing::Policy {
+
+/// The candidate that a prefix list is asked about. Cheap to build for every question.
+struct MatchInput_ {
+    IpGenPrefix prefix; ///< an address is asked about as its host prefix
+};
+
+/// What a host wants its prefix-list matchers to know beside the candidate. It derives from this;
+/// the engine only passes it on.
+class PolicyEvalContext : public PtrInterface {
+public:
+    ~PolicyEvalContext() override = default;
+};
+
+/// The record of a policy's outcome that a host hands to an evaluation context. It derives from
+/// this; the engine only keeps the pointer for it and neither reads nor owns the record.
+struct Result_ {};
+
+/// A prefix list as the engine asks it. Objects are shared between evaluating threads: questions
+/// must not change them.
+class PrefixListMatcher : public PtrInterface {
+public:
+    ~PrefixListMatcher() override = default;
+
+    /// Family of the prefixes in the list.
+    virtual AddressFamily af() const = 0;
+
+    /// Whether the list permits the candidate; unset when the list has no answer. The context may
+    /// be null.
+    virtual TristateBoolean matchWithTristate(MatchInput_ const & input,
+                                              Ptr<PolicyEvalContext> const & context) const = 0;
+};
+
+/// Names of the features that a policy function makes use of, each once and in order.
+class RouteMapFeatures {
+public:
+    RouteMapFeatures() = default;
+    RouteMapFeatures(std::initializer_list<String> features) : features_(features) {}
+
+    std::set<String, std::less<>> const & features() const { return features_; }
+
+    void featureIs(String feature) { features_.insert(std::move(feature)); }
+    bool contains(std::string_view feature) const { return features_.contains(feature); }
+
+    bool operator==(RouteMapFeatures const &) const = default;
+
+    /// The names joined by ",", without blanks.
+    String toStrep() const;
+
+private:
+    std::set<String, std::less<>> features_;
+};
+
+} // namespace Routing::Policy

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Platform/Framework/Hash.h"
+#include "Platform/Framework/Types.h"
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <iosfwd>
+
+namespace Routing::Rib {
+
+/// One RIB in which a next hop may be resolved. An entry with neither name nor kind is not in use.
+struct ResolutionRibEntry {
+    String name;
+    U8 kind = 0; ///< a code of the host's; 0 with an empty name means no entry
+
+    bool isUnset() const { return name.empty() && kind == 0; }
+    bool operator==(ResolutionRibEntry const &) const = default;
+};
+
+/// The RIBs, in order of preference, in which a route's next hop is resolved.
+///
+/// A value; names of up to 15 characters are copied without an allocation.
+class ResolutionRibProfileConfig {
+public:
+    static constexpr std::size_t maxEntries = 3;
+
+    /// The empty profile: no entries, not the system's default.
+    ResolutionRibProfileConfig() = default;
+
+    /// A profile without entries that stands for the system's default, or not.
+    explicit ResolutionRibProfileConfig(bool useDefault) : useDefault_(useDefault) {}
+
+    std::array<ResolutionRibEntry, maxEntries> const & entries() const { return entries_; }
+
+    /// Sets entry `index`, which must be below `maxEntries`.
+    void entryIs(std::size_t index, ResolutionRibEntry entry);
+
+    /// Number of entries up to the last one in use.
+    std::size_t entryCount() const;
+
+    /// Whether the system's default profile is meant.
+    bool useDefault() const { return useDefault_; }
+    void useDefaultIs(bool useDefault) { useDefault_ = useDefault; }
+
+    bool operator==(ResolutionRibProfileConfig const &) const = default;
+
+    /// Mixes name and kind of the three entries, then the default flag as one byte.
+    void hash(Hash & hash) const;
+    U32 hash(U32 seed) const;
+
+    /// The entries as "name:kind" and "default" when that flag is set, joined by ","; "" for the
+    /// empty profile.
+    String toString() const;
+
+private:
+    std::array<ResolutionRibEntry, maxEntries> entries_;
+    bool useDefault_ = false;
+};
+
+std::ostream & operator<<(std::ostream & out, ResolutionRibProfileConfig const & profile);
+
+} // namespace Routing::Rib

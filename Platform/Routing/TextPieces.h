@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+/// Pieces that the texts of routing values are made of. They know no locale, and a reader takes its
+/// whole text or nothing.
+namespace Routing::TextPieces {
+
+/// Appends a number in decimal.
+void appendDecimal(String & out, U64 number);
+
+/// Appends a number as lower-case hexadecimal of exactly `digits` digits (1 to 16).
+void appendHex(String & out, U64 number, U32 digits);
+
+/// Reads decimal digits alone (no sign, no blank) as a number of at most `max`.
+std::optional<U64> parseDecimal(std::string_view text, U64 max);
+
+/// Value of a hexadecimal digit of either case, or -1.
+constexpr int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+}
+
+/// Appends octets as two hexadecimal digits each, joined by colons.
+void appendOctets(String & out, std::span<U8 const> octets);
+
+/// Reads exactly `octets.size()` octets of two hexadecimal digits joined by colons; on failure the
+/// octets are left as they were.
+bool parseOctets(std::string_view text, std::span<U8> octets);
+
+} // namespace Routing::TextPieces
