@@ -1,0 +1,79 @@
+#include "Platform/Routing/AsPath.h"
+
+namespace Routing::Bgp {
+
+U32 pathLength(AsnVector const & path) {
+    U32 length = 0;
+    for (AsPathSegment const & segment : path.segments()) {
+        if (segment.type == SegmentType::sequence) {
+            length += segment.count;
+        } else if (segment.type == SegmentType::set) {
+            ++length;
+        }
+    }
+    return length;
+}
+
+U32 originAs(AsnVector const & path, U32 localAs, bool & known) {
+    known = true;
+    if (path.empty() || isConfed(path.segments().back().type)) {
+        return localAs;
+    }
+    known = path.segments().back().type == SegmentType::sequence;
+    return known ? path.asns().back() : 0;
+}
+
+U32 lastAs(AsnVector const & path) {
+    for (AsPathSegmentView const segment : path) {
+        if (!isConfed(segment.type)) {
+            return segment.asns.front();
+        }
+    }
+    return 0;
+}
+
+namespace {
+
+/// Appends those segments of `asPath` that go before an AS4_PATH which is `missing` shorter.
+void appendLeadingPart(AsnVector const & asPath, U32 missing, AsnVector & out) {
+    for (AsPathSegmentView const segment : asPath) {
+        // One of a confederation leads the path or adjoins what went before it: it always goes in.
+        if (isConfed(segment.type)) {
+            out.append(segment.type, segment.asns);
+            continue;
+        }
+        if (missing == 0) {
+            return;
+        }
+        if (segment.type == SegmentType::set) {
+            out.append(segment.type, segment.asns);
+            --missing;
+        } else if (segment.asns.size() > missing) {
+            out.append(segment.type, segment.asns.first(missing));
+            return;
+        } else {
+            out.append(segment.type, segment.asns);
+            missing -= static_cast<U32>(segment.asns.size());
+        }
+    }
+}
+
+} // namespace
+
+void mergeAs4Path(AsnVector const & asPath, AsnVector const & as4Path, AsnVector & out) {
+    U32 const length = pathLength(asPath);
+    U32 const as4Length = pathLength(as4Path);
+    if (as4Length > length) {
+        out = asPath;
+        return;
+    }
+    out.clear();
+    appendLeadingPart(asPath, length - as4Length, out);
+    for (AsPathSegmentView const segment : as4Path) {
+        if (!isConfed(segment.type)) {
+            out.appendJoined(segment.type, segment.asns);
+        }
+    }
+}
+
+} // namespace Routing::Bgp

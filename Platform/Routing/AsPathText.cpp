@@ -1,0 +1,162 @@
+#include "Platform/Routing/AsPath.h"
+#include "Platform/Routing/TextPieces.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <ostream>
+
+namespace Routing::Bgp {
+
+namespace {
+
+/// How a segment that stands in brackets is written.
+struct BracketForm {
+    SegmentType type;
+    char open;
+    char close;
+    char separator;
+};
+
+constexpr std::array<BracketForm, 3> bracketForms{{
+    {SegmentType::set, '{', '}', ','},
+    {SegmentType::confedSequence, '(', ')', ' '},
+    {SegmentType::confedSet, '[', ']', ' '},
+}};
+
+constexpr BracketForm plainForm{SegmentType::sequence, '\0', '\0', ' '};
+
+BracketForm const & formOf(SegmentType type) {
+    auto const found = std::find_if(bracketForms.begin(), bracketForms.end(),
+                                    [type](BracketForm const & form) { return form.type == type; });
+    return found != bracketForms.end() ? *found : plainForm;
+}
+
+void appendSegment(String & out, BracketForm const & form, std::span<Asn const> asns) {
+    if (form.open != '\0') {
+        out.push_back(form.open);
+    }
+    for (std::size_t i = 0; i < asns.size(); ++i) {
+        if (i != 0) {
+            out.push_back(form.separator);
+        }
+        TextPieces::appendDecimal(out, asns[i]);
+    }
+    if (form.close != '\0') {
+        out.push_back(form.close);
+    }
+}
+
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+/// Reads the text of a path from its begin to its end into an `AsnVector`.
+class PathReader {
+public:
+    PathReader(std::string_view text, AsnVector & path) : rest_(text), path_(path) {}
+
+    /// False when the text is no path; the path is then partly filled.
+    bool read() {
+        for (skipBlanks(); !rest_.empty(); skipBlanks()) {
+            auto const form =
+                std::find_if(bracketForms.begin(), bracketForms.end(),
+                             [this](BracketForm const & f) { return f.open == rest_.front(); });
+            if (form == bracketForms.end() ? !readAsn() : !readBrackets(*form)) {
+                return false;
+            }
+        }
+        endSegment(SegmentType::sequence);
+        return true;
+    }
+
+private:
+    void skipBlanks() {
+        while (!rest_.empty() && isBlank(rest_.front())) {
+            rest_.remove_prefix(1);
+        }
+    }
+
+    /// Takes `c` if it is next, after blanks.
+    bool take(char c) {
+        skipBlanks();
+        if (rest_.empty() || rest_.front() != c) {
+            return false;
+        }
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    void endSegment(SegmentType type) {
+        path_.append(type, {asns_.data(), asns_.size()});
+        asns_.clear();
+    }
+
+    bool readBrackets(BracketForm const & form) {
+        endSegment(SegmentType::sequence);
+        take(form.open);
+        do {
+            skipBlanks();
+            if (!readAsn()) {
+                return false;
+            }
+            bool const comma = take(',');
+            if (!comma && take(form.close)) {
+                endSegment(form.type);
+                return true;
+            }
+        } while (!rest_.empty());
+        return false;
+    }
+
+    bool readAsn() {
+        std::string_view const token =
+            rest_.substr(0, std::min(rest_.find_first_not_of("0123456789."), rest_.size()));
+        rest_.remove_prefix(token.size());
+        std::size_t const dot = token.find('.');
+        if (dot == std::string_view::npos) {
+            auto const asn = TextPieces::parseDecimal(token, std::numeric_limits<U32>::max());
+            asns_.push_back(static_cast<Asn>(asn.value_or(0)));
+            return asn.has_value();
+        }
+        auto const high = TextPieces::parseDecimal(token.substr(0, dot), 0xffff);
+        auto const low = TextPieces::parseDecimal(token.substr(dot + 1), 0xffff);
+        asns_.push_back(static_cast<Asn>((high.value_or(0) << 16) | low.value_or(0)));
+        return high && low;
+    }
+
+    std::string_view rest_;
+    AsnVector & path_;
+    boost::container::small_vector<Asn, 64> asns_; ///< of the segment being read
+};
+
+void appendPath(String & out, AsnVector const & path, bool oneConfedForm) {
+    bool first = true;
+    for (AsPathSegmentView const segment : path) {
+        if (!first) {
+            out.push_back(' ');
+        }
+        first = false;
+        SegmentType const shown =
+            oneConfedForm && isConfed(segment.type) ? SegmentType::confedSequence : segment.type;
+        appendSegment(out, formOf(shown), segment.asns);
+    }
+}
+
+} // namespace
+
+void appendAsPathText(String & out, AsnVector const & path) { appendPath(out, path, false); }
+
+void appendAsPathPatternText(String & out, AsnVector const & path) { appendPath(out, path, true); }
+
+std::optional<AsnVector> parseAsPath(std::string_view text) {
+    AsnVector path;
+    if (!PathReader(text, path).read()) {
+        return std::nullopt;
+    }
+    return path;
+}
+
+std::ostream & operator<<(std::ostream & out, AsnVector const & path) {
+    return out << path.toString();
+}
+
+} // namespace Routing::Bgp
