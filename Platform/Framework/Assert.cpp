@@ -1,0 +1,10 @@
+#include "Platform/Framework/Assert.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+void assertionFailed(char const * text, char const * file, int line) noexcept {
+    std::fprintf(stderr, "assertion failed: %s (%s:%d)\n", text, file, line);
+    std::fflush(stderr);
+    std::abort();
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Platform/Framework/Ptr.h"
+#include "Platform/Framework/Types.h"
+
+#include <functional>
+
+class Entity;
+
+/// One change of an entity, as its listeners are told. It is valid during the call only.
+struct Notification {
+    enum class Kind : U8 { changed, added, removed };
+    static constexpr Kind changed = Kind::changed;
+    static constexpr Kind added = Kind::added;
+    static constexpr Kind removed = Kind::removed;
+
+    char const * attribute = "";      ///< name of the attribute or collection that changed
+    Kind kind = changed;              ///< added and removed speak of members of a collection
+    U64 key = 0;                      ///< the member's key, for collections keyed by number
+    String name = {};                 ///< the member's key, for collections keyed by name
+    Entity const * subject = nullptr; ///< the entity that changed
+};
+
+/// Names one subscription of one publisher; never reused by it, never 0.
+using SubscriptionId = U64;
+
+/// Tells listeners about changes. As large as a pointer; without listeners publishing costs a test.
+/// Publishing and subscribing belong to the one thread that changes the entity.
+///
+/// A listener may subscribe, unsubscribe (itself too), publish again or let go of the entity. Who
+/// is subscribed during a notification hears from the next one on; who is unsubscribed hears no
+/// more. An exception of a listener leaves `publish`, and the listeners behind it are not told.
+class Publisher {
+public:
+    using Listener = std::function<void(Notification const &)>;
+
+    Publisher();
+    ~Publisher();
+    Publisher(Publisher const &) = delete;
+    Publisher & operator=(Publisher const &) = delete;
+
+    SubscriptionId subscribe(Listener listener);
+    /// Ends a subscription; one that is unknown or ended already is ignored.
+    void unsubscribe(SubscriptionId id);
+    /// Whether anybody listens: lets a caller spare itself building a notification.
+    bool hasListeners() const noexcept { return listeners_ != nullptr; }
+    void publish(Notification const & notification) {
+        if (listeners_ != nullptr) [[unlikely]] {
+            notify(notification);
+        }
+    }
+
+private:
+    class Listeners;
+
+    void notify(Notification const & notification);
+
+    Ptr<Listeners> listeners_;
+};
+
+/// An object that has a place in a tree of entities and publishes its changes. The parent is not
+/// owned; it must outlive its children or take itself out of them.
+class Entity : public PtrInterface {
+public:
+    Entity const * parent() const noexcept { return parent_; }
+    /// Placing an entity does not change what it says, hence const.
+    void parentIs(Entity const * parent) const noexcept { parent_ = parent; }
+    /// The entity's change publisher; one may listen to a constant entity.
+    virtual Publisher & publisher() const { return publisher_; }
+
+private:
+    mutable Entity const * parent_ = nullptr;
+    mutable Publisher publisher_;
+};

@@ -1,0 +1,204 @@
+#pragma once
+
+#include "Platform/Framework/RefCount.h"
+
+#include <concepts>
+#include <cstddef>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+/// Counted pointers to objects that derive from `PtrInterface`.
+///
+///     Ptr<Block> block = makePtr<Block>(key, stmts);
+///     void take(Ptr<Block const> const & b);
+///     take(block);                 // binds to the pointer inside `block`: nothing is counted
+///     Ptr<Expression const> e = block;   // derived to base: counted once
+///
+/// A pointer is as large as a raw one. Copies count, moves do not. `T` may be incomplete wherever a
+/// pointer is only named, passed by reference or tested; it must be complete where one is copied or
+/// destroyed. One `Ptr` object belongs to one thread at a time; several pointers to one object may
+/// live in different threads (see ThreadSafePtrs).
+///
+/// Passing a temporary `Ptr<T>` where a `Ptr<T const> const &` parameter is wanted is fine. A named
+/// `Ptr<T const> const &` must not be bound to a temporary `Ptr<T>`: it would outlive it.
+template <class T>
+class Ptr;
+
+/// Short name for a pointer to a constant object.
+template <class T>
+using PtrConst = Ptr<T const>;
+
+namespace ptrDetail {
+/// U converts to T by inheritance and is not the same class (that case never needs counting).
+template <class U, class T>
+concept DerivedOf =
+    std::convertible_to<U *, T *> && !std::same_as<std::remove_const_t<U>, std::remove_const_t<T>>;
+} // namespace ptrDetail
+
+/// Pointer to a constant object.
+template <class T>
+class Ptr<T const> {
+public:
+    using element_type = T const;
+
+    constexpr Ptr() noexcept = default;
+    constexpr Ptr(std::nullptr_t) noexcept {} // NOLINT(google-explicit-constructor)
+    /// Counts one user more of `object`, which may be null.
+    explicit Ptr(T const * object) noexcept : object_(object) { count(); }
+    Ptr(Ptr const & other) noexcept : object_(other.object_) { count(); }
+    Ptr(Ptr && other) noexcept : object_(other.release()) {}
+    template <class U>
+    requires ptrDetail::DerivedOf<U, T const> Ptr(Ptr<U> const & other)
+    noexcept // NOLINT(google-explicit-constructor)
+        : object_(other.get()) {
+        count();
+    }
+    template <class U>
+    requires ptrDetail::DerivedOf<U, T const> Ptr(Ptr<U> && other)
+    noexcept // NOLINT(google-explicit-constructor)
+        : object_(other.release()) {}
+    ~Ptr() { uncount(); }
+
+    Ptr & operator=(Ptr const & other) noexcept {
+        Ptr(other).swap(*this);
+        return *this;
+    }
+    Ptr & operator=(Ptr && other) noexcept {
+        Ptr(std::move(other)).swap(*this);
+        return *this;
+    }
+    Ptr & operator=(std::nullptr_t) noexcept {
+        reset();
+        return *this;
+    }
+
+    /// Takes over a use that was counted already, as `release()` hands it out.
+    static Ptr adopt(T const * counted) noexcept {
+        Ptr p;
+        p.object_ = counted;
+        return p;
+    }
+
+    T const * get() const noexcept { return object_; }
+    T const * operator->() const noexcept { return object_; }
+    T const & operator*() const noexcept { return *object_; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }
+
+    void reset() noexcept { Ptr().swap(*this); }
+    /// Gives the object away without uncounting it; the pointer is null afterwards.
+    [[nodiscard]] T const * release() noexcept { return std::exchange(object_, nullptr); }
+    void swap(Ptr & other) noexcept { std::swap(object_, other.object_); }
+
+private:
+    void count() const noexcept {
+        if (object_ != nullptr) {
+            RefCounting::add(*object_);
+        }
+    }
+    void uncount() const noexcept {
+        if (object_ != nullptr) {
+            RefCounting::drop(*object_);
+        }
+    }
+
+    T const * object_ = nullptr;
+};
+
+/// Pointer to an object that may be changed. It holds a pointer to the constant object and lends
+/// it out, which is why no counting is needed where a `Ptr<T const> const &` is wanted.
+template <class T>
+class Ptr {
+public:
+    using element_type = T;
+
+    constexpr Ptr() noexcept = default;
+    constexpr Ptr(std::nullptr_t) noexcept {} // NOLINT(google-explicit-constructor)
+    /// Counts one user more of `object`, which may be null.
+    explicit Ptr(T * object) noexcept : inner_(object) {}
+    template <class U>
+    requires ptrDetail::DerivedOf<U, T> Ptr(Ptr<U> const & other)
+    noexcept // NOLINT(google-explicit-constructor)
+        : inner_(static_cast<T const *>(other.get())) {}
+    template <class U>
+    requires ptrDetail::DerivedOf<U, T> Ptr(Ptr<U> && other)
+    noexcept // NOLINT(google-explicit-constructor)
+        : inner_(Ptr<T const>::adopt(other.release())) {}
+
+    Ptr & operator=(std::nullptr_t) noexcept {
+        reset();
+        return *this;
+    }
+
+    // The only way from Ptr<T> to Ptr<T const>: a second one for temporaries would make calls such
+    // as push_back(makePtr<T>()) ambiguous. ptrCast<T const>(std::move(p)) converts without
+    // counting.
+    operator Ptr<T const> const &() const noexcept { // NOLINT(google-explicit-constructor)
+        return inner_;
+    }
+
+    /// Takes over a use that was counted already, as `release()` hands it out.
+    static Ptr adopt(T * counted) noexcept {
+        Ptr p;
+        p.inner_ = Ptr<T const>::adopt(counted);
+        return p;
+    }
+
+    // The object was handed over as a mutable one; only the member that counts it is const.
+    T * get() const noexcept { return const_cast<T *>(inner_.get()); }
+    T * operator->() const noexcept { return get(); }
+    T & operator*() const noexcept { return *get(); }
+    explicit operator bool() const noexcept { return static_cast<bool>(inner_); }
+
+    void reset() noexcept { inner_.reset(); }
+    /// Gives the object away without uncounting it; the pointer is null afterwards.
+    [[nodiscard]] T * release() noexcept { return const_cast<T *>(inner_.release()); }
+    void swap(Ptr & other) noexcept { inner_.swap(other.inner_); }
+
+private:
+    Ptr<T const> inner_;
+};
+
+template <class T, class U>
+bool operator==(Ptr<T> const & a, Ptr<U> const & b) noexcept {
+    return a.get() == b.get();
+}
+template <class T>
+bool operator==(Ptr<T> const & p, std::nullptr_t) noexcept {
+    return p.get() == nullptr;
+}
+template <class T, class U>
+requires std::equality_comparable_with<T *, U *>
+bool operator==(Ptr<T> const & p, U * raw) noexcept { return p.get() == raw; }
+
+template <class T>
+void swap(Ptr<T> & a, Ptr<T> & b) noexcept {
+    a.swap(b);
+}
+
+/// A new object, held by its first pointer.
+template <class T, class... Args>
+Ptr<T> makePtr(Args &&... args) {
+    return Ptr<T>(new T(std::forward<Args>(args)...));
+}
+
+/// Unchecked downcast (or upcast) to `U`, which carries its own constness; counts once.
+template <class U, class T>
+Ptr<U> ptrCast(Ptr<T> const & p) noexcept {
+    return Ptr<U>(static_cast<U *>(p.get()));
+}
+/// As above, handing the use on: nothing is counted.
+template <class U, class T>
+requires(!std::is_const_v<T> || std::is_const_v<U>) Ptr<U> ptrCast(Ptr<T> && p)
+noexcept { return Ptr<U>::adopt(static_cast<U *>(p.release())); }
+
+/// The mutable pointer to an object that is known to have been made mutable.
+template <class T>
+Ptr<T> constCast(Ptr<T const> const & p) noexcept {
+    return Ptr<T>(const_cast<T *>(p.get()));
+}
+
+template <class T>
+struct std::hash<Ptr<T>> {
+    std::size_t operator()(Ptr<T> const & p) const noexcept { return std::hash<T *>()(p.get()); }
+};

@@ -1,0 +1,3 @@
+#include "Platform/Framework/RefCount.h"
+
+void PtrInterface::lastUserGone() const { delete this; }

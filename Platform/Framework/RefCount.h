@@ -1,0 +1,92 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <atomic>
+
+/// Process-wide switch: whether reference counts are changed atomically (the default) or by plain
+/// load and store. A process that keeps all counted objects in one thread may switch it off before
+/// it makes the first one; it must not be switched while several threads hold pointers.
+class ThreadSafePtrs {
+public:
+    static bool enabled() noexcept { return enabled_.load(std::memory_order_relaxed); }
+    static void enabledIs(bool enabled) noexcept {
+        enabled_.store(enabled, std::memory_order_relaxed);
+    }
+
+private:
+    inline static std::atomic<bool> enabled_{true};
+};
+
+/// Base of every object that `Ptr` counts. Objects start with no users; the object is freed,
+/// through `lastUserGone`, when the last `Ptr` to it goes. Only `Ptr` changes the count.
+///
+/// An object that is marked immortal is no longer counted: pointers to it may come and go in any
+/// number of threads without a write to its memory, and it is never freed by them. Whoever marked
+/// it owns it from then on, and may have it counted again (mortalIs) once nobody else can hold it.
+class PtrInterface {
+public:
+    PtrInterface(PtrInterface const &) = delete;
+    PtrInterface & operator=(PtrInterface const &) = delete;
+
+    /// Number of pointers to the object; only a hint while other threads hold some. Not meaningful
+    /// for an immortal object.
+    U32 refCount() const noexcept { return count_.load(std::memory_order_relaxed) & ~immortalBit; }
+    bool immortal() const noexcept {
+        return (count_.load(std::memory_order_relaxed) & immortalBit) != 0;
+    }
+    /// Ends counting. To be called before the object is shared with other threads.
+    void immortalIs() const noexcept { count_.fetch_or(immortalBit, std::memory_order_relaxed); }
+    /// Counting again, for the owner who ended it and now holds the only pointer.
+    void mortalIs() const noexcept { count_.store(1, std::memory_order_relaxed); }
+
+protected:
+    PtrInterface() noexcept = default;
+    virtual ~PtrInterface() = default;
+
+    /// Called when the last pointer went and the count is 0 again; deletes the object unless
+    /// overridden. An override may keep the object for later use instead.
+    virtual void lastUserGone() const;
+
+private:
+    friend class RefCounting;
+
+    static constexpr U32 immortalBit = 0x80000000U;
+
+    // A count that ever reached 2^31 would turn the object immortal: leaked, but never freed early.
+    mutable std::atomic<U32> count_{0};
+};
+
+/// The two counting operations, kept apart from PtrInterface so that derived classes do not see
+/// them.
+class RefCounting {
+public:
+    static void add(PtrInterface const & object) noexcept {
+        U32 const count = object.count_.load(std::memory_order_relaxed);
+        if ((count & PtrInterface::immortalBit) != 0) {
+            return;
+        }
+        if (ThreadSafePtrs::enabled()) {
+            object.count_.fetch_add(1, std::memory_order_relaxed);
+        } else {
+            object.count_.store(count + 1, std::memory_order_relaxed);
+        }
+    }
+
+    static void drop(PtrInterface const & object) noexcept {
+        // A count of one is the caller's own: nobody else can raise it any more, so the common end
+        // of a short-lived object needs no locked instruction. Acquire pairs with the releases of
+        // the users that went before.
+        U32 const count = object.count_.load(std::memory_order_acquire);
+        if (count == 1) {
+            object.count_.store(0, std::memory_order_relaxed);
+            object.lastUserGone();
+        } else if ((count & PtrInterface::immortalBit) != 0) {
+            return;
+        } else if (!ThreadSafePtrs::enabled()) {
+            object.count_.store(count - 1, std::memory_order_relaxed);
+        } else if (object.count_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            object.lastUserGone();
+        }
+    }
+};

@@ -1,0 +1,87 @@
+#include "Platform/Framework/Trace.h"
+
+#include "Platform/Framework/Assert.h"
+
+#include <mutex>
+#include <sstream>
+#include <vector>
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+namespace {
+
+// Never destroyed: facilities at namespace scope come before it and go after it.
+struct Registry {
+    std::mutex mutex; // guards `facilities`
+    std::vector<TraceFacility *> facilities;
+    std::mutex sinkMutex; // held while the sink runs
+    TraceFacility::Sink sink;
+};
+
+Registry & registry() {
+    static auto * const r = new Registry;
+    return *r;
+}
+
+// Our levels are a filter of their own, so spdlog lets everything through.
+spdlog::logger & standardError() {
+    static auto * const logger = [] {
+        auto * l = new spdlog::logger("qcf", std::make_shared<spdlog::sinks::stderr_sink_mt>());
+        l->set_level(spdlog::level::trace);
+        l->set_pattern("%Y-%m-%d %H:%M:%S.%f %v");
+        return l;
+    }();
+    return *logger;
+}
+
+} // namespace
+
+TraceFacility::TraceFacility(char const * name) : name_(name) {
+    QCF_ASSERT_TEXT(find(name) == nullptr, "trace facility name is taken");
+    Registry & r = registry();
+    std::lock_guard const lock(r.mutex);
+    r.facilities.push_back(this);
+}
+
+TraceFacility::~TraceFacility() {
+    Registry & r = registry();
+    std::lock_guard const lock(r.mutex);
+    std::erase(r.facilities, this);
+}
+
+TraceFacility * TraceFacility::find(std::string_view name) {
+    Registry & r = registry();
+    std::lock_guard const lock(r.mutex);
+    for (TraceFacility * facility : r.facilities) {
+        if (name == facility->name()) {
+            return facility;
+        }
+    }
+    return nullptr;
+}
+
+void TraceFacility::sinkIs(Sink sink) {
+    Registry & r = registry();
+    std::lock_guard const lock(r.sinkMutex);
+    r.sink = std::move(sink);
+}
+
+void TraceFacility::trace(int level, String const & message) const {
+    Registry & r = registry();
+    std::lock_guard const lock(r.sinkMutex);
+    if (r.sink) {
+        r.sink(level, message);
+    } else {
+        standardError().trace("{} {}: {}", name_, level, message);
+    }
+}
+
+TraceMessage::TraceMessage() : text_(std::make_unique<std::ostringstream>()) {}
+TraceMessage::~TraceMessage() = default;
+
+std::ostream & TraceMessage::stream() noexcept { return *text_; }
+
+void TraceMessage::send(TraceFacility const & facility, int level) const {
+    facility.trace(level, text_->str());
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <atomic>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <ostream>
+#include <string_view>
+
+/// A named source of trace messages with a level of its own; level 0 (the start) is off.
+///
+///     TraceFacility facility("QcfEval");
+///     QCF_TRACE(facility, 1, "IfExpression: condition=" << value);
+///
+/// Facilities are made at namespace scope, live as long as the process and may be used from any
+/// thread. While a facility is off a trace statement costs one relaxed load and one branch.
+class TraceFacility {
+public:
+    /// Where messages go; called from whatever thread traces, one call at a time.
+    using Sink = std::function<void(int level, String const & message)>;
+
+    /// Makes the facility known under `name`, which must be a literal and not yet taken.
+    explicit TraceFacility(char const * name);
+    ~TraceFacility();
+    TraceFacility(TraceFacility const &) = delete;
+    TraceFacility & operator=(TraceFacility const &) = delete;
+
+    char const * name() const noexcept { return name_; }
+    int level() const noexcept { return level_.load(std::memory_order_relaxed); }
+    void levelIs(int level) noexcept { level_.store(level, std::memory_order_relaxed); }
+    /// Whether messages of `level` (1 and up) are wanted.
+    bool on(int level) const noexcept { return level <= this->level(); }
+    /// Hands a message to the sink, whatever the level.
+    void trace(int level, String const & message) const;
+
+    /// The facility of that name, null when there is none.
+    static TraceFacility * find(std::string_view name);
+    /// Replaces the sink of all facilities; an empty function brings back the one to standard
+    /// error.
+    static void sinkIs(Sink sink);
+
+private:
+    char const * name_;
+    std::atomic<int> level_{0};
+};
+
+/// A message under construction; only QCF_TRACE makes one.
+class TraceMessage {
+public:
+    TraceMessage();
+    ~TraceMessage();
+    TraceMessage(TraceMessage const &) = delete;
+    TraceMessage & operator=(TraceMessage const &) = delete;
+
+    std::ostream & stream() noexcept;
+    void send(TraceFacility const & facility, int level) const;
+
+private:
+    std::unique_ptr<std::ostringstream> text_;
+};
+
+/// Traces `streamExpr` (`"a=" << a`) when `facility` is on for `level`; otherwise the expression is
+/// not evaluated.
+#define QCF_TRACE(facility, level, streamExpr)                                                     \
+    do {                                                                                           \
+        if ((facility).on(level)) [[unlikely]] {                                                   \
+            TraceMessage qcfTraceMessage_;                                                         \
+            qcfTraceMessage_.stream() << streamExpr;                                               \
+            qcfTraceMessage_.send(facility, level);                                                \
+        }                                                                                          \
+    } while (false)

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+/// Fixed-width names used throughout. `S` names are signed, `F` names IEEE 754 floats.
+using U8 = std::uint8_t;
+using U16 = std::uint16_t;
+using U32 = std::uint32_t;
+using U64 = std::uint64_t;
+using S32 = std::int32_t;
+using S64 = std::int64_t;
+using F32 = float;
+using F64 = double;
+
+/// Text, UTF-8 by convention.
+using String = std::string;
+
+static_assert(sizeof(F32) == 4 && sizeof(F64) == 8, "floats are hashed and stored by their bits");
