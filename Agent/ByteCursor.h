@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <cstddef>
+#include <exception>
+
+namespace Qcf::Agent {
+
+/// Thrown where the bytes of a record contradict themselves. Both texts are literals, so that a
+/// hostile file cannot make the reader allocate: "AS_PATH attribute" and "ends too early".
+class Damage : public std::exception {
+public:
+    Damage(char const * subject, char const * problem) noexcept
+        : subject_(subject), problem_(problem) {}
+
+    char const * subject() const { return subject_; }
+    char const * problem() const { return problem_; }
+    char const * what() const noexcept override { return problem_; }
+
+private:
+    char const * subject_;
+    char const * problem_;
+};
+
+/// The two bytes at `from` as a big-endian number; loads below likewise.
+inline U16 loadU16(U8 const * from) { return static_cast<U16>((U32{from[0]} << 8) | from[1]); }
+
+inline U32 loadU32(U8 const * from) {
+    return (U32{from[0]} << 24) | (U32{from[1]} << 16) | (U32{from[2]} << 8) | from[3];
+}
+
+inline U64 loadU64(U8 const * from) { return (U64{loadU32(from)} << 32) | loadU32(from + 4); }
+
+/// Reads big-endian numbers one after the other from a range of bytes that it does not own and
+/// never leaves: a read past the end throws Damage, which names the subject given here.
+class ByteCursor {
+public:
+    ByteCursor() = default;
+    ByteCursor(U8 const * begin, std::size_t size, char const * subject)
+        : at_(begin), end_(begin + size), subject_(subject) {}
+
+    std::size_t left() const { return static_cast<std::size_t>(end_ - at_); }
+    bool atEnd() const { return at_ == end_; }
+    U8 const * data() const { return at_; }
+    char const * subject() const { return subject_; }
+
+    U8 u8() { return *advance(1); }
+    U16 u16() { return loadU16(advance(2)); }
+    U32 u32() { return loadU32(advance(4)); }
+    U64 u64() { return loadU64(advance(8)); }
+    void skip(std::size_t n) { advance(n); }
+
+    /// The next `n` bytes as a cursor of their own, under their own name.
+    ByteCursor take(std::size_t n, char const * subject) {
+        return ByteCursor(advance(n), n, subject);
+    }
+
+    /// Steps over `n` bytes and answers where they start.
+    U8 const * advance(std::size_t n) {
+        if (left() < n) {
+            throw Damage(subject_, "ends too early");
+        }
+        U8 const * const start = at_;
+        at_ += n;
+        return start;
+    }
+
+private:
+    U8 const * at_ = nullptr;
+    U8 const * end_ = nullptr;
+    char const * subject_ = "record";
+};
+
+} // namespace Qcf::Agent

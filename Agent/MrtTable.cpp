@@ -1,0 +1,136 @@
+#include "Agent/MrtTable.h"
+
+#include <array>
+#include <utility>
+
+namespace Qcf::Agent {
+
+namespace {
+
+/// What the subtype of a record of routes says; the generic ones name the family inside.
+struct RibForm {
+    AddressFamily family;
+    bool generic;
+    bool addPath;
+};
+
+constexpr RibForm ribForm(U16 subtype) {
+    bool const addPath = subtype >= Mrt::ribIpv4UnicastAddPath;
+    switch (subtype) {
+    case Mrt::ribIpv4Unicast:
+    case Mrt::ribIpv4Multicast:
+    case Mrt::ribIpv4UnicastAddPath:
+    case Mrt::ribIpv4MulticastAddPath:
+        return {AddressFamily::ipv4, false, addPath};
+    case Mrt::ribIpv6Unicast:
+    case Mrt::ribIpv6Multicast:
+    case Mrt::ribIpv6UnicastAddPath:
+    case Mrt::ribIpv6MulticastAddPath:
+        return {AddressFamily::ipv6, false, addPath};
+    default:
+        return {AddressFamily::none, true, addPath};
+    }
+}
+
+constexpr MrtPeer kUnknownPeer;
+
+} // namespace
+
+void MrtTable::readPeers(ByteCursor body) {
+    peers_.clear();
+    peersKnown_ = true;
+    body.skip(4); // the collector's identifier
+    body.skip(body.u16());
+    U32 const count = body.u16();
+    for (U32 i = 0; i < count; ++i) {
+        U8 const type = body.u8();
+        body.skip(4); // the peer's identifier
+        bool const v6 = (type & Mrt::ipv6Peer) != 0;
+        MrtPeer peer;
+        peer.address = readAddress(body, v6 ? AddressFamily::ipv6 : AddressFamily::ipv4);
+        peer.as = (type & Mrt::as4Peer) != 0 ? body.u32() : body.u16();
+        peers_.push_back(peer);
+    }
+}
+
+bool MrtTable::startV2(U16 subtype, ByteCursor body) {
+    left_ = 0;
+    v2_ = true;
+    body.skip(4); // sequence number
+    RibForm const form = ribForm(subtype);
+    AddressFamily family = form.family;
+    if (form.generic) {
+        FamilyCode code;
+        code.afi = body.u16();
+        code.safi = body.u8();
+        family = code.routeFamily();
+        if (family == AddressFamily::none) {
+            return false;
+        }
+    }
+    addPath_ = form.addPath;
+    prefix_ = readPrefix(body, family);
+    left_ = body.u16();
+    rest_ = body;
+    return true;
+}
+
+void MrtTable::startV1(U16 subtype, ByteCursor body) {
+    left_ = 0;
+    v2_ = false;
+    AddressFamily const family = FamilyCode::addressFamily(subtype);
+    body.skip(4); // view and sequence number
+    IpGenAddr const addr = readAddress(body, family);
+    U8 const bits = body.u8();
+    if (bits > addressWidth(family)) {
+        throw Damage("prefix", "is longer than an address");
+    }
+    prefix_ = IpGenPrefix(addr, bits);
+    body.skip(5); // status and time
+    ownPeer_.address = readAddress(body, family);
+    ownPeer_.as = body.u16();
+    std::size_t const length = body.u16();
+    rest_ = body.take(length, "path attributes");
+    left_ = 1;
+}
+
+MrtPeer const & MrtTable::peer(U16 index) const {
+    if (!peersKnown_) {
+        return kUnknownPeer;
+    }
+    if (index >= peers_.size()) {
+        throw Damage("entry", "names a peer that the PEER_INDEX_TABLE lacks");
+    }
+    return peers_[index];
+}
+
+ByteCursor MrtTable::entryOfV2(U16 & peerIndex) {
+    peerIndex = rest_.u16();
+    rest_.skip(addPath_ ? 8 : 4); // time and path identifier
+    std::size_t const length = rest_.u16();
+    return rest_.take(length, "path attributes");
+}
+
+bool MrtTable::next(Route & route) {
+    if (left_ == 0) {
+        return false;
+    }
+    // Stays 0 when the frame of the entry is damaged: where the next one starts is not known then.
+    U32 const left = std::exchange(left_, 0);
+    U16 peerIndex = 0;
+    ByteCursor const attributes = v2_ ? entryOfV2(peerIndex) : rest_;
+    left_ = left - 1;
+
+    MrtPeer const & from = v2_ ? peer(peerIndex) : ownPeer_;
+    route.clear();
+    route.ipPrefix = prefix_;
+    route.sourceSessionRemoteIpAddress = from.address;
+    route.sourceSessionRemoteAs = from.as;
+    attributes_.decode(attributes, {.as4 = v2_, .rib = true}, route);
+    if (attributes_.reach().nextHop.af() != AddressFamily::none) {
+        route.nextHop = attributes_.reach().nextHop;
+    }
+    return true;
+}
+
+} // namespace Qcf::Agent

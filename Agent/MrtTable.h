@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Agent/PathAttributes.h"
+
+#include <vector>
+
+namespace Qcf::Agent {
+
+/// The session that a route came over.
+struct MrtPeer {
+    IpGenAddr address;
+    U32 as = 0;
+};
+
+/// The entries of one record of a table, TABLE_DUMP or TABLE_DUMP_V2, and the peers they refer to.
+/// Points into the record that it was given last.
+class MrtTable {
+public:
+    /// Takes a PEER_INDEX_TABLE, which holds until the next one. When it is damaged, the peers
+    /// before the damage are known.
+    void readPeers(ByteCursor body);
+    bool peersKnown() const { return peersKnown_; }
+
+    /// Takes a record of routes of TABLE_DUMP_V2; false when they are of a family that is not read.
+    bool startV2(U16 subtype, ByteCursor body);
+
+    /// Takes a record of TABLE_DUMP.
+    void startV1(U16 subtype, ByteCursor body);
+
+    /// The next entry; false when there is none left. Throws Damage for an entry that cannot be
+    /// read; the call after that goes on behind it, or ends where its place is not known.
+    ///
+    /// Without a peer index table an entry is handed out with its peer unknown (AS 0, no address).
+    bool next(Route & route);
+
+private:
+    MrtPeer const & peer(U16 index) const;
+    ByteCursor entryOfV2(U16 & peerIndex);
+
+    std::vector<MrtPeer> peers_;
+    bool peersKnown_ = false;
+    bool v2_ = false;
+    bool addPath_ = false;
+    U32 left_ = 0;
+    IpGenPrefix prefix_;
+    MrtPeer ownPeer_; ///< of a TABLE_DUMP record, which names its peer itself
+    ByteCursor rest_; ///< entries, or the attributes of a TABLE_DUMP record
+    PathAttributes attributes_;
+};
+
+} // namespace Qcf::Agent

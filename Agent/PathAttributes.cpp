@@ -1,0 +1,246 @@
+#include "Agent/PathAttributes.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <span>
+
+namespace Qcf::Agent {
+
+namespace {
+
+using Routing::Bgp::Asn;
+using Routing::Bgp::AsnVector;
+using Routing::Bgp::SegmentType;
+
+constexpr auto kNames = [] {
+    std::array<char const *, 33> names{};
+    names.fill("attribute");
+    names[Mrt::origin] = "ORIGIN attribute";
+    names[Mrt::asPath] = "AS_PATH attribute";
+    names[Mrt::nextHop] = "NEXT_HOP attribute";
+    names[Mrt::med] = "MULTI_EXIT_DISC attribute";
+    names[Mrt::localPref] = "LOCAL_PREF attribute";
+    names[Mrt::aggregator] = "AGGREGATOR attribute";
+    names[Mrt::communities] = "COMMUNITIES attribute";
+    names[Mrt::mpReach] = "MP_REACH_NLRI attribute";
+    names[Mrt::mpUnreach] = "MP_UNREACH_NLRI attribute";
+    names[Mrt::extCommunities] = "EXTENDED COMMUNITIES attribute";
+    names[Mrt::as4Path] = "AS4_PATH attribute";
+    names[Mrt::aigp] = "AIGP attribute";
+    names[Mrt::largeCommunities] = "LARGE_COMMUNITY attribute";
+    return names;
+}();
+
+char const * attributeName(U8 code) { return code < kNames.size() ? kNames[code] : "attribute"; }
+
+/// Refuses a value that is not made of whole elements of `size` bytes; answers their number.
+std::size_t elements(ByteCursor const & value, std::size_t size) {
+    if (value.left() % size != 0) {
+        throw Damage(value.subject(), "has a wrong length");
+    }
+    return value.left() / size;
+}
+
+/// Refuses a value of another length than `size`.
+ByteCursor & exactly(ByteCursor & value, std::size_t size) {
+    if (value.left() != size) {
+        throw Damage(value.subject(), "has a wrong length");
+    }
+    return value;
+}
+
+U8 readOrigin(ByteCursor value) {
+    U8 const origin = exactly(value, 1).u8();
+    if (origin > 2) {
+        throw Damage(value.subject(), "has an unknown value");
+    }
+    return origin;
+}
+
+void readAsPath(ByteCursor value, bool as4, AsnVector & path) {
+    std::array<Asn, AsnVector::maxSegmentLength> asns;
+    path.clear();
+    while (!value.atEnd()) {
+        U8 const type = value.u8();
+        if (type < U8(SegmentType::set) || type > U8(SegmentType::confedSet)) {
+            throw Damage(value.subject(), "has a segment of unknown type");
+        }
+        std::size_t const count = value.u8();
+        U8 const * const from = value.advance(count * (as4 ? 4 : 2));
+        for (std::size_t i = 0; i < count; ++i) {
+            asns[i] = as4 ? loadU32(from + 4 * i) : loadU16(from + 2 * i);
+        }
+        path.append(SegmentType(type), asns.data(), count);
+    }
+}
+
+/// Fills a set of a route from elements of `size` bytes. Most speakers send them in order.
+template <class Set, class Load>
+void readSet(ByteCursor value, std::size_t size, Set & set, Load load) {
+    std::size_t const count = elements(value, size);
+    U8 const * const from = value.data();
+    set.resize(count, boost::container::default_init);
+    bool ascending = true;
+    for (std::size_t i = 0; i < count; ++i) {
+        set[i] = load(from + size * i);
+        ascending = ascending && (i == 0 || set[i - 1] < set[i]);
+    }
+    if (!ascending) {
+        std::sort(set.begin(), set.end());
+        set.erase(std::unique(set.begin(), set.end()), set.end());
+    }
+}
+
+/// The metric of the first AIGP TLV (type 1); TLVs of other types are passed over.
+U64 readAigp(ByteCursor value) {
+    while (!value.atEnd()) {
+        U8 const type = value.u8();
+        std::size_t const length = value.u16();
+        constexpr std::size_t headLength = 3;
+        if (length < headLength) {
+            throw Damage(value.subject(), "has a part of a wrong length");
+        }
+        ByteCursor part = value.take(length - headLength, value.subject());
+        if (type == 1) {
+            return std::min(exactly(part, 8).u64(), std::numeric_limits<U64>::max() - 1);
+        }
+    }
+    return 0;
+}
+
+/// A next hop by its length, of the two addresses of an IPv6 next hop the global one. Some writers
+/// put IPv6 addresses into NEXT_HOP too, so both attributes are read alike.
+IpGenAddr readNextHop(ByteCursor value) {
+    switch (value.left()) {
+    case 0:
+        return {};
+    case 4:
+        return readAddress(value, AddressFamily::ipv4);
+    case 16:
+    case 32:
+        return readAddress(value, AddressFamily::ipv6);
+    default:
+        throw Damage(value.subject(), "has a wrong length");
+    }
+}
+
+} // namespace
+
+void PathAttributes::decode(ByteCursor from, AttributeForm form, Route & route) {
+    seen_ = 0;
+    reach_ = {};
+    unreach_ = {};
+    while (!from.atEnd()) {
+        U8 const flags = from.u8();
+        U8 const code = from.u8();
+        std::size_t const length = (flags & Mrt::extendedLength) != 0 ? from.u16() : from.u8();
+        if (from.left() < length) {
+            throw Damage(attributeName(code), "is longer than what is left");
+        }
+        ByteCursor const value = from.take(length, attributeName(code));
+        if (code < 64) {
+            if (has(code)) {
+                continue;
+            }
+            seen_ |= U64{1} << code;
+        }
+        decodeOne(code, value, form, route);
+    }
+    finishPath(form.as4, route);
+}
+
+void PathAttributes::decodeOne(U8 code, ByteCursor value, AttributeForm form, Route & route) {
+    switch (code) {
+    case Mrt::origin:
+        route.origin = readOrigin(value);
+        break;
+    case Mrt::asPath:
+        readAsPath(value, form.as4, path_);
+        break;
+    case Mrt::nextHop:
+        route.nextHop = readNextHop(value);
+        break;
+    case Mrt::med:
+        route.med = exactly(value, 4).u32();
+        break;
+    case Mrt::localPref:
+        route.localPref = exactly(value, 4).u32();
+        break;
+    case Mrt::aggregator:
+        aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
+        break;
+    case Mrt::communities:
+        readSet(value, 4, route.community, [](U8 const * at) { return U64{loadU32(at)}; });
+        break;
+    case Mrt::extCommunities:
+        readSet(value, 8, route.extCommunity,
+                [](U8 const * at) { return Acl::CommunityValue(loadU64(at), 0); });
+        break;
+    case Mrt::largeCommunities:
+        readSet(value, 12, route.largeCommunity,
+                [](U8 const * at) { return Acl::CommunityValue(loadU64(at), loadU32(at + 8)); });
+        break;
+    case Mrt::mpReach:
+        readReach(value, form.rib);
+        break;
+    case Mrt::mpUnreach:
+        readUnreach(value);
+        break;
+    case Mrt::as4Path:
+        readAsPath(value, true, as4Path_);
+        break;
+    case Mrt::aigp:
+        route.aigpMetric = readAigp(value);
+        break;
+    default:
+        break;
+    }
+}
+
+void PathAttributes::readReach(ByteCursor value, bool rib) {
+    // The reduced form starts with the length of the next hop, the full one with the high byte of
+    // an address family, which is 0.
+    constexpr std::size_t fullFormMin = 4;
+    bool const reduced = rib && (value.left() < fullFormMin || *value.data() != 0);
+    reach_.present = true;
+    if (!reduced) {
+        reach_.family.afi = value.u16();
+        reach_.family.safi = value.u8();
+    }
+    std::size_t const hopLength = value.u8();
+    ByteCursor const hop = value.take(hopLength, "next hop of MP_REACH_NLRI");
+    if (reduced || reach_.family.routeFamily() != AddressFamily::none) {
+        reach_.nextHop = readNextHop(hop);
+    }
+    if (!rib) {
+        value.skip(1); // reserved
+        reach_.nlri = value;
+    }
+}
+
+void PathAttributes::readUnreach(ByteCursor value) {
+    unreach_.present = true;
+    unreach_.family.afi = value.u16();
+    unreach_.family.safi = value.u8();
+    unreach_.nlri = value;
+}
+
+/// An AGGREGATOR that a four-byte speaker did not write beside its AS4_AGGREGATOR tells that the
+/// route was aggregated by a two-byte speaker since, which made AS4_PATH stale (RFC 6793 4.2.3).
+void PathAttributes::finishPath(bool as4, Route & route) {
+    bool const stale =
+        has(Mrt::aggregator) && has(Mrt::as4Aggregator) && aggregatorAs_ != Mrt::asTrans;
+    if (!has(Mrt::asPath)) {
+        if (has(Mrt::as4Path)) {
+            route.asPath.asnsIs(as4Path_);
+        }
+    } else if (as4 || stale || !has(Mrt::as4Path)) {
+        route.asPath.asnsIs(path_);
+    } else {
+        mergeAs4Path(path_, as4Path_, merged_);
+        route.asPath.asnsIs(merged_);
+    }
+}
+
+} // namespace Qcf::Agent

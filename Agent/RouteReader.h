@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Agent/ByteSource.h"
+#include "Agent/Route.h"
+
+#include <functional>
+#include <memory>
+
+namespace Qcf::Agent {
+
+/// Takes one line of diagnostics, without line end.
+using Reporter = std::function<void(String const & line)>;
+
+/// What a reader has met so far.
+struct ReadStatistics {
+    U64 records = 0;         ///< records of the file (lines, for a text), whatever they held
+    U64 routes = 0;          ///< routes handed out
+    U64 withdrawals = 0;     ///< prefixes withdrawn; they are no routes
+    U64 damagedRecords = 0;  ///< records of which something could not be read
+    U64 skippedRecords = 0;  ///< records that carry no routes: state changes, OPEN, other protocols
+    U64 skippedFamilies = 0; ///< announcements and withdrawals of families that are not read
+    U64 bytes = 0;           ///< of the decompressed data, as far as they were read
+    bool cut = false;        ///< the data ended inside a record or inside a compressed stream
+};
+
+/// Hands out the routes of a file one by one, in the order of the file.
+///
+/// Memory does not grow with the file, and once the longest record and the largest route were met
+/// nothing is allocated any more. Damage never ends the reading before the end of the data, nor
+/// does it throw: it is counted and told to the reporter. One thread at a time.
+class RouteReader {
+public:
+    virtual ~RouteReader() = default;
+
+    /// Overwrites every attribute of `route`, reusing its storage; false at the end, for good, with
+    /// `route` in no particular state.
+    virtual bool next(Route & route) = 0;
+
+    virtual ReadStatistics const & statistics() const = 0;
+};
+
+/// Opens a file of routes ("-" is standard input): MRT or JSON lines, plain or compressed by gzip
+/// or bzip2. What it is is told by its content alone; an empty file is a table without routes.
+///
+/// `report` is given the damage that is met, one line each, which names the file; after the first
+/// 20 lines only their number is told, at the end. Throws RouteFileError for a file that cannot be
+/// opened or is neither format.
+std::unique_ptr<RouteReader> openRoutes(String const & path, Reporter report);
+
+/// The same for bytes that are at hand; `name` is what the texts call them.
+std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<ByteStream> stream, String const & name,
+                                        Reporter report);
+
+/// The readers of the two formats, for data that are known to be of that format.
+std::unique_ptr<RouteReader> makeMrtReader(ByteSource source, String const & name, Reporter report);
+std::unique_ptr<RouteReader> makeJsonLinesReader(ByteSource source, String const & name,
+                                                 Reporter report);
+
+} // namespace Qcf::Agent
