@@ -6,6 +6,15 @@
 
 namespace Routing::Bgp {
 
+// Kept out of line: inlined into a caller, the moves of the inner vectors make g++ 12 warn of reads
+// that they never do.
+AsnVector::AsnVector() = default;
+AsnVector::AsnVector(AsnVector const & other) = default;
+AsnVector::AsnVector(AsnVector && other) noexcept = default;
+AsnVector & AsnVector::operator=(AsnVector const & other) = default;
+AsnVector & AsnVector::operator=(AsnVector && other) noexcept = default;
+AsnVector::~AsnVector() = default;
+
 void AsnVector::append(SegmentType type, std::span<Asn const> asns) {
     asns_.insert(asns_.end(), asns.begin(), asns.end());
     for (std::size_t left = asns.size(); left > 0;) {

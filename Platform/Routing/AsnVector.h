@@ -43,6 +43,13 @@ struct AsPathSegmentView {
 /// AS numbers handed in must not lie in the path's own storage.
 class AsnVector {
 public:
+    AsnVector();
+    AsnVector(AsnVector const & other);
+    AsnVector(AsnVector && other) noexcept;
+    AsnVector & operator=(AsnVector const & other);
+    AsnVector & operator=(AsnVector && other) noexcept;
+    ~AsnVector();
+
     /// Longest segment that the attribute can carry.
     static constexpr U32 maxSegmentLength = 255;
 

@@ -42,7 +42,7 @@ public:
     /// By value word, then by type word, both unsigned.
     constexpr std::strong_ordering operator<=>(CommunityValue const & other) const {
         auto const order = value() <=> other.value();
-        return order != 0 ? order : type() <=> other.type();
+        return std::is_neq(order) ? order : type() <=> other.type();
     }
 
     U32 hash(U32 seed) const;

@@ -20,7 +20,7 @@ struct ZeroRun {
     U32 length = 0;
 };
 
-U32 group(U8 const * bytes, U32 index) {
+U32 group(U8 const * bytes, std::size_t index) {
     return (U32{bytes[2 * index]} << 8) | bytes[2 * index + 1];
 }
 

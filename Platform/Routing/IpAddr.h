@@ -79,7 +79,7 @@ public:
         if (family_ != other.family_) {
             return family_ <=> other.family_;
         }
-        if (auto const order = halfValue(0) <=> other.halfValue(0); order != 0) {
+        if (auto const order = halfValue(0) <=> other.halfValue(0); std::is_neq(order)) {
             return order;
         }
         return halfValue(1) <=> other.halfValue(1);

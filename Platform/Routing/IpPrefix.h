@@ -58,7 +58,7 @@ public:
     /// By family, address, then length: a prefix stands before the longer ones it contains.
     std::strong_ordering operator<=>(IpGenPrefix const & other) const {
         auto const order = addr_ <=> other.addr_;
-        return order != 0 ? order : length_ <=> other.length_;
+        return std::is_neq(order) ? order : length_ <=> other.length_;
     }
 
     /// Hash of family, address and length.
