@@ -1,0 +1,225 @@
+#include "Platform/Render/JsonDocument.h"
+
+#include "Platform/Framework/Assert.h"
+#include "Platform/Render/JsonTree.h"
+#include "Platform/Render/Utf8.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+// Roughly the decimal exponent of the number's first digit that is not zero. Good enough to tell a
+// number that is too large for a float from one that is too small.
+S64 decimalOrder(std::string_view text) noexcept {
+    std::size_t const mark = text.find_first_of("eE");
+    std::string_view const digits = text.substr(0, mark);
+    S64 exponent = 0;
+    if (mark != text.npos) {
+        std::string_view written = text.substr(mark + 1);
+        bool const negative = written.front() == '-';
+        written.remove_prefix(negative || written.front() == '+' ? 1 : 0);
+        auto const result =
+            std::from_chars(written.data(), written.data() + written.size(), exponent);
+        exponent = result.ec == std::errc() ? exponent : S64{1} << 40; // longer than any text
+        exponent = negative ? -exponent : exponent;
+    }
+    auto const point = static_cast<S64>(std::min(digits.find('.'), digits.size()));
+    return exponent + point - static_cast<S64>(digits.find_first_of("123456789"));
+}
+
+// from_chars leaves the value alone when it is out of range. What is too small for the type is as
+// good as zero, what is too large is not.
+template <class F>
+std::optional<F> nearest(std::string_view text) noexcept {
+    F value = 0;
+    auto const result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec == std::errc()) {
+        return value;
+    }
+    if (decimalOrder(text) > 0) {
+        return std::nullopt;
+    }
+    return text.front() == '-' ? -F{0} : F{0};
+}
+
+} // namespace
+
+JsonValue::Kind JsonValue::kind() const noexcept { return tree_->nodes[index_].kind; }
+
+std::size_t JsonValue::size() const noexcept {
+    return isArray() || isObject() ? tree_->nodes[index_].content.length : 0;
+}
+
+JsonValue JsonValue::at(std::size_t i) const {
+    auto const & node = tree_->nodes[index_];
+    QCF_ASSERT_TEXT(isArray() && i < node.content.length, "array has no such element");
+    U32 const offset = static_cast<U32>(i);
+    U32 const element = JsonTree::isFlat(node, index_) ? index_ + 1 + offset
+                                                       : tree_->order[node.content.at + offset];
+    return {*tree_, element};
+}
+
+std::optional<JsonValue> JsonValue::find(std::string_view key) const {
+    if (!isObject()) {
+        return std::nullopt;
+    }
+    std::optional<U32> const member = tree_->findMember(index_, key);
+    return member ? std::optional(JsonValue(*tree_, *member)) : std::nullopt;
+}
+
+JsonValue::Iterator JsonValue::begin() const noexcept { return Iterator({*tree_, index_ + 1}); }
+
+JsonValue::Iterator JsonValue::end() const noexcept {
+    return Iterator({*tree_, tree_->nodes[index_].end});
+}
+
+JsonValue::Iterator & JsonValue::Iterator::operator++() noexcept {
+    at_.index_ = at_.tree_->nodes[at_.index_].end;
+    return *this;
+}
+
+std::string_view JsonValue::key() const noexcept { return tree_->key(tree_->nodes[index_]); }
+
+bool JsonValue::asBool() const {
+    QCF_ASSERT(isBool());
+    return tree_->nodes[index_].value;
+}
+
+std::string_view JsonValue::asString() const {
+    QCF_ASSERT(isString());
+    return tree_->content(tree_->nodes[index_]);
+}
+
+std::string_view JsonValue::numberText() const {
+    QCF_ASSERT(isNumber());
+    return tree_->content(tree_->nodes[index_]);
+}
+
+std::optional<U64> JsonValue::asU64() const noexcept {
+    auto const number = asSigned();
+    return number && !number->second ? std::optional(number->first) : std::nullopt;
+}
+
+std::optional<std::pair<U64, bool>> JsonValue::asSigned() const noexcept {
+    if (!isNumber()) {
+        return std::nullopt;
+    }
+    std::string_view text = numberText();
+    bool const negative = text.front() == '-';
+    text.remove_prefix(negative ? 1 : 0);
+    U64 magnitude = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return std::pair(magnitude, negative);
+}
+
+std::optional<F64> JsonValue::asDouble() const noexcept {
+    return isNumber() ? nearest<F64>(numberText()) : std::nullopt;
+}
+
+std::optional<F32> JsonValue::asFloat() const noexcept {
+    return isNumber() ? nearest<F32>(numberText()) : std::nullopt;
+}
+
+JsonValue const & JsonValue::expectObject() const {
+    if (!isObject()) {
+        fail("object");
+    }
+    return *this;
+}
+
+JsonValue const & JsonValue::expectArray() const {
+    if (!isArray()) {
+        fail("array");
+    }
+    return *this;
+}
+
+std::string_view JsonValue::expectString(std::string_view wanted) const {
+    if (!isString()) {
+        fail(wanted);
+    }
+    return asString();
+}
+
+bool JsonValue::expectBool() const {
+    if (!isBool()) {
+        fail("true or false");
+    }
+    return asBool();
+}
+
+U64 JsonValue::expectU64(U64 least, U64 most) const {
+    std::optional<U64> const number = asU64();
+    if (!number || *number < least || *number > most) {
+        fail("integer from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    return *number;
+}
+
+String JsonValue::pointer() const { return tree_->pointer(index_); }
+
+void JsonValue::fail(std::string_view wanted) const { fail({}, wanted, describe(*this)); }
+
+void JsonValue::fail(std::string_view subject, std::string_view wanted,
+                     std::string_view found) const {
+    String line = tree_->place(index_);
+    line += subject;
+    line += subject.empty() ? "wants " : " wants ";
+    line += wanted;
+    line += ", found ";
+    line += found;
+    throw DocumentError(line);
+}
+
+String describe(JsonValue const & value) {
+    constexpr std::size_t most = 60;
+    switch (value.kind()) {
+    case JsonValue::Kind::null:
+        return "null";
+    case JsonValue::Kind::boolean:
+        return value.asBool() ? "true" : "false";
+    case JsonValue::Kind::number:
+        return "number " + oneLine(value.numberText(), most);
+    case JsonValue::Kind::string:
+        return '"' + oneLine(value.asString(), most) + '"';
+    case JsonValue::Kind::array:
+        return value.size() == 0 ? "empty array" : "array";
+    case JsonValue::Kind::object:
+        return value.size() == 0 ? "empty object" : "object";
+    }
+    QCF_ASSERT_TEXT(false, "invalid JsonValue::Kind");
+    return {};
+}
+
+JsonDocument::JsonDocument(String fileName) : tree_(std::make_unique<JsonTree>()) {
+    tree_->fileName = std::move(fileName);
+    tree_->clear();
+}
+
+JsonDocument::JsonDocument(JsonDocument &&) noexcept = default;
+JsonDocument & JsonDocument::operator=(JsonDocument &&) noexcept = default;
+JsonDocument::~JsonDocument() = default;
+
+JsonDocument JsonDocument::parse(String text, String fileName, Limits const & limits) {
+    JsonDocument document(std::move(fileName));
+    document.tree_->text = std::move(text);
+    document.tree_->parse(limits);
+    return document;
+}
+
+void JsonDocument::parseLine(std::string_view text, U64 line) {
+    tree_->line = line;
+    tree_->text.assign(text);
+    try {
+        tree_->parse(Limits());
+    } catch (...) {
+        tree_->clear();
+        throw;
+    }
+}
+
+JsonValue JsonDocument::root() const noexcept { return tree_->value(0); }

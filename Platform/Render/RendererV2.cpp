@@ -1,0 +1,180 @@
+#include "Platform/Render/RendererV2.h"
+
+#include "Platform/Render/RapidJson.h"
+#include "Platform/Render/Utf8.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <variant>
+
+namespace {
+
+namespace rj = qcfRapidJson;
+
+/// The stream that RapidJSON writes to: one of the two targets.
+class Target {
+public:
+    using Ch = char;
+
+    explicit Target(NonBlockingCliTxnBuffer & buffer) : buffer_(&buffer) {}
+    explicit Target(String & text) : text_(&text) {}
+
+    void Put(char c) {
+        if (text_ != nullptr) {
+            text_->push_back(c);
+        } else {
+            buffer_->append(c);
+        }
+    }
+    void Flush() {}
+    void put(std::string_view bytes) {
+        if (text_ != nullptr) {
+            text_->append(bytes);
+        } else {
+            buffer_->append(bytes);
+        }
+    }
+
+private:
+    String * text_ = nullptr;
+    NonBlockingCliTxnBuffer * buffer_ = nullptr;
+};
+
+template <class F>
+std::string_view shortest(std::array<char, 32> & digits, F x) {
+    auto const result = std::to_chars(digits.data(), digits.data() + digits.size(), x);
+    return {digits.data(), static_cast<std::size_t>(result.ptr - digits.data())};
+}
+
+rj::SizeType length(std::string_view text) {
+    QCF_ASSERT_TEXT(text.size() <= ~rj::SizeType{0}, "text is too long for JSON");
+    return static_cast<rj::SizeType>(text.size());
+}
+
+} // namespace
+
+class RendererV2::Writer {
+public:
+    Writer(Target const & target, Style style) : target_(target) {
+        if (style == Style::pretty) {
+            writer_.emplace<Pretty>(target_).SetIndent(' ', 2);
+        } else {
+            writer_.emplace<Compact>(target_);
+        }
+    }
+
+    /// Calls `write` with whichever writer there is.
+    template <class F>
+    void with(F && write) {
+        std::visit(
+            [&](auto & writer) {
+                if constexpr (!std::is_same_v<decltype(writer), std::monostate &>) {
+                    write(writer);
+                }
+            },
+            writer_);
+    }
+    /// As `with`, handing over `text` as valid UTF-8.
+    template <class F>
+    void withText(std::string_view text, F && write) {
+        if (isUtf8(text)) [[likely]] {
+            with([&](auto & writer) { write(writer, text); });
+        } else {
+            String const valid = replaceInvalidUtf8(text);
+            with([&](auto & writer) { write(writer, std::string_view(valid)); });
+        }
+    }
+    Target & target() { return target_; }
+
+private:
+    using Compact = rj::Writer<Target>;
+    using Pretty = rj::PrettyWriter<Target>;
+
+    Target target_;
+    std::variant<std::monostate, Compact, Pretty> writer_;
+};
+
+RendererV2::RendererV2(NonBlockingCliTxnBuffer & target, Style style)
+    : writer_(std::make_unique<Writer>(Target(target), style)) {}
+RendererV2::RendererV2(String & target, Style style)
+    : writer_(std::make_unique<Writer>(Target(target), style)) {}
+RendererV2::~RendererV2() = default;
+
+void RendererV2::beginObject() {
+    writer_->with([](auto & w) { w.StartObject(); });
+}
+
+void RendererV2::endObject() {
+    writer_->with([](auto & w) { w.EndObject(); });
+}
+
+void RendererV2::beginArray() {
+    writer_->with([](auto & w) { w.StartArray(); });
+}
+
+void RendererV2::endArray() {
+    writer_->with([](auto & w) { w.EndArray(); });
+}
+
+void RendererV2::key(std::string_view name) {
+    writer_->withText(name,
+                      [](auto & w, std::string_view text) { w.Key(text.data(), length(text)); });
+}
+
+void RendererV2::value(std::string_view text) {
+    writer_->withText(
+        text, [](auto & w, std::string_view valid) { w.String(valid.data(), length(valid)); });
+}
+
+void RendererV2::value(bool b) {
+    writer_->with([b](auto & w) { w.Bool(b); });
+}
+
+void RendererV2::unsignedValue(U64 n) {
+    writer_->with([n](auto & w) { w.Uint64(n); });
+}
+
+void RendererV2::signedValue(S64 n) {
+    writer_->with([n](auto & w) { w.Int64(n); });
+}
+
+void RendererV2::value(F64 x) {
+    std::array<char, 32> digits{};
+    floatText(std::isfinite(x) ? shortest(digits, x) : std::string_view());
+}
+
+void RendererV2::value(F32 x) {
+    std::array<char, 32> digits{};
+    floatText(std::isfinite(x) ? shortest(digits, x) : std::string_view());
+}
+
+void RendererV2::floatText(std::string_view digits) {
+    if (digits.empty()) {
+        nullValue();
+        return;
+    }
+    String text(digits);
+    if (text.find_first_of(".e") == String::npos) {
+        text += ".0";
+    }
+    writer_->with([&](auto & w) { w.RawValue(text.data(), text.size(), rj::kNumberType); });
+}
+
+void RendererV2::nullValue() {
+    writer_->with([](auto & w) { w.Null(); });
+}
+
+void RendererV2::rawValue(std::string_view json) {
+    writer_->with([json](auto & w) { w.RawValue(json.data(), json.size(), rj::kNumberType); });
+}
+
+void RendererV2::raw(std::string_view bytes) { writer_->target().put(bytes); }
+
+void RendererV2::endDocument() {
+    writer_->with([this](auto & w) {
+        QCF_ASSERT_TEXT(w.IsComplete(), "document is not complete");
+        w.Reset(writer_->target());
+    });
+    writer_->target().put("\n");
+}

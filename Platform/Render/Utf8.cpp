@@ -1,0 +1,153 @@
+#include "Platform/Render/Utf8.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr char hexDigits[] = "0123456789abcdef";
+
+bool isContinuation(char c) noexcept { return (static_cast<U8>(c) & 0xc0U) == 0x80U; }
+
+// The second byte tells overlong forms, surrogates and values over U+10FFFF apart.
+bool secondFits(U8 first, U8 second) noexcept {
+    switch (first) {
+    case 0xe0:
+        return second >= 0xa0;
+    case 0xed:
+        return second <= 0x9f;
+    case 0xf0:
+        return second >= 0x90;
+    case 0xf4:
+        return second <= 0x8f;
+    default:
+        return true;
+    }
+}
+
+// Number of leading ASCII bytes, a word at a time.
+std::size_t asciiPrefix(std::string_view text) noexcept {
+    std::size_t at = 0;
+    for (; at + 8 <= text.size(); at += 8) {
+        U64 word = 0;
+        std::memcpy(&word, text.data() + at, 8);
+        if ((word & 0x8080808080808080U) != 0) {
+            break;
+        }
+    }
+    while (at < text.size() && static_cast<U8>(text[at]) < 0x80) {
+        ++at;
+    }
+    return at;
+}
+
+// Length of the prefix of `text` that is well-formed.
+std::size_t validPrefix(std::string_view text) noexcept {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        std::size_t const ascii = asciiPrefix(text.substr(at));
+        at += ascii;
+        if (at == text.size()) {
+            break;
+        }
+        std::size_t const length = utf8SequenceLength(text.substr(at));
+        if (length == 0) {
+            break;
+        }
+        at += length;
+    }
+    return at;
+}
+
+void appendEscaped(String & out, std::string_view sequence) {
+    char const c = sequence.front();
+    switch (c) {
+    case '"':
+        out += "\\\"";
+        return;
+    case '\\':
+        out += "\\\\";
+        return;
+    case '\n':
+        out += "\\n";
+        return;
+    case '\r':
+        out += "\\r";
+        return;
+    case '\t':
+        out += "\\t";
+        return;
+    default:
+        break;
+    }
+    if (static_cast<U8>(c) < 0x20 || c == 0x7f) {
+        out += "\\u00";
+        out += hexDigits[static_cast<U8>(c) >> 4];
+        out += hexDigits[static_cast<U8>(c) & 15];
+    } else {
+        out += sequence;
+    }
+}
+
+} // namespace
+
+std::size_t utf8SequenceLength(std::string_view text) noexcept {
+    if (text.empty()) {
+        return 0;
+    }
+    auto const first = static_cast<U8>(text[0]);
+    if (first < 0x80) {
+        return 1;
+    }
+    std::size_t length = 0;
+    if (first >= 0xc2 && first <= 0xdf) {
+        length = 2;
+    } else if (first >= 0xe0 && first <= 0xef) {
+        length = 3;
+    } else if (first >= 0xf0 && first <= 0xf4) {
+        length = 4;
+    }
+    if (length == 0 || text.size() < length || !secondFits(first, static_cast<U8>(text[1]))) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if (!isContinuation(text[i])) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+bool isUtf8(std::string_view text) noexcept { return validPrefix(text) == text.size(); }
+
+String replaceInvalidUtf8(std::string_view text) {
+    String out;
+    out.reserve(text.size() + 8);
+    while (!text.empty()) {
+        std::size_t const valid = validPrefix(text);
+        out += text.substr(0, valid);
+        text.remove_prefix(valid);
+        if (!text.empty()) {
+            out += "\xef\xbf\xbd";
+            text.remove_prefix(1);
+        }
+    }
+    return out;
+}
+
+String oneLine(std::string_view text, std::size_t most) {
+    String out;
+    while (!text.empty()) {
+        if (out.size() >= most) {
+            out += "...";
+            break;
+        }
+        std::size_t const length = utf8SequenceLength(text);
+        if (length == 0) {
+            out += "\xef\xbf\xbd";
+        } else {
+            appendEscaped(out, text.substr(0, length));
+        }
+        text.remove_prefix(length == 0 ? 1 : length);
+    }
+    return out;
+}
