@@ -1,0 +1,15 @@
+#include "Agent/RouteReader.h"
+
+#include <utility>
+
+/// Reads the input as a route file that is taken for MRT, compressed or not.
+extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size) {
+    using namespace Qcf::Agent;
+    String bytes(reinterpret_cast<char const *>(data), size);
+    auto const reader = makeMrtReader(ByteSource(makeMemoryStream(std::move(bytes))), "fuzz",
+                                      [](String const &) {});
+    Route route;
+    while (reader->next(route)) {
+    }
+    return 0;
+}
