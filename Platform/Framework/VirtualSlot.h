@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+/// Whether a derived class overrides a virtual operation, asked without calling it.
+///
+/// Reads the table of virtual functions as the Itanium C++ ABI lays it out, which is that of GCC and
+/// Clang on every Unix. Elsewhere the answer is always yes, which costs a call and nothing else.
+#if defined(__GXX_ABI_VERSION)
+#define QCF_VIRTUAL_SLOTS_READABLE 1
+#else
+#define QCF_VIRTUAL_SLOTS_READABLE 0
+#endif
+
+/// The virtual functions of the class that an object is at the moment: in a base's constructor, the
+/// base's own.
+using VirtualSlots = unsigned char const *;
+
+template <typename Object> VirtualSlots virtualSlotsOf(Object const & object) {
+    VirtualSlots slots = nullptr;
+    std::memcpy(&slots, static_cast<void const *>(&object), sizeof slots);
+    return slots;
+}
+
+/// Whether the object's class has another function than `baseSlots` in the place of `operation`, a
+/// virtual member function of a class whose objects start with their table pointer.
+template <typename Object, typename Operation>
+bool overridesSlot(Object const & object, VirtualSlots baseSlots, Operation operation) {
+#if QCF_VIRTUAL_SLOTS_READABLE
+    struct {
+        std::ptrdiff_t pointer;
+        std::ptrdiff_t adjustment;
+    } member;
+    static_assert(sizeof operation == sizeof member);
+    std::memcpy(&member, &operation, sizeof member);
+#if defined(__arm__) || defined(__aarch64__)
+    std::ptrdiff_t const offset = member.pointer; // the adjustment carries the virtual bit
+#else
+    std::ptrdiff_t const offset = member.pointer - 1;
+#endif
+    return std::memcmp(virtualSlotsOf(object) + offset, baseSlots + offset, sizeof(void *)) != 0;
+#else
+    return true;
+#endif
+}

@@ -1,0 +1,34 @@
+#include "QcfLib/AetNode.h"
+
+#include "Platform/Framework/Assert.h"
+#include "QcfLib/QcfEvalBases.h"
+#include "QcfLib/QcfEvalStackFrameData.h"
+
+namespace Qcf::Eval {
+
+TraceFacility traceQcfEval("QcfEval");
+
+bool AetNodeBase::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
+
+void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
+                                     StackFrameDataBase_ * frame) const {
+    // The callee would read its own frame through such a node.
+    QCF_ASSERT(!valueDependsOnStackFrameData());
+    frame->pushAetNodePtrArgToStack(*this);
+}
+
+void CachedHash::cachedHashValueSetIs(bool set) const {
+    if (set != cachedHashValueSet_) {
+        cachedHashValueSet_ = set;
+        owner_.publisher().publish({.attribute = "cachedHashValueSet", .subject = &owner_});
+    }
+}
+
+void CachedHash::cachedHashValueIs(U32 value) const {
+    if (value != cachedHashValue_) {
+        cachedHashValue_ = value;
+        owner_.publisher().publish({.attribute = "cachedHashValue", .subject = &owner_});
+    }
+}
+
+} // namespace Qcf::Eval

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Platform/Framework/DumpContext.h"
+#include "Platform/Framework/Entity.h"
+#include "Platform/Framework/Slab.h"
+#include "Platform/Framework/Trace.h"
+#include "Platform/Framework/Types.h"
+#include "QcfLib/EvalResult.h"
+#include "QcfLib/FunctionMetadata.h"
+#include "QcfLib/NodeClass.h"
+
+#include <utility>
+
+namespace Qcf::Eval {
+
+class EvalContextBase;
+class StackFrameData_;
+/// A frame as value nodes push their arguments onto it.
+using StackFrameDataBase_ = StackFrameData_;
+
+/// Trace messages of the engine: level 1 evaluation steps, level 2 sanity checks.
+extern TraceFacility traceQcfEval;
+
+/// Base of every node of an evaluation tree.
+///
+/// Nodes are immutable once built, shared by every parent that refers to an equal subtree, counted,
+/// and read by any number of evaluating threads at once. Every class X has the creators
+/// `X::XIs(key, fields...)` and `xFactory(key, fields...)`.
+class AetNodeBase : public Entity {
+public:
+    explicit AetNodeBase(U64 aetNodeKey) : aetNodeKey_(aetNodeKey) {}
+
+    /// The key under which the node is stored and published and stands in evaluation logs.
+    U64 aetNodeKey() const { return aetNodeKey_; }
+
+    /// What is known of the node's concrete class.
+    virtual NodeClass const & typeData() const = 0;
+
+    /// True when `other` is a node of the same class with equal content; keys do not count.
+    virtual bool compare(PtrConst<AetNodeBase> const & other) const = 0;
+
+    /// Structural hash: equal nodes have equal hashes within one process. Keys do not count.
+    virtual U32 hash(U32 seed) const = 0;
+
+    /// Static check before use, against the names that the function declares; true when sane.
+    virtual bool verifySanity(FunctionMetadata const & metadata) const;
+
+private:
+    U64 aetNodeKey_;
+};
+
+/// A node that evaluates to a result: statement, predicate, operator, control flow.
+class Expression : public AetNodeBase {
+public:
+    using AetNodeBase::AetNodeBase;
+
+    /// Evaluates against the route of the context, which must not be null. Called by the thread
+    /// that owns the context.
+    virtual EvalResult eval(Ptr<EvalContextBase> const & context) const = 0;
+
+    /// Prints the tree as source-like text. Lines begin with `indent` blanks.
+    virtual void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const = 0;
+};
+
+/// A node that holds or yields a typed value.
+class StorageType : public AetNodeBase {
+public:
+    using AetNodeBase::AetNodeBase;
+
+    /// True when the value comes, wholly or in part, from the arguments of the running function.
+    virtual bool valueDependsOnStackFrameData() const { return false; }
+
+    /// Short text form.
+    virtual String toStrep() const = 0;
+
+    /// Pushes this value as the next argument of a call. Values without an argument type of their
+    /// own are passed as references; asserts that such a value does not depend on the frame.
+    virtual void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
+                                    StackFrameDataBase_ * frame) const;
+};
+
+} // namespace Qcf::Eval

@@ -1,0 +1,98 @@
+#include "QcfLib/QcfLibHelpers.h"
+
+#include "Platform/Framework/Assert.h"
+
+/// Operators on AS paths.
+namespace Qcf::Eval {
+
+namespace {
+
+using Routing::Bgp::Asn;
+
+/// A literal list as AS numbers, at most 255 to a segment; elements are 32 bits wide already.
+using AsnBuffer = boost::container::small_vector<Asn, inlineSetCapacity>;
+
+AsnBuffer asnsOf(IntListImmediate const & list, Ptr<EvalContextBase> const & context) {
+    PtrConst<U64UnsortedSmallVector> fresh;
+    AsnBuffer asns;
+    if (auto const * const values = list.lendVal(context, fresh)) {
+        for (U64 const value : values->values()) {
+            asns.push_back(static_cast<Asn>(value));
+        }
+    }
+    return asns;
+}
+
+/// The AS numbers that a built-in function's node arguments name.
+class AsnSelection {
+public:
+    explicit AsnSelection(Ptr<EvalContextBase> const & context)
+        : ranges_(argument<IntSetImmediate>(context, 0), argument<IntListImmediate>(context, 1),
+                  argument<IntListImmediate>(context, 2), context) {}
+
+    bool operator()(Asn asn) const { return ranges_.contain(asn); }
+
+private:
+    /// Bounds may be left out together at the end; a node of another kind is a malformed call.
+    template <typename Node>
+    static Node const * argument(Ptr<EvalContextBase> const & context, std::size_t index) {
+        auto const & arguments = *evalContext(context).aetNodePtrArgValues();
+        if (index >= arguments.size() || arguments[index] == nullptr) {
+            return nullptr;
+        }
+        auto const * const node = dynamic_cast<Node const *>(arguments[index]);
+        QCF_ASSERT_TEXT(node != nullptr, "node arguments are an integer set and two integer lists");
+        return node;
+    }
+
+    LentRanges ranges_;
+};
+
+/// Changes the route's path in place with `change(path)` and stores it.
+template <typename Change>
+EvalResult changeRoutePath(Ptr<EvalContextBase> const & context, Change change) {
+    auto & c = evalContext(context);
+    auto * const stored = c.asPathModified() ? c.attributeContentConst().asPath : nullptr;
+    auto * const path = stored != nullptr ? stored : c.asPathInputModifiable();
+    change(path->expand());
+    c.modify(ModifiableAttribute::asPath).asPathIs(path);
+    return EvalResult::fromBoolWithReturn(true);
+}
+
+} // namespace
+
+EvalResult AsPathAssign::eval(Ptr<EvalContextBase> const & context) const {
+    auto * const path = lhs_->getValModifiable(context);
+    AsnBuffer const asns = asnsOf(*rhs_, context);
+    path->expandEmpty().assignSequence({asns.data(), asns.size()});
+    lhs_->setVal(path, context);
+    return EvalResult::fromBool(true);
+}
+
+EvalResult AsPathPrepend::eval(Ptr<EvalContextBase> const & context) const {
+    auto * const path = lhs_->getValModifiable(context);
+    AsnBuffer const asns = asnsOf(*rhs_, context);
+    path->expand().prepend({asns.data(), asns.size()});
+    lhs_->setVal(path, context);
+    return EvalResult::fromBool(true);
+}
+
+EvalResult AsPathMatchAsPathAccessList::eval(Ptr<EvalContextBase> const & context) const {
+    auto const & status = context->externalMatchers()->asPathLists.at(index_);
+    auto const * const path = lhs_->getVal(context);
+    return EvalResult::fromBool(
+        evalContext(context).matchAsPathAccessList(path, aetNodeKey(), status));
+}
+
+EvalResult AsPathReplaceImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    AsnSelection const selected(context);
+    auto const newAsn = getIntFromArgVector<U32>(context, 0);
+    return changeRoutePath(context, [&](auto & path) { path.replaceIf(selected, newAsn); });
+}
+
+EvalResult AsPathRemoveImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    AsnSelection const selected(context);
+    return changeRoutePath(context, [&](auto & path) { path.removeIf(selected); });
+}
+
+} // namespace Qcf::Eval

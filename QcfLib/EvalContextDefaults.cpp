@@ -1,0 +1,45 @@
+#include "QcfLib/QcfEvalContext.h"
+
+/// What a context answers whose agent has no lists: nothing matches, every edit empties the set.
+namespace Qcf::Eval {
+
+bool EvalContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * /*path*/,
+                                        U64 /*aetNodeKey*/,
+                                        PtrConst<AsPathListStatus> const & /*status*/) const {
+    return false;
+}
+bool EvalContext::matchRoaTable(U32 /*slot*/, U32 /*state*/) const { return false; }
+
+#define QCF_DEFAULT_MATCH(Operation, Set, Status)                                                  \
+    bool EvalContext::Operation(PtrConst<Set> const &, PtrConst<Status> const &) const {           \
+        return false;                                                                              \
+    }
+QCF_DEFAULT_MATCH(matchCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_MATCH(matchExactCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_MATCH(matchExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_MATCH(matchExactExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_MATCH(matchLargeCommList, CommunitySmallVector, LargeCommListStatus)
+QCF_DEFAULT_MATCH(matchExactLargeCommList, CommunitySmallVector, LargeCommListStatus)
+#undef QCF_DEFAULT_MATCH
+
+#define QCF_DEFAULT_ASSIGN(Operation, Set, Status)                                                 \
+    Ptr<Set> EvalContext::Operation(PtrConst<Status> const &) { return nullptr; }
+QCF_DEFAULT_ASSIGN(commAssignCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_ASSIGN(extCommAssignExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_ASSIGN(largeCommAssignLargeCommList, CommunitySmallVector, LargeCommListStatus)
+#undef QCF_DEFAULT_ASSIGN
+
+#define QCF_DEFAULT_EDIT(Operation, Set, Status)                                                   \
+    Ptr<Set> EvalContext::Operation(Ptr<Set> const &, PtrConst<Status> const &) { return nullptr; }
+QCF_DEFAULT_EDIT(commAddCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_EDIT(commRemoveCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_EDIT(commRetainCommList, U64SmallVector, CommListStatus)
+QCF_DEFAULT_EDIT(extCommAddExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_EDIT(extCommRemoveExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_EDIT(extCommRetainExtCommList, CommunitySmallVector, ExtCommListStatus)
+QCF_DEFAULT_EDIT(largeCommAddLargeCommList, CommunitySmallVector, LargeCommListStatus)
+QCF_DEFAULT_EDIT(largeCommRemoveLargeCommList, CommunitySmallVector, LargeCommListStatus)
+QCF_DEFAULT_EDIT(largeCommRetainLargeCommList, CommunitySmallVector, LargeCommListStatus)
+#undef QCF_DEFAULT_EDIT
+
+} // namespace Qcf::Eval

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+#include "Platform/Routing/Policy.h"
+
+#include <iosfwd>
+
+namespace Qcf::Eval {
+
+/// The value of a predicate or a statement.
+enum class TriStateBoolValue : U8 { unknown = 0, false_ = 1, true_ = 2 };
+
+constexpr TriStateBoolValue QcfUnknown() { return TriStateBoolValue::unknown; }
+constexpr TriStateBoolValue QcfFalse() { return TriStateBoolValue::false_; }
+constexpr TriStateBoolValue QcfTrue() { return TriStateBoolValue::true_; }
+
+/// Whether evaluation is to stop, and how far up it unwinds.
+enum class TerminationFlag : U8 {
+    noTermination = 0,  ///< go on with the next statement
+    returnToCaller = 1, ///< unwind to the enclosing function, which clears the flag
+    exitToPoa = 2,      ///< unwind through every function to the point of attachment
+};
+
+/// The text of a value; asserts on one outside the enumeration.
+char const * toString(TriStateBoolValue value);
+char const * toString(TerminationFlag flag);
+std::ostream & operator<<(std::ostream & out, TriStateBoolValue value);
+
+/// What evaluating a node yields; two bytes, handed around by value.
+class EvalResult {
+public:
+    constexpr EvalResult() = default;
+    constexpr explicit EvalResult(TriStateBoolValue retVal,
+                                  TerminationFlag termination = TerminationFlag::noTermination)
+        : retVal_(retVal), termination_(termination) {}
+
+    /// A predicate's answer: evaluation goes on.
+    static constexpr EvalResult fromBool(bool b) { return EvalResult(b ? QcfTrue() : QcfFalse()); }
+    /// A built-in function's answer: returns to the caller at once.
+    static constexpr EvalResult fromBoolWithReturn(bool b) {
+        return EvalResult(b ? QcfTrue() : QcfFalse(), TerminationFlag::returnToCaller);
+    }
+
+    constexpr TriStateBoolValue retVal() const { return retVal_; }
+    constexpr TerminationFlag termination() const { return termination_; }
+    constexpr bool isTrue() const { return retVal_ == QcfTrue(); }
+    constexpr bool terminates() const { return termination_ != TerminationFlag::noTermination; }
+
+    /// The same value with another termination.
+    constexpr EvalResult with(TerminationFlag termination) const {
+        return EvalResult(retVal_, termination);
+    }
+
+    constexpr bool operator==(EvalResult const &) const = default;
+
+private:
+    TriStateBoolValue retVal_ = TriStateBoolValue::unknown;
+    TerminationFlag termination_ = TerminationFlag::noTermination;
+};
+
+/// Unset becomes unknown, whatever value it holds; a set value becomes false or true.
+EvalResult tristateToEvalResult(TristateBoolean value);
+
+} // namespace Qcf::Eval

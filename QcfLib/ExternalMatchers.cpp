@@ -1,0 +1,10 @@
+#include "QcfLib/ExternalMatchers.h"
+
+namespace Qcf {
+
+ExternalMatchersBase::ExternalMatchersBase() {
+    tagSets.defaultIs(makePtr<Routing::RouteMap::TagSetStatus>());
+}
+ExternalMatchersBase::~ExternalMatchersBase() = default;
+
+} // namespace Qcf

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Platform/Framework/Ptr.h"
+#include "QcfLib/RoutingTypes.h"
+
+#include <vector>
+
+namespace Qcf {
+
+/// A table of an agent's lists of one kind, indexed by the slots of function metadata. Slot 0 is
+/// never used. Entries may be null.
+template <typename Status> class MatcherTable {
+public:
+    /// The entry of a slot; the empty default beyond the table's end.
+    PtrConst<Status> const & at(U16 slot) const {
+        return slot < entries_.size() ? entries_[slot] : default_;
+    }
+    std::size_t size() const { return entries_.size(); }
+    /// Grows the table as needed.
+    void entryIs(U16 slot, PtrConst<Status> status) {
+        if (slot >= entries_.size()) {
+            entries_.resize(slot + std::size_t{1});
+        }
+        entries_[slot] = std::move(status);
+    }
+    /// What slots beyond the table's end yield; null unless set.
+    void defaultIs(PtrConst<Status> status) { default_ = std::move(status); }
+
+private:
+    std::vector<PtrConst<Status>> entries_;
+    PtrConst<Status> default_;
+};
+
+/// An agent's named lists as evaluation sees them: tables indexed by slot. The agent fills one
+/// before it makes contexts and leaves it unchanged while any of them evaluates; new lists come in a
+/// new object.
+class ExternalMatchersBase : public PtrInterface {
+public:
+    ExternalMatchersBase();
+    ~ExternalMatchersBase() override;
+
+    MatcherTable<Routing::RouteMap::StandardCommListStatus> commLists;
+    MatcherTable<Routing::RouteMap::ExtCommListStatus> extCommLists;
+    MatcherTable<Routing::RouteMap::LargeCommListStatus> largeCommLists;
+    /// Beyond its end: an empty tag set.
+    MatcherTable<Routing::RouteMap::TagSetStatus> tagSets;
+    MatcherTable<Routing::RouteMap::AsPathListStatus> asPathLists;
+    MatcherTable<Routing::Policy::PrefixListMatcher> ipv4PrefixLists;
+    MatcherTable<Routing::Policy::PrefixListMatcher> ipv6PrefixLists;
+    MatcherTable<Routing::RouteMap::DynamicPrefixListStatus> dynamicPrefixLists;
+    MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv4PrefixLists;
+    MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv6PrefixLists;
+};
+
+} // namespace Qcf

@@ -1,0 +1,69 @@
+#include "QcfLib/QcfEval.h"
+
+/// The community-list operators. What a list holds and how it matches is the agent's: the status of
+/// the node's slot is passed on as it is, null included.
+namespace Qcf::Eval {
+
+namespace {
+
+using Context = Ptr<EvalContextBase>;
+
+template <typename Node, typename Status, typename Operation>
+EvalResult match(Node const & node, Context const & context, MatcherTable<Status> const & table,
+                 Operation operation) {
+    auto const & status = table.at(node.index());
+    auto const set = node.lhs()->getVal(context);
+    return EvalResult::fromBool((evalContext(context).*operation)(set, status));
+}
+
+template <typename Node, typename Status, typename Operation>
+EvalResult edit(Node const & node, Context const & context, MatcherTable<Status> const & table,
+                Operation operation) {
+    auto const & status = table.at(node.index());
+    // A set that others see is copyOnWrite; the agent's edit honours the flag.
+    auto const current = constCast(node.lhs()->getVal(context));
+    node.lhs()->setVal((evalContext(context).*operation)(current, status), context);
+    return EvalResult::fromBool(true);
+}
+
+template <typename Node, typename Status, typename Operation>
+EvalResult assign(Node const & node, Context const & context, MatcherTable<Status> const & table,
+                  Operation operation) {
+    node.lhs()->setVal((evalContext(context).*operation)(table.at(node.index())), context);
+    return EvalResult::fromBool(true);
+}
+
+} // namespace
+
+#define QCF_LIST_OPERATOR(Class, family, table, operation)                                         \
+    EvalResult Class::eval(Context const & context) const {                                        \
+        return family(*this, context, context->externalMatchers()->table, &EvalContext::operation);\
+    }
+
+QCF_LIST_OPERATOR(IntSetMatchCommList, match, commLists, matchCommList)
+QCF_LIST_OPERATOR(IntSetMatchExactCommList, match, commLists, matchExactCommList)
+QCF_LIST_OPERATOR(IntSetAssignCommList, assign, commLists, commAssignCommList)
+QCF_LIST_OPERATOR(IntSetAddCommList, edit, commLists, commAddCommList)
+QCF_LIST_OPERATOR(IntSetRemoveCommList, edit, commLists, commRemoveCommList)
+QCF_LIST_OPERATOR(IntSetRetainCommList, edit, commLists, commRetainCommList)
+
+QCF_LIST_OPERATOR(CommunitySetMatchExtCommList, match, extCommLists, matchExtCommList)
+QCF_LIST_OPERATOR(CommunitySetMatchExactExtCommList, match, extCommLists, matchExactExtCommList)
+QCF_LIST_OPERATOR(CommunitySetAssignExtCommList, assign, extCommLists, extCommAssignExtCommList)
+QCF_LIST_OPERATOR(CommunitySetAddExtCommList, edit, extCommLists, extCommAddExtCommList)
+QCF_LIST_OPERATOR(CommunitySetRemoveExtCommList, edit, extCommLists, extCommRemoveExtCommList)
+QCF_LIST_OPERATOR(CommunitySetRetainExtCommList, edit, extCommLists, extCommRetainExtCommList)
+
+QCF_LIST_OPERATOR(CommunitySetMatchLargeCommList, match, largeCommLists, matchLargeCommList)
+QCF_LIST_OPERATOR(CommunitySetMatchExactLargeCommList, match, largeCommLists,
+                  matchExactLargeCommList)
+QCF_LIST_OPERATOR(CommunitySetAssignLargeCommList, assign, largeCommLists,
+                  largeCommAssignLargeCommList)
+QCF_LIST_OPERATOR(CommunitySetAddLargeCommList, edit, largeCommLists, largeCommAddLargeCommList)
+QCF_LIST_OPERATOR(CommunitySetRemoveLargeCommList, edit, largeCommLists,
+                  largeCommRemoveLargeCommList)
+QCF_LIST_OPERATOR(CommunitySetRetainLargeCommList, edit, largeCommLists,
+                  largeCommRetainLargeCommList)
+#undef QCF_LIST_OPERATOR
+
+} // namespace Qcf::Eval

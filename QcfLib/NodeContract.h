@@ -1,0 +1,147 @@
+#pragma once
+
+#include "Platform/Framework/Hash.h"
+#include "QcfLib/NodeFields.h"
+#include "QcfLib/NodeTexts.h"
+
+/// The node contract over the fields that a class lists in eachField: hash, compare and their like,
+/// once for all classes. Included by the generated sources alone.
+namespace Qcf::Eval {
+
+namespace contract {
+
+template <typename T>
+concept NodePointer = requires(T const & p) { static_cast<AetNodeBase const *>(p.get()); };
+
+inline void mixChild(Hash & hash, AetNodeBase const * child) {
+    child != nullptr ? hash.hashMix(child->hash(0)) : hash.hashMix(U64{0});
+}
+
+template <typename T> void mix(Hash & hash, T const & value) {
+    if constexpr (NodePointer<T>) {
+        mixChild(hash, value.get());
+    } else if constexpr (requires { value.hash(hash); }) {
+        value.hash(hash);
+    } else if constexpr (requires { value.hash(U32{0}); }) {
+        hash.hashMix(value.hash(U32{0}));
+    } else if constexpr (std::is_enum_v<T>) {
+        hash.hashMix(static_cast<std::underlying_type_t<T>>(value));
+    } else {
+        hash.hashMix(value);
+    }
+}
+
+template <typename T> void mix(Hash & hash, std::optional<T> const & value) {
+    hash.hashMix(value.has_value());
+    if (value) {
+        mix(hash, *value);
+    }
+}
+
+inline bool sameChild(AetNodeBase const * a, AetNodeBase const * b) {
+    if (a == b) {
+        return true;
+    }
+    return a != nullptr && b != nullptr && a->compare(PtrConst<AetNodeBase>(b));
+}
+
+template <typename T> bool same(T const & a, T const & b) {
+    if constexpr (NodePointer<T>) {
+        return sameChild(a.get(), b.get());
+    } else {
+        return a == b;
+    }
+}
+// By their bits, as they are hashed: a NaN equals itself, the two zeros differ.
+inline bool same(F32 const & a, F32 const & b) {
+    return std::bit_cast<U32>(a) == std::bit_cast<U32>(b);
+}
+
+template <typename Node> Node const * sameClass(Node const & node, AetNodeBase const * other) {
+    bool const same = other != nullptr && &other->typeData() == &node.typeData();
+    return same ? static_cast<Node const *>(other) : nullptr;
+}
+
+/// The fields as a tuple of references, so that two nodes can be walked in step.
+template <typename Node> auto fieldAddresses(Node const & node) {
+    std::vector<void const *> addresses;
+    node.eachField([&](char const *, auto const & value) { addresses.push_back(&value); });
+    return addresses;
+}
+
+} // namespace contract
+
+template <typename Node> U32 hashNode(Node const & node, U32 seed) {
+    Hash hash(seed);
+    hash.hashMix(node.typeData().typeCode);
+    node.eachField([&](char const *, auto const & value) { contract::mix(hash, value); });
+    return hash.result();
+}
+
+template <typename Node>
+bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
+    Node const * const that = contract::sameClass(node, other.get());
+    if (that == nullptr || that == &node) {
+        return that != nullptr;
+    }
+    auto const theirs = contract::fieldAddresses(*that);
+    std::size_t i = 0;
+    bool equal = true;
+    node.eachField([&](char const *, auto const & value) {
+        using Value = std::remove_cvref_t<decltype(value)>;
+        equal = equal && contract::same(value, *static_cast<Value const *>(theirs[i]));
+        ++i;
+    });
+    return equal;
+}
+
+/// Chains are visited by loop: they may be a million links long.
+template <typename Link> U32 hashChain(Link const & head, U32 seed) {
+    Hash hash(seed);
+    hash.hashMix(head.typeData().typeCode);
+    for (Link const * link = &head; link != nullptr; link = link->next().get()) {
+        contract::mixChild(hash, link->entry().get());
+    }
+    return hash.result();
+}
+
+template <typename Link> bool compareLinkedLists(Link const * a, Link const * b) {
+    while (a != nullptr && b != nullptr) {
+        if (a == b) {
+            return true;
+        }
+        if (!contract::sameChild(a->entry().get(), b->entry().get())) {
+            return false;
+        }
+        a = a->next().get();
+        b = b->next().get();
+    }
+    return a == b;
+}
+
+template <typename Link>
+bool compareChain(Link const & head, PtrConst<AetNodeBase> const & other) {
+    Link const * const that = contract::sameClass(head, other.get());
+    return that != nullptr && compareLinkedLists(&head, that);
+}
+
+/// Lets go of a chain link by link, as far as nobody else holds it. Called by a link's destructor.
+template <typename Pointer> void unlinkChain(Pointer & next) {
+    while (next && next->refCount() == 1) {
+        using Link = std::remove_const_t<typename Pointer::element_type>;
+        Pointer behind = const_cast<Link &>(*next).releaseNext();
+        next = std::move(behind);
+    }
+}
+
+template <typename Node> bool anyChildDependsOnFrame(Node const & node) {
+    bool depends = false;
+    node.eachField([&](char const *, auto const & value) {
+        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
+            depends = depends || dependsOnFrame(value.get());
+        }
+    });
+    return depends;
+}
+
+} // namespace Qcf::Eval

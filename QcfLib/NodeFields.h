@@ -1,0 +1,52 @@
+#pragma once
+
+#include "QcfLib/AetNode.h"
+#include "QcfLib/QcfEvalAttributeSet.h"
+#include "QcfLib/RoutingTypes.h"
+
+/// The scalar types that node fields can have, one macro argument each.
+#define QCF_FOR_EACH_SCALAR(APPLY)                                                                 \
+    APPLY(U8)                                                                                      \
+    APPLY(U16)                                                                                     \
+    APPLY(U32)                                                                                     \
+    APPLY(U64)                                                                                     \
+    APPLY(F32)                                                                                     \
+    APPLY(bool)                                                                                    \
+    APPLY(String)                                                                                  \
+    APPLY(TriStateBoolValue)                                                                       \
+    APPLY(FunctionMetadata)                                                                        \
+    APPLY(AccessibleAttributes)                                                                    \
+    APPLY(IpGenAddr)                                                                               \
+    APPLY(IpGenPrefix)                                                                             \
+    APPLY(EthAddr)                                                                                 \
+    APPLY(IntfId)                                                                                  \
+    APPLY(std::optional<Evpn::Esid>)                                                               \
+    APPLY(Acl::CommunityValue)                                                                     \
+    APPLY(Routing::Rib::ResolutionRibProfileConfig)                                                \
+    APPLY(Routing::Policy::RouteMapFeatures)
+
+namespace Qcf::Eval {
+
+/// Where NodeClass::create takes a node's fields from, in declared order. Whoever implements it
+/// throws when the outside form does not hold what the field wants.
+class FieldReader {
+public:
+    virtual ~FieldReader() = default;
+#define QCF_READ(Type) virtual void read(FieldInfo const & field, Type & value) = 0;
+    QCF_FOR_EACH_SCALAR(QCF_READ)
+#undef QCF_READ
+    /// The child, which the field must accept; null only for an optional one.
+    virtual PtrConst<AetNodeBase> readNode(FieldInfo const & field) = 0;
+};
+
+/// What NodeClass::write hands a node's fields to, in declared order.
+class FieldWriter {
+public:
+    virtual ~FieldWriter() = default;
+#define QCF_WRITE(Type) virtual void write(FieldInfo const & field, Type const & value) = 0;
+    QCF_FOR_EACH_SCALAR(QCF_WRITE)
+#undef QCF_WRITE
+    virtual void writeNode(FieldInfo const & field, AetNodeBase const * child) = 0;
+};
+
+} // namespace Qcf::Eval

@@ -1,0 +1,49 @@
+#include "QcfLib/NodeClass.h"
+
+#include <unordered_map>
+
+namespace Qcf::Eval {
+
+namespace {
+
+using Names = std::unordered_map<std::string_view, NodeClass const *>;
+
+Names classNames() {
+    Names names;
+    for (NodeClass const & nodeClass : nodeClasses()) {
+        // A value base and an attribute may share a name ("IpPrefix"); only the latter has a row.
+        names.emplace(nodeClass.name, &nodeClass);
+    }
+    return names;
+}
+
+Names languageNames() {
+    Names names;
+    for (NodeClass const & nodeClass : nodeClasses()) {
+        if (nodeClass.attribute != nullptr) {
+            names.emplace(nodeClass.attribute->languageName, &nodeClass);
+        }
+    }
+    return names;
+}
+
+NodeClass const * lookUp(Names const & names, std::string_view name) {
+    auto const found = names.find(name);
+    return found == names.end() ? nullptr : found->second;
+}
+
+} // namespace
+
+std::size_t NodeClass::number() const { return static_cast<std::size_t>(this - &nodeClasses()[0]); }
+
+NodeClass const * findNodeClass(std::string_view name) {
+    static Names const names = classNames();
+    return lookUp(names, name);
+}
+
+NodeClass const * findAttribute(std::string_view languageName) {
+    static Names const names = languageNames();
+    return lookUp(names, languageName);
+}
+
+} // namespace Qcf::Eval

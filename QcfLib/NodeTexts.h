@@ -1,0 +1,59 @@
+#pragma once
+
+#include "QcfLib/QcfEvalBasicTypes.h"
+
+/// Texts that many node classes share: value texts, operator dumps, sanity traces. Private to the
+/// node sources.
+namespace Qcf::Eval {
+
+class IntLinkedList;
+class CommunityLinkedList;
+
+String textOf(U64 value);
+String textOf(F32 value);
+String textOf(TriStateBoolValue value);
+String textOf(Acl::CommunityValue const & value);
+String textOf(std::optional<Evpn::Esid> const & value);
+template <typename Value> String textOf(Value const & value) { return value.toString(); }
+
+/// `NAME[index:C]`, where C is the index as one raw character.
+String variableText(String const & name, U8 argVectorIndex);
+
+/// Bracketed text of a literal's chain, which may be null.
+String chainText(char const * open, PtrConst<IntLinkedList> const & head, char const * close);
+String chainText(char const * open, PtrConst<CommunityLinkedList> const & head, char const * close);
+
+/// The identity of a node, stable for its life, where a text shows a reference to it.
+String nodeReference(AetNodeBase const & node);
+
+/// Prints `indent` blanks; nothing for 0.
+void dumpIndent(PtrConst<DumpContext> const & dumpContext, U32 indent);
+
+/// The usual dump of an operator: left operand, blank, keyword, and right operand without a blank.
+void dumpOperator(PtrConst<DumpContext> const & dumpContext, U32 indent,
+                  PtrConst<StorageType> const & lhs, char const * keyword, String const & rhs = "");
+void dumpOperator(PtrConst<DumpContext> const & dumpContext, U32 indent,
+                  PtrConst<StorageType> const & lhs, char const * keyword,
+                  PtrConst<StorageType> const & rhs);
+/// The dump of a built-in function's body: a blank and the class name.
+void dumpImplementation(PtrConst<DumpContext> const & dumpContext, U32 indent,
+                        char const * className);
+
+/// Whether a list operator's index is the slot that the metadata gives the list's name. Index 0 is
+/// never sane.
+bool listIsSane(char const * className, SlotMap const & slots, String const & listName, U16 index);
+
+/// False for null and for values that other than on the frame depend on it.
+bool dependsOnFrame(AetNodeBase const * node);
+
+/// The end of a chain's walk for dependence on the frame.
+template <typename Link> bool chainDependsOnFrame(Link const * link) {
+    for (; link != nullptr; link = link->next().get()) {
+        if (link->entry()->valueDependsOnStackFrameData()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace Qcf::Eval

@@ -1,0 +1,82 @@
+#include "Platform/Framework/Assert.h"
+#include "QcfLib/QcfEval.h"
+
+/// Prefix lists as values: which matcher a function's list stands for.
+namespace Qcf::Eval {
+
+namespace {
+
+using Routing::Policy::PrefixListMatcher;
+
+bool indexIsSane(char const * className, SlotMap const & slots, String const & name,
+                 U16 indexInAet) {
+    U16 const indexInMetadata = slotOf(slots, name);
+    QCF_TRACE(traceQcfEval, 2,
+              className << "::verifySanity: indexInAet=" << indexInAet
+                        << " indexInMetadata=" << indexInMetadata);
+    return indexInAet != 0 && indexInAet == indexInMetadata;
+}
+
+/// The one query that guards dynamic prefix lists: they select what is sent to a peer.
+bool dynamicListsInUse(EvalContext const & context) { return context.isBgpOutbound(); }
+
+} // namespace
+
+PrefixListMatcher const *
+PrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
+                                    AddressFamily family) const {
+    auto const otherFamily = isV4_ ? AddressFamily::ipv6 : AddressFamily::ipv4;
+    if (family == otherFamily) {
+        return nullptr;
+    }
+    auto const & matchers = *context->externalMatchers();
+    return (isV4_ ? matchers.ipv4PrefixLists : matchers.ipv6PrefixLists).at(indexInAet_).get();
+}
+
+bool PrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const {
+    auto const & slots = isV4_ ? metadata.V4PrefixListsUsed : metadata.V6PrefixListsUsed;
+    return indexIsSane("PrefixListImmediate", slots, name_, indexInAet_);
+}
+
+PrefixListMatcher const *
+PrefixListVariable::getValWithArgs(Ptr<EvalContextBase const> const & context,
+                                   AddressFamily family) const {
+    auto const * const prefixListTypeArgValues = evalContext(context).prefixListTypeArgValues();
+    QCF_ASSERT_TEXT(nullptr != prefixListTypeArgValues &&
+                        argVectorIndex_ < prefixListTypeArgValues->size(),
+                    "nullptr != prefixListTypeArgValues && "
+                    "argVectorIndex() < prefixListTypeArgValues->size()");
+    auto const * const matcher = (*prefixListTypeArgValues)[argVectorIndex_];
+    bool const wrongFamily =
+        matcher != nullptr && family != AddressFamily::none && family != matcher->af();
+    return wrongFamily ? nullptr : matcher;
+}
+
+PrefixListMatcher const *
+DynamicPrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
+                                           AddressFamily family) const {
+    auto const & c = evalContext(context);
+    auto const & matchers = *c.externalMatchers();
+    U32 const vrfId = c.vrfId();
+    auto const * const status = matchers.dynamicPrefixLists.at(indexInAet_).get();
+    if (vrfId == EvalContext::noVrf || status == nullptr || !status->activeIn(vrfId) ||
+        !dynamicListsInUse(c)) {
+        return nullptr;
+    }
+    switch (family) {
+    case AddressFamily::ipv4:
+        return matchers.dynamicIpv4PrefixLists.at(indexInAet_).get();
+    case AddressFamily::ipv6:
+        return matchers.dynamicIpv6PrefixLists.at(indexInAet_).get();
+    case AddressFamily::none:
+        break;
+    }
+    return nullptr;
+}
+
+bool DynamicPrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const {
+    return indexIsSane("DynamicPrefixListImmediate", metadata.DynPrefixListsUsed, name_,
+                       indexInAet_);
+}
+
+} // namespace Qcf::Eval

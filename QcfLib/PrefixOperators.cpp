@@ -1,0 +1,62 @@
+#include "QcfLib/QcfLibHelpers.h"
+
+/// Tests of prefixes and addresses against prefixes, prefix lists and ROA tables.
+namespace Qcf::Eval {
+
+namespace {
+
+EvalResult matchList(PrefixList const & list, IpGenPrefix const & candidate,
+                     EvalResult const & withoutList, Ptr<EvalContextBase> const & context) {
+    auto const * const matcher = list.getValWithArgs(context, candidate.af());
+    if (matcher == nullptr) {
+        return withoutList;
+    }
+    Routing::Policy::MatchInput_ const input{candidate};
+    return tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
+}
+
+bool listOperandIsSane(char const * label, PrefixList const & list,
+                       FunctionMetadata const & metadata) {
+    bool const sane = list.verifySanity(metadata);
+    QCF_TRACE(traceQcfEval, 2, label << "::verifySanity: exprSane=" << sane);
+    return sane;
+}
+
+} // namespace
+
+EvalResult IpPrefixCoveredBy::eval(Ptr<EvalContextBase> const & context) const {
+    IpGenPrefix const lhs = lhs_->getVal(context);
+    IpGenPrefix const rhs = rhs_->getVal(context);
+    return EvalResult::fromBool(rhs.contains(lhs));
+}
+
+EvalResult IpPrefixMatchPrefixList::eval(Ptr<EvalContextBase> const & context) const {
+    return matchList(*rhs_, lhs_->getVal(context), EvalResult::fromBool(false), context);
+}
+EvalResult IpPrefixMatchCoveredPrefixList::eval(Ptr<EvalContextBase> const & context) const {
+    // Without a list the decision is left to the logical operators around.
+    return matchList(*rhs_, lhs_->getVal(context), EvalResult(), context);
+}
+EvalResult IpAddressMatchPrefixList::eval(Ptr<EvalContextBase> const & context) const {
+    auto const candidate = IpGenPrefix::host(lhs_->getVal(context));
+    return matchList(*rhs_, candidate, EvalResult::fromBool(false), context);
+}
+
+bool IpPrefixMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {
+    return listOperandIsSane("IpPrefixMatchPrefixList", *rhs_, metadata);
+}
+bool IpPrefixMatchCoveredPrefixList::verifySanity(FunctionMetadata const & metadata) const {
+    // The label is not the class's name, but the one that is looked for in traces.
+    return listOperandIsSane("IpAddressCoveredPrefixList", *rhs_, metadata);
+}
+bool IpAddressMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {
+    return listOperandIsSane("IpAddressMatchPrefixList", *rhs_, metadata);
+}
+
+EvalResult MatchOriginAsValidityImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    auto const slot = getIntFromArgVector<U32>(context, 0);
+    auto const state = getIntFromArgVector<U32>(context, 1);
+    return EvalResult::fromBoolWithReturn(evalContext(context).matchRoaTable(slot, state));
+}
+
+} // namespace Qcf::Eval

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Platform/Framework/CharRange.h"
+#include "Platform/Framework/Types.h"
+#include "QcfLib/QcfEvalAttributeSetGenerated.h"
+
+#include <iosfwd>
+#include <stdexcept>
+
+namespace Qcf::Eval {
+
+/// A dense set of named attribute flags in one word, bit 0 first. `Names` gives the set's type name,
+/// its width and the name of each bit.
+///
+/// Text form: `Value('Qcf::Eval::AttributeSet', ** {'afi': True, 'afi_safi': False, ...})`. Reading
+/// accepts blanks anywhere between the parts, flags in any order, left-out flags as false, and the
+/// values True, False, true, false, 1 and 0.
+template <typename Names> class FlagSet {
+public:
+    static constexpr std::size_t width = Names::width;
+
+    constexpr FlagSet() = default;
+    /// From bits; throws std::out_of_range when one is set at or above the width.
+    explicit FlagSet(U64 bits);
+    /// Reads the text form and moves the range behind it; throws ParseError.
+    explicit FlagSet(CharRange & text);
+    /// Reads the text form, which must be all of `text`; throws ParseError.
+    static FlagSet strepToValue(String const & text);
+
+    constexpr U64 value() const { return bits_; }
+    constexpr bool contains(std::size_t bit) const { return ((bits_ >> bit) & 1) != 0; }
+    constexpr void insert(std::size_t bit) { bits_ |= U64{1} << bit; }
+    constexpr bool empty() const { return bits_ == 0; }
+    constexpr bool operator==(FlagSet const &) const = default;
+
+    /// The bit of a flag name; `width` when there is none.
+    static std::size_t bitOf(std::string_view name);
+    static char const * nameOf(std::size_t bit) { return Names::name(bit); }
+
+private:
+    U64 bits_ = 0;
+};
+
+struct AttributeSetNames {
+    static constexpr std::size_t width = attributeSetWidth;
+    static constexpr char const * type = "Qcf::Eval::AttributeSet";
+    static char const * name(std::size_t bit);
+};
+struct ModifiableAttributeSetNames {
+    static constexpr std::size_t width = modifiableAttributeSetWidth;
+    static constexpr char const * type = "Qcf::Eval::ModifiableAttributeSet";
+    static char const * name(std::size_t bit);
+};
+
+/// Attributes that a function reads.
+using AttributeSet = FlagSet<AttributeSetNames>;
+/// Attributes that a function writes.
+using ModifiableAttributeSet = FlagSet<ModifiableAttributeSetNames>;
+
+template <typename Names> std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set);
+
+extern template class FlagSet<AttributeSetNames>;
+extern template class FlagSet<ModifiableAttributeSetNames>;
+extern template std::ostream & operator<<(std::ostream &, AttributeSet const &);
+extern template std::ostream & operator<<(std::ostream &, ModifiableAttributeSet const &);
+
+/// Which attributes a function may read and which it may write.
+struct AccessibleAttributes {
+    AttributeSet readableAttributes;
+    ModifiableAttributeSet writableAttributes;
+
+    bool operator==(AccessibleAttributes const &) const = default;
+
+    /// A line an attribute that is touched, in flag order: `med = read/write`.
+    String toStrep() const;
+};
+
+/// Writes `name = read`, `name = read/write` or `name = write` and a line end; nothing for neither.
+void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read, bool write);
+
+} // namespace Qcf::Eval

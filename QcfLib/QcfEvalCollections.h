@@ -1,0 +1,155 @@
+#pragma once
+
+#include "Platform/Framework/Ptr.h"
+#include "Platform/Framework/Slab.h"
+#include "Platform/Framework/Types.h"
+#include "Platform/Routing/CommunityValue.h"
+
+#include <boost/container/small_vector.hpp>
+
+namespace Qcf::Eval {
+
+/// Values that a container or a scratch buffer holds without a heap block.
+inline constexpr std::size_t inlineSetCapacity = 128;
+
+using U64Buffer = boost::container::small_vector<U64, inlineSetCapacity>;
+using CommunityBuffer = boost::container::small_vector<Acl::CommunityValue, inlineSetCapacity>;
+
+/// Whether a set operation may write its result into its first operand.
+enum class ModifyFlag : U8 {
+    copyOnWrite = 0, ///< others may see the container: never written
+    reuseOnWrite = 1 ///< a private intermediate result of this evaluation
+};
+
+/// What the three containers share: a flag and values. A null pointer to a container and an empty
+/// container mean the same everywhere: the empty set. A container belongs to one evaluating thread,
+/// or is constant.
+template <typename Buffer_> class ValueVector : public PtrInterface {
+public:
+    using Buffer = Buffer_;
+    using Value = typename Buffer::value_type;
+
+    explicit ValueVector(ModifyFlag modifyFlag) : modifyFlag_(modifyFlag) {}
+
+    ModifyFlag modifyFlag() const { return modifyFlag_; }
+    void modifyFlagIs(ModifyFlag modifyFlag) { modifyFlag_ = modifyFlag; }
+
+    std::size_t count() const { return values_.size(); }
+    bool empty() const { return values_.empty(); }
+    Value const & at(std::size_t i) const { return values_[i]; }
+    Value const & front() const { return values_.front(); }
+    Value const & back() const { return values_.back(); }
+    auto begin() const { return values_.begin(); }
+    auto end() const { return values_.end(); }
+
+    /// The values' storage, for those who build a set: it must end ascending without duplicates.
+    Buffer & values() { return values_; }
+    Buffer const & values() const { return values_; }
+
+private:
+    ModifyFlag modifyFlag_;
+    Buffer values_;
+};
+
+/// A set of unsigned integers: ascending, without duplicates. `insert` appends unchecked; whoever
+/// fills a set appends in order, or calls `normalize` afterwards.
+class U64SmallVector final : public ValueVector<U64Buffer> {
+public:
+    using ValueVector::ValueVector;
+    static Ptr<U64SmallVector> U64SmallVectorIs(ModifyFlag modifyFlag);
+
+    void clear() { values().clear(); }
+    void insert(U64 value) { values().push_back(value); }
+    /// Sorts and drops duplicates.
+    void normalize();
+    bool contains(U64 value) const;
+
+    static bool isEqual(U64SmallVector const * a, U64SmallVector const * b);
+    static bool isSubset(U64SmallVector const * a, U64SmallVector const * b);
+    static bool hasAny(U64SmallVector const * a, U64SmallVector const * b);
+    /// Union, difference and intersection: one of the operands itself where it is the answer, else
+    /// the first operand overwritten where it is `reuseOnWrite`, else a new set; null when empty.
+    static PtrConst<U64SmallVector> add(PtrConst<U64SmallVector> const & a,
+                                        PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
+    static PtrConst<U64SmallVector> remove(PtrConst<U64SmallVector> const & a,
+                                           PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
+    static PtrConst<U64SmallVector> retain(PtrConst<U64SmallVector> const & a,
+                                           PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
+    /// The values in order, joined by ",".
+    String toStrep() const;
+
+    static void * operator new(std::size_t) { return Slab<U64SmallVector>::allocate(); }
+    static void operator delete(void * memory) noexcept { Slab<U64SmallVector>::deallocate(memory); }
+};
+
+/// A list of unsigned integers in the order of insertion; duplicates are kept.
+class U64UnsortedSmallVector final : public ValueVector<U64Buffer> {
+public:
+    using ValueVector::ValueVector;
+    static Ptr<U64UnsortedSmallVector> U64UnsortedSmallVectorIs(ModifyFlag modifyFlag);
+
+    void clear() { values().clear(); }
+    void insert(U64 value) { values().push_back(value); }
+    static bool isEqual(U64UnsortedSmallVector const * a, U64UnsortedSmallVector const * b);
+    /// The values in order, joined by ",".
+    String toStrep() const;
+
+    static void * operator new(std::size_t) { return Slab<U64UnsortedSmallVector>::allocate(); }
+    static void operator delete(void * memory) noexcept {
+        Slab<U64UnsortedSmallVector>::deallocate(memory);
+    }
+};
+
+/// A set of communities: ascending, without duplicates.
+///
+/// `lbwValue` is the last link-bandwidth community that `insert` (or the copy back into a reused
+/// operand) put in, all zero when none: a union built in a new set leaves it zero.
+class CommunitySmallVector final : public ValueVector<CommunityBuffer> {
+public:
+    using ValueVector::ValueVector;
+    static Ptr<CommunitySmallVector> CommunitySmallVectorIs(ModifyFlag modifyFlag);
+
+    Acl::CommunityValue const & lbwValue() const { return lbwValue_; }
+    void lbwValueIs(Acl::CommunityValue const & lbwValue) { lbwValue_ = lbwValue; }
+
+    void clear() {
+        values().clear();
+        lbwValue_ = {};
+    }
+    void insert(Acl::CommunityValue const & value) {
+        values().push_back(value);
+        if (value.isLinkBandwidth()) {
+            lbwValue_ = value;
+        }
+    }
+    void normalize();
+    bool contains(Acl::CommunityValue const & value) const;
+
+    static bool isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b);
+    static bool isSubset(CommunitySmallVector const * a, CommunitySmallVector const * b);
+    static bool hasAny(CommunitySmallVector const * a, CommunitySmallVector const * b);
+    static PtrConst<CommunitySmallVector> add(PtrConst<CommunitySmallVector> const & a,
+                                              PtrConst<CommunitySmallVector> const & b,
+                                              CommunityBuffer & scratch);
+    static PtrConst<CommunitySmallVector> remove(PtrConst<CommunitySmallVector> const & a,
+                                                 PtrConst<CommunitySmallVector> const & b,
+                                                 CommunityBuffer & scratch);
+    static PtrConst<CommunitySmallVector> retain(PtrConst<CommunitySmallVector> const & a,
+                                                 PtrConst<CommunitySmallVector> const & b,
+                                                 CommunityBuffer & scratch);
+    String toStrep() const;
+
+    static void * operator new(std::size_t) { return Slab<CommunitySmallVector>::allocate(); }
+    static void operator delete(void * memory) noexcept {
+        Slab<CommunitySmallVector>::deallocate(memory);
+    }
+
+private:
+    Acl::CommunityValue lbwValue_;
+};
+
+Ptr<U64SmallVector> u64SmallVectorFactory(ModifyFlag modifyFlag);
+Ptr<U64UnsortedSmallVector> u64UnsortedSmallVectorFactory(ModifyFlag modifyFlag);
+Ptr<CommunitySmallVector> communitySmallVectorFactory(ModifyFlag modifyFlag);
+
+} // namespace Qcf::Eval

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "QcfLib/QcfEvalContextGenerated.h"
+#include "QcfLib/QcfEvalStackFrameData.h"
+
+namespace Qcf::Eval {
+
+class Function;
+
+/// The context that an agent derives from.
+///
+/// One object serves one evaluating thread for route after route:
+///
+///     context->reset();
+///     result = function->eval(context);   // writes changes back through the ...Is operations
+///
+/// The agent overrides the Input and InputPopulate operations of the attributes that it has, the
+/// write-backs of those that it lets functions change, and the session facts and list operations
+/// below. Without any override every attribute reads as its default and every match fails.
+/// A set handed to a write-back is emptied for the next route: copy it inside the call.
+class EvalContext : public GeneratedEvalContext {
+public:
+    /// All three may be null; the result record is not owned.
+    EvalContext(PtrConst<ExternalMatchersBase> externalMatchers, Routing::Policy::Result_ * result,
+                Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext);
+    ~EvalContext() override;
+
+    Ptr<Debug::EvaluationLog const> evaluationLog() const override;
+    /// Ready for the next route; also switches logging off. Asserts that no call is open.
+    void reset() override;
+
+    // Facts of the session that the route is processed in.
+    virtual bool isBgpOutbound() const { return false; }
+    virtual U32 localAs() const { return 0; }
+    virtual bool peerConfed() const { return false; }
+    virtual U32 vrfId() const { return noVrf; }
+    /// Gives an EVPN IP-prefix route an overlay index; answers whether it did.
+    virtual EvalResult setOverlayIndex() { return EvalResult::fromBoolWithReturn(false); }
+
+    // The agent's lists. A null set stands for the empty set, in arguments and in results; the
+    // status may be null. Edits get the current set and return the new one.
+    using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
+    using CommListStatus = Routing::RouteMap::StandardCommListStatus;
+    using ExtCommListStatus = Routing::RouteMap::ExtCommListStatus;
+    using LargeCommListStatus = Routing::RouteMap::LargeCommListStatus;
+    using IntSetPtr = Ptr<U64SmallVector>;
+    using CommunitySetPtr = Ptr<CommunitySmallVector>;
+
+    virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
+                                       U64 aetNodeKey,
+                                       PtrConst<AsPathListStatus> const & status) const;
+    virtual bool matchCommList(PtrConst<U64SmallVector> const & set,
+                               PtrConst<CommListStatus> const & status) const;
+    virtual bool matchExactCommList(PtrConst<U64SmallVector> const & set,
+                                    PtrConst<CommListStatus> const & status) const;
+    virtual IntSetPtr commAssignCommList(PtrConst<CommListStatus> const & status);
+    virtual IntSetPtr commAddCommList(IntSetPtr const & set,
+                                      PtrConst<CommListStatus> const & status);
+    virtual IntSetPtr commRemoveCommList(IntSetPtr const & set,
+                                         PtrConst<CommListStatus> const & status);
+    virtual IntSetPtr commRetainCommList(IntSetPtr const & set,
+                                         PtrConst<CommListStatus> const & status);
+    virtual bool matchExtCommList(PtrConst<CommunitySmallVector> const & set,
+                                  PtrConst<ExtCommListStatus> const & status) const;
+    virtual bool matchExactExtCommList(PtrConst<CommunitySmallVector> const & set,
+                                       PtrConst<ExtCommListStatus> const & status) const;
+    virtual CommunitySetPtr extCommAssignExtCommList(PtrConst<ExtCommListStatus> const & status);
+    virtual CommunitySetPtr extCommAddExtCommList(CommunitySetPtr const & set,
+                                                  PtrConst<ExtCommListStatus> const & status);
+    virtual CommunitySetPtr extCommRemoveExtCommList(CommunitySetPtr const & set,
+                                                     PtrConst<ExtCommListStatus> const & status);
+    virtual CommunitySetPtr extCommRetainExtCommList(CommunitySetPtr const & set,
+                                                     PtrConst<ExtCommListStatus> const & status);
+    virtual bool matchLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                                    PtrConst<LargeCommListStatus> const & status) const;
+    virtual bool matchExactLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                                         PtrConst<LargeCommListStatus> const & status) const;
+    virtual CommunitySetPtr
+    largeCommAssignLargeCommList(PtrConst<LargeCommListStatus> const & status);
+    virtual CommunitySetPtr
+    largeCommAddLargeCommList(CommunitySetPtr const & set,
+                              PtrConst<LargeCommListStatus> const & status);
+    virtual CommunitySetPtr
+    largeCommRemoveLargeCommList(CommunitySetPtr const & set,
+                                 PtrConst<LargeCommListStatus> const & status);
+    virtual CommunitySetPtr
+    largeCommRetainLargeCommList(CommunitySetPtr const & set,
+                                 PtrConst<LargeCommListStatus> const & status);
+    /// Whether the route's origin is in that state by the ROA table of that slot.
+    virtual bool matchRoaTable(U32 slot, U32 state) const;
+
+    /// The frame of the function that runs.
+    StackFrameData_ * stackFrameDataRawPtr();
+    StackFrameData_ const * stackFrameDataRawPtrConst() const;
+    /// Makes a frame current; the top-level frame only while no call is open.
+    void stackFrameDataIs(StackFrameData_ * frame);
+    void stackFrameDataFromCallerIs(StackFrameData_ * frame) { stackFrameDataFromCaller_ = frame; }
+
+    /// The current frame's arguments of one type; asserts that there are any.
+    AetNodePtrArgumentVector const * aetNodePtrArgValues() const;
+    BandwidthTypeArgumentVector const * bandwidthTypeArgValues() const;
+    IntTypeArgumentVector const * intTypeArgValues() const;
+    PrefixListTypeArgumentVector const * prefixListTypeArgValues() const;
+    TriStateBoolTypeArgumentVector const * triStateBoolTypeArgValues() const;
+
+    /// Append to the current frame's log; a record whose key does not rise is dropped. Assert that
+    /// logging is on.
+    void addLogToList(Ptr<Debug::EvaluationLog> const & record);
+    void log(U64 aetNodeKey, EvalResult const & result);
+    void logFunctionCall(U64 aetNodeKey, EvalResult const & result,
+                         Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
+
+    Ptr<Routing::Policy::PolicyEvalContext> const & policyEvalContext() const {
+        return policyEvalContext_;
+    }
+    bool nextHopSetToSelf() const { return nextHopSetToSelf_; }
+    void nextHopSetToSelfIs(bool nextHopSetToSelf) { nextHopSetToSelf_ = nextHopSetToSelf; }
+
+    /// Buffers lent to set operations.
+    U64Buffer & intSetScratch() { return intSetScratch_; }
+    CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
+
+    /// Keeps a function alive until another is evaluated and the context was reset: attribute
+    /// values may be constants of its tree. Called by the outermost function.
+    void evaluatedFunctionIs(Function const & function);
+
+    /// What `vrfId` answers outside any VRF.
+    static constexpr U32 noVrf = 0xffffff;
+
+private:
+    Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext_;
+    StackFrameData_ * stackFrameDataFromCaller_ = nullptr;
+    StackFrameData_ stackFrameDataFromPOA_;
+    bool nextHopSetToSelf_ = false;
+    Function const * currentFunction_ = nullptr;
+    boost::container::small_vector<PtrConst<Function>, 2> evaluatedFunctions_;
+    U64Buffer intSetScratch_;
+    CommunityBuffer communitySetScratch_;
+};
+
+/// The context that an EvalContextBase always is.
+inline EvalContext & evalContext(Ptr<EvalContextBase> const & context) {
+    return static_cast<EvalContext &>(*context);
+}
+inline EvalContext const & evalContext(Ptr<EvalContextBase const> const & context) {
+    return static_cast<EvalContext const &>(*context);
+}
+
+} // namespace Qcf::Eval

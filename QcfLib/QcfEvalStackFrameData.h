@@ -1,0 +1,100 @@
+#pragma once
+
+#include "Platform/Framework/Slab.h"
+#include "Platform/Framework/WideInt.h"
+#include "QcfLib/QcfDebugEvaluationLog.h"
+#include "QcfLib/RoutingTypes.h"
+
+#include <boost/container/small_vector.hpp>
+#include <iosfwd>
+
+namespace Qcf::Eval {
+
+class EvalContextBase;
+class StorageType;
+class Int;
+class Bandwidth;
+class PrefixList;
+class TriStateBool;
+
+/// Arguments of one type that a container holds without a heap block.
+inline constexpr std::size_t inlineArgumentCapacity = 16;
+
+template <typename Value>
+using ArgumentVector = boost::container::small_vector<Value, inlineArgumentCapacity>;
+
+/// Nodes passed by reference; kept alive by the function that is evaluated.
+using AetNodePtrArgumentVector = ArgumentVector<StorageType const *>;
+using BandwidthTypeArgumentVector = ArgumentVector<F32>;
+/// Signed integers of up to 128 bits.
+using IntTypeArgumentVector = ArgumentVector<S128>;
+/// Matchers lent by the external matchers; null where there is no list.
+using PrefixListTypeArgumentVector = ArgumentVector<Routing::Policy::PrefixListMatcher const *>;
+using TriStateBoolTypeArgumentVector = ArgumentVector<TriStateBoolValue>;
+
+/// The arguments of one type of one call, in push order.
+template <typename Vector> class ArgumentContainer final : public PtrInterface {
+public:
+    Vector values;
+
+    static void * operator new(std::size_t) { return Slab<ArgumentContainer>::allocate(); }
+    static void operator delete(void * memory) noexcept {
+        Slab<ArgumentContainer>::deallocate(memory);
+    }
+};
+
+using AetNodePtrArgContainer = ArgumentContainer<AetNodePtrArgumentVector>;
+using BandwidthTypeArgContainer = ArgumentContainer<BandwidthTypeArgumentVector>;
+using IntTypeArgContainer = ArgumentContainer<IntTypeArgumentVector>;
+using PrefixListTypeArgContainer = ArgumentContainer<PrefixListTypeArgumentVector>;
+using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentVector>;
+
+/// The frame of one function call: its arguments, a container for each type in use, and the part of
+/// the debug log that was written while it was current. Used by the evaluating thread alone.
+class StackFrameData_ {
+public:
+    Ptr<AetNodePtrArgContainer> const & aetNodePtrArgContainer() const { return aetNodePtrs_; }
+    Ptr<BandwidthTypeArgContainer> const & bandwidthTypeArgContainer() const { return bandwidths_; }
+    Ptr<IntTypeArgContainer> const & intTypeArgContainer() const { return ints_; }
+    Ptr<PrefixListTypeArgContainer> const & prefixListTypeArgContainer() const {
+        return prefixLists_;
+    }
+    Ptr<TriStateBoolTypeArgContainer> const & triStateBoolTypeArgContainer() const {
+        return triStateBools_;
+    }
+    PtrConst<Debug::EvaluationLog> const & logHead() const { return logHead_; }
+    Ptr<Debug::EvaluationLog> const & logCurrent() const { return logCurrent_; }
+    void logHeadIs(PtrConst<Debug::EvaluationLog> logHead) { logHead_ = std::move(logHead); }
+    void logCurrentIs(Ptr<Debug::EvaluationLog> logCurrent) { logCurrent_ = std::move(logCurrent); }
+
+    /// Evaluate a value in the caller's frame and append it. The container is made by the first.
+    void pushIntTypeArgToStack(Ptr<EvalContextBase> const & context, Int const & node);
+    void pushBandwidthTypeArgToStack(Ptr<EvalContextBase> const & context, Bandwidth const & node);
+    void pushPrefixListTypeArgToStack(Ptr<EvalContextBase> const & context,
+                                      PrefixList const & node);
+    void pushTriStateBoolTypeArgToStack(Ptr<EvalContextBase> const & context,
+                                        TriStateBool const & node);
+    /// Appends the node itself; nothing is evaluated.
+    void pushAetNodePtrArgToStack(StorageType const & node);
+
+    /// True when anything is set.
+    explicit operator bool() const;
+    /// Equal when every container holds equal values and the logs are the same objects.
+    bool isEq(StackFrameData_ const & other) const;
+    bool operator==(StackFrameData_ const & other) const { return isEq(other); }
+
+private:
+    Ptr<AetNodePtrArgContainer> aetNodePtrs_;
+    Ptr<BandwidthTypeArgContainer> bandwidths_;
+    Ptr<IntTypeArgContainer> ints_;
+    Ptr<PrefixListTypeArgContainer> prefixLists_;
+    Ptr<TriStateBoolTypeArgContainer> triStateBools_;
+    PtrConst<Debug::EvaluationLog> logHead_;
+    Ptr<Debug::EvaluationLog> logCurrent_;
+};
+
+/// The arguments as text, `{ints: 1,-2; bandwidths: 8000}`. References and logs are shown as counts;
+/// strepToStackFrameData reads back the frame of value arguments.
+std::ostream & operator<<(std::ostream & out, StackFrameData_ const & frame);
+
+} // namespace Qcf::Eval

@@ -1,0 +1,42 @@
+#include "QcfLib/QcfLibHelpers.h"
+
+#include "Platform/Framework/Assert.h"
+
+namespace Qcf::Eval {
+
+template <typename Value>
+bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singletons,
+                                   U64UnsortedSmallVector const * lowerBoundsOfRanges,
+                                   U64UnsortedSmallVector const * upperBoundsOfRanges) {
+    if (singletons != nullptr && singletons->contains(value)) {
+        return true;
+    }
+    if (lowerBoundsOfRanges == nullptr || upperBoundsOfRanges == nullptr) {
+        QCF_ASSERT(nullptr == lowerBoundsOfRanges && nullptr == upperBoundsOfRanges &&
+                   "If one range bound is null then both must be null");
+        return false;
+    }
+    QCF_ASSERT(lowerBoundsOfRanges->count() > 0 &&
+               lowerBoundsOfRanges->count() == upperBoundsOfRanges->count() &&
+               "Both lists MUST be of an equal non-zero length");
+    auto lowerBoundIter = lowerBoundsOfRanges->begin();
+    auto upperBoundIter = upperBoundsOfRanges->begin();
+    auto const lowerBoundEnd = lowerBoundsOfRanges->end();
+    auto const upperBoundEnd = upperBoundsOfRanges->end();
+    for (; lowerBoundIter != lowerBoundEnd; ++lowerBoundIter, ++upperBoundIter) {
+        if (*lowerBoundIter <= value && value <= *upperBoundIter) {
+            return true;
+        }
+    }
+    QCF_ASSERT(lowerBoundIter == lowerBoundEnd && upperBoundIter == upperBoundEnd);
+    return false;
+}
+
+template bool containedInSingletonsOrRanges(U64, U64SmallVector const *,
+                                            U64UnsortedSmallVector const *,
+                                            U64UnsortedSmallVector const *);
+template bool containedInSingletonsOrRanges(U32, U64SmallVector const *,
+                                            U64UnsortedSmallVector const *,
+                                            U64UnsortedSmallVector const *);
+
+} // namespace Qcf::Eval

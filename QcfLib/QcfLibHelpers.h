@@ -1,0 +1,76 @@
+#pragma once
+
+#include "QcfLib/QcfEval.h"
+
+#include <limits>
+#include <stdexcept>
+
+/// What operators of several families share.
+namespace Qcf::Eval {
+
+/// Whether a value is one of the singletons or lies in one of the closed ranges that the two lists
+/// bound in parallel. Null means none. Asserts that the bounds are both null, or of equal length
+/// and not empty.
+template <typename Value>
+bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singletons,
+                                   U64UnsortedSmallVector const * lowerBoundsOfRanges,
+                                   U64UnsortedSmallVector const * upperBoundsOfRanges);
+
+extern template bool containedInSingletonsOrRanges(U64, U64SmallVector const *,
+                                                   U64UnsortedSmallVector const *,
+                                                   U64UnsortedSmallVector const *);
+extern template bool containedInSingletonsOrRanges(U32, U64SmallVector const *,
+                                                   U64UnsortedSmallVector const *,
+                                                   U64UnsortedSmallVector const *);
+
+/// Singletons and ranges as an operator's nodes give them, read once; any node may be null.
+class LentRanges {
+public:
+    LentRanges(IntSetImmediate const * singletons, IntListImmediate const * lowerBounds,
+               IntListImmediate const * upperBounds, Ptr<EvalContextBase const> const & context)
+        : singletons_(singletons ? singletons->lendVal(context, freshSingletons_) : nullptr),
+          lowerBounds_(lowerBounds ? lowerBounds->lendVal(context, freshLower_) : nullptr),
+          upperBounds_(upperBounds ? upperBounds->lendVal(context, freshUpper_) : nullptr) {}
+
+    template <typename Value> bool contain(Value value) const {
+        return containedInSingletonsOrRanges(value, singletons_, lowerBounds_, upperBounds_);
+    }
+
+private:
+    PtrConst<U64SmallVector> freshSingletons_;
+    PtrConst<U64UnsortedSmallVector> freshLower_;
+    PtrConst<U64UnsortedSmallVector> freshUpper_;
+    U64SmallVector const * singletons_;
+    U64UnsortedSmallVector const * lowerBounds_;
+    U64UnsortedSmallVector const * upperBounds_;
+};
+
+/// Integer argument `index` of the running function as an unsigned IntType. Asserts that integer
+/// arguments were passed and that the value fits; throws std::out_of_range on an index that no
+/// argument has.
+template <typename IntType>
+IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::size_t index) {
+    auto const * const argValues = evalContext(context).intTypeArgValues();
+    QCF_ASSERT(nullptr != argValues);
+    if (index >= argValues->size()) {
+        throw std::out_of_range("vector::at out of range");
+    }
+    S128 const & argVal = (*argValues)[index];
+    QCF_ASSERT_TEXT(argVal >= 0, "argVal >= std::numeric_limits< IntType >::min()");
+    QCF_ASSERT_TEXT(argVal <= std::numeric_limits<IntType>::max(),
+                    "argVal <= std::numeric_limits< IntType >::max()");
+    return static_cast<IntType>(argVal);
+}
+
+// Integer arithmetic that ends in a write within the target's range; never fails. The default value
+// may be assigned even where it lies outside the range.
+void assignWithinRange(IntModifiable const & target, Int const & operand,
+                       Ptr<EvalContextBase> const & context);
+void addWithinRange(IntModifiable const & target, Int const & operand,
+                    Ptr<EvalContextBase> const & context);
+void subtractWithinRange(IntModifiable const & target, Int const & operand,
+                         Ptr<EvalContextBase> const & context);
+void multiplyWithinRange(IntModifiable const & target, Int const & operand,
+                         Ptr<EvalContextBase> const & context);
+
+} // namespace Qcf::Eval

@@ -1,0 +1,174 @@
+#pragma once
+
+#include "QcfLib/QcfEvalLazyCollection.h"
+
+#include <algorithm>
+#include <sstream>
+
+/// The set algebra, once over both element types. Null and empty are the same throughout; the
+/// predicates allocate nothing. Private to the set containers and what extends them.
+namespace Qcf::Eval {
+
+template <typename Set> bool isEmptySet(Set const * set) { return set == nullptr || set->empty(); }
+
+template <typename Set> bool setsEqual(Set const * a, Set const * b) {
+    if (isEmptySet(a) || isEmptySet(b)) {
+        return isEmptySet(a) && isEmptySet(b);
+    }
+    return a->count() == b->count() && std::equal(a->begin(), a->end(), b->begin());
+}
+
+template <typename Set, typename Value> bool setContains(Set const & set, Value const & value) {
+    auto const found = std::lower_bound(set.begin(), set.end(), value);
+    return found != set.end() && *found == value;
+}
+
+/// A walk beats bisection until one set is about this many times the other's size.
+inline constexpr std::size_t bisectionRatio = 8;
+
+/// The first position at or behind `from` that is not below `value`. Steps double, so that the cost
+/// follows the distance and not the size of the set.
+template <typename Iterator, typename Value>
+Iterator gallop(Iterator from, Iterator end, Value const & value) {
+    auto step = std::ptrdiff_t{1};
+    while (step < end - from && *(from + step) < value) {
+        from += step;
+        step *= 2;
+    }
+    return std::lower_bound(from, from + std::min(end - from, step + 1), value);
+}
+
+/// `a` contained in `b`.
+template <typename Set> bool setIsSubset(Set const * a, Set const * b) {
+    if (isEmptySet(a)) {
+        return true;
+    }
+    if (isEmptySet(b) || a->count() > b->count()) {
+        return false;
+    }
+    if (a->front() < b->front() || b->back() < a->back()) {
+        return false;
+    }
+    auto at = b->begin();
+    bool const sparse = b->count() / a->count() >= bisectionRatio;
+    for (auto const & value : *a) {
+        if (sparse) {
+            at = gallop(at, b->end(), value);
+        } else {
+            while (at != b->end() && *at < value) {
+                ++at;
+            }
+        }
+        if (at == b->end() || !(*at == value)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Whether the values of the smaller set occur in the larger, each searched for.
+template <typename Set> bool anyFound(Set const & few, Set const & many) {
+    auto at = many.begin();
+    for (auto const & value : few) {
+        at = gallop(at, many.end(), value);
+        if (at == many.end()) {
+            return false;
+        }
+        if (*at == value) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// `a` and `b` share a value.
+template <typename Set> bool setHasAny(Set const * a, Set const * b) {
+    if (isEmptySet(a) || isEmptySet(b)) {
+        return false;
+    }
+    if (b->back() < a->front() || a->back() < b->front()) {
+        return false;
+    }
+    if (a->count() / b->count() >= bisectionRatio) {
+        return anyFound(*b, *a);
+    }
+    if (b->count() / a->count() >= bisectionRatio) {
+        return anyFound(*a, *b);
+    }
+    auto inA = a->begin();
+    auto inB = b->begin();
+    while (inA != a->end() && inB != b->end()) {
+        if (*inB < *inA) {
+            ++inB;
+        } else if (*inB == *inA) {
+            return true;
+        } else {
+            ++inA;
+        }
+    }
+    return false;
+}
+
+template <typename Set>
+PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
+                     typename Set::Buffer & scratch) {
+    if (isEmptySet(a.get())) {
+        return b;
+    }
+    if (isEmptySet(b.get()) || setIsSubset(b.get(), a.get())) {
+        return a;
+    }
+    if (setIsSubset(a.get(), b.get())) {
+        return b;
+    }
+    LazySmallVector<Set> result(a, scratch, a->count() + b->count());
+    std::set_union(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
+    return result.get();
+}
+
+template <typename Set>
+PtrConst<Set> setRemove(PtrConst<Set> const & a, PtrConst<Set> const & b,
+                        typename Set::Buffer & scratch) {
+    if (isEmptySet(a.get())) {
+        return nullptr;
+    }
+    if (!setHasAny(a.get(), b.get())) {
+        return a;
+    }
+    LazySmallVector<Set> result(a, scratch, a->count());
+    if (b->count() / a->count() >= bisectionRatio) {
+        auto at = b->begin();
+        for (auto const & value : *a) {
+            at = gallop(at, b->end(), value);
+            if (at == b->end() || !(*at == value)) {
+                result.push_back(value);
+            }
+        }
+        return result.get();
+    }
+    std::set_difference(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
+    return result.get();
+}
+
+template <typename Set>
+PtrConst<Set> setRetain(PtrConst<Set> const & a, PtrConst<Set> const & b,
+                        typename Set::Buffer & scratch) {
+    if (!setHasAny(a.get(), b.get())) {
+        return nullptr;
+    }
+    LazySmallVector<Set> result(a, scratch, std::min(a->count(), b->count()));
+    std::set_intersection(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
+    return result.get();
+}
+
+template <typename Set> String setToStrep(Set const & set) {
+    std::ostringstream out;
+    char const * separator = "";
+    for (auto const & value : set) {
+        out << separator << value;
+        separator = ",";
+    }
+    return out.str();
+}
+
+} // namespace Qcf::Eval

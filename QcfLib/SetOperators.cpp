@@ -1,0 +1,127 @@
+#include "QcfLib/QcfEval.h"
+#include "QcfLib/QcfEvalLazyCollection.h"
+#include "QcfLib/StoreSet.h"
+
+#include <algorithm>
+#include <iterator>
+
+/// The set operators, once over both element types.
+namespace Qcf::Eval {
+
+namespace {
+
+using Context = Ptr<EvalContextBase>;
+
+/// Reads the operands, `rhs` first unless told otherwise, and asks `test(lhs, rhs)`.
+template <typename Set, typename Node, typename Test>
+EvalResult testSets(Node const & node, Context const & context, Test test) {
+    PtrConst<Set> freshRhs;
+    PtrConst<Set> freshLhs;
+    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
+    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
+    return EvalResult::fromBool(test(lhs, rhs));
+}
+
+template <typename Set, typename Node>
+EvalResult hasAll(Node const & node, Context const & context) {
+    PtrConst<Set> freshRhs;
+    PtrConst<Set> freshLhs;
+    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
+    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
+    return EvalResult::fromBool(Set::isSubset(rhs, lhs));
+}
+
+template <typename Set, typename Node>
+EvalResult isEmpty(Node const & node, Context const & context) {
+    PtrConst<Set> fresh;
+    Set const * const lhs = node.lhs()->lendVal(context, fresh);
+    return EvalResult::fromBool(lhs == nullptr || lhs->empty());
+}
+
+U64Buffer & scratchFor(Context const & context, U64SmallVector const * /*kind*/) {
+    return evalContext(context).intSetScratch();
+}
+CommunityBuffer & scratchFor(Context const & context, CommunitySmallVector const * /*kind*/) {
+    return evalContext(context).communitySetScratch();
+}
+
+/// Writes `combine(lhs, rhs, scratch)` to the left operand.
+template <typename Set, typename Node, typename Combine>
+EvalResult modifySet(Node const & node, Context const & context, Combine combine) {
+    PtrConst<Set> const lhs = node.lhs()->getVal(context);
+    PtrConst<Set> const rhs = node.rhs()->getVal(context);
+    auto result = combine(lhs, rhs, scratchFor(context, lhs.get()));
+    storeResult(*node.lhs(), std::move(result), lhs, rhs, context);
+    return EvalResult::fromBool(true);
+}
+
+template <typename Set, typename Node>
+EvalResult assignSet(Node const & node, Context const & context) {
+    PtrConst<Set> const rhs = node.rhs()->getVal(context);
+    storeResult(*node.lhs(), rhs, PtrConst<Set>(), rhs, context);
+    return EvalResult::fromBool(true);
+}
+
+} // namespace
+
+/// The ten operators of one element type.
+#define QCF_SET_OPERATORS(Kind, Set)                                                               \
+    EvalResult Kind##IsEmpty::eval(Context const & context) const {                                \
+        return isEmpty<Set>(*this, context);                                                       \
+    }                                                                                              \
+    EvalResult Kind##IsImmediate::eval(Context const & context) const {                            \
+        return testSets<Set>(*this, context, Set::isEqual);                                        \
+    }                                                                                              \
+    EvalResult Kind##HasAllImmediate::eval(Context const & context) const {                        \
+        return hasAll<Set>(*this, context);                                                        \
+    }                                                                                              \
+    EvalResult Kind##AllInImmediate::eval(Context const & context) const {                         \
+        return testSets<Set>(*this, context, Set::isSubset);                                       \
+    }                                                                                              \
+    EvalResult Kind##HasAnyImmediate::eval(Context const & context) const {                        \
+        return testSets<Set>(*this, context, Set::hasAny);                                         \
+    }                                                                                              \
+    EvalResult Kind##HasNoneImmediate::eval(Context const & context) const {                       \
+        return testSets<Set>(*this, context,                                                       \
+                             [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
+    }                                                                                              \
+    EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
+        return modifySet<Set>(*this, context, Set::add);                                           \
+    }                                                                                              \
+    EvalResult Kind##RemoveImmediate::eval(Context const & context) const {                        \
+        return modifySet<Set>(*this, context, Set::remove);                                        \
+    }                                                                                              \
+    EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
+        return modifySet<Set>(*this, context, Set::retain);                                        \
+    }                                                                                              \
+    EvalResult Kind##AssignImmediate::eval(Context const & context) const {                        \
+        return assignSet<Set>(*this, context);                                                     \
+    }
+
+QCF_SET_OPERATORS(IntSet, U64SmallVector)
+QCF_SET_OPERATORS(CommunitySet, CommunitySmallVector)
+#undef QCF_SET_OPERATORS
+
+EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
+    auto const done = EvalResult::fromBool(true);
+    auto const r = rhs_->getVal(context);
+    if (!r || r->empty()) {
+        return done;
+    }
+    auto const l = lhs_->getVal(context);
+    if (!l || l->empty()) {
+        storeResult(*lhs_, r, l, r, context);
+        return done;
+    }
+    auto & scratch = evalContext(context).communitySetScratch();
+    if (r->lbwValue().isZero()) {
+        storeResult(*lhs_, CommunitySmallVector::add(l, r, scratch), l, r, context);
+        return done;
+    }
+    LazyCommunitySmallVectorInsertingLBW result(l, scratch, l->count() + r->count(), r->lbwValue());
+    std::set_union(l->begin(), l->end(), r->begin(), r->end(), std::back_inserter(result));
+    lhs_->setVal(result.get(), context);
+    return done;
+}
+
+} // namespace Qcf::Eval

@@ -1,0 +1,32 @@
+#include "QcfLib/QcfEval.h"
+
+/// Operators that write single values or act on the context.
+namespace Qcf::Eval {
+
+EvalResult IpAddressAssign::eval(Ptr<EvalContextBase> const & context) const {
+    lhs_->setVal(rhs_->getVal(context), context);
+    return EvalResult::fromBool(true);
+}
+
+EvalResult ResolutionRibsAssign::eval(Ptr<EvalContextBase> const & context) const {
+    lhs_->setVal(rhs_->getVal(context), context);
+    return EvalResult::fromBool(true);
+}
+
+EvalResult SetNextHopSelfImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    auto & c = evalContext(context);
+    bool const outbound = c.isBgpOutbound();
+    if (outbound) {
+        // An unset address: the agent puts its own in its place when it applies the changes.
+        c.modify(ModifiableAttribute::nextHop).nextHop = IpGenAddr();
+        c.nextHopSetToSelfIs(true);
+    }
+    return EvalResult::fromBoolWithReturn(outbound);
+}
+
+EvalResult
+EvpnIpPrefixRouteSetOverlayIndexImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    return evalContext(context).setOverlayIndex();
+}
+
+} // namespace Qcf::Eval

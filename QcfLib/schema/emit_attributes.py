@@ -1,0 +1,325 @@
+"""Writes the route-attribute classes, the context layer that serves them, and the attribute sets."""
+
+from attributes import DERIVED, SOURCES
+from emit_nodes import CONST_CONTEXT, CONTEXT, declare, implement, getters
+from model import Node, SchemaError, lowerFirst
+from text import body, define, doc, header, sourceFile, wrap
+
+BY_CLASS = {s.cls: s for s in SOURCES}
+IN_ORDER = sorted(SOURCES, key=lambda s: s.language)
+MODIFIABLE = [s for s in IN_ORDER if s.modifiable]
+READABLE = [s for s in IN_ORDER if s.inSets]
+CACHED = [s for s in IN_ORDER if s.cached]
+SETS = [s for s in CACHED if s.kind.isSet]
+
+
+class AttributeClass:
+    """One class of the catalogue: a source attribute, a derived value, or the Input twin of either."""
+
+    def __init__(self, source, isInput, derived=None):
+        self.source, self.isInput, self.derived = source, isInput, derived
+        self.modifiable = source.modifiable and not isInput and not derived
+        row = derived or source
+        self.cls = row.cls + ("Input" if isInput else "")
+        self.language = ("input." if isInput else "") + source.language + (f".{derived.suffix}" if derived else "")
+        base = "Int" if derived else source.kind.base
+        self.behavesAs = base + ("Modifiable" if self.modifiable else "")
+        sentence = row.doc if not isInput else row.doc.rstrip(".") + ", as the route came."
+        self.node = Node(self.cls, self.behavesAs, [], f'"{self.language}": {sentence}', "", text=f'"{self.language}"',
+                         namespace="Qcf::Eval::Attribute")
+
+    @property
+    def collection(self):
+        return lowerFirst(self.cls) + "Coll"
+
+    def read(self):
+        """The statement that yields the value from the context `c`."""
+        s = self.source
+        stem = s.stem
+        raw = {True: f"c.{stem}InputRawPtr()", False: f"c.{stem}Input()"}[s.kind.isSet]
+        stored = f"c.attributeContentConst().{stem}" + (".get()" if s.kind.isSet else "")
+        if self.derived:
+            current = raw if self.isInput or not s.modifiable else f"c.{stem}Modified() ? {stored} : {raw}"
+            return f"return {self.derived.compute}({current}, c);"
+        if not self.modifiable:
+            return f"return {raw};"
+        unmodified = raw.replace("Input", "InputModifiable", 1) if s.cached else raw
+        value = f"c.{stem}Modified() ? {stored} : {unmodified}"
+        return f"return {self.checked(value)};" if s.max is not None else f"return {value};"
+
+    def checked(self, value):
+        s = self.source
+        outside = s.default is not None and not s.min <= s.default <= s.max
+        return f"valueOrDefault(*this, {value})" if outside else f"valueInRange(*this, {value})"
+
+    def setter(self):
+        s = self.source
+        kind = {"asPath": "Routing::Bgp::AspathContainerFromExisting *"}.get(s.kindName, s.kind.cpp)
+        signature = f"void setVal({kind} value, {CONTEXT}) const"
+        value = self.checked("value") if s.max is not None else "std::move(value)" if s.kind.isSet else "value"
+        target = f"evalContext(context).modify(ModifiableAttribute::{s.stem})"
+        return signature, f"{target}.{s.stem} = {value};"
+
+
+def catalogue():
+    """All attribute classes in the order of their collections."""
+    classes = []
+    for s in SOURCES:
+        classes += [AttributeClass(s, False)] + ([AttributeClass(s, True)] if s.modifiable else [])
+    for d in DERIVED:
+        if d.source not in BY_CLASS:
+            raise SchemaError(f"attribute {d.cls}: no source {d.source!r}")
+        s = BY_CLASS[d.source]
+        classes += [AttributeClass(s, False, d)] + ([AttributeClass(s, True, d)] if s.modifiable else [])
+    return sorted(classes, key=lambda a: a.cls)
+
+
+def extraOverrides(attribute):
+    """What an attribute class overrides beyond every value node, with bodies."""
+    s = attribute.source
+    lines = []
+    if attribute.modifiable:
+        lines.append(attribute.setter())
+        if s.kindName == "asPath":
+            lines.append((f"Routing::Bgp::AspathContainerFromExisting * getValModifiable({CONST_CONTEXT}) const",
+                          f"auto const & c = evalContext(context); {attribute.read()}"))
+    return lines
+
+
+def declareAttribute(attribute, number):
+    text = declare(attribute.node, number)
+    base = f"Qcf::Eval::{attribute.behavesAs}"
+    text = text.replace(f"final : public {attribute.behavesAs} ", f"final : public {base} ", 1)
+    lines = "".join(wrapOverride(signature) for signature, _ in extraOverrides(attribute))
+    if attribute.modifiable and attribute.source.max is not None:
+        s = attribute.source
+        lines += f"    U64 min() const override {{ return {s.min}; }}\n    U64 max() const override {{ return {s.max}ULL; }}\n"
+        if s.default is not None:
+            lines += f"    U64 defaultValue() const override {{ return {s.default}; }}\n"
+    return text.replace("\n    static MemAllocationTracker", lines + "\n    static MemAllocationTracker", 1)
+
+
+def wrapOverride(signature):
+    head, _, rest = signature.partition("(")
+    args, _, const = rest.rpartition(")")
+    return wrap(head + "(", args.split(", "), ")" + const + " override;", 4)
+
+
+def implementAttribute(attribute):
+    cls = attribute.cls
+    text = implement(attribute.node).rstrip("\n") + "\n"
+    text = text.replace(f": {attribute.behavesAs}(aetNodeKey)", f": Qcf::Eval::{attribute.behavesAs}(aetNodeKey)", 1)
+    getter = next(g for g in getters(attribute.node) )
+    rows = [(getter, f"auto const & c = evalContext(context); {attribute.read()}")] + extraOverrides(attribute)
+    for signature, statement in rows:
+        head, _, rest = signature.partition("(")
+        args, _, const = rest.rpartition(")")
+        result, _, name = head.rpartition(" ")
+        args = [a if a.split()[-1] != "fresh" else "PtrConst<" + a.split("<")[1].split(">")[0] + "> & /*fresh*/" for a in args.split(", ")]
+        text += define(f"{result} {cls}::{name}(", args, ")" + const, statement.replace("; return", ";\n    return"))
+    return text + "\n"
+
+
+def emitCatalogue(numbered):
+    brief = "The route attributes that a function can name. The values live in the evaluation context."
+    content = "".join(declareAttribute(a, i) for i, a in numbered)
+    yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h", header(
+        brief, ['"QcfLib/QcfEvalBasicTypes.h"'], "Qcf::Eval::Attribute", content)
+    yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.cpp", sourceFile(
+        ['"QcfLib/ClientPlugin/AttributeValues.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/NodeContract.h"'], "Qcf::Eval::Attribute",
+        "".join(implementAttribute(a) for _, a in numbered))
+
+
+# --- the context layer -------------------------------------------------------------------------
+
+def populateArgument(s):
+    return f"Ptr<{s.kind.container}> const & set" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting * path"
+
+
+def writeBackArgument(s):
+    if s.kind.isSet:
+        return f"{s.kind.cpp} const & value"
+    return f"{s.kind.cpp} value" if s.kindName in ("int", "address", "asPath") else f"{s.kind.cpp} const & value"
+
+
+def accessors():
+    """(declaration, sentence, kind, source) of every virtual accessor, in order."""
+    for s in IN_ORDER:
+        if s.cached:
+            yield f"void {s.stem}InputPopulate({populateArgument(s)}) const", "populate", s
+        else:
+            yield f"{s.kind.cpp} {s.stem}Input() const", "input", s
+        if s.modifiable:
+            yield f"void {s.stem}Is({writeBackArgument(s)})", "writeBack", s
+
+
+def contextClass():
+    out = doc("The route's attributes as a function sees them: fetched from the agent when a node first asks, changed in a store of their own, handed back by "
+              "flushModifiedAttributes. An agent overrides the virtual operations that it supports; Input and InputPopulate operations fetch, Is operations write back. "
+              "Used by one thread at a time.")
+    out += "class GeneratedEvalContext : public EvalContextBase {\npublic:\n"
+    out += wrap("GeneratedEvalContext(", ["PtrConst<ExternalMatchersBase> externalMatchers", "Routing::Policy::Result_ * result"], ");", 4)
+    out += "    ~GeneratedEvalContext() override;\n\n"
+    for signature, kind, s in accessors():
+        if kind != "writeBack":
+            out += doc(s.doc if kind == "input" else s.doc.rstrip(".") + ": fill the emptied container, ascending." if s.kind.isSet else s.doc, 4)
+        head, _, rest = signature.partition("(")
+        args, _, const = rest.rpartition(")")
+        out += wrap("virtual " + head + "(", [args] if args else [], ")" + const + ";", 4)
+    out += "\n"
+    for s in CACHED:
+        cpp = f"Ptr<{s.kind.container}>" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting *"
+        for suffix, sentence in (("Input", "as the route came, fetched once a route."), ("InputModifiable", "the copy that operators change.")):
+            out += doc(f"{s.doc.rstrip('.')}: {sentence}", 4)
+            if s.kind.isSet:
+                out += f"    {s.kind.container} * {s.stem}{suffix}RawPtr() const;\n"
+                out += f"    {cpp} {s.stem}{suffix}() const {{ return {cpp}({s.stem}{suffix}RawPtr()); }}\n"
+            else:
+                out += f"    {cpp} {s.stem}{suffix}() const;\n"
+    out += "\n" + "".join(f"    bool {s.stem}Modified() const {{ return isModified(ModifiableAttribute::{s.stem}); }}\n" for s in MODIFIABLE)
+    return out + CONTEXT_TAIL
+
+
+CONTEXT_TAIL = """
+    bool isModified(ModifiableAttribute attribute) const { return modifiedFlags_ & flag(attribute); }
+    /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
+    U32 modifiedFlags() const { return modifiedFlags_; }
+    /// Marks an attribute modified and gives the store to put its value in.
+    AttributeContent & modify(ModifiableAttribute attribute) {
+        modifiedFlags_ |= flag(attribute);
+        return *attributeContent_;
+    }
+    AttributeContent const & attributeContentConst() const { return *attributeContent_; }
+    AttributeContent * attributeContentRawPtr() { return attributeContent_.get(); }
+    /// Get or create; Del detaches and returns.
+    Ptr<AttributeContent> const & attributeContentIs();
+    Ptr<AttributeContent> attributeContentDel();
+    Ptr<QcfEvalContextCacheGenerated> const & cacheIs();
+    Ptr<QcfEvalContextCacheGenerated> cacheDel();
+
+    /// Function calls that are open; 0 while the outermost function runs.
+    U32 functionCallDepth() const { return functionCallDepth_; }
+    void functionCallDepthInc(U32 n) { functionCallDepth_ += n; }
+    void functionCallDepthDec(U32 n) { functionCallDepth_ -= n; }
+
+    /// Forgets changes and fetched values, keeps all storage. Asserts that no call is open.
+    void reset() override;
+    /// Hands each modified attribute once to its write-back operation, in flag order. Write-backs
+    /// that the agent did not override are not called. Asserts that no call is open.
+    void flushModifiedAttributes();
+
+private:
+    using Input = QcfEvalContextCacheGenerated::Input;
+
+    static constexpr U32 flag(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
+    void writeBack(ModifiableAttribute attribute);
+    void releaseModifiedSets();
+    template <typename Operation> bool overrides(Operation operation) const;
+    template <typename Set>
+    Set * fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
+                     void (GeneratedEvalContext::*populate)(Ptr<Set> const &) const) const;
+    Routing::Bgp::AspathContainerFromExisting *
+    fetchedPath(Input input, Routing::Bgp::AspathContainerFromExisting & slot) const;
+
+    /// Tells what an agent overrides; see VirtualSlot.h.
+    VirtualSlots ownSlots_;
+    Ptr<AttributeContent> attributeContent_;
+    Ptr<QcfEvalContextCacheGenerated> cache_;
+    U32 functionCallDepth_ = 0;
+    U32 modifiedFlags_ = 0;
+};
+"""
+
+
+def contentOrder():
+    first = [s for s in MODIFIABLE if s.kindName == "address"]
+    return first + [s for s in MODIFIABLE if s not in first]
+
+
+def contextHeader():
+    out = doc("The modifiable attributes, in the order of their flags, of the flush and of the write-back operations.")
+    out += "enum class ModifiableAttribute : U8 {\n" + "".join(f"    {s.stem},\n" for s in MODIFIABLE) + "};\n"
+    out += f"inline constexpr U32 modifiableAttributeCount = {len(MODIFIABLE)};\n\n"
+    out += doc("Values that the function wrote; a field counts only while its attribute's modified flag is set.")
+    out += "class AttributeContent final : public Entity {\npublic:\n"
+    for s in contentOrder():
+        start = "" if s.kind.isSet else " = nullptr" if s.kindName == "asPath" else "{false}" if s.kindName == "ribs" else " = 0" if s.kindName == "int" else ""
+        out += f"    {s.kind.cpp}{'' if s.kind.cpp.endswith('*') else ' '}{s.stem}{start};\n"
+    out += "\n    void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }\n"
+    out += "    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }\n};\n\n"
+    out += doc("Inputs that are fetched once a route into containers kept from route to route.")
+    out += "class QcfEvalContextCacheGenerated final : public Entity {\npublic:\n"
+    for s in CACHED:
+        cpp = f"Ptr<{s.kind.container}>" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting"
+        for suffix in ("Input", "InputModifiable"):
+            out += f"    {cpp} {s.stem}{suffix};\n"
+    names = [f"{s.stem}{suffix}" for s in CACHED for suffix in ("Input", "InputModifiable")]
+    out += "\n    enum class Input : U8 {\n" + "".join(f"        {n},\n" for n in names) + "    };\n"
+    for n in names:
+        out += f"    bool {n}Populated() const {{ return isPopulated(Input::{n}); }}\n"
+    out += """    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
+    void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
+    void populatedClear() { populated_ = 0; }
+
+private:
+    U32 populated_ = 0;
+};
+
+"""
+    includes = ['"Platform/Framework/Entity.h"', '"Platform/Framework/VirtualSlot.h"', '"QcfLib/EvalContextBase.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"']
+    return header("The attribute layer of the evaluation context.", includes, "Qcf::Eval", out + contextClass())
+
+
+def contextSource():
+    out = ""
+    for signature, kind, s in accessors():
+        head, _, rest = signature.partition("(")
+        args, _, const = rest.rpartition(")")
+        result, _, name = head.rpartition(" ")
+        statement = {"populate": "set->clear();" if s.kind.isSet else "path->existingPathIs(nullptr);", "writeBack": ""}.get(kind)
+        if statement is None:
+            statement = "return 0;" if s.kindName == "int" and s.initial == "0" else f"return {s.initial};"
+        if kind == "writeBack":
+            out += wrap(f"{result} GeneratedEvalContext::{name}(", [f"{args.rsplit(' ', 1)[0]} /*value*/"], ") {}")
+        else:
+            out += define(f"{result} GeneratedEvalContext::{name}(", [args] if args else [], ")" + const, statement)
+    out += "\n"
+    for s in CACHED:
+        for suffix, flagged in (("Input", "copyOnWrite"), ("InputModifiable", "reuseOnWrite")):
+            slot = [f"Input::{s.stem}{suffix}", f"cache_->{s.stem}{suffix}"]
+            if s.kind.isSet:
+                out += define(f"{s.kind.container} * GeneratedEvalContext::{s.stem}{suffix}RawPtr(", [], ") const",
+                              wrap("return fetchedSet(", slot + [f"ModifyFlag::{flagged}", f"&GeneratedEvalContext::{s.stem}InputPopulate"], ");", 4).strip())
+            else:
+                out += define(f"Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::{s.stem}{suffix}(", [], ") const",
+                              f"return fetchedPath({', '.join(slot)});")
+    out += "\nvoid GeneratedEvalContext::releaseModifiedSets() {\n"
+    for s in SETS:
+        out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem} = nullptr;\n"
+    out += "}\n\nvoid GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {\n"
+    out += "    auto const & content = *attributeContent_;\n    switch (attribute) {\n"
+    for s in MODIFIABLE:
+        out += f"    case ModifiableAttribute::{s.stem}:\n"
+        out += f"        if (overrides(&GeneratedEvalContext::{s.stem}Is)) {s.stem}Is(content.{s.stem});\n        break;\n"
+    return out + "    }\n}\n"
+
+
+def emitContext():
+    yield "QcfLib/QcfEvalContextGenerated.h", contextHeader()
+    yield "QcfLib/QcfEvalContextGenerated.cpp", sourceFile(['"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/EvalContextFetch.h"'], "Qcf::Eval", contextSource())
+
+
+# --- attribute sets ----------------------------------------------------------------------------
+
+def emitSets():
+    """The flag names of the two attribute sets, and which flag each attribute class touches."""
+    writable = {s.cls: i for i, s in enumerate(MODIFIABLE)}
+    out = f"inline constexpr std::size_t attributeSetWidth = {len(READABLE)};\n"
+    out += f"inline constexpr std::size_t modifiableAttributeSetWidth = {len(MODIFIABLE)};\n\n"
+    out += doc("One flag of AttributeSet: its name, its language name, and its bit in ModifiableAttributeSet, -1 when it cannot be modified.")
+    out += "struct AttributeFlag {\n    char const * name;\n    char const * languageName;\n    int writeBit;\n};\n\n"
+    out += "inline constexpr std::array<AttributeFlag, attributeSetWidth> attributeFlags{{\n"
+    for s in READABLE:
+        out += f'    {{"{s.flagName}", "{s.language}", {writable.get(s.cls, -1)}}},\n'
+    out += "}};\n"
+    yield "QcfLib/QcfEvalAttributeSetGenerated.h", header("The flags of the attribute sets, in bit order.", ["<array>", "<cstddef>"], "Qcf::Eval", out)

@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+"""Writes every *Generated file from the schema rows; with --check, tells which would change.
+
+The rows are checked first and the row that is wrong is named. Nothing here knows what a node
+computes: generated files hold names, data and one-line bodies.
+"""
+
+import sys
+from pathlib import Path
+
+import emit_attributes
+import emit_nodes
+import emit_registry
+from model import SchemaError
+from nodes import ATTRIBUTES, NODES
+
+ROOT = Path(__file__).resolve().parents[2]
+
+# What has been published and must not move by accident: a new row shows here first.
+EXPECTED = {"node classes": 219, "attribute accessors": 75, "modifiable attributes": 23, "readable attributes": 51}
+
+
+def numberedRows():
+    """(collection number, row) of every node class."""
+    rows = []
+    for row in NODES:
+        rows += emit_attributes.catalogue() if row is ATTRIBUTES else [row]
+    return list(enumerate(rows))
+
+
+def check(numbered):
+    counts = {
+        "node classes": len(numbered),
+        "attribute accessors": len(list(emit_attributes.accessors())),
+        "modifiable attributes": len(emit_attributes.MODIFIABLE),
+        "readable attributes": len(emit_attributes.READABLE),
+    }
+    for what, wanted in EXPECTED.items():
+        if counts[what] != wanted:
+            raise SchemaError(f"{counts[what]} {what}, {wanted} expected; EXPECTED in generate.py says what is published")
+    seen = {}
+    for _, row in numbered:
+        for kind, name in (("class", f"{type(row).__name__}:{row.cls}"), ("collection", row.collection)):
+            if (kind, name) in seen:
+                raise SchemaError(f"{row.cls}: {kind} {name!r} twice")
+            seen[kind, name] = row
+    known = {row.cls for _, row in numbered} | emit_nodes.VALUE_BASES | set(EXTRA_BASES)
+    for _, row in numbered:
+        for f in getattr(row, "fields", []):
+            if f.isNode and f.type not in known:
+                raise SchemaError(f"{row.cls}.{f.name}: no node class {f.type!r}")
+
+
+EXTRA_BASES = ["Expression", "StorageType", "LogicalOperator", "AsPathModifiable", "IntModifiable", "IntSetModifiable",
+               "CommunitySetModifiable", "IpAddressModifiable", "ResolutionRibsModifiable"]
+
+
+def outputs(numbered):
+    plain = [(i, r) for i, r in numbered if not isinstance(r, emit_attributes.AttributeClass)]
+    attributes = [(i, r) for i, r in numbered if isinstance(r, emit_attributes.AttributeClass)]
+    yield from emit_nodes.emit(plain)
+    yield from emit_attributes.emitCatalogue(attributes)
+    yield from emit_attributes.emitContext()
+    yield from emit_attributes.emitSets()
+    yield from emit_registry.emit(numbered)
+
+
+def main(arguments):
+    try:
+        numbered = numberedRows()
+        check(numbered)
+    except SchemaError as error:
+        print(f"schema: {error}", file=sys.stderr)
+        return 1
+    stale = []
+    for name, text in outputs(numbered):
+        path = ROOT / name
+        if path.exists() and path.read_text() == text:
+            continue
+        stale.append(name)
+        if "--check" not in arguments:
+            path.write_text(text)
+    for name in stale:
+        print(("stale: " if "--check" in arguments else "wrote ") + name)
+    return 1 if stale and "--check" in arguments else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
