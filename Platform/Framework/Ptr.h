@@ -60,6 +60,8 @@ public:
         : object_(other.release()) {}
     ~Ptr() { uncount(); }
 
+    // By way of a copy, so that an object that owns this very pointer may die of the assignment.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the copy takes care of that too.
     Ptr & operator=(Ptr const & other) noexcept {
         Ptr(other).swap(*this);
         return *this;

@@ -199,6 +199,7 @@ private:
 /// Empty base that gives T its operators new and delete over its slab.
 template <class T>
 struct SlabFor {
+    // NOLINTNEXTLINE(misc-new-delete-overloads): the sized form below is its match.
     static void * operator new(std::size_t size) { return Slab<T>::allocate(size); }
     static void operator delete(void * memory, std::size_t size) noexcept {
         Slab<T>::deallocate(memory, size);

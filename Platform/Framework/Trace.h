@@ -67,7 +67,7 @@ private:
     do {                                                                                           \
         if ((facility).on(level)) [[unlikely]] {                                                   \
             TraceMessage qcfTraceMessage_;                                                         \
-            qcfTraceMessage_.stream() << streamExpr;                                               \
+            qcfTraceMessage_.stream() << streamExpr; /* NOLINT(bugprone-macro-parentheses) */      \
             qcfTraceMessage_.send(facility, level);                                                \
         }                                                                                          \
     } while (false)

@@ -15,7 +15,7 @@ S64 decimalOrder(std::string_view text) noexcept {
     std::size_t const mark = text.find_first_of("eE");
     std::string_view const digits = text.substr(0, mark);
     S64 exponent = 0;
-    if (mark != text.npos) {
+    if (mark != std::string_view::npos) {
         std::string_view written = text.substr(mark + 1);
         bool const negative = written.front() == '-';
         written.remove_prefix(negative || written.front() == '+' ? 1 : 0);

@@ -153,7 +153,7 @@ private:
 
     // Escapes can spell what the text itself must not hold.
     void check(std::string_view s, U32 at, char const * what) {
-        if (s.find('\0') != s.npos) {
+        if (s.find('\0') != std::string_view::npos) {
             tree_.value(at).fail({}, std::string(what) + " without NUL characters", "\\u0000");
         }
         if (!isUtf8(s)) {

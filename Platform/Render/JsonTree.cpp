@@ -63,15 +63,16 @@ String JsonTree::joinPath(U32 index, std::size_t mostOfToken, bool forMessage) c
         path.push_back(index);
     }
     String out;
-    for (auto it = path.rbegin(); it != path.rend(); ++it) {
-        U32 const parent = nodes[*it].parent;
+    std::reverse(path.begin(), path.end());
+    for (U32 const step : path) {
+        U32 const parent = nodes[step].parent;
         out += '/';
         if (nodes[parent].kind == Kind::array) {
-            out += std::to_string(indexInArray(parent, *it));
+            out += std::to_string(indexInArray(parent, step));
             continue;
         }
         String token;
-        for (char const c : key(nodes[*it])) {
+        for (char const c : key(nodes[step])) {
             if (c == '~' || c == '/') {
                 token += c == '~' ? "~0" : "~1";
             } else {

@@ -60,7 +60,7 @@ public:
     static bool isFlat(Node const & array, U32 index) noexcept {
         return array.end - index - 1 == array.content.length;
     }
-    std::optional<U32> findMember(U32 object, std::string_view key) const;
+    std::optional<U32> findMember(U32 object, std::string_view wanted) const;
 
     String pointer(U32 index) const;
     /// `FILE:POINTER: ` or `FILE:LINE:POINTER: `, on one line.

@@ -47,10 +47,36 @@ std::string_view shortest(std::array<char, 32> & digits, F x) {
     return {digits.data(), static_cast<std::size_t>(result.ptr - digits.data())};
 }
 
+/// Calls `write` with `text` as valid UTF-8.
+template <class F>
+void withValid(std::string_view text, F && write) {
+    if (isUtf8(text)) [[likely]] {
+        write(text);
+    } else {
+        write(std::string_view(replaceInvalidUtf8(text)));
+    }
+}
+
 rj::SizeType length(std::string_view text) {
     QCF_ASSERT_TEXT(text.size() <= ~rj::SizeType{0}, "text is too long for JSON");
     return static_cast<rj::SizeType>(text.size());
 }
+
+/// RapidJSON's writer takes any string for a key where it wants one, and an end behind a key. This
+/// adds the question that tells them apart.
+template <class W>
+class Asked : public W {
+public:
+    using W::W;
+    /// Whether a key (or the end of the object) comes next, as opposed to a value.
+    bool wantsKey() const {
+        if (this->level_stack_.Empty()) {
+            return false;
+        }
+        auto const * level = this->level_stack_.template Top<typename W::Level>();
+        return !level->inArray && level->valueCount % 2 == 0;
+    }
+};
 
 } // namespace
 
@@ -64,7 +90,22 @@ public:
         }
     }
 
-    /// Calls `write` with whichever writer there is.
+    /// Calls `write` with whichever writer there is, for what may stand where a value is wanted.
+    template <class F>
+    void value(F && write) {
+        with([&](auto & writer) {
+            QCF_ASSERT_TEXT(!writer.wantsKey(), "object wants a key");
+            write(writer);
+        });
+    }
+    /// The same for what may stand where a key is wanted.
+    template <class F>
+    void keyOrEnd(F && write) {
+        with([&](auto & writer) {
+            QCF_ASSERT_TEXT(writer.wantsKey(), "key or end of object out of place");
+            write(writer);
+        });
+    }
     template <class F>
     void with(F && write) {
         std::visit(
@@ -75,21 +116,11 @@ public:
             },
             writer_);
     }
-    /// As `with`, handing over `text` as valid UTF-8.
-    template <class F>
-    void withText(std::string_view text, F && write) {
-        if (isUtf8(text)) [[likely]] {
-            with([&](auto & writer) { write(writer, text); });
-        } else {
-            String const valid = replaceInvalidUtf8(text);
-            with([&](auto & writer) { write(writer, std::string_view(valid)); });
-        }
-    }
     Target & target() { return target_; }
 
 private:
-    using Compact = rj::Writer<Target>;
-    using Pretty = rj::PrettyWriter<Target>;
+    using Compact = Asked<rj::Writer<Target>>;
+    using Pretty = Asked<rj::PrettyWriter<Target>>;
 
     Target target_;
     std::variant<std::monostate, Compact, Pretty> writer_;
@@ -102,15 +133,15 @@ RendererV2::RendererV2(String & target, Style style)
 RendererV2::~RendererV2() = default;
 
 void RendererV2::beginObject() {
-    writer_->with([](auto & w) { w.StartObject(); });
+    writer_->value([](auto & w) { w.StartObject(); });
 }
 
 void RendererV2::endObject() {
-    writer_->with([](auto & w) { w.EndObject(); });
+    writer_->keyOrEnd([](auto & w) { w.EndObject(); });
 }
 
 void RendererV2::beginArray() {
-    writer_->with([](auto & w) { w.StartArray(); });
+    writer_->value([](auto & w) { w.StartArray(); });
 }
 
 void RendererV2::endArray() {
@@ -118,25 +149,27 @@ void RendererV2::endArray() {
 }
 
 void RendererV2::key(std::string_view name) {
-    writer_->withText(name,
-                      [](auto & w, std::string_view text) { w.Key(text.data(), length(text)); });
+    withValid(name, [this](std::string_view text) {
+        writer_->keyOrEnd([text](auto & w) { w.Key(text.data(), length(text)); });
+    });
 }
 
 void RendererV2::value(std::string_view text) {
-    writer_->withText(
-        text, [](auto & w, std::string_view valid) { w.String(valid.data(), length(valid)); });
+    withValid(text, [this](std::string_view valid) {
+        writer_->value([valid](auto & w) { w.String(valid.data(), length(valid)); });
+    });
 }
 
 void RendererV2::value(bool b) {
-    writer_->with([b](auto & w) { w.Bool(b); });
+    writer_->value([b](auto & w) { w.Bool(b); });
 }
 
 void RendererV2::unsignedValue(U64 n) {
-    writer_->with([n](auto & w) { w.Uint64(n); });
+    writer_->value([n](auto & w) { w.Uint64(n); });
 }
 
 void RendererV2::signedValue(S64 n) {
-    writer_->with([n](auto & w) { w.Int64(n); });
+    writer_->value([n](auto & w) { w.Int64(n); });
 }
 
 void RendererV2::value(F64 x) {
@@ -158,15 +191,15 @@ void RendererV2::floatText(std::string_view digits) {
     if (text.find_first_of(".e") == String::npos) {
         text += ".0";
     }
-    writer_->with([&](auto & w) { w.RawValue(text.data(), text.size(), rj::kNumberType); });
+    writer_->value([&](auto & w) { w.RawValue(text.data(), text.size(), rj::kNumberType); });
 }
 
 void RendererV2::nullValue() {
-    writer_->with([](auto & w) { w.Null(); });
+    writer_->value([](auto & w) { w.Null(); });
 }
 
 void RendererV2::rawValue(std::string_view json) {
-    writer_->with([json](auto & w) { w.RawValue(json.data(), json.size(), rj::kNumberType); });
+    writer_->value([json](auto & w) { w.RawValue(json.data(), json.size(), rj::kNumberType); });
 }
 
 void RendererV2::raw(std::string_view bytes) { writer_->target().put(bytes); }
