@@ -8,6 +8,7 @@ computes: generated files hold names, data and one-line bodies.
 import sys
 from pathlib import Path
 
+import emit_agent
 import emit_attributes
 import emit_nodes
 import emit_registry
@@ -63,6 +64,7 @@ def outputs(numbered):
     yield from emit_attributes.emitContext()
     yield from emit_attributes.emitSets()
     yield from emit_registry.emit(numbered)
+    yield from emit_agent.emit()
 
 
 def main(arguments):

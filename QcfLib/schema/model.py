@@ -57,6 +57,7 @@ class Source:
     max: Optional[int]
     default: Optional[int]
     initial: str
+    common: bool
 
     @property
     def stem(self):
@@ -138,7 +139,7 @@ class Node:
         return lowerFirst(self.cls) + "Coll"
 
 
-def source(cls, language, kind, doc, modifiable=False, max=None, default=None, initial=None):
+def source(cls, language, kind, doc, modifiable=False, max=None, default=None, initial=None, common=False):
     if kind not in KINDS:
         raise SchemaError(f"attribute {cls}: no type {kind!r}")
     isInt = kind == "int" and modifiable
@@ -147,7 +148,7 @@ def source(cls, language, kind, doc, modifiable=False, max=None, default=None, i
     if not doc.endswith("."):
         raise SchemaError(f"attribute {cls}: the sentence wants a full stop")
     k = KINDS[kind]
-    return Source(cls, language, k, kind, doc, modifiable, 0 if isInt else None, max, default, initial or k.initial)
+    return Source(cls, language, k, kind, doc, modifiable, 0 if isInt else None, max, default, initial or k.initial, common)
 
 
 def derived(cls, source, suffix, compute, doc):
