@@ -4,11 +4,11 @@
 
 /// Reads the input as a route file that is taken for MRT, compressed or not.
 extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size) {
-    using namespace Qcf::Agent;
     String bytes(reinterpret_cast<char const *>(data), size);
-    auto const reader = makeMrtReader(ByteSource(makeMemoryStream(std::move(bytes))), "fuzz",
-                                      [](String const &) {});
-    Route route;
+    auto const reader = Qcf::Agent::makeMrtReader(
+        Qcf::Agent::ByteSource(Qcf::Agent::makeMemoryStream(std::move(bytes))), "fuzz",
+        [](String const &) {});
+    Qcf::Agent::Route route;
     while (reader->next(route)) {
     }
     return 0;
