@@ -12,6 +12,13 @@ template <typename Operation> bool GeneratedEvalContext::overrides(Operation ope
     return overridesSlot(*this, ownSlots_, operation);
 }
 
+/// Operators hand a route's sets around many times: the cache owns them uncounted (see immortalIs).
+template <typename Set> void endLoan(Ptr<Set> const & slot) {
+    if (slot) {
+        slot->mortalIs();
+    }
+}
+
 template <typename Set>
 Set * GeneratedEvalContext::fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
                                        void (GeneratedEvalContext::*populate)(Ptr<Set> const &)
@@ -21,6 +28,7 @@ Set * GeneratedEvalContext::fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag 
     }
     if (!slot) {
         slot = makePtr<Set>(modifyFlag);
+        slot->immortalIs();
     }
     slot->clear();
     slot->modifyFlagIs(modifyFlag);

@@ -62,6 +62,8 @@ public:
     void insert(U64 value) { values().push_back(value); }
     /// Sorts and drops duplicates.
     void normalize();
+    /// To be called when an operation has overwritten the values.
+    void noteOverwritten() {}
     bool contains(U64 value) const;
 
     static bool isEqual(U64SmallVector const * a, U64SmallVector const * b);
@@ -123,6 +125,9 @@ public:
         }
     }
     void normalize();
+    /// To be called when an operation has overwritten the values: `lbwValue` becomes the last one
+    /// among them.
+    void noteOverwritten();
     bool contains(Acl::CommunityValue const & value) const;
 
     static bool isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b);

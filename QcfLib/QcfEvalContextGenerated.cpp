@@ -144,6 +144,17 @@ CommunitySmallVector * GeneratedEvalContext::largeCommunityInputModifiableRawPtr
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::largeCommunityInputPopulate);
 }
 
+QcfEvalContextCacheGenerated::~QcfEvalContextCacheGenerated() {
+    endLoan(communityInput);
+    endLoan(communityInputModifiable);
+    endLoan(extCommunityInput);
+    endLoan(extCommunityInputModifiable);
+    endLoan(isisLevelInput);
+    endLoan(isisLevelInputModifiable);
+    endLoan(largeCommunityInput);
+    endLoan(largeCommunityInputModifiable);
+}
+
 void GeneratedEvalContext::releaseModifiedSets() {
     if (communityModified()) attributeContent_->community = nullptr;
     if (extCommunityModified()) attributeContent_->extCommunity = nullptr;

@@ -72,7 +72,8 @@ public:
     void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }
 };
 
-/// Inputs that are fetched once a route into containers kept from route to route.
+/// Inputs that are fetched once a route into containers kept from route to route. The containers
+/// belong to the cache: pointers to them are not counted and are good as long as the context.
 class QcfEvalContextCacheGenerated final : public Entity {
 public:
     Routing::Bgp::AspathContainerFromExisting asPathInput;
@@ -108,6 +109,8 @@ public:
     bool isisLevelInputModifiablePopulated() const { return isPopulated(Input::isisLevelInputModifiable); }
     bool largeCommunityInputPopulated() const { return isPopulated(Input::largeCommunityInput); }
     bool largeCommunityInputModifiablePopulated() const { return isPopulated(Input::largeCommunityInputModifiable); }
+
+    ~QcfEvalContextCacheGenerated() override;
     bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }

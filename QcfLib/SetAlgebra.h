@@ -109,6 +109,36 @@ template <typename Set> bool setHasAny(Set const * a, Set const * b) {
     return false;
 }
 
+/// So few values are put into, or taken out of, a set that may be overwritten where they stand; more
+/// are merged through the scratch buffer.
+inline constexpr std::size_t fewValues = 8;
+
+template <typename Set> void insertInPlace(Set & set, Set const & few) {
+    auto & values = set.values();
+    std::size_t at = 0;
+    for (auto const & value : few) {
+        auto const found = std::lower_bound(values.begin() + at, values.end(), value);
+        at = static_cast<std::size_t>(found - values.begin());
+        if (found == values.end() || !(*found == value)) {
+            values.insert(found, value);
+        }
+    }
+    set.noteOverwritten();
+}
+
+template <typename Set> void eraseInPlace(Set & set, Set const & few) {
+    auto & values = set.values();
+    std::size_t at = 0;
+    for (auto const & value : few) {
+        auto const found = std::lower_bound(values.begin() + at, values.end(), value);
+        at = static_cast<std::size_t>(found - values.begin());
+        if (found != values.end() && *found == value) {
+            values.erase(found);
+        }
+    }
+    set.noteOverwritten();
+}
+
 template <typename Set>
 PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
                      typename Set::Buffer & scratch) {
@@ -120,6 +150,10 @@ PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
     }
     if (setIsSubset(a.get(), b.get())) {
         return b;
+    }
+    if (b->count() <= fewValues && mayOverwrite(a, a->count() + b->count(), scratch)) {
+        insertInPlace(*constCast(a), *b);
+        return a;
     }
     LazySmallVector<Set> result(a, scratch, a->count() + b->count());
     std::set_union(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
@@ -134,6 +168,10 @@ PtrConst<Set> setRemove(PtrConst<Set> const & a, PtrConst<Set> const & b,
     }
     if (!setHasAny(a.get(), b.get())) {
         return a;
+    }
+    if (b->count() <= fewValues && mayOverwrite(a, a->count(), scratch)) {
+        eraseInPlace(*constCast(a), *b);
+        return a->empty() ? PtrConst<Set>() : a;
     }
     LazySmallVector<Set> result(a, scratch, a->count());
     if (b->count() / a->count() >= bisectionRatio) {

@@ -14,8 +14,8 @@ void storeResult(Target const & target, PtrConst<Set> result, PtrConst<Set> cons
                  PtrConst<Set> const & rhs, Ptr<EvalContextBase> const & context) {
     bool const isRightOperand = result && result == rhs && result != lhs;
     if (isRightOperand && rhs->modifyFlag() == ModifyFlag::reuseOnWrite) {
-        // The caller's `rhs` and `result` are two of the users.
-        if (rhs->refCount() > 2) {
+        // The caller's `rhs` and `result` are two of the users; sets of the cache are not counted.
+        if (rhs->immortal() || rhs->refCount() > 2) {
             constCast(rhs)->modifyFlagIs(ModifyFlag::copyOnWrite);
         }
     }

@@ -247,7 +247,8 @@ def contextHeader():
         out += f"    {s.kind.cpp}{'' if s.kind.cpp.endswith('*') else ' '}{s.stem}{start};\n"
     out += "\n    void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }\n"
     out += "    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }\n};\n\n"
-    out += doc("Inputs that are fetched once a route into containers kept from route to route.")
+    out += doc("Inputs that are fetched once a route into containers kept from route to route. The containers belong to the cache: pointers to them are not counted "
+               "and are good as long as the context.")
     out += "class QcfEvalContextCacheGenerated final : public Entity {\npublic:\n"
     for s in CACHED:
         cpp = f"Ptr<{s.kind.container}>" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting"
@@ -257,6 +258,7 @@ def contextHeader():
     out += "\n    enum class Input : U8 {\n" + "".join(f"        {n},\n" for n in names) + "    };\n"
     for n in names:
         out += f"    bool {n}Populated() const {{ return isPopulated(Input::{n}); }}\n"
+    out += "\n    ~QcfEvalContextCacheGenerated() override;\n"
     out += """    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }
@@ -293,6 +295,8 @@ def contextSource():
             else:
                 out += define(f"Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::{s.stem}{suffix}(", [], ") const",
                               f"return fetchedPath({', '.join(slot)});")
+    out += "\nQcfEvalContextCacheGenerated::~QcfEvalContextCacheGenerated() {\n"
+    out += "".join(f"    endLoan({s.stem}{suffix});\n" for s in SETS for suffix in ("Input", "InputModifiable")) + "}\n"
     out += "\nvoid GeneratedEvalContext::releaseModifiedSets() {\n"
     for s in SETS:
         out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem} = nullptr;\n"

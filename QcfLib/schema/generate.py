@@ -12,6 +12,7 @@ import emit_agent
 import emit_attributes
 import emit_nodes
 import emit_registry
+import emit_store
 from model import SchemaError
 from nodes import ATTRIBUTES, NODES
 
@@ -64,6 +65,7 @@ def outputs(numbered):
     yield from emit_attributes.emitContext()
     yield from emit_attributes.emitSets()
     yield from emit_registry.emit(numbered)
+    yield from emit_store.emit(numbered)
     yield from emit_agent.emit()
 
 

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "QcfLib/AetNode.h"
+
+#include <vector>
+
+namespace Qcf {
+
+/// A set of nodes found by class number and key. A node carries both itself, so that the table costs
+/// nine bytes a slot, three quarters of them in use at most. One thread changes it.
+class AetNodeTable {
+public:
+    using Node = Eval::AetNodeBase;
+
+    std::size_t size() const { return size_; }
+    std::size_t bytes() const { return slots_.capacity() * sizeof(Ptr<Node>) + tags_.capacity(); }
+
+    /// The node; null when it is not there. The pointer is good until the table changes.
+    Ptr<Node> const * find(U16 classNumber, U64 key) const;
+    /// Puts a node in; none of its class and key may be there.
+    void insert(Ptr<Node> node);
+    /// Takes the node out and hands it over; null when it is not there.
+    Ptr<Node> remove(U16 classNumber, U64 key);
+
+    /// In no particular order; the visitor must not change the table.
+    template <typename Visitor> void forEach(Visitor && visit) const {
+        for (auto const & slot : slots_) {
+            if (slot) {
+                visit(slot);
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t none = ~std::size_t{0};
+
+    static U64 hashOf(U16 classNumber, U64 key);
+    static U64 hashOf(Node const & node);
+    /// A few bits of the hash beside each slot spare most looks at a node that is not the one.
+    static U8 tagOf(U64 hash) { return static_cast<U8>(hash & 0xff) | 1U; }
+    std::size_t home(U64 hash) const { return (hash >> 8) & (slots_.size() - 1); }
+    std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
+    std::size_t slotOf(U16 classNumber, U64 key) const;
+    void place(U64 hash, Ptr<Node> node);
+    void grow();
+    void closeGap(std::size_t gap);
+
+    std::vector<U8> tags_;         ///< 0 for an empty slot
+    std::vector<Ptr<Node>> slots_; ///< a power of two of them, or none
+    std::size_t size_ = 0;
+};
+
+} // namespace Qcf

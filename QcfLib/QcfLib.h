@@ -1,0 +1,80 @@
+#pragma once
+
+#include "QcfLib/QcfAetCollections.h"
+#include "QcfLib/QcfEvalBases.h"
+
+#include <map>
+#include <string_view>
+
+namespace Qcf {
+
+class AllAetEntities;
+
+/// The published root: every compiled function by name, the store of all their nodes, and the
+/// markers by which a writer brackets a batch of updates.
+///
+///     status->startOfDedupedFunctionUpdatesMarkerIs(5);
+///     ... nodes into the store, functions by aetIs ...
+///     status->endOfDedupedFunctionUpdatesMarkerIs(5);
+///
+/// One publishing thread changes it. Each effective change is published by the entity's publisher:
+/// "aet" with the function's name, or the attribute's own name.
+class AllFunctionStatus final : public Entity {
+public:
+    using Functions = std::map<String, PtrConst<Eval::FunctionBase>, std::less<>>;
+
+    /// Without functions, and with an empty store.
+    explicit AllFunctionStatus(String name);
+    ~AllFunctionStatus() override;
+    static Ptr<AllFunctionStatus> AllFunctionStatusIs(String name);
+
+    String const & name() const { return name_; }
+
+    /// The functions, in name order.
+    Functions const & aet() const { return aet_; }
+    /// The function of that name; null when there is none.
+    PtrConst<Eval::FunctionBase> aet(std::string_view name) const;
+    /// Sets the entry; null takes it away, the pointer that is there already changes nothing.
+    void aetIs(String const & name, PtrConst<Eval::FunctionBase> const & function);
+    void aetDel(std::string_view name);
+    void aetDelAll();
+
+    /// The store; null after `aetNodesDel`. Its typed view is in QcfAllAetEntities.h.
+    Ptr<AllAetEntities> const & aetNodes() const { return aetNodes_; }
+    /// The store, made empty if there is none.
+    Ptr<AllAetEntities> const & aetNodesIs();
+    void aetNodesDel();
+    /// The store without its typed view; it must be there.
+    AetCollections & nodes() const;
+
+    /// Whether the functions share de-duplicated nodes.
+    bool dedupedFunctionsPresent() const { return dedupedFunctionsPresent_; }
+    U32 startOfDedupedFunctionUpdatesMarker() const { return startOfUpdates_; }
+    U32 endOfDedupedFunctionUpdatesMarker() const { return endOfUpdates_; }
+    void dedupedFunctionsPresentIs(bool present);
+    void startOfDedupedFunctionUpdatesMarkerIs(U32 marker);
+    void endOfDedupedFunctionUpdatesMarkerIs(U32 marker);
+    /// Whether a batch is under way; a reader must not evaluate from it then.
+    bool dedupedFunctionUpdatesInProgress() const { return startOfUpdates_ > endOfUpdates_; }
+
+    /// No functions and a fresh, empty store; the markers stay.
+    void reset();
+
+    /// Every function as text, each function object once, and the markers.
+    void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const;
+
+private:
+    void publish(char const * attribute);
+    void publishAet(String const & name, Notification::Kind kind);
+
+    String name_;
+    Functions aet_;
+    Ptr<AllAetEntities> aetNodes_;
+    bool dedupedFunctionsPresent_ = false;
+    U32 startOfUpdates_ = 0;
+    U32 endOfUpdates_ = 0;
+};
+
+Ptr<AllFunctionStatus> allFunctionStatusFactory(String name);
+
+} // namespace Qcf
