@@ -78,8 +78,8 @@ Ptr<AetNodeTable::Node> AetNodeTable::remove(U16 classNumber, U64 key) {
 void AetNodeTable::closeGap(std::size_t gap) {
     for (std::size_t slot = next(gap); tags_[slot] != 0; slot = next(slot)) {
         std::size_t const wanted = home(hashOf(*slots_[slot]));
-        bool const reachesGap = ((slot - wanted) & (slots_.size() - 1)) >=
-                                ((slot - gap) & (slots_.size() - 1));
+        bool const reachesGap =
+            ((slot - wanted) & (slots_.size() - 1)) >= ((slot - gap) & (slots_.size() - 1));
         if (reachesGap) {
             tags_[gap] = std::exchange(tags_[slot], U8{0});
             slots_[gap] = std::move(slots_[slot]);

@@ -6,8 +6,8 @@
 
 namespace Qcf {
 
-/// A set of nodes found by class number and key. A node carries both itself, so that the table costs
-/// nine bytes a slot, three quarters of them in use at most. One thread changes it.
+/// A set of nodes found by class number and key. A node carries both itself, so that the table
+/// costs nine bytes a slot, three quarters of them in use at most. One thread changes it.
 class AetNodeTable {
 public:
     using Node = Eval::AetNodeBase;
@@ -23,7 +23,8 @@ public:
     Ptr<Node> remove(U16 classNumber, U64 key);
 
     /// In no particular order; the visitor must not change the table.
-    template <typename Visitor> void forEach(Visitor && visit) const {
+    template <typename Visitor>
+    void forEach(Visitor && visit) const {
         for (auto const & slot : slots_) {
             if (slot) {
                 visit(slot);

@@ -42,7 +42,8 @@ public:
     std::vector<U64> keys(U16 collection) const;
     /// Calls `visit(Ptr<Node> const &)` for every member, in no particular order. The visitor must
     /// not change the store.
-    template <typename Visitor> void forEachNode(Visitor && visit) const {
+    template <typename Visitor>
+    void forEachNode(Visitor && visit) const {
         table_.forEach(std::forward<Visitor>(visit));
     }
     /// Memory of the store itself, without the nodes.
@@ -58,15 +59,18 @@ public:
 protected:
     AetCollections();
 
-    template <typename NodeType> Ptr<NodeType> member(U64 key) const {
+    template <typename NodeType>
+    Ptr<NodeType> member(U64 key) const {
         return ptrCast<NodeType>(node(NodeType::classNumber, key));
     }
     /// The member, or what `make` returns, put in.
-    template <typename NodeType, typename Make> Ptr<NodeType> memberIs(U64 key, Make && make) {
+    template <typename NodeType, typename Make>
+    Ptr<NodeType> memberIs(U64 key, Make && make) {
         Ptr<NodeType> present = member<NodeType>(key);
         return present ? present : ptrCast<NodeType>(nodeIs(make()));
     }
-    template <typename NodeType> Ptr<NodeType> memberDel(U64 key) {
+    template <typename NodeType>
+    Ptr<NodeType> memberDel(U64 key) {
         return ptrCast<NodeType>(nodeDel(NodeType::classNumber, key));
     }
 

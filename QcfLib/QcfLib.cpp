@@ -114,21 +114,26 @@ void AllFunctionStatus::publishAet(String const & name, Notification::Kind kind)
 }
 
 void AllFunctionStatus::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
-    using Eval::printIndented;
     DumpContext const & dump = *dumpContext;
-    printIndented(dump, indent, "Total QCF AETs: %u\n", static_cast<U32>(aet_.size()));
+    Eval::dumpIndent(dumpContext, indent);
+    dump.print("Total QCF AETs: %u\n", static_cast<U32>(aet_.size()));
     for (auto const & [name, function] : aet_) {
-        printIndented(dump, indent, "Qcf AET for function %s\n", name.c_str());
+        Eval::dumpIndent(dumpContext, indent);
+        dump.print("Qcf AET for function %s\n", name.c_str());
         if (dump.firstTime(function.get())) {
             function->dumpState(dumpContext, indent);
         } else {
-            printIndented(dump, indent, "function %s@%p, as above\n", function->funcName().c_str(),
-                          static_cast<void const *>(function.get()));
+            Eval::dumpIndent(dumpContext, indent);
+            dump.print("function %s@%p, as above\n", function->funcName().c_str(),
+                       static_cast<void const *>(function.get()));
         }
     }
-    printIndented(dump, indent, "dedupedFunctionsPresent %d\n", dedupedFunctionsPresent_ ? 1 : 0);
-    printIndented(dump, indent, "startOfDedupedFunctionUpdatesMarker %u\n", startOfUpdates_);
-    printIndented(dump, indent, "endOfDedupedFunctionUpdatesMarker %u\n", endOfUpdates_);
+    Eval::dumpIndent(dumpContext, indent);
+    dump.print("dedupedFunctionsPresent %d\n", dedupedFunctionsPresent_ ? 1 : 0);
+    Eval::dumpIndent(dumpContext, indent);
+    dump.print("startOfDedupedFunctionUpdatesMarker %u\n", startOfUpdates_);
+    Eval::dumpIndent(dumpContext, indent);
+    dump.print("endOfDedupedFunctionUpdatesMarker %u\n", endOfUpdates_);
 }
 
 } // namespace Qcf
