@@ -250,6 +250,62 @@ struct Route {
         }
     }
 
+    /// Calls `visit(index, value)` for every attribute in the order of routeAttributeNames().
+    template <typename Visitor> void eachAttribute(Visitor && visit) const {
+        visit(0, rare().adminAs);
+        visit(1, rare().afi);
+        visit(2, rare().afiSafi);
+        visit(3, rare().aigpAccumulationMetric);
+        visit(4, aigpMetric);
+        visit(5, asPath);
+        visit(6, rare().aggregate);
+        visit(7, rare().aggregateContributor);
+        visit(8, rare().bestpath);
+        visit(9, rare().prefixSidIndex);
+        visit(10, rare().routeSource);
+        visit(11, community);
+        visit(12, rare().connectedInterface);
+        visit(13, rare().destinationSessionLocalAs);
+        visit(14, rare().aggregateLinkBandwidth);
+        visit(15, rare().evpnIpPrefixRouteGatewayAddr);
+        visit(16, rare().evpnIpPrefixRouteLabel);
+        visit(17, rare().evpnIpPrefixRoutePrefix);
+        visit(18, rare().evpnMacIpRouteEsi);
+        visit(19, rare().evpnMacIpRouteIpAddress);
+        visit(20, rare().evpnMacIpRouteMacAddress);
+        visit(21, rare().evpnRouteType);
+        visit(22, extCommunity);
+        visit(23, rare().recmpState);
+        visit(24, rare().flowspecDestinationPrefix);
+        visit(25, rare().flowspecSourcePrefix);
+        visit(26, rare().igpMetric);
+        visit(27, rare().tag);
+        visit(28, rare().instanceAs);
+        visit(29, rare().isisLevel);
+        visit(30, rare().isisMetric);
+        visit(31, largeCommunity);
+        visit(32, localPref);
+        visit(33, med);
+        visit(34, nextHop);
+        visit(35, rare().nextHopBestPathMetric);
+        visit(36, rare().nextHopMetric);
+        visit(37, origin);
+        visit(38, ipPrefix);
+        visit(39, rare().resolutionRibs);
+        visit(40, rare().resolutionRibsDefault);
+        visit(41, rare().ribPreference);
+        visit(42, rare().routePriority);
+        visit(43, rare().originValidationState);
+        visit(44, rare().rtMembershipOriginAs);
+        visit(45, rare().rtMembershipRouteTarget);
+        visit(46, rare().sourceProtocol);
+        visit(47, rare().sourceSessionInterfaceBandwidth);
+        visit(48, sourceSessionRemoteAs);
+        visit(49, sourceSessionRemoteIpAddress);
+        visit(50, rare().sourceSessionRemoteRouterId);
+        visit(51, rare().weight);
+    }
+
 private:
     Boxed<RareAttributes> rare_;
 };

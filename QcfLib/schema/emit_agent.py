@@ -63,6 +63,13 @@ def routeHeader():
         }
     }
 
+    /// Calls `visit(index, value)` for every attribute in the order of routeAttributeNames().
+    template <typename Visitor> void eachAttribute(Visitor && visit) const {
+"""
+    for i, s in enumerate(IN_ORDER):
+        out += f"        visit({i}, {access(s, '(*this)', False)});\n".replace("(*this).", "")
+    out += """    }
+
 private:
     Boxed<RareAttributes> rare_;
 };
