@@ -26,8 +26,11 @@ struct ReadStatistics {
 /// Hands out the routes of a file one by one, in the order of the file.
 ///
 /// Memory does not grow with the file, and once the longest record and the largest route were met
-/// nothing is allocated any more. Damage never ends the reading before the end of the data, nor
-/// does it throw: it is counted and told to the reporter. One thread at a time.
+/// nothing is allocated any more. One thread at a time.
+///
+/// Damage of MRT data never ends the reading before the end of the data, nor does it throw: it is
+/// counted and told to the reporter. JSON lines are written by hand or by programs, so the first
+/// line that is no route ends the reading: `next` throws DocumentError, which names the line.
 class RouteReader {
 public:
     virtual ~RouteReader() = default;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Agent/RouteReader.h"
+#include "Platform/Render/JsonDocument.h"
+
+#include <optional>
+#include <string_view>
+
+namespace Qcf::Agent {
+
+/// Reads the routes of a file with one JSON object a line. Use it through `openRoutes` or
+/// `makeJsonLinesReader`.
+///
+/// Empty lines are passed over. The first line that is no route ends the reading: `next` throws the
+/// DocumentError that names the line and the place in it, and from then on answers false.
+class JsonLinesReader final : public RouteReader {
+public:
+    /// Longest line that is read, in bytes.
+    static constexpr std::size_t maxLine = std::size_t{16} << 20;
+
+    JsonLinesReader(ByteSource source, String name);
+
+    bool next(Route & route) override;
+    ReadStatistics const & statistics() const override { return statistics_; }
+
+private:
+    bool readLine(Route & route);
+    std::optional<std::string_view> findLine();
+    std::string_view takeLine(std::size_t length, bool withEnd);
+    String lineName() const;
+
+    ByteSource source_;
+    String name_;
+    JsonDocument document_;
+    ReadStatistics statistics_;
+    U64 line_ = 0;          ///< number of the current line, from 1
+    std::size_t taken_ = 0; ///< bytes of the current line, still in the source's window
+    bool finished_ = false;
+};
+
+} // namespace Qcf::Agent
