@@ -1,0 +1,121 @@
+#include "Documents/NodeBuilder.h"
+
+#include "Documents/NodeChecks.h"
+#include "Documents/NodeContent.h"
+#include "Documents/Program.h"
+
+#include <boost/container/small_vector.hpp>
+
+namespace Qcf::Documents {
+
+using Eval::FieldInfo;
+using Eval::NodeClass;
+
+U64 NodeBuilder::keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const {
+    if (!given) {
+        U64 const largest = keys_.largest();
+        if (largest == ~U64{0}) {
+            place.fail("", "key above 18446744073709551615", "none that is larger");
+        }
+        return largest + 1;
+    }
+    U64 const key = given->expectU64(1);
+    if (find(key)) {
+        given->fail("", "key of its own", "key " + std::to_string(key) + " again");
+    }
+    return key;
+}
+
+U32 NodeBuilder::structureOf(Node const & node, FactsOfChildren children) {
+    content_.clear();
+    appendContent(node, children, content_);
+    return structures_.numberOf(content_);
+}
+
+// A called function's names are its own.
+U32 NodeBuilder::namesOf(Node const & node, std::span<U32 const> children, U32 own) {
+    U32 names = own;
+    auto child = children.begin();
+    for (FieldInfo const & field : node.typeData().fields) {
+        if (field.isNode()) {
+            U32 const number = *child++;
+            bool const callee = std::string_view(field.name) == "calleePtr";
+            names = names_.joined(names, number == none || callee ? 0 : facts_[number].names);
+        }
+    }
+    return names;
+}
+
+U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<U32 const> children,
+                     bool keyGiven, U32 names) {
+    boost::container::small_vector<NodeFacts const *, 4> theirs;
+    for (U32 const child : children) {
+        theirs.push_back(child == none ? nullptr : &facts_[child]);
+    }
+    FactsOfChildren const factsOfChildren(theirs.data(), theirs.size());
+    bool const shared = ClassRules::of(node->typeData()).shared;
+    U32 const structure = shared ? structureOf(*node, factsOfChildren) : 0;
+    bool const known = structure != 0 && structure <= firstOf_.size();
+    if (known && !keyGiven) {
+        return firstOf_[structure - 1];
+    }
+    NodeFacts facts = Documents::factsOf(*node, factsOfChildren);
+    facts.structure = structure;
+    facts.names = namesOf(*node, children, names);
+    checkNode(place, *node, factsOfChildren, facts, *this);
+    if (!factsOfChildren.empty() && factsOfChildren[0] != nullptr) {
+        keepConstant(place, *node, *factsOfChildren[0]);
+    }
+
+    auto const number = static_cast<U32>(nodes_.size());
+    keys_.insert(node->aetNodeKey(), number);
+    nodes_.push_back(node);
+    facts_.push_back(facts);
+    if (shared && !known) {
+        firstOf_.push_back(number);
+    }
+    return number;
+}
+
+namespace {
+
+/// The literals whose values are kept, which only constant ones can be.
+struct KeptLiteral {
+    std::string_view className;
+    void (*keep)(Eval::AetNodeBase const & node);
+};
+template <typename Literal>
+void keep(Eval::AetNodeBase const & node) {
+    cacheConstantValue(static_cast<Literal const &>(node));
+}
+constexpr KeptLiteral keptLiterals[] = {
+    {"IntListImmediate", keep<Eval::IntListImmediate>},
+    {"IntSetImmediate", keep<Eval::IntSetImmediate>},
+    {"CommunitySetImmediate", keep<Eval::CommunitySetImmediate>},
+};
+
+} // namespace
+
+// A literal that says it is cachable although an element is no constant is built at each
+// evaluation.
+void NodeBuilder::keepConstant(JsonValue const & place, Node const & node,
+                               NodeFacts const & elements) {
+    if (!elements.constant || elements.length == 0) {
+        return;
+    }
+    for (KeptLiteral const & literal : keptLiterals) {
+        if (literal.className != node.typeData().name) {
+            continue;
+        }
+        constantElements_ += elements.length;
+        if (constantElements_ > ProgramLimits::constantElements) {
+            place.fail(literal.className,
+                       "at most " + std::to_string(ProgramLimits::constantElements) +
+                           " elements in the document's constant lists and sets",
+                       "more");
+        }
+        literal.keep(node);
+    }
+}
+
+} // namespace Qcf::Documents

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Documents/KeyTable.h"
+#include "Documents/ListNames.h"
+#include "Documents/NodeFacts.h"
+#include "Documents/StructureTable.h"
+#include "Platform/Render/JsonDocument.h"
+
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace Qcf::Documents {
+
+/// Takes in nodes one by one, children before parents: gives them their keys, makes equal shared
+/// nodes one, keeps what is known of each, and refuses trees that could not be evaluated.
+///
+/// Nodes are known by their number in the order in which they were taken in. Failures are
+/// DocumentErrors at the place given.
+class NodeBuilder {
+public:
+    using Node = Eval::AetNodeBase;
+    static constexpr U32 none = ~U32{0};
+
+    explicit NodeBuilder(ListNames & names) : names_(names) {}
+
+    /// The key of the next node: the given one, if it is free, else one above all so far. To be
+    /// asked once the node's children are taken in.
+    U64 keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const;
+
+    /// Takes in a node that was made under `keyFor`'s key. `children` are the numbers of its node
+    /// fields' nodes, `none` for null; `keyGiven` keeps it from being merged into an equal one;
+    /// `names` is the set of list names that it uses by itself. Answers the node's number, or that
+    /// of the equal node which stands for it.
+    U32 add(JsonValue const & place, Ptr<Node> const & node, std::span<U32 const> children,
+            bool keyGiven, U32 names = 0);
+
+    /// The number of the node under that key.
+    std::optional<U32> find(U64 key) const { return keys_.find(key); }
+
+    PtrConst<Node> const & node(U32 number) const { return nodes_[number]; }
+    NodeFacts const & facts(U32 number) const { return facts_[number]; }
+    NodeFacts const & factsOf(Node const & node) const { return facts_[*find(node.aetNodeKey())]; }
+
+    std::vector<PtrConst<Node>> takeNodes() { return std::move(nodes_); }
+
+private:
+    using FactsOfChildren = std::span<NodeFacts const * const>;
+
+    U32 structureOf(Node const & node, FactsOfChildren children);
+    U32 namesOf(Node const & node, std::span<U32 const> children, U32 own);
+    void keepConstant(JsonValue const & place, Node const & node, NodeFacts const & elements);
+
+    ListNames & names_;
+    KeyTable keys_;
+    StructureTable structures_;
+    std::vector<U32> firstOf_; ///< by structure - 1: the node that stands for equal ones
+    std::vector<PtrConst<Node>> nodes_;
+    std::vector<NodeFacts> facts_;
+    String content_; ///< kept for its storage
+    U64 constantElements_ = 0;
+};
+
+} // namespace Qcf::Documents

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Platform/Render/DocumentError.h"
+#include "Platform/Render/RendererV2.h"
+#include "QcfLib/QcfEval.h"
+
+#include <string_view>
+#include <vector>
+
+/// Evaluation-tree documents: reading them into nodes, and writing nodes as a document.
+namespace Qcf::Documents {
+
+/// A named list that a document refers to.
+struct NamedList {
+    String kind;    ///< the member of FunctionMetadata, "commListsUsed"
+    String name;    ///< what the agent knows the list by
+    U16 slot;       ///< the slot that the document's functions select it by
+    String pointer; ///< JSON pointer of the node that uses it first
+};
+
+/// What is wrong with a function's tree although it can be read. Empty texts mean nothing is.
+struct FunctionFault {
+    /// Why the function cannot be evaluated at its point of attachment: it reads arguments that
+    /// only a call gives.
+    String eval;
+    /// Why its text form cannot be printed: operands and operators of a logical chain do not match.
+    String dump;
+};
+
+/// The content of an evaluation-tree document.
+///
+/// Nodes are shared as far as they are equal, so this is the form in which they are published:
+/// adding `nodes` to a store in their order puts children before their parents.
+struct Program {
+    /// Every node once, functions too, in the order in which keys were given; children first.
+    std::vector<PtrConst<Eval::AetNodeBase>> nodes;
+    /// The document's functions in document order.
+    std::vector<PtrConst<Eval::Function>> functions;
+    /// For each of `functions`.
+    std::vector<FunctionFault> faults;
+    /// All names of the document with their slots: what an agent fills its tables from.
+    FunctionMetadata slots;
+    /// The named lists in the order of their first use.
+    std::vector<NamedList> lists;
+
+    /// The function of that name; null when there is none.
+    PtrConst<Eval::Function> find(std::string_view name) const;
+    /// What is wrong with a function of this program.
+    FunctionFault const & faultOf(Eval::Function const & function) const;
+};
+
+/// Limits on what a document may build. Evaluation, checks and dumps walk a tree as if nothing were
+/// shared, and recursively: these keep a small document from taking forever or the whole stack.
+struct ProgramLimits {
+    /// Nodes above each other; the links of a chain do not count, a call's callee does.
+    static constexpr U32 depth = 2048;
+    /// Nodes of a tree, shared ones and called functions counted at each place.
+    static constexpr U64 unfoldedNodes = 100'000'000;
+    /// Elements, over the document, of the literal lists and sets whose values are kept.
+    static constexpr U64 constantElements = 64'000'000;
+    /// Steps, over the document, in which the names that functions use are collected.
+    static constexpr U64 nameSteps = 64'000'000;
+};
+
+/// Reads a document. `fileName` is for messages. Throws DocumentError, whose text is one line with
+/// the place, what is wanted there and what was found.
+Program readProgram(String text, String const & fileName);
+/// The same of a file; "-" is standard input.
+Program readProgramFile(String const & path);
+
+/// Writes the program as a document in flat form: every node in `nodes`, children first, each with
+/// its key. It reads back to equal nodes under the same keys.
+void writeProgram(Program const & program, RendererV2 & renderer);
+
+/// Writes one node as it stands in a flat document: an object of class, key and fields, where
+/// children are references to their keys.
+void writeNode(Eval::AetNodeBase const & node, RendererV2 & renderer);
+
+} // namespace Qcf::Documents

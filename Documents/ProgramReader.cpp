@@ -1,0 +1,111 @@
+#include "Documents/DocumentScan.h"
+#include "Documents/NodeReader.h"
+#include "Documents/Program.h"
+#include "Platform/Framework/Assert.h"
+#include "Platform/Render/JsonObjectReader.h"
+
+#include <algorithm>
+
+namespace Qcf::Documents {
+
+using Eval::Function;
+
+namespace {
+
+FunctionFault faultOf(Function const & function, NodeFacts const & facts) {
+    FunctionFault fault;
+    if (facts.needs.any() && !function.argumentsExpected()) {
+        fault.eval =
+            "function \"" + function.funcName() + "\" reads arguments, which only a call gives it";
+    }
+    if (!facts.dumpable) {
+        fault.dump = "function \"" + function.funcName() +
+                     "\" has a logical chain whose operators do not stand between its operands";
+    }
+    return fault;
+}
+
+/// `value` as one of the document's two lists.
+JsonValue const & expectList(JsonValue const & value, char const * name) {
+    if (!value.isArray()) {
+        value.fail(name, "array", describe(value));
+    }
+    return value;
+}
+
+void checkFormat(JsonValue const & format) {
+    if (!format.isString() || format.asString() != "aet/1") {
+        format.fail("qcf", "\"aet/1\"", describe(format));
+    }
+}
+
+class ProgramReader {
+public:
+    explicit ProgramReader(JsonValue const & root) {
+        JsonObjectReader members(root);
+        checkFormat(members.require("qcf"));
+        auto const nodes = members.optional("nodes");
+        JsonValue const functions = expectList(members.require("functions"), "functions");
+        members.done();
+        if (nodes) {
+            expectList(*nodes, "nodes");
+        }
+        DocumentScan const scan(nodes, functions, names_);
+        readNodes(scan.nodesAfter(0));
+        std::size_t count = 0;
+        for (JsonValue const json : functions) {
+            readFunction(json);
+            readNodes(scan.nodesAfter(++count));
+        }
+    }
+
+    Program program() {
+        program_.nodes = builder_.takeNodes();
+        program_.slots = names_.slots();
+        program_.lists = names_.lists();
+        return std::move(program_);
+    }
+
+private:
+    void readNodes(std::vector<JsonValue> const & nodes) {
+        for (JsonValue const & node : nodes) {
+            reader_.readNode(node);
+        }
+    }
+
+    void readFunction(JsonValue const & json) {
+        U32 const number = reader_.readFunction(json);
+        auto const function = ptrCast<Function const>(builder_.node(number));
+        program_.faults.push_back(faultOf(*function, builder_.facts(number)));
+        program_.functions.push_back(function);
+    }
+
+    ListNames names_;
+    NodeBuilder builder_{names_};
+    NodeReader reader_{builder_, names_};
+    Program program_;
+};
+
+} // namespace
+
+PtrConst<Function> Program::find(std::string_view name) const {
+    auto const function = std::find_if(functions.begin(), functions.end(),
+                                       [&](auto const & each) { return each->funcName() == name; });
+    return function == functions.end() ? nullptr : *function;
+}
+
+FunctionFault const & Program::faultOf(Function const & function) const {
+    auto const at = std::find_if(functions.begin(), functions.end(),
+                                 [&](auto const & each) { return each.get() == &function; });
+    QCF_ASSERT_TEXT(at != functions.end(), "the function is one of the program");
+    return faults[static_cast<std::size_t>(at - functions.begin())];
+}
+
+Program readProgram(String text, String const & fileName) {
+    auto const document = JsonDocument::parse(std::move(text), fileName);
+    return ProgramReader(document.root()).program();
+}
+
+Program readProgramFile(String const & path) { return readProgram(readFile(path), path); }
+
+} // namespace Qcf::Documents

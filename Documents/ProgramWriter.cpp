@@ -1,0 +1,199 @@
+#include "Documents/FieldVisitors.h"
+#include "Documents/Program.h"
+#include "Platform/Routing/CommunityText.h"
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+namespace Qcf::Documents {
+
+using Eval::AetNodeBase;
+using Eval::FieldInfo;
+using Eval::Function;
+
+namespace {
+
+/// Writes fields as members of the object that is open.
+class MemberWriter final : public FieldVisitor<MemberWriter> {
+public:
+    /// `callee`: whether the function that a call names need not be referred to by key.
+    MemberWriter(RendererV2 & renderer, bool isFunctionEntry, bool calleeByName)
+        : out_(renderer), isFunctionEntry_(isFunctionEntry), calleeByName_(calleeByName) {}
+
+    void writeNode(FieldInfo const & field, AetNodeBase const * child) override {
+        bool const named = calleeByName_ && std::string_view(field.name) == "calleePtr";
+        if (child == nullptr || named) {
+            return;
+        }
+        out_.key(field.name);
+        out_.beginObject();
+        out_.key("ref");
+        out_.value(child->aetNodeKey());
+        out_.endObject();
+    }
+
+    template <typename T>
+    void visit(FieldInfo const & field, T const & value) {
+        bool const isName = isFunctionEntry_ && std::string_view(field.name) == "funcName";
+        out_.key(isName ? "name" : field.name);
+        write(value);
+    }
+
+private:
+    using FieldVisitor::write;
+
+    template <typename T>
+    requires std::is_arithmetic_v<T>
+    void write(T value) { out_.value(value); }
+    void write(String const & value) { out_.value(value); }
+    void write(TriStateBoolValue value) { out_.value(Eval::toString(value)); }
+    void write(IpGenAddr const & value) { out_.value(value.toString()); }
+    void write(IpGenPrefix const & value) { out_.value(value.toString()); }
+    void write(EthAddr const & value) { out_.value(value.toString()); }
+    void write(IntfId const & value) { out_.value(value.toString()); }
+    void write(Acl::CommunityValue const & value) { out_.value(communityValueText(value)); }
+    void write(std::optional<Evpn::Esid> const & value) {
+        value ? out_.value(value->toString()) : out_.nullValue();
+    }
+    void write(Routing::Rib::ResolutionRibProfileConfig const & value) {
+        out_.beginObject();
+        out_.key("entries");
+        out_.beginArray();
+        for (std::size_t i = 0; i < value.entryCount(); ++i) {
+            out_.beginObject();
+            out_.key("name");
+            out_.value(value.entries()[i].name);
+            out_.key("kind");
+            out_.value(value.entries()[i].kind);
+            out_.endObject();
+        }
+        out_.endArray();
+        out_.key("useDefault");
+        out_.value(value.useDefault());
+        out_.endObject();
+    }
+    void write(Routing::Policy::RouteMapFeatures const & value) {
+        out_.beginArray();
+        for (String const & feature : value.features()) {
+            out_.value(feature);
+        }
+        out_.endArray();
+    }
+    void write(AccessibleAttributes const & value) {
+        out_.beginObject();
+        writeFlags("read", value.readableAttributes);
+        writeFlags("write", value.writableAttributes);
+        out_.endObject();
+    }
+    // Kinds of which no name is used are left out.
+    void write(FunctionMetadata const & value) {
+        out_.beginObject();
+        FunctionMetadata::eachKind(value, [&](char const * kind, SlotMap const & slots) {
+            if (!slots.empty()) {
+                out_.key(kind);
+                out_.beginObject();
+                for (auto const & [name, slot] : slots) {
+                    out_.key(name);
+                    out_.value(slot);
+                }
+                out_.endObject();
+            }
+        });
+        out_.endObject();
+    }
+
+    template <typename Set>
+    void writeFlags(char const * name, Set const & set) {
+        out_.key(name);
+        out_.beginArray();
+        for (std::size_t bit = 0; bit < Set::width; ++bit) {
+            if (set.contains(bit)) {
+                out_.value(Set::nameOf(bit));
+            }
+        }
+        out_.endArray();
+    }
+
+    RendererV2 & out_;
+    bool isFunctionEntry_;
+    bool calleeByName_;
+};
+
+bool calleeIsNamed(AetNodeBase const & node) {
+    auto const * const call = dynamic_cast<Eval::FunctionCallExpression const *>(&node);
+    return call != nullptr && call->calleePtr()->funcName() == call->calleeName();
+}
+
+void writeObject(AetNodeBase const & node, RendererV2 & renderer, bool isFunctionEntry,
+                 bool calleeByName) {
+    renderer.beginObject();
+    if (!isFunctionEntry) {
+        renderer.key("class");
+        renderer.value(node.typeData().name);
+    }
+    renderer.key("key");
+    renderer.value(node.aetNodeKey());
+    MemberWriter members(renderer, isFunctionEntry, calleeByName);
+    node.typeData().write(node, members);
+    renderer.endObject();
+}
+
+bool childrenHaveSmallerKeys(AetNodeBase const & node) {
+    bool smaller = true;
+    node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
+        smaller = smaller && (child == nullptr || child->aetNodeKey() < node.aetNodeKey());
+    });
+    return smaller;
+}
+
+/// All nodes but the document's functions: by key, as long as that puts children first, so that
+/// equal programs are written alike.
+std::vector<AetNodeBase const *> nodesInOrder(Program const & program) {
+    std::set<AetNodeBase const *> functions;
+    for (auto const & function : program.functions) {
+        functions.insert(function.get());
+    }
+    std::vector<AetNodeBase const *> nodes;
+    bool rising = true;
+    for (auto const & node : program.nodes) {
+        rising = rising && childrenHaveSmallerKeys(*node);
+        if (!functions.contains(node.get())) {
+            nodes.push_back(node.get());
+        }
+    }
+    if (rising) {
+        std::sort(nodes.begin(), nodes.end(),
+                  [](auto const * a, auto const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
+    }
+    return nodes;
+}
+
+} // namespace
+
+void writeNode(AetNodeBase const & node, RendererV2 & renderer) {
+    writeObject(node, renderer, false, false);
+}
+
+// A function stands in `functions`, behind the nodes. A call among the nodes therefore names its
+// callee where it can: reading takes such nodes in once the function is known.
+void writeProgram(Program const & program, RendererV2 & renderer) {
+    renderer.beginObject();
+    renderer.key("qcf");
+    renderer.value("aet/1");
+    renderer.key("nodes");
+    renderer.beginArray();
+    for (AetNodeBase const * const node : nodesInOrder(program)) {
+        writeObject(*node, renderer, false, calleeIsNamed(*node));
+    }
+    renderer.endArray();
+    renderer.key("functions");
+    renderer.beginArray();
+    for (auto const & function : program.functions) {
+        writeObject(*function, renderer, true, false);
+    }
+    renderer.endArray();
+    renderer.endObject();
+}
+
+} // namespace Qcf::Documents

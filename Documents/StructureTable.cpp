@@ -1,0 +1,37 @@
+#include "Documents/StructureTable.h"
+
+#include <functional>
+
+namespace Qcf::Documents {
+
+U32 StructureTable::numberOf(std::string_view content) {
+    if (table_.size() < 2 * (entries_.size() + 1)) {
+        grow();
+    }
+    auto const hash = static_cast<U32>(std::hash<std::string_view>()(content));
+    std::size_t const mask = table_.size() - 1;
+    std::size_t slot = hash & mask;
+    for (; table_[slot] != 0; slot = (slot + 1) & mask) {
+        Entry const & entry = entries_[table_[slot] - 1];
+        if (entry.hash == hash && this->content(entry) == content) {
+            return table_[slot];
+        }
+    }
+    entries_.push_back({contents_.size(), static_cast<U32>(content.size()), hash});
+    contents_ += content;
+    return table_[slot] = count();
+}
+
+void StructureTable::grow() {
+    table_.assign(table_.empty() ? 64 : 2 * table_.size(), 0);
+    std::size_t const mask = table_.size() - 1;
+    for (U32 number = 1; number <= count(); ++number) {
+        std::size_t slot = entries_[number - 1].hash & mask;
+        while (table_[slot] != 0) {
+            slot = (slot + 1) & mask;
+        }
+        table_[slot] = number;
+    }
+}
+
+} // namespace Qcf::Documents
