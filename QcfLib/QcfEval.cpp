@@ -3,6 +3,7 @@
 #include "Platform/Framework/Assert.h"
 #include "Platform/Framework/Hash.h"
 #include "QcfLib/NodeContract.h"
+#include "QcfLib/Plan.h"
 
 /// Evaluation of functions and control flow.
 namespace Qcf::Eval {
@@ -57,8 +58,13 @@ EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
             return refusal;
         }
     }
-    EvalResult result = evalLogged(*body_, context);
-    logResult(context, *this, result);
+    EvalResult result;
+    if (c.shouldLogEval() || traceQcfEval.on(1) || !Plan::enabled()) [[unlikely]] {
+        result = evalLogged(*body_, context);
+        logResult(context, *this, result);
+    } else {
+        result = planFor(*this).run(context);
+    }
     if (!result.terminates()) {
         QCF_ASSERT(result.retVal() == QcfUnknown());
         return result;

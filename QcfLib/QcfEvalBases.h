@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QcfLib/AetNode.h"
+#include "QcfLib/KeptPlan.h"
 #include "QcfLib/QcfEvalAttributeSet.h"
 
 namespace Qcf::Eval {
@@ -45,6 +46,12 @@ private:
     Entity const & owner_;
     mutable bool cachedHashValueSet_ = false;
     mutable U32 cachedHashValue_ = 0;
+};
+
+/// What a function keeps beside its declared fields.
+class FunctionState : public CachedHash, public KeptPlan {
+public:
+    using CachedHash::CachedHash;
 };
 
 /// Base of the operators between the operands of a LogicalOperatorExpression.

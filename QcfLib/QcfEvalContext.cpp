@@ -30,7 +30,7 @@ Ptr<Debug::EvaluationLog const> EvalContext::evaluationLog() const {
 void EvalContext::reset() {
     nextHopSetToSelf_ = false;
     stackFrameDataFromCaller_ = nullptr;
-    if (stackFrameDataFromPOA_) {
+    if (stackFrameDataFromPOA_.touched()) {
         stackFrameDataFromPOA_ = StackFrameData_();
     }
     shouldLogEvalIs(false);

@@ -146,4 +146,12 @@ inline EvalContext const & evalContext(Ptr<EvalContextBase const> const & contex
     return static_cast<EvalContext const &>(*context);
 }
 
+/// The scratch buffer for sets of that type.
+inline U64Buffer & setScratch(EvalContext & context, U64SmallVector const * /*type*/) {
+    return context.intSetScratch();
+}
+inline CommunityBuffer & setScratch(EvalContext & context, CommunitySmallVector const * /*type*/) {
+    return context.communitySetScratch();
+}
+
 } // namespace Qcf::Eval

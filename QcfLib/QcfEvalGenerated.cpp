@@ -11,7 +11,7 @@ Function::Function(
     bool argumentsExpected, PtrConst<Block> body)
     : 
         FunctionBase(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features)),
-        CachedHash(static_cast<Entity const &>(*this)),
+        FunctionState(static_cast<Entity const &>(*this)),
         accessedAttributes_(std::move(accessedAttributes)), argumentsExpected_(argumentsExpected),
         body_(std::move(body)) {}
 Ptr<Function> Function::FunctionIs(

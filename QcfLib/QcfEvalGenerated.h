@@ -9,7 +9,7 @@
 namespace Qcf::Eval {
 
 /// A compiled policy function; the outermost one writes changes back when it accepts.
-class Function final : public FunctionBase, public CachedHash {
+class Function final : public FunctionBase, public FunctionState {
 public:
     static constexpr U16 classNumber = 0;
 

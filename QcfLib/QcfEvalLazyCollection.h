@@ -5,14 +5,6 @@
 
 namespace Qcf::Eval {
 
-/// Whether a result of at most `expectedSize` values may overwrite the first operand.
-template <typename Set>
-bool mayOverwrite(PtrConst<Set> const & firstOperand, std::size_t expectedSize,
-                  typename Set::Buffer const & scratch) {
-    return firstOperand && firstOperand->modifyFlag() == ModifyFlag::reuseOnWrite &&
-           expectedSize <= scratch.capacity();
-}
-
 /// The result of a set operation, made when its first value arrives. Where the first operand may be
 /// overwritten the values gather in the scratch buffer (the operand is still being read) and move
 /// into it at the end; else a new `reuseOnWrite` set takes them.
@@ -46,8 +38,13 @@ protected:
     Ptr<Set> const & result() const { return result_; }
 
 private:
+    bool reuses() const {
+        return firstOperand_ && firstOperand_->modifyFlag() == ModifyFlag::reuseOnWrite &&
+               expectedSize_ <= scratch_.capacity();
+    }
+
     void chooseTarget() {
-        if (mayOverwrite(firstOperand_, expectedSize_, scratch_)) {
+        if (reuses()) {
             result_ = constCast(firstOperand_);
             scratch_.clear();
             target_ = &scratch_;

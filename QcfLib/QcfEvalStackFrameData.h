@@ -64,8 +64,14 @@ public:
     }
     PtrConst<Debug::EvaluationLog> const & logHead() const { return logHead_; }
     Ptr<Debug::EvaluationLog> const & logCurrent() const { return logCurrent_; }
-    void logHeadIs(PtrConst<Debug::EvaluationLog> logHead) { logHead_ = std::move(logHead); }
-    void logCurrentIs(Ptr<Debug::EvaluationLog> logCurrent) { logCurrent_ = std::move(logCurrent); }
+    void logHeadIs(PtrConst<Debug::EvaluationLog> logHead) {
+        logHead_ = std::move(logHead);
+        touched_ = true;
+    }
+    void logCurrentIs(Ptr<Debug::EvaluationLog> logCurrent) {
+        logCurrent_ = std::move(logCurrent);
+        touched_ = true;
+    }
 
     /// Evaluate a value in the caller's frame and append it. The container is made by the first.
     void pushIntTypeArgToStack(Ptr<EvalContextBase> const & context, Int const & node);
@@ -74,9 +80,15 @@ public:
                                       PrefixList const & node);
     void pushTriStateBoolTypeArgToStack(Ptr<EvalContextBase> const & context,
                                         TriStateBool const & node);
+    /// Append a value as it is.
+    void pushInt(S128 const & value);
+    void pushBandwidth(F32 value);
+    void pushTriStateBool(TriStateBoolValue value);
     /// Appends the node itself; nothing is evaluated.
     void pushAetNodePtrArgToStack(StorageType const & node);
 
+    /// True when anything was ever set; cheaper to ask than whether something is.
+    bool touched() const { return touched_; }
     /// True when anything is set.
     explicit operator bool() const;
     /// Equal when every container holds equal values and the logs are the same objects.
@@ -91,10 +103,15 @@ private:
     Ptr<TriStateBoolTypeArgContainer> triStateBools_;
     PtrConst<Debug::EvaluationLog> logHead_;
     Ptr<Debug::EvaluationLog> logCurrent_;
+    bool touched_ = false;
 };
 
-/// The arguments as text, `{ints: 1,-2; bandwidths: 8000}`. References and logs are shown as counts;
-/// strepToStackFrameData reads back the frame of value arguments.
+/// The arguments as text, `{ints: 1,-2; bandwidths: 8000; triStateBools: true}`. Prefix lists and
+/// references are shown by their number, a log by its first key.
 std::ostream & operator<<(std::ostream & out, StackFrameData_ const & frame);
+
+/// Reads back the text of a frame of value arguments; throws ParseError on anything else, such as a
+/// frame with references, prefix lists or a log, which a text cannot bring back.
+StackFrameData_ strepToStackFrameData(String const & text);
 
 } // namespace Qcf::Eval

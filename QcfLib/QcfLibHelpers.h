@@ -62,8 +62,42 @@ IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::siz
     return static_cast<IntType>(argVal);
 }
 
-// Integer arithmetic that ends in a write within the target's range; never fails. The default value
-// may be assigned even where it lies outside the range.
+/// An operand: a magnitude with a sign. A negative zero is zero.
+struct SignedMagnitude {
+    bool negative;
+    U64 magnitude;
+
+    bool strictlyNegative() const { return negative && magnitude != 0; }
+};
+
+/// The range that results are forced into.
+struct IntRange {
+    U64 min;
+    U64 max;
+
+    U64 clamp(U64 value) const { return value < min ? min : value > max ? max : value; }
+    U64 sum(U64 a, U64 b) const {
+        // A sum of two magnitudes that wraps lies above every range.
+        U64 const result = a + b;
+        return result < a ? max : clamp(result);
+    }
+    U64 difference(U64 a, U64 b) const { return a < b ? min : clamp(a - b); }
+};
+
+// What the arithmetic operators write for a current value and an operand; they never fail.
+inline U64 added(IntRange const & range, U64 current, SignedMagnitude operand) {
+    return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
+                                      : range.sum(current, operand.magnitude);
+}
+inline U64 subtracted(IntRange const & range, U64 current, SignedMagnitude operand) {
+    return operand.strictlyNegative() ? range.sum(current, operand.magnitude)
+                                      : range.difference(current, operand.magnitude);
+}
+U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand);
+/// The default value may be assigned even where it lies outside the range.
+U64 assigned(IntModifiable const & target, SignedMagnitude operand);
+
+// The operators' whole work: read, compute, write once.
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context);
 void addWithinRange(IntModifiable const & target, Int const & operand,

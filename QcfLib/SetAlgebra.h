@@ -115,6 +115,7 @@ inline constexpr std::size_t fewValues = 8;
 
 template <typename Set> void insertInPlace(Set & set, Set const & few) {
     auto & values = set.values();
+    std::size_t const before = values.size();
     std::size_t at = 0;
     for (auto const & value : few) {
         auto const found = std::lower_bound(values.begin() + at, values.end(), value);
@@ -123,11 +124,14 @@ template <typename Set> void insertInPlace(Set & set, Set const & few) {
             values.insert(found, value);
         }
     }
-    set.noteOverwritten();
+    if (values.size() != before) {
+        set.noteOverwritten();
+    }
 }
 
 template <typename Set> void eraseInPlace(Set & set, Set const & few) {
     auto & values = set.values();
+    std::size_t const before = values.size();
     std::size_t at = 0;
     for (auto const & value : few) {
         auto const found = std::lower_bound(values.begin() + at, values.end(), value);
@@ -136,7 +140,38 @@ template <typename Set> void eraseInPlace(Set & set, Set const & few) {
             values.erase(found);
         }
     }
-    set.noteOverwritten();
+    if (values.size() != before) {
+        set.noteOverwritten();
+    }
+}
+
+/// Whether `a` itself becomes the union with, or the difference from, the few values of `b`.
+template <typename Set>
+bool mayEditInPlace(Set const * a, Set const * b, std::size_t expectedSize,
+                    typename Set::Buffer const & scratch) {
+    return !isEmptySet(a) && !isEmptySet(b) && a != b && b->count() <= fewValues &&
+           a->modifyFlag() == ModifyFlag::reuseOnWrite && expectedSize <= scratch.capacity();
+}
+
+/// Adds to `a` where it stands; false when that is not how the union comes about.
+template <typename Set>
+bool addInPlace(Set const * a, Set const * b, typename Set::Buffer const & scratch) {
+    std::size_t const expectedSize = (isEmptySet(a) ? 0 : a->count()) + (b ? b->count() : 0);
+    if (!mayEditInPlace(a, b, expectedSize, scratch) ||
+        (a->count() < b->count() && setIsSubset(a, b))) {
+        return false; // a union that is `b` itself shares it
+    }
+    insertInPlace(const_cast<Set &>(*a), *b);
+    return true;
+}
+
+template <typename Set>
+bool removeInPlace(Set const * a, Set const * b, typename Set::Buffer const & scratch) {
+    if (!mayEditInPlace(a, b, isEmptySet(a) ? 0 : a->count(), scratch)) {
+        return false;
+    }
+    eraseInPlace(const_cast<Set &>(*a), *b);
+    return true;
 }
 
 template <typename Set>
@@ -145,15 +180,14 @@ PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
     if (isEmptySet(a.get())) {
         return b;
     }
-    if (isEmptySet(b.get()) || setIsSubset(b.get(), a.get())) {
+    if (isEmptySet(b.get()) || addInPlace(a.get(), b.get(), scratch)) {
+        return a;
+    }
+    if (setIsSubset(b.get(), a.get())) {
         return a;
     }
     if (setIsSubset(a.get(), b.get())) {
         return b;
-    }
-    if (b->count() <= fewValues && mayOverwrite(a, a->count() + b->count(), scratch)) {
-        insertInPlace(*constCast(a), *b);
-        return a;
     }
     LazySmallVector<Set> result(a, scratch, a->count() + b->count());
     std::set_union(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
@@ -166,12 +200,11 @@ PtrConst<Set> setRemove(PtrConst<Set> const & a, PtrConst<Set> const & b,
     if (isEmptySet(a.get())) {
         return nullptr;
     }
+    if (removeInPlace(a.get(), b.get(), scratch)) {
+        return a->empty() ? PtrConst<Set>() : a;
+    }
     if (!setHasAny(a.get(), b.get())) {
         return a;
-    }
-    if (b->count() <= fewValues && mayOverwrite(a, a->count(), scratch)) {
-        eraseInPlace(*constCast(a), *b);
-        return a->empty() ? PtrConst<Set>() : a;
     }
     LazySmallVector<Set> result(a, scratch, a->count());
     if (b->count() / a->count() >= bisectionRatio) {

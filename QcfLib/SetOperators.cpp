@@ -38,19 +38,12 @@ EvalResult isEmpty(Node const & node, Context const & context) {
     return EvalResult::fromBool(lhs == nullptr || lhs->empty());
 }
 
-U64Buffer & scratchFor(Context const & context, U64SmallVector const * /*kind*/) {
-    return evalContext(context).intSetScratch();
-}
-CommunityBuffer & scratchFor(Context const & context, CommunitySmallVector const * /*kind*/) {
-    return evalContext(context).communitySetScratch();
-}
-
 /// Writes `combine(lhs, rhs, scratch)` to the left operand.
 template <typename Set, typename Node, typename Combine>
 EvalResult modifySet(Node const & node, Context const & context, Combine combine) {
     PtrConst<Set> const lhs = node.lhs()->getVal(context);
     PtrConst<Set> const rhs = node.rhs()->getVal(context);
-    auto result = combine(lhs, rhs, scratchFor(context, lhs.get()));
+    auto result = combine(lhs, rhs, setScratch(evalContext(context), lhs.get()));
     storeResult(*node.lhs(), std::move(result), lhs, rhs, context);
     return EvalResult::fromBool(true);
 }

@@ -70,7 +70,7 @@ VARIABLE = "variableText(name_, argVectorIndex_)"
 
 NODES = [
     control("Function", "FunctionBase", "funcName:String metadata:FunctionMetadata features:Routing::Policy::RouteMapFeatures accessedAttributes:AccessibleAttributes argumentsExpected:bool body:Block",
-            "A compiled policy function; the outermost one writes changes back when it accepts.", inherited=3, mixin="CachedHash", hand=("hash", "verifySanity")),
+            "A compiled policy function; the outermost one writes changes back when it accepts.", inherited=3, mixin="FunctionState", hand=("hash", "verifySanity")),
     control("ExpressionList", "AetNodeBase", "entry:Expression next:ExpressionList?", "A link of a chain of expressions, in source order."),
     control("Block", "Expression", "stmts:ExpressionList?", "Statements in order; unknown when none of them terminates.", hand=("verifySanity",)),
     control("AndOperator", "LogicalOperator", "", "Stops at the first operand that is not true."),

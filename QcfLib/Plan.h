@@ -1,0 +1,44 @@
+#pragma once
+
+#include "QcfLib/PlanSteps.h"
+
+#include <atomic>
+#include <memory>
+
+namespace Qcf::Eval {
+
+class Function;
+
+/// A function lowered for speed: constants in place, chains of `else if` as one step, tests of one
+/// attribute against many constants as one look-up.
+///
+/// A plan gives the results and write-backs of its tree and nothing else: evaluations that are
+/// logged or traced walk the tree, and a node without a step of its own is evaluated as it stands.
+/// In a chain of `else if` whose conditions only read, an attribute that several conditions test is
+/// fetched once. Immutable once built; run by any number of threads. It refers to the nodes of its
+/// function, which must outlive it.
+class Plan {
+public:
+    explicit Plan(Function const & function);
+
+    /// The result of the function's body.
+    EvalResult run(Ptr<EvalContextBase> const & context) const {
+        PlanRun planRun{context, nullptr};
+        return body_->run(planRun);
+    }
+
+    /// Steps that were made, for reports on memory.
+    std::size_t stepCount() const { return steps_.size(); }
+
+    /// Process-wide switch, on at the start: whether functions are evaluated by their plans.
+    static bool enabled() { return enabled_.load(std::memory_order_relaxed); }
+    static void enabledIs(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+
+private:
+    static std::atomic<bool> enabled_;
+
+    std::vector<std::unique_ptr<PlanStep const>> steps_;
+    PlanStep const * body_;
+};
+
+} // namespace Qcf::Eval

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "QcfLib/QcfEvalBasicTypes.h"
+
+#include <vector>
+
+namespace Qcf::Eval {
+
+/// Which of many tests of one attribute against constants hold, by one look-up a value of the
+/// attribute: a table from constant to the tests that it satisfies. At most 64 tests.
+class PlanIndex {
+public:
+    static constexpr std::size_t maxTests = 64;
+
+    PlanIndex() = default;
+    PlanIndex(PlanIndex const &) = delete;
+    PlanIndex & operator=(PlanIndex const &) = delete;
+    virtual ~PlanIndex() = default;
+
+    /// Bit i is set when test i holds for the route of the context.
+    virtual U64 testsThatHold(Ptr<EvalContextBase const> const & context) const = 0;
+};
+
+/// Constants with the tests that they satisfy, in a table of open addresses.
+template <typename Value> class ConstantTable {
+public:
+    void insert(Value const & value, std::size_t test) { entries_.push_back({value, U64{1} << test}); }
+    /// To be called after the last insertion.
+    void seal();
+    U64 testsOf(Value const & value) const {
+        std::size_t at = place(value);
+        while (slots_[at].tests != 0) {
+            if (slots_[at].value == value) {
+                return slots_[at].tests;
+            }
+            at = (at + 1) & mask_;
+        }
+        return 0;
+    }
+
+private:
+    struct Entry {
+        Value value;
+        U64 tests;
+    };
+    std::size_t place(Value const & value) const { return spread(value) & mask_; }
+    // The upper half of the product depends on every bit of the value.
+    static std::size_t spread(U64 value) {
+        return static_cast<std::size_t>((value * 0x9e3779b97f4a7c15U) >> 32);
+    }
+    static std::size_t spread(Acl::CommunityValue const & value) {
+        return spread(value.value() ^ (U64{value.type()} << 20));
+    }
+
+    std::vector<Entry> entries_;
+    std::vector<Entry> slots_;
+    std::size_t mask_ = 0;
+};
+
+extern template class ConstantTable<U64>;
+extern template class ConstantTable<Acl::CommunityValue>;
+
+/// Tests that an integer is one of some constants.
+class IntIndex final : public PlanIndex {
+public:
+    explicit IntIndex(Int const & operand) : operand_(operand) {}
+    ConstantTable<U64> & table() { return table_; }
+    U64 testsThatHold(Ptr<EvalContextBase const> const & context) const override {
+        return table_.testsOf(operand_.getVal(context));
+    }
+
+private:
+    Int const & operand_;
+    ConstantTable<U64> table_;
+};
+
+/// Tests that a set holds any of some constants.
+template <typename Set> class SetIndex final : public PlanIndex {
+public:
+    explicit SetIndex(SetStorage<Set> const & operand) : operand_(operand) {}
+    ConstantTable<typename Set::Value> & table() { return table_; }
+    U64 testsThatHold(Ptr<EvalContextBase const> const & context) const override {
+        PtrConst<Set> fresh;
+        U64 tests = 0;
+        if (Set const * const set = operand_.lendVal(context, fresh)) {
+            for (auto const & value : *set) {
+                tests |= table_.testsOf(value);
+            }
+        }
+        return tests;
+    }
+
+private:
+    SetStorage<Set> const & operand_;
+    ConstantTable<typename Set::Value> table_;
+};
+
+} // namespace Qcf::Eval
