@@ -127,8 +127,8 @@ TEST(MrtAttribute, As4PathIsMergedWhereTheSessionHasTwoBytes) {
         SCOPED_TRACE(c.what);
         EXPECT_THAT(readAttributes(c.attributes, false).routes, ElementsAre(HasSubstr(c.path)));
     }
-    EXPECT_THAT(readAttributes(asPath4({65001}) + wide).routes,
-                ElementsAre(HasSubstr("path[65001]")))
+    EXPECT_THAT(readAttributes(asPath4({65001, 23456, 7}) + wide).routes,
+                ElementsAre(HasSubstr("path[65001 23456 7]")))
         << "a session with four bytes needs no AS4_PATH";
 }
 
