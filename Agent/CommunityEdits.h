@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Agent/CommunityMatcher.h"
+
+#include <algorithm>
+#include <iterator>
+
+/// What community lists do to the communities of a route. Null stands for the empty set and for the
+/// empty list.
+///
+/// Where nothing changes the result is the current set, where it is just the list's communities it
+/// is the list's own set. Otherwise the current set is written where it may be, and a new set is
+/// made where others see it; either is filled by `insert` in ascending order.
+namespace Qcf::Agent {
+
+template <typename Set>
+Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values) {
+    if (values.empty()) {
+        return nullptr;
+    }
+    bool const reuse = current && current->modifyFlag() == Eval::ModifyFlag::reuseOnWrite;
+    Ptr<Set> result = reuse ? current : makePtr<Set>(Eval::ModifyFlag::reuseOnWrite);
+    result->clear();
+    result->values().reserve(values.size());
+    for (auto const & value : values) {
+        result->insert(value);
+    }
+    return result;
+}
+
+/// The communities of the list's permitting entries.
+template <typename Set>
+Ptr<Set> assignedBy(CommunityMatcher<Set> const * list) {
+    return list != nullptr ? list->permitted() : Ptr<Set>();
+}
+
+/// The current communities and those of the list's permitting entries.
+template <typename Set>
+Ptr<Set> addedBy(CommunityMatcher<Set> const * list, Ptr<Set> const & current,
+                 typename Set::Buffer & scratch) {
+    Ptr<Set> const added = assignedBy(list);
+    if (Set::isSubset(added.get(), current.get())) {
+        return current;
+    }
+    if (Set::isSubset(current.get(), added.get())) {
+        return added;
+    }
+    scratch.clear();
+    std::set_union(current->begin(), current->end(), added->begin(), added->end(),
+                   std::back_inserter(scratch));
+    return filledSet(current, scratch);
+}
+
+/// Those of the current communities for which the list alone answers `kept`.
+template <typename Set>
+Ptr<Set> keptBy(CommunityMatcher<Set> const * list, bool kept, Ptr<Set> const & current,
+                typename Set::Buffer & scratch, String & text) {
+    if (current == nullptr || current->empty()) {
+        return nullptr;
+    }
+    scratch.clear();
+    for (auto const & community : *current) {
+        if ((list != nullptr && list->permits(community, text)) == kept) {
+            scratch.push_back(community);
+        }
+    }
+    return scratch.size() == current->count() ? current : filledSet(current, scratch);
+}
+
+} // namespace Qcf::Agent
