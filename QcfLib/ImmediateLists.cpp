@@ -58,8 +58,27 @@ Container const * lend(Immediate const & node, Ptr<EvalContextBase const> const 
     return fresh.get();
 }
 
+/// Values that need no context: what a list is built from before any route is seen.
+bool isConstant(AetNodeBase const & element) {
+    NodeClass const & nodeClass = element.typeData();
+    return nodeClass.number() == IntImmediate::classNumber ||
+           nodeClass.number() == RoaTableImmediate::classNumber ||
+           nodeClass.number() == CommunityValueImmediate::classNumber;
+}
+
+template <typename Link> bool allConstant(Link const * link) {
+    for (; link != nullptr; link = link->next().get()) {
+        if (!isConstant(*link->entry())) {
+            return false;
+        }
+    }
+    return true;
+}
+
 template <typename Container, typename Immediate> void cache(Immediate const & node) {
-    if (node.cachable() && node.head() && node.cachedGetVal() == nullptr) {
+    // A tree from outside may claim more than it can keep.
+    if (node.cachable() && node.head() && node.cachedGetVal() == nullptr &&
+        allConstant(node.head().get())) {
         node.cachedGetValIs(build<Container>(node, nullptr));
     }
 }

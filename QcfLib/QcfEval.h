@@ -18,7 +18,8 @@
 namespace Qcf::Eval {
 
 /// Stores the value of a literal whose elements are all constants, as whoever builds a tree does
-/// before the node is shared. No effect on a node that is not cachable or has its value.
+/// before the node is shared. No effect on a node that is not cachable, has its value, or has other
+/// elements.
 void cacheConstantValue(IntListImmediate const & node);
 void cacheConstantValue(IntSetImmediate const & node);
 void cacheConstantValue(CommunitySetImmediate const & node);
