@@ -1,0 +1,20 @@
+#pragma once
+
+#include "bench/Measure.h"
+
+namespace Qcf::Bench {
+
+/// A table for the reader.
+String reportTable(PolicyResult const & result);
+
+/// What the figures were taken on.
+struct RunFacts {
+    std::size_t routes;
+    std::size_t residentRoutes;
+    U32 rounds;
+};
+
+/// All results as one line of JSON.
+String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results);
+
+} // namespace Qcf::Bench
