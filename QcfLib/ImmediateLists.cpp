@@ -66,7 +66,8 @@ bool isConstant(AetNodeBase const & element) {
            nodeClass.number() == CommunityValueImmediate::classNumber;
 }
 
-template <typename Link> bool allConstant(Link const * link) {
+template <typename Link>
+bool allConstant(Link const * link) {
     for (; link != nullptr; link = link->next().get()) {
         if (!isConstant(*link->entry())) {
             return false;
@@ -75,7 +76,8 @@ template <typename Link> bool allConstant(Link const * link) {
     return true;
 }
 
-template <typename Container, typename Immediate> void cache(Immediate const & node) {
+template <typename Container, typename Immediate>
+void cache(Immediate const & node) {
     // A tree from outside may claim more than it can keep.
     if (node.cachable() && node.head() && node.cachedGetVal() == nullptr &&
         allConstant(node.head().get())) {

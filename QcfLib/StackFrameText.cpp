@@ -1,6 +1,5 @@
-#include "QcfLib/QcfEvalStackFrameData.h"
-
 #include "Platform/Framework/CharRange.h"
+#include "QcfLib/QcfEvalStackFrameData.h"
 
 #include <array>
 #include <charconv>
@@ -80,7 +79,8 @@ private:
         }
     }
 
-    template <typename Push> void readList(Push push) {
+    template <typename Push>
+    void readList(Push push) {
         do {
             auto const text = rest_.substr(0, rest_.find_first_of(",;}"));
             push(text);
