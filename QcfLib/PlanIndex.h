@@ -43,14 +43,7 @@ private:
         Value value;
         U64 tests;
     };
-    std::size_t place(Value const & value) const { return spread(value) & mask_; }
-    // The upper half of the product depends on every bit of the value.
-    static std::size_t spread(U64 value) {
-        return static_cast<std::size_t>((value * 0x9e3779b97f4a7c15U) >> 32);
-    }
-    static std::size_t spread(Acl::CommunityValue const & value) {
-        return spread(value.value() ^ (U64{value.type()} << 20));
-    }
+    std::size_t place(Value const & value) const { return spreadBits(value) & mask_; }
 
     std::vector<Entry> entries_;
     std::vector<Entry> slots_;

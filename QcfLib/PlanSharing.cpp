@@ -7,7 +7,7 @@ namespace Qcf::Eval {
 namespace {
 
 /// So many tests of one attribute are worth an index, so many reads a slot.
-constexpr std::size_t testsForIndex = 3;
+constexpr std::size_t testsForIndex = 4;
 constexpr std::size_t readsForSlot = 2;
 
 template <typename Node> bool is(AetNodeBase const & node) {

@@ -5,7 +5,10 @@
 #include "Platform/Framework/Types.h"
 #include "Platform/Routing/CommunityValue.h"
 
+#include "QcfLib/MembershipFilter.h"
+
 #include <boost/container/small_vector.hpp>
+#include <memory>
 
 namespace Qcf::Eval {
 
@@ -46,9 +49,21 @@ public:
     Buffer & values() { return values_; }
     Buffer const & values() const { return values_; }
 
+    /// Speeds up membership in a large set; to be called once on a set that never changes again.
+    void filterIs() {
+        if (values_.size() > largeSet) {
+            filter_ = std::make_unique<MembershipFilter const>(values_);
+        }
+    }
+    /// Null for small sets and those that may change.
+    MembershipFilter const * filter() const { return filter_.get(); }
+
 private:
+    static constexpr std::size_t largeSet = 64;
+
     ModifyFlag modifyFlag_;
     Buffer values_;
+    std::unique_ptr<MembershipFilter const> filter_;
 };
 
 /// A set of unsigned integers: ascending, without duplicates. `insert` appends unchecked; whoever

@@ -19,6 +19,9 @@ template <typename Set> bool setsEqual(Set const * a, Set const * b) {
 }
 
 template <typename Set, typename Value> bool setContains(Set const & set, Value const & value) {
+    if (set.filter() != nullptr && !set.filter()->mayContain(value)) {
+        return false;
+    }
     auto const found = std::lower_bound(set.begin(), set.end(), value);
     return found != set.end() && *found == value;
 }
@@ -68,6 +71,10 @@ template <typename Set> bool setIsSubset(Set const * a, Set const * b) {
 
 /// Whether the values of the smaller set occur in the larger, each searched for.
 template <typename Set> bool anyFound(Set const & few, Set const & many) {
+    if (many.filter() != nullptr) {
+        return std::any_of(few.begin(), few.end(),
+                           [&](auto const & value) { return setContains(many, value); });
+    }
     auto at = many.begin();
     for (auto const & value : few) {
         at = gallop(at, many.end(), value);
