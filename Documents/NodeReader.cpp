@@ -118,13 +118,11 @@ U32 NodeReader::readObject(JsonValue const & json, NodeClass const & nodeClass,
                            bool isFunctionEntry) {
     checkMembers(json, nodeClass, isFunctionEntry);
     Children const children = readChildren(json, nodeClass);
-    ObjectFields fields(*this, json, nodeClass, {children.data(), children.size()},
-                        isFunctionEntry);
+    ObjectFields fields(*this, json, nodeClass, children.all(), isFunctionEntry);
     U32 const names = fields.useNames();
     auto const key = json.find("key");
     auto const node = nodeClass.create(builder_.keyFor(json, key), fields);
-    U32 const number =
-        builder_.add(json, node, {children.data(), children.size()}, key.has_value(), names);
+    U32 const number = builder_.add(json, node, children.all(), key.has_value(), names);
     if (std::string_view(nodeClass.name) == "Function") {
         functionIs(json, number, isFunctionEntry);
     }

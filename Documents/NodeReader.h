@@ -2,10 +2,9 @@
 
 #include "Documents/NodeBuilder.h"
 
+#include <array>
 #include <unordered_map>
 #include <vector>
-
-#include <boost/container/small_vector.hpp>
 
 namespace Qcf::Documents {
 
@@ -25,7 +24,16 @@ struct Position {
 /// and chains. Answers are node numbers of the builder; `NodeBuilder::none` stands for null.
 class NodeReader {
 public:
-    using Children = boost::container::small_vector<U32, 4>;
+    /// The numbers of a node's children, in the order of its node fields.
+    class Children {
+    public:
+        void push_back(U32 number) { numbers_.at(count_++) = number; }
+        std::span<U32 const> all() const { return std::span(numbers_).first(count_); }
+
+    private:
+        std::array<U32, 8> numbers_{};
+        std::size_t count_ = 0;
+    };
 
     NodeReader(NodeBuilder & builder, ListNames & names) : builder_(builder), names_(names) {}
 
