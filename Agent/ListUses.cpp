@@ -1,0 +1,158 @@
+#include "Agent/ListUses.h"
+
+#include "QcfLib/NodeClass.h"
+#include "QcfLib/NodeFields.h"
+
+#include <algorithm>
+#include <set>
+#include <unordered_set>
+
+namespace Qcf::Agent {
+
+namespace {
+
+/// Where classes of nodes name a list.
+struct Reference {
+    std::string_view classSuffix;
+    std::string_view nameField;
+    std::string_view slotField;
+    char const * metadataKind;
+};
+
+/// The first whose suffix fits counts.
+constexpr Reference references[] = {
+    {"LargeCommList", "listName", "index", "largeCommListsUsed"},
+    {"ExtCommList", "listName", "index", "extCommListsUsed"},
+    {"CommList", "listName", "index", "commListsUsed"},
+    {"AsPathAccessList", "listName", "index", "asPathAccessListsUsed"},
+    {"MatchTagSet", "tagSetName", "index", "tagSetsUsed"},
+    {"DynamicPrefixListImmediate", "name", "indexInAet", "DynPrefixListsUsed"},
+    {"PrefixListImmediate", "name", "indexInAet", "V4PrefixListsUsed"},
+    {"RoaTableImmediate", "name", "number", "roaTablesUsed"},
+};
+
+Reference const * referenceOf(Eval::NodeClass const & nodeClass) {
+    auto const * const found = std::ranges::find_if(references, [&](Reference const & reference) {
+        return std::string_view(nodeClass.name).ends_with(reference.classSuffix);
+    });
+    return found == std::end(references) ? nullptr : found;
+}
+
+/// Picks the name and the slot out of a node's fields.
+class ReferenceFields final : public Eval::FieldWriter {
+public:
+    explicit ReferenceFields(Reference const & reference) : reference_(reference) {
+        use.metadataKind = reference.metadataKind;
+    }
+
+    ListUse use;
+
+private:
+    using FieldInfo = Eval::FieldInfo;
+    using TriStateBoolValue = Eval::TriStateBoolValue;
+    using AccessibleAttributes = Eval::AccessibleAttributes;
+
+    template <typename Value>
+    void take(FieldInfo const &, Value const &) {}
+    void take(FieldInfo const & field, String const & value) {
+        if (field.name == reference_.nameField) {
+            use.name = value;
+        }
+    }
+    void take(FieldInfo const & field, U16 const & value) { takeSlot(field, value); }
+    void take(FieldInfo const & field, U64 const & value) { takeSlot(field, value); }
+    void take(FieldInfo const & field, bool const & value) {
+        if (field.name == std::string_view("isV4") && !value) {
+            use.metadataKind = "V6PrefixListsUsed";
+        }
+    }
+    void takeSlot(FieldInfo const & field, U64 value) {
+        if (field.name == reference_.slotField) {
+            use.slot = value;
+        }
+    }
+
+#define QCF_TAKE(Type)                                                                             \
+    void write(FieldInfo const & field, Type const & value) override { take(field, value); }
+    QCF_FOR_EACH_SCALAR(QCF_TAKE)
+#undef QCF_TAKE
+    void writeNode(FieldInfo const &, Eval::AetNodeBase const *) override {}
+
+    Reference const & reference_;
+};
+
+/// Collects what the tree of one function refers to. Trees may be deep: nothing recurses.
+class Walk {
+public:
+    Walk(String place, std::vector<ListUse> & uses) : place_(std::move(place)), uses_(uses) {}
+
+    void tree(Eval::Function const & function) {
+        push(&function);
+        while (!pending_.empty()) {
+            auto const & node = *pending_.back();
+            pending_.pop_back();
+            take(node);
+            std::size_t const firstChild = pending_.size();
+            node.typeData().visitChildren(
+                node, [&](Eval::FieldInfo const &, Eval::AetNodeBase const * child) {
+                    if (dynamic_cast<Eval::Function const *>(child) == nullptr) {
+                        push(child);
+                    }
+                });
+            std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(firstChild),
+                         pending_.end());
+        }
+        metadata(function.metadata());
+    }
+
+private:
+    void push(Eval::AetNodeBase const * node) {
+        if (node != nullptr && met_.insert(node).second) {
+            pending_.push_back(node);
+        }
+    }
+
+    void take(Eval::AetNodeBase const & node) {
+        if (auto const * const reference = referenceOf(node.typeData())) {
+            ReferenceFields fields(*reference);
+            node.typeData().write(node, fields);
+            add(std::move(fields.use));
+        }
+    }
+
+    void metadata(FunctionMetadata const & metadata) {
+        FunctionMetadata::eachKind(metadata, [&](char const * kind, SlotMap const & slots) {
+            for (auto const & [name, slot] : slots) {
+                if (!named_.contains({kind, name})) {
+                    add({kind, name, slot, {}});
+                }
+            }
+        });
+    }
+
+    void add(ListUse use) {
+        use.place = place_;
+        named_.emplace(use.metadataKind, use.name);
+        uses_.push_back(std::move(use));
+    }
+
+    String place_;
+    std::vector<ListUse> & uses_;
+    std::vector<Eval::AetNodeBase const *> pending_;
+    std::unordered_set<Eval::AetNodeBase const *> met_;
+    std::set<std::pair<String, String>> named_;
+};
+
+} // namespace
+
+std::vector<ListUse> listUses(std::span<PtrConst<Eval::Function> const> functions,
+                              String const & document) {
+    std::vector<ListUse> uses;
+    for (auto const & function : functions) {
+        String const place = document + ": function \"" + function->funcName() + '"';
+        Walk(place, uses).tree(*function);
+    }
+    return uses;
+}
+
+} // namespace Qcf::Agent

@@ -1,0 +1,31 @@
+#include "tests/Agent/AllocationCount.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local U64 allocations = 0;
+
+void * counted(std::size_t size) {
+    ++allocations;
+    if (void * const memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+void * operator new(std::size_t size) { return counted(size); }
+void * operator new[](std::size_t size) { return counted(size); }
+void operator delete(void * memory) noexcept { std::free(memory); }
+void operator delete[](void * memory) noexcept { std::free(memory); }
+void operator delete(void * memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void * memory, std::size_t) noexcept { std::free(memory); }
+
+namespace Qcf::Agent::Test {
+
+U64 allocationCount() { return allocations; }
+
+} // namespace Qcf::Agent::Test

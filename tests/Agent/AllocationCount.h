@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+namespace Qcf::Agent::Test {
+
+/// Number of blocks that this thread has taken from the heap by `new` since it started.
+U64 allocationCount();
+
+} // namespace Qcf::Agent::Test
