@@ -49,11 +49,8 @@ std::optional<std::string_view> JsonLinesReader::findLine() {
         if (end != nullptr) {
             return takeLine(static_cast<std::size_t>(end - source_.data()), true);
         }
-        if (available > maxLine) {
-            throw DocumentError(lineName() + "wants a line of at most " + std::to_string(maxLine) +
-                                " bytes, found a longer one");
-        }
         searched = available;
+        checkLength(searched);
         if (!source_.ensure(available + 1)) {
             break;
         }
@@ -65,7 +62,15 @@ std::optional<std::string_view> JsonLinesReader::findLine() {
     return searched == 0 ? std::nullopt : std::optional(takeLine(searched, false));
 }
 
+void JsonLinesReader::checkLength(std::size_t length) const {
+    if (length > maxLine) {
+        throw DocumentError(lineName() + "wants a line of at most " + std::to_string(maxLine) +
+                            " bytes, found a longer one");
+    }
+}
+
 std::string_view JsonLinesReader::takeLine(std::size_t length, bool withEnd) {
+    checkLength(length);
     taken_ = length + (withEnd ? 1 : 0);
     statistics_.bytes += taken_;
     return {reinterpret_cast<char const *>(source_.data()), length};

@@ -27,6 +27,7 @@ private:
     bool readLine(Route & route);
     std::optional<std::string_view> findLine();
     std::string_view takeLine(std::size_t length, bool withEnd);
+    void checkLength(std::size_t length) const;
     String lineName() const;
 
     ByteSource source_;

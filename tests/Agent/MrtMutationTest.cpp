@@ -1,8 +1,8 @@
 #include "tests/Agent/Compressed.h"
 #include "tests/Agent/MrtTools.h"
+#include "tests/support/Mutator.h"
 
 #include <algorithm>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -34,47 +34,6 @@ std::vector<String> seeds() {
                                   address("10.0.0.1") + u16(65001) + u16(narrow.size()) + narrow);
     return {table, messages, old + old, gzipped(table + messages), bzipped(messages)};
 }
-
-class Mutator {
-public:
-    explicit Mutator(U32 seed) : random_(seed) {}
-
-    String mutate(String bytes) {
-        for (U32 changes = 1 + below(4); changes > 0 && !bytes.empty(); --changes) {
-            change(bytes);
-        }
-        return bytes;
-    }
-
-private:
-    U32 below(std::size_t bound) { return static_cast<U32>(random_() % bound); }
-
-    void change(String & bytes) {
-        U32 const at = below(bytes.size());
-        static constexpr U8 edges[] = {0x00, 0x01, 0x7f, 0x80, 0xff};
-        switch (below(6)) {
-        case 0:
-            bytes[at] = static_cast<char>(bytes[at] ^ (1U << below(8)));
-            break;
-        case 1:
-            bytes[at] = static_cast<char>(edges[below(std::size(edges))]);
-            break;
-        case 2:
-            bytes.resize(at);
-            break;
-        case 3:
-            bytes.erase(at, 1 + below(8));
-            break;
-        case 4:
-            bytes.insert(at, 1 + below(8), static_cast<char>(random_()));
-            break;
-        default:
-            bytes.insert(below(bytes.size()), bytes.substr(at, 1 + below(64)));
-        }
-    }
-
-    std::mt19937 random_;
-};
 
 TEST(MrtMutation, MutatedFilesAreReadToTheirEnd) {
     constexpr U32 rounds = 3000;

@@ -1,0 +1,183 @@
+#include "Agent/ParallelEvaluation.h"
+
+#include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
+#include "QcfLib/QcfEval.h"
+
+#include <set>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace Qcf::Agent::Test {
+namespace {
+
+struct TestError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Hands out routes whose med is their number, and throws in place of one of them.
+class NumberedRoutes final : public RouteReader {
+public:
+    explicit NumberedRoutes(U64 routes, U64 faultAt = ~U64{0})
+        : routes_(routes), faultAt_(faultAt) {}
+
+    bool next(Route & route) override {
+        if (statistics_.routes == faultAt_) {
+            throw TestError("reader");
+        }
+        if (statistics_.routes == routes_) {
+            return false;
+        }
+        route.clear();
+        route.med = statistics_.routes++;
+        return true;
+    }
+    ReadStatistics const & statistics() const override { return statistics_; }
+
+private:
+    U64 routes_;
+    U64 faultAt_;
+    ReadStatistics statistics_;
+};
+
+/// `local_preference = med; return true`
+PtrConst<Eval::Function> copyMed() {
+    auto const assign = Eval::intAssignFactory(3, Eval::Attribute::localPrefFactory(1),
+                                               Eval::Attribute::medFactory(2));
+    auto const accept = Eval::returnExpressionFactory(
+        6, Eval::triStateBoolExpressionFactory(
+               5, Eval::triStateBoolImmediateFactory(4, Eval::QcfTrue())));
+    auto const statements =
+        Eval::expressionListFactory(8, assign, Eval::expressionListFactory(7, accept, nullptr));
+    return Eval::functionFactory(10, "copy_med", FunctionMetadata(),
+                                 Routing::Policy::RouteMapFeatures(), Eval::AccessibleAttributes(),
+                                 false, Eval::blockFactory(9, statements));
+}
+
+/// Throws when it is asked for the med of one route.
+class TestContext final : public AgentContextBase {
+public:
+    explicit TestContext(U64 faultAt)
+        : AgentContextBase(nullptr, nullptr, nullptr), faultAt_(faultAt) {}
+
+    U64 medInput() const override {
+        if (route().med == faultAt_) {
+            throw TestError("context");
+        }
+        return route().med;
+    }
+
+private:
+    U64 faultAt_;
+};
+
+struct Seen {
+    std::vector<U64> delivered; ///< the local preferences that were flushed
+    std::set<std::thread::id> threads;
+    U64 logged = 0;
+    U64 faultAt = ~U64{0}; ///< delivering the run with this route throws
+};
+
+class TestSink final : public EvaluationSink {
+public:
+    explicit TestSink(Seen & seen) : seen_(seen) {}
+
+    void take(Evaluated const & evaluated) override {
+        EXPECT_EQ(evaluated.number, evaluated.route.med);
+        EXPECT_TRUE(evaluated.result.isTrue());
+        run_.push_back(evaluated.context.changes().localPref);
+        logged_ += evaluated.context.evaluationLog() ? 1 : 0;
+    }
+    void deliver() override {
+        for (U64 const number : run_) {
+            if (number == seen_.faultAt) {
+                throw TestError("sink");
+            }
+            seen_.delivered.push_back(number);
+        }
+        seen_.threads.insert(std::this_thread::get_id());
+        seen_.logged += logged_;
+        run_.clear();
+        logged_ = 0;
+    }
+
+private:
+    Seen & seen_;
+    std::vector<U64> run_;
+    U64 logged_ = 0;
+};
+
+struct RunCase {
+    U64 routes = 5000;
+    U32 threads = 1;
+    U64 limit = ~U64{0};
+    bool log = false;
+    U64 readerFault = ~U64{0};
+    U64 contextFault = ~U64{0};
+    U64 sinkFault = ~U64{0};
+};
+
+/// What a run delivers; `error` is the text of what it threw.
+Seen run(RunCase const & one, String & error) {
+    Seen seen;
+    seen.faultAt = one.sinkFault;
+    NumberedRoutes reader(one.routes, one.readerFault);
+    EvaluationPlan plan;
+    plan.function = copyMed();
+    plan.makeContext = [&] { return makePtr<TestContext>(one.contextFault); };
+    plan.makeSink = [&] { return std::make_unique<TestSink>(seen); };
+    plan.threads = one.threads;
+    plan.limit = one.limit;
+    plan.log = one.log;
+    try {
+        evaluateTable(reader, plan);
+    } catch (TestError const & thrown) {
+        error = thrown.what();
+    }
+    return seen;
+}
+
+std::vector<U64> upTo(U64 count) {
+    std::vector<U64> numbers(count);
+    for (U64 i = 0; i < count; ++i) {
+        numbers[i] = i;
+    }
+    return numbers;
+}
+
+TEST(ParallelEvaluation, RoutesAreDeliveredInOrderWhateverTheThreads) {
+    for (U32 const threads : {1U, 2U, 3U, 8U}) {
+        for (U64 const routes : {U64{0}, U64{1}, U64{256}, U64{5000}}) {
+            for (U64 const limit : {U64{0}, U64{1}, U64{16}, U64{300}, ~U64{0}}) {
+                String error;
+                Seen const seen =
+                    run({.routes = routes, .threads = threads, .limit = limit, .log = limit == 300},
+                        error);
+                EXPECT_EQ(error, "");
+                EXPECT_EQ(seen.delivered, upTo(std::min(routes, limit)));
+                EXPECT_EQ(seen.logged, limit == 300 ? std::min(routes, limit) : 0);
+                EXPECT_LE(seen.threads.size(), threads);
+            }
+        }
+    }
+}
+
+TEST(ParallelEvaluation, FaultsReachTheCallerBehindTheRoutesBeforeThem) {
+    for (U32 const threads : {1U, 2U, 4U}) {
+        for (U64 const at : {U64{0}, U64{15}, U64{256}, U64{3000}}) {
+            String error;
+            EXPECT_EQ(run({.threads = threads, .readerFault = at}, error).delivered, upTo(at));
+            EXPECT_EQ(error, "reader");
+            EXPECT_EQ(run({.threads = threads, .contextFault = at}, error).delivered, upTo(at));
+            EXPECT_EQ(error, "context");
+            EXPECT_EQ(run({.threads = threads, .sinkFault = at}, error).delivered, upTo(at));
+            EXPECT_EQ(error, "sink");
+            // The first in the order of the table is told.
+            run({.threads = threads, .readerFault = at + 1, .contextFault = at}, error);
+            EXPECT_EQ(error, "context");
+        }
+    }
+}
+
+} // namespace
+} // namespace Qcf::Agent::Test
