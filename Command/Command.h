@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+/// The `qcf` command: a file a sub-command, which declares its options and what it runs.
+
+/// Arguments that cannot be meant: exit code 2. `what` is one line.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The sub-commands of `qcf`.
+class Commands {
+public:
+    explicit Commands(CLI::App & app) : app_(app) {}
+
+    /// What a sub-command does; answers the exit code. Bad input is an exception whose text is one
+    /// line for standard error; those of documents and routes start with the file.
+    using Run = std::function<int()>;
+
+    /// Adds a sub-command; `explanation` and `example` stand in its help. Its options are the
+    /// caller's to add.
+    CLI::App & add(std::string const & name, std::string const & summary,
+                   std::string const & explanation, std::string const & example, Run run);
+
+    /// Runs the sub-command that was parsed.
+    int run() const;
+
+private:
+    CLI::App & app_;
+    std::map<CLI::App const *, Run> runs_;
+};
+
+/// Adds an option that wants a decimal number within limits. `target` keeps its value while the
+/// option is not given, and must outlive the parsing.
+CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
+                        std::string const & description, U64 least = 0, U64 most = ~U64{0});
+
+// Each in the file of its name; Main.cpp calls them in the order of the help.
+void addEvalCommand(Commands & commands);
+void addCheckCommand(Commands & commands);
+void addDumpCommand(Commands & commands);
+void addNodesCommand(Commands & commands);
+void addGenerateTableCommand(Commands & commands);

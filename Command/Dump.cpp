@@ -1,0 +1,73 @@
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/ProgramFile.h"
+#include "Platform/Framework/DumpContext.h"
+
+#include <memory>
+
+namespace {
+
+using Qcf::Documents::Program;
+using Qcf::Eval::Function;
+
+struct Options {
+    String document;
+    String function;
+    String format = "text";
+};
+
+void dumpText(Function const & function, Program const & program, String const & document) {
+    if (auto const & fault = program.faultOf(function).dump; !fault.empty()) {
+        throw DocumentError(document + ": function " + function.funcName() + ": " + fault);
+    }
+    PtrConst<DumpContext> const dump =
+        makePtr<DumpContext>([](std::string_view piece) { standardOutput().write(piece); });
+    function.dumpState(dump, 0);
+}
+
+void dumpJson(Program const & program) {
+    String text;
+    RendererV2 renderer(text, RendererV2::Style::pretty);
+    Qcf::Documents::writeProgram(program, renderer);
+    standardOutput().write(text);
+    standardOutput().write("\n");
+}
+
+int dump(Options const & options) {
+    Program const program = Qcf::Documents::readProgramFile(options.document);
+    PtrConst<Function> only;
+    if (!options.function.empty()) {
+        only = findFunction(program, options.document, options.function);
+    }
+    if (options.format == "json") {
+        dumpJson(only ? reachedFrom(only, program) : program);
+        return 0;
+    }
+    for (PtrConst<Function> const & function : program.functions) {
+        if (!only || function == only) {
+            dumpText(*function, program, options.document);
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+void addDumpCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "dump", "Print the functions of a document",
+        "As source-like text, or as a document in flat form: every node once, children first, "
+        "each\n"
+        "with its key. The flat form reads back to an equal store. With --function only that\n"
+        "function, in flat form with what it calls.",
+        "qcf dump policy.json --function import --format text",
+        [options] { return dump(*options); });
+    command.add_option("document", options->document, "Evaluation-tree document")
+        ->required()
+        ->type_name("DOC");
+    command.add_option("--function", options->function, "Only this function")->type_name("NAME");
+    command.add_option("--format", options->format, "text or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
+}

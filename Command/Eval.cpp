@@ -1,0 +1,73 @@
+#include "Agent/AgentContext.h"
+#include "Agent/ListsDocument.h"
+#include "Command/Command.h"
+#include "Command/ProgramFile.h"
+#include "Command/RouteRun.h"
+
+#include <memory>
+
+namespace {
+
+using Qcf::Documents::Program;
+
+struct Options {
+    String document;
+    String function;
+    String lists;
+    RouteRunOptions run;
+};
+
+/// At most one file can be standard input.
+void checkInputs(Options const & options) {
+    int const inputs = (options.document == "-" ? 1 : 0) + (options.run.routes == "-" ? 1 : 0) +
+                       (options.lists == "-" ? 1 : 0);
+    if (inputs > 1) {
+        throw UsageError("only one file can be standard input");
+    }
+}
+
+/// The function to evaluate, which must be one that can be.
+PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options const & options) {
+    auto const function = findFunction(program, options.document, options.function);
+    if (auto const & fault = program.faultOf(*function).eval; !fault.empty()) {
+        throw DocumentError(options.document + ": function " + options.function + ": " + fault);
+    }
+    return function;
+}
+
+int eval(Options const & options) {
+    checkInputs(options);
+    Program const program = Qcf::Documents::readProgramFile(options.document);
+    auto const function = chosenFunction(program, options);
+    PtrConst<Qcf::Agent::Lists> lists;
+    if (!options.lists.empty()) {
+        lists = Qcf::Agent::readListsFile(options.lists);
+    }
+    auto const matchers = Qcf::Agent::bindLists(program.slots, lists.get());
+    runRoutes(options.run, function,
+              [&matchers] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
+    return 0;
+}
+
+} // namespace
+
+void addEvalCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "eval", "Evaluate a function for every route of a table",
+        "Routes come out in the order of the table. A table of JSON lines is read up to its first\n"
+        "bad line (exit code 1); damaged records of MRT are told and passed over. What the "
+        "function\n"
+        "changed is shown for routes that it accepts.",
+        "qcf eval policy.json --function import --routes table.mrt.gz --output jsonl",
+        [options] { return eval(*options); });
+    command.add_option("document", options->document, "Evaluation-tree document")
+        ->required()
+        ->type_name("DOC");
+    command.add_option("--function", options->function, "Function of the document to evaluate")
+        ->required()
+        ->type_name("NAME");
+    command.add_option("--lists", options->lists, "Lists that the document refers to by name")
+        ->type_name("FILE");
+    options->run.addTo(command);
+}

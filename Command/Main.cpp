@@ -1,0 +1,111 @@
+#include "Agent/ByteSource.h"
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Platform/Render/DocumentError.h"
+#include "Platform/Render/Utf8.h"
+#include "Platform/Routing/TextPieces.h"
+
+#include <csignal>
+#include <iostream>
+#include <new>
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+int complain(std::string const & line, int exitCode) {
+    std::cerr << line << std::endl;
+    return exitCode;
+}
+
+/// What CLI11 says goes over several lines; the first is what is wrong.
+std::string firstLine(std::string const & text) { return text.substr(0, text.find('\n')); }
+
+std::string commandName(CLI::App const & app) {
+    auto const parsed = app.get_subcommands();
+    return parsed.empty() ? app.get_name() : app.get_name() + ' ' + parsed.front()->get_name();
+}
+
+int parseAndRun(CLI::App & app, int argc, char ** argv) {
+    Commands commands(app);
+    addEvalCommand(commands);
+    addCheckCommand(commands);
+    addDumpCommand(commands);
+    addNodesCommand(commands);
+    addGenerateTableCommand(commands);
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::CallForHelp const &) {
+        standardOutput().write(app.help());
+        return kDone;
+    } catch (CLI::CallForVersion const & version) {
+        standardOutput().write(std::string(version.what()) + '\n');
+        return kDone;
+    } catch (CLI::ParseError const & error) {
+        std::string const name = commandName(app);
+        return complain(name + ": " + firstLine(error.what()) + "; see " + name + " --help",
+                        kUsage);
+    }
+    return commands.run();
+}
+
+int guarded(CLI::App & app, int argc, char ** argv) {
+    try {
+        int const exitCode = parseAndRun(app, argc, argv);
+        standardOutput().flush();
+        return exitCode;
+    } catch (ClosedOutput const &) {
+        return kDone; // whoever reads has seen enough
+    } catch (UsageError const & error) {
+        return complain(commandName(app) + ": " + error.what(), kUsage);
+    } catch (DocumentError const & error) {
+        return complain(error.what(), kFailed);
+    } catch (Qcf::Agent::RouteFileError const & error) {
+        return complain(error.what(), kFailed);
+    } catch (std::bad_alloc const &) {
+        return complain(commandName(app) + ": out of memory", kFailed);
+    } catch (std::exception const & error) {
+        return complain(commandName(app) + ": " + firstLine(error.what()), kFailed);
+    }
+}
+
+} // namespace
+
+CLI::App & Commands::add(std::string const & name, std::string const & summary,
+                         std::string const & explanation, std::string const & example, Run run) {
+    CLI::App * const command = app_.add_subcommand(name, summary);
+    command->footer(explanation + "\n\nExample:\n  " + example + '\n');
+    runs_.emplace(command, std::move(run));
+    return *command;
+}
+
+CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
+                        std::string const & description, U64 least, U64 most) {
+    auto const read = [=, &target](std::string const & text) {
+        auto const number = Routing::TextPieces::parseDecimal(text, most);
+        if (!number || *number < least) {
+            throw CLI::ValidationError(option, "wants a number from " + std::to_string(least) +
+                                                   " to " + std::to_string(most) + ", found \"" +
+                                                   oneLine(text, 40) + '"');
+        }
+        target = *number;
+    };
+    return *command.add_option_function<std::string>(option, read, description)
+                ->type_name("NUMBER");
+}
+
+int Commands::run() const { return runs_.at(app_.get_subcommands().front())(); }
+
+int main(int argc, char ** argv) {
+    // A reader that goes away is told by the failing write.
+    std::signal(SIGPIPE, SIG_IGN);
+    CLI::App app("Evaluates functions of a routing policy over routing tables.", "qcf");
+    app.set_version_flag("--version", "qcf " QCF_VERSION, "Print the version and exit");
+    app.set_help_flag("--help", "Print this help and exit");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 done, 1 bad input or failed check, 2 bad usage.\n"
+               "Files named - are standard input. See qcf COMMAND --help for each command.\n");
+    return guarded(app, argc, argv);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+#include "Platform/Render/NonBlockingCliTxnBuffer.h"
+
+#include <stdexcept>
+#include <string_view>
+
+/// Nobody reads what is written any more; to be ended quietly.
+class ClosedOutput : public std::exception {};
+
+/// Standard output, in pieces of some size. Writes that fail throw: ClosedOutput, or
+/// std::runtime_error with one line that says why. Belongs to one thread at a time.
+class Output {
+public:
+    void write(std::string_view text);
+    void flush();
+
+private:
+    static constexpr std::size_t chunk = std::size_t{1} << 16;
+
+    NonBlockingCliTxnBuffer buffer_{chunk};
+};
+
+/// The one of this process; what it still holds is written at the end of `main`.
+Output & standardOutput();

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Documents/Program.h"
+
+/// The function of that name. Throws DocumentError, which lists the functions of the document, when
+/// there is none.
+PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & program,
+                                           String const & document, String const & name);
+
+/// The function and whatever it refers to, functions that it calls included.
+Qcf::Documents::Program reachedFrom(PtrConst<Qcf::Eval::Function> const & function,
+                                    Qcf::Documents::Program const & program);

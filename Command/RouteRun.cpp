@@ -1,0 +1,136 @@
+#include "Command/RouteRun.h"
+
+#include "Agent/ValueRenderer.h"
+#include "Command/Output.h"
+#include "Command/Progress.h"
+#include "Command/RouteTally.h"
+#include "Command/RouteText.h"
+#include "QcfLib/QcfEval.h"
+
+#include <iostream>
+
+namespace {
+
+using Qcf::Agent::Evaluated;
+
+/// What the threads of a run share; used in turn.
+struct Run {
+    bool log = false;
+    RouteTally tally;
+    Progress progress{"routes"};
+};
+
+/// Counts routes; sinks that also make text of them derive from it.
+class CountingSink : public Qcf::Agent::EvaluationSink {
+public:
+    explicit CountingSink(Run & run) : run_(run) {}
+
+    void take(Evaluated const & evaluated) override { tally_.add(evaluated); }
+
+    void deliver() override {
+        run_.tally.add(tally_);
+        tally_ = RouteTally();
+        run_.progress.done(run_.tally.routes);
+        standardOutput().write(text_);
+        text_.clear();
+    }
+
+protected:
+    bool log() const { return run_.log; }
+    String & text() { return text_; }
+
+private:
+    Run & run_;
+    RouteTally tally_;
+    String text_;
+};
+
+class TableSink final : public CountingSink {
+public:
+    using CountingSink::CountingSink;
+
+    void take(Evaluated const & evaluated) override {
+        CountingSink::take(evaluated);
+        appendRouteLine(text(), evaluated);
+        if (log()) {
+            appendLogLines(text(), evaluated);
+        }
+    }
+};
+
+class JsonLinesSink final : public CountingSink {
+public:
+    explicit JsonLinesSink(Run & run) : CountingSink(run), renderer_(text()), values_(renderer_) {}
+
+    void take(Evaluated const & evaluated) override {
+        CountingSink::take(evaluated);
+        renderRoute(evaluated, log(), renderer_, values_);
+        renderer_.endDocument();
+    }
+
+private:
+    RendererV2 renderer_;
+    Qcf::Agent::ValueRenderer values_;
+};
+
+std::unique_ptr<Qcf::Agent::EvaluationSink> makeSink(String const & output, Run & run) {
+    if (output == "jsonl") {
+        return std::make_unique<JsonLinesSink>(run);
+    }
+    if (output == "table") {
+        return std::make_unique<TableSink>(run);
+    }
+    return std::make_unique<CountingSink>(run);
+}
+
+void writeSummary(String const & output, Run const & run,
+                  Qcf::Agent::ReadStatistics const & statistics) {
+    if (output == "jsonl") {
+        return;
+    }
+    if (output == "table") {
+        standardOutput().write("\n");
+    }
+    standardOutput().write(run.tally.summary(statistics, run.progress.seconds()));
+}
+
+} // namespace
+
+void RouteRunOptions::addTo(CLI::App & command) {
+    constexpr U64 mostThreads = 256;
+    command.add_option("--routes", routes, "Table of routes: MRT or JSON lines, also compressed")
+        ->required()
+        ->type_name("FILE");
+    command.add_option("--output", output, "table, jsonl or none (the summary alone)")
+        ->check(CLI::IsMember({"table", "jsonl", "none"}))
+        ->capture_default_str();
+    command.add_flag("--log", log, "Tell the result of every node that was evaluated");
+    addNumber(command, "--threads", threads, "Threads that evaluate", 1, mostThreads)
+        .default_str("1");
+    addNumber(command, "--limit", limit, "Routes to evaluate at most");
+}
+
+void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
+               MakeContext makeContext) {
+    auto const reader = Qcf::Agent::openRoutes(
+        options.routes, [](String const & line) { std::cerr << line << std::endl; });
+    Run run;
+    run.log = options.log;
+    Qcf::Agent::EvaluationPlan plan;
+    plan.function = std::move(function);
+    plan.makeContext = std::move(makeContext);
+    plan.makeSink = [&] { return makeSink(options.output, run); };
+    plan.threads = static_cast<U32>(options.threads);
+    plan.limit = options.limit;
+    plan.log = options.log;
+    try {
+        evaluateTable(*reader, plan);
+    } catch (ClosedOutput const &) {
+        throw;
+    } catch (...) {
+        writeSummary(options.output, run, reader->statistics());
+        standardOutput().flush();
+        throw;
+    }
+    writeSummary(options.output, run, reader->statistics());
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Agent/ParallelEvaluation.h"
+#include "Command/Command.h"
+
+/// How a table of routes is evaluated and what is told of it; the options that say so.
+struct RouteRunOptions {
+    String routes;
+    String output = "table"; ///< table, jsonl or none
+    bool log = false;
+    U64 threads = 1;
+    U64 limit = ~U64{0};
+
+    /// Adds --routes, --output, --log, --threads and --limit; must outlive the parsing.
+    void addTo(CLI::App & command);
+};
+
+/// Makes the evaluation context of a thread.
+using MakeContext = std::function<Ptr<Qcf::Agent::AgentContextBase>()>;
+
+/// Evaluates the function for the routes and writes what `options` ask for to standard output.
+/// Damage of the file goes to standard error. Throws for routes that cannot be read, after those
+/// before them were written.
+void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
+               MakeContext makeContext);

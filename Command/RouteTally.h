@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Agent/ParallelEvaluation.h"
+
+#include <array>
+
+/// Counts of evaluated routes.
+struct RouteTally {
+    U64 routes = 0;
+    std::array<U64, 3> results{}; ///< by TriStateBoolValue
+    U64 changedRoutes = 0;
+    std::array<U64, 32> changed{}; ///< by ModifiableAttribute
+    U64 nextHopSetToSelf = 0;
+
+    void add(Qcf::Agent::Evaluated const & evaluated);
+    void add(RouteTally const & other);
+
+    /// The closing summary: a line a count, `name: number`. Kinds of records that the reader did
+    /// not meet are left out.
+    String summary(Qcf::Agent::ReadStatistics const & read, F64 seconds) const;
+};

@@ -1,0 +1,151 @@
+#include "Command/RouteText.h"
+
+#include "Agent/ValueRenderer.h"
+#include "Platform/Routing/CommunityText.h"
+#include "Platform/Routing/TextPieces.h"
+
+namespace {
+
+using Qcf::Agent::Evaluated;
+using Qcf::Agent::RouteCommunitySet;
+using Qcf::Agent::RouteIntSet;
+using Qcf::Agent::SetForm;
+using Qcf::Debug::EvaluationLog;
+using Routing::TextPieces::appendDecimal;
+
+/// Appends values of attributes without quotes, elements of sets joined by a comma.
+class PlainText {
+public:
+    PlainText(String & out, SetForm form) : out_(out), form_(form) {}
+
+    void operator()(U64 value) const { appendDecimal(out_, value); }
+    void operator()(IpGenAddr const & value) const { value.appendText(out_); }
+    void operator()(Routing::Rib::ResolutionRibProfileConfig const & value) const {
+        out_ += value.toString();
+    }
+    void operator()(Routing::Bgp::AsnVector const & value) const {
+        out_ += '"';
+        appendAsPathText(out_, value);
+        out_ += '"';
+    }
+    template <typename Element, std::size_t N>
+    void operator()(boost::container::small_vector<Element, N> const & values) const {
+        bool first = true;
+        for (Element const & value : values) {
+            if (!first) {
+                out_ += ',';
+            }
+            first = false;
+            element(value);
+        }
+    }
+
+private:
+    void element(U64 value) const {
+        if (form_ == SetForm::standardCommunities) {
+            appendStandardCommunityText(out_, value);
+        } else {
+            appendDecimal(out_, value);
+        }
+    }
+    void element(Acl::CommunityValue const & value) const {
+        if (form_ == SetForm::largeCommunities) {
+            appendLargeCommunityText(out_, value);
+        } else {
+            appendExtCommunityText(out_, value);
+        }
+    }
+
+    String & out_;
+    SetForm form_;
+};
+
+/// Fills up with blanks so that what follows stands `width` behind `start`.
+void padTo(String & out, std::size_t start, std::size_t width) {
+    std::size_t const length = out.size() - start;
+    out.append(length < width ? width - length : 0, ' ');
+}
+
+void appendRecords(String & out, EvaluationLog const * record, std::size_t indent) {
+    for (; record != nullptr; record = record->nextLog().get()) {
+        out.append(indent, ' ');
+        appendDecimal(out, record->aetNodeKey());
+        out += ' ';
+        out += toString(record->result().retVal());
+        if (record->result().terminates()) {
+            out += ' ';
+            out += toString(record->result().termination());
+        }
+        out += '\n';
+        auto const * const call = record->functionCallLog().get();
+        if (call != nullptr && call->policyType() == EvaluationLog::policyTypeQcf) {
+            appendRecords(out, static_cast<EvaluationLog const *>(call), indent + 4);
+        }
+    }
+}
+
+} // namespace
+
+void renderRoute(Evaluated const & evaluated, bool withLog, RendererV2 & renderer,
+                 Qcf::Agent::ValueRenderer & values) {
+    renderer.beginObject();
+    renderer.key("route");
+    renderer.value(evaluated.number);
+    renderer.key("prefix");
+    values.render(evaluated.route.ipPrefix);
+    renderer.key("result");
+    renderer.value(toString(evaluated.result.retVal()));
+    renderer.key("termination");
+    renderer.value(toString(evaluated.result.termination()));
+    renderer.key("changes");
+    renderer.beginObject();
+    evaluated.context.changes().eachChange([&](auto, char const * name, auto const & value) {
+        renderer.key(name);
+        values.render(value, Qcf::Agent::setFormOf(name));
+    });
+    renderer.endObject();
+    if (evaluated.context.nextHopSetToSelf()) {
+        renderer.key("nextHopSetToSelf");
+        renderer.value(true);
+    }
+    if (withLog) {
+        renderer.key("log");
+        renderer.beginObject();
+        if (auto const log = evaluated.context.evaluationLog()) {
+            log->toJson(&renderer);
+        }
+        renderer.endObject();
+    }
+    renderer.endObject();
+}
+
+void appendRouteLine(String & out, Evaluated const & evaluated) {
+    std::size_t const start = out.size();
+    appendDecimal(out, evaluated.number);
+    padTo(out, start, 8);
+    out += ' ';
+    evaluated.route.ipPrefix.appendText(out);
+    padTo(out, start, 8 + 1 + 18);
+    out += ' ';
+    out += toString(evaluated.result.retVal());
+    padTo(out, start, 8 + 1 + 18 + 1 + 7);
+    if (evaluated.result.terminates()) {
+        out += ' ';
+        out += toString(evaluated.result.termination());
+    }
+    evaluated.context.changes().eachChange([&out](auto, char const * name, auto const & value) {
+        out += ' ';
+        out += name;
+        out += '=';
+        PlainText(out, Qcf::Agent::setFormOf(name))(value);
+    });
+    if (evaluated.context.nextHopSetToSelf()) {
+        out += " nextHopSetToSelf";
+    }
+    out.resize(out.find_last_not_of(' ') + 1);
+    out += '\n';
+}
+
+void appendLogLines(String & out, Evaluated const & evaluated) {
+    appendRecords(out, evaluated.context.evaluationLog().get(), 4);
+}
