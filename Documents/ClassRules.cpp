@@ -80,9 +80,16 @@ SlotRule const * slotRuleOf(NodeClass const & nodeClass) {
     return nullptr;
 }
 
+/// Attributes live in a namespace of their own and say where their bases are.
+std::string_view baseOf(NodeClass const & nodeClass) {
+    std::string_view const base = nodeClass.base;
+    std::size_t const colon = base.rfind(':');
+    return colon == std::string_view::npos ? base : base.substr(colon + 1);
+}
+
 ArgumentKind argumentKindOf(NodeClass const & nodeClass) {
     for (ArgumentRule const & rule : argumentRules) {
-        if (nodeClass.base == rule.base) {
+        if (baseOf(nodeClass) == rule.base) {
             return rule.kind;
         }
     }
@@ -113,7 +120,7 @@ void addBuiltIn(ClassRules & rules, BuiltIn const & builtIn) {
 
 ClassRules makeRules(NodeClass const & nodeClass) {
     std::string_view const name = nodeClass.name;
-    bool const value = !isOneOf(nodeClass.base, notValues);
+    bool const value = !isOneOf(baseOf(nodeClass), notValues);
     ClassRules rules;
     rules.shared = value || isOneOf(name, valueLists);
     rules.link = hasField(nodeClass, "entry") && hasField(nodeClass, "next");

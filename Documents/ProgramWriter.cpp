@@ -1,10 +1,7 @@
 #include "Documents/FieldVisitors.h"
+#include "Documents/NodeOrder.h"
 #include "Documents/Program.h"
 #include "Platform/Routing/CommunityText.h"
-
-#include <algorithm>
-#include <set>
-#include <vector>
 
 namespace Qcf::Documents {
 
@@ -137,36 +134,6 @@ void writeObject(AetNodeBase const & node, RendererV2 & renderer, bool isFunctio
     MemberWriter members(renderer, isFunctionEntry, calleeByName);
     node.typeData().write(node, members);
     renderer.endObject();
-}
-
-bool childrenHaveSmallerKeys(AetNodeBase const & node) {
-    bool smaller = true;
-    node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
-        smaller = smaller && (child == nullptr || child->aetNodeKey() < node.aetNodeKey());
-    });
-    return smaller;
-}
-
-/// All nodes but the document's functions: by key, as long as that puts children first, so that
-/// equal programs are written alike.
-std::vector<AetNodeBase const *> nodesInOrder(Program const & program) {
-    std::set<AetNodeBase const *> functions;
-    for (auto const & function : program.functions) {
-        functions.insert(function.get());
-    }
-    std::vector<AetNodeBase const *> nodes;
-    bool rising = true;
-    for (auto const & node : program.nodes) {
-        rising = rising && childrenHaveSmallerKeys(*node);
-        if (!functions.contains(node.get())) {
-            nodes.push_back(node.get());
-        }
-    }
-    if (rising) {
-        std::sort(nodes.begin(), nodes.end(),
-                  [](auto const * a, auto const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
-    }
-    return nodes;
 }
 
 } // namespace
