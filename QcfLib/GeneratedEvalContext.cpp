@@ -44,7 +44,10 @@ void GeneratedEvalContext::reset() {
 
 void GeneratedEvalContext::flushModifiedAttributes() {
     QCF_ASSERT(functionCallDepth_ == 0);
-    for (U32 pending = modifiedFlags_; pending != 0; pending &= pending - 1) {
+    if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
+        overriddenWriteBacks_ = findOverriddenWriteBacks();
+    }
+    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
         writeBack(static_cast<ModifiableAttribute>(std::countr_zero(pending)));
     }
 }

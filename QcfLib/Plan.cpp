@@ -9,7 +9,7 @@ std::atomic<bool> Plan::enabled_{true};
 
 Plan::Plan(Function const & function) {
     PlanLowering lowering(steps_);
-    body_ = lowering.block(*function.body());
+    body_ = lowering.statements(*function.body());
 }
 
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }

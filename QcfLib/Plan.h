@@ -24,7 +24,7 @@ public:
     /// The result of the function's body.
     EvalResult run(Ptr<EvalContextBase> const & context) const {
         PlanRun planRun{context, nullptr};
-        return body_->run(planRun);
+        return runStatements(body_, planRun);
     }
 
     /// Steps that were made, for reports on memory.
@@ -38,7 +38,7 @@ private:
     static std::atomic<bool> enabled_;
 
     std::vector<std::unique_ptr<PlanStep const>> steps_;
-    PlanStep const * body_;
+    StepList body_;
 };
 
 } // namespace Qcf::Eval

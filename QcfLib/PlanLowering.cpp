@@ -26,12 +26,16 @@ PlanStep const * PlanLowering::keep(std::unique_ptr<PlanStep const> step) {
     return steps_.back().get();
 }
 
-PlanStep const * PlanLowering::block(Block const & block) {
+StepList PlanLowering::statements(Block const & block) {
     StepList statements;
     for (auto const * link = block.stmts().get(); link != nullptr; link = link->next().get()) {
         statements.push_back(expression(*link->entry()));
     }
-    return make<BlockStep>(std::move(statements));
+    return statements;
+}
+
+PlanStep const * PlanLowering::block(Block const & block) {
+    return make<BlockStep>(statements(block));
 }
 
 PlanStep const * PlanLowering::expression(Expression const & node) {
@@ -142,10 +146,10 @@ PlanStep const * PlanLowering::arithmetic(Node const & node,
 
 template <typename Set, typename Immediate, typename Node>
 PlanStep const * PlanLowering::setEdit(Node const & node,
-                                       typename SetEditStep<Set, Node>::Edit edit) {
+                                       typename SetEditStep<Set, Node>::Edit edit, bool adds) {
     auto const * const set = constantSet<Immediate>(*node.rhs());
     bool const few = set != nullptr && set->count() <= fewValues;
-    return few ? make<SetEditStep<Set, Node>>(node, set, edit) : nullptr;
+    return few ? make<SetEditStep<Set, Node>>(node, set, edit, adds ? set : nullptr) : nullptr;
 }
 
 PlanStep const * PlanLowering::change(Expression const & node) {
@@ -162,18 +166,18 @@ PlanStep const * PlanLowering::change(Expression const & node) {
         return arithmetic(*n, multiplied);
     }
     if (auto const * const n = as<IntSetAddImmediate>(node)) {
-        return setEdit<U64SmallVector, IntSetImmediate>(*n, addInPlace<U64SmallVector>);
+        return setEdit<U64SmallVector, IntSetImmediate>(*n, addInPlace<U64SmallVector>, true);
     }
     if (auto const * const n = as<IntSetRemoveImmediate>(node)) {
-        return setEdit<U64SmallVector, IntSetImmediate>(*n, removeInPlace<U64SmallVector>);
+        return setEdit<U64SmallVector, IntSetImmediate>(*n, removeInPlace<U64SmallVector>, false);
     }
     if (auto const * const n = as<CommunitySetAddImmediate>(node)) {
         return setEdit<CommunitySmallVector, CommunitySetImmediate>(
-            *n, addInPlace<CommunitySmallVector>);
+            *n, addInPlace<CommunitySmallVector>, true);
     }
     if (auto const * const n = as<CommunitySetRemoveImmediate>(node)) {
         return setEdit<CommunitySmallVector, CommunitySetImmediate>(
-            *n, removeInPlace<CommunitySmallVector>);
+            *n, removeInPlace<CommunitySmallVector>, false);
     }
     return nullptr;
 }

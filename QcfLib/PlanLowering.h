@@ -55,10 +55,11 @@ class PlanLowering {
 public:
     explicit PlanLowering(std::vector<std::unique_ptr<PlanStep const>> & steps) : steps_(steps) {}
 
-    PlanStep const * block(Block const & block);
+    StepList statements(Block const & block);
     PlanStep const * expression(Expression const & node);
 
 private:
+    PlanStep const * block(Block const & block);
     PlanStep const * ifChain(IfExpression const & head);
     PlanStep const * logical(LogicalOperatorExpression const & node);
     PlanStep const * termination(Expression const & operand, TerminationFlag flag);
@@ -69,7 +70,8 @@ private:
     template <typename Node>
     PlanStep const * arithmetic(Node const & node, IntArithmeticStep::Arithmetic arithmetic);
     template <typename Set, typename Immediate, typename Node>
-    PlanStep const * setEdit(Node const & node, typename SetEditStep<Set, Node>::Edit edit);
+    PlanStep const * setEdit(Node const & node, typename SetEditStep<Set, Node>::Edit edit,
+                             bool adds);
     template <typename Compare, typename Node> PlanStep const * intComparison(Node const & node);
     template <typename Set, typename Immediate, typename Node>
     PlanStep const * constantSetTest(Node const & node, typename SetTestStep<Set>::Test test);

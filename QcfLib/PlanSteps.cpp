@@ -12,16 +12,6 @@ void assertNoReturn(EvalResult const & result) {
 
 } // namespace
 
-EvalResult BlockStep::run(PlanRun & run) const {
-    for (PlanStep const * const statement : statements_) {
-        EvalResult const result = statement->run(run);
-        if (result.terminates()) {
-            return result;
-        }
-    }
-    return {};
-}
-
 EvalResult IfChainStep::run(PlanRun & run) const {
     PlanRun blocks{run.context, nullptr};
     if (!usesMemo_) {

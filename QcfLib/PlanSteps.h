@@ -33,6 +33,17 @@ public:
 
 using StepList = std::vector<PlanStep const *>;
 
+/// Runs statements until one terminates; unknown when none does.
+inline EvalResult runStatements(StepList const & statements, PlanRun & run) {
+    for (PlanStep const * const statement : statements) {
+        EvalResult const result = statement->run(run);
+        if (result.terminates()) {
+            return result;
+        }
+    }
+    return {};
+}
+
 /// An integer operand that is read through its node, or once a chain.
 class PlanInt {
 public:
@@ -80,7 +91,7 @@ private:
 class BlockStep final : public PlanStep {
 public:
     explicit BlockStep(StepList statements) : statements_(std::move(statements)) {}
-    EvalResult run(PlanRun & run) const override;
+    EvalResult run(PlanRun & run) const override { return runStatements(statements_, run); }
 
 private:
     StepList statements_;
@@ -219,14 +230,14 @@ private:
 /// An integer attribute set to a constant that is within its range already.
 class IntStoreStep final : public PlanStep {
 public:
-    IntStoreStep(IntModifiable const & target, U64 value) : target_(target), value_(value) {}
+    IntStoreStep(IntModifiable const & target, U64 value) : place_(target.place()), value_(value) {}
     EvalResult run(PlanRun & run) const override {
-        target_.setVal(value_, run.context);
+        evalContext(run.context).modify(place_.attribute).*place_.field = value_;
         return EvalResult::fromBool(true);
     }
 
 private:
-    IntModifiable const & target_;
+    IntPlace place_;
     U64 value_;
 };
 
@@ -236,43 +247,50 @@ public:
     using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 
     IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand, Arithmetic arithmetic)
-        : target_(target), range_{target.min(), target.max()}, operand_(operand),
-          arithmetic_(arithmetic) {}
+        : target_(target), place_(target.place()), range_{target.min(), target.max()},
+          operand_(operand), arithmetic_(arithmetic) {}
     EvalResult run(PlanRun & run) const override {
         U64 const current = target_.getVal(run.context);
-        target_.setVal(arithmetic_(range_, current, operand_), run.context);
+        evalContext(run.context).modify(place_.attribute).*place_.field =
+            arithmetic_(range_, current, operand_);
         return EvalResult::fromBool(true);
     }
 
 private:
     IntModifiable const & target_;
+    IntPlace place_;
     IntRange range_;
     SignedMagnitude operand_;
     Arithmetic arithmetic_;
 };
 
 /// A few constants put into, or taken out of, a set attribute where it stands; where that cannot be
-/// the node does it.
+/// the node does it. What an empty set becomes is known beforehand.
 template <typename Set, typename Node> class SetEditStep final : public PlanStep {
 public:
     using Edit = bool (*)(Set const *, Set const *, typename Set::Buffer const &);
 
-    SetEditStep(Node const & node, Set const * constants, Edit edit)
-        : node_(node), constants_(constants), edit_(edit) {}
+    SetEditStep(Node const & node, Set const * constants, Edit edit, Set const * whenEmpty)
+        : node_(node), target_(*node.lhs()), constants_(constants), edit_(edit),
+          whenEmpty_(whenEmpty) {}
     EvalResult run(PlanRun & run) const override {
         PtrConst<Set> fresh;
-        Set const * const set = node_.lhs()->lendVal(run.context, fresh);
-        if (!edit_(set, constants_, setScratch(evalContext(run.context), set))) {
+        Set const * set = target_.lendVal(run.context, fresh);
+        if (isEmptySet(set)) {
+            set = whenEmpty_;
+        } else if (!edit_(set, constants_, setScratch(evalContext(run.context), set))) {
             return node_.eval(run.context);
         }
-        node_.lhs()->setVal(PtrConst<Set>(set->empty() ? nullptr : set), run.context);
+        target_.setVal(PtrConst<Set>(isEmptySet(set) ? nullptr : set), run.context);
         return EvalResult::fromBool(true);
     }
 
 private:
     Node const & node_;
+    std::remove_cvref_t<decltype(*std::declval<Node const &>().lhs())> const & target_;
     Set const * constants_;
     Edit edit_;
+    Set const * whenEmpty_;
 };
 
 } // namespace Qcf::Eval

@@ -52,25 +52,22 @@ EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     bool const outermost = c.functionCallDepth() == 0;
     if (outermost) {
         c.evaluatedFunctionIs(*this);
-        if (argumentsExpected_) {
+        if (argumentsExpected_) [[unlikely]] {
             auto const refusal = EvalResult::fromBoolWithReturn(false);
             logResult(context, *this, refusal);
             return refusal;
         }
     }
-    EvalResult result;
-    if (c.shouldLogEval() || traceQcfEval.on(1) || !Plan::enabled()) [[unlikely]] {
-        result = evalLogged(*body_, context);
+    bool const walksTree = c.shouldLogEval() || traceQcfEval.on(1) || !Plan::enabled();
+    EvalResult result = walksTree ? evalLogged(*body_, context) : planFor(*this).run(context);
+    if (walksTree) {
         logResult(context, *this, result);
-    } else {
-        result = planFor(*this).run(context);
     }
-    if (!result.terminates()) {
+    if (result.termination() == TerminationFlag::returnToCaller) [[likely]] {
+        result = result.with(TerminationFlag::noTermination);
+    } else if (!result.terminates()) {
         QCF_ASSERT(result.retVal() == QcfUnknown());
         return result;
-    }
-    if (result.termination() == TerminationFlag::returnToCaller) {
-        result = result.with(TerminationFlag::noTermination);
     }
     if (outermost && result.isTrue()) {
         c.flushModifiedAttributes();

@@ -20,6 +20,15 @@ public:
                             StackFrameDataBase_ * frame) const override;
 };
 
+class AttributeContent;
+enum class ModifiableAttribute : U8;
+
+/// Where the context keeps the written value of an integer attribute.
+struct IntPlace {
+    ModifiableAttribute attribute;
+    U64 AttributeContent::*field;
+};
+
 /// An integer attribute that can be written, with its range.
 class IntModifiable : public Int {
 public:
@@ -30,6 +39,8 @@ public:
     virtual U64 defaultValue() const { return min(); }
     /// Asserts that the value is in range, or the default value.
     virtual void setVal(U64 value, Ptr<EvalContextBase> const & context) const = 0;
+    /// For those who have checked the value before they store it.
+    virtual IntPlace place() const = 0;
 };
 
 /// A bandwidth in bits per second.

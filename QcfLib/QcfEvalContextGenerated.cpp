@@ -166,75 +166,103 @@ void GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {
     auto const & content = *attributeContent_;
     switch (attribute) {
     case ModifiableAttribute::aigpAccumulationMetric:
-        if (overrides(&GeneratedEvalContext::aigpAccumulationMetricIs)) aigpAccumulationMetricIs(content.aigpAccumulationMetric);
+        aigpAccumulationMetricIs(content.aigpAccumulationMetric);
         break;
     case ModifiableAttribute::aigpMetric:
-        if (overrides(&GeneratedEvalContext::aigpMetricIs)) aigpMetricIs(content.aigpMetric);
+        aigpMetricIs(content.aigpMetric);
         break;
     case ModifiableAttribute::asPath:
-        if (overrides(&GeneratedEvalContext::asPathIs)) asPathIs(content.asPath);
+        asPathIs(content.asPath);
         break;
     case ModifiableAttribute::prefixSidIndex:
-        if (overrides(&GeneratedEvalContext::prefixSidIndexIs)) prefixSidIndexIs(content.prefixSidIndex);
+        prefixSidIndexIs(content.prefixSidIndex);
         break;
     case ModifiableAttribute::community:
-        if (overrides(&GeneratedEvalContext::communityIs)) communityIs(content.community);
+        communityIs(content.community);
         break;
     case ModifiableAttribute::evpnIpPrefixRouteGatewayAddr:
-        if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrIs)) evpnIpPrefixRouteGatewayAddrIs(content.evpnIpPrefixRouteGatewayAddr);
+        evpnIpPrefixRouteGatewayAddrIs(content.evpnIpPrefixRouteGatewayAddr);
         break;
     case ModifiableAttribute::evpnIpPrefixRouteLabel:
-        if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteLabelIs)) evpnIpPrefixRouteLabelIs(content.evpnIpPrefixRouteLabel);
+        evpnIpPrefixRouteLabelIs(content.evpnIpPrefixRouteLabel);
         break;
     case ModifiableAttribute::extCommunity:
-        if (overrides(&GeneratedEvalContext::extCommunityIs)) extCommunityIs(content.extCommunity);
+        extCommunityIs(content.extCommunity);
         break;
     case ModifiableAttribute::recmpState:
-        if (overrides(&GeneratedEvalContext::recmpStateIs)) recmpStateIs(content.recmpState);
+        recmpStateIs(content.recmpState);
         break;
     case ModifiableAttribute::tag:
-        if (overrides(&GeneratedEvalContext::tagIs)) tagIs(content.tag);
+        tagIs(content.tag);
         break;
     case ModifiableAttribute::isisLevel:
-        if (overrides(&GeneratedEvalContext::isisLevelIs)) isisLevelIs(content.isisLevel);
+        isisLevelIs(content.isisLevel);
         break;
     case ModifiableAttribute::isisMetric:
-        if (overrides(&GeneratedEvalContext::isisMetricIs)) isisMetricIs(content.isisMetric);
+        isisMetricIs(content.isisMetric);
         break;
     case ModifiableAttribute::largeCommunity:
-        if (overrides(&GeneratedEvalContext::largeCommunityIs)) largeCommunityIs(content.largeCommunity);
+        largeCommunityIs(content.largeCommunity);
         break;
     case ModifiableAttribute::localPref:
-        if (overrides(&GeneratedEvalContext::localPrefIs)) localPrefIs(content.localPref);
+        localPrefIs(content.localPref);
         break;
     case ModifiableAttribute::med:
-        if (overrides(&GeneratedEvalContext::medIs)) medIs(content.med);
+        medIs(content.med);
         break;
     case ModifiableAttribute::nextHop:
-        if (overrides(&GeneratedEvalContext::nextHopIs)) nextHopIs(content.nextHop);
+        nextHopIs(content.nextHop);
         break;
     case ModifiableAttribute::nextHopBestPathMetric:
-        if (overrides(&GeneratedEvalContext::nextHopBestPathMetricIs)) nextHopBestPathMetricIs(content.nextHopBestPathMetric);
+        nextHopBestPathMetricIs(content.nextHopBestPathMetric);
         break;
     case ModifiableAttribute::origin:
-        if (overrides(&GeneratedEvalContext::originIs)) originIs(content.origin);
+        originIs(content.origin);
         break;
     case ModifiableAttribute::resolutionRibs:
-        if (overrides(&GeneratedEvalContext::resolutionRibsIs)) resolutionRibsIs(content.resolutionRibs);
+        resolutionRibsIs(content.resolutionRibs);
         break;
     case ModifiableAttribute::ribPreference:
-        if (overrides(&GeneratedEvalContext::ribPreferenceIs)) ribPreferenceIs(content.ribPreference);
+        ribPreferenceIs(content.ribPreference);
         break;
     case ModifiableAttribute::routePriority:
-        if (overrides(&GeneratedEvalContext::routePriorityIs)) routePriorityIs(content.routePriority);
+        routePriorityIs(content.routePriority);
         break;
     case ModifiableAttribute::originValidationState:
-        if (overrides(&GeneratedEvalContext::originValidationStateIs)) originValidationStateIs(content.originValidationState);
+        originValidationStateIs(content.originValidationState);
         break;
     case ModifiableAttribute::weight:
-        if (overrides(&GeneratedEvalContext::weightIs)) weightIs(content.weight);
+        weightIs(content.weight);
         break;
     }
+}
+
+U32 GeneratedEvalContext::findOverriddenWriteBacks() const {
+    U32 found = 0;
+    if (overrides(&GeneratedEvalContext::aigpAccumulationMetricIs)) found |= flag(ModifiableAttribute::aigpAccumulationMetric);
+    if (overrides(&GeneratedEvalContext::aigpMetricIs)) found |= flag(ModifiableAttribute::aigpMetric);
+    if (overrides(&GeneratedEvalContext::asPathIs)) found |= flag(ModifiableAttribute::asPath);
+    if (overrides(&GeneratedEvalContext::prefixSidIndexIs)) found |= flag(ModifiableAttribute::prefixSidIndex);
+    if (overrides(&GeneratedEvalContext::communityIs)) found |= flag(ModifiableAttribute::community);
+    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrIs)) found |= flag(ModifiableAttribute::evpnIpPrefixRouteGatewayAddr);
+    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteLabelIs)) found |= flag(ModifiableAttribute::evpnIpPrefixRouteLabel);
+    if (overrides(&GeneratedEvalContext::extCommunityIs)) found |= flag(ModifiableAttribute::extCommunity);
+    if (overrides(&GeneratedEvalContext::recmpStateIs)) found |= flag(ModifiableAttribute::recmpState);
+    if (overrides(&GeneratedEvalContext::tagIs)) found |= flag(ModifiableAttribute::tag);
+    if (overrides(&GeneratedEvalContext::isisLevelIs)) found |= flag(ModifiableAttribute::isisLevel);
+    if (overrides(&GeneratedEvalContext::isisMetricIs)) found |= flag(ModifiableAttribute::isisMetric);
+    if (overrides(&GeneratedEvalContext::largeCommunityIs)) found |= flag(ModifiableAttribute::largeCommunity);
+    if (overrides(&GeneratedEvalContext::localPrefIs)) found |= flag(ModifiableAttribute::localPref);
+    if (overrides(&GeneratedEvalContext::medIs)) found |= flag(ModifiableAttribute::med);
+    if (overrides(&GeneratedEvalContext::nextHopIs)) found |= flag(ModifiableAttribute::nextHop);
+    if (overrides(&GeneratedEvalContext::nextHopBestPathMetricIs)) found |= flag(ModifiableAttribute::nextHopBestPathMetric);
+    if (overrides(&GeneratedEvalContext::originIs)) found |= flag(ModifiableAttribute::origin);
+    if (overrides(&GeneratedEvalContext::resolutionRibsIs)) found |= flag(ModifiableAttribute::resolutionRibs);
+    if (overrides(&GeneratedEvalContext::ribPreferenceIs)) found |= flag(ModifiableAttribute::ribPreference);
+    if (overrides(&GeneratedEvalContext::routePriorityIs)) found |= flag(ModifiableAttribute::routePriority);
+    if (overrides(&GeneratedEvalContext::originValidationStateIs)) found |= flag(ModifiableAttribute::originValidationState);
+    if (overrides(&GeneratedEvalContext::weightIs)) found |= flag(ModifiableAttribute::weight);
+    return found;
 }
 
 } // namespace Qcf::Eval

@@ -342,6 +342,7 @@ private:
 
     static constexpr U32 flag(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
     void writeBack(ModifiableAttribute attribute);
+    U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;
     template <typename Set>
@@ -356,6 +357,8 @@ private:
     Ptr<QcfEvalContextCacheGenerated> cache_;
     U32 functionCallDepth_ = 0;
     U32 modifiedFlags_ = 0;
+    /// Write-backs to call, found out at the first flush; all bits set until then.
+    U32 overriddenWriteBacks_ = ~0U;
 };
 
 } // namespace Qcf::Eval

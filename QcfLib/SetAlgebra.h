@@ -18,9 +18,39 @@ template <typename Set> bool setsEqual(Set const * a, Set const * b) {
     return a->count() == b->count() && std::equal(a->begin(), a->end(), b->begin());
 }
 
+/// Up to so many values are looked at one after the other without a branch between them, which costs
+/// less than the mispredicted branches of a bisection.
+inline constexpr std::size_t smallSet = 24;
+
+template <typename Values, typename Value>
+bool scanned(Values const & values, Value const & value) {
+    bool found = false;
+    for (auto const & candidate : values) {
+        found |= candidate == value;
+    }
+    return found;
+}
+
+/// How many of the ascending values are below `value`.
+template <typename Values, typename Value>
+std::size_t countBelow(Values const & values, Value const & value) {
+    if (values.size() > smallSet) {
+        auto const found = std::lower_bound(values.begin(), values.end(), value);
+        return static_cast<std::size_t>(found - values.begin());
+    }
+    std::size_t below = 0;
+    for (auto const & candidate : values) {
+        below += static_cast<std::size_t>(candidate < value);
+    }
+    return below;
+}
+
 template <typename Set, typename Value> bool setContains(Set const & set, Value const & value) {
     if (set.filter() != nullptr && !set.filter()->mayContain(value)) {
         return false;
+    }
+    if (set.count() <= smallSet) {
+        return scanned(set, value);
     }
     auto const found = std::lower_bound(set.begin(), set.end(), value);
     return found != set.end() && *found == value;
@@ -96,6 +126,9 @@ template <typename Set> bool setHasAny(Set const * a, Set const * b) {
     if (b->back() < a->front() || a->back() < b->front()) {
         return false;
     }
+    if (b->count() == 1) {
+        return setContains(*a, b->front());
+    }
     if (a->count() / b->count() >= bisectionRatio) {
         return anyFound(*b, *a);
     }
@@ -123,12 +156,10 @@ inline constexpr std::size_t fewValues = 8;
 template <typename Set> void insertInPlace(Set & set, Set const & few) {
     auto & values = set.values();
     std::size_t const before = values.size();
-    std::size_t at = 0;
     for (auto const & value : few) {
-        auto const found = std::lower_bound(values.begin() + at, values.end(), value);
-        at = static_cast<std::size_t>(found - values.begin());
-        if (found == values.end() || !(*found == value)) {
-            values.insert(found, value);
+        std::size_t const at = countBelow(values, value);
+        if (at == values.size() || !(values[at] == value)) {
+            values.insert(values.begin() + at, value);
         }
     }
     if (values.size() != before) {
@@ -139,12 +170,10 @@ template <typename Set> void insertInPlace(Set & set, Set const & few) {
 template <typename Set> void eraseInPlace(Set & set, Set const & few) {
     auto & values = set.values();
     std::size_t const before = values.size();
-    std::size_t at = 0;
     for (auto const & value : few) {
-        auto const found = std::lower_bound(values.begin() + at, values.end(), value);
-        at = static_cast<std::size_t>(found - values.begin());
-        if (found != values.end() && *found == value) {
-            values.erase(found);
+        std::size_t const at = countBelow(values, value);
+        if (at != values.size() && values[at] == value) {
+            values.erase(values.begin() + at);
         }
     }
     if (values.size() != before) {

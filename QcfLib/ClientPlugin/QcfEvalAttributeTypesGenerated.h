@@ -5,6 +5,7 @@
 /// The route attributes that a function can name. The values live in the evaluation context.
 
 #include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalContextGenerated.h"
 
 namespace Qcf::Eval::Attribute {
 
@@ -164,6 +165,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::aigpAccumulationMetric, &AttributeContent::aigpAccumulationMetric}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -213,6 +215,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::aigpMetric, &AttributeContent::aigpMetric}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -722,6 +725,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 16777215ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::evpnIpPrefixRouteLabel, &AttributeContent::evpnIpPrefixRouteLabel}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1359,6 +1363,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::isisMetric, &AttributeContent::isisMetric}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1506,6 +1511,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::localPref, &AttributeContent::localPref}; }
     U64 defaultValue() const override { return 100; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1556,6 +1562,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::med, &AttributeContent::med}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1629,6 +1636,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::nextHopBestPathMetric, &AttributeContent::nextHopBestPathMetric}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1771,6 +1779,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::origin, &AttributeContent::origin}; }
     U64 defaultValue() const override { return 256; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1821,6 +1830,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::originValidationState, &AttributeContent::originValidationState}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1871,6 +1881,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1048575ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::prefixSidIndex, &AttributeContent::prefixSidIndex}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1920,6 +1931,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::recmpState, &AttributeContent::recmpState}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2044,6 +2056,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 255ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::ribPreference, &AttributeContent::ribPreference}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2093,6 +2106,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 3ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::routePriority, &AttributeContent::routePriority}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2327,6 +2341,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::tag, &AttributeContent::tag}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2376,6 +2391,7 @@ public:
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 65535ULL; }
+    IntPlace place() const override { return {ModifiableAttribute::weight, &AttributeContent::weight}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

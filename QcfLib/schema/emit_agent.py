@@ -158,7 +158,8 @@ void fill(Eval::U64SmallVector & set, RouteIntSet const & values) {
     set.values().assign(values.begin(), values.end());
 }
 void fill(Eval::CommunitySmallVector & set, RouteCommunitySet const & values) {
-    for (auto const & value : values) set.insert(value);
+    set.values().assign(values.begin(), values.end());
+    set.noteOverwritten();
 }
 
 template <typename Member, typename Value>

@@ -94,6 +94,7 @@ def declareAttribute(attribute, number):
     if attribute.modifiable and attribute.source.max is not None:
         s = attribute.source
         lines += f"    U64 min() const override {{ return {s.min}; }}\n    U64 max() const override {{ return {s.max}ULL; }}\n"
+        lines += f"    IntPlace place() const override {{ return {{ModifiableAttribute::{s.stem}, &AttributeContent::{s.stem}}}; }}\n"
         if s.default is not None:
             lines += f"    U64 defaultValue() const override {{ return {s.default}; }}\n"
     return text.replace("\n    static MemAllocationTracker", lines + "\n    static MemAllocationTracker", 1)
@@ -124,7 +125,7 @@ def emitCatalogue(numbered):
     brief = "The route attributes that a function can name. The values live in the evaluation context."
     content = "".join(declareAttribute(a, i) for i, a in numbered)
     yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h", header(
-        brief, ['"QcfLib/QcfEvalBasicTypes.h"'], "Qcf::Eval::Attribute", content)
+        brief, ['"QcfLib/QcfEvalBasicTypes.h"', '"QcfLib/QcfEvalContextGenerated.h"'], "Qcf::Eval::Attribute", content)
     yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.cpp", sourceFile(
         ['"QcfLib/ClientPlugin/AttributeValues.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/NodeContract.h"'], "Qcf::Eval::Attribute",
         "".join(implementAttribute(a) for _, a in numbered))
@@ -213,6 +214,7 @@ private:
 
     static constexpr U32 flag(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
     void writeBack(ModifiableAttribute attribute);
+    U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;
     template <typename Set>
@@ -227,6 +229,8 @@ private:
     Ptr<QcfEvalContextCacheGenerated> cache_;
     U32 functionCallDepth_ = 0;
     U32 modifiedFlags_ = 0;
+    /// Write-backs to call, found out at the first flush; all bits set until then.
+    U32 overriddenWriteBacks_ = ~0U;
 };
 """
 
@@ -303,9 +307,11 @@ def contextSource():
     out += "}\n\nvoid GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {\n"
     out += "    auto const & content = *attributeContent_;\n    switch (attribute) {\n"
     for s in MODIFIABLE:
-        out += f"    case ModifiableAttribute::{s.stem}:\n"
-        out += f"        if (overrides(&GeneratedEvalContext::{s.stem}Is)) {s.stem}Is(content.{s.stem});\n        break;\n"
-    return out + "    }\n}\n"
+        out += f"    case ModifiableAttribute::{s.stem}:\n        {s.stem}Is(content.{s.stem});\n        break;\n"
+    out += "    }\n}\n\nU32 GeneratedEvalContext::findOverriddenWriteBacks() const {\n    U32 found = 0;\n"
+    for s in MODIFIABLE:
+        out += f"    if (overrides(&GeneratedEvalContext::{s.stem}Is)) found |= flag(ModifiableAttribute::{s.stem});\n"
+    return out + "    return found;\n}\n"
 
 
 def emitContext():
