@@ -1,11 +1,18 @@
 #include "tests/Agent/AllocationCount.h"
 
+#include "Platform/Framework/Slab.h"
+
 #include <cstdlib>
 #include <new>
 
 namespace {
-
 thread_local U64 allocations = 0;
+} // namespace
+
+// AddressSanitizer has its own, and slabs pass every object through to them.
+#if !QCF_SLAB_PASSES_THROUGH
+
+namespace {
 
 void * counted(std::size_t size) {
     ++allocations;
@@ -23,6 +30,8 @@ void operator delete(void * memory) noexcept { std::free(memory); }
 void operator delete[](void * memory) noexcept { std::free(memory); }
 void operator delete(void * memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void * memory, std::size_t) noexcept { std::free(memory); }
+
+#endif
 
 namespace Qcf::Agent::Test {
 
