@@ -200,7 +200,7 @@ def communityGroup(kind, name, statements, value, bird, cases=40):
 
 
 def communityGroups():
-    for number in range(4):
+    for number in range(2):
         for kind in kinds:
             one = [kind.random() for _ in range(rng.randint(1, 4))]
             other = [kind.random() for _ in range(rng.randint(1, 3))]
