@@ -2,13 +2,17 @@
 
 namespace Qcf {
 
-U64 AetNodeTable::hashOf(U16 classNumber, U64 key) {
-    U64 const mixed = (key + (U64{classNumber} << 48)) * 0x9e3779b97f4a7c15U;
+U64 AetNodeTable::hashOf(U64 key) {
+    U64 const mixed = key * 0x9e3779b97f4a7c15U;
     return mixed ^ (mixed >> 32);
 }
 
-U64 AetNodeTable::hashOf(Node const & node) {
-    return hashOf(static_cast<U16>(node.typeData().number()), node.aetNodeKey());
+U8 AetNodeTable::tagOf(U16 classNumber, U64 key) {
+    return static_cast<U8>((classNumber * 0x9dU + (key * 0xd6e8feb86659fd93U >> 56)) | 1U);
+}
+
+U16 AetNodeTable::classNumberOf(Node const & node) {
+    return static_cast<U16>(node.typeData().number());
 }
 
 std::size_t AetNodeTable::slotOf(U16 classNumber, U64 key) const {
@@ -16,9 +20,8 @@ std::size_t AetNodeTable::slotOf(U16 classNumber, U64 key) const {
         return none;
     }
     auto const * const nodeClass = &Eval::nodeClasses()[classNumber];
-    U64 const hash = hashOf(classNumber, key);
-    U8 const tag = tagOf(hash);
-    for (std::size_t slot = home(hash); tags_[slot] != 0; slot = next(slot)) {
+    U8 const tag = tagOf(classNumber, key);
+    for (std::size_t slot = home(key); tags_[slot] != 0; slot = next(slot)) {
         if (tags_[slot] == tag && slots_[slot]->aetNodeKey() == key &&
             &slots_[slot]->typeData() == nodeClass) {
             return slot;
@@ -36,17 +39,16 @@ void AetNodeTable::insert(Ptr<Node> node) {
     if ((size_ + 1) * 4 > slots_.size() * 3) {
         grow();
     }
-    U64 const hash = hashOf(*node);
-    place(hash, std::move(node));
+    place(std::move(node));
     ++size_;
 }
 
-void AetNodeTable::place(U64 hash, Ptr<Node> node) {
-    std::size_t slot = home(hash);
+void AetNodeTable::place(Ptr<Node> node) {
+    std::size_t slot = home(node->aetNodeKey());
     while (tags_[slot] != 0) {
         slot = next(slot);
     }
-    tags_[slot] = tagOf(hash);
+    tags_[slot] = tagOf(classNumberOf(*node), node->aetNodeKey());
     slots_[slot] = std::move(node);
 }
 
@@ -57,7 +59,7 @@ void AetNodeTable::grow() {
     tags_.shrink_to_fit();
     for (auto const & node : before) {
         if (node) {
-            place(hashOf(*node), node);
+            place(node);
         }
     }
 }
@@ -77,7 +79,7 @@ Ptr<AetNodeTable::Node> AetNodeTable::remove(U16 classNumber, U64 key) {
 // Whoever stands behind the gap and could stand in it moves up, so that no search ends too early.
 void AetNodeTable::closeGap(std::size_t gap) {
     for (std::size_t slot = next(gap); tags_[slot] != 0; slot = next(slot)) {
-        std::size_t const wanted = home(hashOf(*slots_[slot]));
+        std::size_t const wanted = home(slots_[slot]->aetNodeKey());
         bool const reachesGap =
             ((slot - wanted) & (slots_.size() - 1)) >= ((slot - gap) & (slots_.size() - 1));
         if (reachesGap) {

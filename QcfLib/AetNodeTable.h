@@ -17,6 +17,16 @@ public:
 
     /// The node; null when it is not there. The pointer is good until the table changes.
     Ptr<Node> const * find(U16 classNumber, U64 key) const;
+    /// The first node of that key, of whatever class, that `wanted(node)` accepts; null for none.
+    template <typename Predicate>
+    Ptr<Node> const * findAny(U64 key, Predicate && wanted) const {
+        for (std::size_t slot = home(key); !tags_.empty() && tags_[slot] != 0; slot = next(slot)) {
+            if (slots_[slot]->aetNodeKey() == key && wanted(*slots_[slot])) {
+                return &slots_[slot];
+            }
+        }
+        return nullptr;
+    }
     /// Puts a node in; none of its class and key may be there.
     void insert(Ptr<Node> node);
     /// Takes the node out and hands it over; null when it is not there.
@@ -35,14 +45,14 @@ public:
 private:
     static constexpr std::size_t none = ~std::size_t{0};
 
-    static U64 hashOf(U16 classNumber, U64 key);
-    static U64 hashOf(Node const & node);
-    /// A few bits of the hash beside each slot spare most looks at a node that is not the one.
-    static U8 tagOf(U64 hash) { return static_cast<U8>(hash & 0xff) | 1U; }
-    std::size_t home(U64 hash) const { return (hash >> 8) & (slots_.size() - 1); }
+    static U64 hashOf(U64 key);
+    /// A few bits of class and key beside each slot spare most looks at a node that is not the one.
+    static U8 tagOf(U16 classNumber, U64 key);
+    static U16 classNumberOf(Node const & node);
+    std::size_t home(U64 key) const { return hashOf(key) & (slots_.size() - 1); }
     std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
     std::size_t slotOf(U16 classNumber, U64 key) const;
-    void place(U64 hash, Ptr<Node> node);
+    void place(Ptr<Node> node);
     void grow();
     void closeGap(std::size_t gap);
 

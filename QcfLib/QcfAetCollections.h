@@ -36,6 +36,14 @@ public:
     /// The member; null when there is none.
     Ptr<Node> node(U16 collection, U64 key) const;
 
+    /// A member of that key that `wanted(node)` accepts, of whatever class; null when there is
+    /// none. For publishers whose keys are unique over all classes.
+    template <typename Predicate>
+    Ptr<Node> anyNode(U64 key, Predicate && wanted) const {
+        auto const * const found = table_.findAny(key, std::forward<Predicate>(wanted));
+        return found == nullptr ? nullptr : *found;
+    }
+
     std::size_t size() const { return table_.size(); }
     std::size_t size(U16 collection) const { return sizes_[collection]; }
     /// The keys of a collection, rising.

@@ -63,6 +63,12 @@ TEST(Store, collectionsShareKeysWithoutMixing) {
     EXPECT_EQ(store->medInputColl(1), input);
     EXPECT_EQ(store->andOperatorColl(1), andOperator);
     EXPECT_EQ(store->orOperatorColl(1), nullptr);
+    for (auto const & member :
+         {ptrCast<Eval::AetNodeBase>(block), ptrCast<Eval::AetNodeBase>(input)}) {
+        EXPECT_EQ(store->anyNode(1, [&](auto const & node) { return &node == member.get(); }),
+                  member);
+    }
+    EXPECT_EQ(store->anyNode(2, [](auto const &) { return true; }), nullptr);
 
     store->blockCollIs(9, nullptr);
     store->blockCollIs(4, nullptr);
