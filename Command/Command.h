@@ -50,3 +50,6 @@ void addCheckCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
 void addNodesCommand(Commands & commands);
 void addGenerateTableCommand(Commands & commands);
+void addPublishCommand(Commands & commands);
+void addAgentCommand(Commands & commands);
+void addStatusCommand(Commands & commands);

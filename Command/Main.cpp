@@ -20,8 +20,18 @@ int complain(std::string const & line, int exitCode) {
     return exitCode;
 }
 
-/// What CLI11 says goes over several lines; the first is what is wrong.
 std::string firstLine(std::string const & text) { return text.substr(0, text.find('\n')); }
+
+/// What is wrong with the arguments. CLI11 says it over several lines, and of an unknown command
+/// only that one is missing.
+std::string problemOf(CLI::App const & app, CLI::ParseError const & error) {
+    auto const unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+        std::string const kind = unknown.front().starts_with('-') ? "option" : "command";
+        return "has no " + kind + " \"" + oneLine(unknown.front(), 60) + '"';
+    }
+    return firstLine(error.what());
+}
 
 std::string commandName(CLI::App const & app) {
     auto const parsed = app.get_subcommands();
@@ -35,6 +45,9 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addDumpCommand(commands);
     addNodesCommand(commands);
     addGenerateTableCommand(commands);
+    addPublishCommand(commands);
+    addAgentCommand(commands);
+    addStatusCommand(commands);
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const &) {
@@ -45,8 +58,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
         return kDone;
     } catch (CLI::ParseError const & error) {
         std::string const name = commandName(app);
-        return complain(name + ": " + firstLine(error.what()) + "; see " + name + " --help",
-                        kUsage);
+        return complain(name + ": " + problemOf(app, error) + "; see " + name + " --help", kUsage);
     }
     return commands.run();
 }

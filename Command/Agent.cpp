@@ -1,0 +1,188 @@
+#include "Agent/AgentContext.h"
+#include "Agent/ListsDocument.h"
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/RedisArguments.h"
+#include "Command/RouteRun.h"
+#include "Documents/Program.h"
+#include "Mirror/NodeWalk.h"
+#include "Mirror/RedisFollower.h"
+
+#include <condition_variable>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <unordered_set>
+
+namespace {
+
+using Qcf::Eval::AetNodeBase;
+using Qcf::Eval::Function;
+using Qcf::Mirror::PolicyVersion;
+using namespace std::chrono_literals;
+
+struct Options {
+    RedisArguments redis;
+    String function;
+    String lists;
+    bool once = false;
+    U64 wait = 10;
+    RouteRunOptions run;
+};
+
+volatile std::sig_atomic_t stopAsked = 0;
+
+/// Ends after the table that is being evaluated; a second signal ends at once.
+void stopOnSignals() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { stopAsked = 1; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+}
+
+void tell(String const & line) { std::cerr << line + '\n' << std::flush; }
+
+/// Follows on a thread of its own, so that a long table does not keep the agent from the news.
+class Following {
+public:
+    Following(Qcf::Mirror::RedisOptions redis, String name)
+        : mirror_(std::move(name)),
+          follower_(std::move(redis), mirror_, tell),
+          thread_([this](std::stop_token const & stop) { run(stop); }) {}
+
+    /// The next version after `last`; null when a stop was asked for or the time is over.
+    PtrConst<PolicyVersion> next(String const & last, std::chrono::seconds atMost) {
+        auto const end = std::chrono::steady_clock::now() + atMost;
+        std::unique_lock lock(mutex_);
+        while (stopAsked == 0 && std::chrono::steady_clock::now() < end) {
+            auto version = mirror_.view().current();
+            if (version->id().id != last) {
+                return version;
+            }
+            news_.wait_for(lock, 50ms);
+        }
+        return nullptr;
+    }
+
+private:
+    void run(std::stop_token const & stop) {
+        while (!stop.stop_requested()) {
+            if (follower_.poll(200ms)) {
+                news_.notify_all();
+            }
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable news_;
+    Qcf::Mirror::Mirror mirror_;
+    Qcf::Mirror::RedisFollower follower_;
+    std::jthread thread_;
+};
+
+/// Takes a function as if it stood in a document of its own, for what the reader of documents knows
+/// about functions that cannot be evaluated.
+void checkFunction(Function const & function) {
+    Qcf::Documents::Program program;
+    std::unordered_set<AetNodeBase const *> seen;
+    Qcf::Mirror::walkChildrenFirst(
+        function, [&](AetNodeBase const & node) { return seen.insert(&node).second; },
+        [&](AetNodeBase const & node) {
+            program.nodes.emplace_back(&node);
+            if (auto const * const callee = dynamic_cast<Function const *>(&node)) {
+                program.functions.emplace_back(callee);
+            }
+        });
+    String text;
+    RendererV2 renderer(text);
+    Qcf::Documents::writeProgram(program, renderer);
+    auto const read = Qcf::Documents::readProgram(text, "published function");
+    auto const & fault = read.faultOf(*read.find(function.funcName())).eval;
+    if (!fault.empty()) {
+        throw DocumentError("function " + function.funcName() + ": " + fault);
+    }
+}
+
+/// Evaluates the routes with one version, whatever is published meanwhile.
+void evaluate(PolicyVersion const & version, Options const & options,
+              Qcf::Agent::Lists const * lists) {
+    auto const * const function = version.find(options.function);
+    if (function == nullptr) {
+        throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
+                            options.function);
+    }
+    checkFunction(*function);
+    auto const matchers = Qcf::Agent::bindLists(version.slots(), lists);
+    runRoutes(options.run, PtrConst<Function>(function),
+              [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
+    standardOutput().flush();
+}
+
+int follow(Options const & options, Following & following, Qcf::Agent::Lists const * lists) {
+    constexpr std::chrono::seconds forEver{std::chrono::hours(24 * 365)};
+    String last;
+    for (;;) {
+        auto const patience = options.once ? std::chrono::seconds(options.wait) : forEver;
+        auto const version = following.next(last, patience);
+        if (!version) {
+            if (options.once && stopAsked == 0) {
+                throw DocumentError("nothing is published under " + options.redis.name);
+            }
+            return 0;
+        }
+        last = version->id().id;
+        tell(options.redis.name + ' ' + version->id().toString() + ": " +
+             std::to_string(version->functions().size()) + " functions, " +
+             std::to_string(version->nodes()) + " nodes");
+        try {
+            evaluate(*version, options, lists);
+        } catch (DocumentError const & error) {
+            if (options.once) {
+                throw;
+            }
+            tell(error.what());
+        }
+        if (options.once) {
+            return 0;
+        }
+    }
+}
+
+int agent(Options const & options) {
+    if (options.run.routes == "-" && (!options.once || options.lists == "-")) {
+        throw UsageError("routes on standard input want --once, and no other file there");
+    }
+    auto const redis = options.redis.options();
+    PtrConst<Qcf::Agent::Lists> lists;
+    if (!options.lists.empty()) {
+        lists = Qcf::Agent::readListsFile(options.lists);
+    }
+    stopOnSignals();
+    Following following(redis, options.redis.name);
+    return follow(options, following, lists.get());
+}
+
+} // namespace
+
+void addAgentCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "agent", "Follow a name in Redis and evaluate routes with what is published",
+        "Evaluates the table with each version that is published, until it is interrupted; with\n"
+        "--once with the current one alone. While the server is away the last complete version\n"
+        "stays, and the agent catches up by itself.",
+        "qcf agent --redis redis://localhost --name edge --routes table.mrt --function import",
+        [options] { return agent(*options); });
+    options->redis.addTo(command);
+    command.add_option("--function", options->function, "Function to evaluate")
+        ->required()
+        ->type_name("NAME");
+    command.add_option("--lists", options->lists, "Lists that the functions refer to by name")
+        ->type_name("FILE");
+    command.add_flag("--once", options->once, "Evaluate with the current version, and end");
+    addNumber(command, "--wait", options->wait, "Seconds that --once waits for a version", 0, 86400)
+        .default_str("10");
+    options->run.addTo(command);
+}

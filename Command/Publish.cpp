@@ -1,0 +1,63 @@
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/RedisArguments.h"
+#include "Mirror/RedisWriter.h"
+
+#include <iostream>
+#include <memory>
+
+namespace {
+
+struct Options {
+    String document;
+    RedisArguments redis;
+    U64 wait = 10;
+};
+
+String told(Qcf::Mirror::PublishOutcome const & outcome, String const & name) {
+    auto const count = [](U64 number, char const * what) {
+        return std::to_string(number) + ' ' + what;
+    };
+    auto const & counts = outcome.counts;
+    String text = outcome.changed ? "published " : "unchanged: ";
+    text += name + ' ' + outcome.version.toString() + ": " +
+            count(outcome.functions, "functions, ") + count(outcome.nodes, "nodes");
+    if (outcome.changed) {
+        text += "; " + count(counts.functionsSet, "functions set, ") +
+                count(counts.functionsRemoved, "removed; ") +
+                count(counts.nodesAdded, "nodes added, ") + count(counts.nodesRemoved, "removed");
+    }
+    return text + '\n';
+}
+
+int publish(Options const & options) {
+    auto const redis = options.redis.options();
+    auto const program = Qcf::Documents::readProgramFile(options.document);
+    Qcf::Mirror::WriterSettings settings;
+    settings.patience = std::chrono::seconds(options.wait);
+    Qcf::Mirror::RedisWriter writer(
+        redis, options.redis.name, [](String const & line) { std::cerr << line << std::endl; },
+        std::move(settings));
+    standardOutput().write(told(writer.publish(program), options.redis.name));
+    return 0;
+}
+
+} // namespace
+
+void addPublishCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "publish", "Make a document the published state of a name in Redis",
+        "Publishes only what differs from what is there: functions of equal content stay, with\n"
+        "their nodes. Agents switch to the new version in one step once it is complete. A writer\n"
+        "that publishes under the same name meanwhile is fenced off and fails.",
+        "qcf publish policy.json --redis redis://localhost --name edge",
+        [options] { return publish(*options); });
+    command.add_option("document", options->document, "Evaluation-tree document")
+        ->required()
+        ->type_name("DOC");
+    options->redis.addTo(command);
+    addNumber(command, "--wait", options->wait, "Seconds to go on trying while the server is away",
+              0, 86400)
+        .default_str("10");
+}

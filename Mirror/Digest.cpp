@@ -1,0 +1,70 @@
+#include "Mirror/Digest.h"
+
+#include "Platform/Framework/Assert.h"
+
+#include <charconv>
+
+#include <openssl/evp.h>
+
+namespace Qcf::Mirror {
+
+namespace {
+
+void check(int answer) { QCF_ASSERT_TEXT(answer == 1, "SHA-256 is there"); }
+
+} // namespace
+
+String Digest::toString() const {
+    constexpr char const * digits = "0123456789abcdef";
+    String text;
+    text.reserve(2 * bytes.size());
+    for (U8 const byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+std::optional<Digest> Digest::parse(std::string_view text) {
+    Digest digest;
+    if (text.size() != 2 * digest.bytes.size()) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < digest.bytes.size(); ++i) {
+        char const * const first = text.data() + 2 * i;
+        auto const read = std::from_chars(first, first + 2, digest.bytes[i], 16);
+        if (read.ptr != first + 2) {
+            return std::nullopt;
+        }
+    }
+    return digest;
+}
+
+struct Digester::Context {
+    Context() : state(EVP_MD_CTX_new()) { start(); }
+    ~Context() { EVP_MD_CTX_free(state); }
+    Context(Context const &) = delete;
+    Context & operator=(Context const &) = delete;
+
+    void start() const { check(EVP_DigestInit_ex(state, EVP_sha256(), nullptr)); }
+
+    EVP_MD_CTX * state;
+};
+
+Digester::Digester() : context_(std::make_unique<Context>()) {}
+Digester::Digester(Digester &&) noexcept = default;
+Digester & Digester::operator=(Digester &&) noexcept = default;
+Digester::~Digester() = default;
+
+void Digester::add(std::string_view bytes) {
+    check(EVP_DigestUpdate(context_->state, bytes.data(), bytes.size()));
+}
+
+Digest Digester::finish() {
+    Digest digest;
+    check(EVP_DigestFinal_ex(context_->state, digest.bytes.data(), nullptr));
+    context_->start();
+    return digest;
+}
+
+} // namespace Qcf::Mirror

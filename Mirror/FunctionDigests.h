@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Mirror/Digest.h"
+#include "QcfLib/QcfLib.h"
+
+#include <unordered_map>
+
+namespace Qcf::Eval {
+class Function;
+}
+
+namespace Qcf::Mirror {
+
+/// Digests of functions by their content: classes, scalars and structure, callees included. Neither
+/// keys nor sharing nor addresses count, so that every process that holds equal functions computes
+/// the same. A function is walked once, however often it is asked about.
+class FunctionDigests {
+public:
+    Digest of(Eval::Function const & function);
+    /// The digest over names and functions of a whole status, in name order.
+    Digest of(AllFunctionStatus::Functions const & functions);
+
+    /// Forgets functions that nobody else holds any more.
+    void keepInUse();
+
+private:
+    struct Known {
+        PtrConst<Eval::FunctionBase> function; ///< held, so that its address stays its own
+        Digest digest;
+    };
+
+    Digest compute(Eval::Function const & function);
+
+    std::unordered_map<Eval::AetNodeBase const *, Known> known_;
+};
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,31 @@
+#include "Mirror/PolicyVersion.h"
+
+namespace Qcf::Mirror {
+
+String VersionId::toString() const {
+    return number == 0 ? String("no version")
+                       : "version " + std::to_string(number) + ", digest " + digest.toString();
+}
+
+Eval::Function const * PolicyVersion::find(std::string_view name) const {
+    auto const found = functions_.find(name);
+    return found == functions_.end() ? nullptr : found->second.get();
+}
+
+FunctionMetadata PolicyVersion::slots() const {
+    FunctionMetadata joined;
+    for (auto const & [name, function] : functions_) {
+        std::vector<SlotMap const *> theirs;
+        FunctionMetadata::eachKind(function->metadata(), [&](char const *, SlotMap const & slots) {
+            theirs.push_back(&slots);
+        });
+        auto next = theirs.begin();
+        FunctionMetadata::eachKind(joined, [&](char const *, SlotMap & slots) {
+            slots.insert((*next)->begin(), (*next)->end());
+            ++next;
+        });
+    }
+    return joined;
+}
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,117 @@
+#include "Mirror/StagedBatch.h"
+
+#include "Platform/Framework/Assert.h"
+#include "Platform/Render/DocumentError.h"
+#include "Platform/Render/JsonObjectReader.h"
+
+#include <algorithm>
+
+namespace Qcf::Mirror {
+
+namespace {
+
+String readString(JsonObjectReader & reader, char const * key) {
+    return String(reader.require(key).expectString());
+}
+
+/// What the member `key` of a line's object holds, the one member that it has.
+JsonValue onlyMember(JsonDocument const & line, char const * key) {
+    JsonObjectReader reader(line.root());
+    JsonValue const member = reader.require(key);
+    reader.done();
+    return member;
+}
+
+/// Calls `visit(text, number)` for each line of a piece, numbered from `number` on.
+template <typename Visit>
+void eachTextLine(std::string_view piece, U64 number, Visit && visit) {
+    while (!piece.empty()) {
+        std::size_t const end = std::min(piece.find('\n'), piece.size());
+        visit(piece.substr(0, end), number++);
+        piece.remove_prefix(std::min(end + 1, piece.size()));
+    }
+}
+
+U64 lineCount(std::string_view piece) {
+    return static_cast<U64>(std::count(piece.begin(), piece.end(), '\n'));
+}
+
+/// Faults of the text are told as faults of what was received.
+template <typename Work>
+void guarded(Work && work) {
+    try {
+        work();
+    } catch (DocumentError const & error) {
+        throw MirrorError(error.what());
+    }
+}
+
+} // namespace
+
+StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(place)) {
+    guarded([&] {
+        JsonDocument line(place_);
+        line.parseLine(firstPiece, 1);
+        JsonObjectReader reader(onlyMember(line, "start"), "start");
+        batch_.start.version = reader.require("version").expectU64(1);
+        batch_.start.id = readString(reader, "id");
+        batch_.start.base = readString(reader, "base");
+        reader.done();
+        if (batch_.start.id.empty() || batch_.start.id == batch_.start.base) {
+            throw MirrorError(place_ + ": a batch without an id of its own");
+        }
+    });
+    take(std::move(firstPiece));
+}
+
+void StagedBatch::take(String piece) {
+    QCF_ASSERT_TEXT(!complete_, "nothing comes behind the end of a batch");
+    sum_.add(piece);
+    lines_ += lineCount(piece);
+    batch_.pieces.push_back(std::move(piece));
+}
+
+void StagedBatch::add(String piece) { take(std::move(piece)); }
+
+void StagedBatch::finish(String piece) {
+    guarded([&] { parseEnd(piece); });
+    batch_.pieces.push_back(std::move(piece));
+    complete_ = true;
+}
+
+void StagedBatch::parseEnd(std::string_view text) {
+    JsonDocument line(place_);
+    line.parseLine(text, lines_ + 1);
+    JsonObjectReader reader(onlyMember(line, "end"), "end");
+    U64 const version = reader.require("version").expectU64();
+    String const digest = readString(reader, "digest");
+    batch_.functions = reader.require("functions").expectU64();
+    batch_.nodes = reader.require("nodes").expectU64();
+    U64 const lines = reader.require("lines").expectU64();
+    String const sum = readString(reader, "sum");
+    reader.done();
+    if (version != batch_.start.version || lines != lines_ || sum != sum_.finish().toString()) {
+        throw MirrorError(place_ + ": the batch of version " +
+                          std::to_string(batch_.start.version) + " is damaged");
+    }
+    auto const read = Digest::parse(digest);
+    if (!read) {
+        throw MirrorError(place_ + ": no digest at the end of the batch");
+    }
+    batch_.digest = *read;
+}
+
+void StagedBatch::eachLine(std::function<void(JsonValue const &)> const & visit) const {
+    QCF_ASSERT_TEXT(complete_, "the batch is complete");
+    JsonDocument line(place_);
+    U64 number = 2;
+    for (std::size_t i = 1; i + 1 < batch_.pieces.size(); ++i) {
+        eachTextLine(batch_.pieces[i], number, [&](std::string_view text, U64 at) {
+            line.parseLine(text, at);
+            visit(line.root());
+        });
+        number += lineCount(batch_.pieces[i]);
+    }
+}
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,102 @@
+#!/usr/bin/env bash
+# publish, agent and status against a server of its own: output, exit codes, a server that comes
+# and goes.
+set -euo pipefail
+
+command -v redis-server >/dev/null || {
+    echo "no redis-server on this machine (package redis-server)"
+    exit 77
+}
+[[ -x $QCF_BINARY ]] || {
+    echo "the command is not built"
+    exit 77
+}
+work=$(mktemp -d)
+server=
+agent=
+trap 'kill -9 $server $agent 2>/dev/null || true; rm -rf "$work"' EXIT
+url=unix://$work/redis.sock
+
+fail() {
+    echo "FAILED: $*" >&2
+    cat "$work"/*.txt >&2
+    exit 1
+}
+
+startServer() {
+    redis-server --port 0 --unixsocket "$work/redis.sock" --dir "$work" --appendonly yes --save '' \
+        --loglevel warning >"$work/server.txt" 2>&1 &
+    server=$!
+    for _ in $(seq 200); do
+        [[ $(redis-cli -s "$work/redis.sock" ping 2>/dev/null) == PONG ]] && return
+        sleep 0.05
+    done
+    fail "the server does not start"
+}
+
+# document MED: accepts with that med.
+document() {
+    cat <<JSON
+{"qcf": "aet/1", "functions": [{"name": "import", "body": {"class": "Block", "stmts": [
+    {"class": "IntAssign", "lhs": "med", "rhs": $1}, {"class": "ReturnExpression", "expr": true}]}},
+    {"name": "other", "body": {"class": "Block", "stmts": []}}]}
+JSON
+}
+
+# expect CODE TEXT COMMAND...: runs qcf; its exit code and a text in what it says.
+expect() {
+    local code=0 wanted=$1 text=$2
+    shift 2
+    "$QCF_BINARY" "$@" >"$work/out.txt" 2>"$work/err.txt" || code=$?
+    [[ $code == "$wanted" ]] || fail "exit code $code of $*, $wanted wanted"
+    grep -qF -- "$text" "$work/out.txt" "$work/err.txt" || fail "no '$text' from $*"
+}
+
+for med in 1 2 3; do document $med >"$work/$med.json"; done
+for i in $(seq 10); do echo "{\"prefix\": \"10.0.$i.0/24\"}"; done >"$work/routes.jsonl"
+at=(--redis "$url" --name edge)
+routes=(--function import --routes "$work/routes.jsonl" --output jsonl)
+
+expect 2 'redis URL' status --redis http://localhost --name edge
+expect 2 'name' status --redis "$url" --name 'a b'
+expect 2 'TLS options' publish "$work/1.json" "${at[@]}" --tls-insecure
+expect 1 'redis at' publish "$work/1.json" "${at[@]}" --wait 0
+startServer
+expect 1 'nothing is published under edge' status "${at[@]}"
+expect 1 'nothing is published under edge' agent "${at[@]}" "${routes[@]}" --once --wait 0
+expect 1 'missing.json' publish "$work/missing.json" "${at[@]}"
+expect 0 'published edge version 1, digest ' publish "$work/1.json" "${at[@]}"
+digest=$(sed 's/.*digest \([0-9a-f]*\).*/\1/' "$work/out.txt")
+expect 0 'unchanged: edge version 1' publish "$work/1.json" "${at[@]}"
+expect 0 "edge version 1, digest $digest" agent "${at[@]}" "${routes[@]}" --once
+[[ $(grep -c '"changes":{"med":1}' "$work/out.txt") == 10 ]] || fail "ten routes with med 1"
+"$QCF_BINARY" eval "$work/1.json" "${routes[@]}" >"$work/eval.jsonl"
+cmp "$work/eval.jsonl" "$work/out.txt" || fail "agent and eval differ"
+expect 1 'no function none' agent "${at[@]}" --once --function none --routes "$work/routes.jsonl"
+expect 2 '--once' agent "${at[@]}" --function import --routes -
+
+# An agent that stays, through two versions and the death of the server.
+"$QCF_BINARY" agent "${at[@]}" "${routes[@]}" >"$work/agent.txt" 2>"$work/agenterr.txt" &
+agent=$!
+waitFor() {
+    for _ in $(seq 200); do
+        grep -qF -- "$1" "$work/agent.txt" "$work/agenterr.txt" && return
+        sleep 0.05
+    done
+    fail "the agent never says '$1'"
+}
+waitFor '"med":1'
+expect 0 '1 functions set' publish "$work/2.json" "${at[@]}"
+waitFor '"med":2'
+expect 0 '  in step' status "${at[@]}"
+expect 0 '"version": 2' status "${at[@]}" --format json
+kill -9 $server
+wait $server 2>/dev/null || true
+waitFor 'keeping version 2'
+startServer
+expect 0 'version 3' publish "$work/3.json" "${at[@]}"
+waitFor '"med":3'
+kill -TERM $agent
+wait $agent || fail "the agent ends with exit code $?"
+agent=
+expect 0 'readers    0' status "${at[@]}"
