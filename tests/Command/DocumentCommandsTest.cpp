@@ -1,0 +1,149 @@
+#include "tests/Command/CommandTools.h"
+
+#include <gmock/gmock.h>
+
+namespace Qcf::Command::Test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+String const kAccept = R"({"class": "ReturnExpression", "expr": true})";
+String const kListed =
+    R"({"class": "ReturnExpression", "expr":
+        {"class": "IntSetMatchCommList", "lhs": "community", "listName": "CL", "index": 2}})";
+
+TEST(Check, TellsOfEveryFunctionWhetherItIsSaneAndWhyNot) {
+    Workshop const workshop;
+    workshop.write("good.json", document(function("a", kAccept) + "," + function("b", "")));
+    Outcome const good = workshop.run({"check", "good.json"});
+    EXPECT_EQ(good.exitCode, 0);
+    EXPECT_EQ(good.out, "a: sane\nb: sane\n");
+    String const wrongSlot =
+        R"({"name": "w", "metadata": {"commListsUsed": {"OTHER": 2}}, "body": )"
+        R"({"class": "Block", "stmts": [)" +
+        kListed + "]}}";
+    workshop.write("bad.json", document(function("a", kAccept) + "," + wrongSlot));
+    Outcome const bad = workshop.run({"check", "bad.json"});
+    EXPECT_EQ(bad.exitCode, 1) << bad.err;
+    auto const lines = linesOf(bad.out);
+    ASSERT_EQ(lines.size(), 2U) << bad.out << bad.err;
+    EXPECT_EQ(lines[0], "a: sane");
+    EXPECT_EQ(lines[1], "w: insane: IntSetMatchCommList::verifySanity: index=2 metadataIndex=0");
+    EXPECT_EQ(bad.err, "");
+    // Such a function can be evaluated all the same.
+    workshop.write("r.jsonl", "{}\n");
+    EXPECT_EQ(workshop.run({"eval", "bad.json", "--function", "w", "--routes", "r.jsonl"}).exitCode,
+              0);
+}
+
+TEST(Check, TellsWhatIsWrongBetweenADocumentAndItsLists) {
+    Workshop const workshop;
+    workshop.write("d.json", document(function("f", kListed)));
+    struct Case {
+        char const * lists;
+        int exitCode;
+        char const * line; ///< stands in one of the lines
+    };
+    Case const cases[] = {
+        {R"("communityLists": {"CL": [{"action": "permit", "communities": ["1:2"]}]})", 0,
+         "f: sane"},
+        {R"("tagSets": {})", 1, ": error: "},
+        {R"("communityLists": {"CL": []})", 0, ": warning: "},
+        {R"("communityLists": {"CL": [{"action": "permit", "communities": ["1:2"]}]},
+            "tagSets": {"UNUSED": [1]})",
+         0, "UNUSED"},
+    };
+    for (Case const & one : cases) {
+        workshop.write("l.json", R"({"qcf": "lists/1", )" + String(one.lists) + "}");
+        Outcome const outcome = workshop.run({"check", "d.json", "--lists", "l.json"});
+        EXPECT_EQ(outcome.exitCode, one.exitCode) << outcome.out << outcome.err;
+        EXPECT_THAT(outcome.out, HasSubstr(one.line));
+        EXPECT_EQ(outcome.err, "");
+    }
+}
+
+TEST(Dump, FlatDocumentsReadBackToThemselves) {
+    Workshop const workshop;
+    for (char const * const name : {"accept", "prefer-customers", "import-filter"}) {
+        String const policy = String(QCF_SOURCE_DIR "/examples/") + name + ".json";
+        Outcome const flat = workshop.run({"dump", policy, "--format", "json"});
+        EXPECT_EQ(flat.exitCode, 0);
+        EXPECT_EQ(workshop.run({"dump", "-", "--format", "json"}, flat.out).out, flat.out);
+        Outcome const text = workshop.run({"dump", policy});
+        EXPECT_THAT(text.out, StartsWith("QCF Function "));
+    }
+}
+
+TEST(Dump, OneFunctionComesWithWhatItCalls) {
+    Workshop const workshop;
+    String const call = R"({"class": "ReturnExpression", "expr":
+                            {"class": "FunctionCallExpression", "calleeName": "callee"}})";
+    workshop.write("d.json",
+                   document(function("other", kAccept) + "," + function("callee", kAccept) + "," +
+                            function("caller", call)));
+    Outcome const flat =
+        workshop.run({"dump", "d.json", "--function", "caller", "--format", "json"});
+    EXPECT_EQ(flat.exitCode, 0) << flat.err;
+    EXPECT_THAT(flat.out, HasSubstr("\"caller\""));
+    EXPECT_THAT(flat.out, HasSubstr("\"callee\""));
+    EXPECT_THAT(flat.out, testing::Not(HasSubstr("\"other\"")));
+    EXPECT_EQ(workshop.run({"check", "-"}, flat.out).out, "callee: sane\ncaller: sane\n");
+    Outcome const text = workshop.run({"dump", "d.json", "--function", "callee"});
+    EXPECT_THAT(linesOf(text.out),
+                ElementsAre("QCF Function callee, features=<>",
+                            testing::MatchesRegex("function callee@0x[0-9a-f]+\\(\\) \\{"),
+                            "    return true  ", "}"));
+    Outcome const unknown = workshop.run({"dump", "d.json", "--function", "f"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.err, "d.json: has no function \"f\"; its functions: other, callee, caller\n");
+}
+
+TEST(Nodes, AreListedWithTheirFieldsAndAttributesWithTheirRanges) {
+    Workshop const workshop;
+    Outcome const json = workshop.run({"nodes", "--format", "json"});
+    EXPECT_EQ(json.exitCode, 0);
+    String compact = json.out;
+    std::erase_if(compact, [](char c) { return c == ' ' || c == '\n'; });
+    for (char const * const part : {
+             R"({"class":"IfExpression","base":"Expression","collection":"ifExpressionColl",)"
+             R"("fields":[{"name":"condition","type":"PtrConst<Expression>","optional":false},)"
+             R"({"name":"thenBlock","type":"PtrConst<Block>","optional":false},)"
+             R"({"name":"elseBlock","type":"PtrConst<Expression>","optional":true}]})",
+             R"({"class":"Origin","base":"Qcf::Eval::IntModifiable","collection":"originColl",)"
+             R"("fields":[],"languageName":"origin","modifiable":true,"min":0,"max":2,)"
+             R"("default":256})",
+             R"({"class":"AigpMetricInput","base":"Qcf::Eval::Int",)"
+             R"("collection":"aigpMetricInputColl","fields":[],)"
+             R"("languageName":"input.aigp.metric","modifiable":false,"min":null,"max":null,)"
+             R"("default":null})",
+         }) {
+        EXPECT_THAT(compact, HasSubstr(part));
+    }
+    Outcome const table = workshop.run({"nodes"});
+    EXPECT_EQ(linesOf(table.out).size(), 219U);
+    EXPECT_THAT(table.out, testing::ContainsRegex(
+                               "\nAigpMetric +Qcf::Eval::IntModifiable +\"aigp.metric\" modifiable "
+                               "0..18446744073709551614\n"));
+}
+
+TEST(GenerateTable, TheSameSeedGivesTheSameRoutesInBothFormats) {
+    Workshop const workshop;
+    auto const generate = [&workshop](char const * seed, char const * file) {
+        EXPECT_EQ(workshop.run({"generate-table", "--routes", "300", "--seed", seed, "--out", file})
+                      .exitCode,
+                  0);
+        return workshop.read(file);
+    };
+    String const lines = generate("5", "t.jsonl");
+    EXPECT_EQ(linesOf(lines).size(), 300U);
+    EXPECT_EQ(generate("5", "u.jsonl"), lines);
+    EXPECT_NE(generate("6", "u.jsonl"), lines);
+    EXPECT_EQ(workshop.run({"generate-table", "--routes", "300", "--seed", "5", "--out", "-"}).out,
+              lines);
+    EXPECT_EQ(generate("5", "t.mrt"), generate("5", "u.mrt"));
+}
+
+} // namespace
+} // namespace Qcf::Command::Test
