@@ -39,7 +39,8 @@ public:
     /// True when `other` is a node of the same class with equal content; keys do not count.
     virtual bool compare(PtrConst<AetNodeBase> const & other) const = 0;
 
-    /// Structural hash: equal nodes have equal hashes within one process. Keys do not count.
+    /// Structural hash: equal nodes have equal hashes within one process. Keys do not count. Two
+    /// exceptions: a call counts its callee as an object, and a function keeps its first hash.
     virtual U32 hash(U32 seed) const = 0;
 
     /// Static check before use, against the names that the function declares; true when sane.
@@ -55,7 +56,8 @@ public:
     using AetNodeBase::AetNodeBase;
 
     /// Evaluates against the route of the context, which must not be null. Called by the thread
-    /// that owns the context.
+    /// that owns the context. A function is kept alive by the context as long as that holds values
+    /// of its tree; any other node that is evaluated by itself must live until the next reset.
     virtual EvalResult eval(Ptr<EvalContextBase> const & context) const = 0;
 
     /// Prints the tree as source-like text. Lines begin with `indent` blanks.

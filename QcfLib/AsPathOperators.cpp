@@ -1,6 +1,5 @@
-#include "QcfLib/QcfLibHelpers.h"
-
 #include "Platform/Framework/Assert.h"
+#include "QcfLib/QcfLibHelpers.h"
 
 /// Operators on AS paths.
 namespace Qcf::Eval {
@@ -8,6 +7,7 @@ namespace Qcf::Eval {
 namespace {
 
 using Routing::Bgp::Asn;
+using Routing::Bgp::AspathContainerFromExisting;
 
 /// A literal list as AS numbers, at most 255 to a segment; elements are 32 bits wide already.
 using AsnBuffer = boost::container::small_vector<Asn, inlineSetCapacity>;
@@ -48,12 +48,23 @@ private:
     LentRanges ranges_;
 };
 
+/// The path to change in place. One that was stored as null is the empty path.
+AspathContainerFromExisting * changeable(AspathContainerFromExisting * current,
+                                         Ptr<EvalContextBase> const & context) {
+    if (current == nullptr) {
+        current = evalContext(context).asPathInputModifiable();
+        current->expandEmpty();
+    }
+    return current;
+}
+
 /// Changes the route's path in place with `change(path)` and stores it.
 template <typename Change>
 EvalResult changeRoutePath(Ptr<EvalContextBase> const & context, Change change) {
     auto & c = evalContext(context);
-    auto * const stored = c.asPathModified() ? c.attributeContentConst().asPath : nullptr;
-    auto * const path = stored != nullptr ? stored : c.asPathInputModifiable();
+    auto * const current =
+        c.asPathModified() ? c.attributeContentConst().asPath : c.asPathInputModifiable();
+    auto * const path = changeable(current, context);
     change(path->expand());
     c.modify(ModifiableAttribute::asPath).asPathIs(path);
     return EvalResult::fromBoolWithReturn(true);
@@ -62,7 +73,7 @@ EvalResult changeRoutePath(Ptr<EvalContextBase> const & context, Change change) 
 } // namespace
 
 EvalResult AsPathAssign::eval(Ptr<EvalContextBase> const & context) const {
-    auto * const path = lhs_->getValModifiable(context);
+    auto * const path = changeable(lhs_->getValModifiable(context), context);
     AsnBuffer const asns = asnsOf(*rhs_, context);
     path->expandEmpty().assignSequence({asns.data(), asns.size()});
     lhs_->setVal(path, context);
@@ -70,7 +81,7 @@ EvalResult AsPathAssign::eval(Ptr<EvalContextBase> const & context) const {
 }
 
 EvalResult AsPathPrepend::eval(Ptr<EvalContextBase> const & context) const {
-    auto * const path = lhs_->getValModifiable(context);
+    auto * const path = changeable(lhs_->getValModifiable(context), context);
     AsnBuffer const asns = asnsOf(*rhs_, context);
     path->expand().prepend({asns.data(), asns.size()});
     lhs_->setVal(path, context);

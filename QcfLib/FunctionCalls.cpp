@@ -58,7 +58,7 @@ EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) co
     return result;
 }
 
-// Two calls are the same when they call the same function object; its name does not matter.
+// The callee counts as an object, its name does not.
 U32 FunctionCallExpression::hash(U32 seed) const {
     Hash hash(seed);
     hash.hashMix(typeData().typeCode);
