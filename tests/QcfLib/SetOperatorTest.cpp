@@ -155,6 +155,7 @@ TEST(SetOperators, ModifiersWriteAndAreTrue) {
         }
         EXPECT_EQ(written(set->getVal(context)),
                   c.right.empty() ? "null" : setOf<U64SmallVector>(c.right)->toStrep());
+        context->reset(); // lets go of the constants, which die with their nodes
     }
 }
 
@@ -228,6 +229,7 @@ TEST(SetOperators, AttributesDoNotShareWhatTheyChange) {
             EXPECT_EQ(literal->getVal(context)->toStrep(), "0:5:1,0:6:1");
         }
     }
+    context->reset();
 }
 
 TEST(Literals, AreClampedSortedAndFreeOfDuplicates) {
