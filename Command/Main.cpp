@@ -45,6 +45,9 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addDumpCommand(commands);
     addNodesCommand(commands);
     addGenerateTableCommand(commands);
+    addPublishCommand(commands);
+    addAgentCommand(commands);
+    addStatusCommand(commands);
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const &) {
