@@ -6,6 +6,8 @@
 
 namespace Qcf::Bench {
 
+struct Workload;
+
 using Contenders = std::vector<std::unique_ptr<Contender>>;
 
 /// Hand-written C++: over the route structure, which is the limit, and through the accessors and
@@ -14,6 +16,10 @@ void addHandWritten(Contenders & contenders, PolicyData const & data);
 
 /// The engine: by its plans, and walking its trees.
 void addEngine(Contenders & contenders, PolicyData const & data);
+
+/// LuaJIT over C structures, called once a route and with the loop inside, and LuaJIT and Lua over
+/// an object with C functions; those that are installed. The workload must stay.
+void addLanguages(Contenders & contenders, PolicyData const & data, Workload const & workload);
 
 /// What all others are compared with, and what has to be there.
 inline constexpr char const * limitName = "hand";

@@ -2,6 +2,7 @@
 #include "QcfLib/Plan.h"
 #include "bench/Contenders.h"
 #include "bench/EngineTrees.h"
+#include "bench/SharedWrites.h"
 
 namespace Qcf::Bench {
 
@@ -58,6 +59,10 @@ public:
 
     std::unique_ptr<Runner> runner(Policy policy) const override {
         return std::make_unique<EngineRunner>(programs_[static_cast<U8>(policy)], byPlan_);
+    }
+
+    std::vector<void const *> sharedCounters(Policy policy) const override {
+        return Bench::sharedCounters(programs_[static_cast<U8>(policy)]);
     }
 
 private:

@@ -20,7 +20,9 @@ class PolicyTrees {
 public:
     explicit PolicyTrees(PolicyData const & data) : data_(data) {}
 
-    EngineProgram program(Policy policy);
+    PtrConst<Function> function(Policy policy);
+    /// The lists that the function names.
+    PtrConst<ExternalMatchersBase> matchers() const;
 
 private:
     Statements p1();
@@ -158,7 +160,7 @@ Statements PolicyTrees::p4() {
     };
 }
 
-EngineProgram PolicyTrees::program(Policy policy) {
+PtrConst<Function> PolicyTrees::function(Policy policy) {
     Statements statements;
     switch (policy) {
     case Policy::p0:
@@ -179,18 +181,28 @@ EngineProgram PolicyTrees::program(Policy policy) {
     statements.push_back(build_.returns(true));
     auto const function = build_.function(policyNames[static_cast<U8>(policy)], false, statements);
     QCF_ASSERT(function->verifySanity(function->metadata()));
+    return function;
+}
+
+PtrConst<ExternalMatchersBase> PolicyTrees::matchers() const {
     auto const matchers = makePtr<ExternalMatchersBase>();
     for (auto const & [name, slot] : build_.prefixLists()) {
         matchers->ipv4PrefixLists.entryIs(
             slot, makePtr<Agent::PrefixListTrie>(AddressFamily::ipv4, *lists_.at(name)));
     }
-    return {function, matchers};
+    return matchers;
 }
 
 } // namespace
 
 EngineProgram engineProgram(Policy policy, PolicyData const & data) {
-    return PolicyTrees(data).program(policy);
+    PolicyTrees trees(data);
+    auto const function = trees.function(policy);
+    return {function, trees.matchers()};
+}
+
+PtrConst<Eval::Function> engineFunction(Policy policy, PolicyData const & data) {
+    return PolicyTrees(data).function(policy);
 }
 
 } // namespace Qcf::Bench

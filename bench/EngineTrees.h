@@ -15,5 +15,7 @@ struct EngineProgram {
 
 /// The policy's tree, its constants computed, its lists bound.
 EngineProgram engineProgram(Policy policy, PolicyData const & data);
+/// The tree alone.
+PtrConst<Eval::Function> engineFunction(Policy policy, PolicyData const & data);
 
 } // namespace Qcf::Bench

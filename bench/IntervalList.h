@@ -23,6 +23,10 @@ public:
         return host.af() == AddressFamily::ipv4 && permits(host.v4Value(), 32);
     }
 
+    /// First addresses of the pieces, ascending from 0, and the lengths permitted in each.
+    std::vector<U32> const & starts() const { return starts_; }
+    std::vector<U64> const & lengths() const { return lengths_; }
+
 private:
     bool permits(U32 address, U32 length) const {
         // Without a branch to guess: the last piece that does not begin behind the address.

@@ -1,65 +1,145 @@
+#include "bench/Counts.h"
+#include "bench/Instructions.h"
+#include "bench/Micro.h"
 #include "bench/Report.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iostream>
 
 /// Measures the engine beside hand-written code and the languages that one could embed instead.
 namespace Qcf::Bench {
 
 namespace {
 
-int usage() {
-    std::fputs("usage: qcf_bench [--quick] [--rounds N] [--policy P0..P4] [--contender NAME]...\n",
-               stderr);
-    return 2;
+struct Options {
+    std::size_t routes = 200000;
+    MeasureOptions measure;
+    std::vector<Policy> policies;
+    std::vector<String> contenders; ///< empty for all
+    bool countInstructions = false; ///< this is the run below callgrind
+    std::vector<String> forCallgrind;
+};
+
+constexpr char const * usage =
+    R"(usage: qcf_bench [--quick] [--rounds N] [--policy P0]... [--contender NAME]...
+       qcf_bench --micro [ARGUMENTS]
+
+Measures five policies over a generated table and prints a table for each and, as the last line,
+everything as JSON. Times are nanoseconds per route as median (lowest..highest) of the rounds; ratios
+are taken within each round. "resident": 2,000 routes that stay in the cache.
+
+  --quick      a tenth of the routes, 3 short rounds
+  --rounds     samples of each figure, 7 unless given
+  --policy     only this one; may be repeated
+  --contender  only this one and the hand-written ones; may be repeated
+  --micro      the hot paths one by one; ARGUMENTS go to Google Benchmark
+
+instructions: per resident route, by callgrind (where valgrind is installed)
+mallocs:      heap blocks allocated per route after the first pass over the table
+slab:         objects taken from slabs per route
+shared:       writes per route to reference counts that threads share
+)";
+
+template <typename Values>
+bool readPolicy(String const & name, Values & policies) {
+    auto const found = std::find(policyNames.begin(), policyNames.end(), name);
+    if (found == policyNames.end()) {
+        return false;
+    }
+    policies.push_back(static_cast<Policy>(found - policyNames.begin()));
+    return true;
+}
+
+/// Nothing when an argument is wrong.
+std::optional<Options> readOptions(std::vector<String> const & arguments) {
+    Options options;
+    auto const keep = [&](auto... words) { (options.forCallgrind.emplace_back(words), ...); };
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        String const & argument = arguments[i];
+        String const value = i + 1 < arguments.size() ? arguments[i + 1] : "";
+        if (argument == "--quick") {
+            options.routes = 20000;
+            options.measure.rounds = 3;
+            options.measure.sampleNs = 2e6;
+            keep(argument);
+        } else if (argument == countInstructionsOption) {
+            options.countInstructions = true;
+        } else if (argument == "--rounds" && std::atoi(value.c_str()) > 0) {
+            options.measure.rounds = static_cast<U32>(std::atoi(value.c_str()));
+            ++i;
+        } else if (argument == "--policy" && readPolicy(value, options.policies)) {
+            keep(argument, value);
+            ++i;
+        } else if (argument == "--contender" && !value.empty()) {
+            options.contenders.push_back(value);
+            keep(argument, value);
+            ++i;
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (options.policies.empty()) {
+        options.policies = {Policy::p0, Policy::p1, Policy::p2, Policy::p3, Policy::p4};
+    }
+    return options;
+}
+
+Contenders makeContenders(Options const & options, PolicyData const & data,
+                          Workload const & workload) {
+    Contenders contenders;
+    addHandWritten(contenders, data);
+    addEngine(contenders, data);
+    addLanguages(contenders, data, workload);
+    auto const & wanted = options.contenders;
+    std::erase_if(contenders, [&](auto const & contender) {
+        String const name = contender->name();
+        return !wanted.empty() && name != limitName && name != interfaceLimitName &&
+               std::find(wanted.begin(), wanted.end(), name) == wanted.end();
+    });
+    return contenders;
+}
+
+int runBench(Options const & options) {
+    constexpr std::size_t residentRoutes = 2000;
+    Workload workload{Table::generated(options.routes), {}};
+    workload.resident = workload.whole.sample(residentRoutes);
+    PolicyData const data(workload.whole);
+    Contenders const contenders = makeContenders(options, data, workload);
+    if (options.countInstructions) {
+        runForInstructions(options.policies, contenders, workload);
+        return 0;
+    }
+    std::vector<PolicyResult> results;
+    for (Policy const policy : options.policies) {
+        results.push_back(verified(policy, contenders, workload));
+        addCounts(results.back(), workload);
+    }
+    addInstructions(results, options.forCallgrind, residentRoutes);
+    for (PolicyResult & result : results) {
+        measureTimes(result, workload, options.measure);
+        std::cout << reportTable(result) << std::flush;
+    }
+    auto const memory = measureMemory(data);
+    RunFacts const facts{options.routes, residentRoutes, options.measure.rounds};
+    std::cout << reportTable(memory) << '\n' << reportJson(facts, results, memory);
+    return 0;
 }
 
 } // namespace
 
-int runBench(int argc, char ** argv) {
-    std::size_t routes = 200000;
-    MeasureOptions options;
-    std::vector<std::string_view> only;
-    std::optional<std::string_view> onlyPolicy;
-    for (int i = 1; i < argc; ++i) {
-        std::string_view const argument = argv[i];
-        bool const more = i + 1 < argc;
-        if (argument == "--quick") {
-            routes = 20000;
-            options.rounds = 3;
-            options.sampleNs = 2e6;
-        } else if (argument == "--rounds" && more) {
-            options.rounds = static_cast<U32>(std::stoul(argv[++i]));
-        } else if (argument == "--policy" && more) {
-            onlyPolicy = argv[++i];
-        } else if (argument == "--contender" && more) {
-            only.emplace_back(argv[++i]);
-        } else {
-            return usage();
-        }
-    }
-
-    constexpr std::size_t residentRoutes = 2000;
-    Workload workload{Table::generated(routes), {}};
-    workload.resident = workload.whole.sample(residentRoutes);
-    PolicyData const data(workload.whole);
-    Contenders contenders;
-    addHandWritten(contenders, data);
-    addEngine(contenders, data);
-
-    std::vector<PolicyResult> results;
-    for (U32 policy = 0; policy < policyCount; ++policy) {
-        if (onlyPolicy && policyNames[policy] != *onlyPolicy) {
-            continue;
-        }
-        results.push_back(verified(static_cast<Policy>(policy), contenders, workload));
-        measureTimes(results.back(), workload, options);
-        std::fputs(reportTable(results.back()).c_str(), stdout);
-        std::fflush(stdout);
-    }
-    std::fputs(reportJson({routes, residentRoutes, options.rounds}, results).c_str(), stdout);
-    return 0;
-}
-
 } // namespace Qcf::Bench
 
-int main(int argc, char ** argv) { return Qcf::Bench::runBench(argc, argv); }
+int main(int argc, char ** argv) {
+    using namespace Qcf::Bench;
+    std::vector<String> const arguments(argv + 1, argv + argc);
+    if (!arguments.empty() && arguments.front() == "--micro") {
+        return runMicro(argc - 1, argv + 1);
+    }
+    auto const options = readOptions(arguments);
+    if (!options) {
+        std::cerr << usage;
+        return 2;
+    }
+    return runBench(*options);
+}

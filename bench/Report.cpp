@@ -19,6 +19,8 @@ namespace {
     return text.data();
 }
 
+char const * nameOf(Policy policy) { return policyNames[static_cast<U8>(policy)]; }
+
 String hex(U64 number) { return formatted("%016llx", static_cast<unsigned long long>(number)); }
 
 /// "12.3 (12.1..12.9)"
@@ -77,19 +79,25 @@ constexpr std::array columns{
            [](Result const & r, PolicyResult const &) { return text(r.sharedWrites, 2); }},
 };
 
+template <typename Value>
+void put(RendererV2 & json, char const * name, Value const & value) {
+    json.key(name);
+    json.value(value);
+}
+
+/// Leaves out what is not known.
 void put(RendererV2 & json, char const * name, std::optional<double> const & number) {
     if (number) {
-        json.key(name);
-        json.value(*number);
+        put(json, name, *number);
     }
 }
 
 void put(RendererV2 & json, char const * name, Spread const & spread) {
     json.key(name);
     json.beginObject();
-    put(json, "median", std::optional(spread.median));
-    put(json, "min", std::optional(spread.low));
-    put(json, "max", std::optional(spread.high));
+    put(json, "median", spread.median);
+    put(json, "min", spread.low);
+    put(json, "max", spread.high);
     json.endObject();
 }
 
@@ -131,7 +139,7 @@ void putResult(RendererV2 & json, Result const & result, PolicyResult const & al
 
 String reportTable(PolicyResult const & result) {
     String table =
-        formatted("\n%s: %llu accepted, checksum %s\n", policyNames[static_cast<U8>(result.policy)],
+        formatted("\n%s: %llu accepted, checksum %s\n", nameOf(result.policy),
                   static_cast<unsigned long long>(result.accepted), hex(result.checksum).c_str());
     for (Column const & column : columns) {
         table += formatted("%*s  ", column.width, column.title);
@@ -146,31 +154,54 @@ String reportTable(PolicyResult const & result) {
     return table;
 }
 
-String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results) {
+String reportTable(std::vector<EngineMemory> const & memory) {
+    if (memory.empty()) {
+        return {};
+    }
+    String table = "\nMemory in the engine, bytes:\n"
+                   "policy    nodes        tree  by node  plan besides  store entry of a node\n";
+    for (EngineMemory const & row : memory) {
+        table += formatted("%-6s  %7llu  %10.0f  %7.1f  %12.0f  %21.1f\n", nameOf(row.policy),
+                           static_cast<unsigned long long>(row.nodes), row.tree, row.perNode,
+                           row.plan, row.perEntry);
+    }
+    return table;
+}
+
+String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results,
+                  std::vector<EngineMemory> const & memory) {
     String text;
     RendererV2 json(text);
     json.beginObject();
-    json.key("routes");
-    json.value(U64{facts.routes});
-    json.key("residentRoutes");
-    json.value(U64{facts.residentRoutes});
-    json.key("rounds");
-    json.value(facts.rounds);
+    put(json, "routes", U64{facts.routes});
+    put(json, "residentRoutes", U64{facts.residentRoutes});
+    put(json, "rounds", U64{facts.rounds});
     json.key("policies");
     json.beginObject();
     for (PolicyResult const & result : results) {
-        json.key(policyNames[static_cast<U8>(result.policy)]);
+        json.key(nameOf(result.policy));
         json.beginObject();
-        json.key("accepted");
-        json.value(result.accepted);
-        json.key("checksum");
-        json.value(hex(result.checksum));
+        put(json, "accepted", result.accepted);
+        put(json, "checksum", hex(result.checksum));
         json.key("contenders");
         json.beginObject();
         for (Result const & one : result.results) {
             putResult(json, one, result);
         }
         json.endObject();
+        json.endObject();
+    }
+    json.endObject();
+    json.key("memory");
+    json.beginObject();
+    for (EngineMemory const & row : memory) {
+        json.key(nameOf(row.policy));
+        json.beginObject();
+        put(json, "nodes", row.nodes);
+        put(json, "tree", row.tree);
+        put(json, "plan", row.plan);
+        put(json, "perNode", row.perNode);
+        put(json, "perStoreEntry", row.perEntry);
         json.endObject();
     }
     json.endObject();

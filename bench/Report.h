@@ -1,11 +1,13 @@
 #pragma once
 
+#include "bench/Counts.h"
 #include "bench/Measure.h"
 
 namespace Qcf::Bench {
 
 /// A table for the reader.
 String reportTable(PolicyResult const & result);
+String reportTable(std::vector<EngineMemory> const & memory);
 
 /// What the figures were taken on.
 struct RunFacts {
@@ -15,6 +17,7 @@ struct RunFacts {
 };
 
 /// All results as one line of JSON.
-String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results);
+String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results,
+                  std::vector<EngineMemory> const & memory);
 
 } // namespace Qcf::Bench

@@ -33,6 +33,8 @@ public:
     char const * name() const { return name_; }
     /// A runner for the calling thread.
     virtual std::unique_ptr<Runner> runner(Policy policy) const = 0;
+    /// The reference counts that threads running the policy share, by the start of their objects.
+    virtual std::vector<void const *> sharedCounters(Policy /*policy*/) const { return {}; }
 
 private:
     char const * name_;
