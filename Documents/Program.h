@@ -57,7 +57,7 @@ struct ProgramLimits {
     /// Nodes of a tree, shared ones and called functions counted at each place.
     static constexpr U64 unfoldedNodes = 100'000'000;
     /// Elements, over the document, of the literal lists and sets whose values are kept.
-    static constexpr U64 constantElements = 64'000'000;
+    static constexpr U64 constantElements = 16'000'000;
     /// Steps, over the document, in which the names that functions use are collected.
     static constexpr U64 nameSteps = 64'000'000;
 };

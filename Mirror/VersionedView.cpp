@@ -6,6 +6,8 @@
 
 namespace Qcf::Mirror {
 
+VersionedView::Reader::~Reader() { view_.slotDel(slot_); }
+
 VersionedView::VersionedView()
     : held_(makePtr<PolicyVersion>(VersionId(), PolicyVersion::Functions(), 0)) {
     current_.store(held_.get());

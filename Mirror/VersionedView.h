@@ -53,7 +53,7 @@ public:
         explicit Reader(VersionedView & view) : view_(view), slot_(view.slotIs()) {}
         Reader(Reader const &) = delete;
         Reader & operator=(Reader const &) = delete;
-        ~Reader() { view_.slotDel(slot_); }
+        ~Reader();
 
         /// The current version. A reader pins one at a time.
         Pin pin() { return Pin(view_, slot_); }

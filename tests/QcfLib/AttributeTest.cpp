@@ -78,11 +78,12 @@ String read(char const * languageName, Ptr<EvalContextBase> const & context) {
 Ptr<RecordingContext> fullRoute() {
     auto const context = makePtr<RecordingContext>();
     auto & c = *context;
-    U64 next = 0;
-#define QCF_TEST_FILL(Type, stem, initial)                                                         \
-    if constexpr (std::is_same_v<Type, U64>) {                                                     \
-        reinterpret_cast<U64 &>(c.stem) = next++ % 2;                                              \
-    }
+    auto fill = [next = U64{0}](auto & value) mutable {
+        if constexpr (std::is_same_v<decltype(value), U64 &>) {
+            value = next++ % 2;
+        }
+    };
+#define QCF_TEST_FILL(Type, stem, initial) fill(c.stem);
     QCF_TEST_INPUTS(QCF_TEST_FILL)
 #undef QCF_TEST_FILL
     c.nextHop = *IpGenAddr::parse("2001:db8::1");

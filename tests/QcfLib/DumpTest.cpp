@@ -57,17 +57,17 @@ TEST(Dumps, ControlFlow) {
     EXPECT_EQ(dump(*make<ExitExpression>(a), 1), " exit a");
     EXPECT_EQ(dump(*always(QcfUnknown()), 3), "   unknown");
     EXPECT_EQ(dump(*block({a, b})), "  a\n  b\n");
-    EXPECT_EQ(dump(*block({a}), 2), "    a\n  \n");
-    EXPECT_EQ(dump(*make<IfExpression>(a, block({b}), nullptr)), "if a {\n    b\n  \n}");
+    EXPECT_EQ(dump(*block({a}), 2), "    a  \n");
+    EXPECT_EQ(dump(*make<IfExpression>(a, block({b}), nullptr)), "if a {\n    b  \n}");
     EXPECT_EQ(dump(*make<IfExpression>(a, block({b}), block({a})), 2),
-              "  if a {\n      b\n    \n  } else {\n      a\n    \n  }");
+              "  if a {\n      b    \n  } else {\n      a    \n  }");
     Ptr<Function> const f =
         make<Function>("f", Qcf::FunctionMetadata{}, Routing::Policy::RouteMapFeatures{"y", "x"},
                        AccessibleAttributes{}, false, block({a}));
     EXPECT_EQ(dump(*f), "QCF Function f, features=<x,y>\nfunction f@" + address(f.get()) +
-                            "() {\n    a\n  \n}\n");
+                            "() {\n    a  \n}\n");
     EXPECT_EQ(dump(*f, 1), " QCF Function f, features=<x,y>\n function f@" + address(f.get()) +
-                               "() {\n     a\n   \n }\n");
+                               "() {\n     a   \n }\n");
     auto const callee = address(f.get());
     EXPECT_EQ(dump(*call(f)), "f@" + callee + "()");
     EXPECT_EQ(dump(*call(f, {number(1), make<IntVariable>("v", U8{65})}), 2),

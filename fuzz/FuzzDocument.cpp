@@ -1,0 +1,25 @@
+#include "Documents/Program.h"
+
+#include <cstdlib>
+
+/// Reads the input as an evaluation-tree document; what reads must write a document that reads back
+/// to the same text.
+extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size) {
+    auto const written = [](String text) {
+        auto const program = Qcf::Documents::readProgram(std::move(text), "fuzz");
+        String out;
+        RendererV2 renderer(out);
+        writeProgram(program, renderer);
+        return out;
+    };
+    String text;
+    try {
+        text = written(String(reinterpret_cast<char const *>(data), size));
+    } catch (DocumentError const &) {
+        return 0;
+    }
+    if (written(text) != text) {
+        std::abort();
+    }
+    return 0;
+}
