@@ -29,9 +29,10 @@ public:
     PtrInterface(PtrInterface const &) = delete;
     PtrInterface & operator=(PtrInterface const &) = delete;
 
-    /// Number of pointers to the object; only a hint while other threads hold some. Not meaningful
-    /// for an immortal object.
-    U32 refCount() const noexcept { return count_.load(std::memory_order_relaxed) & ~immortalBit; }
+    /// Number of pointers to the object; only a hint while other threads hold some. Who finds 1 and
+    /// holds that one has the object alone, and sees what the others wrote before they let go. Not
+    /// meaningful for an immortal object.
+    U32 refCount() const noexcept { return count_.load(std::memory_order_acquire) & ~immortalBit; }
     bool immortal() const noexcept {
         return (count_.load(std::memory_order_relaxed) & immortalBit) != 0;
     }
