@@ -13,7 +13,7 @@
 #include <valgrind/callgrind.h>
 #else
 #define CALLGRIND_START_INSTRUMENTATION
-#define CALLGRIND_STOP_INSTRUMENTATION
+#define CALLGRIND_TOGGLE_COLLECT
 #define CALLGRIND_DUMP_STATS_AT(name) static_cast<void>(name)
 #endif
 
@@ -46,8 +46,8 @@ std::map<String, double> readDumps(fs::path const & directory) {
         for (String line; std::getline(file, line);) {
             if (line.starts_with(description)) {
                 name = line.substr(description.size());
-            } else if (line.starts_with("summary: ") && !name.empty()) {
-                counts[name] = std::stod(line.substr(9));
+            } else if (line.starts_with("totals: ") && !name.empty()) {
+                counts[name] = std::stod(line.substr(8));
             }
         }
     }
@@ -59,16 +59,17 @@ std::map<String, double> readDumps(fs::path const & directory) {
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
                         Workload const & workload) {
     Slice const routes(workload.resident);
+    CALLGRIND_START_INSTRUMENTATION;
     for (Policy const policy : policies) {
         for (auto const & contender : contenders) {
             auto const runner = contender->runner(policy);
             runner->run(routes);
             runner->run(routes);
             String const name = label(policy, *contender);
-            CALLGRIND_START_INSTRUMENTATION;
+            CALLGRIND_TOGGLE_COLLECT;
             runner->run(routes);
+            CALLGRIND_TOGGLE_COLLECT;
             CALLGRIND_DUMP_STATS_AT(name.c_str());
-            CALLGRIND_STOP_INSTRUMENTATION;
         }
     }
 }
@@ -86,6 +87,7 @@ void addInstructions(std::vector<PolicyResult> & results, std::vector<String> co
     }
     fs::path const directory = pattern;
     std::vector<String> words{"valgrind", "--tool=callgrind", "--instr-atstart=no",
+                              "--collect-atstart=no",
                               "--callgrind-out-file=" + (directory / "out").string(),
                               fs::read_symlink("/proc/self/exe").string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
