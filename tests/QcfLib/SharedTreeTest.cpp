@@ -18,6 +18,7 @@ using namespace Qcf::Eval::test;
 
 namespace {
 
+#if QCF_TEST_COUNTS_ALLOCATIONS
 thread_local bool counting = false;
 thread_local U64 allocations = 0;
 
@@ -29,6 +30,7 @@ void * counted(std::size_t size, std::size_t alignment = alignof(std::max_align_
     }
     throw std::bad_alloc();
 }
+#endif
 
 /// A route of an agent that allocates nothing itself.
 class QuietContext final : public EvalContext {
@@ -150,6 +152,34 @@ TEST(SharedTrees, AreReadByManyThreadsAtOnce) {
             EXPECT_EQ(result, wanted);
         }
     }
+}
+
+TEST(SharedTrees, ConstantsStayWhatTheyAreOverAMillionRoutes) {
+    auto const community = make<Attribute::Community>();
+    auto const ext = make<Attribute::ExtCommunity>();
+    auto const assigned = intSet({2, 4, 6});
+    auto const added = intSet({1, 3});
+    auto const linkBandwidth = communitySet({{0x4004000000000001, 0}, {7, 0}});
+    auto const other = communitySet({{0x4004000000000002, 0}, {1, 0}});
+    auto const f = function({make<IntSetAssignImmediate>(community, assigned),
+                             make<IntSetAddImmediate>(community, added),
+                             make<IntSetRemoveImmediate>(community, intSet({2})),
+                             make<CommunitySetAssignImmediate>(ext, linkBandwidth),
+                             make<CommunitySetAddImmediate>(ext, other),
+                             make<ExtCommunitySetAddImmediate>(ext, other), accepts()});
+    auto const constants = [&] {
+        return assigned->getVal(nullptr)->toStrep() + " " + added->getVal(nullptr)->toStrep() + " " +
+               linkBandwidth->getVal(nullptr)->toStrep() + " " + other->getVal(nullptr)->toStrep();
+    };
+    String const before = constants();
+    auto const evaluateHalf = [&] {
+        auto const context = makePtr<QuietContext>();
+        EXPECT_EQ(evaluate(*f, context, 500'000), 500'000U * (4 + 3));
+    };
+    std::thread half(evaluateHalf);
+    evaluateHalf();
+    half.join();
+    EXPECT_EQ(constants(), before);
 }
 
 TEST(SharedTrees, ChainsDieInWhicheverThreadIsLast) {
