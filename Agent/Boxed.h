@@ -5,8 +5,10 @@
 namespace Qcf::Agent {
 
 /// A value that is seldom there, kept apart from its owner. Copies as the value does. Clearing and
-/// copying an absent one keep the storage, so that an owner reused again and again stops allocating.
-template <typename Value> class Boxed {
+/// copying an absent one keep the storage, so that an owner reused again and again stops
+/// allocating.
+template <typename Value>
+class Boxed {
 public:
     Boxed() = default;
     Boxed(Boxed const & other) { *this = other; }

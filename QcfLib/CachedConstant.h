@@ -11,7 +11,8 @@ namespace Qcf::Eval {
 /// stored, the container is not counted any more, so that evaluating threads do not write to the
 /// memory they share; it lives exactly as long as the node, and so must every pointer to it. An
 /// evaluation context keeps the function that it evaluated alive for that reason.
-template <typename Container> class CachedConstant {
+template <typename Container>
+class CachedConstant {
 public:
     explicit CachedConstant(Entity const & owner) : owner_(owner) {}
     CachedConstant(CachedConstant const &) = delete;

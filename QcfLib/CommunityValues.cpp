@@ -43,8 +43,8 @@ CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const 
 
 String CommunityValueDynamic::toStrep() const {
     std::ostringstream out;
-    out << nodeReference(*val_) << " with dynamic val " << dynamicVal_->toStrep()
-        << dynamicValMask_ << " with dynamic mask " << dynamicValMask_;
+    out << nodeReference(*val_) << " with dynamic val " << dynamicVal_->toStrep() << dynamicValMask_
+        << " with dynamic mask " << dynamicValMask_;
     return out.str();
 }
 

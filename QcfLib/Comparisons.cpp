@@ -70,8 +70,12 @@ EvalResult BandwidthGreaterThanEq::eval(Context const & context) const {
     return compareBandwidths<std::greater_equal<F32>>(*this, context);
 }
 
-EvalResult TriStateBoolIs::eval(Context const & context) const { return compareEqual(*this, context); }
-EvalResult MacAddressIs::eval(Context const & context) const { return compareEqual(*this, context); }
+EvalResult TriStateBoolIs::eval(Context const & context) const {
+    return compareEqual(*this, context);
+}
+EvalResult MacAddressIs::eval(Context const & context) const {
+    return compareEqual(*this, context);
+}
 EvalResult IpAddressIs::eval(Context const & context) const { return compareEqual(*this, context); }
 EvalResult InterfaceIs::eval(Context const & context) const { return compareEqual(*this, context); }
 EvalResult EsiIs::eval(Context const & context) const { return compareEqual(*this, context); }

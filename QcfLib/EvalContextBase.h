@@ -11,7 +11,8 @@ namespace Qcf::Eval {
 /// named lists, the caller's policy result record, and whether evaluation is logged.
 class EvalContextBase : public Entity {
 public:
-    /// Null matchers mean that every table is empty. The result record is not owned; it may be null.
+    /// Null matchers mean that every table is empty. The result record is not owned; it may be
+    /// null.
     EvalContextBase(PtrConst<ExternalMatchersBase> externalMatchers,
                     Routing::Policy::Result_ * result);
 

@@ -8,12 +8,14 @@
 /// the layer's sources.
 namespace Qcf::Eval {
 
-template <typename Operation> bool GeneratedEvalContext::overrides(Operation operation) const {
+template <typename Operation>
+bool GeneratedEvalContext::overrides(Operation operation) const {
     return overridesSlot(*this, ownSlots_, operation);
 }
 
 /// Operators hand a route's sets around many times: the cache owns them uncounted (see immortalIs).
-template <typename Set> void endLoan(Ptr<Set> const & slot) {
+template <typename Set>
+void endLoan(Ptr<Set> const & slot) {
     if (slot) {
         slot->mortalIs();
     }

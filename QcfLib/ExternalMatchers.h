@@ -9,7 +9,8 @@ namespace Qcf {
 
 /// A table of an agent's lists of one kind, indexed by the slots of function metadata. Slot 0 is
 /// never used. Entries may be null.
-template <typename Status> class MatcherTable {
+template <typename Status>
+class MatcherTable {
 public:
     /// The entry of a slot; the empty default beyond the table's end.
     PtrConst<Status> const & at(U16 slot) const {
@@ -32,8 +33,8 @@ private:
 };
 
 /// An agent's named lists as evaluation sees them: tables indexed by slot. The agent fills one
-/// before it makes contexts and leaves it unchanged while any of them evaluates; new lists come in a
-/// new object.
+/// before it makes contexts and leaves it unchanged while any of them evaluates; new lists come in
+/// a new object.
 class ExternalMatchersBase : public PtrInterface {
 public:
     ExternalMatchersBase();

@@ -26,7 +26,8 @@ struct FunctionMetadata {
     bool operator==(FunctionMetadata const &) const = default;
 
     /// Calls `visit(name, map)` for every kind, in the order above.
-    template <typename Self, typename Visitor> static void eachKind(Self & self, Visitor && visit) {
+    template <typename Self, typename Visitor>
+    static void eachKind(Self & self, Visitor && visit) {
         visit("commListsUsed", self.commListsUsed);
         visit("extCommListsUsed", self.extCommListsUsed);
         visit("largeCommListsUsed", self.largeCommListsUsed);

@@ -47,7 +47,8 @@ void GeneratedEvalContext::flushModifiedAttributes() {
     if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
         overriddenWriteBacks_ = findOverriddenWriteBacks();
     }
-    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
+    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0;
+         pending &= pending - 1) {
         writeBack(static_cast<ModifiableAttribute>(std::countr_zero(pending)));
     }
 }

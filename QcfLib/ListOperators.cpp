@@ -37,7 +37,8 @@ EvalResult assign(Node const & node, Context const & context, MatcherTable<Statu
 
 #define QCF_LIST_OPERATOR(Class, family, table, operation)                                         \
     EvalResult Class::eval(Context const & context) const {                                        \
-        return family(*this, context, context->externalMatchers()->table, &EvalContext::operation);\
+        return family(*this, context, context->externalMatchers()->table,                          \
+                      &EvalContext::operation);                                                    \
     }
 
 QCF_LIST_OPERATOR(IntSetMatchCommList, match, commLists, matchCommList)

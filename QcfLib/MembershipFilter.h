@@ -18,7 +18,8 @@ inline U64 spreadBits(Acl::CommunityValue const & value) {
 /// route's few values are rarely in such a set, and a bisection of thousands costs a dozen steps.
 class MembershipFilter {
 public:
-    template <typename Values> explicit MembershipFilter(Values const & values) {
+    template <typename Values>
+    explicit MembershipFilter(Values const & values) {
         // Sixteen bits a value: about one false alarm in sixteen, in two bytes a value.
         std::size_t const bits = std::bit_ceil(bitsPerValue * values.size() + wordBits);
         words_.resize(bits / wordBits);
@@ -30,7 +31,8 @@ public:
     }
 
     /// False only for values that are not in the set.
-    template <typename Value> bool mayContain(Value const & value) const {
+    template <typename Value>
+    bool mayContain(Value const & value) const {
         std::size_t const bit = spreadBits(value) & mask_;
         return ((words_[bit / wordBits] >> (bit % wordBits)) & 1) != 0;
     }

@@ -11,13 +11,16 @@ namespace Qcf::Eval {
 namespace contract {
 
 template <typename T>
-concept NodePointer = requires(T const & p) { static_cast<AetNodeBase const *>(p.get()); };
+concept NodePointer = requires(T const & p) {
+    static_cast<AetNodeBase const *>(p.get());
+};
 
 inline void mixChild(Hash & hash, AetNodeBase const * child) {
     child != nullptr ? hash.hashMix(child->hash(0)) : hash.hashMix(U64{0});
 }
 
-template <typename T> void mix(Hash & hash, T const & value) {
+template <typename T>
+void mix(Hash & hash, T const & value) {
     if constexpr (NodePointer<T>) {
         mixChild(hash, value.get());
     } else if constexpr (requires { value.hash(hash); }) {
@@ -31,7 +34,8 @@ template <typename T> void mix(Hash & hash, T const & value) {
     }
 }
 
-template <typename T> void mix(Hash & hash, std::optional<T> const & value) {
+template <typename T>
+void mix(Hash & hash, std::optional<T> const & value) {
     hash.hashMix(value.has_value());
     if (value) {
         mix(hash, *value);
@@ -45,7 +49,8 @@ inline bool sameChild(AetNodeBase const * a, AetNodeBase const * b) {
     return a != nullptr && b != nullptr && a->compare(PtrConst<AetNodeBase>(b));
 }
 
-template <typename T> bool same(T const & a, T const & b) {
+template <typename T>
+bool same(T const & a, T const & b) {
     if constexpr (NodePointer<T>) {
         return sameChild(a.get(), b.get());
     } else {
@@ -57,13 +62,15 @@ inline bool same(F32 const & a, F32 const & b) {
     return std::bit_cast<U32>(a) == std::bit_cast<U32>(b);
 }
 
-template <typename Node> Node const * sameClass(Node const & node, AetNodeBase const * other) {
+template <typename Node>
+Node const * sameClass(Node const & node, AetNodeBase const * other) {
     bool const same = other != nullptr && &other->typeData() == &node.typeData();
     return same ? static_cast<Node const *>(other) : nullptr;
 }
 
 /// The fields as a tuple of references, so that two nodes can be walked in step.
-template <typename Node> auto fieldAddresses(Node const & node) {
+template <typename Node>
+auto fieldAddresses(Node const & node) {
     std::vector<void const *> addresses;
     node.eachField([&](char const *, auto const & value) { addresses.push_back(&value); });
     return addresses;
@@ -71,7 +78,8 @@ template <typename Node> auto fieldAddresses(Node const & node) {
 
 } // namespace contract
 
-template <typename Node> U32 hashNode(Node const & node, U32 seed) {
+template <typename Node>
+U32 hashNode(Node const & node, U32 seed) {
     Hash hash(seed);
     hash.hashMix(node.typeData().typeCode);
     node.eachField([&](char const *, auto const & value) { contract::mix(hash, value); });
@@ -96,7 +104,8 @@ bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
 }
 
 /// Chains are visited by loop: they may be a million links long.
-template <typename Link> U32 hashChain(Link const & head, U32 seed) {
+template <typename Link>
+U32 hashChain(Link const & head, U32 seed) {
     Hash hash(seed);
     hash.hashMix(head.typeData().typeCode);
     for (Link const * link = &head; link != nullptr; link = link->next().get()) {
@@ -105,7 +114,8 @@ template <typename Link> U32 hashChain(Link const & head, U32 seed) {
     return hash.result();
 }
 
-template <typename Link> bool compareLinkedLists(Link const * a, Link const * b) {
+template <typename Link>
+bool compareLinkedLists(Link const * a, Link const * b) {
     while (a != nullptr && b != nullptr) {
         if (a == b) {
             return true;
@@ -126,7 +136,8 @@ bool compareChain(Link const & head, PtrConst<AetNodeBase> const & other) {
 }
 
 /// Lets go of a chain link by link, as far as nobody else holds it. Called by a link's destructor.
-template <typename Pointer> void unlinkChain(Pointer & next) {
+template <typename Pointer>
+void unlinkChain(Pointer & next) {
     while (next && next->refCount() == 1) {
         using Link = std::remove_const_t<typename Pointer::element_type>;
         Pointer behind = const_cast<Link &>(*next).releaseNext();
@@ -134,7 +145,8 @@ template <typename Pointer> void unlinkChain(Pointer & next) {
     }
 }
 
-template <typename Node> bool anyChildDependsOnFrame(Node const & node) {
+template <typename Node>
+bool anyChildDependsOnFrame(Node const & node) {
     bool depends = false;
     node.eachField([&](char const *, auto const & value) {
         if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {

@@ -7,11 +7,13 @@
 /// Making, writing and walking a node by its fields. Included by the generated registry alone.
 namespace Qcf::Eval {
 
-template <typename Node> bool isNode(AetNodeBase const & node) {
+template <typename Node>
+bool isNode(AetNodeBase const & node) {
     return dynamic_cast<Node const *>(&node) != nullptr;
 }
 
-template <typename Field> Field readField(FieldInfo const & field, FieldReader & reader) {
+template <typename Field>
+Field readField(FieldInfo const & field, FieldReader & reader) {
     if constexpr (contract::NodePointer<Field>) {
         auto child = reader.readNode(field);
         QCF_ASSERT_TEXT(child ? field.accepts(*child) : field.optional,
@@ -38,7 +40,8 @@ Ptr<AetNodeBase> createNode(U64 aetNodeKey, FieldReader & reader) {
     return createFrom<Node, Fields...>(aetNodeKey, reader, std::index_sequence_for<Fields...>());
 }
 
-template <typename Node> void writeNode(AetNodeBase const & node, FieldWriter & writer) {
+template <typename Node>
+void writeNode(AetNodeBase const & node, FieldWriter & writer) {
     auto const & fields = nodeClasses()[Node::classNumber].fields;
     std::size_t i = 0;
     static_cast<Node const &>(node).eachField([&](char const *, auto const & value) {
@@ -80,8 +83,9 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
                         decltype(NodeClass::write) write,
                         decltype(NodeClass::visitChildren) visitChildren,
                         decltype(NodeClass::memAllocationTracker) tracker) {
-    return {name, nameSpace, base, collection, typeCodeOf(nameSpace, name), fields,
-            attribute, create, write, visitChildren, tracker};
+    return {name,   nameSpace, base,   collection, typeCodeOf(nameSpace, name),
+            fields, attribute, create, write,      visitChildren,
+            tracker};
 }
 
 } // namespace Qcf::Eval

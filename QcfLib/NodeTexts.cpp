@@ -8,13 +8,15 @@ namespace Qcf::Eval {
 
 namespace {
 
-template <typename Value> String streamed(Value const & value) {
+template <typename Value>
+String streamed(Value const & value) {
     std::ostringstream out;
     out << value;
     return out.str();
 }
 
-template <typename Link> String joined(Link const * link) {
+template <typename Link>
+String joined(Link const * link) {
     String text;
     for (char const * separator = ""; link != nullptr; link = link->next().get()) {
         text += separator;
@@ -42,7 +44,8 @@ String CommunityLinkedList::toStrep() const { return joined(this); }
 String chainText(char const * open, PtrConst<IntLinkedList> const & head, char const * close) {
     return open + joined(head.get()) + close;
 }
-String chainText(char const * open, PtrConst<CommunityLinkedList> const & head, char const * close) {
+String chainText(char const * open, PtrConst<CommunityLinkedList> const & head,
+                 char const * close) {
     return open + joined(head.get()) + close;
 }
 

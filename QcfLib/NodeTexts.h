@@ -14,7 +14,10 @@ String textOf(F32 value);
 String textOf(TriStateBoolValue value);
 String textOf(Acl::CommunityValue const & value);
 String textOf(std::optional<Evpn::Esid> const & value);
-template <typename Value> String textOf(Value const & value) { return value.toString(); }
+template <typename Value>
+String textOf(Value const & value) {
+    return value.toString();
+}
 
 /// `NAME[index:C]`, where C is the index as one raw character.
 String variableText(String const & name, U8 argVectorIndex);
@@ -47,7 +50,8 @@ bool listIsSane(char const * className, SlotMap const & slots, String const & li
 bool dependsOnFrame(AetNodeBase const * node);
 
 /// The end of a chain's walk for dependence on the frame.
-template <typename Link> bool chainDependsOnFrame(Link const * link) {
+template <typename Link>
+bool chainDependsOnFrame(Link const * link) {
     for (; link != nullptr; link = link->next().get()) {
         if (link->entry()->valueDependsOnStackFrameData()) {
             return true;

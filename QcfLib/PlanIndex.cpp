@@ -4,7 +4,8 @@
 
 namespace Qcf::Eval {
 
-template <typename Value> void ConstantTable<Value>::seal() {
+template <typename Value>
+void ConstantTable<Value>::seal() {
     // At most half full: a value that is in no test meets an empty place soon.
     std::size_t const size = std::bit_ceil(2 * entries_.size() + 1);
     mask_ = size - 1;

@@ -22,9 +22,12 @@ public:
 };
 
 /// Constants with the tests that they satisfy, in a table of open addresses.
-template <typename Value> class ConstantTable {
+template <typename Value>
+class ConstantTable {
 public:
-    void insert(Value const & value, std::size_t test) { entries_.push_back({value, U64{1} << test}); }
+    void insert(Value const & value, std::size_t test) {
+        entries_.push_back({value, U64{1} << test});
+    }
     /// To be called after the last insertion.
     void seal();
     U64 testsOf(Value const & value) const {
@@ -68,7 +71,8 @@ private:
 };
 
 /// Tests that a set holds any of some constants.
-template <typename Set> class SetIndex final : public PlanIndex {
+template <typename Set>
+class SetIndex final : public PlanIndex {
 public:
     explicit SetIndex(SetStorage<Set> const & operand) : operand_(operand) {}
     ConstantTable<typename Set::Value> & table() { return table_; }

@@ -8,13 +8,15 @@ namespace Qcf::Eval {
 
 namespace {
 
-template <typename Node> Node const * as(AetNodeBase const & node) {
+template <typename Node>
+Node const * as(AetNodeBase const & node) {
     bool const same = &node.typeData() == &nodeClasses()[Node::classNumber];
     return same ? static_cast<Node const *>(&node) : nullptr;
 }
 
 /// The constant set of a literal; null when it has none.
-template <typename Immediate, typename Storage> auto const * constantSet(Storage const & node) {
+template <typename Immediate, typename Storage>
+auto const * constantSet(Storage const & node) {
     auto const * const immediate = as<Immediate>(node);
     return immediate == nullptr ? nullptr : immediate->cachedGetVal();
 }

@@ -28,7 +28,8 @@ public:
 private:
     /// Operands are the same when they are one node, or one attribute.
     using Operand = void const *;
-    template <typename Node> using Tests = std::map<Operand, std::vector<Node const *>>;
+    template <typename Node>
+    using Tests = std::map<Operand, std::vector<Node const *>>;
     struct Place {
         PlanIndex const * index;
         U8 slot;
@@ -36,7 +37,8 @@ private:
     };
 
     void collect(Expression const & condition);
-    template <typename Index, typename Node> void index(Tests<Node> const & tests);
+    template <typename Index, typename Node>
+    void index(Tests<Node> const & tests);
     void shareReads();
 
     std::map<Operand, std::size_t> reads_;
@@ -72,11 +74,13 @@ private:
     template <typename Set, typename Immediate, typename Node>
     PlanStep const * setEdit(Node const & node, typename SetEditStep<Set, Node>::Edit edit,
                              bool adds);
-    template <typename Compare, typename Node> PlanStep const * intComparison(Node const & node);
+    template <typename Compare, typename Node>
+    PlanStep const * intComparison(Node const & node);
     template <typename Set, typename Immediate, typename Node>
     PlanStep const * constantSetTest(Node const & node, typename SetTestStep<Set>::Test test);
     PlanStep const * keep(std::unique_ptr<PlanStep const> step);
-    template <typename Step, typename... Arguments> PlanStep const * make(Arguments &&... arguments) {
+    template <typename Step, typename... Arguments>
+    PlanStep const * make(Arguments &&... arguments) {
         return keep(std::make_unique<Step const>(std::forward<Arguments>(arguments)...));
     }
 

@@ -10,7 +10,8 @@ namespace {
 constexpr std::size_t testsForIndex = 4;
 constexpr std::size_t readsForSlot = 2;
 
-template <typename Node> bool is(AetNodeBase const & node) {
+template <typename Node>
+bool is(AetNodeBase const & node) {
     return &node.typeData() == &nodeClasses()[Node::classNumber];
 }
 
@@ -39,28 +40,43 @@ bool isOnlyReading(Expression const & node) {
         auto const & logical = static_cast<LogicalOperatorExpression const &>(node);
         return areOnlyReading(logical.expressionList().get());
     }
-    static constexpr U16 readers[] = {
-        TriStateBoolExpression::classNumber,      IntIs::classNumber,
-        IntLessThan::classNumber,                 IntLessThanEq::classNumber,
-        IntGreaterThan::classNumber,              IntGreaterThanEq::classNumber,
-        IntInImmediateSet::classNumber,           IntInImmediateSetWithRanges::classNumber,
-        IntMatchTagSet::classNumber,              TriStateBoolIs::classNumber,
-        MacAddressIs::classNumber,                IpAddressIs::classNumber,
-        IpAddressIsAddrZero::classNumber,         IpAddressMatchPrefixList::classNumber,
-        IpPrefixIs::classNumber,                  IpPrefixCoveredBy::classNumber,
-        IpPrefixMatchPrefixList::classNumber,     IpPrefixMatchCoveredPrefixList::classNumber,
-        CommunityValueIs::classNumber,            CommunityValueIn::classNumber,
-        IntSetHasAnyImmediate::classNumber,       IntSetHasAllImmediate::classNumber,
-        IntSetHasNoneImmediate::classNumber,      IntSetAllInImmediate::classNumber,
-        IntSetIsImmediate::classNumber,           IntSetIsEmpty::classNumber,
-        IntSetMatchCommList::classNumber,         AsPathMatchAsPathAccessList::classNumber,
-        CommunitySetHasAnyImmediate::classNumber, CommunitySetHasAllImmediate::classNumber,
-        CommunitySetHasNoneImmediate::classNumber};
+    static constexpr U16 readers[] = {TriStateBoolExpression::classNumber,
+                                      IntIs::classNumber,
+                                      IntLessThan::classNumber,
+                                      IntLessThanEq::classNumber,
+                                      IntGreaterThan::classNumber,
+                                      IntGreaterThanEq::classNumber,
+                                      IntInImmediateSet::classNumber,
+                                      IntInImmediateSetWithRanges::classNumber,
+                                      IntMatchTagSet::classNumber,
+                                      TriStateBoolIs::classNumber,
+                                      MacAddressIs::classNumber,
+                                      IpAddressIs::classNumber,
+                                      IpAddressIsAddrZero::classNumber,
+                                      IpAddressMatchPrefixList::classNumber,
+                                      IpPrefixIs::classNumber,
+                                      IpPrefixCoveredBy::classNumber,
+                                      IpPrefixMatchPrefixList::classNumber,
+                                      IpPrefixMatchCoveredPrefixList::classNumber,
+                                      CommunityValueIs::classNumber,
+                                      CommunityValueIn::classNumber,
+                                      IntSetHasAnyImmediate::classNumber,
+                                      IntSetHasAllImmediate::classNumber,
+                                      IntSetHasNoneImmediate::classNumber,
+                                      IntSetAllInImmediate::classNumber,
+                                      IntSetIsImmediate::classNumber,
+                                      IntSetIsEmpty::classNumber,
+                                      IntSetMatchCommList::classNumber,
+                                      AsPathMatchAsPathAccessList::classNumber,
+                                      CommunitySetHasAnyImmediate::classNumber,
+                                      CommunitySetHasAllImmediate::classNumber,
+                                      CommunitySetHasNoneImmediate::classNumber};
     std::size_t const number = node.typeData().number();
     return std::find(std::begin(readers), std::end(readers), number) != std::end(readers);
 }
 
-template <typename Node> U64SmallVector const * constantsOf(Node const & node) {
+template <typename Node>
+U64SmallVector const * constantsOf(Node const & node) {
     bool const literal = is<IntSetImmediate>(*node.rhs());
     return literal ? static_cast<IntSetImmediate const &>(*node.rhs()).cachedGetVal() : nullptr;
 }
@@ -72,7 +88,8 @@ CommunitySmallVector const * constantsOf(CommunitySetHasAnyImmediate const & nod
 }
 
 /// Adds a test of that class against a constant set to the tests of its operand.
-template <typename Node, typename Tests> bool collectTest(Expression const & node, Tests & tests) {
+template <typename Node, typename Tests>
+bool collectTest(Expression const & node, Tests & tests) {
     if (!is<Node>(node)) {
         return false;
     }
@@ -83,7 +100,8 @@ template <typename Node, typename Tests> bool collectTest(Expression const & nod
     return true;
 }
 
-template <typename Node, typename Reads> bool collectRead(Expression const & node, Reads & reads) {
+template <typename Node, typename Reads>
+bool collectRead(Expression const & node, Reads & reads) {
     if (!is<Node>(node)) {
         return false;
     }
@@ -131,7 +149,8 @@ void ChainSharing::collect(Expression const & condition) {
     }
 }
 
-template <typename Index, typename Node> void ChainSharing::index(Tests<Node> const & tests) {
+template <typename Index, typename Node>
+void ChainSharing::index(Tests<Node> const & tests) {
     for (auto const & [operand, nodes] : tests) {
         if (nodes.size() < testsForIndex || slotCount_ == ChainMemo::slots) {
             if constexpr (std::is_same_v<Node, IntInImmediateSet>) {

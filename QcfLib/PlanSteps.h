@@ -154,7 +154,8 @@ private:
 };
 
 /// An integer compared with a constant by `Compare`, a standard comparison.
-template <typename Compare> class IntCompareStep final : public PlanStep {
+template <typename Compare>
+class IntCompareStep final : public PlanStep {
 public:
     IntCompareStep(PlanInt lhs, U64 rhs) : lhs_(lhs), rhs_(rhs) {}
     EvalResult run(PlanRun & run) const override {
@@ -180,7 +181,8 @@ private:
 };
 
 /// A set attribute tested against a constant set by `test(lhs, rhs)`.
-template <typename Set> class SetTestStep final : public PlanStep {
+template <typename Set>
+class SetTestStep final : public PlanStep {
 public:
     using Test = bool (*)(Set const *, Set const *);
 
@@ -247,8 +249,11 @@ public:
     using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 
     IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand, Arithmetic arithmetic)
-        : target_(target), place_(target.place()), range_{target.min(), target.max()},
-          operand_(operand), arithmetic_(arithmetic) {}
+        : target_(target),
+          place_(target.place()),
+          range_{target.min(), target.max()},
+          operand_(operand),
+          arithmetic_(arithmetic) {}
     EvalResult run(PlanRun & run) const override {
         U64 const current = target_.getVal(run.context);
         evalContext(run.context).modify(place_.attribute).*place_.field =
@@ -266,12 +271,16 @@ private:
 
 /// A few constants put into, or taken out of, a set attribute where it stands; where that cannot be
 /// the node does it. What an empty set becomes is known beforehand.
-template <typename Set, typename Node> class SetEditStep final : public PlanStep {
+template <typename Set, typename Node>
+class SetEditStep final : public PlanStep {
 public:
     using Edit = bool (*)(Set const *, Set const *, typename Set::Buffer const &);
 
     SetEditStep(Node const & node, Set const * constants, Edit edit, Set const * whenEmpty)
-        : node_(node), target_(*node.lhs()), constants_(constants), edit_(edit),
+        : node_(node),
+          target_(*node.lhs()),
+          constants_(constants),
+          edit_(edit),
           whenEmpty_(whenEmpty) {}
     EvalResult run(PlanRun & run) const override {
         PtrConst<Set> fresh;

@@ -8,8 +8,8 @@
 /// See AetNode.h for what every node does, QcfEvalContext.h for the context that an agent derives
 /// from, and ClientPlugin/QcfRoutingAttributeTypes.h for the route attributes.
 
-#include "QcfLib/QcfEvalCollectionsGenerated.h"
 #include "QcfLib/QcfEvalBasicTypesGenerated.h"
+#include "QcfLib/QcfEvalCollectionsGenerated.h"
 #include "QcfLib/QcfEvalCommunityTypesGenerated.h"
 #include "QcfLib/QcfEvalContext.h"
 #include "QcfLib/QcfEvalGenerated.h"

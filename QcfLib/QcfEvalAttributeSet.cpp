@@ -53,7 +53,8 @@ std::string_view quoted(CharRange & text) {
 
 bool readBool(CharRange & text) {
     static constexpr std::pair<std::string_view, bool> spellings[] = {
-        {"True", true}, {"False", false}, {"true", true}, {"false", false}, {"1", true}, {"0", false}};
+        {"True", true},   {"False", false}, {"true", true},
+        {"false", false}, {"1", true},      {"0", false}};
     for (auto const & [spelling, value] : spellings) {
         if (consume(text, spelling)) {
             return value;
@@ -69,14 +70,16 @@ char const * ModifiableAttributeSetNames::name(std::size_t bit) {
     return attributeFlags[modifiableFlags[bit]].name;
 }
 
-template <typename Names> FlagSet<Names>::FlagSet(U64 bits) : bits_(bits) {
+template <typename Names>
+FlagSet<Names>::FlagSet(U64 bits) : bits_(bits) {
     if ((bits >> width) != 0) {
-        throw std::out_of_range(String(Names::type) + " has " + std::to_string(width) +
-                                " flags, " + std::to_string(bits) + " sets others");
+        throw std::out_of_range(String(Names::type) + " has " + std::to_string(width) + " flags, " +
+                                std::to_string(bits) + " sets others");
     }
 }
 
-template <typename Names> FlagSet<Names>::FlagSet(CharRange & text) {
+template <typename Names>
+FlagSet<Names>::FlagSet(CharRange & text) {
     expect(text, "Value(");
     if (auto const type = quoted(text); type != Names::type) {
         throw ParseError(Names::type, type);
@@ -99,7 +102,8 @@ template <typename Names> FlagSet<Names>::FlagSet(CharRange & text) {
     expect(text, ")");
 }
 
-template <typename Names> FlagSet<Names> FlagSet<Names>::strepToValue(String const & text) {
+template <typename Names>
+FlagSet<Names> FlagSet<Names>::strepToValue(String const & text) {
     CharRange range(text);
     FlagSet set(range);
     skipBlanks(range);
@@ -109,7 +113,8 @@ template <typename Names> FlagSet<Names> FlagSet<Names>::strepToValue(String con
     return set;
 }
 
-template <typename Names> std::size_t FlagSet<Names>::bitOf(std::string_view name) {
+template <typename Names>
+std::size_t FlagSet<Names>::bitOf(std::string_view name) {
     std::size_t bit = 0;
     while (bit < width && name != Names::name(bit)) {
         ++bit;
@@ -117,11 +122,12 @@ template <typename Names> std::size_t FlagSet<Names>::bitOf(std::string_view nam
     return bit;
 }
 
-template <typename Names> std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set) {
+template <typename Names>
+std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set) {
     out << "Value('" << Names::type << "', ** {";
     for (std::size_t bit = 0; bit < Names::width; ++bit) {
-        out << (bit == 0 ? "'" : ", '") << Names::name(bit) << "': "
-            << (set.contains(bit) ? "True" : "False");
+        out << (bit == 0 ? "'" : ", '") << Names::name(bit)
+            << "': " << (set.contains(bit) ? "True" : "False");
     }
     return out << "})";
 }
@@ -131,7 +137,8 @@ template class FlagSet<ModifiableAttributeSetNames>;
 template std::ostream & operator<<(std::ostream &, AttributeSet const &);
 template std::ostream & operator<<(std::ostream &, ModifiableAttributeSet const &);
 
-void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read, bool write) {
+void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read,
+                                  bool write) {
     if (read || write) {
         out << name << " = " << (read ? "read" : "") << (read && write ? "/" : "")
             << (write ? "write" : "") << "\n";
@@ -144,7 +151,8 @@ String AccessibleAttributes::toStrep() const {
         auto const & flag = attributeFlags[bit];
         bool const write = flag.writeBit >= 0 &&
                            writableAttributes.contains(static_cast<std::size_t>(flag.writeBit));
-        formatReadWriteAttributeFlag(out, flag.languageName, readableAttributes.contains(bit), write);
+        formatReadWriteAttributeFlag(out, flag.languageName, readableAttributes.contains(bit),
+                                     write);
     }
     return out.str();
 }

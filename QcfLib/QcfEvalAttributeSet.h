@@ -9,13 +9,14 @@
 
 namespace Qcf::Eval {
 
-/// A dense set of named attribute flags in one word, bit 0 first. `Names` gives the set's type name,
-/// its width and the name of each bit.
+/// A dense set of named attribute flags in one word, bit 0 first. `Names` gives the set's type
+/// name, its width and the name of each bit.
 ///
 /// Text form: `Value('Qcf::Eval::AttributeSet', ** {'afi': True, 'afi_safi': False, ...})`. Reading
 /// accepts blanks anywhere between the parts, flags in any order, left-out flags as false, and the
 /// values True, False, true, false, 1 and 0.
-template <typename Names> class FlagSet {
+template <typename Names>
+class FlagSet {
 public:
     static constexpr std::size_t width = Names::width;
 
@@ -57,7 +58,8 @@ using AttributeSet = FlagSet<AttributeSetNames>;
 /// Attributes that a function writes.
 using ModifiableAttributeSet = FlagSet<ModifiableAttributeSetNames>;
 
-template <typename Names> std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set);
+template <typename Names>
+std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set);
 
 extern template class FlagSet<AttributeSetNames>;
 extern template class FlagSet<ModifiableAttributeSetNames>;
@@ -76,6 +78,7 @@ struct AccessibleAttributes {
 };
 
 /// Writes `name = read`, `name = read/write` or `name = write` and a line end; nothing for neither.
-void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read, bool write);
+void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read,
+                                  bool write);
 
 } // namespace Qcf::Eval

@@ -18,7 +18,9 @@ class FunctionBase : public Expression {
 public:
     FunctionBase(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
                  Routing::Policy::RouteMapFeatures features)
-        : Expression(aetNodeKey), funcName_(std::move(funcName)), metadata_(std::move(metadata)),
+        : Expression(aetNodeKey),
+          funcName_(std::move(funcName)),
+          metadata_(std::move(metadata)),
           features_(std::move(features)) {}
 
     String const & funcName() const { return funcName_; }

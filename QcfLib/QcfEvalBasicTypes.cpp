@@ -68,5 +68,4 @@ TriStateBoolValue TriStateBoolVariable::getVal(Ptr<EvalContextBase const> const 
     return (*triStateBoolTypeArgValues)[argVectorIndex_];
 }
 
-
 } // namespace Qcf::Eval

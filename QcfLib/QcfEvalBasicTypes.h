@@ -100,8 +100,7 @@ public:
 class Esi : public StorageType {
 public:
     using StorageType::StorageType;
-    virtual std::optional<Evpn::Esid>
-    getVal(Ptr<EvalContextBase const> const & context) const = 0;
+    virtual std::optional<Evpn::Esid> getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
 class Interface : public StorageType {
@@ -151,7 +150,8 @@ public:
 /// Base of the nodes that yield a set. A set is lent: `lendVal` gives a plain pointer that is good
 /// until the attribute is written or the context is reset, and puts a set that had to be built for
 /// this call into `fresh`. Null and empty both mean the empty set.
-template <typename Set_> class SetStorage : public StorageType {
+template <typename Set_>
+class SetStorage : public StorageType {
 public:
     using Set = Set_;
     using StorageType::StorageType;

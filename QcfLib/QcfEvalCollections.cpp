@@ -6,7 +6,8 @@ namespace Qcf::Eval {
 
 namespace {
 
-template <typename Set> void sortWithoutDuplicates(Set & set) {
+template <typename Set>
+void sortWithoutDuplicates(Set & set) {
     auto & values = set.values();
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());
@@ -17,7 +18,8 @@ template <typename Set> void sortWithoutDuplicates(Set & set) {
 Ptr<U64SmallVector> U64SmallVector::U64SmallVectorIs(ModifyFlag modifyFlag) {
     return makePtr<U64SmallVector>(modifyFlag);
 }
-Ptr<U64UnsortedSmallVector> U64UnsortedSmallVector::U64UnsortedSmallVectorIs(ModifyFlag modifyFlag) {
+Ptr<U64UnsortedSmallVector>
+U64UnsortedSmallVector::U64UnsortedSmallVectorIs(ModifyFlag modifyFlag) {
     return makePtr<U64UnsortedSmallVector>(modifyFlag);
 }
 Ptr<CommunitySmallVector> CommunitySmallVector::CommunitySmallVectorIs(ModifyFlag modifyFlag) {
@@ -81,7 +83,8 @@ bool CommunitySmallVector::contains(Acl::CommunityValue const & value) const {
 bool CommunitySmallVector::isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b) {
     return setsEqual(a, b);
 }
-bool CommunitySmallVector::isSubset(CommunitySmallVector const * a, CommunitySmallVector const * b) {
+bool CommunitySmallVector::isSubset(CommunitySmallVector const * a,
+                                    CommunitySmallVector const * b) {
     return setIsSubset(a, b);
 }
 bool CommunitySmallVector::hasAny(CommunitySmallVector const * a, CommunitySmallVector const * b) {
@@ -92,14 +95,14 @@ PtrConst<CommunitySmallVector> CommunitySmallVector::add(PtrConst<CommunitySmall
                                                          CommunityBuffer & scratch) {
     return setAdd(a, b, scratch);
 }
-PtrConst<CommunitySmallVector> CommunitySmallVector::remove(PtrConst<CommunitySmallVector> const & a,
-                                                            PtrConst<CommunitySmallVector> const & b,
-                                                            CommunityBuffer & scratch) {
+PtrConst<CommunitySmallVector>
+CommunitySmallVector::remove(PtrConst<CommunitySmallVector> const & a,
+                             PtrConst<CommunitySmallVector> const & b, CommunityBuffer & scratch) {
     return setRemove(a, b, scratch);
 }
-PtrConst<CommunitySmallVector> CommunitySmallVector::retain(PtrConst<CommunitySmallVector> const & a,
-                                                            PtrConst<CommunitySmallVector> const & b,
-                                                            CommunityBuffer & scratch) {
+PtrConst<CommunitySmallVector>
+CommunitySmallVector::retain(PtrConst<CommunitySmallVector> const & a,
+                             PtrConst<CommunitySmallVector> const & b, CommunityBuffer & scratch) {
     return setRetain(a, b, scratch);
 }
 String CommunitySmallVector::toStrep() const { return setToStrep(*this); }

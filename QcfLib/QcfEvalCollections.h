@@ -4,11 +4,11 @@
 #include "Platform/Framework/Slab.h"
 #include "Platform/Framework/Types.h"
 #include "Platform/Routing/CommunityValue.h"
-
 #include "QcfLib/MembershipFilter.h"
 
-#include <boost/container/small_vector.hpp>
 #include <memory>
+
+#include <boost/container/small_vector.hpp>
 
 namespace Qcf::Eval {
 
@@ -27,7 +27,8 @@ enum class ModifyFlag : U8 {
 /// What the three containers share: a flag and values. A null pointer to a container and an empty
 /// container mean the same everywhere: the empty set. A container belongs to one evaluating thread,
 /// or is constant.
-template <typename Buffer_> class ValueVector : public PtrInterface {
+template <typename Buffer_>
+class ValueVector : public PtrInterface {
 public:
     using Buffer = Buffer_;
     using Value = typename Buffer::value_type;
@@ -96,7 +97,9 @@ public:
     String toStrep() const;
 
     static void * operator new(std::size_t) { return Slab<U64SmallVector>::allocate(); }
-    static void operator delete(void * memory) noexcept { Slab<U64SmallVector>::deallocate(memory); }
+    static void operator delete(void * memory) noexcept {
+        Slab<U64SmallVector>::deallocate(memory);
+    }
 };
 
 /// A list of unsigned integers in the order of insertion; duplicates are kept.

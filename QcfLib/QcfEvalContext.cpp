@@ -7,9 +7,9 @@ namespace Qcf::Eval {
 
 EvalContextBase::EvalContextBase(PtrConst<ExternalMatchersBase> externalMatchers,
                                  Routing::Policy::Result_ * result)
-    : externalMatchers_(externalMatchers ? std::move(externalMatchers)
-                                         : PtrConst<ExternalMatchersBase>(
-                                               makePtr<ExternalMatchersBase>())),
+    : externalMatchers_(externalMatchers
+                            ? std::move(externalMatchers)
+                            : PtrConst<ExternalMatchersBase>(makePtr<ExternalMatchersBase>())),
       result_(result) {}
 
 EvalContext::EvalContext(PtrConst<ExternalMatchersBase> externalMatchers,

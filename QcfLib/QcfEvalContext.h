@@ -77,9 +77,8 @@ public:
                                          PtrConst<LargeCommListStatus> const & status) const;
     virtual CommunitySetPtr
     largeCommAssignLargeCommList(PtrConst<LargeCommListStatus> const & status);
-    virtual CommunitySetPtr
-    largeCommAddLargeCommList(CommunitySetPtr const & set,
-                              PtrConst<LargeCommListStatus> const & status);
+    virtual CommunitySetPtr largeCommAddLargeCommList(CommunitySetPtr const & set,
+                                                      PtrConst<LargeCommListStatus> const & status);
     virtual CommunitySetPtr
     largeCommRemoveLargeCommList(CommunitySetPtr const & set,
                                  PtrConst<LargeCommListStatus> const & status);

@@ -8,7 +8,8 @@ namespace Qcf::Eval {
 /// The result of a set operation, made when its first value arrives. Where the first operand may be
 /// overwritten the values gather in the scratch buffer (the operand is still being read) and move
 /// into it at the end; else a new `reuseOnWrite` set takes them.
-template <typename Set> class LazySmallVector {
+template <typename Set>
+class LazySmallVector {
 public:
     using Value = typename Set::Value;
     using value_type = Value; // for std::back_inserter

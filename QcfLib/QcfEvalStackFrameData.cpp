@@ -14,7 +14,8 @@ void push(Ptr<Container> & container, Value const & value) {
     container->values.push_back(value);
 }
 
-template <typename Container> bool sameValues(Ptr<Container> const & a, Ptr<Container> const & b) {
+template <typename Container>
+bool sameValues(Ptr<Container> const & a, Ptr<Container> const & b) {
     return a == b || (a && b && a->values == b->values);
 }
 

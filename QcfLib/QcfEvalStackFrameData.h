@@ -5,8 +5,9 @@
 #include "QcfLib/QcfDebugEvaluationLog.h"
 #include "QcfLib/RoutingTypes.h"
 
-#include <boost/container/small_vector.hpp>
 #include <iosfwd>
+
+#include <boost/container/small_vector.hpp>
 
 namespace Qcf::Eval {
 
@@ -33,7 +34,8 @@ using PrefixListTypeArgumentVector = ArgumentVector<Routing::Policy::PrefixListM
 using TriStateBoolTypeArgumentVector = ArgumentVector<TriStateBoolValue>;
 
 /// The arguments of one type of one call, in push order.
-template <typename Vector> class ArgumentContainer final : public PtrInterface {
+template <typename Vector>
+class ArgumentContainer final : public PtrInterface {
 public:
     Vector values;
 

@@ -32,7 +32,8 @@ public:
           lowerBounds_(lowerBounds ? lowerBounds->lendVal(context, freshLower_) : nullptr),
           upperBounds_(upperBounds ? upperBounds->lendVal(context, freshUpper_) : nullptr) {}
 
-    template <typename Value> bool contain(Value value) const {
+    template <typename Value>
+    bool contain(Value value) const {
         return containedInSingletonsOrRanges(value, singletons_, lowerBounds_, upperBounds_);
     }
 

@@ -9,17 +9,21 @@
 /// predicates allocate nothing. Private to the set containers and what extends them.
 namespace Qcf::Eval {
 
-template <typename Set> bool isEmptySet(Set const * set) { return set == nullptr || set->empty(); }
+template <typename Set>
+bool isEmptySet(Set const * set) {
+    return set == nullptr || set->empty();
+}
 
-template <typename Set> bool setsEqual(Set const * a, Set const * b) {
+template <typename Set>
+bool setsEqual(Set const * a, Set const * b) {
     if (isEmptySet(a) || isEmptySet(b)) {
         return isEmptySet(a) && isEmptySet(b);
     }
     return a->count() == b->count() && std::equal(a->begin(), a->end(), b->begin());
 }
 
-/// Up to so many values are looked at one after the other without a branch between them, which costs
-/// less than the mispredicted branches of a bisection.
+/// Up to so many values are looked at one after the other without a branch between them, which
+/// costs less than the mispredicted branches of a bisection.
 inline constexpr std::size_t smallSet = 24;
 
 template <typename Values, typename Value>
@@ -45,7 +49,8 @@ std::size_t countBelow(Values const & values, Value const & value) {
     return below;
 }
 
-template <typename Set, typename Value> bool setContains(Set const & set, Value const & value) {
+template <typename Set, typename Value>
+bool setContains(Set const & set, Value const & value) {
     if (set.filter() != nullptr && !set.filter()->mayContain(value)) {
         return false;
     }
@@ -72,7 +77,8 @@ Iterator gallop(Iterator from, Iterator end, Value const & value) {
 }
 
 /// `a` contained in `b`.
-template <typename Set> bool setIsSubset(Set const * a, Set const * b) {
+template <typename Set>
+bool setIsSubset(Set const * a, Set const * b) {
     if (isEmptySet(a)) {
         return true;
     }
@@ -100,7 +106,8 @@ template <typename Set> bool setIsSubset(Set const * a, Set const * b) {
 }
 
 /// Whether the values of the smaller set occur in the larger, each searched for.
-template <typename Set> bool anyFound(Set const & few, Set const & many) {
+template <typename Set>
+bool anyFound(Set const & few, Set const & many) {
     if (many.filter() != nullptr) {
         return std::any_of(few.begin(), few.end(),
                            [&](auto const & value) { return setContains(many, value); });
@@ -119,7 +126,8 @@ template <typename Set> bool anyFound(Set const & few, Set const & many) {
 }
 
 /// `a` and `b` share a value.
-template <typename Set> bool setHasAny(Set const * a, Set const * b) {
+template <typename Set>
+bool setHasAny(Set const * a, Set const * b) {
     if (isEmptySet(a) || isEmptySet(b)) {
         return false;
     }
@@ -149,11 +157,12 @@ template <typename Set> bool setHasAny(Set const * a, Set const * b) {
     return false;
 }
 
-/// So few values are put into, or taken out of, a set that may be overwritten where they stand; more
-/// are merged through the scratch buffer.
+/// So few values are put into, or taken out of, a set that may be overwritten where they stand;
+/// more are merged through the scratch buffer.
 inline constexpr std::size_t fewValues = 8;
 
-template <typename Set> void insertInPlace(Set & set, Set const & few) {
+template <typename Set>
+void insertInPlace(Set & set, Set const & few) {
     auto & values = set.values();
     std::size_t const before = values.size();
     for (auto const & value : few) {
@@ -167,7 +176,8 @@ template <typename Set> void insertInPlace(Set & set, Set const & few) {
     }
 }
 
-template <typename Set> void eraseInPlace(Set & set, Set const & few) {
+template <typename Set>
+void eraseInPlace(Set & set, Set const & few) {
     auto & values = set.values();
     std::size_t const before = values.size();
     for (auto const & value : few) {
@@ -268,7 +278,8 @@ PtrConst<Set> setRetain(PtrConst<Set> const & a, PtrConst<Set> const & b,
     return result.get();
 }
 
-template <typename Set> String setToStrep(Set const & set) {
+template <typename Set>
+String setToStrep(Set const & set) {
     std::ostringstream out;
     char const * separator = "";
     for (auto const & value : set) {

@@ -86,7 +86,9 @@ void addInstructions(std::vector<PolicyResult> & results, std::vector<String> co
         return;
     }
     fs::path const directory = pattern;
-    std::vector<String> words{"valgrind", "--tool=callgrind", "--instr-atstart=no",
+    std::vector<String> words{"valgrind",
+                              "--tool=callgrind",
+                              "--instr-atstart=no",
                               "--collect-atstart=no",
                               "--callgrind-out-file=" + (directory / "out").string(),
                               fs::read_symlink("/proc/self/exe").string()};

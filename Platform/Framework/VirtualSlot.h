@@ -5,8 +5,9 @@
 
 /// Whether a derived class overrides a virtual operation, asked without calling it.
 ///
-/// Reads the table of virtual functions as the Itanium C++ ABI lays it out, which is that of GCC and
-/// Clang on every Unix. Elsewhere the answer is always yes, which costs a call and nothing else.
+/// Reads the table of virtual functions as the Itanium C++ ABI lays it out, which is that of GCC
+/// and Clang on every Unix. Elsewhere the answer is always yes, which costs a call and nothing
+/// else.
 #if defined(__GXX_ABI_VERSION)
 #define QCF_VIRTUAL_SLOTS_READABLE 1
 #else
@@ -17,7 +18,8 @@
 /// base's own.
 using VirtualSlots = unsigned char const *;
 
-template <typename Object> VirtualSlots virtualSlotsOf(Object const & object) {
+template <typename Object>
+VirtualSlots virtualSlotsOf(Object const & object) {
     VirtualSlots slots = nullptr;
     std::memcpy(&slots, static_cast<void const *>(&object), sizeof slots);
     return slots;

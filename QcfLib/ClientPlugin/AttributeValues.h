@@ -7,7 +7,8 @@
 namespace Qcf::Eval::Attribute {
 
 /// A modifiable integer, asserted to be in its attribute's range.
-template <typename Attribute> U64 valueInRange(Attribute const & attribute, U64 val) {
+template <typename Attribute>
+U64 valueInRange(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
     QCF_ASSERT(val >= min() && val <= max());
@@ -15,7 +16,8 @@ template <typename Attribute> U64 valueInRange(Attribute const & attribute, U64 
 }
 
 /// The same for an attribute whose default value lies outside its range.
-template <typename Attribute> U64 valueOrDefault(Attribute const & attribute, U64 val) {
+template <typename Attribute>
+U64 valueOrDefault(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
     auto const defaultValue = [&] { return attribute.Attribute::defaultValue(); };
@@ -25,12 +27,14 @@ template <typename Attribute> U64 valueOrDefault(Attribute const & attribute, U6
 }
 
 /// Number of elements; 0 for null.
-template <typename Set> U64 count(Set const * set, EvalContext const & /*context*/) {
+template <typename Set>
+U64 count(Set const * set, EvalContext const & /*context*/) {
     return set == nullptr ? 0 : set->count();
 }
 
 /// 4, 6, or 0 for none; of an address or a prefix.
-template <typename Value> U64 ipVersion(Value const & value, EvalContext const & /*context*/) {
+template <typename Value>
+U64 ipVersion(Value const & value, EvalContext const & /*context*/) {
     return static_cast<U64>(value.af());
 }
 
@@ -52,7 +56,8 @@ inline U64 lastAs(Path const * path, EvalContext const & /*context*/) {
 inline U64 originAs(Path const * path, EvalContext const & context) {
     bool known = false;
     Path const empty;
-    U32 const asn = Routing::Bgp::originAs(path == nullptr ? empty : *path, context.localAs(), known);
+    U32 const asn =
+        Routing::Bgp::originAs(path == nullptr ? empty : *path, context.localAs(), known);
     return known ? asn : 0;
 }
 

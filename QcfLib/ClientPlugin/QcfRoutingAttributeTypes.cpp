@@ -124,7 +124,8 @@ Routing::Isis::Level isisLevelFromVector(Ptr<U64SmallVector const> const & set) 
     }
     bool const one = set->contains(1);
     bool const two = set->contains(2);
-    bool const valid = set->count() == static_cast<std::size_t>(one) + static_cast<std::size_t>(two);
+    bool const valid =
+        set->count() == static_cast<std::size_t>(one) + static_cast<std::size_t>(two);
     QCF_ASSERT_TEXT(valid, "0 && \"isisLevel does not have a valid value\"");
     if (one && two) {
         return Level::level1And2;

@@ -5,11 +5,12 @@
 #include "Documents/Program.h"
 #include "QcfLib/QcfEval.h"
 
-#include <gtest/gtest.h>
 #include <map>
 
-/// The log of the example policies tells of everything that was evaluated: held against an evaluator
-/// of its own that notes each statement, operand and logical operator as it goes.
+#include <gtest/gtest.h>
+
+/// The log of the example policies tells of everything that was evaluated: held against an
+/// evaluator of its own that notes each statement, operand and logical operator as it goes.
 using namespace Qcf::Agent;
 using namespace Qcf::Eval;
 
@@ -37,7 +38,8 @@ public:
     }
 
 private:
-    template <typename Node> static Node const * as(AetNodeBase const & node) {
+    template <typename Node>
+    static Node const * as(AetNodeBase const & node) {
         return dynamic_cast<Node const *>(&node);
     }
 

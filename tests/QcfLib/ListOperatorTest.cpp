@@ -48,7 +48,8 @@ public:
     PtrConst<AetNodeBase> readNode(FieldInfo const &) override { return lhs_; }
 
 private:
-    template <typename Value> void give(Value & value) {
+    template <typename Value>
+    void give(Value & value) {
         if constexpr (std::is_same_v<Value, U16>) {
             value = index_;
         } else if constexpr (std::is_same_v<Value, String>) {
@@ -147,7 +148,8 @@ TEST(ListOperators, SanityIsASlotThatTheMetadataKnows) {
     TraceFacility & facility = *TraceFacility::find("QcfEval");
     TraceFacility::sinkIs([&](int level, String const & text) { lines.push_back({level, text}); });
     Qcf::FunctionMetadata metadata;
-    Qcf::FunctionMetadata::eachKind(metadata, [](char const *, Qcf::SlotMap & map) { map["CL"] = 3; });
+    Qcf::FunctionMetadata::eachKind(metadata,
+                                    [](char const *, Qcf::SlotMap & map) { map["CL"] = 3; });
     auto classes = listClasses();
     for (char const * const more : {"IntMatchTagSet", "AsPathMatchAsPathAccessList"}) {
         classes.push_back({findNodeClass(more), "", true, true, ""});
@@ -199,8 +201,8 @@ TEST(PrefixLists, WhichMatcherAListStandsFor) {
         AddressFamily asked;
         PrefixListMatcher const * expected;
     } const cases[] = {
-        {1, true, v4, list4.get()},  {1, true, v6, nullptr},      {1, true, none, list4.get()},
-        {1, false, v6, list6.get()}, {1, false, v4, nullptr},     {1, false, none, list6.get()},
+        {1, true, v4, list4.get()},  {1, true, v6, nullptr},       {1, true, none, list4.get()},
+        {1, false, v6, list6.get()}, {1, false, v4, nullptr},      {1, false, none, list6.get()},
         {0, true, v4, nullptr},      {65535, true, none, nullptr}, {65535, false, v6, nullptr},
     };
     for (Case const & c : cases) {
@@ -237,8 +239,9 @@ TEST(PrefixLists, DynamicOnesAreInUseForSomeVrfsOfOutboundSessions) {
         bool outbound;
         U16 index;
         bool active;
-    } const cases[] = {{1, true, 1, true},  {1, false, 1, false}, {2, true, 1, false},
-                       {3, true, 1, false}, {1, true, 2, false},  {EvalContext::noVrf, true, 1, false}};
+    } const cases[] = {{1, true, 1, true},  {1, false, 1, false},
+                       {2, true, 1, false}, {3, true, 1, false},
+                       {1, true, 2, false}, {EvalContext::noVrf, true, 1, false}};
     for (Case const & c : cases) {
         context->vrf = c.vrf;
         context->outbound = c.outbound;
@@ -310,13 +313,12 @@ TEST(PrefixLists, Sanity) {
     TraceFacility::find("QcfEval")->levelIs(0);
     TraceFacility::sinkIs({});
     String const of4 = "PrefixListImmediate::verifySanity: indexInAet=4 indexInMetadata=";
-    EXPECT_EQ(lines,
-              (std::vector<String>{
-                  of4 + "4", of4 + "6",
-                  "PrefixListImmediate::verifySanity: indexInAet=0 indexInMetadata=0",
-                  "DynamicPrefixListImmediate::verifySanity: indexInAet=7 indexInMetadata=7",
-                  "DynamicPrefixListImmediate::verifySanity: indexInAet=6 indexInMetadata=7",
-                  of4 + "4", "IpPrefixMatchPrefixList::verifySanity: exprSane=1", of4 + "4",
-                  "IpAddressCoveredPrefixList::verifySanity: exprSane=1", of4 + "0",
-                  "IpAddressMatchPrefixList::verifySanity: exprSane=0"}));
+    EXPECT_EQ(lines, (std::vector<String>{
+                         of4 + "4", of4 + "6",
+                         "PrefixListImmediate::verifySanity: indexInAet=0 indexInMetadata=0",
+                         "DynamicPrefixListImmediate::verifySanity: indexInAet=7 indexInMetadata=7",
+                         "DynamicPrefixListImmediate::verifySanity: indexInAet=6 indexInMetadata=7",
+                         of4 + "4", "IpPrefixMatchPrefixList::verifySanity: exprSane=1", of4 + "4",
+                         "IpAddressCoveredPrefixList::verifySanity: exprSane=1", of4 + "0",
+                         "IpAddressMatchPrefixList::verifySanity: exprSane=0"}));
 }

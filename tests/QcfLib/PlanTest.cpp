@@ -1,4 +1,5 @@
 #include "QcfLib/Plan.h"
+
 #include "tests/support/RecordingContext.h"
 #include "tests/support/Trees.h"
 
@@ -102,7 +103,8 @@ private:
         case 8:
             return make<IntSetHasAnyImmediate>(make<Attribute::Community>(), constants());
         case 9:
-            return make<CommunitySetHasAnyImmediate>(make<Attribute::LargeCommunity>(), communities());
+            return make<CommunitySetHasAnyImmediate>(make<Attribute::LargeCommunity>(),
+                                                     communities());
         case 10:
             return make<IntSetHasAllImmediate>(make<Attribute::Community>(), constants());
         default:
@@ -236,9 +238,9 @@ TEST(Plans, ExceptionsOfAccessorsLeaveThemUsable) {
 TEST(PlansDeathTest, ReturnHasNoPlaceInAnOperand) {
     PlansEnabled const on(true);
     auto const x = scripted(QcfTrue(), TerminationFlag::returnToCaller);
-    PtrConst<Expression> const nodes[] = {
-        make<NotExpression>(x), returns(x), logical("and", {x, x}),
-        make<IfExpression>(x, block({}), nullptr)};
+    PtrConst<Expression> const nodes[] = {make<NotExpression>(x), returns(x),
+                                          logical("and", {x, x}),
+                                          make<IfExpression>(x, block({}), nullptr)};
     for (auto const & node : nodes) {
         auto const f = function({node});
         EXPECT_DEATH(f->eval(makePtr<RecordingContext>()), "assertion failed: false \\(");

@@ -76,12 +76,12 @@ Ptr<Function> policy() {
          make<IntSetAssignImmediate>(make<Attribute::IsisLevel>(), intSet({1})),
          make<CommunitySetAssignImmediate>(ext, communitySet({{0x4004000000000001, 0}})),
          make<ExtCommunitySetAddImmediate>(ext, communitySet({{0x4004000000000002, 0}, {1, 0}})),
-         make<IfExpression>(
-             logical("and", {make<IntLessThan>(med, number(100)),
-                             make<IntSetHasAnyImmediate>(community, intSet(many)),
-                             make<IntInImmediateSetWithRanges>(med, intSet({1}), intList({5}),
-                                                               intList({50}))}),
-             block({call(callee, {number(1)})}), block({make<IntAssign>(med, number(9))})),
+         make<IfExpression>(logical("and", {make<IntLessThan>(med, number(100)),
+                                            make<IntSetHasAnyImmediate>(community, intSet(many)),
+                                            make<IntInImmediateSetWithRanges>(
+                                                med, intSet({1}), intList({5}), intList({50}))}),
+                            block({call(callee, {number(1)})}),
+                            block({make<IntAssign>(med, number(9))})),
          make<AsPathPrepend>(make<Attribute::AsPath>(), intList({65001, 65001})), accepts()});
 }
 
@@ -168,8 +168,9 @@ TEST(SharedTrees, ConstantsStayWhatTheyAreOverAMillionRoutes) {
                              make<CommunitySetAddImmediate>(ext, other),
                              make<ExtCommunitySetAddImmediate>(ext, other), accepts()});
     auto const constants = [&] {
-        return assigned->getVal(nullptr)->toStrep() + " " + added->getVal(nullptr)->toStrep() + " " +
-               linkBandwidth->getVal(nullptr)->toStrep() + " " + other->getVal(nullptr)->toStrep();
+        return assigned->getVal(nullptr)->toStrep() + " " + added->getVal(nullptr)->toStrep() +
+               " " + linkBandwidth->getVal(nullptr)->toStrep() + " " +
+               other->getVal(nullptr)->toStrep();
     };
     String const before = constants();
     auto const evaluateHalf = [&] {
@@ -188,7 +189,8 @@ TEST(SharedTrees, ChainsDieInWhicheverThreadIsLast) {
         std::vector<std::thread> threads;
         for (int i = 0; i < 3; ++i) {
             threads.emplace_back([mine = list]() mutable {
-                EXPECT_EQ(mine->entry()->typeData().number(), std::size_t{IntImmediate::classNumber});
+                EXPECT_EQ(mine->entry()->typeData().number(),
+                          std::size_t{IntImmediate::classNumber});
                 auto const tail = PtrConst<IntLinkedList>(mine->next().get());
                 mine = nullptr;
                 EXPECT_TRUE(tail->next());
