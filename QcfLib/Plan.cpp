@@ -8,7 +8,7 @@ namespace Qcf::Eval {
 std::atomic<bool> Plan::enabled_{true};
 
 Plan::Plan(Function const & function) {
-    PlanLowering lowering(steps_);
+    PlanLowering lowering(steps_, indexes_);
     body_ = lowering.statements(*function.body());
 }
 

@@ -38,6 +38,7 @@ private:
     static std::atomic<bool> enabled_;
 
     std::vector<std::unique_ptr<PlanStep const>> steps_;
+    std::vector<std::unique_ptr<PlanIndex const>> indexes_; ///< that steps ask
     StepList body_;
 };
 

@@ -104,9 +104,7 @@ PlanStep const * PlanLowering::ifChain(IfExpression const & head) {
     PlanStep const * const elseBlock = otherwise ? expression(*otherwise) : nullptr;
     sharing_ = outer;
     bool const usesMemo = sharing.any();
-    for (auto & index : sharing.takeIndexes()) {
-        keep(std::move(index));
-    }
+    sharing.moveIndexes(indexes_);
     return make<IfChainStep>(std::move(clauses), elseBlock, usesMemo);
 }
 

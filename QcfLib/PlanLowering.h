@@ -22,8 +22,8 @@ public:
     U8 slotOf(Int const & operand) const;
     /// The step that answers a test from an index; null when the test is in none.
     Step indexed(Expression const & test) const;
-    /// The indexes, to be kept with the steps. To be called once, at the end.
-    std::vector<Step> takeIndexes();
+    /// Moves the indexes to whoever keeps the steps. To be called once, at the end.
+    void moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper);
 
 private:
     /// Operands are the same when they are one node, or one attribute.
@@ -55,7 +55,10 @@ private:
 /// Makes the steps of a function's nodes. A node that it does not know becomes a NodeStep.
 class PlanLowering {
 public:
-    explicit PlanLowering(std::vector<std::unique_ptr<PlanStep const>> & steps) : steps_(steps) {}
+    /// Steps and indexes are put into the two lists, which the plan keeps.
+    PlanLowering(std::vector<std::unique_ptr<PlanStep const>> & steps,
+                 std::vector<std::unique_ptr<PlanIndex const>> & indexes)
+        : steps_(steps), indexes_(indexes) {}
 
     StepList statements(Block const & block);
     PlanStep const * expression(Expression const & node);
@@ -85,6 +88,7 @@ private:
     }
 
     std::vector<std::unique_ptr<PlanStep const>> & steps_;
+    std::vector<std::unique_ptr<PlanIndex const>> & indexes_;
     ChainSharing const * sharing_ = nullptr; ///< while the conditions of a chain are lowered
 };
 

@@ -193,13 +193,11 @@ ChainSharing::Step ChainSharing::indexed(Expression const & test) const {
     return std::make_unique<IndexedTestStep const>(*index, slot, number);
 }
 
-std::vector<ChainSharing::Step> ChainSharing::takeIndexes() {
-    std::vector<Step> holders;
+void ChainSharing::moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper) {
     for (auto & index : indexes_) {
-        holders.push_back(std::make_unique<IndexHolder const>(std::move(index)));
+        keeper.push_back(std::move(index));
     }
     indexes_.clear();
-    return holders;
 }
 
 } // namespace Qcf::Eval

@@ -219,16 +219,6 @@ private:
     U8 test_;
 };
 
-/// Keeps an index alive with the steps that ask it.
-class IndexHolder final : public PlanStep {
-public:
-    explicit IndexHolder(std::unique_ptr<PlanIndex const> index) : index_(std::move(index)) {}
-    EvalResult run(PlanRun & /*run*/) const override { return {}; }
-
-private:
-    std::unique_ptr<PlanIndex const> index_;
-};
-
 /// An integer attribute set to a constant that is within its range already.
 class IntStoreStep final : public PlanStep {
 public:
