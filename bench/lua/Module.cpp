@@ -68,11 +68,16 @@ struct State {
     int route = LUA_NOREF;
 };
 
-constexpr char const * routeType = "route";
-
-/// The first argument, which must be the route.
+/// The first argument, which must be the route: its metatable is the method's second upvalue.
 PlainSlot & slotOf(lua_State * lua) {
-    return **static_cast<PlainSlot **>(luaL_checkudata(lua, 1, routeType));
+    void * const object = lua_touserdata(lua, 1);
+    bool const isRoute = object != nullptr && lua_getmetatable(lua, 1) != 0 &&
+                         lua_rawequal(lua, -1, lua_upvalueindex(2)) != 0;
+    if (!isRoute) {
+        luaL_error(lua, "a method of routes was called without one");
+    }
+    lua_pop(lua, 1);
+    return **static_cast<PlainSlot **>(object);
 }
 PlainRoute const & routeOf(lua_State * lua) { return *slotOf(lua).route; }
 template <typename Pointee>
@@ -308,11 +313,12 @@ void pushData(lua_State * lua, PlainData const & data) {
 void pushRoute(State & state) {
     lua_State * const lua = state.lua;
     *static_cast<PlainSlot **>(lua_newuserdata(lua, sizeof(PlainSlot *))) = &state.slot;
-    luaL_newmetatable(lua, routeType);
+    lua_newtable(lua);
     lua_newtable(lua);
     for (Method const & method : methods) {
         lua_pushlightuserdata(lua, const_cast<PlainData *>(state.data));
-        lua_pushcclosure(lua, method.function, 1);
+        lua_pushvalue(lua, -3);
+        lua_pushcclosure(lua, method.function, 2);
         lua_setfield(lua, -2, method.name);
     }
     lua_setfield(lua, -2, "__index");

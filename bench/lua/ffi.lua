@@ -1,274 +1,334 @@
 -- The policies over C structures: a LuaJIT script as one would write it for speed.
 local ffi = require("ffi")
 local bit = require("bit")
-local band, bor, rshift = bit.band, bit.bor, bit.rshift
+local band, bor, bxor, rshift, lshift = bit.band, bit.bor, bit.bxor, bit.rshift, bit.lshift
+local tobit = bit.tobit
 local min, max = math.min, math.max
 
+-- Words that are only compared and looked up are declared signed: LuaJIT computes with 32-bit
+-- integers as they are, and turns unsigned ones into floating-point numbers.
 ffi.cdef [[
-typedef struct { uint32_t count; uint32_t const * values; } PlainSet;
+typedef struct { uint32_t count; int32_t const * values; } PlainSet;
 typedef struct {
-    uint32_t count; uint32_t const * starts; uint32_t const * lengths; uint32_t const * hosts;
+    uint32_t count; int32_t const * starts; int32_t const * lengths; int32_t const * hosts;
 } PlainList;
 typedef struct {
-    uint32_t prefix, prefixFamily, prefixLength, nextHop, nextHopFamily;
-    uint32_t pathLength, originAs, med, localPref;
+    int32_t prefix, prefixFamily, prefixLength, nextHop, nextHopFamily;
+    int32_t pathLength, originAs;
+    uint32_t med, localPref;
     PlainSet community, largeCommunity, extCommunity;
 } PlainRoute;
 typedef struct {
     uint32_t flags, med, localPref, origin;
     uint32_t communityCount, largeCommunityCount, extCommunityCount;
-    uint32_t community[128], largeCommunity[192], extCommunity[192];
+    int32_t community[128], largeCommunity[192], extCommunity[192];
 } PlainChanges;
 typedef struct { PlainRoute const * route; PlainChanges changes; } PlainSlot;
 ]]
 
 local data, policyNumber, slotAddress = ...
+-- Everything is read through the slot, by its whole path: a pointer in a local variable is an object
+-- on the heap wherever one trace hands it to the next.
 local slot = ffi.cast("PlainSlot *", slotAddress)
-local changes = slot.changes
 local limit = 0xffffffff
+local highest = tobit(0x80000000)
 
 local function set(address) return ffi.cast("PlainSet const *", address) end
 local function list(address) return ffi.cast("PlainList const *", address) end
 
-local function permits(prefixes, address, length)
-    local starts, piece, left = prefixes.starts, 0, prefixes.count
-    while left > 1 do
-        local half = rshift(left, 1)
-        if starts[piece + half] <= address then piece = piece + half end
-        left = left - half
+-- Unsigned order of words by a signed comparison.
+local function ordered(word) return bxor(word, highest) end
+
+-- A test of the route's prefix against a list: the leading bits of the address tell the first piece
+-- that may hold it, behind which there is seldom more than one to look at.
+local function prefixTest(prefixes)
+    local shift = prefixes.count > 256 and 16 or 24
+    local first = ffi.new("int32_t[?]", 2 ^ (32 - shift))
+    local last = ffi.new("int32_t[?]", prefixes.count)
+    for i = 1, prefixes.count - 1 do last[i - 1] = ordered(prefixes.starts[i] - 1) end
+    last[prefixes.count - 1] = 0x7fffffff
+    local piece = 0
+    for i = 0, 2 ^ (32 - shift) - 1 do
+        local address = ordered(tobit(i * 2 ^ shift))
+        while last[piece] < address do piece = piece + 1 end
+        first[i] = piece
     end
-    if length == 32 then return prefixes.hosts[piece] ~= 0 end
-    return band(rshift(prefixes.lengths[piece], length), 1) ~= 0
-end
-
--- The first place of `values` from `from` on that is not below `value`.
-local function lowerBound(values, from, behind, value)
-    while from < behind do
-        local middle = rshift(from + behind, 1)
-        if values[middle] < value then from = middle + 1 else behind = middle end
+    local lengths, hosts = prefixes.lengths, prefixes.hosts
+    return function()
+        if slot.route.prefixFamily ~= 4 then return false end
+        local address, length = slot.route.prefix, slot.route.prefixLength
+        local at = first[rshift(address, shift)]
+        address = ordered(address)
+        while last[at] < address do at = at + 1 end
+        if length == 32 then return hosts[at] ~= 0 end
+        return band(rshift(lengths[at], length), 1) ~= 0
     end
-    return from
 end
 
-local function contains(values, count, value)
-    local at = lowerBound(values, 0, count, value)
-    return at < count and values[at] == value
-end
-
-local function sharesValue(few, many)
-    local n, m, a, b = few.count, many.count, few.values, many.values
-    if n == 0 or m == 0 or a[n - 1] < b[0] or b[m - 1] < a[0] then return false end
-    local at = 0
-    if m > 8 * n then
-        for i = 0, n - 1 do
-            at = lowerBound(b, at, m, a[i])
-            if at < m and b[at] == a[i] then return true end
-        end
-        return false
-    end
-    local i = 0
-    while i < n and at < m do
-        local x, y = a[i], b[at]
-        if x == y then return true end
-        if x < y then i = i + 1 else at = at + 1 end
-    end
-    return false
-end
-
--- The route's communities without two values (or none) and with another, in order.
-local function changeCommunity(route, removed1, removed2, added)
-    local from, to, kept, put = route.community.values, changes.community, 0, false
-    for i = 0, route.community.count - 1 do
-        local value = from[i]
-        if not put and value >= added then
-            to[kept] = added
-            kept, put = kept + 1, true
-        end
-        if value ~= removed1 and value ~= removed2 and value ~= added then
-            to[kept] = value
-            kept = kept + 1
-        end
-    end
-    if not put then
-        to[kept] = added
-        kept = kept + 1
-    end
-    changes.communityCount = kept
-end
-
-local function copyWords(to, kept, from, i)
-    to[3 * kept] = from[3 * i]
-    to[3 * kept + 1] = from[3 * i + 1]
-    to[3 * kept + 2] = from[3 * i + 2]
-end
-
-local function sameWords(a, i, b, j)
-    return a[3 * i] == b[3 * j] and a[3 * i + 1] == b[3 * j + 1] and a[3 * i + 2] == b[3 * j + 2]
-end
-
-local function lessWords(a, i, b, j)
-    if a[3 * i + 1] ~= b[3 * j + 1] then return a[3 * i + 1] < b[3 * j + 1] end
-    if a[3 * i] ~= b[3 * j] then return a[3 * i] < b[3 * j] end
-    return a[3 * i + 2] < b[3 * j + 2]
+-- Adds a value to the route's communities, already copied, where it belongs.
+local function addCommunity(kept, added)
+    local at = kept
+    while at > 0 and ordered(slot.changes.community[at - 1]) >= ordered(added) do at = at - 1 end
+    if at < kept and slot.changes.community[at] == added then return kept end
+    for i = kept, at + 1, -1 do slot.changes.community[i] = slot.changes.community[i - 1] end
+    slot.changes.community[at] = added
+    return kept + 1
 end
 
 local policies = {}
 
 policies[0] = function()
-    changes.flags = 0
+    slot.changes.flags = 0
     return true
 end
 
 policies[1] = function()
     local medBelow, preference, flag = data.p1MedBelow, data.p1Preference, data.flagPreference
     return function()
-        local flags = 0
         if slot.route.med < medBelow then
-            changes.localPref = preference
-            flags = flag
+            slot.changes.localPref = preference
+            slot.changes.flags = flag
+        else
+            slot.changes.flags = 0
         end
-        changes.flags = flags
         return true
     end
 end
 
 policies[2] = function()
-    local bogons, removed = list(data.bogons), set(data.p2Removed)
-    local removed1, removed2, added = removed.values[0], removed.values[1], data.p2Added
-    local tag1, tag2, tag3 = data.tags[1], data.tags[2], data.tags[3]
-    local preference1, preference2, preference3 = unpack(data.tagPreferences)
+    local isBogon = prefixTest(list(data.bogons))
+    local removed = set(data.p2Removed)
+    local removed1, removed2, added = removed.values[0], removed.values[1], tobit(data.p2Added)
+    local tag1, tag2, tag3 = tobit(data.tags[1]), tobit(data.tags[2]), tobit(data.tags[3])
+    local preferences, addedOrdered = data.tagPreferences, ordered(added)
     local longest, step = data.longestPath, data.p2MedStep
     local always, flagPreference = bor(data.flagCommunity, data.flagMed), data.flagPreference
     return function()
-        local route, flags = slot.route, always
-        changes.flags = 0
-        if route.prefixFamily == 4 and permits(bogons, route.prefix, route.prefixLength) then
-            return false
+        slot.changes.flags = 0
+        if isBogon() then return false end
+        if slot.route.pathLength > longest then return false end
+        local count, kept, tag = slot.route.community.count, 0, 4
+        for i = 0, count - 1 do
+            local value = slot.route.community.values[i]
+            if value == tag1 then tag = 1 end
+            if value == tag2 then tag = min(tag, 2) end
+            if value == tag3 then tag = min(tag, 3) end
+            if value ~= removed1 and value ~= removed2 then
+                slot.changes.community[kept] = value
+                kept = kept + 1
+            end
         end
-        if route.pathLength > longest then return false end
-        local values, count = route.community.values, route.community.count
-        local preference = contains(values, count, tag1) and preference1
-            or contains(values, count, tag2) and preference2
-            or contains(values, count, tag3) and preference3
-        if preference then
-            changes.localPref = preference
-            flags = bor(flags, flagPreference)
+        if kept > 0 and ordered(slot.changes.community[kept - 1]) >= addedOrdered then
+            kept = addCommunity(kept, added)
+        else
+            slot.changes.community[kept] = added
+            kept = kept + 1
         end
-        changeCommunity(route, removed1, removed2, added)
-        changes.med = min(route.med + step, limit)
-        changes.flags = flags
+        slot.changes.communityCount = kept
+        slot.changes.med = min(slot.route.med + step, limit)
+        if tag < 4 then
+            slot.changes.localPref = preferences[tag]
+            slot.changes.flags = bor(always, flagPreference)
+        else
+            slot.changes.flags = always
+        end
         return true
     end
+end
+
+-- One table for all sets of constants that one attribute is tested against: from a constant to the
+-- sets that hold it, a bit each. At most 32 sets.
+local function newIndex() return { size = 0, masks = {} } end
+
+local function addToIndex(index, values)
+    local flag = lshift(1, index.size)
+    index.size = index.size + 1
+    for i = 0, values.count - 1 do
+        local value = values.values[i]
+        index.masks[value] = bor(index.masks[value] or 0, flag)
+    end
+    return flag
+end
+
+-- Whether a host is in a list, as the text of nested comparisons: a bisection.
+local function bisection(prefixes, low, high)
+    if high - low == 1 then return prefixes.hosts[low] ~= 0 and "true" or "false" end
+    local middle = rshift(low + high, 1)
+    local below, above = bisection(prefixes, low, middle), bisection(prefixes, middle, high)
+    if below == above then return below end
+    local start = ordered(prefixes.starts[middle])
+    if below == "false" and above == "true" then return ("nextHop >= %d"):format(start) end
+    if below == "true" and above == "false" then return ("nextHop < %d"):format(start) end
+    if below == "false" then return ("(nextHop >= %d and %s)"):format(start, above) end
+    if above == "false" then return ("(nextHop < %d and %s)"):format(start, below) end
+    return ("((nextHop < %d and %s) or (nextHop >= %d and %s))"):format(start, below, start, above)
 end
 
 -- The clauses as the text of one `if`, as a translator of policies would write it.
-local function clauseText(i, clause)
-    local tests = {
-        [0] = "length >= %d and length <= %d and sharesValue(values[%d], community)",
-        "contains(values[%d].values, values[%d].count, originAs)",
-        "sharesValue(community, values[%d])",
-        "localPref >= %d and localPref <= %d",
-        "nextHopFamily == 4 and permits(lists[%d], nextHop, 32)",
-    }
-    local arguments = {
-        [0] = { clause.low, clause.high, i }, { i, i }, { i }, { clause.low, clause.high }, { i },
-    }
-    local test = tests[clause.kind]:format(unpack(arguments[clause.kind]))
-    return ("if %s then return %d\nelse"):format(test, clause.preference)
+local function clauseText(clause, byCommunity, byOrigin)
+    local format, kind = string.format, clause.kind
+    local test
+    if kind == 0 then
+        test = format("length >= %d and length <= %d and band(tags, %d) ~= 0", clause.low,
+            clause.high, addToIndex(byCommunity, set(clause.values)))
+    elseif kind == 1 then
+        test = format("band(origins, %d) ~= 0", addToIndex(byOrigin, set(clause.values)))
+    elseif kind == 2 then
+        test = format("band(tags, %d) ~= 0", addToIndex(byCommunity, set(clause.values)))
+    elseif kind == 3 then
+        test = format("localPref >= %d and localPref <= %d", clause.low, clause.high)
+    else
+        local prefixes = list(clause.list)
+        test = "hasNextHop and " .. bisection(prefixes, 0, prefixes.count)
+    end
+    return format("if %s then return %d\nelse", test, clause.preference)
 end
 
 local function clauseFunction()
-    local text, values, lists = {}, {}, {}
+    local text, byCommunity, byOrigin = {}, newIndex(), newIndex()
     for i, clause in ipairs(data.clauses) do
-        text[#text + 1] = clauseText(i, clause)
-        values[i], lists[i] = set(clause.values), list(clause.list)
+        text[i] = clauseText(clause, byCommunity, byOrigin)
     end
     local source = [[
-local values, lists, sharesValue, contains, permits = ...
-return function(route)
-    local length, originAs, localPref = route.prefixLength, route.originAs, route.localPref
-    local community, nextHop, nextHopFamily = route.community, route.nextHop, route.nextHopFamily
+local slot, byOrigin, band, bxor = ...
+return function(tags)
+    local length, localPref = slot.route.prefixLength, slot.route.localPref
+    local origins = byOrigin[slot.route.originAs] or 0
+    local hasNextHop = slot.route.nextHopFamily == 4
+    local nextHop = bxor(slot.route.nextHop, 0x80000000)
     ]] .. table.concat(text) .. " return localPref end end"
-    return loadstring(source)(values, lists, sharesValue, contains, permits)
+    return loadstring(source)(slot, byOrigin.masks, band, bxor), byCommunity.masks
 end
 
 policies[3] = function()
-    local preferenceOf = clauseFunction()
-    local step, longPath, added = data.p3MedStep, data.p3LongPath, data.p3Added
-    local preferenceStep = data.p3PreferenceStep
+    local preferenceOf, byCommunity = clauseFunction()
+    local step, longPath, added = data.p3MedStep, data.p3LongPath, tobit(data.p3Added)
+    local preferenceStep, addedOrdered = data.p3PreferenceStep, ordered(added)
     local flags = bor(data.flagCommunity, data.flagMed, data.flagOrigin, data.flagPreference)
-    local function isLonger(route, than) return route.pathLength > than end
-    local function adjusted(route, by, than)
-        if isLonger(route, than) then return min(route.med + by, limit) end
-        return max(route.med - by, 0)
+    local function isLonger(than) return slot.route.pathLength > than end
+    local function adjusted(by, than)
+        if isLonger(than) then return min(slot.route.med + by, limit) end
+        return max(slot.route.med - by, 0)
     end
     return function()
-        local route = slot.route
-        changes.localPref = min(preferenceOf(route) + preferenceStep, limit)
-        changes.med = adjusted(route, step, longPath)
-        changes.origin = 0
-        changeCommunity(route, -1, -1, added)
-        changes.flags = flags
+        local count, tags = slot.route.community.count, 0
+        for i = 0, count - 1 do
+            local value = slot.route.community.values[i]
+            slot.changes.community[i] = value
+            local found = byCommunity[value]
+            if found then tags = bor(tags, found) end
+        end
+        slot.changes.localPref = min(preferenceOf(tags) + preferenceStep, limit)
+        slot.changes.med = adjusted(step, longPath)
+        slot.changes.origin = 0
+        if count > 0 and ordered(slot.changes.community[count - 1]) >= addedOrdered then
+            slot.changes.communityCount = addCommunity(count, added)
+        else
+            slot.changes.community[count] = added
+            slot.changes.communityCount = count + 1
+        end
+        slot.changes.flags = flags
         return true
     end
 end
 
-local function removeLarge(from, count, removed)
-    local to, kept = changes.largeCommunity, 0
-    for i = 0, count - 1 do
-        local found = false
-        for j = 0, removed.count - 1 do
-            if sameWords(from, i, removed.values, j) then
-                found = true
-                break
-            end
-        end
-        if not found then
-            copyWords(to, kept, from, i)
-            kept = kept + 1
-        end
+-- Communities of three words as tables within tables.
+local function wordTable(values)
+    local words = {}
+    for i = 0, 3 * values.count - 1, 3 do
+        local low, high, kind = values.values[i], values.values[i + 1], values.values[i + 2]
+        words[high] = words[high] or {}
+        words[high][low] = words[high][low] or {}
+        words[high][low][kind] = true
     end
-    changes.largeCommunityCount = kept
+    return words
 end
 
-local function addExtended(from, count, added)
-    local to, kept, put = changes.extCommunity, 0, false
-    for i = 0, count - 1 do
-        if not put and not lessWords(from, i, added, 0) then
-            copyWords(to, kept, added, 0)
-            kept, put = kept + 1, true
+-- Writes the route's large communities but for some of them; answers how many.
+local function removeLarge(removed)
+    local kept = 0
+    for i = 0, 3 * slot.route.largeCommunity.count - 1, 3 do
+        local low = slot.route.largeCommunity.values[i]
+        local high = slot.route.largeCommunity.values[i + 1]
+        local kind = slot.route.largeCommunity.values[i + 2]
+        local found = removed[high]
+        found = found and found[low]
+        if not (found and found[kind]) then
+            slot.changes.largeCommunity[kept] = low
+            slot.changes.largeCommunity[kept + 1] = high
+            slot.changes.largeCommunity[kept + 2] = kind
+            kept = kept + 3
         end
-        if not sameWords(from, i, added, 0) then
-            copyWords(to, kept, from, i)
-            kept = kept + 1
+    end
+    return kept / 3
+end
+
+local function isLess(low1, high1, kind1, low2, high2, kind2)
+    if high1 ~= high2 then return ordered(high1) < ordered(high2) end
+    if low1 ~= low2 then return ordered(low1) < ordered(low2) end
+    return ordered(kind1) < ordered(kind2)
+end
+
+-- Writes the route's extended communities and one more where it belongs; answers how many.
+local function addExtended(low, high, kind)
+    local to = 0
+    local put = false
+    for i = 0, 3 * slot.route.extCommunity.count - 1, 3 do
+        local low1 = slot.route.extCommunity.values[i]
+        local high1 = slot.route.extCommunity.values[i + 1]
+        local kind1 = slot.route.extCommunity.values[i + 2]
+        if not put and not isLess(low1, high1, kind1, low, high, kind) then
+            slot.changes.extCommunity[to] = low
+            slot.changes.extCommunity[to + 1] = high
+            slot.changes.extCommunity[to + 2] = kind
+            to, put = to + 3, true
+        end
+        if low1 ~= low or high1 ~= high or kind1 ~= kind then
+            slot.changes.extCommunity[to] = low1
+            slot.changes.extCommunity[to + 1] = high1
+            slot.changes.extCommunity[to + 2] = kind1
+            to = to + 3
         end
     end
     if not put then
-        copyWords(to, kept, added, 0)
-        kept = kept + 1
+        slot.changes.extCommunity[to] = low
+        slot.changes.extCommunity[to + 1] = high
+        slot.changes.extCommunity[to + 2] = kind
+        to = to + 3
     end
-    changes.extCommunityCount = kept
+    return to / 3
 end
 
 policies[4] = function()
-    local prefixes, communities = list(data.prefixes), set(data.communities)
-    local removed, added = set(data.removedLarge), set(data.addedExtended)
+    local listed = prefixTest(list(data.prefixes))
+    local communities = newIndex()
+    addToIndex(communities, set(data.communities))
+    local wanted = communities.masks
+    local removed = wordTable(set(data.removedLarge))
+    local added = set(data.addedExtended).values
+    local low, high, kind = added[0], added[1], added[2]
     local preference, med = data.p4Preference, data.p4Med
     local always = bor(data.flagLarge, data.flagExtended)
     local flagPreference, flagMed = data.flagPreference, data.flagMed
+    local function tagged()
+        for i = 0, slot.route.community.count - 1 do
+            if wanted[slot.route.community.values[i]] then return true end
+        end
+        return false
+    end
     return function()
-        local route, flags = slot.route, always
-        if route.prefixFamily == 4 and permits(prefixes, route.prefix, route.prefixLength) then
-            changes.localPref = preference
+        local flags = always
+        if listed() then
+            slot.changes.localPref = preference
             flags = bor(flags, flagPreference)
         end
-        if sharesValue(route.community, communities) then
-            changes.med = med
+        if tagged() then
+            slot.changes.med = med
             flags = bor(flags, flagMed)
         end
-        removeLarge(route.largeCommunity.values, route.largeCommunity.count, removed)
-        addExtended(route.extCommunity.values, route.extCommunity.count, added.values)
-        changes.flags = flags
+        slot.changes.largeCommunityCount = removeLarge(removed)
+        slot.changes.extCommunityCount = addExtended(low, high, kind)
+        slot.changes.flags = flags
         return true
     end
 end
