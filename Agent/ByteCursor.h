@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <exception>
+#include <span>
 
 namespace Qcf::Agent {
 
@@ -56,10 +57,15 @@ public:
         return ByteCursor(advance(n), n, subject);
     }
 
+    /// Steps over the next `n` bytes and answers them.
+    std::span<U8 const> bytes(std::size_t n) { return {advance(n), n}; }
+    /// All that is left.
+    std::span<U8 const> rest() const { return {at_, end_}; }
+
     /// Steps over `n` bytes and answers where they start.
     U8 const * advance(std::size_t n) {
-        if (left() < n) {
-            throw Damage(subject_, "ends too early");
+        if (left() < n) [[unlikely]] {
+            endsTooEarly(subject_);
         }
         U8 const * const start = at_;
         at_ += n;
@@ -67,6 +73,12 @@ public:
     }
 
 private:
+    /// Apart, and without the cursor's address: the reads are small then, and a cursor may live in
+    /// registers.
+    [[noreturn, gnu::cold, gnu::noinline]] static void endsTooEarly(char const * subject) {
+        throw Damage(subject, "ends too early");
+    }
+
     U8 const * at_ = nullptr;
     U8 const * end_ = nullptr;
     char const * subject_ = "record";

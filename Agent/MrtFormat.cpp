@@ -111,6 +111,12 @@ IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family) {
         throw Damage("prefix", "is longer than an address");
     }
     std::size_t const size = (bits + 7U) / 8U;
+    if (family == AddressFamily::ipv4 && from.left() >= 4) {
+        // Bytes behind the prefix do no harm: the bits beyond its length are cleared.
+        U32 const value = loadU32(from.data());
+        from.skip(size);
+        return {IpGenAddr::v4(value), bits};
+    }
     U8 const * const bytes = from.advance(size);
     std::array<U8, 16> octets{};
     std::memcpy(octets.data(), bytes, size);

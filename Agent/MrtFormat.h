@@ -87,6 +87,12 @@ bool isPlausible(Header const & header);
 /// The same, and the subtype is one that is defined for the type.
 bool isWellKnown(Header const & header);
 
+/// True for a record of TABLE_DUMP_V2 that holds routes.
+constexpr bool holdsTableRoutes(Header const & header) {
+    return header.type == tableDumpV2 && header.subtype >= ribIpv4Unicast &&
+           header.subtype <= ribGenericAddPath && header.subtype != geoPeerTable;
+}
+
 /// "TABLE_DUMP_V2/RIB_IPV4_UNICAST", "BGP4MP_ET/MESSAGE_AS4", "type 32305/28353".
 String recordName(U16 type, U16 subtype);
 

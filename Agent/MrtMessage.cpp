@@ -94,7 +94,7 @@ void MrtMessage::readUpdate(ByteCursor body, bool as4, ReadStatistics & statisti
     std::size_t const attributesLength = body.u16();
     ByteCursor const attributes = body.take(attributesLength, "path attributes");
     U64 const withdrawals = countPrefixes(withdrawn, AddressFamily::ipv4, addPath_);
-    attributes_.decode(attributes, {.as4 = as4, .rib = false}, shared_);
+    attributes_.decode(attributes.rest(), {.as4 = as4, .rib = false}, shared_);
 
     statistics.withdrawals += withdrawals;
     countUnreach(statistics);

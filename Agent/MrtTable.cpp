@@ -37,8 +37,8 @@ constexpr MrtPeer kUnknownPeer;
 } // namespace
 
 void MrtTable::readPeers(ByteCursor body) {
-    peers_.clear();
-    peersKnown_ = true;
+    auto const peers = std::make_shared<MrtPeers>();
+    peers_ = peers;
     body.skip(4); // the collector's identifier
     body.skip(body.u16());
     U32 const count = body.u16();
@@ -49,7 +49,7 @@ void MrtTable::readPeers(ByteCursor body) {
         MrtPeer peer;
         peer.address = readAddress(body, v6 ? AddressFamily::ipv6 : AddressFamily::ipv4);
         peer.as = (type & Mrt::as4Peer) != 0 ? body.u32() : body.u16();
-        peers_.push_back(peer);
+        peers->push_back(peer);
     }
 }
 
@@ -95,20 +95,24 @@ void MrtTable::startV1(U16 subtype, ByteCursor body) {
 }
 
 MrtPeer const & MrtTable::peer(U16 index) const {
-    if (!peersKnown_) {
+    if (!peers_) {
         return kUnknownPeer;
     }
-    if (index >= peers_.size()) {
+    if (index >= peers_->size()) {
         throw Damage("entry", "names a peer that the PEER_INDEX_TABLE lacks");
     }
-    return peers_[index];
+    return (*peers_)[index];
 }
 
-ByteCursor MrtTable::entryOfV2(U16 & peerIndex) {
-    peerIndex = rest_.u16();
-    rest_.skip(addPath_ ? 8 : 4); // time and path identifier
-    std::size_t const length = rest_.u16();
-    return rest_.take(length, "path attributes");
+/// The path attributes of the next entry.
+std::span<U8 const> MrtTable::entryOfV2(U16 & peerIndex) {
+    ByteCursor rest = rest_;
+    peerIndex = rest.u16();
+    rest.skip(addPath_ ? 8 : 4); // time and path identifier
+    std::size_t const length = rest.u16();
+    std::span<U8 const> const attributes = rest.bytes(length);
+    rest_ = rest;
+    return attributes;
 }
 
 bool MrtTable::next(Route & route) {
@@ -118,7 +122,7 @@ bool MrtTable::next(Route & route) {
     // Stays 0 when the frame of the entry is damaged: where the next one starts is not known then.
     U32 const left = std::exchange(left_, 0);
     U16 peerIndex = 0;
-    ByteCursor const attributes = v2_ ? entryOfV2(peerIndex) : rest_;
+    std::span<U8 const> const attributes = v2_ ? entryOfV2(peerIndex) : rest_.rest();
     left_ = left - 1;
 
     MrtPeer const & from = v2_ ? peer(peerIndex) : ownPeer_;

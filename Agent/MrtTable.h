@@ -2,6 +2,8 @@
 
 #include "Agent/PathAttributes.h"
 
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace Qcf::Agent {
@@ -12,6 +14,9 @@ struct MrtPeer {
     U32 as = 0;
 };
 
+/// The peers of a PEER_INDEX_TABLE, by their index.
+using MrtPeers = std::vector<MrtPeer>;
+
 /// The entries of one record of a table, TABLE_DUMP or TABLE_DUMP_V2, and the peers they refer to.
 /// Points into the record that it was given last.
 class MrtTable {
@@ -19,7 +24,9 @@ public:
     /// Takes a PEER_INDEX_TABLE, which holds until the next one. When it is damaged, the peers
     /// before the damage are known.
     void readPeers(ByteCursor body);
-    bool peersKnown() const { return peersKnown_; }
+    /// The peers that hold, null before the first table of them.
+    std::shared_ptr<MrtPeers const> const & peers() const { return peers_; }
+    void peersIs(std::shared_ptr<MrtPeers const> peers) { peers_ = std::move(peers); }
 
     /// Takes a record of routes of TABLE_DUMP_V2; false when they are of a family that is not read.
     bool startV2(U16 subtype, ByteCursor body);
@@ -35,10 +42,9 @@ public:
 
 private:
     MrtPeer const & peer(U16 index) const;
-    ByteCursor entryOfV2(U16 & peerIndex);
+    std::span<U8 const> entryOfV2(U16 & peerIndex);
 
-    std::vector<MrtPeer> peers_;
-    bool peersKnown_ = false;
+    std::shared_ptr<MrtPeers const> peers_;
     bool v2_ = false;
     bool addPath_ = false;
     U32 left_ = 0;

@@ -8,137 +8,24 @@
 #include <exception>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace Qcf::Agent {
 
 namespace {
 
-/// Routes that a thread reads at once. Alone, it keeps them in the nearest cache; beside others it
-/// takes enough to be seldom in their way.
-constexpr std::size_t kAlone = 16;
-constexpr std::size_t kAmongOthers = 256;
+/// Routes of one run.
+constexpr std::size_t kRun = 256;
 
-/// A run of consecutive routes. `fault` stands behind its last route.
-struct Batch {
-    explicit Batch(std::size_t capacity) : routes(capacity) {}
-
-    std::vector<Route> routes;
-    std::size_t size = 0;
-    U64 firstRoute = 0;
-    U64 ticket = 0; ///< position among the batches
-    std::exception_ptr fault;
-};
-
-/// Deals the table out in batches, in order.
-class Dealer {
-public:
-    Dealer(RouteReader & reader, U64 limit) : reader_(reader), left_(limit) {}
-
-    /// Overwrites `batch` by the next routes; false when there are none and no fault.
-    bool deal(Batch & batch) {
-        std::lock_guard const lock(mutex_);
-        batch.size = 0;
-        batch.fault = nullptr;
-        batch.firstRoute = dealt_;
-        if (ended_) {
-            return false;
-        }
-        fill(batch);
-        dealt_ += batch.size;
-        left_ -= batch.size;
-        batch.ticket = tickets_++;
-        return batch.size != 0 || batch.fault;
-    }
-
-    /// No more batches.
-    void end() {
-        std::lock_guard const lock(mutex_);
-        ended_ = true;
-    }
-
-private:
-    void fill(Batch & batch) {
-        std::size_t const wanted = std::min<U64>(batch.routes.size(), left_);
-        try {
-            while (batch.size < wanted && reader_.next(batch.routes[batch.size])) {
-                ++batch.size;
-            }
-        } catch (...) {
-            batch.fault = std::current_exception();
-        }
-        ended_ = batch.fault || batch.size < batch.routes.size();
-    }
-
-    std::mutex mutex_;
-    RouteReader & reader_;
-    U64 left_;
-    U64 dealt_ = 0;
-    U64 tickets_ = 0;
-    bool ended_ = false;
-};
-
-/// Lets batches be delivered in order, each by the thread that evaluated it, up to the first fault.
-class Counter {
-public:
-    /// Waits for the batch's turn and delivers it. False when the evaluation is over.
-    bool deliver(Batch & batch, EvaluationSink & sink) {
-        std::unique_lock lock(mutex_);
-        turn_.wait(lock, [&] { return fault_ || next_ == batch.ticket; });
-        if (fault_) {
-            return false;
-        }
-        fault_ = batch.fault;
-        try {
-            sink.deliver();
-        } catch (...) {
-            fault_ = std::current_exception();
-        }
-        ++next_;
-        turn_.notify_all();
-        return !fault_;
-    }
-
-    std::exception_ptr fault() const { return fault_; }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable turn_;
-    U64 next_ = 0; ///< ticket of the batch that is delivered next
-    std::exception_ptr fault_;
-};
-
-/// Evaluates on one thread.
+/// What a thread evaluates with.
 class Worker {
 public:
-    Worker(EvaluationPlan const & plan, std::size_t batchSize)
+    explicit Worker(EvaluationPlan const & plan)
         : plan_(plan),
           agentContext_(plan.makeContext()),
           context_(agentContext_),
-          sink_(plan.makeSink()),
-          batch_(batchSize) {}
-
-    void run(Dealer & dealer, Counter & counter) {
-        while (dealer.deal(batch_)) {
-            evaluate();
-            if (!counter.deliver(batch_, *sink_)) {
-                dealer.end();
-                return;
-            }
-        }
-    }
-
-private:
-    void evaluate() {
-        std::size_t done = 0;
-        try {
-            for (; done < batch_.size; ++done) {
-                evaluate(batch_.firstRoute + done, batch_.routes[done]);
-            }
-        } catch (...) {
-            batch_.fault = std::current_exception();
-        }
-    }
+          sink_(plan.makeSink()) {}
 
     void evaluate(U64 number, Route const & route) {
         agentContext_->routeIs(route);
@@ -149,36 +36,260 @@ private:
         sink_->take({number, route, result, *agentContext_});
     }
 
+    void deliver() { sink_->deliver(); }
+
+private:
     EvaluationPlan const & plan_;
     Ptr<AgentContextBase> agentContext_;
     Ptr<Eval::EvalContextBase> context_;
     std::unique_ptr<EvaluationSink> sink_;
+};
+
+/// Evaluates without any other thread: each route is still in the nearest cache then.
+void evaluateAlone(RouteReader & reader, EvaluationPlan const & plan) {
+    Worker worker(plan);
+    Route route;
+    U64 number = 0;
+    for (bool more = true; more;) {
+        U64 const end = number + std::min<U64>(kRun, plan.limit - number);
+        std::exception_ptr fault;
+        try {
+            while (number < end && (more = reader.next(route))) {
+                worker.evaluate(number++, route);
+            }
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        worker.deliver();
+        if (fault) {
+            std::rethrow_exception(fault);
+        }
+        more = more && number < plan.limit;
+    }
+}
+
+/// Consecutive routes: a piece of the table, or a part of one. `fault` stands behind the last.
+struct Batch {
+    std::vector<Route> routes = std::vector<Route>(kRun);
+    std::size_t size = 0;
+    U64 firstRoute = 0;
+    U64 ticket = 0;    ///< position of the piece among the pieces
+    bool last = false; ///< of its piece
+    std::exception_ptr fault;
+
+    /// Overwrites the routes by the next ones of a reader or a share, `most` of them at most.
+    template <class Source>
+    void read(Source & source, U64 most) {
+        size = 0;
+        fault = nullptr;
+        try {
+            while (size < most && source.next(routes[size])) {
+                ++size;
+            }
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        last = fault || size < kRun;
+    }
+};
+
+/// Deals the table out in pieces, in order: such as are to be decoded by the thread that gets them,
+/// or, without shares, routes.
+class Dealer {
+public:
+    Dealer(RouteReader & reader, U64 limit) : reader_(reader), left_(limit) {}
+
+    /// Overwrites `batch`; false when there is nothing left and no fault. What a share has taken is
+    /// still to be read.
+    bool deal(Batch & batch, RouteShare * share) {
+        std::lock_guard const lock(mutex_);
+        if (ended_) {
+            return false;
+        }
+        batch.ticket = tickets_++;
+        if (share != nullptr) {
+            return take(batch, *share);
+        }
+        batch.read(reader_, std::min<U64>(kRun, left_));
+        left_ -= batch.size;
+        ended_ = std::exchange(batch.last, true) || left_ == 0;
+        return batch.size != 0 || batch.fault;
+    }
+
+    /// No more pieces.
+    void end() {
+        std::lock_guard const lock(mutex_);
+        ended_ = true;
+    }
+
+private:
+    bool take(Batch & batch, RouteShare & share) {
+        batch.size = 0;
+        batch.last = false;
+        batch.fault = nullptr;
+        try {
+            ended_ = !share.take();
+            return !ended_;
+        } catch (...) {
+            batch.fault = std::current_exception();
+            batch.last = true;
+            ended_ = true;
+            return true;
+        }
+    }
+
+    std::mutex mutex_;
+    RouteReader & reader_;
+    U64 left_;
+    U64 tickets_ = 0;
+    bool ended_ = false;
+};
+
+/// Keeps what the threads do side by side in the order of the table, up to the first fault.
+class Order {
+public:
+    /// Waits until all routes before the batch were read, numbers those of the batch, and settles
+    /// what its share met. False when the evaluation is over.
+    bool number(Batch & batch, RouteShare * share) {
+        std::unique_lock lock(mutex_);
+        if (!await(lock, read_, batch)) {
+            return false;
+        }
+        batch.firstRoute = routes_;
+        routes_ += batch.size;
+        if (share != nullptr) {
+            settle(batch, *share);
+        }
+        pass(read_, batch);
+        return true;
+    }
+
+    /// Waits until all routes before the batch were delivered and delivers it, by the thread that
+    /// evaluated it. False when the evaluation is over.
+    bool deliver(Batch & batch, Worker & worker) {
+        std::unique_lock lock(mutex_);
+        if (!await(lock, delivered_, batch)) {
+            return false;
+        }
+        fault_ = batch.fault;
+        try {
+            worker.deliver();
+        } catch (...) {
+            fault_ = std::current_exception();
+        }
+        pass(delivered_, batch);
+        return !fault_;
+    }
+
+    std::exception_ptr fault() const { return fault_; }
+
+private:
+    void settle(Batch & batch, RouteShare & share) {
+        try {
+            share.settle();
+        } catch (...) {
+            batch.fault = std::current_exception();
+            batch.last = true;
+        }
+    }
+
+    bool await(std::unique_lock<std::mutex> & lock, U64 const & turn, Batch const & batch) {
+        turn_.wait(lock, [&] { return fault_ || turn == batch.ticket; });
+        return !fault_;
+    }
+
+    void pass(U64 & turn, Batch const & batch) {
+        if (batch.last || fault_) {
+            ++turn;
+            turn_.notify_all();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable turn_;
+    U64 routes_ = 0;
+    U64 read_ = 0;      ///< ticket of the piece whose routes are numbered next
+    U64 delivered_ = 0; ///< of the one that is delivered next
+    std::exception_ptr fault_;
+};
+
+/// One of several threads.
+class Partner {
+public:
+    Partner(EvaluationPlan const & plan, std::unique_ptr<RouteShare> share)
+        : worker_(plan), share_(std::move(share)) {}
+
+    void run(Dealer & dealer, Order & order) {
+        while (dealer.deal(batch_, share_.get())) {
+            do {
+                if (!finish(order)) {
+                    dealer.end();
+                    return;
+                }
+            } while (!batch_.last);
+        }
+    }
+
+private:
+    bool finish(Order & order) {
+        if (share_ && !batch_.fault) {
+            batch_.read(*share_, kRun);
+        }
+        if (!order.number(batch_, share_.get())) {
+            return false;
+        }
+        evaluate();
+        return order.deliver(batch_, worker_);
+    }
+
+    void evaluate() {
+        try {
+            for (std::size_t i = 0; i < batch_.size; ++i) {
+                worker_.evaluate(batch_.firstRoute + i, batch_.routes[i]);
+            }
+        } catch (...) {
+            batch_.fault = std::current_exception();
+        }
+    }
+
+    Worker worker_;
+    std::unique_ptr<RouteShare> share_;
     Batch batch_;
 };
+
+void evaluateTogether(RouteReader & reader, EvaluationPlan const & plan) {
+    Dealer dealer(reader, plan.limit);
+    Order order;
+    // Where records are decoded side by side, nobody knows in time which one holds the last route
+    // within a limit.
+    bool const limited = plan.limit != ~U64{0};
+    std::vector<std::unique_ptr<Partner>> partners;
+    for (U32 i = 0; i < plan.threads; ++i) {
+        partners.push_back(std::make_unique<Partner>(plan, limited ? nullptr : reader.makeShare()));
+    }
+    try {
+        std::vector<std::jthread> threads;
+        for (U32 i = 1; i < plan.threads; ++i) {
+            threads.emplace_back([&, i] { partners[i]->run(dealer, order); });
+        }
+        partners[0]->run(dealer, order);
+    } catch (...) {
+        dealer.end(); // a thread could not be started: let the others stop
+        throw;
+    }
+    if (order.fault()) {
+        std::rethrow_exception(order.fault());
+    }
+}
 
 } // namespace
 
 void evaluateTable(RouteReader & reader, EvaluationPlan const & plan) {
     QCF_ASSERT(plan.threads >= 1);
-    Dealer dealer(reader, plan.limit);
-    Counter counter;
-    std::size_t const batchSize = plan.threads == 1 ? kAlone : kAmongOthers;
-    std::vector<std::unique_ptr<Worker>> workers;
-    for (U32 i = 0; i < plan.threads; ++i) {
-        workers.push_back(std::make_unique<Worker>(plan, batchSize));
-    }
-    try {
-        std::vector<std::jthread> threads;
-        for (U32 i = 1; i < plan.threads; ++i) {
-            threads.emplace_back([&, i] { workers[i]->run(dealer, counter); });
-        }
-        workers[0]->run(dealer, counter);
-    } catch (...) {
-        dealer.end(); // a thread could not be started: let the others stop
-        throw;
-    }
-    if (counter.fault()) {
-        std::rethrow_exception(counter.fault());
+    if (plan.threads == 1) {
+        evaluateAlone(reader, plan);
+    } else {
+        evaluateTogether(reader, plan);
     }
 }
 

@@ -50,6 +50,8 @@ ByteCursor & exactly(ByteCursor & value, std::size_t size) {
     return value;
 }
 
+U32 readU32(ByteCursor value) { return exactly(value, 4).u32(); }
+
 U8 readOrigin(ByteCursor value) {
     U8 const origin = exactly(value, 1).u8();
     if (origin > 2) {
@@ -58,20 +60,23 @@ U8 readOrigin(ByteCursor value) {
     return origin;
 }
 
-void readAsPath(ByteCursor value, bool as4, AsnVector & path) {
-    std::array<Asn, AsnVector::maxSegmentLength> asns;
-    path.clear();
+/// Writes the path from AS numbers of `width` bytes.
+template <std::size_t width>
+void readSegments(ByteCursor value, AsnVector & path) {
     while (!value.atEnd()) {
         U8 const type = value.u8();
         if (type < U8(SegmentType::set) || type > U8(SegmentType::confedSet)) {
             throw Damage(value.subject(), "has a segment of unknown type");
         }
-        std::size_t const count = value.u8();
-        U8 const * const from = value.advance(count * (as4 ? 4 : 2));
-        for (std::size_t i = 0; i < count; ++i) {
-            asns[i] = as4 ? loadU32(from + 4 * i) : loadU16(from + 2 * i);
+        U8 const count = value.u8();
+        U8 const * from = value.advance(count * width);
+        if (count == 0) {
+            continue;
         }
-        path.append(SegmentType(type), asns.data(), count);
+        for (Asn & asn : path.appendForWriting(SegmentType(type), count)) {
+            asn = width == 4 ? loadU32(from) : loadU16(from);
+            from += width;
+        }
     }
 }
 
@@ -83,8 +88,9 @@ void readSet(ByteCursor value, std::size_t size, Set & set, Load load) {
     set.resize(count, boost::container::default_init);
     bool ascending = true;
     for (std::size_t i = 0; i < count; ++i) {
-        set[i] = load(from + size * i);
-        ascending = ascending && (i == 0 || set[i - 1] < set[i]);
+        auto const element = load(from + size * i);
+        ascending = ascending && (i == 0 || set[i - 1] < element);
+        set[i] = element;
     }
     if (!ascending) {
         std::sort(set.begin(), set.end());
@@ -127,7 +133,8 @@ IpGenAddr readNextHop(ByteCursor value) {
 
 } // namespace
 
-void PathAttributes::decode(ByteCursor from, AttributeForm form, Route & route) {
+void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route & route) {
+    ByteCursor from(bytes.data(), bytes.size(), "path attributes");
     seen_ = 0;
     reach_ = {};
     unreach_ = {};
@@ -138,7 +145,7 @@ void PathAttributes::decode(ByteCursor from, AttributeForm form, Route & route) 
         if (from.left() < length) {
             throw Damage(attributeName(code), "is longer than what is left");
         }
-        ByteCursor const value = from.take(length, attributeName(code));
+        std::span<U8 const> const value = from.bytes(length);
         if (code < 64) {
             if (has(code)) {
                 continue;
@@ -147,31 +154,53 @@ void PathAttributes::decode(ByteCursor from, AttributeForm form, Route & route) 
         }
         decodeOne(code, value, form, route);
     }
-    finishPath(form.as4, route);
+    // A path of four-byte numbers stands in the route already.
+    if (!form.as4 || !has(Mrt::asPath)) {
+        finishPath(route);
+    }
 }
 
-void PathAttributes::decodeOne(U8 code, ByteCursor value, AttributeForm form, Route & route) {
+/// The attributes of nearly every route; inside the loop above they cost no call.
+inline void PathAttributes::decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form,
+                                      Route & route) {
+    auto const value = [&] { return ByteCursor(bytes.data(), bytes.size(), attributeName(code)); };
     switch (code) {
     case Mrt::origin:
-        route.origin = readOrigin(value);
+        route.origin = readOrigin(value());
         break;
     case Mrt::asPath:
-        readAsPath(value, form.as4, path_);
+        if (form.as4) {
+            route.asPath.asnsWrittenBy([&](AsnVector & path) { readSegments<4>(value(), path); });
+        } else {
+            path_.clear();
+            readSegments<2>(value(), path_);
+        }
         break;
     case Mrt::nextHop:
-        route.nextHop = readNextHop(value);
+        route.nextHop = readNextHop(value());
         break;
     case Mrt::med:
-        route.med = exactly(value, 4).u32();
+        route.med = readU32(value());
         break;
     case Mrt::localPref:
-        route.localPref = exactly(value, 4).u32();
-        break;
-    case Mrt::aggregator:
-        aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
+        route.localPref = readU32(value());
         break;
     case Mrt::communities:
-        readSet(value, 4, route.community, [](U8 const * at) { return U64{loadU32(at)}; });
+        readSet(value(), 4, route.community, [](U8 const * at) { return U64{loadU32(at)}; });
+        break;
+    case Mrt::mpReach:
+        readReach(value(), form.rib);
+        break;
+    default:
+        decodeRare(code, value(), route);
+        break;
+    }
+}
+
+void PathAttributes::decodeRare(U8 code, ByteCursor value, Route & route) {
+    switch (code) {
+    case Mrt::aggregator:
+        aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
         break;
     case Mrt::extCommunities:
         readSet(value, 8, route.extCommunity,
@@ -181,14 +210,12 @@ void PathAttributes::decodeOne(U8 code, ByteCursor value, AttributeForm form, Ro
         readSet(value, 12, route.largeCommunity,
                 [](U8 const * at) { return Acl::CommunityValue(loadU64(at), loadU32(at + 8)); });
         break;
-    case Mrt::mpReach:
-        readReach(value, form.rib);
-        break;
     case Mrt::mpUnreach:
         readUnreach(value);
         break;
     case Mrt::as4Path:
-        readAsPath(value, true, as4Path_);
+        as4Path_.clear();
+        readSegments<4>(value, as4Path_);
         break;
     case Mrt::aigp:
         route.aigpMetric = readAigp(value);
@@ -228,14 +255,14 @@ void PathAttributes::readUnreach(ByteCursor value) {
 
 /// An AGGREGATOR that a four-byte speaker did not write beside its AS4_AGGREGATOR tells that the
 /// route was aggregated by a two-byte speaker since, which made AS4_PATH stale (RFC 6793 4.2.3).
-void PathAttributes::finishPath(bool as4, Route & route) {
+void PathAttributes::finishPath(Route & route) {
     bool const stale =
         has(Mrt::aggregator) && has(Mrt::as4Aggregator) && aggregatorAs_ != Mrt::asTrans;
     if (!has(Mrt::asPath)) {
         if (has(Mrt::as4Path)) {
             route.asPath.asnsIs(as4Path_);
         }
-    } else if (as4 || stale || !has(Mrt::as4Path)) {
+    } else if (stale || !has(Mrt::as4Path)) {
         route.asPath.asnsIs(path_);
     } else {
         mergeAs4Path(path_, as4Path_, merged_);

@@ -29,7 +29,7 @@ public:
     /// AS4_PATH is merged into an AS_PATH of two-byte numbers, takes the place of an AS_PATH that
     /// is missing, and is not looked at beside one of four-byte numbers. An AIGP metric of all ones
     /// (infinite) becomes the largest one that a route may have, one less. Throws Damage.
-    void decode(ByteCursor from, AttributeForm form, Route & route);
+    void decode(std::span<U8 const> bytes, AttributeForm form, Route & route);
 
     MpNlri const & reach() const { return reach_; }
     MpNlri const & unreach() const { return unreach_; }
@@ -37,10 +37,11 @@ public:
 private:
     using AsnVector = Routing::Bgp::AsnVector;
 
-    void decodeOne(U8 code, ByteCursor value, AttributeForm form, Route & route);
+    void decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
+    void decodeRare(U8 code, ByteCursor value, Route & route);
     void readReach(ByteCursor value, bool rib);
     void readUnreach(ByteCursor value);
-    void finishPath(bool as4, Route & route);
+    void finishPath(Route & route);
     bool has(U8 code) const { return ((seen_ >> code) & 1) != 0; }
 
     U64 seen_ = 0; ///< the codes below 64 that were met

@@ -12,12 +12,11 @@ class ReportLog {
 public:
     static constexpr U64 maxLines = 20;
 
-    ReportLog(String name, Reporter report) : name_(std::move(name)), report_(std::move(report)) {}
+    explicit ReportLog(Reporter report) : report_(std::move(report)) {}
 
     /// Whether a line added now would be passed on; spares the caller making its text.
     bool wantsLine() const { return count_ < maxLines; }
 
-    /// One line; the name of the file is put in front of it.
     void add(String const & line) {
         if (wantsLine()) {
             say(line);
@@ -25,24 +24,28 @@ public:
         ++count_;
     }
 
-    /// Only counts a line.
-    void addUnsaid() { ++count_; }
+    /// Only counts lines.
+    void addUnsaid(U64 lines = 1) { count_ += lines; }
+    /// How many lines were counted and not passed on.
+    U64 unsaid() const { return count_ > maxLines ? count_ - maxLines : 0; }
 
     /// Tells how many lines were held back; to be called once, at the end.
     void close() {
-        if (count_ > maxLines) {
-            say(std::to_string(count_ - maxLines) + " more reports of this kind not shown");
+        if (unsaid() > 0) {
+            say(std::to_string(unsaid()) + " more reports of this kind not shown");
         }
     }
+
+    /// Forgets what was counted.
+    void restart() { count_ = 0; }
 
 private:
     void say(String const & line) {
         if (report_) {
-            report_(name_ + ": " + line);
+            report_(line);
         }
     }
 
-    String name_;
     Reporter report_;
     U64 count_ = 0;
 };

@@ -22,6 +22,17 @@ bool looksLikeText(ByteSource & source) {
 
 } // namespace
 
+void ReadStatistics::add(ReadStatistics const & part) {
+    records += part.records;
+    routes += part.routes;
+    withdrawals += part.withdrawals;
+    damagedRecords += part.damagedRecords;
+    skippedRecords += part.skippedRecords;
+    skippedFamilies += part.skippedFamilies;
+    bytes = std::max(bytes, part.bytes);
+    cut = cut || part.cut;
+}
+
 std::unique_ptr<RouteReader> openRoutes(String const & path, Reporter report) {
     return openRoutes(openFileStream(path), path == "-" ? "standard input" : path,
                       std::move(report));

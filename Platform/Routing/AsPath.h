@@ -37,6 +37,15 @@ public:
         length_ = pathLength(asns_);
     }
 
+    /// Lets `write(AsnVector &)` write the path anew, into the storage that is there. Clear the
+    /// path when it throws.
+    template <class Write>
+    void asnsWrittenBy(Write write) {
+        asns_.clear();
+        write(asns_);
+        length_ = pathLength(asns_);
+    }
+
     /// Empties the path and keeps its storage.
     void clear() {
         asns_.clear();

@@ -105,6 +105,14 @@ public:
         append(type, {asns, count});
     }
 
+    /// Adds a segment of `count` AS numbers, 1 to 255, and answers where they are to be written.
+    std::span<Asn> appendForWriting(SegmentType type, U32 count) {
+        std::size_t const start = asns_.size();
+        asns_.resize(start + count, boost::container::default_init);
+        segments_.push_back({type, count});
+        return {asns_.data() + start, count};
+    }
+
     /// As `append`, but a sequence goes on with a last segment that is a sequence and has room.
     void appendJoined(SegmentType type, std::span<Asn const> asns);
 

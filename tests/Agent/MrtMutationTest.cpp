@@ -3,6 +3,7 @@
 #include "tests/support/Mutator.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -55,6 +56,22 @@ TEST(MrtMutation, MutatedFilesAreReadToTheirEnd) {
     }
     EXPECT_GT(routes, rounds) << "most of the mutated files still hold whole records";
     EXPECT_GT(damaged, rounds);
+}
+
+TEST(MrtMutation, SharesReadWhatOneReaderReads) {
+    constexpr U32 rounds = 300;
+    std::vector<String> const files = seeds();
+    for (U32 round = 0; round < rounds; ++round) {
+        String file = files[0];
+        for (U32 i = 0; i < 4; ++i) {
+            file += Mutator(round + i).mutate(files[i % 3], files);
+        }
+        Outcome const alone = readAll(file);
+        for (auto const & [shares, stretch] : {std::pair{1, 1}, {2, 1}, {3, 200}, {5, 700}}) {
+            EXPECT_EQ(readByShares(file, shares, stretch), alone)
+                << "round " << round << ", " << shares << " shares of " << stretch << " bytes";
+        }
+    }
 }
 
 } // namespace

@@ -1,6 +1,11 @@
 #include "tests/Agent/MrtTools.h"
 
+#include "Agent/MrtReader.h"
 #include "Platform/Routing/CommunityText.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace Qcf::Agent::Test {
 
@@ -123,6 +128,43 @@ Outcome readAll(String bytes) {
         outcome.routes.push_back(routeText(route));
     }
     outcome.statistics = reader->statistics();
+    return outcome;
+}
+
+namespace {
+
+std::vector<String> routesOf(RouteShare & share) {
+    std::vector<String> routes;
+    Route route;
+    while (share.next(route)) {
+        routes.push_back(routeText(route));
+    }
+    return routes;
+}
+
+} // namespace
+
+Outcome readByShares(String bytes, std::size_t shares, std::size_t stretch) {
+    Outcome outcome;
+    MrtReader reader(
+        ByteSource(makeMemoryStream(std::move(bytes))), "t",
+        [&outcome](String const & line) { outcome.reports.push_back(line); }, stretch);
+    std::vector<std::unique_ptr<RouteShare>> all(shares);
+    std::ranges::generate(all, [&reader] { return reader.makeShare(); });
+    for (std::size_t taken = shares; taken == shares;) {
+        for (taken = 0; taken < shares && all[taken]->take();) {
+            ++taken;
+        }
+        std::vector<std::vector<String>> routes(taken);
+        for (std::size_t i = taken; i-- > 0;) {
+            routes[i] = routesOf(*all[i]);
+        }
+        for (std::size_t i = 0; i < taken; ++i) {
+            all[i]->settle();
+            std::ranges::copy(routes[i], std::back_inserter(outcome.routes));
+        }
+    }
+    outcome.statistics = reader.statistics();
     return outcome;
 }
 

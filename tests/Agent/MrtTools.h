@@ -53,6 +53,8 @@ struct Outcome {
     std::vector<String> routes; ///< see routeText
     std::vector<String> reports;
     ReadStatistics statistics;
+
+    bool operator==(Outcome const &) const = default;
 };
 
 /// "PREFIX via NEXT_HOP path[PATH] origin N med N pref N from ADDRESS AS N" and, where there are
@@ -61,5 +63,9 @@ String routeText(Route const & route);
 
 /// Reads all routes of a file that is called "t".
 Outcome readAll(String bytes);
+
+/// The same by that many shares, each of which takes up to `stretch` bytes and decodes them behind
+/// those that took theirs later.
+Outcome readByShares(String bytes, std::size_t shares, std::size_t stretch);
 
 } // namespace Qcf::Agent::Test

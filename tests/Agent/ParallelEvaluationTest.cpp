@@ -2,7 +2,10 @@
 
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
 #include "QcfLib/QcfEval.h"
+#include "tests/Agent/MrtTools.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 #include <thread>
 
@@ -176,6 +179,62 @@ TEST(ParallelEvaluation, FaultsReachTheCallerBehindTheRoutesBeforeThem) {
             run({.threads = threads, .readerFault = at + 1, .contextFault = at}, error);
             EXPECT_EQ(error, "context");
         }
+    }
+}
+
+/// Remembers the routes by number.
+class TextSink final : public EvaluationSink {
+public:
+    explicit TextSink(std::vector<String> & all) : all_(all) {}
+
+    void take(Evaluated const & evaluated) override {
+        run_.push_back(std::to_string(evaluated.number) + " " + routeText(evaluated.route));
+    }
+    void deliver() override {
+        std::ranges::move(run_, std::back_inserter(all_));
+        run_.clear();
+    }
+
+private:
+    std::vector<String> & all_;
+    std::vector<String> run_;
+};
+
+Outcome evaluate(String const & bytes, U32 threads, U64 limit) {
+    Outcome outcome;
+    auto const reader = openRoutes(makeMemoryStream(bytes), "t", [&outcome](String const & line) {
+        outcome.reports.push_back(line);
+    });
+    EvaluationPlan plan;
+    plan.function = copyMed();
+    plan.makeContext = [] { return makePtr<TestContext>(~U64{0}); };
+    plan.makeSink = [&] { return std::make_unique<TextSink>(outcome.routes); };
+    plan.threads = threads;
+    plan.limit = limit;
+    evaluateTable(*reader, plan);
+    outcome.statistics = reader->statistics();
+    return outcome;
+}
+
+TEST(ParallelEvaluation, DamagedTablesGiveTheSameWhateverTheThreads) {
+    // Records of one route to far more than a run has, damage of records and frames in between, and
+    // once in a while other peers.
+    String bytes;
+    for (U32 i = 0; i < 3000; ++i) {
+        String const one = entry(0, plainAttributes({i + 1}));
+        bytes += i % 700 == 1 ? peerTable() : "";
+        bytes += rib(2, "10.0.0.0/8", std::vector<String>(i == 1500 ? 1000 : 1 + i % 3, one));
+        bytes += i % 100 == 0 ? record(13, 2, "short") : "";
+        bytes += i % 900 == 5 ? "noise" : "";
+    }
+    Outcome const all = evaluate(bytes, 1, ~U64{0});
+    EXPECT_GT(all.routes.size(), 6000);
+    EXPECT_EQ(all.reports.size(), 21) << "the last tells how many were not told";
+    Outcome const some = evaluate(bytes, 1, 2345);
+    EXPECT_EQ(some.routes.size(), 2345);
+    for (U32 const threads : {2U, 3U, 8U}) {
+        EXPECT_EQ(evaluate(bytes, threads, ~U64{0}), all);
+        EXPECT_EQ(evaluate(bytes, threads, 2345), some);
     }
 }
 
