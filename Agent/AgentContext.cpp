@@ -15,11 +15,6 @@ AgentContext::AgentContext(PtrConst<AgentMatchers> matchers)
 
 AgentContext::~AgentContext() = default;
 
-void AgentContext::reset() {
-    AgentContextBase::reset();
-    inputPath_ = nullptr;
-}
-
 bool AgentContext::isBgpOutbound() const { return route().session.outbound; }
 U32 AgentContext::localAs() const { return route().session.localAs; }
 bool AgentContext::peerConfed() const { return route().session.peerConfed; }
@@ -27,8 +22,9 @@ U32 AgentContext::vrfId() const { return route().session.vrfId; }
 
 std::string_view
 AgentContext::pathText(Routing::Bgp::AspathContainerFromExisting const * path) const {
-    bool const asItCame = path != nullptr && path->expanded() == nullptr;
-    if (asItCame && path->existingPath() == inputPath_ && inputPath_ != nullptr) {
+    bool const asItCame =
+        path != nullptr && path->expanded() == nullptr && path->existingPath() == &route().asPath;
+    if (asItCame && inputPathRoute_ == routeNumber()) {
         return inputPathText_;
     }
     String & text = asItCame ? inputPathText_ : text_;
@@ -36,7 +32,9 @@ AgentContext::pathText(Routing::Bgp::AspathContainerFromExisting const * path) c
     if (path != nullptr) {
         Routing::Bgp::appendAsPathPatternText(text, path->asns());
     }
-    inputPath_ = asItCame ? path->existingPath() : inputPath_;
+    if (asItCame) {
+        inputPathRoute_ = routeNumber();
+    }
     return text;
 }
 

@@ -20,8 +20,6 @@ public:
     explicit AgentContext(PtrConst<AgentMatchers> matchers);
     ~AgentContext() override;
 
-    void reset() override;
-
     // Facts of the route's session.
     bool isBgpOutbound() const override;
     U32 localAs() const override;
@@ -81,9 +79,9 @@ private:
     PtrConst<AgentMatchers> matchers_;
     // What patterns are searched in, kept for its storage.
     mutable String text_;
-    /// The text of the path as the route came, as long as it is that of this route.
+    /// The text of the path as the route of that number came.
     mutable String inputPathText_;
-    mutable Routing::Bgp::AsPath const * inputPath_ = nullptr;
+    mutable U64 inputPathRoute_ = 0;
 };
 
 } // namespace Qcf::Agent

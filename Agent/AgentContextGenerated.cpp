@@ -8,35 +8,19 @@ namespace {
 
 using Attribute = Eval::ModifiableAttribute;
 
-// Routes keep their sets ascending and without duplicates.
-void fill(Eval::U64SmallVector & set, RouteIntSet const & values) {
-    set.values().assign(values.begin(), values.end());
-}
-void fill(Eval::CommunitySmallVector & set, RouteCommunitySet const & values) {
-    set.values().assign(values.begin(), values.end());
-    set.noteOverwritten();
-}
-
 template <typename Member, typename Value>
 void record(RouteChanges & changes, Attribute attribute, Member & member, Value const & value) {
     changes.mark(attribute);
     if constexpr (requires { value->asns(); }) {
         value == nullptr ? member.clear() : void(member = value->asns());
-    } else if constexpr (requires { value->values(); }) {
-        member.clear();
-        if (value) member.assign(value->begin(), value->end());
+    } else if constexpr (requires { value->view(); }) {
+        member = value ? value->view() : Member();
     } else {
         member = value;
     }
 }
 
 } // namespace
-
-void AgentContextBase::routeIs(Route const & route) {
-    reset();
-    changes_.clear();
-    route_ = &route;
-}
 
 Acl::CommunityValue AgentContextBase::adminAsInput() const { return route_->rare().adminAs; }
 U64 AgentContextBase::afiInput() const { return route_->rare().afi; }
@@ -70,7 +54,7 @@ void AgentContextBase::prefixSidIndexIs(U64 value) {
 }
 U64 AgentContextBase::routeSourceInput() const { return route_->rare().routeSource; }
 void AgentContextBase::communityInputPopulate(Ptr<Eval::U64SmallVector> const & set) const {
-    fill(*set, route_->community);
+    set->lend(viewOf(route_->community));
 }
 void AgentContextBase::communityIs(PtrConst<Eval::U64SmallVector> const & value) {
     record(changes_, Attribute::community, changes_.community, value);
@@ -110,7 +94,7 @@ EthAddr AgentContextBase::evpnMacIpRouteMacAddressInput() const {
 }
 U64 AgentContextBase::evpnRouteTypeInput() const { return route_->rare().evpnRouteType; }
 void AgentContextBase::extCommunityInputPopulate(Ptr<Eval::CommunitySmallVector> const & set) const {
-    fill(*set, route_->extCommunity);
+    set->lend(viewOf(route_->extCommunity));
 }
 void AgentContextBase::extCommunityIs(PtrConst<Eval::CommunitySmallVector> const & value) {
     record(changes_, Attribute::extCommunity, changes_.extCommunity, value);
@@ -130,7 +114,7 @@ U64 AgentContextBase::tagInput() const { return route_->rare().tag; }
 void AgentContextBase::tagIs(U64 value) { record(changes_, Attribute::tag, changes_.tag, value); }
 U64 AgentContextBase::instanceAsInput() const { return route_->rare().instanceAs; }
 void AgentContextBase::isisLevelInputPopulate(Ptr<Eval::U64SmallVector> const & set) const {
-    fill(*set, route_->rare().isisLevel);
+    set->lend(viewOf(route_->rare().isisLevel));
 }
 void AgentContextBase::isisLevelIs(PtrConst<Eval::U64SmallVector> const & value) {
     record(changes_, Attribute::isisLevel, changes_.isisLevel, value);
@@ -141,7 +125,7 @@ void AgentContextBase::isisMetricIs(U64 value) {
 }
 void AgentContextBase::largeCommunityInputPopulate(
     Ptr<Eval::CommunitySmallVector> const & set) const {
-    fill(*set, route_->largeCommunity);
+    set->lend(viewOf(route_->largeCommunity));
 }
 void AgentContextBase::largeCommunityIs(PtrConst<Eval::CommunitySmallVector> const & value) {
     record(changes_, Attribute::largeCommunity, changes_.largeCommunity, value);

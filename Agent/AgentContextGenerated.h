@@ -16,8 +16,15 @@ public:
     using EvalContext::EvalContext;
 
     /// The route to evaluate next; resets the context and forgets the changes of the last one.
-    void routeIs(Route const & route);
+    void routeIs(Route const & route) {
+        forgetRoute();
+        changes_.clear();
+        route_ = &route;
+        ++routeNumber_;
+    }
     Route const & route() const { return *route_; }
+    /// Routes that were given so far: tells one from the next, which may stand in the same object.
+    U64 routeNumber() const { return routeNumber_; }
     /// What the last evaluation wrote back.
     RouteChanges const & changes() const { return changes_; }
 
@@ -99,6 +106,7 @@ public:
 
 private:
     Route const * route_ = nullptr;
+    U64 routeNumber_ = 0;
     RouteChanges changes_;
 };
 

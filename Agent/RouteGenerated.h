@@ -17,6 +17,9 @@ namespace Qcf::Agent {
 using RouteIntSet = boost::container::small_vector<U64, 16>;
 using RouteCommunitySet = boost::container::small_vector<Acl::CommunityValue, 8>;
 
+/// A set's values where they are.
+template <typename Set> std::span<typename Set::value_type const> viewOf(Set const & set) { return {set.data(), set.size()}; }
+
 /// Attributes that most routes do not carry.
 struct RareAttributes {
     Acl::CommunityValue adminAs;
@@ -313,7 +316,9 @@ private:
 /// Language names of the attributes of a Route, in the order of visitAttribute's index.
 std::span<char const * const> routeAttributeNames();
 
-/// What a function changed of a route, in flush order; reused from route to route.
+/// What a function changed of a route, in flush order; reused from route to route. Sets are lent:
+/// they stand in the context, in the function's constants or in the route itself, and are good
+/// until the context gets another route.
 struct RouteChanges {
     using Attribute = Eval::ModifiableAttribute;
 
@@ -323,15 +328,15 @@ struct RouteChanges {
     U64 aigpMetric = 0;
     Routing::Bgp::AsnVector asPath;
     U64 prefixSidIndex = 0;
-    RouteIntSet community;
+    std::span<U64 const> community;
     IpGenAddr evpnIpPrefixRouteGatewayAddr;
     U64 evpnIpPrefixRouteLabel = 0;
-    RouteCommunitySet extCommunity;
+    std::span<Acl::CommunityValue const> extCommunity;
     U64 recmpState = 0;
     U64 tag = 0;
-    RouteIntSet isisLevel;
+    std::span<U64 const> isisLevel;
     U64 isisMetric = 0;
-    RouteCommunitySet largeCommunity;
+    std::span<Acl::CommunityValue const> largeCommunity;
     U64 localPref = 0;
     U64 med = 0;
     IpGenAddr nextHop;

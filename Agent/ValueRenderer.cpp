@@ -66,7 +66,7 @@ void ValueRenderer::render(Routing::Rib::ResolutionRibProfileConfig const & valu
     renderer_.endObject();
 }
 
-void ValueRenderer::render(RouteIntSet const & values, SetForm form) {
+void ValueRenderer::render(std::span<U64 const> values, SetForm form) {
     renderer_.beginArray();
     for (U64 const value : values) {
         if (form == SetForm::standardCommunities) {
@@ -80,7 +80,7 @@ void ValueRenderer::render(RouteIntSet const & values, SetForm form) {
     renderer_.endArray();
 }
 
-void ValueRenderer::render(RouteCommunitySet const & values, SetForm form) {
+void ValueRenderer::render(std::span<Acl::CommunityValue const> values, SetForm form) {
     renderer_.beginArray();
     for (Acl::CommunityValue const & value : values) {
         text_.clear();

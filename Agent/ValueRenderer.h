@@ -25,12 +25,17 @@ public:
     void render(Routing::Rib::ResolutionRibProfileConfig const & value);
 
     /// Sets, by the form of their elements.
-    void render(RouteIntSet const & values, SetForm form);
-    void render(RouteCommunitySet const & values, SetForm form);
+    void render(std::span<U64 const> values, SetForm form);
+    void render(std::span<Acl::CommunityValue const> values, SetForm form);
     /// Any other value, for callers that write all of them alike.
     template <typename Value>
-    void render(Value const & value, SetForm /*form*/) {
-        render(value);
+    void render(Value const & value, SetForm form) {
+        if constexpr (requires { typename Value::allocator_type; } &&
+                      !std::is_same_v<Value, Routing::Bgp::AsnVector>) {
+            render(viewOf(value), form);
+        } else {
+            render(value);
+        }
     }
 
 private:

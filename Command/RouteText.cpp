@@ -7,8 +7,6 @@
 namespace {
 
 using Qcf::Agent::Evaluated;
-using Qcf::Agent::RouteCommunitySet;
-using Qcf::Agent::RouteIntSet;
 using Qcf::Agent::SetForm;
 using Qcf::Debug::EvaluationLog;
 using Routing::TextPieces::appendDecimal;
@@ -28,8 +26,8 @@ public:
         appendAsPathText(out_, value);
         out_ += '"';
     }
-    template <typename Element, std::size_t N>
-    void operator()(boost::container::small_vector<Element, N> const & values) const {
+    template <typename Element>
+    void operator()(std::span<Element const> values) const {
         bool first = true;
         for (Element const & value : values) {
             if (!first) {

@@ -16,7 +16,7 @@ AsnBuffer asnsOf(IntListImmediate const & list, Ptr<EvalContextBase> const & con
     PtrConst<U64UnsortedSmallVector> fresh;
     AsnBuffer asns;
     if (auto const * const values = list.lendVal(context, fresh)) {
-        for (U64 const value : values->values()) {
+        for (U64 const value : values->view()) {
             asns.push_back(static_cast<Asn>(value));
         }
     }

@@ -26,7 +26,7 @@ public:
         drop();
         cachedGetVal_ = std::move(value);
         if (cachedGetVal_) {
-            cachedGetVal_->filterIs();
+            cachedGetVal_->indexIs();
             cachedGetVal_->immortalIs();
         }
         owner_.publisher().publish({.attribute = "cachedGetVal", .subject = &owner_});

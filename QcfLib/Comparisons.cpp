@@ -13,12 +13,11 @@ namespace {
 /// so that every left side is above a strictly negative right side.
 template <typename Compare, typename Node>
 EvalResult compareInts(Node const & node, Ptr<EvalContextBase> const & context) {
-    bool const negative = node.rhs()->negative(context);
-    U64 const rhs = node.rhs()->getVal(context);
+    SignedMagnitude const rhs = node.rhs()->signedVal(context);
     U64 const lhs = node.lhs()->getVal(context);
     constexpr bool aboveNegatives = Compare()(1, 0);
-    bool const below = negative && rhs != 0;
-    return EvalResult::fromBool(below ? aboveNegatives : Compare()(lhs, rhs));
+    bool const holds = rhs.strictlyNegative() ? aboveNegatives : Compare()(lhs, rhs.magnitude);
+    return EvalResult::fromBool(holds);
 }
 
 template <typename Compare, typename Node>

@@ -22,12 +22,9 @@ void endLoan(Ptr<Set> const & slot) {
 }
 
 template <typename Set>
-Set * GeneratedEvalContext::fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
-                                       void (GeneratedEvalContext::*populate)(Ptr<Set> const &)
-                                           const) const {
-    if (cache_->isPopulated(input)) {
-        return slot.get();
-    }
+Set * GeneratedEvalContext::fetchSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
+                                     void (GeneratedEvalContext::*populate)(Ptr<Set> const &)
+                                         const) const {
     if (!slot) {
         slot = makePtr<Set>(modifyFlag);
         slot->immortalIs();

@@ -1,7 +1,5 @@
 #include "QcfLib/EvalContextFetch.h"
 
-#include <bit>
-
 namespace Qcf::Eval {
 
 GeneratedEvalContext::GeneratedEvalContext(PtrConst<ExternalMatchersBase> externalMatchers,
@@ -32,25 +30,5 @@ Ptr<QcfEvalContextCacheGenerated> const & GeneratedEvalContext::cacheIs() {
 }
 
 Ptr<QcfEvalContextCacheGenerated> GeneratedEvalContext::cacheDel() { return std::move(cache_); }
-
-void GeneratedEvalContext::reset() {
-    QCF_ASSERT(functionCallDepth_ == 0);
-    if (modifiedFlags_ != 0) {
-        releaseModifiedSets();
-        modifiedFlags_ = 0;
-    }
-    cache_->populatedClear();
-}
-
-void GeneratedEvalContext::flushModifiedAttributes() {
-    QCF_ASSERT(functionCallDepth_ == 0);
-    if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
-        overriddenWriteBacks_ = findOverriddenWriteBacks();
-    }
-    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0;
-         pending &= pending - 1) {
-        writeBack(static_cast<ModifiableAttribute>(std::countr_zero(pending)));
-    }
-}
 
 } // namespace Qcf::Eval

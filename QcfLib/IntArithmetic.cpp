@@ -5,19 +5,13 @@ namespace Qcf::Eval {
 
 namespace {
 
-SignedMagnitude read(Int const & operand, Ptr<EvalContextBase> const & context) {
-    bool const negative = operand.negative(context);
-    return {negative, operand.getVal(context)};
-}
-
 using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 
 /// Agents see the reads in this order: the target's current value, then the operand.
 void compute(IntModifiable const & target, Int const & operand,
              Ptr<EvalContextBase> const & context, Arithmetic arithmetic) {
-    IntRange const range{target.min(), target.max()};
     U64 const current = target.getVal(context);
-    target.setVal(arithmetic(range, current, read(operand, context)), context);
+    target.setVal(arithmetic(target.range(), current, operand.signedVal(context)), context);
 }
 
 } // namespace
@@ -31,18 +25,9 @@ U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand) {
     return tooLarge ? range.max : range.clamp(product);
 }
 
-U64 assigned(IntModifiable const & target, SignedMagnitude operand) {
-    IntRange const range{target.min(), target.max()};
-    U64 const defaultValue = target.defaultValue();
-    if (operand.strictlyNegative()) {
-        return range.min;
-    }
-    return operand.magnitude == defaultValue ? defaultValue : range.clamp(operand.magnitude);
-}
-
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context) {
-    target.setVal(assigned(target, read(operand, context)), context);
+    target.setVal(assigned(target.range(), operand.signedVal(context)), context);
 }
 void addWithinRange(IntModifiable const & target, Int const & operand,
                     Ptr<EvalContextBase> const & context) {

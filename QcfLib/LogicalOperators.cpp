@@ -1,22 +1,26 @@
-#include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEval.h"
+#include "QcfLib/QcfLibHelpers.h"
 
 namespace Qcf::Eval {
+
+namespace {
+
+constexpr U8 bit(TriStateBoolValue value) { return U8{1} << static_cast<U8>(value); }
+
+} // namespace
 
 EvalResult LogicalOperator::maybeCastUnknownToFalse(EvalResult const & result) const {
     return result.retVal() == QcfUnknown() ? EvalResult::fromBool(false) : result;
 }
 
 String AndOperator::toStrep() const { return "and"; }
-bool AndOperator::shouldShortCircuit(EvalResult const & result) const { return !result.isTrue(); }
+U8 AndOperator::endingValues() const { return bit(QcfFalse()) | bit(QcfUnknown()); }
 
 String OrOperator::toStrep() const { return "or"; }
-bool OrOperator::shouldShortCircuit(EvalResult const & result) const { return result.isTrue(); }
+U8 OrOperator::endingValues() const { return bit(QcfTrue()); }
 
 String SequentialOperator::toStrep() const { return "??"; }
-bool SequentialOperator::shouldShortCircuit(EvalResult const & result) const {
-    return result.retVal() != QcfUnknown();
-}
+U8 SequentialOperator::endingValues() const { return bit(QcfFalse()) | bit(QcfTrue()); }
 EvalResult SequentialOperator::maybeCastUnknownToFalse(EvalResult const & result) const {
     return result;
 }
@@ -45,24 +49,25 @@ private:
 
 } // namespace
 
-EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
-    LogicalOperator const & op = *operatorList_->entry();
-    bool const logging = context->shouldLogEval();
-    OperatorCursor cursor(*operatorList_, context);
+namespace {
+
+EvalResult loggedOperands(LogicalOperatorExpression const & node,
+                          Ptr<EvalContextBase> const & context) {
+    LogicalOperator const & op = *node.operatorList()->entry();
+    OperatorCursor cursor(*node.operatorList(), context);
     EvalResult result;
     U32 position = 1;
-    for (auto const * link = expressionList_.get(); link != nullptr; link = link->next().get()) {
-        if (logging && position >= 3) {
+    for (auto const * link = node.expressionList().get(); link != nullptr;
+         link = link->next().get()) {
+        if (position >= 3) {
             cursor.log(result);
             cursor.advance();
         }
         result = link->entry()->eval(context);
-        if (logging) {
-            evalContext(context).log(link->entry()->aetNodeKey(), result);
-        }
-        QCF_ASSERT_TEXT(result.termination() != TerminationFlag::returnToCaller, "false");
+        evalContext(context).log(link->entry()->aetNodeKey(), result);
+        assertNoReturn(result);
         if (result.terminates()) {
-            if (logging && position >= 2) {
+            if (position >= 2) {
                 cursor.log(result);
             }
             return result;
@@ -73,10 +78,31 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
         ++position;
     }
     result = op.maybeCastUnknownToFalse(result);
-    if (logging) {
-        cursor.log(result);
-    }
+    cursor.log(result);
     return result;
+}
+
+} // namespace
+
+EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
+    if (context->shouldLogEval()) [[unlikely]] {
+        return loggedOperands(*this, context);
+    }
+    // The kind is asked for once, and not the operator for each operand.
+    LogicalOperator const & op = *operatorList_->entry();
+    U8 const ends = op.endingValues();
+    EvalResult result;
+    for (auto const * link = expressionList_.get(); link != nullptr; link = link->next().get()) {
+        result = link->entry()->eval(context);
+        if (result.terminates()) [[unlikely]] {
+            assertNoReturn(result);
+            return result;
+        }
+        if (((ends >> static_cast<U8>(result.retVal())) & 1) != 0) {
+            break;
+        }
+    }
+    return result.retVal() == QcfUnknown() ? op.maybeCastUnknownToFalse(result) : result;
 }
 
 } // namespace Qcf::Eval

@@ -5,11 +5,38 @@
 
 namespace Qcf::Eval {
 
+namespace {
+
+class PlanEnd final : public PlanStep {
+public:
+    constexpr explicit PlanEnd(EvalResult result) : PlanStep(result) {}
+    PlanStep const * run(PlanRun & /*run*/) const override { return this; }
+};
+
+/// By value, then by termination.
+constinit PlanEnd const ends[3][3] = {
+    {PlanEnd(EvalResult(QcfUnknown(), TerminationFlag::noTermination)),
+     PlanEnd(EvalResult(QcfUnknown(), TerminationFlag::returnToCaller)),
+     PlanEnd(EvalResult(QcfUnknown(), TerminationFlag::exitToPoa))},
+    {PlanEnd(EvalResult(QcfFalse(), TerminationFlag::noTermination)),
+     PlanEnd(EvalResult(QcfFalse(), TerminationFlag::returnToCaller)),
+     PlanEnd(EvalResult(QcfFalse(), TerminationFlag::exitToPoa))},
+    {PlanEnd(EvalResult(QcfTrue(), TerminationFlag::noTermination)),
+     PlanEnd(EvalResult(QcfTrue(), TerminationFlag::returnToCaller)),
+     PlanEnd(EvalResult(QcfTrue(), TerminationFlag::exitToPoa))},
+};
+
+} // namespace
+
+PlanStep const * endOfRun(EvalResult result) {
+    return &ends[static_cast<U8>(result.retVal())][static_cast<U8>(result.termination())];
+}
+
 std::atomic<bool> Plan::enabled_{true};
 
 Plan::Plan(Function const & function) {
     PlanLowering lowering(steps_, indexes_);
-    body_ = lowering.statements(*function.body());
+    first_ = lowering.block(*function.body(), endOfRun({}));
 }
 
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }

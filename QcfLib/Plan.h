@@ -1,16 +1,19 @@
 #pragma once
 
-#include "QcfLib/PlanSteps.h"
+#include "QcfLib/PlanIndex.h"
+#include "QcfLib/PlanStep.h"
 
 #include <atomic>
 #include <memory>
+#include <vector>
 
 namespace Qcf::Eval {
 
 class Function;
 
-/// A function lowered for speed: constants in place, chains of `else if` as one step, tests of one
-/// attribute against many constants as one look-up.
+/// A function lowered for speed: steps that read attributes without asking their nodes, have their
+/// constants in place and know what comes next for each outcome; tests of one attribute against
+/// many constants are one look-up.
 ///
 /// A plan gives the results and write-backs of its tree and nothing else: evaluations that are
 /// logged or traced walk the tree, and a node without a step of its own is evaluated as it stands.
@@ -23,8 +26,12 @@ public:
 
     /// The result of the function's body.
     EvalResult run(Ptr<EvalContextBase> const & context) const {
-        PlanRun planRun{context, nullptr};
-        return runStatements(body_, planRun);
+        PlanRun run(context);
+        PlanStep const * step = first_;
+        while (!step->isEnd()) {
+            step = step->run(run);
+        }
+        return step->result();
     }
 
     /// Steps that were made, for reports on memory.
@@ -39,7 +46,7 @@ private:
 
     std::vector<std::unique_ptr<PlanStep const>> steps_;
     std::vector<std::unique_ptr<PlanIndex const>> indexes_; ///< that steps ask
-    StepList body_;
+    PlanStep const * first_;
 };
 
 } // namespace Qcf::Eval

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/PlanStep.h"
 
 #include <vector>
 
@@ -17,8 +17,8 @@ public:
     PlanIndex & operator=(PlanIndex const &) = delete;
     virtual ~PlanIndex() = default;
 
-    /// Bit i is set when test i holds for the route of the context.
-    virtual U64 testsThatHold(Ptr<EvalContextBase const> const & context) const = 0;
+    /// Bit i is set when test i holds for the route of the run.
+    virtual U64 testsThatHold(PlanRun & run) const = 0;
 };
 
 /// Constants with the tests that they satisfy, in a table of open addresses.
@@ -61,12 +61,10 @@ class IntIndex final : public PlanIndex {
 public:
     explicit IntIndex(Int const & operand) : operand_(operand) {}
     ConstantTable<U64> & table() { return table_; }
-    U64 testsThatHold(Ptr<EvalContextBase const> const & context) const override {
-        return table_.testsOf(operand_.getVal(context));
-    }
+    U64 testsThatHold(PlanRun & run) const override { return table_.testsOf(operand_.read(run)); }
 
 private:
-    Int const & operand_;
+    PlanInt operand_;
     ConstantTable<U64> table_;
 };
 
@@ -76,11 +74,11 @@ class SetIndex final : public PlanIndex {
 public:
     explicit SetIndex(SetStorage<Set> const & operand) : operand_(operand) {}
     ConstantTable<typename Set::Value> & table() { return table_; }
-    U64 testsThatHold(Ptr<EvalContextBase const> const & context) const override {
+    U64 testsThatHold(PlanRun & run) const override {
         PtrConst<Set> fresh;
         U64 tests = 0;
-        if (Set const * const set = operand_.lendVal(context, fresh)) {
-            for (auto const & value : *set) {
+        if (Set const * const set = operand_.lend(run, fresh)) {
+            for (auto const & value : set->view()) {
                 tests |= table_.testsOf(value);
             }
         }
@@ -88,7 +86,7 @@ public:
     }
 
 private:
-    SetStorage<Set> const & operand_;
+    PlanSet<Set> operand_;
     ConstantTable<typename Set::Value> table_;
 };
 

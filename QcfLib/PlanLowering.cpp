@@ -1,54 +1,64 @@
 #include "QcfLib/PlanLowering.h"
 
-#include "QcfLib/Plan.h"
+#include "QcfLib/PlanNodes.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace Qcf::Eval {
 
 namespace {
 
-template <typename Node>
-Node const * as(AetNodeBase const & node) {
-    bool const same = &node.typeData() == &nodeClasses()[Node::classNumber];
-    return same ? static_cast<Node const *>(&node) : nullptr;
+/// The links of a list, last first.
+template <typename Link>
+std::vector<Link const *> fromLast(Link const * link) {
+    std::vector<Link const *> links;
+    for (; link != nullptr; link = link->next().get()) {
+        links.push_back(link);
+    }
+    std::reverse(links.begin(), links.end());
+    return links;
 }
 
-/// The constant set of a literal; null when it has none.
-template <typename Immediate, typename Storage>
-auto const * constantSet(Storage const & node) {
-    auto const * const immediate = as<Immediate>(node);
-    return immediate == nullptr ? nullptr : immediate->cachedGetVal();
+TriStateBoolImmediate const * constantOf(Expression const & node) {
+    auto const * const predicate = as<TriStateBoolExpression>(node);
+    return predicate == nullptr ? nullptr : as<TriStateBoolImmediate>(*predicate->expr());
 }
 
 } // namespace
 
-PlanStep const * PlanLowering::keep(std::unique_ptr<PlanStep const> step) {
-    steps_.push_back(std::move(step));
-    return steps_.back().get();
-}
-
-StepList PlanLowering::statements(Block const & block) {
-    StepList statements;
-    for (auto const * link = block.stmts().get(); link != nullptr; link = link->next().get()) {
-        statements.push_back(expression(*link->entry()));
+PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next) {
+    // Changes of one set attribute that stand together, last first.
+    std::vector<SetChange<U64SmallVector>> changes;
+    auto const makeChanges = [&] {
+        if (!changes.empty()) {
+            std::reverse(changes.begin(), changes.end());
+            next = make<SetEditStep<U64SmallVector>>(changes, next);
+            changes.clear();
+        }
+    };
+    for (auto const * const link : fromLast(block.stmts().get())) {
+        auto const change = setChangeOf<U64SmallVector>(*link->entry());
+        if (!changes.empty() &&
+            (!change || identity(*change->target) != identity(*changes.front().target))) {
+            makeChanges();
+        }
+        if (change) {
+            changes.push_back(*change);
+        } else {
+            next = statement(*link->entry(), next);
+        }
     }
-    return statements;
+    makeChanges();
+    return next;
 }
 
-PlanStep const * PlanLowering::block(Block const & block) {
-    return make<BlockStep>(statements(block));
-}
-
-PlanStep const * PlanLowering::expression(Expression const & node) {
+PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const * next) {
     if (auto const * const n = as<Block>(node)) {
-        return block(*n);
+        return block(*n, next);
     }
     if (auto const * const n = as<IfExpression>(node)) {
-        return ifChain(*n);
-    }
-    if (auto const * const n = as<NotExpression>(node)) {
-        return make<NotStep>(expression(*n->expr()));
+        return ifChain(*n, next);
     }
     if (auto const * const n = as<ReturnExpression>(node)) {
         return termination(*n->expr(), TerminationFlag::returnToCaller);
@@ -56,34 +66,20 @@ PlanStep const * PlanLowering::expression(Expression const & node) {
     if (auto const * const n = as<ExitExpression>(node)) {
         return termination(*n->expr(), TerminationFlag::exitToPoa);
     }
-    if (auto const * const n = as<LogicalOperatorExpression>(node)) {
-        return logical(*n);
-    }
-    if (auto const * const n = as<TriStateBoolExpression>(node)) {
-        if (auto const * const constant = as<TriStateBoolImmediate>(*n->expr())) {
-            return make<ConstantStep>(EvalResult(constant->value()));
-        }
-    }
-    for (auto const lower :
-         {&PlanLowering::comparison, &PlanLowering::setTest, &PlanLowering::change}) {
-        if (PlanStep const * const step = (this->*lower)(node)) {
-            return step;
-        }
-    }
-    return make<NodeStep>(node);
+    PlanStep const * const step = change(node, next);
+    return step != nullptr ? step : make<NodeStatement>(node, next);
 }
 
 PlanStep const * PlanLowering::termination(Expression const & operand, TerminationFlag flag) {
-    auto const * const predicate = as<TriStateBoolExpression>(operand);
-    if (predicate != nullptr) {
-        if (auto const * const constant = as<TriStateBoolImmediate>(*predicate->expr())) {
-            return make<ConstantStep>(EvalResult(constant->value(), flag));
-        }
+    if (auto const * const constant = constantOf(operand)) {
+        return endOfRun(EvalResult(constant->value(), flag));
     }
-    return make<TerminationStep>(expression(operand), flag);
+    return condition(operand, {endOfRun(EvalResult(QcfUnknown(), flag)),
+                               endOfRun(EvalResult(QcfFalse(), flag)),
+                               endOfRun(EvalResult(QcfTrue(), flag))});
 }
 
-PlanStep const * PlanLowering::ifChain(IfExpression const & head) {
+PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const * next) {
     std::vector<IfExpression const *> links;
     std::vector<Expression const *> conditions;
     for (IfExpression const * link = &head; link != nullptr;
@@ -92,153 +88,166 @@ PlanStep const * PlanLowering::ifChain(IfExpression const & head) {
         conditions.push_back(link->condition().get());
     }
     ChainSharing sharing(conditions);
-    auto const * const outer = sharing_;
-    std::vector<IfChainStep::Clause> clauses;
-    for (IfExpression const * const link : links) {
-        sharing_ = sharing.any() ? &sharing : nullptr;
-        PlanStep const * const condition = expression(*link->condition());
-        sharing_ = nullptr; // a block may change what the conditions read
-        clauses.push_back({condition, block(*link->thenBlock())});
-    }
     auto const & otherwise = links.back()->elseBlock();
-    PlanStep const * const elseBlock = otherwise ? expression(*otherwise) : nullptr;
-    sharing_ = outer;
-    bool const usesMemo = sharing.any();
+    PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
+    for (auto link = links.rbegin(); link != links.rend(); ++link) {
+        PlanStep const * const then = block(*(*link)->thenBlock(), next);
+        sharing_ = &sharing; // only conditions: a block may change what they read
+        step = condition(*(*link)->condition(), {step, step, then});
+        sharing_ = nullptr;
+    }
+    bool const forgets = sharing.any();
     sharing.moveIndexes(indexes_);
-    return make<IfChainStep>(std::move(clauses), elseBlock, usesMemo);
+    return forgets ? make<ForgetStep>(step) : step;
 }
 
-PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node) {
-    AetNodeBase const & op = *node.operatorList()->entry();
-    LogicalStep::Kind kind = LogicalStep::Kind::sequential;
-    if (as<AndOperator>(op) != nullptr) {
-        kind = LogicalStep::Kind::and_;
-    } else if (as<OrOperator>(op) != nullptr) {
-        kind = LogicalStep::Kind::or_;
-    }
-    StepList operands;
-    for (auto const * link = node.expressionList().get(); link != nullptr;
-         link = link->next().get()) {
-        operands.push_back(expression(*link->entry()));
-    }
-    return make<LogicalStep>(kind, std::move(operands));
-}
-
-PlanStep const * PlanLowering::assignment(IntAssign const & node) {
+PlanStep const * PlanLowering::assignment(IntAssign const & node, PlanStep const * next) {
     auto const * const constant = as<IntImmediate>(*node.rhs());
-    if (constant == nullptr) {
+    if (constant == nullptr || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
-    U64 const value = assigned(*node.lhs(), {constant->negative(), constant->value()});
-    return make<IntStoreStep>(*node.lhs(), value);
+    U64 const value = assigned(node.lhs()->range(), {constant->negative(), constant->value()});
+    return make<IntStoreStep>(node.lhs()->source(), value, next);
 }
 
 template <typename Node>
 PlanStep const * PlanLowering::arithmetic(Node const & node,
-                                          IntArithmeticStep::Arithmetic arithmetic) {
+                                          IntArithmeticStep::Arithmetic arithmetic,
+                                          PlanStep const * next) {
     auto const * const constant = as<IntImmediate>(*node.rhs());
-    if (constant == nullptr) {
+    if (constant == nullptr || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
     SignedMagnitude const operand{constant->negative(), constant->value()};
-    return make<IntArithmeticStep>(*node.lhs(), operand, arithmetic);
+    return make<IntArithmeticStep>(*node.lhs(), operand, arithmetic, next);
 }
 
-template <typename Set, typename Immediate, typename Node>
-PlanStep const * PlanLowering::setEdit(Node const & node,
-                                       typename SetEditStep<Set, Node>::Edit edit, bool adds) {
-    auto const * const set = constantSet<Immediate>(*node.rhs());
-    bool const few = set != nullptr && set->count() <= fewValues;
-    return few ? make<SetEditStep<Set, Node>>(node, set, edit, adds ? set : nullptr) : nullptr;
-}
-
-PlanStep const * PlanLowering::change(Expression const & node) {
+PlanStep const * PlanLowering::change(Expression const & node, PlanStep const * next) {
     if (auto const * const n = as<IntAssign>(node)) {
-        return assignment(*n);
+        return assignment(*n, next);
     }
     if (auto const * const n = as<IntPlusEq>(node)) {
-        return arithmetic(*n, added);
+        return arithmetic(*n, added, next);
     }
     if (auto const * const n = as<IntMinusEq>(node)) {
-        return arithmetic(*n, subtracted);
+        return arithmetic(*n, subtracted, next);
     }
     if (auto const * const n = as<IntMultEq>(node)) {
-        return arithmetic(*n, multiplied);
+        return arithmetic(*n, multiplied, next);
     }
-    if (auto const * const n = as<IntSetAddImmediate>(node)) {
-        return setEdit<U64SmallVector, IntSetImmediate>(*n, addInPlace<U64SmallVector>, true);
-    }
-    if (auto const * const n = as<IntSetRemoveImmediate>(node)) {
-        return setEdit<U64SmallVector, IntSetImmediate>(*n, removeInPlace<U64SmallVector>, false);
-    }
-    if (auto const * const n = as<CommunitySetAddImmediate>(node)) {
-        return setEdit<CommunitySmallVector, CommunitySetImmediate>(
-            *n, addInPlace<CommunitySmallVector>, true);
-    }
-    if (auto const * const n = as<CommunitySetRemoveImmediate>(node)) {
-        return setEdit<CommunitySmallVector, CommunitySetImmediate>(
-            *n, removeInPlace<CommunitySmallVector>, false);
+    if (auto const change = setChangeOf<CommunitySmallVector>(node)) {
+        return make<SetEditStep<CommunitySmallVector>>(std::vector{*change}, next);
     }
     return nullptr;
 }
 
+PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets const & targets) {
+    if (auto const * const constant = constantOf(node)) {
+        return targets.at(constant->value());
+    }
+    if (auto const * const n = as<NotExpression>(node)) {
+        return condition(*n->expr(), {targets.onTrue, targets.onTrue, targets.onFalse});
+    }
+    if (auto const * const n = as<LogicalOperatorExpression>(node)) {
+        return logical(*n, targets);
+    }
+    auto const * const place = sharing_ != nullptr ? sharing_->placeOf(node) : nullptr;
+    if (place != nullptr) {
+        return make<IndexedTest>(*place->index, place->slot, place->test, targets);
+    }
+    for (auto const lower : {&PlanLowering::intTest, &PlanLowering::setTest}) {
+        if (PlanStep const * const step = (this->*lower)(node, targets)) {
+            return step;
+        }
+    }
+    return make<NodeTest>(node, targets);
+}
+
+PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
+                                       PlanTargets const & targets) {
+    LogicalOperator const & op = *node.operatorList()->entry();
+    bool const isAnd = as<AndOperator>(op) != nullptr;
+    bool const isOr = as<OrOperator>(op) != nullptr;
+    // What follows the last operand, unless it decided: `and` and `or` have no unknown value.
+    PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
+    PlanTargets last{undecided, targets.onFalse, targets.onTrue};
+    PlanStep const * next = undecided;
+    for (auto const * const link : fromLast(node.expressionList().get())) {
+        next = condition(*link->entry(), last);
+        last = {isAnd ? targets.onFalse : next, isOr ? next : targets.onFalse,
+                isAnd ? next : targets.onTrue};
+    }
+    return next;
+}
+
+template <template <typename> typename Step, typename... Arguments>
+PlanStep const * PlanLowering::withOperand(Int const & operand, Arguments const &... arguments) {
+    U8 const slot = sharing_ != nullptr ? sharing_->slotOf(operand) : ChainSharing::notShared;
+    if (slot == ChainSharing::notShared) {
+        return make<Step<PlanInt>>(PlanInt(operand), arguments...);
+    }
+    return make<Step<SharedInt>>(SharedInt(operand, slot), arguments...);
+}
+
+namespace {
+
+template <typename Compare>
+struct Comparing {
+    template <typename Operand>
+    using Step = IntTest<Compare, Operand>;
+};
+
+} // namespace
+
 template <typename Compare, typename Node>
-PlanStep const * PlanLowering::intComparison(Node const & node) {
+PlanStep const * PlanLowering::comparison(Node const & node, PlanTargets const & targets) {
     auto const * const constant = as<IntImmediate>(*node.rhs());
     // Against a negative constant the answer does not depend on the left side, which is still read.
     if (constant == nullptr || (constant->negative() && constant->value() != 0)) {
         return nullptr;
     }
-    U8 const slot = sharing_ != nullptr ? sharing_->slotOf(*node.lhs()) : PlanInt::notShared;
-    return make<IntCompareStep<Compare>>(PlanInt(*node.lhs(), slot), constant->value());
+    return withOperand<Comparing<Compare>::template Step>(*node.lhs(), constant->value(), targets);
 }
 
-PlanStep const * PlanLowering::comparison(Expression const & node) {
-    if (sharing_ != nullptr) {
-        if (auto step = sharing_->indexed(node)) {
-            return keep(std::move(step));
-        }
-    }
+PlanStep const * PlanLowering::intTest(Expression const & node, PlanTargets const & targets) {
     if (auto const * const n = as<IntIs>(node)) {
-        return intComparison<std::equal_to<U64>>(*n);
+        return comparison<std::equal_to<U64>>(*n, targets);
     }
     if (auto const * const n = as<IntLessThan>(node)) {
-        return intComparison<std::less<U64>>(*n);
+        return comparison<std::less<U64>>(*n, targets);
     }
     if (auto const * const n = as<IntLessThanEq>(node)) {
-        return intComparison<std::less_equal<U64>>(*n);
+        return comparison<std::less_equal<U64>>(*n, targets);
     }
     if (auto const * const n = as<IntGreaterThan>(node)) {
-        return intComparison<std::greater<U64>>(*n);
+        return comparison<std::greater<U64>>(*n, targets);
     }
     if (auto const * const n = as<IntGreaterThanEq>(node)) {
-        return intComparison<std::greater_equal<U64>>(*n);
+        return comparison<std::greater_equal<U64>>(*n, targets);
     }
     if (auto const * const n = as<IntInImmediateSet>(node)) {
-        if (auto const * const set = constantSet<IntSetImmediate>(*n->rhs())) {
-            U8 const slot = sharing_ != nullptr ? sharing_->slotOf(*n->lhs()) : PlanInt::notShared;
-            return make<IntInSetStep>(PlanInt(*n->lhs(), slot), *set);
-        }
+        auto const * const set = constantSet<IntSetImmediate>(*n->rhs());
+        return set == nullptr ? nullptr : withOperand<IntInSetTest>(*n->lhs(), *set, targets);
     }
     return nullptr;
 }
 
-template <typename Set, typename Immediate, typename Node>
-PlanStep const * PlanLowering::constantSetTest(Node const & node,
-                                               typename SetTestStep<Set>::Test test) {
-    auto const * const set = constantSet<Immediate>(*node.rhs());
-    return set == nullptr ? nullptr : make<SetTestStep<Set>>(*node.lhs(), set, test);
+template <typename Set, typename Immediate, bool test(Set const *, Set const *), typename Node>
+PlanStep const * PlanLowering::constantTest(Node const * node, PlanTargets const & targets) {
+    auto const * const set = node == nullptr ? nullptr : constantSet<Immediate>(*node->rhs());
+    return set == nullptr ? nullptr
+                          : make<SetTest<Set, test>>(PlanSet<Set>(*node->lhs()), set, targets);
 }
 
-PlanStep const * PlanLowering::setTest(Expression const & node) {
-    if (auto const * const n = as<IntSetHasAnyImmediate>(node)) {
-        return constantSetTest<U64SmallVector, IntSetImmediate>(*n, U64SmallVector::hasAny);
+PlanStep const * PlanLowering::setTest(Expression const & node, PlanTargets const & targets) {
+    using Ints = U64SmallVector;
+    using Communities = CommunitySmallVector;
+    if (auto const * const step = constantTest<Ints, IntSetImmediate, setHasAny<Ints>>(
+            as<IntSetHasAnyImmediate>(node), targets)) {
+        return step;
     }
-    if (auto const * const n = as<CommunitySetHasAnyImmediate>(node)) {
-        return constantSetTest<CommunitySmallVector, CommunitySetImmediate>(
-            *n, CommunitySmallVector::hasAny);
-    }
-    return nullptr;
+    return constantTest<Communities, CommunitySetImmediate, setHasAny<Communities>>(
+        as<CommunitySetHasAnyImmediate>(node), targets);
 }
 
 } // namespace Qcf::Eval

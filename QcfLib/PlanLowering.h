@@ -1,10 +1,12 @@
 #pragma once
 
-#include "QcfLib/PlanSteps.h"
+#include "QcfLib/PlanSetEdit.h"
+#include "QcfLib/PlanTests.h"
 #include "QcfLib/QcfEval.h"
 
 #include <map>
 #include <memory>
+#include <vector>
 
 namespace Qcf::Eval {
 
@@ -12,16 +14,22 @@ namespace Qcf::Eval {
 /// indexes over the attributes that several of them test against constants.
 class ChainSharing {
 public:
-    using Step = std::unique_ptr<PlanStep const>;
+    static constexpr U8 notShared = 0xff;
+    /// A test that an index answers.
+    struct Place {
+        PlanIndex const * index;
+        U8 slot;
+        U8 test;
+    };
 
     /// Looks the conditions over; shares nothing unless all of them only read.
     explicit ChainSharing(std::vector<Expression const *> const & conditions);
 
     bool any() const { return slotCount_ != 0; }
-    /// The slot of an integer operand; PlanInt::notShared when it is read for itself.
+    /// The slot of an integer operand; `notShared` when it is read for itself.
     U8 slotOf(Int const & operand) const;
-    /// The step that answers a test from an index; null when the test is in none.
-    Step indexed(Expression const & test) const;
+    /// Where a test is answered; null when it is in no index.
+    Place const * placeOf(Expression const & test) const;
     /// Moves the indexes to whoever keeps the steps. To be called once, at the end.
     void moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper);
 
@@ -30,11 +38,6 @@ private:
     using Operand = void const *;
     template <typename Node>
     using Tests = std::map<Operand, std::vector<Node const *>>;
-    struct Place {
-        PlanIndex const * index;
-        U8 slot;
-        U8 test;
-    };
 
     void collect(Expression const & condition);
     template <typename Index, typename Node>
@@ -52,7 +55,8 @@ private:
     U8 slotCount_ = 0;
 };
 
-/// Makes the steps of a function's nodes. A node that it does not know becomes a NodeStep.
+/// Makes the steps of a function's nodes, each with the steps that come after it, so from the end
+/// to the start.
 class PlanLowering {
 public:
     /// Steps and indexes are put into the two lists, which the plan keeps.
@@ -60,31 +64,34 @@ public:
                  std::vector<std::unique_ptr<PlanIndex const>> & indexes)
         : steps_(steps), indexes_(indexes) {}
 
-    StepList statements(Block const & block);
-    PlanStep const * expression(Expression const & node);
+    /// The first step of a block; `next` follows where no statement ends the run.
+    PlanStep const * block(Block const & block, PlanStep const * next);
 
 private:
-    PlanStep const * block(Block const & block);
-    PlanStep const * ifChain(IfExpression const & head);
-    PlanStep const * logical(LogicalOperatorExpression const & node);
+    PlanStep const * statement(Expression const & node, PlanStep const * next);
+    PlanStep const * ifChain(IfExpression const & head, PlanStep const * next);
     PlanStep const * termination(Expression const & operand, TerminationFlag flag);
-    PlanStep const * comparison(Expression const & node);
-    PlanStep const * setTest(Expression const & node);
-    PlanStep const * change(Expression const & node);
-    PlanStep const * assignment(IntAssign const & node);
+    PlanStep const * change(Expression const & node, PlanStep const * next);
+    PlanStep const * assignment(IntAssign const & node, PlanStep const * next);
     template <typename Node>
-    PlanStep const * arithmetic(Node const & node, IntArithmeticStep::Arithmetic arithmetic);
-    template <typename Set, typename Immediate, typename Node>
-    PlanStep const * setEdit(Node const & node, typename SetEditStep<Set, Node>::Edit edit,
-                             bool adds);
+    PlanStep const * arithmetic(Node const & node, IntArithmeticStep::Arithmetic arithmetic,
+                                PlanStep const * next);
+
+    PlanStep const * condition(Expression const & node, PlanTargets const & targets);
+    PlanStep const * logical(LogicalOperatorExpression const & node, PlanTargets const & targets);
+    PlanStep const * intTest(Expression const & node, PlanTargets const & targets);
     template <typename Compare, typename Node>
-    PlanStep const * intComparison(Node const & node);
-    template <typename Set, typename Immediate, typename Node>
-    PlanStep const * constantSetTest(Node const & node, typename SetTestStep<Set>::Test test);
-    PlanStep const * keep(std::unique_ptr<PlanStep const> step);
+    PlanStep const * comparison(Node const & node, PlanTargets const & targets);
+    template <template <typename> typename Step, typename... Arguments>
+    PlanStep const * withOperand(Int const & operand, Arguments const &... arguments);
+    PlanStep const * setTest(Expression const & node, PlanTargets const & targets);
+    template <typename Set, typename Immediate, bool test(Set const *, Set const *), typename Node>
+    PlanStep const * constantTest(Node const * node, PlanTargets const & targets);
+
     template <typename Step, typename... Arguments>
     PlanStep const * make(Arguments &&... arguments) {
-        return keep(std::make_unique<Step const>(std::forward<Arguments>(arguments)...));
+        steps_.push_back(std::make_unique<Step const>(std::forward<Arguments>(arguments)...));
+        return steps_.back().get();
     }
 
     std::vector<std::unique_ptr<PlanStep const>> & steps_;

@@ -1,4 +1,5 @@
 #include "QcfLib/PlanLowering.h"
+#include "QcfLib/PlanNodes.h"
 
 #include <algorithm>
 
@@ -7,17 +8,12 @@ namespace Qcf::Eval {
 namespace {
 
 /// So many tests of one attribute are worth an index, so many reads a slot.
-constexpr std::size_t testsForIndex = 4;
+constexpr std::size_t testsForIndex = 3;
 constexpr std::size_t readsForSlot = 2;
 
 template <typename Node>
 bool is(AetNodeBase const & node) {
-    return &node.typeData() == &nodeClasses()[Node::classNumber];
-}
-
-void const * identity(StorageType const & operand) {
-    NodeClass const & nodeClass = operand.typeData();
-    return nodeClass.attribute != nullptr ? static_cast<void const *>(&nodeClass) : &operand;
+    return as<Node>(node) != nullptr;
 }
 
 bool isOnlyReading(Expression const & node);
@@ -152,7 +148,7 @@ void ChainSharing::collect(Expression const & condition) {
 template <typename Index, typename Node>
 void ChainSharing::index(Tests<Node> const & tests) {
     for (auto const & [operand, nodes] : tests) {
-        if (nodes.size() < testsForIndex || slotCount_ == ChainMemo::slots) {
+        if (nodes.size() < testsForIndex || slotCount_ == PlanRun::slots) {
             if constexpr (std::is_same_v<Node, IntInImmediateSet>) {
                 reads_[operand] += nodes.size();
             }
@@ -173,7 +169,7 @@ void ChainSharing::index(Tests<Node> const & tests) {
 
 void ChainSharing::shareReads() {
     for (auto const & [operand, count] : reads_) {
-        if (count >= readsForSlot && slotCount_ < ChainMemo::slots) {
+        if (count >= readsForSlot && slotCount_ < PlanRun::slots) {
             slots_.emplace(operand, slotCount_++);
         }
     }
@@ -181,16 +177,12 @@ void ChainSharing::shareReads() {
 
 U8 ChainSharing::slotOf(Int const & operand) const {
     auto const found = slots_.find(identity(operand));
-    return found == slots_.end() ? PlanInt::notShared : found->second;
+    return found == slots_.end() ? notShared : found->second;
 }
 
-ChainSharing::Step ChainSharing::indexed(Expression const & test) const {
+ChainSharing::Place const * ChainSharing::placeOf(Expression const & test) const {
     auto const found = places_.find(&test);
-    if (found == places_.end()) {
-        return nullptr;
-    }
-    auto const & [index, slot, number] = found->second;
-    return std::make_unique<IndexedTestStep const>(*index, slot, number);
+    return found == places_.end() ? nullptr : &found->second;
 }
 
 void ChainSharing::moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper) {

@@ -4,6 +4,7 @@
 #include "Platform/Framework/Hash.h"
 #include "QcfLib/NodeContract.h"
 #include "QcfLib/Plan.h"
+#include "QcfLib/QcfLibHelpers.h"
 
 /// Evaluation of functions and control flow.
 namespace Qcf::Eval {
@@ -23,22 +24,19 @@ EvalResult evalLogged(Expression const & expression, Ptr<EvalContextBase> const 
     return result;
 }
 
-/// A tree that lets `return` stand in an operand's place is malformed.
-void assertNoReturn(EvalResult const & result) {
-    QCF_ASSERT_TEXT(result.termination() != TerminationFlag::returnToCaller, "false");
-}
-
-/// What `return` and `exit` make of their operand's result: an exit inside the operand wins.
-EvalResult terminated(EvalResult const & result, TerminationFlag flag) {
-    assertNoReturn(result);
-    return result.terminates() ? result : result.with(flag);
+/// Whether anybody looks on. Evaluations that nobody looks at log and trace nothing; they are the
+/// rule, and take the short way through a node.
+bool isObserved(Ptr<EvalContextBase> const & context) {
+    return context->shouldLogEval() || traceQcfEval.on(1);
 }
 
 } // namespace
 
 EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
+    bool const logs = context->shouldLogEval();
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
-        EvalResult const result = evalLogged(*link->entry(), context);
+        auto const & statement = *link->entry();
+        EvalResult const result = logs ? evalLogged(statement, context) : statement.eval(context);
         if (result.terminates()) {
             return result;
         }
@@ -46,33 +44,49 @@ EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
     return {};
 }
 
+namespace {
+
+void traceStart(Function const & function) {
+    QCF_TRACE(traceQcfEval, 1, "Evaluating function " << function.funcName());
+}
+
+/// A function that expects arguments was evaluated without a caller.
+EvalResult refused(Function const & function, Ptr<EvalContextBase> const & context) {
+    traceStart(function);
+    auto const refusal = EvalResult::fromBoolWithReturn(false);
+    logResult(context, function, refusal);
+    return refusal;
+}
+
+EvalResult observedBody(Function const & function, Ptr<EvalContextBase> const & context) {
+    traceStart(function);
+    EvalResult const result = evalLogged(*function.body(), context);
+    logResult(context, function, result);
+    return result;
+}
+
+} // namespace
+
 EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
-    QCF_TRACE(traceQcfEval, 1, "Evaluating function " << funcName());
     auto & c = evalContext(context);
-    bool const outermost = c.functionCallDepth() == 0;
-    if (outermost) {
+    if (c.functionCallDepth() == 0) {
         c.evaluatedFunctionIs(*this);
         if (argumentsExpected_) [[unlikely]] {
-            auto const refusal = EvalResult::fromBoolWithReturn(false);
-            logResult(context, *this, refusal);
-            return refusal;
+            return refused(*this, context);
         }
     }
-    bool const walksTree = c.shouldLogEval() || traceQcfEval.on(1) || !Plan::enabled();
-    EvalResult result = walksTree ? evalLogged(*body_, context) : planFor(*this).run(context);
-    if (walksTree) {
-        logResult(context, *this, result);
-    }
-    if (result.termination() == TerminationFlag::returnToCaller) [[likely]] {
-        result = result.with(TerminationFlag::noTermination);
-    } else if (!result.terminates()) {
+    EvalResult const result = isObserved(context) ? observedBody(*this, context)
+                              : Plan::enabled()   ? planFor(*this).run(context)
+                                                  : body_->eval(context);
+    if (!result.terminates()) [[unlikely]] {
         QCF_ASSERT(result.retVal() == QcfUnknown());
         return result;
     }
-    if (outermost && result.isTrue()) {
+    if (result.isTrue() && c.functionCallDepth() == 0) {
         c.flushModifiedAttributes();
     }
-    return result;
+    bool const returns = result.termination() == TerminationFlag::returnToCaller;
+    return returns ? result.with(TerminationFlag::noTermination) : result;
 }
 
 U32 Function::hash(U32 seed) const {
@@ -88,8 +102,10 @@ U32 Function::hash(U32 seed) const {
     return cachedHashValue();
 }
 
-EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
-    EvalResult const condition = evalLogged(*condition_, context);
+namespace {
+
+EvalResult observedIf(IfExpression const & node, Ptr<EvalContextBase> const & context) {
+    EvalResult const condition = evalLogged(*node.condition(), context);
     QCF_TRACE(traceQcfEval, 1,
               "Evaluating IfExpression, condition evaluated to " << condition.retVal());
     assertNoReturn(condition);
@@ -98,12 +114,45 @@ EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
     }
     EvalResult result = condition;
     if (condition.isTrue()) {
-        result = evalLogged(*thenBlock_, context);
-    } else if (elseBlock_) {
-        result = evalLogged(*elseBlock_, context);
+        result = evalLogged(*node.thenBlock(), context);
+    } else if (node.elseBlock()) {
+        result = evalLogged(*node.elseBlock(), context);
     }
-    logResult(context, *this, condition);
+    logResult(context, node, condition);
     return result;
+}
+
+/// What `return` and `exit` make of their operand's result: an exit inside the operand wins.
+template <typename Node>
+EvalResult terminated(Node const & node, char const * name, TerminationFlag flag,
+                      Ptr<EvalContextBase> const & context) {
+    EvalResult result;
+    if (isObserved(context)) [[unlikely]] {
+        result = evalLogged(*node.expr(), context);
+        logResult(context, node, result);
+        QCF_TRACE(traceQcfEval, 1, name << " returning " << result.retVal());
+    } else {
+        result = node.expr()->eval(context);
+    }
+    assertNoReturn(result);
+    return result.terminates() ? result : result.with(flag);
+}
+
+} // namespace
+
+EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
+    if (isObserved(context)) [[unlikely]] {
+        return observedIf(*this, context);
+    }
+    EvalResult const condition = condition_->eval(context);
+    if (condition.terminates()) [[unlikely]] {
+        assertNoReturn(condition);
+        return condition;
+    }
+    if (condition.isTrue()) {
+        return thenBlock_->eval(context);
+    }
+    return elseBlock_ ? elseBlock_->eval(context) : condition;
 }
 
 EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
@@ -113,17 +162,11 @@ EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
 }
 
 EvalResult ReturnExpression::eval(Ptr<EvalContextBase> const & context) const {
-    EvalResult const result = evalLogged(*expr_, context);
-    logResult(context, *this, result);
-    QCF_TRACE(traceQcfEval, 1, "ReturnExpression returning " << result.retVal());
-    return terminated(result, TerminationFlag::returnToCaller);
+    return terminated(*this, "ReturnExpression", TerminationFlag::returnToCaller, context);
 }
 
 EvalResult ExitExpression::eval(Ptr<EvalContextBase> const & context) const {
-    EvalResult const result = evalLogged(*expr_, context);
-    logResult(context, *this, result);
-    QCF_TRACE(traceQcfEval, 1, "ExitExpression returning " << result.retVal());
-    return terminated(result, TerminationFlag::exitToPoa);
+    return terminated(*this, "ExitExpression", TerminationFlag::exitToPoa, context);
 }
 
 EvalResult TriStateBoolExpression::eval(Ptr<EvalContextBase> const & context) const {

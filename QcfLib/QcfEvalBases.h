@@ -64,7 +64,11 @@ public:
     /// "and", "or" or "??".
     virtual String toStrep() const = 0;
     /// Whether a chain of this kind ends with that operand's result.
-    virtual bool shouldShortCircuit(EvalResult const & result) const = 0;
+    bool shouldShortCircuit(EvalResult const & result) const {
+        return ((endingValues() >> static_cast<U8>(result.retVal())) & 1) != 0;
+    }
+    /// The values that end a chain of this kind, one bit for each TriStateBoolValue.
+    virtual U8 endingValues() const = 0;
     /// The chain's result from that of its last operand: unknown becomes false.
     virtual EvalResult maybeCastUnknownToFalse(EvalResult const & result) const;
 };

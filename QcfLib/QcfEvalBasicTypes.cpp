@@ -11,6 +11,9 @@ bool Int::negative(Ptr<EvalContextBase const> const & /*context*/) const { retur
 bool IntImmediate::negative(Ptr<EvalContextBase const> const & /*context*/) const {
     return negative_;
 }
+SignedMagnitude IntImmediate::signedVal(Ptr<EvalContextBase const> const & /*context*/) const {
+    return {negative_, value_};
+}
 
 void Int::pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                              StackFrameDataBase_ * frame) const {
@@ -48,6 +51,10 @@ U64 IntVariable::getVal(Ptr<EvalContextBase const> const & context) const {
 
 bool IntVariable::negative(Ptr<EvalContextBase const> const & context) const {
     return intArgument(context, *this) < 0;
+}
+
+SignedMagnitude IntVariable::signedVal(Ptr<EvalContextBase const> const & context) const {
+    return {IntVariable::negative(context), IntVariable::getVal(context)};
 }
 
 F32 BandwidthVariable::getVal(Ptr<EvalContextBase const> const & context) const {

@@ -9,24 +9,67 @@
 /// argument or a route attribute.
 namespace Qcf::Eval {
 
+class AttributeContent;
+class GeneratedEvalContext;
+
+/// How the value of an integer attribute is read without asking its node: from the store of the
+/// context while the flag is set, by the accessor otherwise. A value outside the bounds is the
+/// node's business. Without an accessor the node has to be asked.
+struct IntSource {
+    U32 modifiedFlag = 0;
+    U64 AttributeContent::*stored = nullptr;
+    U64 (GeneratedEvalContext::*input)() const = nullptr;
+    U64 min = 0;
+    U64 max = ~U64{0};
+};
+
+/// The same for a set attribute.
+template <typename Set>
+struct SetSource {
+    U32 modifiedFlag = 0;
+    PtrConst<Set> AttributeContent::*stored = nullptr;
+    Set * (GeneratedEvalContext::*input)() const = nullptr;
+};
+
+/// An integer's value. A negative zero is zero.
+struct SignedMagnitude {
+    bool negative;
+    U64 magnitude;
+
+    bool strictlyNegative() const { return negative && magnitude != 0; }
+};
+
+/// What an integer attribute may be set to; results are forced into it. The default value may lie
+/// outside.
+struct IntRange {
+    U64 min;
+    U64 max;
+    U64 defaultValue;
+
+    U64 clamp(U64 value) const { return value < min ? min : value > max ? max : value; }
+    U64 sum(U64 a, U64 b) const {
+        // A sum of two magnitudes that wraps lies above every range.
+        U64 const result = a + b;
+        return result < a ? max : clamp(result);
+    }
+    U64 difference(U64 a, U64 b) const { return a < b ? min : clamp(a - b); }
+};
+
 /// An integer: an unsigned magnitude with a separate sign.
 class Int : public StorageType {
 public:
     using StorageType::StorageType;
+    virtual IntSource source() const { return {}; }
     virtual U64 getVal(Ptr<EvalContextBase const> const & context) const = 0;
     /// Sign; only constants and arguments can be negative. A negative zero is zero.
     virtual bool negative(Ptr<EvalContextBase const> const & context) const;
+    /// Sign and magnitude, read in this order.
+    virtual SignedMagnitude signedVal(Ptr<EvalContextBase const> const & context) const {
+        bool const isNegative = negative(context);
+        return {isNegative, getVal(context)};
+    }
     void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                             StackFrameDataBase_ * frame) const override;
-};
-
-class AttributeContent;
-enum class ModifiableAttribute : U8;
-
-/// Where the context keeps the written value of an integer attribute.
-struct IntPlace {
-    ModifiableAttribute attribute;
-    U64 AttributeContent::*field;
 };
 
 /// An integer attribute that can be written, with its range.
@@ -37,10 +80,10 @@ public:
     virtual U64 max() const = 0;
     /// The attribute's default value, which may lie outside the range; min() where it has none.
     virtual U64 defaultValue() const { return min(); }
+    /// The three together.
+    virtual IntRange range() const { return {min(), max(), defaultValue()}; }
     /// Asserts that the value is in range, or the default value.
     virtual void setVal(U64 value, Ptr<EvalContextBase> const & context) const = 0;
-    /// For those who have checked the value before they store it.
-    virtual IntPlace place() const = 0;
 };
 
 /// A bandwidth in bits per second.
@@ -155,6 +198,7 @@ class SetStorage : public StorageType {
 public:
     using Set = Set_;
     using StorageType::StorageType;
+    virtual SetSource<Set> source() const { return {}; }
     virtual Set const * lendVal(Ptr<EvalContextBase const> const & context,
                                 PtrConst<Set> & fresh) const = 0;
     /// The same, counted.

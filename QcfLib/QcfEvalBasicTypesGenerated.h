@@ -91,6 +91,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     bool negative(Ptr<EvalContextBase const> const & context) const override;
+    SignedMagnitude signedVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -124,6 +125,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     bool negative(Ptr<EvalContextBase const> const & context) const override;
+    SignedMagnitude signedVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
     bool valueDependsOnStackFrameData() const override;
 

@@ -70,12 +70,14 @@ bool U64UnsortedSmallVector::isEqual(U64UnsortedSmallVector const * a,
 String U64UnsortedSmallVector::toStrep() const { return setToStrep(*this); }
 
 void CommunitySmallVector::normalize() { sortWithoutDuplicates(*this); }
-void CommunitySmallVector::noteOverwritten() {
+Acl::CommunityValue CommunitySmallVector::lastLinkBandwidth() const {
     // Link-bandwidth communities stand together: the last one is before the first value above them.
     constexpr U64 aboveAll = (U64{Acl::CommunityValue::linkBandwidthTypeAndSubType} + 1) << 48;
-    auto const above = std::lower_bound(begin(), end(), Acl::CommunityValue(aboveAll, 0));
-    bool const any = above != begin() && (above - 1)->isLinkBandwidth();
-    lbwValue_ = any ? *(above - 1) : Acl::CommunityValue();
+    auto const values = view();
+    auto const above =
+        std::lower_bound(values.begin(), values.end(), Acl::CommunityValue(aboveAll, 0));
+    bool const any = above != values.begin() && (above - 1)->isLinkBandwidth();
+    return any ? *(above - 1) : Acl::CommunityValue();
 }
 bool CommunitySmallVector::contains(Acl::CommunityValue const & value) const {
     return setContains(*this, value);

@@ -4,9 +4,10 @@
 #include "Platform/Framework/Slab.h"
 #include "Platform/Framework/Types.h"
 #include "Platform/Routing/CommunityValue.h"
-#include "QcfLib/MembershipFilter.h"
+#include "QcfLib/MembershipIndex.h"
 
 #include <memory>
+#include <span>
 
 #include <boost/container/small_vector.hpp>
 
@@ -27,6 +28,10 @@ enum class ModifyFlag : U8 {
 /// What the three containers share: a flag and values. A null pointer to a container and an empty
 /// container mean the same everywhere: the empty set. A container belongs to one evaluating thread,
 /// or is constant.
+///
+/// Values may be lent to a container: it reads them where they are, and copies them when it is
+/// about to change. An agent that lends a route's values spares a copy of every set that a function
+/// only reads.
 template <typename Buffer_>
 class ValueVector : public PtrInterface {
 public:
@@ -38,33 +43,62 @@ public:
     ModifyFlag modifyFlag() const { return modifyFlag_; }
     void modifyFlagIs(ModifyFlag modifyFlag) { modifyFlag_ = modifyFlag; }
 
-    std::size_t count() const { return values_.size(); }
-    bool empty() const { return values_.empty(); }
-    Value const & at(std::size_t i) const { return values_[i]; }
-    Value const & front() const { return values_.front(); }
-    Value const & back() const { return values_.back(); }
-    auto begin() const { return values_.begin(); }
-    auto end() const { return values_.end(); }
+    /// The values where they are; good until the container changes.
+    std::span<Value const> view() const {
+        return lent_.empty() ? std::span<Value const>(values_.data(), values_.size()) : lent_;
+    }
+    std::size_t count() const { return view().size(); }
+    bool empty() const { return lent_.empty() && values_.empty(); }
+    Value const & at(std::size_t i) const { return view()[i]; }
+    Value const & front() const { return view().front(); }
+    Value const & back() const { return view().back(); }
+    auto begin() const { return view().begin(); }
+    auto end() const { return view().end(); }
 
     /// The values' storage, for those who build a set: it must end ascending without duplicates.
-    Buffer & values() { return values_; }
-    Buffer const & values() const { return values_; }
+    Buffer & values() {
+        if (isLent()) {
+            values_.assign(lent_.begin(), lent_.end());
+            lent_ = {};
+        }
+        return values_;
+    }
+    void clear() {
+        values_.clear();
+        lent_ = {};
+    }
+
+    /// Replaces lent values by what `write(lent, to)` makes of them: it gets room for `upTo` values
+    /// and answers where it stopped.
+    template <typename Write>
+    void replaceLent(std::size_t upTo, Write write) {
+        values_.resize(upTo, boost::container::default_init);
+        Value * const end = write(lent_, values_.data());
+        values_.resize(static_cast<std::size_t>(end - values_.data()));
+        lent_ = {};
+    }
+
+    /// Shows the values of somebody else in place of its own. They must be as this container's own
+    /// would be, and stay unchanged until it is cleared or destroyed.
+    void lend(std::span<Value const> values) { lent_ = values; }
+    bool isLent() const { return !lent_.empty(); }
 
     /// Speeds up membership in a large set; to be called once on a set that never changes again.
-    void filterIs() {
-        if (values_.size() > largeSet) {
-            filter_ = std::make_unique<MembershipFilter const>(values_);
+    void indexIs() {
+        if (count() > largeSet) {
+            index_ = std::make_unique<MembershipIndex const>(view());
         }
     }
     /// Null for small sets and those that may change.
-    MembershipFilter const * filter() const { return filter_.get(); }
+    MembershipIndex const * index() const { return index_.get(); }
 
 private:
     static constexpr std::size_t largeSet = 64;
 
     ModifyFlag modifyFlag_;
+    std::span<Value const> lent_; ///< empty while the values are the container's own
+    std::unique_ptr<MembershipIndex const> index_;
     Buffer values_;
-    std::unique_ptr<MembershipFilter const> filter_;
 };
 
 /// A set of unsigned integers: ascending, without duplicates. `insert` appends unchecked; whoever
@@ -74,7 +108,6 @@ public:
     using ValueVector::ValueVector;
     static Ptr<U64SmallVector> U64SmallVectorIs(ModifyFlag modifyFlag);
 
-    void clear() { values().clear(); }
     void insert(U64 value) { values().push_back(value); }
     /// Sorts and drops duplicates.
     void normalize();
@@ -108,7 +141,6 @@ public:
     using ValueVector::ValueVector;
     static Ptr<U64UnsortedSmallVector> U64UnsortedSmallVectorIs(ModifyFlag modifyFlag);
 
-    void clear() { values().clear(); }
     void insert(U64 value) { values().push_back(value); }
     static bool isEqual(U64UnsortedSmallVector const * a, U64UnsortedSmallVector const * b);
     /// The values in order, joined by ",".
@@ -129,11 +161,15 @@ public:
     using ValueVector::ValueVector;
     static Ptr<CommunitySmallVector> CommunitySmallVectorIs(ModifyFlag modifyFlag);
 
-    Acl::CommunityValue const & lbwValue() const { return lbwValue_; }
+    Acl::CommunityValue lbwValue() const { return isLent() ? lastLinkBandwidth() : lbwValue_; }
     void lbwValueIs(Acl::CommunityValue const & lbwValue) { lbwValue_ = lbwValue; }
 
+    CommunityBuffer & values() {
+        lbwValue_ = lbwValue();
+        return ValueVector::values();
+    }
     void clear() {
-        values().clear();
+        ValueVector::clear();
         lbwValue_ = {};
     }
     void insert(Acl::CommunityValue const & value) {
@@ -145,7 +181,7 @@ public:
     void normalize();
     /// To be called when an operation has overwritten the values: `lbwValue` becomes the last one
     /// among them.
-    void noteOverwritten();
+    void noteOverwritten() { lbwValue_ = lastLinkBandwidth(); }
     bool contains(Acl::CommunityValue const & value) const;
 
     static bool isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b);
@@ -168,6 +204,8 @@ public:
     }
 
 private:
+    Acl::CommunityValue lastLinkBandwidth() const;
+
     Acl::CommunityValue lbwValue_;
 };
 

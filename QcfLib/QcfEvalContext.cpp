@@ -27,25 +27,11 @@ Ptr<Debug::EvaluationLog const> EvalContext::evaluationLog() const {
     return stackFrameDataRawPtrConst()->logHead();
 }
 
-void EvalContext::reset() {
-    nextHopSetToSelf_ = false;
-    stackFrameDataFromCaller_ = nullptr;
-    if (stackFrameDataFromPOA_.touched()) {
-        stackFrameDataFromPOA_ = StackFrameData_();
-    }
-    shouldLogEvalIs(false);
-    intSetScratch_.clear();
-    communitySetScratch_.clear();
-    GeneratedEvalContext::reset();
-    if (evaluatedFunctions_.size() > 1) {
-        evaluatedFunctions_.erase(evaluatedFunctions_.begin(), evaluatedFunctions_.end() - 1);
-    }
+void EvalContext::forgetEarlierFunctions() {
+    evaluatedFunctions_.erase(evaluatedFunctions_.begin(), evaluatedFunctions_.end() - 1);
 }
 
-void EvalContext::evaluatedFunctionIs(Function const & function) {
-    if (&function == currentFunction_) {
-        return;
-    }
+void EvalContext::keepFunction(Function const & function) {
     currentFunction_ = &function;
     // Attributes stored by an earlier function stay until the reset, and so does that function.
     if (modifiedFlags() == 0) {

@@ -27,7 +27,7 @@ public:
 
     Ptr<Debug::EvaluationLog const> evaluationLog() const override;
     /// Ready for the next route; also switches logging off. Asserts that no call is open.
-    void reset() override;
+    void reset() override { forgetRoute(); }
 
     // Facts of the session that the route is processed in.
     virtual bool isBgpOutbound() const { return false; }
@@ -121,12 +121,36 @@ public:
 
     /// Keeps a function alive until another is evaluated and the context was reset: attribute
     /// values may be constants of its tree. Called by the outermost function.
-    void evaluatedFunctionIs(Function const & function);
+    void evaluatedFunctionIs(Function const & function) {
+        if (&function != currentFunction_) {
+            keepFunction(function);
+        }
+    }
 
     /// What `vrfId` answers outside any VRF.
     static constexpr U32 noVrf = 0xffffff;
 
+protected:
+    /// What `reset` does, for derived classes to do in place.
+    void forgetRoute() {
+        nextHopSetToSelf_ = false;
+        stackFrameDataFromCaller_ = nullptr;
+        if (stackFrameDataFromPOA_.touched()) {
+            stackFrameDataFromPOA_ = StackFrameData_();
+        }
+        shouldLogEvalIs(false);
+        intSetScratch_.clear();
+        communitySetScratch_.clear();
+        GeneratedEvalContext::forgetRoute();
+        if (evaluatedFunctions_.size() > 1) {
+            forgetEarlierFunctions();
+        }
+    }
+
 private:
+    void keepFunction(Function const & function);
+    void forgetEarlierFunctions();
+
     Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext_;
     StackFrameData_ * stackFrameDataFromCaller_ = nullptr;
     StackFrameData_ stackFrameDataFromPOA_;

@@ -2,6 +2,7 @@
 
 #include "QcfLib/QcfEvalContextGenerated.h"
 #include "QcfLib/EvalContextFetch.h"
+#include <bit>
 
 namespace Qcf::Eval {
 
@@ -103,43 +104,43 @@ Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::asPathInput() 
 Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::asPathInputModifiable() const {
     return fetchedPath(Input::asPathInputModifiable, cache_->asPathInputModifiable);
 }
-U64SmallVector * GeneratedEvalContext::communityInputRawPtr() const {
-    return fetchedSet(
+U64SmallVector * GeneratedEvalContext::communityInputFetch() const {
+    return fetchSet(
         Input::communityInput, cache_->communityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::communityInputPopulate);
 }
-U64SmallVector * GeneratedEvalContext::communityInputModifiableRawPtr() const {
-    return fetchedSet(
+U64SmallVector * GeneratedEvalContext::communityInputModifiableFetch() const {
+    return fetchSet(
         Input::communityInputModifiable, cache_->communityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::communityInputPopulate);
 }
-CommunitySmallVector * GeneratedEvalContext::extCommunityInputRawPtr() const {
-    return fetchedSet(
+CommunitySmallVector * GeneratedEvalContext::extCommunityInputFetch() const {
+    return fetchSet(
         Input::extCommunityInput, cache_->extCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::extCommunityInputPopulate);
 }
-CommunitySmallVector * GeneratedEvalContext::extCommunityInputModifiableRawPtr() const {
-    return fetchedSet(
+CommunitySmallVector * GeneratedEvalContext::extCommunityInputModifiableFetch() const {
+    return fetchSet(
         Input::extCommunityInputModifiable, cache_->extCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::extCommunityInputPopulate);
 }
-U64SmallVector * GeneratedEvalContext::isisLevelInputRawPtr() const {
-    return fetchedSet(
+U64SmallVector * GeneratedEvalContext::isisLevelInputFetch() const {
+    return fetchSet(
         Input::isisLevelInput, cache_->isisLevelInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::isisLevelInputPopulate);
 }
-U64SmallVector * GeneratedEvalContext::isisLevelInputModifiableRawPtr() const {
-    return fetchedSet(
+U64SmallVector * GeneratedEvalContext::isisLevelInputModifiableFetch() const {
+    return fetchSet(
         Input::isisLevelInputModifiable, cache_->isisLevelInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::isisLevelInputPopulate);
 }
-CommunitySmallVector * GeneratedEvalContext::largeCommunityInputRawPtr() const {
-    return fetchedSet(
+CommunitySmallVector * GeneratedEvalContext::largeCommunityInputFetch() const {
+    return fetchSet(
         Input::largeCommunityInput, cache_->largeCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::largeCommunityInputPopulate);
 }
-CommunitySmallVector * GeneratedEvalContext::largeCommunityInputModifiableRawPtr() const {
-    return fetchedSet(
+CommunitySmallVector * GeneratedEvalContext::largeCommunityInputModifiableFetch() const {
+    return fetchSet(
         Input::largeCommunityInputModifiable, cache_->largeCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::largeCommunityInputPopulate);
 }
@@ -162,20 +163,57 @@ void GeneratedEvalContext::releaseModifiedSets() {
     if (largeCommunityModified()) attributeContent_->largeCommunity = nullptr;
 }
 
-void GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {
+/// How an integer is written back; the other attributes have no entry.
+static constexpr struct {
+    void (GeneratedEvalContext::*is)(U64);
+    U64 AttributeContent::*value;
+} integerWriteBacks[modifiableAttributeCount] = {
+    {&GeneratedEvalContext::aigpAccumulationMetricIs, &AttributeContent::aigpAccumulationMetric},
+    {&GeneratedEvalContext::aigpMetricIs, &AttributeContent::aigpMetric},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::prefixSidIndexIs, &AttributeContent::prefixSidIndex},
+    {nullptr, nullptr},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::evpnIpPrefixRouteLabelIs, &AttributeContent::evpnIpPrefixRouteLabel},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::recmpStateIs, &AttributeContent::recmpState},
+    {&GeneratedEvalContext::tagIs, &AttributeContent::tag},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::isisMetricIs, &AttributeContent::isisMetric},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::localPrefIs, &AttributeContent::localPref},
+    {&GeneratedEvalContext::medIs, &AttributeContent::med},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::nextHopBestPathMetricIs, &AttributeContent::nextHopBestPathMetric},
+    {&GeneratedEvalContext::originIs, &AttributeContent::origin},
+    {nullptr, nullptr},
+    {&GeneratedEvalContext::ribPreferenceIs, &AttributeContent::ribPreference},
+    {&GeneratedEvalContext::routePriorityIs, &AttributeContent::routePriority},
+    {&GeneratedEvalContext::originValidationStateIs, &AttributeContent::originValidationState},
+    {&GeneratedEvalContext::weightIs, &AttributeContent::weight},
+};
+
+void GeneratedEvalContext::writeBack() {
+    if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
+        overriddenWriteBacks_ = findOverriddenWriteBacks();
+    }
+    auto const & content = *attributeContent_;
+    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
+        auto const attribute = std::countr_zero(pending);
+        auto const & integer = integerWriteBacks[attribute];
+        if (integer.is != nullptr) {
+            (this->*integer.is)(content.*integer.value);
+        } else {
+            writeBackOther(static_cast<ModifiableAttribute>(attribute));
+        }
+    }
+}
+
+void GeneratedEvalContext::writeBackOther(ModifiableAttribute attribute) {
     auto const & content = *attributeContent_;
     switch (attribute) {
-    case ModifiableAttribute::aigpAccumulationMetric:
-        aigpAccumulationMetricIs(content.aigpAccumulationMetric);
-        break;
-    case ModifiableAttribute::aigpMetric:
-        aigpMetricIs(content.aigpMetric);
-        break;
     case ModifiableAttribute::asPath:
         asPathIs(content.asPath);
-        break;
-    case ModifiableAttribute::prefixSidIndex:
-        prefixSidIndexIs(content.prefixSidIndex);
         break;
     case ModifiableAttribute::community:
         communityIs(content.community);
@@ -183,85 +221,51 @@ void GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {
     case ModifiableAttribute::evpnIpPrefixRouteGatewayAddr:
         evpnIpPrefixRouteGatewayAddrIs(content.evpnIpPrefixRouteGatewayAddr);
         break;
-    case ModifiableAttribute::evpnIpPrefixRouteLabel:
-        evpnIpPrefixRouteLabelIs(content.evpnIpPrefixRouteLabel);
-        break;
     case ModifiableAttribute::extCommunity:
         extCommunityIs(content.extCommunity);
-        break;
-    case ModifiableAttribute::recmpState:
-        recmpStateIs(content.recmpState);
-        break;
-    case ModifiableAttribute::tag:
-        tagIs(content.tag);
         break;
     case ModifiableAttribute::isisLevel:
         isisLevelIs(content.isisLevel);
         break;
-    case ModifiableAttribute::isisMetric:
-        isisMetricIs(content.isisMetric);
-        break;
     case ModifiableAttribute::largeCommunity:
         largeCommunityIs(content.largeCommunity);
-        break;
-    case ModifiableAttribute::localPref:
-        localPrefIs(content.localPref);
-        break;
-    case ModifiableAttribute::med:
-        medIs(content.med);
         break;
     case ModifiableAttribute::nextHop:
         nextHopIs(content.nextHop);
         break;
-    case ModifiableAttribute::nextHopBestPathMetric:
-        nextHopBestPathMetricIs(content.nextHopBestPathMetric);
-        break;
-    case ModifiableAttribute::origin:
-        originIs(content.origin);
-        break;
     case ModifiableAttribute::resolutionRibs:
         resolutionRibsIs(content.resolutionRibs);
         break;
-    case ModifiableAttribute::ribPreference:
-        ribPreferenceIs(content.ribPreference);
-        break;
-    case ModifiableAttribute::routePriority:
-        routePriorityIs(content.routePriority);
-        break;
-    case ModifiableAttribute::originValidationState:
-        originValidationStateIs(content.originValidationState);
-        break;
-    case ModifiableAttribute::weight:
-        weightIs(content.weight);
+    default:
         break;
     }
 }
 
 U32 GeneratedEvalContext::findOverriddenWriteBacks() const {
     U32 found = 0;
-    if (overrides(&GeneratedEvalContext::aigpAccumulationMetricIs)) found |= flag(ModifiableAttribute::aigpAccumulationMetric);
-    if (overrides(&GeneratedEvalContext::aigpMetricIs)) found |= flag(ModifiableAttribute::aigpMetric);
-    if (overrides(&GeneratedEvalContext::asPathIs)) found |= flag(ModifiableAttribute::asPath);
-    if (overrides(&GeneratedEvalContext::prefixSidIndexIs)) found |= flag(ModifiableAttribute::prefixSidIndex);
-    if (overrides(&GeneratedEvalContext::communityIs)) found |= flag(ModifiableAttribute::community);
-    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrIs)) found |= flag(ModifiableAttribute::evpnIpPrefixRouteGatewayAddr);
-    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteLabelIs)) found |= flag(ModifiableAttribute::evpnIpPrefixRouteLabel);
-    if (overrides(&GeneratedEvalContext::extCommunityIs)) found |= flag(ModifiableAttribute::extCommunity);
-    if (overrides(&GeneratedEvalContext::recmpStateIs)) found |= flag(ModifiableAttribute::recmpState);
-    if (overrides(&GeneratedEvalContext::tagIs)) found |= flag(ModifiableAttribute::tag);
-    if (overrides(&GeneratedEvalContext::isisLevelIs)) found |= flag(ModifiableAttribute::isisLevel);
-    if (overrides(&GeneratedEvalContext::isisMetricIs)) found |= flag(ModifiableAttribute::isisMetric);
-    if (overrides(&GeneratedEvalContext::largeCommunityIs)) found |= flag(ModifiableAttribute::largeCommunity);
-    if (overrides(&GeneratedEvalContext::localPrefIs)) found |= flag(ModifiableAttribute::localPref);
-    if (overrides(&GeneratedEvalContext::medIs)) found |= flag(ModifiableAttribute::med);
-    if (overrides(&GeneratedEvalContext::nextHopIs)) found |= flag(ModifiableAttribute::nextHop);
-    if (overrides(&GeneratedEvalContext::nextHopBestPathMetricIs)) found |= flag(ModifiableAttribute::nextHopBestPathMetric);
-    if (overrides(&GeneratedEvalContext::originIs)) found |= flag(ModifiableAttribute::origin);
-    if (overrides(&GeneratedEvalContext::resolutionRibsIs)) found |= flag(ModifiableAttribute::resolutionRibs);
-    if (overrides(&GeneratedEvalContext::ribPreferenceIs)) found |= flag(ModifiableAttribute::ribPreference);
-    if (overrides(&GeneratedEvalContext::routePriorityIs)) found |= flag(ModifiableAttribute::routePriority);
-    if (overrides(&GeneratedEvalContext::originValidationStateIs)) found |= flag(ModifiableAttribute::originValidationState);
-    if (overrides(&GeneratedEvalContext::weightIs)) found |= flag(ModifiableAttribute::weight);
+    if (overrides(&GeneratedEvalContext::aigpAccumulationMetricIs)) found |= flagOf(ModifiableAttribute::aigpAccumulationMetric);
+    if (overrides(&GeneratedEvalContext::aigpMetricIs)) found |= flagOf(ModifiableAttribute::aigpMetric);
+    if (overrides(&GeneratedEvalContext::asPathIs)) found |= flagOf(ModifiableAttribute::asPath);
+    if (overrides(&GeneratedEvalContext::prefixSidIndexIs)) found |= flagOf(ModifiableAttribute::prefixSidIndex);
+    if (overrides(&GeneratedEvalContext::communityIs)) found |= flagOf(ModifiableAttribute::community);
+    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrIs)) found |= flagOf(ModifiableAttribute::evpnIpPrefixRouteGatewayAddr);
+    if (overrides(&GeneratedEvalContext::evpnIpPrefixRouteLabelIs)) found |= flagOf(ModifiableAttribute::evpnIpPrefixRouteLabel);
+    if (overrides(&GeneratedEvalContext::extCommunityIs)) found |= flagOf(ModifiableAttribute::extCommunity);
+    if (overrides(&GeneratedEvalContext::recmpStateIs)) found |= flagOf(ModifiableAttribute::recmpState);
+    if (overrides(&GeneratedEvalContext::tagIs)) found |= flagOf(ModifiableAttribute::tag);
+    if (overrides(&GeneratedEvalContext::isisLevelIs)) found |= flagOf(ModifiableAttribute::isisLevel);
+    if (overrides(&GeneratedEvalContext::isisMetricIs)) found |= flagOf(ModifiableAttribute::isisMetric);
+    if (overrides(&GeneratedEvalContext::largeCommunityIs)) found |= flagOf(ModifiableAttribute::largeCommunity);
+    if (overrides(&GeneratedEvalContext::localPrefIs)) found |= flagOf(ModifiableAttribute::localPref);
+    if (overrides(&GeneratedEvalContext::medIs)) found |= flagOf(ModifiableAttribute::med);
+    if (overrides(&GeneratedEvalContext::nextHopIs)) found |= flagOf(ModifiableAttribute::nextHop);
+    if (overrides(&GeneratedEvalContext::nextHopBestPathMetricIs)) found |= flagOf(ModifiableAttribute::nextHopBestPathMetric);
+    if (overrides(&GeneratedEvalContext::originIs)) found |= flagOf(ModifiableAttribute::origin);
+    if (overrides(&GeneratedEvalContext::resolutionRibsIs)) found |= flagOf(ModifiableAttribute::resolutionRibs);
+    if (overrides(&GeneratedEvalContext::ribPreferenceIs)) found |= flagOf(ModifiableAttribute::ribPreference);
+    if (overrides(&GeneratedEvalContext::routePriorityIs)) found |= flagOf(ModifiableAttribute::routePriority);
+    if (overrides(&GeneratedEvalContext::originValidationStateIs)) found |= flagOf(ModifiableAttribute::originValidationState);
+    if (overrides(&GeneratedEvalContext::weightIs)) found |= flagOf(ModifiableAttribute::weight);
     return found;
 }
 

@@ -4,6 +4,7 @@
 
 /// The attribute layer of the evaluation context.
 
+#include "Platform/Framework/Assert.h"
 #include "Platform/Framework/Entity.h"
 #include "Platform/Framework/VirtualSlot.h"
 #include "QcfLib/EvalContextBase.h"
@@ -40,6 +41,9 @@ enum class ModifiableAttribute : U8 {
     weight,
 };
 inline constexpr U32 modifiableAttributeCount = 23;
+
+/// The attribute's bit in a word of flags.
+constexpr U32 flagOf(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
 
 /// Values that the function wrote; a field counts only while its attribute's modified flag is set.
 class AttributeContent final : public Entity {
@@ -262,28 +266,44 @@ public:
     /// The AS path: the copy that operators change.
     Routing::Bgp::AspathContainerFromExisting * asPathInputModifiable() const;
     /// Standard communities: as the route came, fetched once a route.
-    U64SmallVector * communityInputRawPtr() const;
+    U64SmallVector * communityInputRawPtr() const {
+        return cache_->communityInputPopulated() ? cache_->communityInput.get() : communityInputFetch();
+    }
     Ptr<U64SmallVector> communityInput() const { return Ptr<U64SmallVector>(communityInputRawPtr()); }
     /// Standard communities: the copy that operators change.
-    U64SmallVector * communityInputModifiableRawPtr() const;
+    U64SmallVector * communityInputModifiableRawPtr() const {
+        return cache_->communityInputModifiablePopulated() ? cache_->communityInputModifiable.get() : communityInputModifiableFetch();
+    }
     Ptr<U64SmallVector> communityInputModifiable() const { return Ptr<U64SmallVector>(communityInputModifiableRawPtr()); }
     /// Extended communities: as the route came, fetched once a route.
-    CommunitySmallVector * extCommunityInputRawPtr() const;
+    CommunitySmallVector * extCommunityInputRawPtr() const {
+        return cache_->extCommunityInputPopulated() ? cache_->extCommunityInput.get() : extCommunityInputFetch();
+    }
     Ptr<CommunitySmallVector> extCommunityInput() const { return Ptr<CommunitySmallVector>(extCommunityInputRawPtr()); }
     /// Extended communities: the copy that operators change.
-    CommunitySmallVector * extCommunityInputModifiableRawPtr() const;
+    CommunitySmallVector * extCommunityInputModifiableRawPtr() const {
+        return cache_->extCommunityInputModifiablePopulated() ? cache_->extCommunityInputModifiable.get() : extCommunityInputModifiableFetch();
+    }
     Ptr<CommunitySmallVector> extCommunityInputModifiable() const { return Ptr<CommunitySmallVector>(extCommunityInputModifiableRawPtr()); }
     /// IS-IS levels, a set of the numbers 1 and 2: as the route came, fetched once a route.
-    U64SmallVector * isisLevelInputRawPtr() const;
+    U64SmallVector * isisLevelInputRawPtr() const {
+        return cache_->isisLevelInputPopulated() ? cache_->isisLevelInput.get() : isisLevelInputFetch();
+    }
     Ptr<U64SmallVector> isisLevelInput() const { return Ptr<U64SmallVector>(isisLevelInputRawPtr()); }
     /// IS-IS levels, a set of the numbers 1 and 2: the copy that operators change.
-    U64SmallVector * isisLevelInputModifiableRawPtr() const;
+    U64SmallVector * isisLevelInputModifiableRawPtr() const {
+        return cache_->isisLevelInputModifiablePopulated() ? cache_->isisLevelInputModifiable.get() : isisLevelInputModifiableFetch();
+    }
     Ptr<U64SmallVector> isisLevelInputModifiable() const { return Ptr<U64SmallVector>(isisLevelInputModifiableRawPtr()); }
     /// Large communities: as the route came, fetched once a route.
-    CommunitySmallVector * largeCommunityInputRawPtr() const;
+    CommunitySmallVector * largeCommunityInputRawPtr() const {
+        return cache_->largeCommunityInputPopulated() ? cache_->largeCommunityInput.get() : largeCommunityInputFetch();
+    }
     Ptr<CommunitySmallVector> largeCommunityInput() const { return Ptr<CommunitySmallVector>(largeCommunityInputRawPtr()); }
     /// Large communities: the copy that operators change.
-    CommunitySmallVector * largeCommunityInputModifiableRawPtr() const;
+    CommunitySmallVector * largeCommunityInputModifiableRawPtr() const {
+        return cache_->largeCommunityInputModifiablePopulated() ? cache_->largeCommunityInputModifiable.get() : largeCommunityInputModifiableFetch();
+    }
     Ptr<CommunitySmallVector> largeCommunityInputModifiable() const { return Ptr<CommunitySmallVector>(largeCommunityInputModifiableRawPtr()); }
 
     bool aigpAccumulationMetricModified() const { return isModified(ModifiableAttribute::aigpAccumulationMetric); }
@@ -310,12 +330,16 @@ public:
     bool originValidationStateModified() const { return isModified(ModifiableAttribute::originValidationState); }
     bool weightModified() const { return isModified(ModifiableAttribute::weight); }
 
-    bool isModified(ModifiableAttribute attribute) const { return modifiedFlags_ & flag(attribute); }
+    bool isModified(ModifiableAttribute attribute) const { return modifiedFlags_ & flagOf(attribute); }
     /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
     U32 modifiedFlags() const { return modifiedFlags_; }
     /// Marks an attribute modified and gives the store to put its value in.
     AttributeContent & modify(ModifiableAttribute attribute) {
-        modifiedFlags_ |= flag(attribute);
+        modifiedFlags_ |= flagOf(attribute);
+        return *attributeContent_;
+    }
+    AttributeContent & modify(U32 flag) {
+        modifiedFlags_ |= flag;
         return *attributeContent_;
     }
     AttributeContent const & attributeContentConst() const { return *attributeContent_; }
@@ -332,22 +356,52 @@ public:
     void functionCallDepthDec(U32 n) { functionCallDepth_ -= n; }
 
     /// Forgets changes and fetched values, keeps all storage. Asserts that no call is open.
-    void reset() override;
+    void reset() override { forgetRoute(); }
     /// Hands each modified attribute once to its write-back operation, in flag order. Write-backs
     /// that the agent did not override are not called. Asserts that no call is open.
-    void flushModifiedAttributes();
+    void flushModifiedAttributes() {
+        QCF_ASSERT(functionCallDepth_ == 0);
+        if (modifiedFlags_ != 0) {
+            writeBack();
+        }
+    }
+
+protected:
+    /// What `reset` does, for derived classes to do in place.
+    void forgetRoute() {
+        QCF_ASSERT(functionCallDepth_ == 0);
+        if ((modifiedFlags_ & setFlags) != 0) {
+            releaseModifiedSets();
+        }
+        modifiedFlags_ = 0;
+        cache_->populatedClear();
+    }
 
 private:
     using Input = QcfEvalContextCacheGenerated::Input;
 
-    static constexpr U32 flag(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
-    void writeBack(ModifiableAttribute attribute);
+    /// The attributes whose stored value is a counted set.
+    static constexpr U32 setFlags = flagOf(ModifiableAttribute::community) |
+                                    flagOf(ModifiableAttribute::extCommunity) |
+                                    flagOf(ModifiableAttribute::isisLevel) |
+                                    flagOf(ModifiableAttribute::largeCommunity);
+
+    void writeBack();
+    void writeBackOther(ModifiableAttribute attribute);
     U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;
     template <typename Set>
-    Set * fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
-                     void (GeneratedEvalContext::*populate)(Ptr<Set> const &) const) const;
+    Set * fetchSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
+                   void (GeneratedEvalContext::*populate)(Ptr<Set> const &) const) const;
+    U64SmallVector * communityInputFetch() const;
+    U64SmallVector * communityInputModifiableFetch() const;
+    CommunitySmallVector * extCommunityInputFetch() const;
+    CommunitySmallVector * extCommunityInputModifiableFetch() const;
+    U64SmallVector * isisLevelInputFetch() const;
+    U64SmallVector * isisLevelInputModifiableFetch() const;
+    CommunitySmallVector * largeCommunityInputFetch() const;
+    CommunitySmallVector * largeCommunityInputModifiableFetch() const;
     Routing::Bgp::AspathContainerFromExisting *
     fetchedPath(Input input, Routing::Bgp::AspathContainerFromExisting & slot) const;
 

@@ -135,7 +135,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     String toStrep() const override;
-    bool shouldShortCircuit(EvalResult const & result) const override;
+    U8 endingValues() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -158,7 +158,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     String toStrep() const override;
-    bool shouldShortCircuit(EvalResult const & result) const override;
+    U8 endingValues() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -181,7 +181,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     String toStrep() const override;
-    bool shouldShortCircuit(EvalResult const & result) const override;
+    U8 endingValues() const override;
     EvalResult maybeCastUnknownToFalse(EvalResult const & result) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

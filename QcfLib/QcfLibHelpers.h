@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEval.h"
 
 #include <limits>
@@ -7,6 +8,11 @@
 
 /// What operators of several families share.
 namespace Qcf::Eval {
+
+/// A tree that lets `return` stand in an operand's place is malformed.
+inline void assertNoReturn(EvalResult const & result) {
+    QCF_ASSERT_TEXT(result.termination() != TerminationFlag::returnToCaller, "false");
+}
 
 /// Whether a value is one of the singletons or lies in one of the closed ranges that the two lists
 /// bound in parallel. Null means none. Asserts that the bounds are both null, or of equal length
@@ -63,28 +69,6 @@ IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::siz
     return static_cast<IntType>(argVal);
 }
 
-/// An operand: a magnitude with a sign. A negative zero is zero.
-struct SignedMagnitude {
-    bool negative;
-    U64 magnitude;
-
-    bool strictlyNegative() const { return negative && magnitude != 0; }
-};
-
-/// The range that results are forced into.
-struct IntRange {
-    U64 min;
-    U64 max;
-
-    U64 clamp(U64 value) const { return value < min ? min : value > max ? max : value; }
-    U64 sum(U64 a, U64 b) const {
-        // A sum of two magnitudes that wraps lies above every range.
-        U64 const result = a + b;
-        return result < a ? max : clamp(result);
-    }
-    U64 difference(U64 a, U64 b) const { return a < b ? min : clamp(a - b); }
-};
-
 // What the arithmetic operators write for a current value and an operand; they never fail.
 inline U64 added(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
@@ -96,7 +80,13 @@ inline U64 subtracted(IntRange const & range, U64 current, SignedMagnitude opera
 }
 U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand);
 /// The default value may be assigned even where it lies outside the range.
-U64 assigned(IntModifiable const & target, SignedMagnitude operand);
+inline U64 assigned(IntRange const & range, SignedMagnitude operand) {
+    if (operand.strictlyNegative()) {
+        return range.min;
+    }
+    bool const isDefault = operand.magnitude == range.defaultValue;
+    return isDefault ? range.defaultValue : range.clamp(operand.magnitude);
+}
 
 // The operators' whole work: read, compute, write once.
 void assignWithinRange(IntModifiable const & target, Int const & operand,

@@ -19,15 +19,17 @@ bool setsEqual(Set const * a, Set const * b) {
     if (isEmptySet(a) || isEmptySet(b)) {
         return isEmptySet(a) && isEmptySet(b);
     }
-    return a->count() == b->count() && std::equal(a->begin(), a->end(), b->begin());
+    auto const inA = a->view();
+    auto const inB = b->view();
+    return inA.size() == inB.size() && std::equal(inA.begin(), inA.end(), inB.begin());
 }
 
 /// Up to so many values are looked at one after the other without a branch between them, which
 /// costs less than the mispredicted branches of a bisection.
 inline constexpr std::size_t smallSet = 24;
 
-template <typename Values, typename Value>
-bool scanned(Values const & values, Value const & value) {
+template <typename Value>
+bool scanned(std::span<Value const> values, Value const & value) {
     bool found = false;
     for (auto const & candidate : values) {
         found |= candidate == value;
@@ -36,8 +38,8 @@ bool scanned(Values const & values, Value const & value) {
 }
 
 /// How many of the ascending values are below `value`.
-template <typename Values, typename Value>
-std::size_t countBelow(Values const & values, Value const & value) {
+template <typename Value>
+std::size_t countBelow(std::span<Value const> values, Value const & value) {
     if (values.size() > smallSet) {
         auto const found = std::lower_bound(values.begin(), values.end(), value);
         return static_cast<std::size_t>(found - values.begin());
@@ -49,20 +51,26 @@ std::size_t countBelow(Values const & values, Value const & value) {
     return below;
 }
 
-template <typename Set, typename Value>
-bool setContains(Set const & set, Value const & value) {
-    if (set.filter() != nullptr && !set.filter()->mayContain(value)) {
-        return false;
+template <typename Set>
+bool setContains(Set const & set, typename Set::Value const & value) {
+    auto const values = set.view();
+    if (set.index() != nullptr) {
+        return set.index()->contains(values, value);
     }
-    if (set.count() <= smallSet) {
-        return scanned(set, value);
+    if (values.size() <= smallSet) {
+        return scanned(values, value);
     }
-    auto const found = std::lower_bound(set.begin(), set.end(), value);
-    return found != set.end() && *found == value;
+    auto const found = std::lower_bound(values.begin(), values.end(), value);
+    return found != values.end() && *found == value;
 }
 
 /// A walk beats bisection until one set is about this many times the other's size.
 inline constexpr std::size_t bisectionRatio = 8;
+
+template <typename Value>
+bool isSparseIn(std::span<Value const> few, std::span<Value const> many) {
+    return many.size() >= bisectionRatio * few.size();
+}
 
 /// The first position at or behind `from` that is not below `value`. Steps double, so that the cost
 /// follows the distance and not the size of the set.
@@ -82,40 +90,43 @@ bool setIsSubset(Set const * a, Set const * b) {
     if (isEmptySet(a)) {
         return true;
     }
-    if (isEmptySet(b) || a->count() > b->count()) {
+    if (isEmptySet(b)) {
         return false;
     }
-    if (a->front() < b->front() || b->back() < a->back()) {
+    auto const inA = a->view();
+    auto const inB = b->view();
+    if (inA.size() > inB.size() || inA.front() < inB.front() || inB.back() < inA.back()) {
         return false;
     }
-    auto at = b->begin();
-    bool const sparse = b->count() / a->count() >= bisectionRatio;
-    for (auto const & value : *a) {
+    auto at = inB.begin();
+    bool const sparse = isSparseIn(inA, inB);
+    for (auto const & value : inA) {
         if (sparse) {
-            at = gallop(at, b->end(), value);
+            at = gallop(at, inB.end(), value);
         } else {
-            while (at != b->end() && *at < value) {
+            while (at != inB.end() && *at < value) {
                 ++at;
             }
         }
-        if (at == b->end() || !(*at == value)) {
+        if (at == inB.end() || !(*at == value)) {
             return false;
         }
     }
     return true;
 }
 
-/// Whether the values of the smaller set occur in the larger, each searched for.
+/// Whether one of the few values occurs in the set, each searched for.
 template <typename Set>
-bool anyFound(Set const & few, Set const & many) {
-    if (many.filter() != nullptr) {
+bool anyFound(std::span<typename Set::Value const> few, Set const & many) {
+    if (many.index() != nullptr) {
         return std::any_of(few.begin(), few.end(),
                            [&](auto const & value) { return setContains(many, value); });
     }
-    auto at = many.begin();
+    auto const values = many.view();
+    auto at = values.begin();
     for (auto const & value : few) {
-        at = gallop(at, many.end(), value);
-        if (at == many.end()) {
+        at = gallop(at, values.end(), value);
+        if (at == values.end()) {
             return false;
         }
         if (*at == value) {
@@ -131,27 +142,29 @@ bool setHasAny(Set const * a, Set const * b) {
     if (isEmptySet(a) || isEmptySet(b)) {
         return false;
     }
-    if (b->back() < a->front() || a->back() < b->front()) {
+    auto const inA = a->view();
+    auto const inB = b->view();
+    if (inB.back() < inA.front() || inA.back() < inB.front()) {
         return false;
     }
-    if (b->count() == 1) {
-        return setContains(*a, b->front());
+    if (inB.size() == 1) {
+        return setContains(*a, inB.front());
     }
-    if (a->count() / b->count() >= bisectionRatio) {
-        return anyFound(*b, *a);
+    if (isSparseIn(inB, inA)) {
+        return anyFound(inB, *a);
     }
-    if (b->count() / a->count() >= bisectionRatio) {
-        return anyFound(*a, *b);
+    if (isSparseIn(inA, inB)) {
+        return anyFound(inA, *b);
     }
-    auto inA = a->begin();
-    auto inB = b->begin();
-    while (inA != a->end() && inB != b->end()) {
-        if (*inB < *inA) {
-            ++inB;
-        } else if (*inB == *inA) {
+    auto atA = inA.begin();
+    auto atB = inB.begin();
+    while (atA != inA.end() && atB != inB.end()) {
+        if (*atB < *atA) {
+            ++atB;
+        } else if (*atB == *atA) {
             return true;
         } else {
-            ++inA;
+            ++atA;
         }
     }
     return false;
@@ -161,62 +174,111 @@ bool setHasAny(Set const * a, Set const * b) {
 /// more are merged through the scratch buffer.
 inline constexpr std::size_t fewValues = 8;
 
-template <typename Set>
-void insertInPlace(Set & set, Set const & few) {
-    auto & values = set.values();
-    std::size_t const before = values.size();
-    for (auto const & value : few) {
-        std::size_t const at = countBelow(values, value);
+/// Copies ascending values without those of `removed` and with those of `added`; answers the end.
+template <typename Value>
+Value * copyEdited(std::span<Value const> from, std::span<Value const> removed,
+                   std::span<Value const> added, Value * to) {
+    auto out = removed.begin();
+    auto in = added.begin();
+    for (Value const & value : from) {
+        while (in != added.end() && *in < value) {
+            *to++ = *in++;
+        }
+        bool const isAdded = in != added.end() && *in == value;
+        while (out != removed.end() && *out < value) {
+            ++out;
+        }
+        bool const isRemoved = !isAdded && out != removed.end() && *out == value;
+        *to = value;
+        to += isRemoved ? 0 : 1;
+        in += isAdded ? 1 : 0;
+    }
+    return std::copy(in, added.end(), to);
+}
+
+template <typename Value>
+void insertInPlace(auto & values, std::span<Value const> few) {
+    for (Value const & value : few) {
+        std::size_t const at =
+            countBelow(std::span<Value const>(values.data(), values.size()), value);
         if (at == values.size() || !(values[at] == value)) {
             values.insert(values.begin() + at, value);
         }
     }
-    if (values.size() != before) {
-        set.noteOverwritten();
-    }
 }
 
-template <typename Set>
-void eraseInPlace(Set & set, Set const & few) {
-    auto & values = set.values();
-    std::size_t const before = values.size();
-    for (auto const & value : few) {
-        std::size_t const at = countBelow(values, value);
+template <typename Value>
+void eraseInPlace(auto & values, std::span<Value const> few) {
+    for (Value const & value : few) {
+        std::size_t const at =
+            countBelow(std::span<Value const>(values.data(), values.size()), value);
         if (at != values.size() && values[at] == value) {
             values.erase(values.begin() + at);
         }
     }
-    if (values.size() != before) {
+}
+
+template <typename Value>
+bool scannedAny(std::span<Value const> values, std::span<Value const> few) {
+    return std::any_of(few.begin(), few.end(),
+                       [&](Value const & value) { return scanned(values, value); });
+}
+
+/// Takes few values out of a set and puts others in, where it stands.
+template <typename Set>
+void editInPlace(Set & set, std::span<typename Set::Value const> removed,
+                 std::span<typename Set::Value const> added) {
+    using Value = typename Set::Value;
+    if (set.isLent()) {
+        if (added.empty() && !scannedAny(set.view(), removed)) {
+            return; // the loan goes on
+        }
+        set.replaceLent(set.count() + added.size(), [&](std::span<Value const> from, Value * to) {
+            return copyEdited(from, removed, added, to);
+        });
+        set.noteOverwritten();
+        return;
+    }
+    auto & values = set.values();
+    std::size_t const before = values.size();
+    eraseInPlace(values, removed);
+    std::size_t const left = values.size();
+    insertInPlace(values, added);
+    if (left != before || values.size() != left) {
         set.noteOverwritten();
     }
 }
 
-/// Whether `a` itself becomes the union with, or the difference from, the few values of `b`.
+/// Whether a set, which is not empty, is itself overwritten by an edit whose result has at most so
+/// many values.
 template <typename Set>
-bool mayEditInPlace(Set const * a, Set const * b, std::size_t expectedSize,
+bool mayEditInPlace(Set const & set, std::size_t expectedSize,
                     typename Set::Buffer const & scratch) {
-    return !isEmptySet(a) && !isEmptySet(b) && a != b && b->count() <= fewValues &&
-           a->modifyFlag() == ModifyFlag::reuseOnWrite && expectedSize <= scratch.capacity();
+    return set.modifyFlag() == ModifyFlag::reuseOnWrite && expectedSize <= scratch.capacity();
 }
 
-/// Adds to `a` where it stands; false when that is not how the union comes about.
 template <typename Set>
-bool addInPlace(Set const * a, Set const * b, typename Set::Buffer const & scratch) {
-    std::size_t const expectedSize = (isEmptySet(a) ? 0 : a->count()) + (b ? b->count() : 0);
-    if (!mayEditInPlace(a, b, expectedSize, scratch) ||
-        (a->count() < b->count() && setIsSubset(a, b))) {
+bool areFew(Set const & a, Set const & b) {
+    return &a != &b && b.count() <= fewValues;
+}
+
+/// Adds to `a` where it stands; false when that is not how the union comes about. Neither is empty.
+template <typename Set>
+bool addInPlace(Set const & a, Set const & b, typename Set::Buffer const & scratch) {
+    if (!areFew(a, b) || !mayEditInPlace(a, a.count() + b.count(), scratch) ||
+        (a.count() < b.count() && setIsSubset(&a, &b))) {
         return false; // a union that is `b` itself shares it
     }
-    insertInPlace(const_cast<Set &>(*a), *b);
+    editInPlace(const_cast<Set &>(a), {}, b.view());
     return true;
 }
 
 template <typename Set>
-bool removeInPlace(Set const * a, Set const * b, typename Set::Buffer const & scratch) {
-    if (!mayEditInPlace(a, b, isEmptySet(a) ? 0 : a->count(), scratch)) {
+bool removeInPlace(Set const & a, Set const & b, typename Set::Buffer const & scratch) {
+    if (!areFew(a, b) || !mayEditInPlace(a, a.count(), scratch)) {
         return false;
     }
-    eraseInPlace(const_cast<Set &>(*a), *b);
+    editInPlace(const_cast<Set &>(a), b.view(), {});
     return true;
 }
 
@@ -226,7 +288,7 @@ PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
     if (isEmptySet(a.get())) {
         return b;
     }
-    if (isEmptySet(b.get()) || addInPlace(a.get(), b.get(), scratch)) {
+    if (isEmptySet(b.get()) || addInPlace(*a, *b, scratch)) {
         return a;
     }
     if (setIsSubset(b.get(), a.get())) {
@@ -246,18 +308,22 @@ PtrConst<Set> setRemove(PtrConst<Set> const & a, PtrConst<Set> const & b,
     if (isEmptySet(a.get())) {
         return nullptr;
     }
-    if (removeInPlace(a.get(), b.get(), scratch)) {
+    if (isEmptySet(b.get())) {
+        return a;
+    }
+    if (removeInPlace(*a, *b, scratch)) {
         return a->empty() ? PtrConst<Set>() : a;
     }
     if (!setHasAny(a.get(), b.get())) {
         return a;
     }
     LazySmallVector<Set> result(a, scratch, a->count());
-    if (b->count() / a->count() >= bisectionRatio) {
-        auto at = b->begin();
-        for (auto const & value : *a) {
-            at = gallop(at, b->end(), value);
-            if (at == b->end() || !(*at == value)) {
+    if (isSparseIn(a->view(), b->view())) {
+        auto const removed = b->view();
+        auto at = removed.begin();
+        for (auto const & value : a->view()) {
+            at = gallop(at, removed.end(), value);
+            if (at == removed.end() || !(*at == value)) {
                 result.push_back(value);
             }
         }

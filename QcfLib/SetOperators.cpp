@@ -1,5 +1,5 @@
 #include "QcfLib/QcfEval.h"
-#include "QcfLib/QcfEvalLazyCollection.h"
+#include "QcfLib/SetAlgebra.h"
 #include "QcfLib/StoreSet.h"
 
 #include <algorithm>
@@ -38,14 +38,29 @@ EvalResult isEmpty(Node const & node, Context const & context) {
     return EvalResult::fromBool(lhs == nullptr || lhs->empty());
 }
 
-/// Writes `combine(lhs, rhs, scratch)` to the left operand.
-template <typename Set, typename Node, typename Combine>
-EvalResult modifySet(Node const & node, Context const & context, Combine combine) {
-    PtrConst<Set> const lhs = node.lhs()->getVal(context);
-    PtrConst<Set> const rhs = node.rhs()->getVal(context);
-    auto result = combine(lhs, rhs, setScratch(evalContext(context), lhs.get()));
-    storeResult(*node.lhs(), std::move(result), lhs, rhs, context);
+/// Writes `combine(lhs, rhs, scratch)` to the left operand. Where the left operand itself becomes
+/// the result, which `inPlace` tries first, nothing is counted.
+template <typename Set, typename Node, typename InPlace, typename Combine>
+EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace, Combine combine) {
+    PtrConst<Set> freshLhs;
+    PtrConst<Set> freshRhs;
+    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
+    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
+    auto & scratch = setScratch(evalContext(context), lhs);
+    if (!isEmptySet(lhs) && !isEmptySet(rhs) && inPlace(*lhs, *rhs, scratch)) {
+        node.lhs()->setVal(PtrConst<Set>(lhs->empty() ? nullptr : lhs), context);
+        return EvalResult::fromBool(true);
+    }
+    PtrConst<Set> const left = freshLhs ? std::move(freshLhs) : PtrConst<Set>(lhs);
+    PtrConst<Set> const right = freshRhs ? std::move(freshRhs) : PtrConst<Set>(rhs);
+    auto result = combine(left, right, scratch);
+    storeResult(*node.lhs(), std::move(result), left, right, context);
     return EvalResult::fromBool(true);
+}
+
+template <typename Set>
+bool neverInPlace(Set const & /*a*/, Set const & /*b*/, typename Set::Buffer const & /*scratch*/) {
+    return false;
 }
 
 template <typename Set, typename Node>
@@ -79,13 +94,13 @@ EvalResult assignSet(Node const & node, Context const & context) {
                              [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
     }                                                                                              \
     EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
-        return modifySet<Set>(*this, context, Set::add);                                           \
+        return modifySet<Set>(*this, context, addInPlace<Set>, Set::add);                          \
     }                                                                                              \
     EvalResult Kind##RemoveImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set>(*this, context, Set::remove);                                        \
+        return modifySet<Set>(*this, context, removeInPlace<Set>, Set::remove);                    \
     }                                                                                              \
     EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set>(*this, context, Set::retain);                                        \
+        return modifySet<Set>(*this, context, neverInPlace<Set>, Set::retain);                     \
     }                                                                                              \
     EvalResult Kind##AssignImmediate::eval(Context const & context) const {                        \
         return assignSet<Set>(*this, context);                                                     \

@@ -15,12 +15,8 @@ HandData::HandData(PolicyData const & policies)
 namespace {
 
 using Attribute = Eval::ModifiableAttribute;
+using Agent::viewOf;
 using Communities = std::span<Acl::CommunityValue const>;
-
-template <typename Set>
-auto viewOf(Set const & set) {
-    return std::span<typename Set::value_type const>(set.data(), set.size());
-}
 
 /// Gives `fill` room for `upTo` values and cuts the set where it stopped.
 template <typename Set, typename Fill>
@@ -57,17 +53,20 @@ public:
     template <typename Fill>
     void communityIs(std::size_t upTo, Fill fill) {
         changes_.mark(Attribute::community);
-        fillSet(changes_.community, upTo, fill);
+        fillSet(community_, upTo, fill);
+        changes_.community = viewOf(community_);
     }
     template <typename Fill>
     void largeCommunityIs(std::size_t upTo, Fill fill) {
         changes_.mark(Attribute::largeCommunity);
-        fillSet(changes_.largeCommunity, upTo, fill);
+        fillSet(largeCommunity_, upTo, fill);
+        changes_.largeCommunity = viewOf(largeCommunity_);
     }
     template <typename Fill>
     void extCommunityIs(std::size_t upTo, Fill fill) {
         changes_.mark(Attribute::extCommunity);
-        fillSet(changes_.extCommunity, upTo, fill);
+        fillSet(extCommunity_, upTo, fill);
+        changes_.extCommunity = viewOf(extCommunity_);
     }
 
 private:
@@ -78,6 +77,10 @@ private:
 
     Agent::Route const * route_ = nullptr;
     Agent::RouteChanges changes_;
+    // What the changes show.
+    Agent::RouteIntSet community_;
+    Agent::RouteCommunitySet largeCommunity_;
+    Agent::RouteCommunitySet extCommunity_;
 };
 
 /// The route behind the virtual operations of a context. Every attribute is fetched once; sets go
@@ -111,17 +114,17 @@ public:
             community_->clear();
             context_->communityInputPopulate(community_);
         }
-        return viewOf(community_->values());
+        return community_->view();
     }
     Communities largeCommunity() {
         largeCommunity_->clear();
         context_->largeCommunityInputPopulate(largeCommunity_);
-        return viewOf(largeCommunity_->values());
+        return largeCommunity_->view();
     }
     Communities extCommunity() {
         extCommunity_->clear();
         context_->extCommunityInputPopulate(extCommunity_);
-        return viewOf(extCommunity_->values());
+        return extCommunity_->view();
     }
 
     void medIs(U64 value) { context_->medIs(value); }
@@ -129,18 +132,18 @@ public:
     void originIs(U64 value) { context_->originIs(value); }
     template <typename Fill>
     void communityIs(std::size_t upTo, Fill fill) {
-        fillSet(ints_->values(), upTo, fill);
-        context_->communityIs(ints_);
+        fillSet(newCommunity_->values(), upTo, fill);
+        context_->communityIs(newCommunity_);
     }
     template <typename Fill>
     void largeCommunityIs(std::size_t upTo, Fill fill) {
-        fillSet(communities_->values(), upTo, fill);
-        context_->largeCommunityIs(communities_);
+        fillSet(newLargeCommunity_->values(), upTo, fill);
+        context_->largeCommunityIs(newLargeCommunity_);
     }
     template <typename Fill>
     void extCommunityIs(std::size_t upTo, Fill fill) {
-        fillSet(communities_->values(), upTo, fill);
-        context_->extCommunityIs(communities_);
+        fillSet(newExtCommunity_->values(), upTo, fill);
+        context_->extCommunityIs(newExtCommunity_);
     }
 
 private:
@@ -162,8 +165,9 @@ private:
     IntSet community_ = Eval::u64SmallVectorFactory(reuse);
     CommunitySet largeCommunity_ = Eval::communitySmallVectorFactory(reuse);
     CommunitySet extCommunity_ = Eval::communitySmallVectorFactory(reuse);
-    IntSet ints_ = Eval::u64SmallVectorFactory(reuse);
-    CommunitySet communities_ = Eval::communitySmallVectorFactory(reuse);
+    IntSet newCommunity_ = Eval::u64SmallVectorFactory(reuse);
+    CommunitySet newLargeCommunity_ = Eval::communitySmallVectorFactory(reuse);
+    CommunitySet newExtCommunity_ = Eval::communitySmallVectorFactory(reuse);
 };
 
 /// A policy is called by its address, as an agent would that has several of them.

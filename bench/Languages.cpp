@@ -91,9 +91,12 @@ private:
         changes_.med = changes.med;
         changes_.localPref = changes.localPref;
         changes_.origin = changes.origin;
-        changes_.community.assign(changes.community, changes.community + changes.communityCount);
-        communities(changes_.largeCommunity, changes.largeCommunityCount, changes.largeCommunity);
-        communities(changes_.extCommunity, changes.extCommunityCount, changes.extCommunity);
+        community_.assign(changes.community, changes.community + changes.communityCount);
+        communities(largeCommunity_, changes.largeCommunityCount, changes.largeCommunity);
+        communities(extCommunity_, changes.extCommunityCount, changes.extCommunity);
+        changes_.community = Agent::viewOf(community_);
+        changes_.largeCommunity = Agent::viewOf(largeCommunity_);
+        changes_.extCommunity = Agent::viewOf(extCommunity_);
     }
 
     LanguageModule const & module_;
@@ -101,6 +104,9 @@ private:
     PlainWorkload const & workload_;
     void * state_;
     Agent::RouteChanges changes_;
+    Agent::RouteIntSet community_;
+    Agent::RouteCommunitySet largeCommunity_;
+    Agent::RouteCommunitySet extCommunity_;
 };
 
 class LanguageContender final : public Contender {

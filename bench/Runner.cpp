@@ -18,7 +18,7 @@ void Checksum::add(bool accepted, Agent::RouteChanges const & changes) {
             mix(value);
         }
     };
-    auto const communities = [&](Attribute attribute, Agent::RouteCommunitySet const & set) {
+    auto const communities = [&](Attribute attribute, std::span<Acl::CommunityValue const> set) {
         if (changes.changed(attribute)) {
             mix(set.size());
             for (Acl::CommunityValue const & value : set) {

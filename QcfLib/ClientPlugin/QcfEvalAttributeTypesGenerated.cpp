@@ -39,6 +39,7 @@ U64 Afi::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.afiInput();
 }
+IntSource Afi::source() const { return {0, nullptr, &GeneratedEvalContext::afiInput, 0, ~U64{0}}; }
 
 AfiSafi::AfiSafi(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -56,6 +57,9 @@ void AfiSafi::operator delete(void * memory) noexcept { Slab<AfiSafi>::deallocat
 U64 AfiSafi::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.afiSafiInput();
+}
+IntSource AfiSafi::source() const {
+    return {0, nullptr, &GeneratedEvalContext::afiSafiInput, 0, ~U64{0}};
 }
 
 Aggregate::Aggregate(U64 aetNodeKey)
@@ -161,6 +165,9 @@ U64 AigpAccumulationMetric::getVal(Ptr<EvalContextBase const> const & context) c
     auto const & c = evalContext(context);
     return valueInRange(*this, c.aigpAccumulationMetricModified() ? c.attributeContentConst().aigpAccumulationMetric : c.aigpAccumulationMetricInput());
 }
+IntSource AigpAccumulationMetric::source() const {
+    return {flagOf(ModifiableAttribute::aigpAccumulationMetric), &AttributeContent::aigpAccumulationMetric, &GeneratedEvalContext::aigpAccumulationMetricInput, 0, 18446744073709551614ULL};
+}
 void AigpAccumulationMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::aigpAccumulationMetric).aigpAccumulationMetric = valueInRange(*this, value);
 }
@@ -195,6 +202,9 @@ U64 AigpAccumulationMetricInput::getVal(Ptr<EvalContextBase const> const & conte
     auto const & c = evalContext(context);
     return c.aigpAccumulationMetricInput();
 }
+IntSource AigpAccumulationMetricInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::aigpAccumulationMetricInput, 0, ~U64{0}};
+}
 
 AigpMetric::AigpMetric(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -214,6 +224,9 @@ void AigpMetric::operator delete(void * memory) noexcept { Slab<AigpMetric>::dea
 U64 AigpMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.aigpMetricModified() ? c.attributeContentConst().aigpMetric : c.aigpMetricInput());
+}
+IntSource AigpMetric::source() const {
+    return {flagOf(ModifiableAttribute::aigpMetric), &AttributeContent::aigpMetric, &GeneratedEvalContext::aigpMetricInput, 0, 18446744073709551614ULL};
 }
 void AigpMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::aigpMetric).aigpMetric = valueInRange(*this, value);
@@ -243,6 +256,9 @@ void AigpMetricInput::operator delete(void * memory) noexcept {
 U64 AigpMetricInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.aigpMetricInput();
+}
+IntSource AigpMetricInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::aigpMetricInput, 0, ~U64{0}};
 }
 
 AsPath::AsPath(U64 aetNodeKey)
@@ -488,6 +504,9 @@ U64SmallVector const * Community::lendVal(
     auto const & c = evalContext(context);
     return c.communityModified() ? c.attributeContentConst().community.get() : c.communityInputModifiableRawPtr();
 }
+SetSource<U64SmallVector> Community::source() const {
+    return {flagOf(ModifiableAttribute::community), &AttributeContent::community, &GeneratedEvalContext::communityInputModifiableRawPtr};
+}
 void Community::setVal(PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::community).community = std::move(value);
 }
@@ -572,6 +591,9 @@ U64SmallVector const * CommunityInput::lendVal(
     auto const & c = evalContext(context);
     return c.communityInputRawPtr();
 }
+SetSource<U64SmallVector> CommunityInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::communityInputRawPtr};
+}
 
 ConnectedInterface::ConnectedInterface(U64 aetNodeKey)
     : Qcf::Eval::Interface(aetNodeKey) {}
@@ -628,6 +650,9 @@ void DestinationSessionLocalAs::operator delete(void * memory) noexcept {
 U64 DestinationSessionLocalAs::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.destinationSessionLocalAsInput();
+}
+IntSource DestinationSessionLocalAs::source() const {
+    return {0, nullptr, &GeneratedEvalContext::destinationSessionLocalAsInput, 0, ~U64{0}};
 }
 
 EvpnIpPrefixRouteGatewayAddr::EvpnIpPrefixRouteGatewayAddr(U64 aetNodeKey)
@@ -800,6 +825,9 @@ U64 EvpnIpPrefixRouteLabel::getVal(Ptr<EvalContextBase const> const & context) c
     auto const & c = evalContext(context);
     return valueInRange(*this, c.evpnIpPrefixRouteLabelModified() ? c.attributeContentConst().evpnIpPrefixRouteLabel : c.evpnIpPrefixRouteLabelInput());
 }
+IntSource EvpnIpPrefixRouteLabel::source() const {
+    return {flagOf(ModifiableAttribute::evpnIpPrefixRouteLabel), &AttributeContent::evpnIpPrefixRouteLabel, &GeneratedEvalContext::evpnIpPrefixRouteLabelInput, 0, 16777215ULL};
+}
 void EvpnIpPrefixRouteLabel::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::evpnIpPrefixRouteLabel).evpnIpPrefixRouteLabel = valueInRange(*this, value);
 }
@@ -833,6 +861,9 @@ void EvpnIpPrefixRouteLabelInput::operator delete(void * memory) noexcept {
 U64 EvpnIpPrefixRouteLabelInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.evpnIpPrefixRouteLabelInput();
+}
+IntSource EvpnIpPrefixRouteLabelInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::evpnIpPrefixRouteLabelInput, 0, ~U64{0}};
 }
 
 EvpnIpPrefixRoutePrefix::EvpnIpPrefixRoutePrefix(U64 aetNodeKey)
@@ -1070,6 +1101,9 @@ U64 EvpnRouteType::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.evpnRouteTypeInput();
 }
+IntSource EvpnRouteType::source() const {
+    return {0, nullptr, &GeneratedEvalContext::evpnRouteTypeInput, 0, ~U64{0}};
+}
 
 ExtCommunity::ExtCommunity(U64 aetNodeKey)
     : Qcf::Eval::CommunitySetModifiable(aetNodeKey) {}
@@ -1094,6 +1128,9 @@ CommunitySmallVector const * ExtCommunity::lendVal(
     Ptr<EvalContextBase const> const & context, PtrConst<CommunitySmallVector> & /*fresh*/) const {
     auto const & c = evalContext(context);
     return c.extCommunityModified() ? c.attributeContentConst().extCommunity.get() : c.extCommunityInputModifiableRawPtr();
+}
+SetSource<CommunitySmallVector> ExtCommunity::source() const {
+    return {flagOf(ModifiableAttribute::extCommunity), &AttributeContent::extCommunity, &GeneratedEvalContext::extCommunityInputModifiableRawPtr};
 }
 void ExtCommunity::setVal(
     PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const {
@@ -1179,6 +1216,9 @@ CommunitySmallVector const * ExtCommunityInput::lendVal(
     Ptr<EvalContextBase const> const & context, PtrConst<CommunitySmallVector> & /*fresh*/) const {
     auto const & c = evalContext(context);
     return c.extCommunityInputRawPtr();
+}
+SetSource<CommunitySmallVector> ExtCommunityInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::extCommunityInputRawPtr};
 }
 
 FlowspecDestinationPrefix::FlowspecDestinationPrefix(U64 aetNodeKey)
@@ -1387,6 +1427,9 @@ U64 IgpMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.igpMetricInput();
 }
+IntSource IgpMetric::source() const {
+    return {0, nullptr, &GeneratedEvalContext::igpMetricInput, 0, ~U64{0}};
+}
 
 InstanceAs::InstanceAs(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1406,6 +1449,9 @@ void InstanceAs::operator delete(void * memory) noexcept { Slab<InstanceAs>::dea
 U64 InstanceAs::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.instanceAsInput();
+}
+IntSource InstanceAs::source() const {
+    return {0, nullptr, &GeneratedEvalContext::instanceAsInput, 0, ~U64{0}};
 }
 
 IpPrefix::IpPrefix(U64 aetNodeKey)
@@ -1498,6 +1544,9 @@ U64SmallVector const * IsisLevel::lendVal(
     auto const & c = evalContext(context);
     return c.isisLevelModified() ? c.attributeContentConst().isisLevel.get() : c.isisLevelInputModifiableRawPtr();
 }
+SetSource<U64SmallVector> IsisLevel::source() const {
+    return {flagOf(ModifiableAttribute::isisLevel), &AttributeContent::isisLevel, &GeneratedEvalContext::isisLevelInputModifiableRawPtr};
+}
 void IsisLevel::setVal(PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::isisLevel).isisLevel = std::move(value);
 }
@@ -1528,6 +1577,9 @@ U64SmallVector const * IsisLevelInput::lendVal(
     auto const & c = evalContext(context);
     return c.isisLevelInputRawPtr();
 }
+SetSource<U64SmallVector> IsisLevelInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::isisLevelInputRawPtr};
+}
 
 IsisMetric::IsisMetric(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -1547,6 +1599,9 @@ void IsisMetric::operator delete(void * memory) noexcept { Slab<IsisMetric>::dea
 U64 IsisMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.isisMetricModified() ? c.attributeContentConst().isisMetric : c.isisMetricInput());
+}
+IntSource IsisMetric::source() const {
+    return {flagOf(ModifiableAttribute::isisMetric), &AttributeContent::isisMetric, &GeneratedEvalContext::isisMetricInput, 0, 4294967295ULL};
 }
 void IsisMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::isisMetric).isisMetric = valueInRange(*this, value);
@@ -1577,6 +1632,9 @@ U64 IsisMetricInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.isisMetricInput();
 }
+IntSource IsisMetricInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::isisMetricInput, 0, ~U64{0}};
+}
 
 LargeCommunity::LargeCommunity(U64 aetNodeKey)
     : Qcf::Eval::CommunitySetModifiable(aetNodeKey) {}
@@ -1603,6 +1661,9 @@ CommunitySmallVector const * LargeCommunity::lendVal(
     Ptr<EvalContextBase const> const & context, PtrConst<CommunitySmallVector> & /*fresh*/) const {
     auto const & c = evalContext(context);
     return c.largeCommunityModified() ? c.attributeContentConst().largeCommunity.get() : c.largeCommunityInputModifiableRawPtr();
+}
+SetSource<CommunitySmallVector> LargeCommunity::source() const {
+    return {flagOf(ModifiableAttribute::largeCommunity), &AttributeContent::largeCommunity, &GeneratedEvalContext::largeCommunityInputModifiableRawPtr};
 }
 void LargeCommunity::setVal(
     PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const {
@@ -1693,6 +1754,9 @@ CommunitySmallVector const * LargeCommunityInput::lendVal(
     auto const & c = evalContext(context);
     return c.largeCommunityInputRawPtr();
 }
+SetSource<CommunitySmallVector> LargeCommunityInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::largeCommunityInputRawPtr};
+}
 
 LocalPref::LocalPref(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -1712,6 +1776,9 @@ void LocalPref::operator delete(void * memory) noexcept { Slab<LocalPref>::deall
 U64 LocalPref::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.localPrefModified() ? c.attributeContentConst().localPref : c.localPrefInput());
+}
+IntSource LocalPref::source() const {
+    return {flagOf(ModifiableAttribute::localPref), &AttributeContent::localPref, &GeneratedEvalContext::localPrefInput, 0, 4294967295ULL};
 }
 void LocalPref::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::localPref).localPref = valueInRange(*this, value);
@@ -1742,6 +1809,9 @@ U64 LocalPrefInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.localPrefInput();
 }
+IntSource LocalPrefInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::localPrefInput, 0, ~U64{0}};
+}
 
 Med::Med(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -1757,6 +1827,9 @@ void Med::operator delete(void * memory) noexcept { Slab<Med>::deallocate(memory
 U64 Med::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.medModified() ? c.attributeContentConst().med : c.medInput());
+}
+IntSource Med::source() const {
+    return {flagOf(ModifiableAttribute::med), &AttributeContent::med, &GeneratedEvalContext::medInput, 0, 4294967295ULL};
 }
 void Med::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::med).med = valueInRange(*this, value);
@@ -1778,6 +1851,9 @@ void MedInput::operator delete(void * memory) noexcept { Slab<MedInput>::dealloc
 U64 MedInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.medInput();
+}
+IntSource MedInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::medInput, 0, ~U64{0}};
 }
 
 NextHop::NextHop(U64 aetNodeKey)
@@ -1828,6 +1904,9 @@ U64 NextHopBestPathMetric::getVal(Ptr<EvalContextBase const> const & context) co
     auto const & c = evalContext(context);
     return valueInRange(*this, c.nextHopBestPathMetricModified() ? c.attributeContentConst().nextHopBestPathMetric : c.nextHopBestPathMetricInput());
 }
+IntSource NextHopBestPathMetric::source() const {
+    return {flagOf(ModifiableAttribute::nextHopBestPathMetric), &AttributeContent::nextHopBestPathMetric, &GeneratedEvalContext::nextHopBestPathMetricInput, 0, 4294967295ULL};
+}
 void NextHopBestPathMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::nextHopBestPathMetric).nextHopBestPathMetric = valueInRange(*this, value);
 }
@@ -1861,6 +1940,9 @@ void NextHopBestPathMetricInput::operator delete(void * memory) noexcept {
 U64 NextHopBestPathMetricInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.nextHopBestPathMetricInput();
+}
+IntSource NextHopBestPathMetricInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::nextHopBestPathMetricInput, 0, ~U64{0}};
 }
 
 NextHopInput::NextHopInput(U64 aetNodeKey)
@@ -1966,6 +2048,9 @@ U64 NextHopMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.nextHopMetricInput();
 }
+IntSource NextHopMetric::source() const {
+    return {0, nullptr, &GeneratedEvalContext::nextHopMetricInput, 0, ~U64{0}};
+}
 
 Origin::Origin(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -1983,6 +2068,9 @@ void Origin::operator delete(void * memory) noexcept { Slab<Origin>::deallocate(
 U64 Origin::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueOrDefault(*this, c.originModified() ? c.attributeContentConst().origin : c.originInput());
+}
+IntSource Origin::source() const {
+    return {flagOf(ModifiableAttribute::origin), &AttributeContent::origin, &GeneratedEvalContext::originInput, 0, 2ULL};
 }
 void Origin::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::origin).origin = valueOrDefault(*this, value);
@@ -2008,6 +2096,9 @@ void OriginInput::operator delete(void * memory) noexcept { Slab<OriginInput>::d
 U64 OriginInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.originInput();
+}
+IntSource OriginInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::originInput, 0, ~U64{0}};
 }
 
 OriginValidationState::OriginValidationState(U64 aetNodeKey)
@@ -2036,6 +2127,9 @@ void OriginValidationState::operator delete(void * memory) noexcept {
 U64 OriginValidationState::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.originValidationStateModified() ? c.attributeContentConst().originValidationState : c.originValidationStateInput());
+}
+IntSource OriginValidationState::source() const {
+    return {flagOf(ModifiableAttribute::originValidationState), &AttributeContent::originValidationState, &GeneratedEvalContext::originValidationStateInput, 0, 2ULL};
 }
 void OriginValidationState::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::originValidationState).originValidationState = valueInRange(*this, value);
@@ -2071,6 +2165,9 @@ U64 OriginValidationStateInput::getVal(Ptr<EvalContextBase const> const & contex
     auto const & c = evalContext(context);
     return c.originValidationStateInput();
 }
+IntSource OriginValidationStateInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::originValidationStateInput, 0, ~U64{0}};
+}
 
 PrefixSidIndex::PrefixSidIndex(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -2096,6 +2193,9 @@ void PrefixSidIndex::operator delete(void * memory) noexcept {
 U64 PrefixSidIndex::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.prefixSidIndexModified() ? c.attributeContentConst().prefixSidIndex : c.prefixSidIndexInput());
+}
+IntSource PrefixSidIndex::source() const {
+    return {flagOf(ModifiableAttribute::prefixSidIndex), &AttributeContent::prefixSidIndex, &GeneratedEvalContext::prefixSidIndexInput, 0, 1048575ULL};
 }
 void PrefixSidIndex::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::prefixSidIndex).prefixSidIndex = valueInRange(*this, value);
@@ -2128,6 +2228,9 @@ U64 PrefixSidIndexInput::getVal(Ptr<EvalContextBase const> const & context) cons
     auto const & c = evalContext(context);
     return c.prefixSidIndexInput();
 }
+IntSource PrefixSidIndexInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::prefixSidIndexInput, 0, ~U64{0}};
+}
 
 RecmpState::RecmpState(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -2147,6 +2250,9 @@ void RecmpState::operator delete(void * memory) noexcept { Slab<RecmpState>::dea
 U64 RecmpState::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.recmpStateModified() ? c.attributeContentConst().recmpState : c.recmpStateInput());
+}
+IntSource RecmpState::source() const {
+    return {flagOf(ModifiableAttribute::recmpState), &AttributeContent::recmpState, &GeneratedEvalContext::recmpStateInput, 0, 1ULL};
 }
 void RecmpState::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::recmpState).recmpState = valueInRange(*this, value);
@@ -2176,6 +2282,9 @@ void RecmpStateInput::operator delete(void * memory) noexcept {
 U64 RecmpStateInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.recmpStateInput();
+}
+IntSource RecmpStateInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::recmpStateInput, 0, ~U64{0}};
 }
 
 ResolutionRibs::ResolutionRibs(U64 aetNodeKey)
@@ -2292,6 +2401,9 @@ U64 RibPreference::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.ribPreferenceModified() ? c.attributeContentConst().ribPreference : c.ribPreferenceInput());
 }
+IntSource RibPreference::source() const {
+    return {flagOf(ModifiableAttribute::ribPreference), &AttributeContent::ribPreference, &GeneratedEvalContext::ribPreferenceInput, 0, 255ULL};
+}
 void RibPreference::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::ribPreference).ribPreference = valueInRange(*this, value);
 }
@@ -2323,6 +2435,9 @@ U64 RibPreferenceInput::getVal(Ptr<EvalContextBase const> const & context) const
     auto const & c = evalContext(context);
     return c.ribPreferenceInput();
 }
+IntSource RibPreferenceInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::ribPreferenceInput, 0, ~U64{0}};
+}
 
 RoutePriority::RoutePriority(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -2348,6 +2463,9 @@ void RoutePriority::operator delete(void * memory) noexcept {
 U64 RoutePriority::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.routePriorityModified() ? c.attributeContentConst().routePriority : c.routePriorityInput());
+}
+IntSource RoutePriority::source() const {
+    return {flagOf(ModifiableAttribute::routePriority), &AttributeContent::routePriority, &GeneratedEvalContext::routePriorityInput, 0, 3ULL};
 }
 void RoutePriority::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::routePriority).routePriority = valueInRange(*this, value);
@@ -2380,6 +2498,9 @@ U64 RoutePriorityInput::getVal(Ptr<EvalContextBase const> const & context) const
     auto const & c = evalContext(context);
     return c.routePriorityInput();
 }
+IntSource RoutePriorityInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::routePriorityInput, 0, ~U64{0}};
+}
 
 RouteSource::RouteSource(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2401,6 +2522,9 @@ void RouteSource::operator delete(void * memory) noexcept { Slab<RouteSource>::d
 U64 RouteSource::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.routeSourceInput();
+}
+IntSource RouteSource::source() const {
+    return {0, nullptr, &GeneratedEvalContext::routeSourceInput, 0, ~U64{0}};
 }
 
 RtMembershipOriginAs::RtMembershipOriginAs(U64 aetNodeKey)
@@ -2429,6 +2553,9 @@ void RtMembershipOriginAs::operator delete(void * memory) noexcept {
 U64 RtMembershipOriginAs::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.rtMembershipOriginAsInput();
+}
+IntSource RtMembershipOriginAs::source() const {
+    return {0, nullptr, &GeneratedEvalContext::rtMembershipOriginAsInput, 0, ~U64{0}};
 }
 
 RtMembershipRouteTarget::RtMembershipRouteTarget(U64 aetNodeKey)
@@ -2484,6 +2611,9 @@ void SourceProtocol::operator delete(void * memory) noexcept {
 U64 SourceProtocol::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.sourceProtocolInput();
+}
+IntSource SourceProtocol::source() const {
+    return {0, nullptr, &GeneratedEvalContext::sourceProtocolInput, 0, ~U64{0}};
 }
 
 SourceSessionInterfaceBandwidth::SourceSessionInterfaceBandwidth(U64 aetNodeKey)
@@ -2545,6 +2675,9 @@ void SourceSessionRemoteAs::operator delete(void * memory) noexcept {
 U64 SourceSessionRemoteAs::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.sourceSessionRemoteAsInput();
+}
+IntSource SourceSessionRemoteAs::source() const {
+    return {0, nullptr, &GeneratedEvalContext::sourceSessionRemoteAsInput, 0, ~U64{0}};
 }
 
 SourceSessionRemoteIpAddress::SourceSessionRemoteIpAddress(U64 aetNodeKey)
@@ -2624,6 +2757,9 @@ U64 Tag::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.tagModified() ? c.attributeContentConst().tag : c.tagInput());
 }
+IntSource Tag::source() const {
+    return {flagOf(ModifiableAttribute::tag), &AttributeContent::tag, &GeneratedEvalContext::tagInput, 0, 4294967295ULL};
+}
 void Tag::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::tag).tag = valueInRange(*this, value);
 }
@@ -2645,6 +2781,9 @@ U64 TagInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.tagInput();
 }
+IntSource TagInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::tagInput, 0, ~U64{0}};
+}
 
 Weight::Weight(U64 aetNodeKey)
     : Qcf::Eval::IntModifiable(aetNodeKey) {}
@@ -2662,6 +2801,9 @@ void Weight::operator delete(void * memory) noexcept { Slab<Weight>::deallocate(
 U64 Weight::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return valueInRange(*this, c.weightModified() ? c.attributeContentConst().weight : c.weightInput());
+}
+IntSource Weight::source() const {
+    return {flagOf(ModifiableAttribute::weight), &AttributeContent::weight, &GeneratedEvalContext::weightInput, 0, 65535ULL};
 }
 void Weight::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::weight).weight = valueInRange(*this, value);
@@ -2687,6 +2829,9 @@ void WeightInput::operator delete(void * memory) noexcept { Slab<WeightInput>::d
 U64 WeightInput::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.weightInput();
+}
+IntSource WeightInput::source() const {
+    return {0, nullptr, &GeneratedEvalContext::weightInput, 0, ~U64{0}};
 }
 
 

@@ -47,6 +47,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -70,6 +71,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -162,10 +164,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::aigpAccumulationMetric, &AttributeContent::aigpAccumulationMetric}; }
+    IntRange range() const override { return {0, 18446744073709551614ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -189,6 +192,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -212,10 +216,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::aigpMetric, &AttributeContent::aigpMetric}; }
+    IntRange range() const override { return {0, 18446744073709551614ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -239,6 +244,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -480,6 +486,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<U64SmallVector> source() const override;
     void setVal(
         PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
 
@@ -553,6 +560,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<U64SmallVector> source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -599,6 +607,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -722,10 +731,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 16777215ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::evpnIpPrefixRouteLabel, &AttributeContent::evpnIpPrefixRouteLabel}; }
+    IntRange range() const override { return {0, 16777215ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -749,6 +759,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -933,6 +944,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -958,6 +970,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<CommunitySmallVector> source() const override;
     void setVal(
         PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
 
@@ -1031,6 +1044,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<CommunitySmallVector> source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1193,6 +1207,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1216,6 +1231,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1310,6 +1326,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<U64SmallVector> source() const override;
     void setVal(
         PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
 
@@ -1337,6 +1354,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<U64SmallVector> source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1360,10 +1378,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::isisMetric, &AttributeContent::isisMetric}; }
+    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1387,6 +1406,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1412,6 +1432,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<CommunitySmallVector> source() const override;
     void setVal(
         PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
 
@@ -1485,6 +1506,7 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
+    SetSource<CommunitySmallVector> source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1508,10 +1530,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::localPref, &AttributeContent::localPref}; }
+    IntRange range() const override { return {0, 4294967295ULL, 100}; }
     U64 defaultValue() const override { return 100; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1536,6 +1559,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1559,10 +1583,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::med, &AttributeContent::med}; }
+    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1586,6 +1611,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1633,10 +1659,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::nextHopBestPathMetric, &AttributeContent::nextHopBestPathMetric}; }
+    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1661,6 +1688,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1753,6 +1781,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1776,10 +1805,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::origin, &AttributeContent::origin}; }
+    IntRange range() const override { return {0, 2ULL, 256}; }
     U64 defaultValue() const override { return 256; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1804,6 +1834,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1827,10 +1858,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::originValidationState, &AttributeContent::originValidationState}; }
+    IntRange range() const override { return {0, 2ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1855,6 +1887,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1878,10 +1911,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1048575ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::prefixSidIndex, &AttributeContent::prefixSidIndex}; }
+    IntRange range() const override { return {0, 1048575ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1905,6 +1939,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1928,10 +1963,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::recmpState, &AttributeContent::recmpState}; }
+    IntRange range() const override { return {0, 1ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1955,6 +1991,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2053,10 +2090,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 255ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::ribPreference, &AttributeContent::ribPreference}; }
+    IntRange range() const override { return {0, 255ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2080,6 +2118,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2103,10 +2142,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 3ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::routePriority, &AttributeContent::routePriority}; }
+    IntRange range() const override { return {0, 3ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2130,6 +2170,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2153,6 +2194,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2176,6 +2218,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2222,6 +2265,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2269,6 +2313,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2338,10 +2383,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::tag, &AttributeContent::tag}; }
+    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2365,6 +2411,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2388,10 +2435,11 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 65535ULL; }
-    IntPlace place() const override { return {ModifiableAttribute::weight, &AttributeContent::weight}; }
+    IntRange range() const override { return {0, 65535ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2415,6 +2463,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

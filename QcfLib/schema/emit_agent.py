@@ -8,6 +8,13 @@ COMMON = [s for s in IN_ORDER if s.common]
 RARE = [s for s in IN_ORDER if not s.common]
 
 
+def changeType(s):
+    """Sets are lent, see RouteChanges."""
+    if s.kind.isSet:
+        return f"std::span<{'U64' if s.kindName == 'intSet' else 'Acl::CommunityValue'} const>"
+    return "Routing::Bgp::AsnVector" if s.kindName == "asPath" else memberType(s)
+
+
 def memberType(s):
     if s.kindName == "asPath":
         return "Routing::Bgp::AsPath"
@@ -39,6 +46,8 @@ def access(s, target, mutable):
 def routeHeader():
     out = "using RouteIntSet = boost::container::small_vector<U64, 16>;\n"
     out += "using RouteCommunitySet = boost::container::small_vector<Acl::CommunityValue, 8>;\n\n"
+    out += doc("A set's values where they are.")
+    out += "template <typename Set> std::span<typename Set::value_type const> viewOf(Set const & set) { return {set.data(), set.size()}; }\n\n"
     out += doc("Attributes that most routes do not carry.")
     out += "struct RareAttributes {\n" + "".join(member(s) for s in RARE)
     out += "};\n\n"
@@ -77,12 +86,12 @@ private:
 """
     out += doc("Language names of the attributes of a Route, in the order of visitAttribute's index.")
     out += "std::span<char const * const> routeAttributeNames();\n\n"
-    out += doc("What a function changed of a route, in flush order; reused from route to route.")
+    out += doc("What a function changed of a route, in flush order; reused from route to route. Sets are lent: they stand in the context, in the function's constants or in "
+               "the route itself, and are good until the context gets another route.")
     out += "struct RouteChanges {\n    using Attribute = Eval::ModifiableAttribute;\n\n"
     out += "    /// Bit n is set when attribute n was written.\n    U32 flags = 0;\n"
     for s in MODIFIABLE:
-        cpp = "Routing::Bgp::AsnVector" if s.kindName == "asPath" else memberType(s)
-        out += f"    {cpp} {s.stem}{' = 0' if s.kindName == 'int' else '{false}' if s.kindName == 'ribs' else ''};\n"
+        out += f"    {changeType(s)} {s.stem}{' = 0' if s.kindName == 'int' else '{false}' if s.kindName == 'ribs' else ''};\n"
     out += """
     void clear() { flags = 0; }
     bool changed(Attribute attribute) const { return ((flags >> static_cast<U8>(attribute)) & 1) != 0; }
@@ -119,8 +128,15 @@ public:
     using EvalContext::EvalContext;
 
     /// The route to evaluate next; resets the context and forgets the changes of the last one.
-    void routeIs(Route const & route);
+    void routeIs(Route const & route) {
+        forgetRoute();
+        changes_.clear();
+        route_ = &route;
+        ++routeNumber_;
+    }
     Route const & route() const { return *route_; }
+    /// Routes that were given so far: tells one from the next, which may stand in the same object.
+    U64 routeNumber() const { return routeNumber_; }
     /// What the last evaluation wrote back.
     RouteChanges const & changes() const { return changes_; }
 
@@ -129,7 +145,7 @@ public:
         head, _, rest = signature.partition("(")
         args, _, const = rest.rpartition(")")
         out += wrap(qualified(head) + "(", [qualified(args)] if args else [], f"){const} override;", 4)
-    out += "\nprivate:\n    Route const * route_ = nullptr;\n    RouteChanges changes_;\n};\n"
+    out += "\nprivate:\n    Route const * route_ = nullptr;\n    U64 routeNumber_ = 0;\n    RouteChanges changes_;\n};\n"
     return header("The agent's side of the evaluation context.", ['"Agent/RouteGenerated.h"', '"QcfLib/QcfEvalContext.h"'], "Qcf::Agent", out)
 
 
@@ -144,7 +160,7 @@ def contextBody(kind, s):
     if kind == "input":
         return f"return {value};"
     if kind == "populate":
-        return f"path->existingPathIs(&{value});" if s.kindName == "asPath" else f"fill(*set, {value});"
+        return f"path->existingPathIs(&{value});" if s.kindName == "asPath" else f"set->lend(viewOf({value}));"
     return f"record(changes_, Attribute::{s.stem}, changes_.{s.stem}, value);"
 
 
@@ -153,35 +169,19 @@ def contextSource():
 
 using Attribute = Eval::ModifiableAttribute;
 
-// Routes keep their sets ascending and without duplicates.
-void fill(Eval::U64SmallVector & set, RouteIntSet const & values) {
-    set.values().assign(values.begin(), values.end());
-}
-void fill(Eval::CommunitySmallVector & set, RouteCommunitySet const & values) {
-    set.values().assign(values.begin(), values.end());
-    set.noteOverwritten();
-}
-
 template <typename Member, typename Value>
 void record(RouteChanges & changes, Attribute attribute, Member & member, Value const & value) {
     changes.mark(attribute);
     if constexpr (requires { value->asns(); }) {
         value == nullptr ? member.clear() : void(member = value->asns());
-    } else if constexpr (requires { value->values(); }) {
-        member.clear();
-        if (value) member.assign(value->begin(), value->end());
+    } else if constexpr (requires { value->view(); }) {
+        member = value ? value->view() : Member();
     } else {
         member = value;
     }
 }
 
 } // namespace
-
-void AgentContextBase::routeIs(Route const & route) {
-    reset();
-    changes_.clear();
-    route_ = &route;
-}
 
 """
     for signature, kind, s in accessors():

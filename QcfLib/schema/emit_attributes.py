@@ -28,6 +28,17 @@ class AttributeClass:
         self.node = Node(self.cls, self.behavesAs, [], f'"{self.language}": {sentence}', "", text=f'"{self.language}"',
                          namespace="Qcf::Eval::Attribute")
 
+    def source_(self):
+        """How a plan reads the attribute without asking its node; None where it has to ask."""
+        s = self.source
+        if self.derived or not (s.kindName == "int" or s.kind.isSet):
+            return None
+        fetch = "InputModifiableRawPtr" if s.kind.isSet and self.modifiable else "InputRawPtr" if s.kind.isSet else "Input"
+        kind = f"SetSource<{s.kind.container}>" if s.kind.isSet else "IntSource"
+        stored = f"flagOf(ModifiableAttribute::{s.stem}), &AttributeContent::{s.stem}" if self.modifiable else "0, nullptr"
+        bounds = f", {s.min}, {s.max}ULL" if self.modifiable and s.max is not None else ", 0, ~U64{0}" if kind == "IntSource" else ""
+        return f"{kind} source() const", f"return {{{stored}, &GeneratedEvalContext::{s.stem}{fetch}{bounds}}};"
+
     @property
     def collection(self):
         return lowerFirst(self.cls) + "Coll"
@@ -77,7 +88,7 @@ def catalogue():
 def extraOverrides(attribute):
     """What an attribute class overrides beyond every value node, with bodies."""
     s = attribute.source
-    lines = []
+    lines = [attribute.source_()] if attribute.source_() else []
     if attribute.modifiable:
         lines.append(attribute.setter())
         if s.kindName == "asPath":
@@ -94,7 +105,8 @@ def declareAttribute(attribute, number):
     if attribute.modifiable and attribute.source.max is not None:
         s = attribute.source
         lines += f"    U64 min() const override {{ return {s.min}; }}\n    U64 max() const override {{ return {s.max}ULL; }}\n"
-        lines += f"    IntPlace place() const override {{ return {{ModifiableAttribute::{s.stem}, &AttributeContent::{s.stem}}}; }}\n"
+        default = s.min if s.default is None else s.default
+        lines += f"    IntRange range() const override {{ return {{{s.min}, {s.max}ULL, {default}}}; }}\n"
         if s.default is not None:
             lines += f"    U64 defaultValue() const override {{ return {s.default}; }}\n"
     return text.replace("\n    static MemAllocationTracker", lines + "\n    static MemAllocationTracker", 1)
@@ -116,7 +128,7 @@ def implementAttribute(attribute):
         head, _, rest = signature.partition("(")
         args, _, const = rest.rpartition(")")
         result, _, name = head.rpartition(" ")
-        args = [a if a.split()[-1] != "fresh" else "PtrConst<" + a.split("<")[1].split(">")[0] + "> & /*fresh*/" for a in args.split(", ")]
+        args = [a if a.split()[-1] != "fresh" else "PtrConst<" + a.split("<")[1].split(">")[0] + "> & /*fresh*/" for a in args.split(", ") if a]
         text += define(f"{result} {cls}::{name}(", args, ")" + const, statement.replace("; return", ";\n    return"))
     return text + "\n"
 
@@ -173,21 +185,28 @@ def contextClass():
         for suffix, sentence in (("Input", "as the route came, fetched once a route."), ("InputModifiable", "the copy that operators change.")):
             out += doc(f"{s.doc.rstrip('.')}: {sentence}", 4)
             if s.kind.isSet:
-                out += f"    {s.kind.container} * {s.stem}{suffix}RawPtr() const;\n"
+                out += f"    {s.kind.container} * {s.stem}{suffix}RawPtr() const {{\n"
+                out += f"        return cache_->{s.stem}{suffix}Populated() ? cache_->{s.stem}{suffix}.get() : {s.stem}{suffix}Fetch();\n    }}\n"
                 out += f"    {cpp} {s.stem}{suffix}() const {{ return {cpp}({s.stem}{suffix}RawPtr()); }}\n"
             else:
                 out += f"    {cpp} {s.stem}{suffix}() const;\n"
     out += "\n" + "".join(f"    bool {s.stem}Modified() const {{ return isModified(ModifiableAttribute::{s.stem}); }}\n" for s in MODIFIABLE)
-    return out + CONTEXT_TAIL
+    fetches = "".join(f"    {s.kind.container} * {s.stem}{suffix}Fetch() const;\n" for s in SETS for suffix in ("Input", "InputModifiable"))
+    setFlags = " |\n                                    ".join(f"flagOf(ModifiableAttribute::{s.stem})" for s in SETS)
+    return out + CONTEXT_TAIL.replace("@FETCHES@", fetches).replace("@SETFLAGS@", setFlags)
 
 
 CONTEXT_TAIL = """
-    bool isModified(ModifiableAttribute attribute) const { return modifiedFlags_ & flag(attribute); }
+    bool isModified(ModifiableAttribute attribute) const { return modifiedFlags_ & flagOf(attribute); }
     /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
     U32 modifiedFlags() const { return modifiedFlags_; }
     /// Marks an attribute modified and gives the store to put its value in.
     AttributeContent & modify(ModifiableAttribute attribute) {
-        modifiedFlags_ |= flag(attribute);
+        modifiedFlags_ |= flagOf(attribute);
+        return *attributeContent_;
+    }
+    AttributeContent & modify(U32 flag) {
+        modifiedFlags_ |= flag;
         return *attributeContent_;
     }
     AttributeContent const & attributeContentConst() const { return *attributeContent_; }
@@ -204,23 +223,42 @@ CONTEXT_TAIL = """
     void functionCallDepthDec(U32 n) { functionCallDepth_ -= n; }
 
     /// Forgets changes and fetched values, keeps all storage. Asserts that no call is open.
-    void reset() override;
+    void reset() override { forgetRoute(); }
     /// Hands each modified attribute once to its write-back operation, in flag order. Write-backs
     /// that the agent did not override are not called. Asserts that no call is open.
-    void flushModifiedAttributes();
+    void flushModifiedAttributes() {
+        QCF_ASSERT(functionCallDepth_ == 0);
+        if (modifiedFlags_ != 0) {
+            writeBack();
+        }
+    }
+
+protected:
+    /// What `reset` does, for derived classes to do in place.
+    void forgetRoute() {
+        QCF_ASSERT(functionCallDepth_ == 0);
+        if ((modifiedFlags_ & setFlags) != 0) {
+            releaseModifiedSets();
+        }
+        modifiedFlags_ = 0;
+        cache_->populatedClear();
+    }
 
 private:
     using Input = QcfEvalContextCacheGenerated::Input;
 
-    static constexpr U32 flag(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }
-    void writeBack(ModifiableAttribute attribute);
+    /// The attributes whose stored value is a counted set.
+    static constexpr U32 setFlags = @SETFLAGS@;
+
+    void writeBack();
+    void writeBackOther(ModifiableAttribute attribute);
     U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;
     template <typename Set>
-    Set * fetchedSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
-                     void (GeneratedEvalContext::*populate)(Ptr<Set> const &) const) const;
-    Routing::Bgp::AspathContainerFromExisting *
+    Set * fetchSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
+                   void (GeneratedEvalContext::*populate)(Ptr<Set> const &) const) const;
+@FETCHES@    Routing::Bgp::AspathContainerFromExisting *
     fetchedPath(Input input, Routing::Bgp::AspathContainerFromExisting & slot) const;
 
     /// Tells what an agent overrides; see VirtualSlot.h.
@@ -244,6 +282,8 @@ def contextHeader():
     out = doc("The modifiable attributes, in the order of their flags, of the flush and of the write-back operations.")
     out += "enum class ModifiableAttribute : U8 {\n" + "".join(f"    {s.stem},\n" for s in MODIFIABLE) + "};\n"
     out += f"inline constexpr U32 modifiableAttributeCount = {len(MODIFIABLE)};\n\n"
+    out += doc("The attribute's bit in a word of flags.")
+    out += "constexpr U32 flagOf(ModifiableAttribute attribute) { return 1U << static_cast<U8>(attribute); }\n\n"
     out += doc("Values that the function wrote; a field counts only while its attribute's modified flag is set.")
     out += "class AttributeContent final : public Entity {\npublic:\n"
     for s in contentOrder():
@@ -272,7 +312,7 @@ private:
 };
 
 """
-    includes = ['"Platform/Framework/Entity.h"', '"Platform/Framework/VirtualSlot.h"', '"QcfLib/EvalContextBase.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"']
+    includes = ['"Platform/Framework/Assert.h"', '"Platform/Framework/Entity.h"', '"Platform/Framework/VirtualSlot.h"', '"QcfLib/EvalContextBase.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"']
     return header("The attribute layer of the evaluation context.", includes, "Qcf::Eval", out + contextClass())
 
 
@@ -294,8 +334,8 @@ def contextSource():
         for suffix, flagged in (("Input", "copyOnWrite"), ("InputModifiable", "reuseOnWrite")):
             slot = [f"Input::{s.stem}{suffix}", f"cache_->{s.stem}{suffix}"]
             if s.kind.isSet:
-                out += define(f"{s.kind.container} * GeneratedEvalContext::{s.stem}{suffix}RawPtr(", [], ") const",
-                              wrap("return fetchedSet(", slot + [f"ModifyFlag::{flagged}", f"&GeneratedEvalContext::{s.stem}InputPopulate"], ");", 4).strip())
+                out += define(f"{s.kind.container} * GeneratedEvalContext::{s.stem}{suffix}Fetch(", [], ") const",
+                              wrap("return fetchSet(", slot + [f"ModifyFlag::{flagged}", f"&GeneratedEvalContext::{s.stem}InputPopulate"], ");", 4).strip())
             else:
                 out += define(f"Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::{s.stem}{suffix}(", [], ") const",
                               f"return fetchedPath({', '.join(slot)});")
@@ -304,19 +344,48 @@ def contextSource():
     out += "\nvoid GeneratedEvalContext::releaseModifiedSets() {\n"
     for s in SETS:
         out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem} = nullptr;\n"
-    out += "}\n\nvoid GeneratedEvalContext::writeBack(ModifiableAttribute attribute) {\n"
-    out += "    auto const & content = *attributeContent_;\n    switch (attribute) {\n"
+    out += "}\n\n" + doc("How an integer is written back; the other attributes have no entry.")
+    out += """static constexpr struct {
+    void (GeneratedEvalContext::*is)(U64);
+    U64 AttributeContent::*value;
+} integerWriteBacks[modifiableAttributeCount] = {
+"""
     for s in MODIFIABLE:
-        out += f"    case ModifiableAttribute::{s.stem}:\n        {s.stem}Is(content.{s.stem});\n        break;\n"
+        entry = f"&GeneratedEvalContext::{s.stem}Is, &AttributeContent::{s.stem}" if s.kindName == "int" else "nullptr, nullptr"
+        out += f"    {{{entry}}},\n"
+    out += "};\n\nvoid GeneratedEvalContext::writeBack() {\n"
+    out += """    if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
+        overriddenWriteBacks_ = findOverriddenWriteBacks();
+    }
+    auto const & content = *attributeContent_;
+    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
+        auto const attribute = std::countr_zero(pending);
+        auto const & integer = integerWriteBacks[attribute];
+        if (integer.is != nullptr) {
+            (this->*integer.is)(content.*integer.value);
+        } else {
+            writeBackOther(static_cast<ModifiableAttribute>(attribute));
+        }
+    }
+}
+
+void GeneratedEvalContext::writeBackOther(ModifiableAttribute attribute) {
+    auto const & content = *attributeContent_;
+    switch (attribute) {
+"""
+    for s in MODIFIABLE:
+        if s.kindName != "int":
+            out += f"    case ModifiableAttribute::{s.stem}:\n        {s.stem}Is(content.{s.stem});\n        break;\n"
+    out += "    default:\n        break;\n"
     out += "    }\n}\n\nU32 GeneratedEvalContext::findOverriddenWriteBacks() const {\n    U32 found = 0;\n"
     for s in MODIFIABLE:
-        out += f"    if (overrides(&GeneratedEvalContext::{s.stem}Is)) found |= flag(ModifiableAttribute::{s.stem});\n"
+        out += f"    if (overrides(&GeneratedEvalContext::{s.stem}Is)) found |= flagOf(ModifiableAttribute::{s.stem});\n"
     return out + "    return found;\n}\n"
 
 
 def emitContext():
     yield "QcfLib/QcfEvalContextGenerated.h", contextHeader()
-    yield "QcfLib/QcfEvalContextGenerated.cpp", sourceFile(['"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/EvalContextFetch.h"'], "Qcf::Eval", contextSource())
+    yield "QcfLib/QcfEvalContextGenerated.cpp", sourceFile(['"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/EvalContextFetch.h"', "<bit>"], "Qcf::Eval", contextSource())
 
 
 # --- attribute sets ----------------------------------------------------------------------------

@@ -33,7 +33,7 @@ def isValue(node):
 def getters(node):
     rows = [g.replace("{c}", CONST_CONTEXT) for g in GETTERS.get(node.base.removesuffix("Modifiable"), [])]
     if node.cls in ("IntImmediate", "IntVariable"):
-        rows.append(f"bool negative({CONST_CONTEXT}) const")
+        rows += [f"bool negative({CONST_CONTEXT}) const", f"SignedMagnitude signedVal({CONST_CONTEXT}) const"]
     return rows
 
 
@@ -78,7 +78,7 @@ def overrides(node):
             yield "bool valueDependsOnStackFrameData() const", "return anyChildDependsOnFrame(*this);"
     if node.base == "LogicalOperator":
         yield "String toStrep() const", ""
-        yield "bool shouldShortCircuit(EvalResult const & result) const", ""
+        yield "U8 endingValues() const", ""
         if cls == "SequentialOperator":
             yield "EvalResult maybeCastUnknownToFalse(EvalResult const & result) const", ""
 

@@ -190,7 +190,8 @@ TEST(ListBinding, NothingIsAllocatedPerRoute) {
 #endif
     // 65000:7 went by pattern and 65000:1 with it; the added one came back.
     EXPECT_EQ(agent(context).changes().community.size(), 9U);
-    EXPECT_EQ(extCommunityText(agent(context).changes().extCommunity.at(0)), "0x0002fde800000005");
+    EXPECT_EQ(extCommunityText(agent(context).changes().extCommunity.front()),
+              "0x0002fde800000005");
 }
 
 TEST(ListBinding, ThreadsShareLists) {

@@ -28,7 +28,6 @@ public:
     U64 min() const override { return min_; }
     U64 max() const override { return max_; }
     U64 defaultValue() const override { return default_; }
-    IntPlace place() const override { return {ModifiableAttribute::med, &AttributeContent::med}; }
     NodeClass const & typeData() const override { return *findNodeClass("Med"); }
     bool compare(PtrConst<AetNodeBase> const & /*other*/) const override { return false; }
     U32 hash(U32 seed) const override { return seed; }

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+#include "Platform/Routing/CommunityValue.h"
+
+#include <bit>
+#include <span>
+#include <vector>
+
+namespace Qcf::Eval {
+
+/// Spreads a value over the word; the upper half of the product depends on every bit.
+inline U64 spreadBits(U64 value) { return (value * 0x9e3779b97f4a7c15U) >> 20; }
+inline U64 spreadBits(Acl::CommunityValue const & value) {
+    return spreadBits(value.value() ^ (U64{value.type()} << 20));
+}
+
+/// Finds values in a large constant set. A route's few values are rarely in such a set: a filter of
+/// bits, small enough to stay in the cache, says so by one probe. A table of open addresses finds
+/// the others; a bisection of thousands would cost a dozen steps that no processor foresees.
+class MembershipIndex {
+public:
+    /// The values must stay the same as long as the index; there are less than 2^32 - 1.
+    template <typename Values>
+    explicit MembershipIndex(Values const & values)
+        : bits_(std::bit_ceil(bitsPerValue * values.size() + wordBits) / wordBits),
+          places_(std::bit_ceil(2 * values.size() + 1), empty) {
+        U32 position = 0;
+        for (auto const & value : values) {
+            U64 const spread = spreadBits(value);
+            std::size_t const bit = spread & bitMask();
+            bits_[bit / wordBits] |= U64{1} << (bit % wordBits);
+            std::size_t at = spread & placeMask();
+            while (places_[at] != empty) {
+                at = (at + 1) & placeMask();
+            }
+            places_[at] = position++;
+        }
+    }
+
+    /// Whether `value` is one of the values that the index was made of.
+    template <typename Value>
+    bool contains(std::span<Value const> values, Value const & value) const {
+        U64 const spread = spreadBits(value);
+        std::size_t const bit = spread & bitMask();
+        if (((bits_[bit / wordBits] >> (bit % wordBits)) & 1) == 0) {
+            return false;
+        }
+        for (std::size_t at = spread & placeMask(); places_[at] != empty;
+             at = (at + 1) & placeMask()) {
+            if (values[places_[at]] == value) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    // Sixteen bits a value: about one false alarm in sixteen, in two bytes a value.
+    static constexpr std::size_t bitsPerValue = 16;
+    static constexpr std::size_t wordBits = 64;
+    static constexpr U32 empty = ~U32{0};
+
+    std::size_t bitMask() const { return bits_.size() * wordBits - 1; }
+    std::size_t placeMask() const { return places_.size() - 1; }
+
+    std::vector<U64> bits_;
+    std::vector<U32> places_; ///< positions among the values
+};
+
+} // namespace Qcf::Eval

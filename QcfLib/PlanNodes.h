@@ -1,0 +1,28 @@
+#pragma once
+
+#include "QcfLib/QcfEval.h"
+
+/// How plans recognise nodes.
+namespace Qcf::Eval {
+
+/// The node as one of that class; null when it is of another.
+template <typename Node>
+Node const * as(AetNodeBase const & node) {
+    bool const same = &node.typeData() == &nodeClasses()[Node::classNumber];
+    return same ? static_cast<Node const *>(&node) : nullptr;
+}
+
+/// The constant set of a literal; null when it has none.
+template <typename Immediate, typename Storage>
+auto const * constantSet(Storage const & node) {
+    auto const * const immediate = as<Immediate>(node);
+    return immediate == nullptr ? nullptr : immediate->cachedGetVal();
+}
+
+/// Operands with one identity have one value: they are one node, or one attribute.
+inline void const * identity(StorageType const & operand) {
+    NodeClass const & nodeClass = operand.typeData();
+    return nodeClass.attribute != nullptr ? static_cast<void const *>(&nodeClass) : &operand;
+}
+
+} // namespace Qcf::Eval

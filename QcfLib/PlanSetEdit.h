@@ -1,0 +1,111 @@
+#pragma once
+
+#include "QcfLib/PlanStatements.h"
+#include "QcfLib/SetAlgebra.h"
+
+#include <optional>
+#include <vector>
+
+namespace Qcf::Eval {
+
+/// A statement that adds a few constants to a set attribute, or removes them.
+template <typename Set_>
+struct SetChange {
+    using Set = Set_;
+
+    Expression const * node;
+    SetStorage<Set> const * target;
+    Set const * constants;
+    bool adds;
+};
+
+/// What the node changes; nothing when it is no such statement.
+template <typename Set>
+std::optional<SetChange<Set>> setChangeOf(Expression const & node);
+template <>
+std::optional<SetChange<U64SmallVector>> setChangeOf(Expression const & node);
+template <>
+std::optional<SetChange<CommunitySmallVector>> setChangeOf(Expression const & node);
+
+/// One or more changes of one set attribute, made where the set stands and in one pass; where that
+/// cannot be the nodes make them. Several changes are for sets without anything beside their
+/// values.
+template <typename Set>
+class SetEditStep final : public PlanStatement {
+public:
+    using Value = typename Set::Value;
+
+    SetEditStep(std::vector<SetChange<Set>> const & changes, PlanStep const * next)
+        : PlanStatement(next),
+          current_(*changes.front().target),
+          target_(changes.front().target->source()) {
+        for (auto const & change : changes) {
+            nodes_.push_back(change.node);
+            add(change);
+        }
+        // What an empty set becomes: the constants that one addition adds, shared with the node.
+        bool const isAddition =
+            changes.back().adds && added_.size() == changes.back().constants->count();
+        whenEmpty_ = isAddition ? changes.back().constants : nullptr;
+    }
+
+    PlanStep const * run(PlanRun & run) const override {
+        PtrConst<Set> fresh;
+        Set const * set = current_.lend(run, fresh);
+        if (isEmptySet(set) && (whenEmpty_ != nullptr || added_.empty())) {
+            store(run, whenEmpty_);
+        } else if (isEditedInPlace(run, set)) {
+            editInPlace(const_cast<Set &>(*set), std::span<Value const>(removed_),
+                        std::span<Value const>(added_));
+            store(run, set->empty() ? nullptr : set);
+        } else {
+            for (Expression const * const node : nodes_) {
+                node->eval(run.contextPtr);
+            }
+        }
+        return next();
+    }
+
+private:
+    /// What was removed stays removed unless it is added later.
+    void add(SetChange<Set> const & change) {
+        std::vector<Value> result;
+        auto const constants = change.constants->view();
+        auto & list = change.adds ? added_ : removed_;
+        std::set_union(list.begin(), list.end(), constants.begin(), constants.end(),
+                       std::back_inserter(result));
+        list.swap(result);
+        if (!change.adds) {
+            result.clear();
+            std::set_difference(added_.begin(), added_.end(), constants.begin(), constants.end(),
+                                std::back_inserter(result));
+            added_.swap(result);
+        }
+    }
+
+    bool isEditedInPlace(PlanRun & run, Set const * set) const {
+        if (isEmptySet(set) ||
+            !mayEditInPlace(*set, set->count() + added_.size(), setScratch(run.context, set))) {
+            return false;
+        }
+        // A union that is the constants themselves shares them.
+        return set->count() >= added_.size() || whenEmpty_ == nullptr ||
+               !setIsSubset(set, whenEmpty_);
+    }
+
+    void store(PlanRun & run, Set const * set) const {
+        auto & stored = run.context.modify(target_.modifiedFlag).*target_.stored;
+        if (stored.get() != set) {
+            stored = PtrConst<Set>(set);
+        }
+    }
+
+    PlanSet<Set> current_;
+    SetSource<Set> target_;
+    std::vector<Expression const *> nodes_;
+    std::vector<Value> removed_;
+    std::vector<Value> added_;
+    Set const * whenEmpty_;
+};
+
+} // namespace Qcf::Eval

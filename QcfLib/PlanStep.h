@@ -1,0 +1,133 @@
+#pragma once
+
+#include "QcfLib/QcfEvalContext.h"
+#include "QcfLib/QcfLibHelpers.h"
+
+/// What the steps of a plan have in common: the run that they take part in, and how they read
+/// attributes.
+namespace Qcf::Eval {
+
+/// One run of a plan on one thread.
+///
+/// The memo holds what the conditions of one chain of `else if` have found out so far: slot i
+/// counts when bit i of `known` is set. It is an integer's value, or the tests of an index that
+/// hold.
+struct PlanRun {
+    static constexpr std::size_t slots = 16;
+
+    explicit PlanRun(Ptr<EvalContextBase> const & contextPtr)
+        : contextPtr(contextPtr), context(evalContext(contextPtr)) {}
+
+    /// What slot `slot` holds; `find` is asked when nothing does yet.
+    template <typename Find>
+    U64 remembered(U8 slot, Find find) {
+        if ((known & (1U << slot)) == 0) {
+            values[slot] = find();
+            known |= 1U << slot;
+        }
+        return values[slot];
+    }
+
+    Ptr<EvalContextBase> const & contextPtr;
+    EvalContext & context;
+    U32 known = 0;
+    U64 values[slots]; // NOLINT(cppcoreguidelines-pro-type-member-init): see `known`
+};
+
+/// One step. Each does what the nodes that it stands for do, through the same functions, and knows
+/// which step comes next for each outcome. A run ends at a step that is an end.
+class PlanStep {
+public:
+    constexpr PlanStep() = default;
+    PlanStep(PlanStep const &) = delete;
+    PlanStep & operator=(PlanStep const &) = delete;
+    virtual constexpr ~PlanStep() = default;
+
+    /// The next step. Not to be called at an end.
+    virtual PlanStep const * run(PlanRun & run) const = 0;
+
+    bool isEnd() const { return isEnd_; }
+    /// The result of a run that ends here.
+    EvalResult result() const { return result_; }
+
+protected:
+    constexpr explicit PlanStep(EvalResult result) : isEnd_(true), result_(result) {}
+
+private:
+    bool isEnd_ = false;
+    EvalResult result_;
+};
+
+/// The end of a run with that result; there is one for each.
+PlanStep const * endOfRun(EvalResult result);
+
+/// Where to go on after a condition, by its value.
+struct PlanTargets {
+    PlanStep const * onUnknown;
+    PlanStep const * onFalse;
+    PlanStep const * onTrue;
+
+    PlanStep const * at(TriStateBoolValue value) const {
+        return value == QcfTrue() ? onTrue : value == QcfFalse() ? onFalse : onUnknown;
+    }
+    static PlanTargets all(PlanStep const * next) { return {next, next, next}; }
+};
+
+/// An integer operand.
+class PlanInt {
+public:
+    explicit PlanInt(Int const & node) : node_(&node), source_(node.source()) {}
+
+    U64 read(PlanRun & run) const {
+        if (source_.input == nullptr) {
+            return node_->getVal(run.contextPtr);
+        }
+        bool const modified = (run.context.modifiedFlags() & source_.modifiedFlag) != 0;
+        U64 const value = modified ? run.context.attributeContentConst().*source_.stored
+                                   : (run.context.*source_.input)();
+        if (value - source_.min > source_.max - source_.min) [[unlikely]] {
+            return node_->getVal(run.contextPtr);
+        }
+        return value;
+    }
+
+private:
+    Int const * node_;
+    IntSource source_;
+};
+
+/// An integer operand that the conditions of a chain share: read by the first of them.
+class SharedInt {
+public:
+    SharedInt(Int const & node, U8 slot) : value_(node), slot_(slot) {}
+    U64 read(PlanRun & run) const {
+        return run.remembered(slot_, [&] { return value_.read(run); });
+    }
+
+private:
+    PlanInt value_;
+    U8 slot_;
+};
+
+/// A set operand.
+template <typename Set>
+class PlanSet {
+public:
+    explicit PlanSet(SetStorage<Set> const & node) : node_(&node), source_(node.source()) {}
+
+    /// A set that had to be built for this call is put into `fresh`.
+    Set const * lend(PlanRun & run, PtrConst<Set> & fresh) const {
+        if (source_.input == nullptr) {
+            return node_->lendVal(run.contextPtr, fresh);
+        }
+        bool const modified = (run.context.modifiedFlags() & source_.modifiedFlag) != 0;
+        return modified ? (run.context.attributeContentConst().*source_.stored).get()
+                        : (run.context.*source_.input)();
+    }
+
+private:
+    SetStorage<Set> const * node_;
+    SetSource<Set> source_;
+};
+
+} // namespace Qcf::Eval
