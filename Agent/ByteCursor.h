@@ -41,6 +41,9 @@ public:
     ByteCursor(U8 const * begin, std::size_t size, char const * subject)
         : at_(begin), end_(begin + size), subject_(subject) {}
 
+    ByteCursor(std::span<U8 const> bytes, char const * subject)
+        : ByteCursor(bytes.data(), bytes.size(), subject) {}
+
     std::size_t left() const { return static_cast<std::size_t>(end_ - at_); }
     bool atEnd() const { return at_ == end_; }
     U8 const * data() const { return at_; }

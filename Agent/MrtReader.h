@@ -10,7 +10,7 @@ namespace Qcf::Agent {
 class MrtReader final : public RouteReader {
 public:
     /// Bytes that a share takes at once: few enough for the routes to stay in a near cache.
-    static constexpr std::size_t usualStretch = std::size_t{24} << 10;
+    static constexpr std::size_t usualStretch = std::size_t{16} << 10;
 
     MrtReader(ByteSource source, String const & name, Reporter report,
               std::size_t stretch = usualStretch);

@@ -57,10 +57,26 @@ void MrtRecords::openRecord(MrtFindings & findings) {
 }
 
 MrtRecords::Content MrtRecords::startRecord(ReadStatistics & statistics) {
-    ByteCursor body(at_ - header_.length, header_.length, "record");
+    std::span<U8 const> const bytes(at_ - header_.length, header_.length);
+    if (Mrt::holdsTableRoutes(header_)) {
+        if (!table_.startV2(header_.subtype, bytes)) {
+            ++statistics.skippedFamilies;
+            return Content::nothing;
+        }
+        return Content::table;
+    }
+    return startOther(ByteCursor(bytes, "record"), statistics);
+}
+
+MrtRecords::Content MrtRecords::startOther(ByteCursor body, ReadStatistics & statistics) {
     switch (header_.type) {
     case Mrt::tableDumpV2:
-        return startTableV2(body, statistics);
+        if (header_.subtype == Mrt::peerIndexTable) {
+            table_.readPeers(body);
+        } else {
+            ++statistics.skippedRecords;
+        }
+        return Content::nothing;
     case Mrt::tableDump:
         if (FamilyCode::addressFamily(header_.subtype) == AddressFamily::none) {
             ++statistics.skippedRecords;
@@ -81,22 +97,6 @@ MrtRecords::Content MrtRecords::startRecord(ReadStatistics & statistics) {
         ++statistics.skippedRecords;
         return Content::nothing;
     }
-}
-
-MrtRecords::Content MrtRecords::startTableV2(ByteCursor body, ReadStatistics & statistics) {
-    if (header_.subtype == Mrt::peerIndexTable) {
-        table_.readPeers(body);
-        return Content::nothing;
-    }
-    if (!Mrt::holdsTableRoutes(header_)) {
-        ++statistics.skippedRecords;
-        return Content::nothing;
-    }
-    if (!table_.startV2(header_.subtype, body)) {
-        ++statistics.skippedFamilies;
-        return Content::nothing;
-    }
-    return Content::table;
 }
 
 void MrtRecords::recordIsDamaged(Damage const & damage, MrtFindings & findings) {

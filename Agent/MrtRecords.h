@@ -47,7 +47,7 @@ private:
 
     void openRecord(MrtFindings & findings);
     Content startRecord(ReadStatistics & statistics);
-    Content startTableV2(ByteCursor body, ReadStatistics & statistics);
+    Content startOther(ByteCursor body, ReadStatistics & statistics);
     void recordIsDamaged(Damage const & damage, MrtFindings & findings);
 
     MrtTable table_;

@@ -1,5 +1,7 @@
 #include "Agent/MrtTable.h"
 
+#include "Platform/Framework/Assert.h"
+
 #include <array>
 #include <utility>
 
@@ -10,27 +12,20 @@ namespace {
 /// What the subtype of a record of routes says; the generic ones name the family inside.
 struct RibForm {
     AddressFamily family;
-    bool generic;
     bool addPath;
 };
 
-constexpr RibForm ribForm(U16 subtype) {
-    bool const addPath = subtype >= Mrt::ribIpv4UnicastAddPath;
-    switch (subtype) {
-    case Mrt::ribIpv4Unicast:
-    case Mrt::ribIpv4Multicast:
-    case Mrt::ribIpv4UnicastAddPath:
-    case Mrt::ribIpv4MulticastAddPath:
-        return {AddressFamily::ipv4, false, addPath};
-    case Mrt::ribIpv6Unicast:
-    case Mrt::ribIpv6Multicast:
-    case Mrt::ribIpv6UnicastAddPath:
-    case Mrt::ribIpv6MulticastAddPath:
-        return {AddressFamily::ipv6, false, addPath};
-    default:
-        return {AddressFamily::none, true, addPath};
-    }
-}
+constexpr auto kRibForms = [] {
+    std::array<RibForm, Mrt::ribGenericAddPath + 1> forms{};
+    forms[Mrt::ribIpv4Unicast] = forms[Mrt::ribIpv4Multicast] = {AddressFamily::ipv4, false};
+    forms[Mrt::ribIpv6Unicast] = forms[Mrt::ribIpv6Multicast] = {AddressFamily::ipv6, false};
+    forms[Mrt::ribIpv4UnicastAddPath] =
+        forms[Mrt::ribIpv4MulticastAddPath] = {AddressFamily::ipv4, true};
+    forms[Mrt::ribIpv6UnicastAddPath] =
+        forms[Mrt::ribIpv6MulticastAddPath] = {AddressFamily::ipv6, true};
+    forms[Mrt::ribGenericAddPath] = {AddressFamily::none, true};
+    return forms;
+}();
 
 constexpr MrtPeer kUnknownPeer;
 
@@ -53,25 +48,26 @@ void MrtTable::readPeers(ByteCursor body) {
     }
 }
 
-bool MrtTable::startV2(U16 subtype, ByteCursor body) {
+bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
+    QCF_ASSERT(subtype < kRibForms.size());
     left_ = 0;
     v2_ = true;
-    body.skip(4); // sequence number
-    RibForm const form = ribForm(subtype);
+    rest_ = ByteCursor(body, "record");
+    rest_.skip(4); // sequence number
+    RibForm const form = kRibForms[subtype];
     AddressFamily family = form.family;
-    if (form.generic) {
+    if (family == AddressFamily::none) {
         FamilyCode code;
-        code.afi = body.u16();
-        code.safi = body.u8();
+        code.afi = rest_.u16();
+        code.safi = rest_.u8();
         family = code.routeFamily();
         if (family == AddressFamily::none) {
             return false;
         }
     }
     addPath_ = form.addPath;
-    prefix_ = readPrefix(body, family);
-    left_ = body.u16();
-    rest_ = body;
+    prefix_ = readPrefix(rest_, family);
+    left_ = rest_.u16();
     return true;
 }
 
@@ -106,13 +102,10 @@ MrtPeer const & MrtTable::peer(U16 index) const {
 
 /// The path attributes of the next entry.
 std::span<U8 const> MrtTable::entryOfV2(U16 & peerIndex) {
-    ByteCursor rest = rest_;
-    peerIndex = rest.u16();
-    rest.skip(addPath_ ? 8 : 4); // time and path identifier
-    std::size_t const length = rest.u16();
-    std::span<U8 const> const attributes = rest.bytes(length);
-    rest_ = rest;
-    return attributes;
+    std::size_t const headSize = addPath_ ? 12 : 8; // peer, time, perhaps a path identifier, length
+    U8 const * const head = rest_.advance(headSize);
+    peerIndex = loadU16(head);
+    return rest_.bytes(loadU16(head + headSize - 2));
 }
 
 bool MrtTable::next(Route & route) {

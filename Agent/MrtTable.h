@@ -28,8 +28,9 @@ public:
     std::shared_ptr<MrtPeers const> const & peers() const { return peers_; }
     void peersIs(std::shared_ptr<MrtPeers const> peers) { peers_ = std::move(peers); }
 
-    /// Takes a record of routes of TABLE_DUMP_V2; false when they are of a family that is not read.
-    bool startV2(U16 subtype, ByteCursor body);
+    /// Takes a record of TABLE_DUMP_V2 that holds routes; false when they are of a family that is
+    /// not read.
+    bool startV2(U16 subtype, std::span<U8 const> body);
 
     /// Takes a record of TABLE_DUMP.
     void startV1(U16 subtype, ByteCursor body);

@@ -15,8 +15,11 @@ namespace Qcf::Agent {
 
 namespace {
 
-/// Routes of one run.
+/// Routes of one run that are read in turn.
 constexpr std::size_t kRun = 256;
+/// Routes of a share's piece that are kept at once. As long as a piece has more, nobody else can
+/// number the routes behind it, so this is more than a piece usually has.
+constexpr std::size_t kPiece = 1024;
 
 /// What a thread evaluates with.
 class Worker {
@@ -70,7 +73,7 @@ void evaluateAlone(RouteReader & reader, EvaluationPlan const & plan) {
 
 /// Consecutive routes: a piece of the table, or a part of one. `fault` stands behind the last.
 struct Batch {
-    std::vector<Route> routes = std::vector<Route>(kRun);
+    std::vector<Route> routes = std::vector<Route>(kPiece);
     std::size_t size = 0;
     U64 firstRoute = 0;
     U64 ticket = 0;    ///< position of the piece among the pieces
@@ -89,7 +92,7 @@ struct Batch {
         } catch (...) {
             fault = std::current_exception();
         }
-        last = fault || size < kRun;
+        last = fault || size < most;
     }
 };
 
@@ -112,7 +115,7 @@ public:
         }
         batch.read(reader_, std::min<U64>(kRun, left_));
         left_ -= batch.size;
-        ended_ = std::exchange(batch.last, true) || left_ == 0;
+        ended_ = std::exchange(batch.last, true) || left_ == 0; // each run is a piece here
         return batch.size != 0 || batch.fault;
     }
 
@@ -233,7 +236,7 @@ public:
 private:
     bool finish(Order & order) {
         if (share_ && !batch_.fault) {
-            batch_.read(*share_, kRun);
+            batch_.read(*share_, kPiece);
         }
         if (!order.number(batch_, share_.get())) {
             return false;

@@ -62,7 +62,8 @@ U8 readOrigin(ByteCursor value) {
 
 /// Writes the path from AS numbers of `width` bytes.
 template <std::size_t width>
-void readSegments(ByteCursor value, AsnVector & path) {
+void readSegments(std::span<U8 const> bytes, char const * subject, AsnVector & path) {
+    ByteCursor value(bytes, subject);
     while (!value.atEnd()) {
         U8 const type = value.u8();
         if (type < U8(SegmentType::set) || type > U8(SegmentType::confedSet)) {
@@ -134,14 +135,17 @@ IpGenAddr readNextHop(ByteCursor value) {
 } // namespace
 
 void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route & route) {
-    ByteCursor from(bytes.data(), bytes.size(), "path attributes");
+    ByteCursor from(bytes, "path attributes");
     seen_ = 0;
     reach_ = {};
     unreach_ = {};
     while (!from.atEnd()) {
-        U8 const flags = from.u8();
-        U8 const code = from.u8();
-        std::size_t const length = (flags & Mrt::extendedLength) != 0 ? from.u16() : from.u8();
+        U8 const * const head = from.advance(3); // flags, code, length
+        U8 const code = head[1];
+        std::size_t length = head[2];
+        if ((head[0] & Mrt::extendedLength) != 0) {
+            length = length << 8 | from.u8();
+        }
         if (from.left() < length) {
             throw Damage(attributeName(code), "is longer than what is left");
         }
@@ -163,17 +167,18 @@ void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route
 /// The attributes of nearly every route; inside the loop above they cost no call.
 inline void PathAttributes::decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form,
                                       Route & route) {
-    auto const value = [&] { return ByteCursor(bytes.data(), bytes.size(), attributeName(code)); };
+    auto const value = [&] { return ByteCursor(bytes, attributeName(code)); };
     switch (code) {
     case Mrt::origin:
         route.origin = readOrigin(value());
         break;
     case Mrt::asPath:
         if (form.as4) {
-            route.asPath.asnsWrittenBy([&](AsnVector & path) { readSegments<4>(value(), path); });
+            route.asPath.asnsWrittenBy(
+                [&](AsnVector & path) { readSegments<4>(bytes, attributeName(code), path); });
         } else {
             path_.clear();
-            readSegments<2>(value(), path_);
+            readSegments<2>(bytes, attributeName(code), path_);
         }
         break;
     case Mrt::nextHop:
@@ -189,15 +194,16 @@ inline void PathAttributes::decodeOne(U8 code, std::span<U8 const> bytes, Attrib
         readSet(value(), 4, route.community, [](U8 const * at) { return U64{loadU32(at)}; });
         break;
     case Mrt::mpReach:
-        readReach(value(), form.rib);
+        readReach(bytes, form.rib);
         break;
     default:
-        decodeRare(code, value(), route);
+        decodeRare(code, bytes, route);
         break;
     }
 }
 
-void PathAttributes::decodeRare(U8 code, ByteCursor value, Route & route) {
+void PathAttributes::decodeRare(U8 code, std::span<U8 const> bytes, Route & route) {
+    ByteCursor value(bytes, attributeName(code));
     switch (code) {
     case Mrt::aggregator:
         aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
@@ -215,7 +221,7 @@ void PathAttributes::decodeRare(U8 code, ByteCursor value, Route & route) {
         break;
     case Mrt::as4Path:
         as4Path_.clear();
-        readSegments<4>(value, as4Path_);
+        readSegments<4>(bytes, attributeName(code), as4Path_);
         break;
     case Mrt::aigp:
         route.aigpMetric = readAigp(value);
@@ -225,7 +231,8 @@ void PathAttributes::decodeRare(U8 code, ByteCursor value, Route & route) {
     }
 }
 
-void PathAttributes::readReach(ByteCursor value, bool rib) {
+void PathAttributes::readReach(std::span<U8 const> bytes, bool rib) {
+    ByteCursor value(bytes, attributeName(Mrt::mpReach));
     // The reduced form starts with the length of the next hop, the full one with the high byte of
     // an address family, which is 0.
     constexpr std::size_t fullFormMin = 4;

@@ -38,8 +38,8 @@ private:
     using AsnVector = Routing::Bgp::AsnVector;
 
     void decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
-    void decodeRare(U8 code, ByteCursor value, Route & route);
-    void readReach(ByteCursor value, bool rib);
+    void decodeRare(U8 code, std::span<U8 const> bytes, Route & route);
+    void readReach(std::span<U8 const> bytes, bool rib);
     void readUnreach(ByteCursor value);
     void finishPath(Route & route);
     bool has(U8 code) const { return ((seen_ >> code) & 1) != 0; }

@@ -3,6 +3,7 @@
 #include "Platform/Framework/Types.h"
 
 #include <array>
+#include <bit>
 #include <compare>
 #include <cstring>
 #include <iosfwd>
@@ -32,9 +33,9 @@ public:
     static constexpr IpGenAddr v4(U32 hostOrder) {
         IpGenAddr addr;
         addr.family_ = AddressFamily::ipv4;
-        for (U32 i = 0; i < 4; ++i) {
-            addr.bytes_[i] = static_cast<U8>(hostOrder >> (24 - 8 * i));
-        }
+        // In one piece: an address is mostly copied as a whole right away.
+        U64 const networkOrder = __builtin_bswap32(hostOrder);
+        addr.bytes_ = std::bit_cast<std::array<U8, 16>>(std::array<U64, 2>{networkOrder, 0});
         return addr;
     }
 

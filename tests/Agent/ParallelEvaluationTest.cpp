@@ -223,12 +223,12 @@ TEST(ParallelEvaluation, DamagedTablesGiveTheSameWhateverTheThreads) {
     for (U32 i = 0; i < 3000; ++i) {
         String const one = entry(0, plainAttributes({i + 1}));
         bytes += i % 700 == 1 ? peerTable() : "";
-        bytes += rib(2, "10.0.0.0/8", std::vector<String>(i == 1500 ? 1000 : 1 + i % 3, one));
+        bytes += rib(2, "10.0.0.0/8", std::vector<String>(i == 1500 ? 3000 : 1 + i % 3, one));
         bytes += i % 100 == 0 ? record(13, 2, "short") : "";
         bytes += i % 900 == 5 ? "noise" : "";
     }
     Outcome const all = evaluate(bytes, 1, ~U64{0});
-    EXPECT_GT(all.routes.size(), 6000);
+    EXPECT_GT(all.routes.size(), 8000);
     EXPECT_EQ(all.reports.size(), 21) << "the last tells how many were not told";
     Outcome const some = evaluate(bytes, 1, 2345);
     EXPECT_EQ(some.routes.size(), 2345);
