@@ -4,6 +4,7 @@
 #include "tests/support/NodeMaker.h"
 
 #include <algorithm>
+#include <map>
 
 namespace Qcf::test {
 
@@ -28,8 +29,29 @@ constexpr BuiltIn builtIns[] = {{"MatchOriginAsValidityImplExpr", 2},
                                 {"AsPathRemoveImplExpr", 0}};
 
 constexpr char const * names[] = {"A", "B", "C"};
-constexpr char const * integers[] = {"0",     "1",     "2",          "100",
-                                     "65535", "65536", "4294967295", "18446744073709551615"};
+// Ends of attributes' ranges, and their neighbours.
+constexpr char const * integers[] = {"0",          "1",
+                                     "2",          "3",
+                                     "4",          "100",
+                                     "255",        "256",
+                                     "65535",      "65536",
+                                     "1048575",    "16777215",
+                                     "65001",      "1048576",
+                                     "16777216",   "4294967295",
+                                     "4294967296", "18446744073709551614",
+                                     "5",          "7",
+                                     "128",        "18446744073709551615"};
+
+/// Expressions that are to come up more often than each of the hundred others.
+struct Weight {
+    char const * name;
+    std::size_t weight;
+};
+constexpr Weight weights[] = {{"IfExpression", 20},
+                              {"LogicalOperatorExpression", 20},
+                              {"FunctionCallExpression", 6},
+                              {"NotExpression", 4},
+                              {"ExitExpression", 2}};
 
 std::size_t kindIndex(ArgumentKind kind) {
     return static_cast<std::size_t>(
@@ -41,19 +63,38 @@ String member(std::string_view name, String const & value) {
 }
 String quoted(std::string_view text) { return '"' + String(text) + '"'; }
 
+std::size_t weightOf(NodeClass const & nodeClass) {
+    for (Weight const & each : weights) {
+        if (std::string_view(nodeClass.name) == each.name) {
+            return each.weight;
+        }
+    }
+    return 1;
+}
+
 bool isExpression(NodeClass const & nodeClass) {
     return std::string_view(nodeClass.base) == "Expression";
 }
 
 } // namespace
 
-RandomDocument::RandomDocument(U32 seed, Options options) : options_(options), random_(seed) {}
+/// Tests of one kind of value against constants, and what changes such a value.
+struct RandomDocument::TestFamily {
+    std::vector<char const *> tests; ///< the frequent ones more than once
+    std::vector<char const *> changes;
+};
+
+RandomDocument::RandomDocument(U32 seed, Options options)
+    : options_(options), random_(seed), familiar_(random_()) {}
 
 String RandomDocument::functions(U32 count) {
     String text = R"({"qcf":"aet/1","functions":[)";
     callees_.clear();
     if (options_.calls) {
         for (BuiltIn const & each : builtIns) {
+            if (oneIn(2)) {
+                continue;
+            }
             Callee const callee{each.body, {each.arguments}, each.body};
             text += function(callee) + ",\n";
             callees_.push_back(callee);
@@ -76,19 +117,32 @@ String RandomDocument::function(Callee const & callee) {
     bool const called = callee.name != "main";
     String text = "{\"name\":" + quoted(callee.name);
     text += member("argumentsExpected", called && oneIn(2) ? "true" : "false");
+    String body = block(scope, callee.builtIn == nullptr ? 4 : 0, "");
     String const last = callee.builtIn != nullptr ? "{\"class\":" + quoted(callee.builtIn) + "}"
-                                                  : R"({"class":"ReturnExpression","expr":)" +
-                                                        String(oneIn(3) ? "false" : "true") + "}";
-    return text + member("body", block(scope, callee.builtIn == nullptr ? 4 : 0, last)) + "}";
+                                                  : lastStatement(scope);
+    if (!last.empty()) {
+        body.insert(body.size() - 2, (callee.builtIn == nullptr ? "," : "") + last);
+    }
+    return text + member("body", body) + "}";
 }
 
 String RandomDocument::block(Scope const & scope, U32 statements, String const & last) {
-    String text;
     NodeClass const & link = *findNodeClass("ExpressionList");
-    for (U32 i = 0; i < statements; ++i) {
-        text += child(link.fields[0], scope) + ",";
+    String text = statements == 0 ? "[]" : entries(link, scope, statements);
+    if (!last.empty()) {
+        text.insert(text.size() - 1, (statements == 0 ? "" : ",") + last);
     }
-    return R"({"class":"Block","stmts":[)" + text + last + "]}";
+    return R"({"class":"Block","stmts":)" + text + "}";
+}
+
+String RandomDocument::lastStatement(Scope const & scope) {
+    U32 const choice = below(12);
+    if (choice == 0) {
+        return {}; // falls through
+    }
+    FieldInfo const & operand = findNodeClass("ReturnExpression")->fields[0];
+    String const value = choice < 4 ? child(operand, scope) : choice < 6 ? "false" : "true";
+    return R"({"class":"ReturnExpression","expr":)" + value + "}";
 }
 
 // Lists and operators that a function's own tree must not hold, or not here.
@@ -112,34 +166,34 @@ bool RandomDocument::fits(NodeClass const & nodeClass, Scope const & scope) cons
 }
 
 std::vector<NodeClass const *> const & RandomDocument::accepted(FieldInfo const & field) {
-    auto & classes = accepted_[field.wants];
+    static std::map<std::string_view, std::vector<NodeClass const *>> byWantedType;
+    auto & classes = byWantedType[field.wants];
     if (!classes.empty()) {
         return classes;
     }
     for (NodeClass const & nodeClass : nodeClasses()) {
         if (field.accepts(*Eval::test::NodeMaker::node(nodeClass))) {
-            classes.push_back(&nodeClass);
+            classes.insert(classes.end(), weightOf(nodeClass), &nodeClass);
         }
     }
     return classes;
 }
 
+bool RandomDocument::isFamiliar(NodeClass const & attribute) {
+    auto const mixed = static_cast<U32>(attribute.number() + 1) * 2654435761U ^ familiar_;
+    return (mixed >> 20) % 4 == 0 || oneIn(12);
+}
+
 NodeClass const & RandomDocument::pick(FieldInfo const & field, Scope const & scope) {
-    std::vector<NodeClass const *> fitting;
-    for (NodeClass const * const nodeClass : accepted(field)) {
-        if (fits(*nodeClass, scope)) {
-            // Attributes outnumber all else, control flow what it joins.
-            bool const rare = nodeClass->attribute != nullptr && !oneIn(3);
-            if (!rare || Documents::wantsModifiable(field)) {
-                fitting.push_back(nodeClass);
-            }
-            if (std::string_view(nodeClass->name) == "IfExpression" ||
-                std::string_view(nodeClass->name) == "LogicalOperatorExpression") {
-                fitting.insert(fitting.end(), 20, nodeClass);
-            }
+    auto const & classes = accepted(field);
+    for (std::size_t tries = 0; tries < 8 * classes.size(); ++tries) {
+        NodeClass const & nodeClass = *oneOf(classes);
+        bool const familiar = nodeClass.attribute == nullptr || isFamiliar(nodeClass);
+        if (familiar && fits(nodeClass, scope)) {
+            return nodeClass;
         }
     }
-    return fitting.empty() ? *accepted(field).front() : *oneOf(fitting);
+    return *classes.front();
 }
 
 String RandomDocument::child(FieldInfo const & field, Scope scope) {
@@ -157,7 +211,7 @@ String RandomDocument::child(FieldInfo const & field, Scope scope) {
     if (expression && options_.references && !shareable_.empty() && oneIn(6)) {
         return "{\"ref\":" + std::to_string(oneOf(shareable_)) + "}";
     }
-    String const text = oneIn(2) ? literal(field.wants) : String();
+    String const text = oneIn(expression ? 5 : 2) ? literal(field.wants) : String();
     if (!text.empty()) {
         return text;
     }
@@ -178,7 +232,6 @@ String RandomDocument::child(FieldInfo const & field, Scope scope) {
 String RandomDocument::literal(std::string_view wants) {
     using Texts = std::vector<char const *>;
     static std::map<std::string_view, Texts> const texts{
-        {"Int", {"0", "5", "-5", "100", "4294967296", "18446744073709551615"}},
         {"Bandwidth", {"0.0", "8000.0", "1e9", "-0.5"}},
         {"TriStateBool", {"true", "false", "\"unknown\""}},
         {"Expression", {"true", "false", "\"unknown\""}},
@@ -188,11 +241,36 @@ String RandomDocument::literal(std::string_view wants) {
         {"Esi", {"null", "\"00:11:22:33:44:55:66:77:88:99\""}},
         {"Interface", {"\"eth0\""}},
         {"CommunityValue", {"\"65000:1:2\"", "\"rt:65000:5\"", "{\"value\":7,\"type\":9}"}},
-        {"IntSet", {"[]", "[1,\"65000:1\",\"no-export\"]", "[2,1,-1,4294967296]"}},
-        {"IntListImmediate", {"[]", "[65001]", "[65001,65001,65002]"}},
-        {"CommunitySet", {"[]", "[\"65000:1:2\",\"0x4004fde8447a0000\"]"}}};
+        {"IntListImmediate", {"[]", "[65001]", "[65001,65001,65002]"}}};
+    if (wants == "Int") {
+        return oneIn(8) ? "-" + std::to_string(1 + below(300)) : String(oneOf(integers));
+    }
+    if (wants == "IntSet" || wants == "CommunitySet") {
+        return setLiteral(wants == "CommunitySet");
+    }
     auto const found = texts.find(wants);
     return found == texts.end() ? String() : String(oneOf(found->second));
+}
+
+// Few constants, or so many that they fill what a set holds in place, or more.
+String RandomDocument::setLiteral(bool communities) {
+    constexpr U32 sizes[] = {8, 9, 64, 65, 128, 129, 200};
+    constexpr char const * others[] = {"\"0x4004fde8447a0000\"", "\"0x4004fde8447a0001\"",
+                                       "\"rt:65000:5\"", "\"1:2:3\""};
+    bool const large = oneIn(24);
+    U32 const first = below(6);
+    U32 const count = large ? oneOf(sizes) : below(5);
+    String text;
+    for (U32 i = 0; i < count; ++i) {
+        String const value = std::to_string(large ? first + i : below(8));
+        text += i == 0 ? "" : ",";
+        if (communities) {
+            text += oneIn(4) ? others[below(4)] : "\"65000:1:" + value + "\"";
+        } else {
+            text += oneIn(4) ? literal("Int") : oneIn(4) ? "\"65000:" + value + "\"" : value;
+        }
+    }
+    return "[" + text + "]";
 }
 
 String RandomDocument::entries(NodeClass const & linkClass, Scope const & scope, U32 count) {
@@ -208,6 +286,9 @@ String RandomDocument::object(NodeClass const & nodeClass, Scope const & scope) 
     String text = "{\"class\":" + quoted(name);
     if (name == "LogicalOperatorExpression") {
         return text + logicalChain(scope) + "}";
+    }
+    if (name == "IfExpression" && oneIn(3)) {
+        return testChain(scope);
     }
     if (name == "IntInImmediateSetWithRanges") {
         return text + ranges(scope) + "}";
@@ -234,6 +315,88 @@ String RandomDocument::logicalChain(Scope const & scope) {
     operand.returns = false;
     return member("expressionList", entries(*findNodeClass("ExpressionList"), operand, operands)) +
            member("operatorList", "[" + operators + "]");
+}
+
+NodeClass const & RandomDocument::testedAttribute(TestFamily const & family, bool anyOne) {
+    auto const & classes = accepted(findNodeClass(family.tests[0])->fields[0]);
+    for (;;) {
+        NodeClass const & nodeClass = *oneOf(classes);
+        if (nodeClass.attribute != nullptr && (anyOne || isFamiliar(nodeClass))) {
+            return nodeClass;
+        }
+    }
+}
+
+String RandomDocument::onAttribute(char const * className, NodeClass const & attribute) {
+    return "{\"class\":" + quoted(className) +
+           member("lhs", quoted(attribute.attribute->languageName)) +
+           member("rhs", literal(findNodeClass(className)->fields[1].wants)) + "}";
+}
+
+String RandomDocument::chainCondition(TestFamily const & family, NodeClass const & attribute,
+                                      bool plain, Scope const & scope) {
+    String test = onAttribute(oneOf(family.tests), attribute);
+    switch (plain ? 2 + below(22) : below(24)) {
+    case 0:
+        return child(findNodeClass("NotExpression")->fields[0], scope);
+    case 1: // a change goes on to the next test
+        return R"({"class":"NotExpression","expr":)" +
+               (attribute.attribute->modifiable ? onAttribute(oneOf(family.changes), attribute)
+                                                : test) +
+               "}";
+    case 2:
+        return R"({"class":"NotExpression","expr":)" + test + "}";
+    case 3:
+    case 4:
+    case 5:
+        return R"({"class":"LogicalOperatorExpression","operatorList":[")" +
+               String(oneIn(2) ? "and" : "or") + R"("],"expressionList":[)" + test + "," +
+               onAttribute(oneOf(family.tests), attribute) + "]}";
+    default:
+        return test;
+    }
+}
+
+// `else if`s that test one attribute, or many, against constants; what follows on a test may change
+// the attribute.
+String RandomDocument::testChain(Scope const & scope) {
+    static TestFamily const families[] = {
+        {{"IntIs", "IntLessThan", "IntLessThanEq", "IntGreaterThan", "IntGreaterThanEq",
+          "IntInImmediateSet", "IntInImmediateSet", "IntInImmediateSet"},
+         {"IntAssign", "IntPlusEq", "IntMinusEq", "IntMultEq"}},
+        {{"IntSetHasAnyImmediate", "IntSetHasAnyImmediate", "IntSetHasAnyImmediate",
+          "IntSetHasAllImmediate", "IntSetHasNoneImmediate", "IntSetAllInImmediate"},
+         {"IntSetAssignImmediate", "IntSetAddImmediate", "IntSetRemoveImmediate",
+          "IntSetRetainImmediate"}},
+        {{"CommunitySetHasAnyImmediate", "CommunitySetHasAnyImmediate",
+          "CommunitySetHasAnyImmediate", "CommunitySetHasAllImmediate",
+          "CommunitySetHasNoneImmediate", "CommunitySetIsImmediate"},
+         {"CommunitySetAssignImmediate", "CommunitySetAddImmediate", "CommunitySetRemoveImmediate",
+          "CommunitySetRetainImmediate", "ExtCommunitySetAddImmediate"}}};
+    TestFamily family = oneOf(families);
+    if (oneIn(3)) {
+        family.tests = {oneOf(family.tests)};
+    }
+    bool const plain = oneIn(2); // nothing but tests
+    NodeClass const * attribute = &testedAttribute(family, false);
+    bool const many = oneIn(8);
+    U32 const clauses = oneIn(many || family.tests.size() == 1 ? 12 : 60) ? 70 : 2 + below(7);
+    String text;
+    for (U32 i = 0; i < clauses; ++i) {
+        attribute = many ? &testedAttribute(family, true) : attribute;
+        bool const changes = attribute->attribute->modifiable && oneIn(3);
+        String change = changes ? onAttribute(oneOf(family.changes), *attribute) : String();
+        if (scope.returns && oneIn(4)) {
+            change += String(change.empty() ? "" : ",") + R"({"class":"ReturnExpression","expr":)" +
+                      onAttribute(oneOf(family.tests), *attribute) + "}";
+        }
+        U32 const others = change.empty() ? (clauses < 10 ? 1 : 0) : below(2);
+        text += (i == 0 ? "{" : R"(,"elseBlock":{)") + String(R"("class":"IfExpression")") +
+                member("condition", chainCondition(family, *attribute, plain, scope));
+        text += member("thenBlock", block(scope, others, change));
+    }
+    text += oneIn(2) ? String() : member("elseBlock", block(scope, 1, ""));
+    return text + String(clauses, '}');
 }
 
 String RandomDocument::ranges(Scope const & scope) {
@@ -272,7 +435,7 @@ String RandomDocument::arguments(Callee const & callee, Scope const & scope) {
             }
         }
     } else if (oneIn(2)) {
-        values.emplace_back("\"community\"");
+        values.emplace_back(oneIn(2) ? "\"community\"" : "\"as_path\"");
     }
     String text;
     for (String const & value : values) {

@@ -3,7 +3,6 @@
 #include "QcfLib/AetNode.h"
 
 #include <array>
-#include <map>
 #include <random>
 #include <string_view>
 #include <vector>
@@ -14,7 +13,8 @@ namespace Qcf::test {
 /// classes. The same seed gives the same documents.
 ///
 /// Every function can be evaluated: operands do not return, variables have arguments, bounds of
-/// ranges match, calls pass what their callees read. Names of lists come from a small set.
+/// ranges match, calls pass what their callees read. Names of lists, attributes and constants come
+/// from small sets, so that what one node writes another one reads.
 class RandomDocument {
 public:
     struct Options {
@@ -58,27 +58,40 @@ private:
     }
 
     String function(Callee const & callee);
+    /// `last` is one more statement; "" for none.
     String block(Scope const & scope, U32 statements, String const & last);
+    String lastStatement(Scope const & scope);
 
     /// Something that the field accepts, in whichever form.
     String child(FieldInfo const & field, Scope scope);
     String literal(std::string_view wants);
+    String setLiteral(bool communities);
     String object(NodeClass const & nodeClass, Scope const & scope);
     String entries(NodeClass const & linkClass, Scope const & scope, U32 count);
     String logicalChain(Scope const & scope);
+    struct TestFamily;
+    String testChain(Scope const & scope);
+    /// An operator on an attribute and a constant.
+    String onAttribute(char const * className, NodeClass const & attribute);
+    String chainCondition(TestFamily const & family, NodeClass const & attribute, bool plain,
+                          Scope const & scope);
+    NodeClass const & testedAttribute(TestFamily const & family, bool anyOne);
     String ranges(Scope const & scope);
     String call(Scope const & scope);
     String arguments(Callee const & callee, Scope const & scope);
     String scalar(NodeClass const & owner, FieldInfo const & field, Scope const & scope);
 
     bool fits(NodeClass const & nodeClass, Scope const & scope) const;
+    /// One attribute in four is used all over the document, the others now and then.
+    bool isFamiliar(NodeClass const & attribute);
     NodeClass const & pick(FieldInfo const & field, Scope const & scope);
-    std::vector<NodeClass const *> const & accepted(FieldInfo const & field);
+    /// What the field accepts, frequent classes more than once.
+    static std::vector<NodeClass const *> const & accepted(FieldInfo const & field);
 
     Options options_;
     std::mt19937 random_;
     std::vector<Callee> callees_;
-    std::map<std::string_view, std::vector<NodeClass const *>> accepted_; ///< by wanted type
+    U32 familiar_;               ///< chooses the familiar attributes
     std::vector<U64> shareable_; ///< keys of the function's expressions that may stand anywhere
     U64 nextKey_ = 1'000'000;
 };

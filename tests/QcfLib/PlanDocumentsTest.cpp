@@ -1,0 +1,242 @@
+#include "Documents/Program.h"
+#include "QcfLib/Plan.h"
+#include "tests/Documents/JsonMutator.h"
+#include "tests/support/RandomDocument.h"
+#include "tests/support/RandomRoute.h"
+#include "tests/support/Trees.h"
+
+#include <cstdlib>
+#include <unordered_map>
+#include <unordered_set>
+
+#include <gtest/gtest.h>
+
+using namespace Qcf::Eval;
+using namespace Qcf::Eval::test;
+using Qcf::Documents::Program;
+
+namespace {
+
+#ifdef NDEBUG
+constexpr U32 usualDocuments = 100'000;
+#else
+constexpr U32 usualDocuments = 4'000; // with assertions of the libraries, or under a sanitizer
+#endif
+constexpr U32 routesOfDocument = 4;
+
+/// A number from the environment, for longer runs and for others.
+U32 setting(char const * name, U32 usual) {
+    char const * const text = std::getenv(name);
+    return text == nullptr ? usual : static_cast<U32>(std::strtoul(text, nullptr, 10));
+}
+
+/// What came of some routes: results, write-backs and what stayed modified, in order, and which
+/// questions the agent was asked.
+struct Outcome {
+    std::vector<String> effects;
+    std::vector<String> asked;
+
+    bool operator==(Outcome const &) const = default;
+
+    void take(std::vector<String> & calls) {
+        for (String & call : calls) {
+            bool const writes = call.ends_with("Is") || call.find("Is ") != String::npos;
+            (writes ? effects : asked).push_back(std::move(call));
+        }
+        calls.clear();
+    }
+    String text() const {
+        String text;
+        for (String const & line : effects) {
+            text += line + "; ";
+        }
+        for (String const & line : asked) {
+            text += "\n    " + line;
+        }
+        return text;
+    }
+};
+
+/// One context that serves function after function and route after route.
+class Evaluation {
+public:
+    Outcome outcome(Program const & program, U64 routeSeed, bool planned) {
+        Outcome outcome;
+        for (U32 i = 0; i < routesOfDocument; ++i) {
+            RandomRoute route(routeSeed + i);
+            route.fill(*context_);
+            static constexpr char const * throwing[] = {"medInput", "communityInputPopulate",
+                                                        "matchCommList", "tagInput"};
+            context_->throwAt = route.below(16) == 0 ? throwing[route.below(4)] : "";
+            context_->reset();
+            // A context meets both forms: a route now and then is evaluated by the tree anyhow.
+            bool const byTree = route.below(8) == 0;
+            Plan::enabledIs(planned && !byTree);
+            auto const & other = program.functions[route.below(program.functions.size())];
+            auto const & main = program.functions.back();
+            for (auto const & function : {main, other, main}) {
+                if (program.faultOf(*function).eval.empty()) {
+                    evaluate(*function, outcome);
+                }
+            }
+            outcome.effects.emplace_back(context_->nextHopSetToSelf() ? "left self" : "left");
+            context_->flushModifiedAttributes();
+            outcome.take(context_->calls);
+        }
+        std::sort(outcome.asked.begin(), outcome.asked.end());
+        outcome.asked.erase(std::unique(outcome.asked.begin(), outcome.asked.end()),
+                            outcome.asked.end());
+        return outcome;
+    }
+
+private:
+    void evaluate(Function const & function, Outcome & outcome) {
+        String result = "threw";
+        try {
+            result = textOf(function.eval(context_));
+        } catch (std::runtime_error const &) {
+        }
+        outcome.effects.push_back(result);
+        outcome.take(context_->calls);
+    }
+
+    Ptr<ListContext> context_ = makePtr<ListContext>();
+};
+
+/// Evaluates programs by their trees and by their plans.
+class Comparison {
+public:
+    Comparison() = default;
+    Comparison(Comparison const &) = delete;
+    Comparison & operator=(Comparison const &) = delete;
+    ~Comparison() { Plan::enabledIs(true); }
+
+    /// How plan and tree differ; "" when they do not. All routes go through the tree before the
+    /// first goes through the plan: what a plan does to a constant of the tree shows as well.
+    String difference(Program const & program, U64 routeSeed) {
+        Outcome const expected = walked_.outcome(program, routeSeed, false);
+        Outcome const planned = planned_.outcome(program, routeSeed, true);
+        effects += expected.effects.size();
+        return planned == expected
+                   ? String()
+                   : "plan: " + planned.text() + "\ntree: " + expected.text() + "\n";
+    }
+
+    std::size_t effects = 0;
+
+private:
+    Evaluation walked_;
+    Evaluation planned_;
+};
+
+String differenceOf(String const & document, U64 routeSeed) {
+    try {
+        Program const program = Qcf::Documents::readProgram(document, "f.json");
+        return program.functions.empty() ? "" : Comparison().difference(program, routeSeed);
+    } catch (DocumentError const &) {
+        return "";
+    }
+}
+
+/// A small document on which plan and tree differ too.
+String shrunk(String document, U64 routeSeed) {
+    std::erase(document, '\n');
+    if (differenceOf(document, routeSeed).empty()) {
+        return "(only after the documents before it) " + document;
+    }
+    Qcf::Documents::test::JsonMutator mutator(1);
+    for (U32 tries = 0; tries < 30'000; ++tries) {
+        String const other = mutator.mutate(document);
+        if (other.size() < document.size() && !differenceOf(other, routeSeed).empty()) {
+            document = other;
+        }
+    }
+    return differenceOf(document, routeSeed) + document;
+}
+
+/// Which classes were evaluated, as far as a log shows, or else stood in an evaluated tree.
+class Coverage {
+public:
+    void add(Program const & program, U64 routeSeed) {
+        auto const & main = program.functions.back();
+        visited_.clear();
+        visit(*main);
+        std::unordered_map<U64, NodeClass const *> classes;
+        for (auto const & node : program.nodes) {
+            classes[node->aetNodeKey()] = &node->typeData();
+        }
+        for (U32 i = 0; i < routesOfDocument; ++i) {
+            RandomRoute(routeSeed + i).fill(*context_);
+            context_->reset();
+            context_->shouldLogEvalIs(true);
+            main->eval(context_);
+            note(context_->evaluationLog().get(), classes);
+        }
+    }
+
+    String missing() const {
+        String text;
+        for (NodeClass const & nodeClass : nodeClasses()) {
+            auto const & found = isLogged(nodeClass) ? evaluated_ : standing_;
+            text += found.contains(&nodeClass) ? "" : String(nodeClass.name) + " ";
+        }
+        return text;
+    }
+
+private:
+    static bool isLogged(NodeClass const & nodeClass) {
+        std::string_view const base = nodeClass.base;
+        return base == "Expression" || base == "FunctionBase" || base == "LogicalOperator";
+    }
+    void visit(AetNodeBase const & node) {
+        if (visited_.insert(&node).second) {
+            standing_.insert(&node.typeData());
+            node.typeData().visitChildren(node,
+                                          [this](FieldInfo const &, AetNodeBase const * child) {
+                                              if (child != nullptr) {
+                                                  visit(*child);
+                                              }
+                                          });
+        }
+    }
+    void note(Qcf::Debug::EvaluationLog const * record,
+              std::unordered_map<U64, NodeClass const *> const & classes) {
+        for (; record != nullptr; record = record->nextLog().get()) {
+            evaluated_.insert(classes.at(record->aetNodeKey()));
+            auto const * const callee = record->functionCallLog().get();
+            note(static_cast<Qcf::Debug::EvaluationLog const *>(callee), classes);
+        }
+    }
+
+    std::unordered_set<NodeClass const *> evaluated_;
+    std::unordered_set<NodeClass const *> standing_;
+    std::unordered_set<AetNodeBase const *> visited_;
+    Ptr<ListContext> context_ = makePtr<ListContext>();
+};
+
+} // namespace
+
+// A plan is another way to the same results, write-backs and stored values, by the same questions
+// to the agent, whatever the context has served before. Every class of node takes part.
+TEST(Plans, AgreeWithTheTreesOfRandomDocuments) {
+    U32 const first = setting("QCF_PLAN_SEED", 0);
+    U32 const last = first + setting("QCF_PLAN_DOCUMENTS", usualDocuments);
+    Comparison comparison;
+    Coverage coverage;
+    bool complete = false;
+    for (U32 seed = first; seed < last; ++seed) {
+        Qcf::test::RandomDocument::Options const options{
+            .references = seed % 4 == 3, .calls = seed % 3 != 2, .depth = 1 + seed % 4};
+        String const text = Qcf::test::RandomDocument(seed, options).functions(1 + seed % 3);
+        Program const program = Qcf::Documents::readProgram(text, "f.json");
+        U64 const routeSeed = U64{seed} << 8;
+        String const difference = comparison.difference(program, routeSeed);
+        ASSERT_EQ(difference, "") << "seed " << seed << "\n" << shrunk(text, routeSeed);
+        if (!complete && !options.references) {
+            coverage.add(program, routeSeed);
+            complete = seed % 64 == 0 && coverage.missing().empty();
+        }
+    }
+    EXPECT_EQ(coverage.missing(), "");
+    EXPECT_GT(comparison.effects, U64{last - first} * routesOfDocument * 3);
+}
