@@ -13,7 +13,7 @@
 #include <valgrind/callgrind.h>
 #else
 #define CALLGRIND_START_INSTRUMENTATION
-#define CALLGRIND_TOGGLE_COLLECT
+#define CALLGRIND_STOP_INSTRUMENTATION
 #define CALLGRIND_DUMP_STATS_AT(name) static_cast<void>(name)
 #endif
 
@@ -58,17 +58,20 @@ std::map<String, double> readDumps(fs::path const & directory) {
 
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
                         Workload const & workload) {
+    // Before the count starts, a compiler that works while a program runs is to be done; without
+    // instrumentation that takes little time.
+    constexpr U32 warmPasses = 6;
     Slice const routes(workload.resident);
-    CALLGRIND_START_INSTRUMENTATION;
     for (Policy const policy : policies) {
         for (auto const & contender : contenders) {
             auto const runner = contender->runner(policy);
-            runner->run(routes);
-            runner->run(routes);
+            for (U32 pass = 0; pass < warmPasses; ++pass) {
+                runner->run(routes);
+            }
             String const name = label(policy, *contender);
-            CALLGRIND_TOGGLE_COLLECT;
+            CALLGRIND_START_INSTRUMENTATION;
             runner->run(routes);
-            CALLGRIND_TOGGLE_COLLECT;
+            CALLGRIND_STOP_INSTRUMENTATION;
             CALLGRIND_DUMP_STATS_AT(name.c_str());
         }
     }
@@ -86,10 +89,7 @@ void addInstructions(std::vector<PolicyResult> & results, std::vector<String> co
         return;
     }
     fs::path const directory = pattern;
-    std::vector<String> words{"valgrind",
-                              "--tool=callgrind",
-                              "--instr-atstart=no",
-                              "--collect-atstart=no",
+    std::vector<String> words{"valgrind", "--tool=callgrind", "--instr-atstart=no",
                               "--callgrind-out-file=" + (directory / "out").string(),
                               fs::read_symlink("/proc/self/exe").string()};
     words.insert(words.end(), arguments.begin(), arguments.end());

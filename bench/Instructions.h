@@ -13,7 +13,7 @@ inline constexpr char const * countInstructionsOption = "--count-instructions";
 void addInstructions(std::vector<PolicyResult> & results, std::vector<String> const & arguments,
                      std::size_t routes);
 
-/// The part of it that runs below callgrind: one warm pass and one counted pass each.
+/// The part of it that runs below callgrind: some passes to warm up and one counted pass each.
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
                         Workload const & workload);
 

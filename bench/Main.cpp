@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <iostream>
 
 /// Measures the engine beside hand-written code and the languages that one could embed instead.
@@ -16,23 +17,33 @@ struct Options {
     std::size_t routes = 200000;
     MeasureOptions measure;
     std::vector<Policy> policies;
-    std::vector<String> contenders; ///< empty for all
+    std::vector<String> contenders;                 ///< empty for all
+    std::vector<U64> sizes{10000, 100000, 1000000}; ///< nodes to publish
+    String jsonFile;
     bool countInstructions = false; ///< this is the run below callgrind
     std::vector<String> forCallgrind;
+
+    bool wants(std::string_view contender) const {
+        return contenders.empty() ||
+               std::find(contenders.begin(), contenders.end(), contender) != contenders.end();
+    }
 };
 
+constexpr char const * birdName = "bird"; ///< in `--contender`
+
 constexpr char const * usage =
-    R"(usage: qcf_bench [--quick] [--rounds N] [--policy P0]... [--contender NAME]...
+    R"(usage: qcf_bench [--json FILE] [--quick] [--rounds N] [--policy P0]... [--contender NAME]...
        qcf_bench --micro [ARGUMENTS]
 
-Measures five policies over a generated table and prints a table for each and, as the last line,
-everything as JSON. Times are nanoseconds per route as median (lowest..highest) of the rounds; ratios
+Measures five policies over a generated table, memory, and the publication of documents, and prints
+a table for each. Times are nanoseconds per route as median (lowest..highest) of the rounds; ratios
 are taken within each round. "resident": 2,000 routes that stay in the cache.
 
-  --quick      a tenth of the routes, 3 short rounds
+  --json       write everything to this file, too, as one line of JSON
+  --quick      a tenth of the routes, 3 short rounds, no document of 1,000,000 nodes
   --rounds     samples of each figure, 7 unless given
   --policy     only this one; may be repeated
-  --contender  only this one and the hand-written ones; may be repeated
+  --contender  only this one and the hand-written ones, or bird, and no documents; may be repeated
   --micro      the hot paths one by one; ARGUMENTS go to Google Benchmark
 
 instructions: per resident route, by callgrind (where valgrind is installed)
@@ -62,9 +73,13 @@ std::optional<Options> readOptions(std::vector<String> const & arguments) {
             options.routes = 20000;
             options.measure.rounds = 3;
             options.measure.sampleNs = 2e6;
+            options.sizes.pop_back();
             keep(argument);
         } else if (argument == countInstructionsOption) {
             options.countInstructions = true;
+        } else if (argument == "--json" && !value.empty()) {
+            options.jsonFile = value;
+            ++i;
         } else if (argument == "--rounds" && std::atoi(value.c_str()) > 0) {
             options.measure.rounds = static_cast<U32>(std::atoi(value.c_str()));
             ++i;
@@ -91,11 +106,9 @@ Contenders makeContenders(Options const & options, PolicyData const & data,
     addHandWritten(contenders, data);
     addEngine(contenders, data);
     addLanguages(contenders, data, workload);
-    auto const & wanted = options.contenders;
     std::erase_if(contenders, [&](auto const & contender) {
-        String const name = contender->name();
-        return !wanted.empty() && name != limitName && name != interfaceLimitName &&
-               std::find(wanted.begin(), wanted.end(), name) == wanted.end();
+        std::string_view const name = contender->name();
+        return name != limitName && name != interfaceLimitName && !options.wants(name);
     });
     return contenders;
 }
@@ -110,19 +123,39 @@ int runBench(Options const & options) {
         runForInstructions(options.policies, contenders, workload);
         return 0;
     }
-    std::vector<PolicyResult> results;
+    Report report;
+    report.routes = options.routes;
+    report.residentRoutes = residentRoutes;
+    report.rounds = options.measure.rounds;
     for (Policy const policy : options.policies) {
-        results.push_back(verified(policy, contenders, workload));
-        addCounts(results.back(), workload);
+        report.policies.push_back(verified(policy, contenders, workload));
+        addCounts(report.policies.back(), workload);
     }
-    addInstructions(results, options.forCallgrind, residentRoutes);
-    for (PolicyResult & result : results) {
+    addInstructions(report.policies, options.forCallgrind, residentRoutes);
+    for (PolicyResult & result : report.policies) {
         measureTimes(result, workload, options.measure);
         std::cout << reportTable(result) << std::flush;
     }
-    auto const memory = measureMemory(data);
-    RunFacts const facts{options.routes, residentRoutes, options.measure.rounds};
-    std::cout << reportTable(memory) << '\n' << reportJson(facts, results, memory);
+    if (options.wants(birdName)) {
+        report.bird = measureBird(options.policies, workload.whole, data, options.measure.rounds);
+    }
+    if (report.bird) {
+        std::cout << reportTable(*report.bird, report.policies) << std::flush;
+    }
+    report.memory = measureMemory(data);
+    std::cout << reportTable(report.memory) << std::flush;
+    if (options.contenders.empty()) {
+        report.publication = measurePublication(options.sizes, 3);
+    }
+    std::cout << reportTable(report.publication);
+    if (!options.jsonFile.empty()) {
+        std::ofstream file(options.jsonFile);
+        file << reportJson(report) << std::flush;
+        if (!file) {
+            std::cerr << options.jsonFile << " cannot be written\n";
+            return 1;
+        }
+    }
     return 0;
 }
 
@@ -135,6 +168,14 @@ int main(int argc, char ** argv) {
     std::vector<String> const arguments(argv + 1, argv + argc);
     if (!arguments.empty() && arguments.front() == "--micro") {
         return runMicro(argc - 1, argv + 1);
+    }
+    if (arguments.size() == 3 && arguments.front() == publishNodesOption) {
+        return runPublication(std::stoull(arguments[1]),
+                              static_cast<U32>(std::stoul(arguments[2])));
+    }
+    if (arguments == std::vector<String>{"--help"}) {
+        std::cout << usage;
+        return 0;
     }
     auto const options = readOptions(arguments);
     if (!options) {

@@ -1,7 +1,5 @@
 #include "bench/Report.h"
 
-#include "Platform/Render/RendererV2.h"
-
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -79,60 +77,17 @@ constexpr std::array columns{
            [](Result const & r, PolicyResult const &) { return text(r.sharedWrites, 2); }},
 };
 
-template <typename Value>
-void put(RendererV2 & json, char const * name, Value const & value) {
-    json.key(name);
-    json.value(value);
+/// Bytes in the unit that reads best.
+String bytesText(double bytes) {
+    return bytes < 1e4   ? formatted("%.0f B", bytes)
+           : bytes < 1e7 ? formatted("%.1f kB", bytes / 1e3)
+                         : formatted("%.1f MB", bytes / 1e6);
 }
 
-/// Leaves out what is not known.
-void put(RendererV2 & json, char const * name, std::optional<double> const & number) {
-    if (number) {
-        put(json, name, *number);
-    }
-}
-
-void put(RendererV2 & json, char const * name, Spread const & spread) {
-    json.key(name);
-    json.beginObject();
-    put(json, "median", spread.median);
-    put(json, "min", spread.low);
-    put(json, "max", spread.high);
-    json.endObject();
-}
-
-void putResult(RendererV2 & json, Result const & result, PolicyResult const & all) {
-    json.key(result.contender->name());
-    json.beginObject();
-    struct Named {
-        char const * name;
-        Timing Result::*timing;
-    };
-    for (Named const named : {Named{"resident", &Result::resident}, Named{"whole", &Result::whole},
-                              Named{"twoThreads", &Result::twoThreads}}) {
-        Timing const & timing = result.*named.timing;
-        if (timing.samples.empty()) {
-            continue;
-        }
-        json.key(named.name);
-        json.beginObject();
-        put(json, "ns", timing.spread());
-        for (char const * const base : {limitName, interfaceLimitName}) {
-            if (Result const * const other = all.find(base)) {
-                put(json, base == limitName ? "toHand" : "toHandAccessors",
-                    timing.over(other->*named.timing));
-            }
-        }
-        json.endObject();
-    }
-    if (!result.twoThreads.samples.empty()) {
-        put(json, "speedUp", result.whole.over(result.twoThreads));
-    }
-    put(json, "instructions", result.instructions);
-    put(json, "allocations", result.allocations);
-    put(json, "slabObjects", result.slabObjects);
-    put(json, "sharedWrites", result.sharedWrites);
-    json.endObject();
+String timeText(Spread const & ns) {
+    double const unit = ns.median < 1e6 ? 1e3 : 1e6;
+    return formatted("%.1f %s (%.1f..%.1f)", ns.median / unit, unit < 1e6 ? "us" : "ms",
+                     ns.low / unit, ns.high / unit);
 }
 
 } // namespace
@@ -168,46 +123,56 @@ String reportTable(std::vector<EngineMemory> const & memory) {
     return table;
 }
 
-String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results,
-                  std::vector<EngineMemory> const & memory) {
-    String text;
-    RendererV2 json(text);
-    json.beginObject();
-    put(json, "routes", U64{facts.routes});
-    put(json, "residentRoutes", U64{facts.residentRoutes});
-    put(json, "rounds", U64{facts.rounds});
-    json.key("policies");
-    json.beginObject();
-    for (PolicyResult const & result : results) {
-        json.key(nameOf(result.policy));
-        json.beginObject();
-        put(json, "accepted", result.accepted);
-        put(json, "checksum", hex(result.checksum));
-        json.key("contenders");
-        json.beginObject();
-        for (Result const & one : result.results) {
-            putResult(json, one, result);
+String reportTable(BirdResults const & bird, std::vector<PolicyResult> const & policies) {
+    String table = "\n" + bird.version + ", its filters over the whole table, processor time:\n";
+    table += formatted("policy  %22s  %24s  %s\n", "filter alone ns", "with BIRD's walk ns",
+                       "filter alone to engine-plan");
+    for (BirdResult const & row : bird.results) {
+        Result const * engine = nullptr;
+        for (PolicyResult const & policy : policies) {
+            engine = policy.policy == row.policy ? policy.find("engine-plan") : engine;
         }
-        json.endObject();
-        json.endObject();
+        bool const isBase = row.policy == Policy::p0;
+        table += formatted("%-6s  %22s  %24s  ", nameOf(row.policy),
+                           isBase ? "-" : text(row.filter.spread()).c_str(),
+                           text(row.walk.spread()).c_str());
+        table += isBase || engine == nullptr ? "-" : text(row.filter.over(engine->whole));
+        table += '\n';
     }
-    json.endObject();
-    json.key("memory");
-    json.beginObject();
-    for (EngineMemory const & row : memory) {
-        json.key(nameOf(row.policy));
-        json.beginObject();
-        put(json, "nodes", row.nodes);
-        put(json, "tree", row.tree);
-        put(json, "plan", row.plan);
-        put(json, "perNode", row.perNode);
-        put(json, "perStoreEntry", row.perEntry);
-        json.endObject();
+    return table;
+}
+
+String reportTable(std::vector<PublicationResult> const & publication) {
+    if (publication.empty()) {
+        return {};
     }
-    json.endObject();
-    json.endObject();
-    json.endDocument();
-    return text;
+    PublicationResult const & base = publication[publication.size() / 2];
+    String table = formatted("\nPublication (to linear: a node's cost as a multiple of that among "
+                             "%llu nodes):\n",
+                             static_cast<unsigned long long>(base.nodes));
+    for (PublicationResult const & result : publication) {
+        table += formatted("%llu nodes, %llu functions, document of %s\n",
+                           static_cast<unsigned long long>(result.nodes),
+                           static_cast<unsigned long long>(result.functions),
+                           bytesText(static_cast<double>(result.documentBytes)).c_str());
+        double const nodes = static_cast<double>(result.nodes);
+        double const more = nodes / static_cast<double>(base.nodes);
+        for (auto const & step : result.steps) {
+            Timing const * const first = base.find(step.name);
+            double const ns = step.time.spread().median;
+            table += formatted("  %-20s  %30s  %8.1f ns a node", step.name.c_str(),
+                               timeText(step.time.spread()).c_str(), ns / nodes);
+            if (first != nullptr) {
+                table += formatted("  %6.2f to linear", ns / first->spread().median / more);
+            }
+            table += '\n';
+        }
+        for (auto const & row : result.memory) {
+            table += formatted("  %-20s  %30s  %8.1f bytes a node\n", row.name.c_str(),
+                               bytesText(row.bytes).c_str(), row.bytes / nodes);
+        }
+    }
+    return table;
 }
 
 } // namespace Qcf::Bench

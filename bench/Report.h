@@ -1,23 +1,30 @@
 #pragma once
 
+#include "bench/Bird.h"
 #include "bench/Counts.h"
 #include "bench/Measure.h"
+#include "bench/Publication.h"
 
 namespace Qcf::Bench {
 
-/// A table for the reader.
-String reportTable(PolicyResult const & result);
-String reportTable(std::vector<EngineMemory> const & memory);
-
-/// What the figures were taken on.
-struct RunFacts {
-    std::size_t routes;
-    std::size_t residentRoutes;
-    U32 rounds;
+/// Everything that a run measured, and what on.
+struct Report {
+    std::size_t routes = 0;
+    std::size_t residentRoutes = 0;
+    U32 rounds = 0;
+    std::vector<PolicyResult> policies;
+    std::optional<BirdResults> bird;
+    std::vector<EngineMemory> memory;
+    std::vector<PublicationResult> publication;
 };
 
+/// Tables for the reader.
+String reportTable(PolicyResult const & result);
+String reportTable(BirdResults const & bird, std::vector<PolicyResult> const & policies);
+String reportTable(std::vector<EngineMemory> const & memory);
+String reportTable(std::vector<PublicationResult> const & publication);
+
 /// All results as one line of JSON.
-String reportJson(RunFacts const & facts, std::vector<PolicyResult> const & results,
-                  std::vector<EngineMemory> const & memory);
+String reportJson(Report const & report);
 
 } // namespace Qcf::Bench

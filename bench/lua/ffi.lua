@@ -27,8 +27,8 @@ typedef struct { PlainRoute const * route; PlainChanges changes; } PlainSlot;
 ]]
 
 local data, policyNumber, slotAddress = ...
--- Everything is read through the slot, by its whole path: a pointer in a local variable is an object
--- on the heap wherever one trace hands it to the next.
+-- Everything is read through the slot, by its whole path: a pointer in a local variable is an
+-- object on the heap wherever one trace hands it to the next.
 local slot = ffi.cast("PlainSlot *", slotAddress)
 local limit = 0xffffffff
 local highest = tobit(0x80000000)
@@ -141,6 +141,7 @@ end
 local function newIndex() return { size = 0, masks = {} } end
 
 local function addToIndex(index, values)
+    assert(index.size < 32)
     local flag = lshift(1, index.size)
     index.size = index.size + 1
     for i = 0, values.count - 1 do
@@ -271,8 +272,7 @@ end
 
 -- Writes the route's extended communities and one more where it belongs; answers how many.
 local function addExtended(low, high, kind)
-    local to = 0
-    local put = false
+    local to, put = 0, false
     for i = 0, 3 * slot.route.extCommunity.count - 1, 3 do
         local low1 = slot.route.extCommunity.values[i]
         local high1 = slot.route.extCommunity.values[i + 1]
@@ -311,7 +311,9 @@ policies[4] = function()
     local always = bor(data.flagLarge, data.flagExtended)
     local flagPreference, flagMed = data.flagPreference, data.flagMed
     local function tagged()
-        for i = 0, slot.route.community.count - 1 do
+        if slot.route.community.count == 0 then return false end
+        if wanted[slot.route.community.values[0]] then return true end
+        for i = 1, slot.route.community.count - 1 do
             if wanted[slot.route.community.values[i]] then return true end
         end
         return false
@@ -326,8 +328,20 @@ policies[4] = function()
             slot.changes.med = med
             flags = bor(flags, flagMed)
         end
-        slot.changes.largeCommunityCount = removeLarge(removed)
-        slot.changes.extCommunityCount = addExtended(low, high, kind)
+        -- Most routes have none of these: no loop is better than one that ends at once.
+        if slot.route.largeCommunity.count == 0 then
+            slot.changes.largeCommunityCount = 0
+        else
+            slot.changes.largeCommunityCount = removeLarge(removed)
+        end
+        if slot.route.extCommunity.count == 0 then
+            slot.changes.extCommunity[0] = low
+            slot.changes.extCommunity[1] = high
+            slot.changes.extCommunity[2] = kind
+            slot.changes.extCommunityCount = 1
+        else
+            slot.changes.extCommunityCount = addExtended(low, high, kind)
+        end
         slot.changes.flags = flags
         return true
     end
