@@ -78,7 +78,10 @@ PublishCounts Publication::run(U32 marker) {
 }
 
 void Publication::compareFunctions() {
+    kept_.reserve(store_.size());
+    std::unordered_set<std::string_view> names;
     for (auto const & function : program_.functions) {
+        names.insert(function->funcName());
         auto const published =
             ptrCast<Function const>(status_.aet(std::string_view(function->funcName())));
         if (published && digests_.of(*published) == digests_.of(*function)) {
@@ -89,13 +92,14 @@ void Publication::compareFunctions() {
         }
     }
     for (auto const & [name, function] : status_.aet()) {
-        if (!program_.find(name)) {
+        if (!names.contains(name)) {
             vanished_.push_back(name);
         }
     }
 }
 
 void Publication::indexValues() {
+    values_.reserve(store_.size());
     store_.forEachNode([this](Ptr<AetNodeBase> const & node) {
         if (isSharedValue(*node)) {
             values_.emplace(node->hash(0), node.get());
@@ -127,6 +131,7 @@ void Publication::collectNewNodes() {
         }
         return entry->second == nullptr;
     };
+    stored_.reserve(program_.nodes.size());
     for (Function const * const function : changed_) {
         walkChildrenFirst(*function, enter,
                           [this](AetNodeBase const & node) { new_.push_back(&node); });
@@ -173,6 +178,7 @@ void Publication::assignKeys() {
     std::sort(inOrder.begin(), inOrder.end(), [](AetNodeBase const * a, AetNodeBase const * b) {
         return a->aetNodeKey() < b->aetNodeKey();
     });
+    keys_.reserve(new_.size());
     U64 fresh = asInProgram ? 0 : firstFreshKey();
     for (AetNodeBase const * const node : inOrder) {
         keys_[node] = asInProgram ? node->aetNodeKey() : fresh++;
