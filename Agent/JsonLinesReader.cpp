@@ -9,6 +9,88 @@
 
 namespace Qcf::Agent {
 
+namespace {
+
+/// Reads a line that stands by itself; false when it is empty.
+bool readRouteLine(std::string_view line, U64 number, JsonDocument & document,
+                   ReadStatistics & statistics, Route & route) {
+    if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
+        return false;
+    }
+    ++statistics.records;
+    document.parseLine(line, number);
+    readRoute(document.root(), route);
+    ++statistics.routes;
+    return true;
+}
+
+} // namespace
+
+/// Takes whole lines and parses them by itself.
+class JsonLinesReader::Share final : public RouteShare {
+public:
+    explicit Share(JsonLinesReader & reader) : reader_(reader), document_(reader.name_) {}
+
+    bool take() override {
+        constexpr std::size_t piece = std::size_t{64} << 10;
+        lines_.clear();
+        at_ = 0;
+        line_ = reader_.line_;
+        begin_ = reader_.source_.offset() + reader_.taken_;
+        if (reader_.fault_) {
+            std::rethrow_exception(std::exchange(reader_.fault_, nullptr));
+        }
+        while (lines_.size() < piece && takeLine()) {
+        }
+        end_ = reader_.source_.offset() + reader_.taken_;
+        return !lines_.empty();
+    }
+
+    bool next(Route & route) override {
+        while (at_ < lines_.size()) {
+            std::size_t const end = lines_.find('\n', at_);
+            std::string_view const line(lines_.data() + at_, end - at_);
+            at_ = end + 1;
+            // The last line of a file may have no end there.
+            statistics_.bytes = std::min(begin_ + at_, end_);
+            if (readRouteLine(line, ++line_, document_, statistics_, route)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void settle() override { reader_.statistics_.add(std::exchange(statistics_, {})); }
+
+private:
+    bool takeLine() {
+        try {
+            auto const line = reader_.findLine(statistics_);
+            if (line) {
+                lines_.append(*line) += '\n';
+            }
+            return line.has_value();
+        } catch (...) {
+            if (lines_.empty()) {
+                throw;
+            }
+            reader_.fault_ = std::current_exception(); // for whoever comes next
+            return false;
+        }
+    }
+
+    JsonLinesReader & reader_;
+    JsonDocument document_;
+    ReadStatistics statistics_;
+    String lines_;
+    std::size_t at_ = 0; ///< where the next line starts
+    U64 line_ = 0;       ///< number of the line before it
+    U64 begin_ = 0;      ///< where the lines start in the data
+    U64 end_ = 0;
+};
+
+std::unique_ptr<RouteShare> JsonLinesReader::makeShare() { return std::make_unique<Share>(*this); }
+
 JsonLinesReader::JsonLinesReader(ByteSource source, String name)
     : source_(std::move(source)), name_(std::move(name)), document_(name_) {}
 
@@ -23,21 +105,17 @@ bool JsonLinesReader::next(Route & route) {
 }
 
 bool JsonLinesReader::readLine(Route & route) {
-    while (auto const line = findLine()) {
-        if (line->find_first_not_of(" \t\r") == std::string_view::npos) {
-            continue;
+    while (auto const line = findLine(statistics_)) {
+        statistics_.bytes = source_.offset() + taken_;
+        if (readRouteLine(*line, line_, document_, statistics_, route)) {
+            return true;
         }
-        ++statistics_.records;
-        document_.parseLine(*line, line_);
-        readRoute(document_.root(), route);
-        ++statistics_.routes;
-        return true;
     }
     return false;
 }
 
 /// The next line without its end, in the source's window; nothing at the end of the data.
-std::optional<std::string_view> JsonLinesReader::findLine() {
+std::optional<std::string_view> JsonLinesReader::findLine(ReadStatistics & statistics) {
     source_.skip(std::exchange(taken_, 0));
     ++line_;
     std::size_t searched = 0;
@@ -56,7 +134,7 @@ std::optional<std::string_view> JsonLinesReader::findLine() {
         }
     }
     if (!source_.fault().empty()) {
-        statistics_.cut = true;
+        statistics.cut = true;
         throw DocumentError(lineName() + source_.fault());
     }
     return searched == 0 ? std::nullopt : std::optional(takeLine(searched, false));
@@ -72,7 +150,6 @@ void JsonLinesReader::checkLength(std::size_t length) const {
 std::string_view JsonLinesReader::takeLine(std::size_t length, bool withEnd) {
     checkLength(length);
     taken_ = length + (withEnd ? 1 : 0);
-    statistics_.bytes += taken_;
     return {reinterpret_cast<char const *>(source_.data()), length};
 }
 

@@ -3,6 +3,7 @@
 #include "Agent/RouteReader.h"
 #include "Platform/Render/JsonDocument.h"
 
+#include <exception>
 #include <optional>
 #include <string_view>
 
@@ -22,10 +23,14 @@ public:
 
     bool next(Route & route) override;
     ReadStatistics const & statistics() const override { return statistics_; }
+    /// The line that ends the reading is told by the share that takes or decodes it.
+    std::unique_ptr<RouteShare> makeShare() override;
 
 private:
+    class Share;
+
     bool readLine(Route & route);
-    std::optional<std::string_view> findLine();
+    std::optional<std::string_view> findLine(ReadStatistics & statistics);
     std::string_view takeLine(std::size_t length, bool withEnd);
     void checkLength(std::size_t length) const;
     String lineName() const;
@@ -37,6 +42,7 @@ private:
     U64 line_ = 0;          ///< number of the current line, from 1
     std::size_t taken_ = 0; ///< bytes of the current line, still in the source's window
     bool finished_ = false;
+    std::exception_ptr fault_; ///< behind the lines that the shares took
 };
 
 } // namespace Qcf::Agent

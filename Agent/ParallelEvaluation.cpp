@@ -163,7 +163,10 @@ public:
         if (share != nullptr) {
             settle(batch, *share);
         }
-        pass(read_, batch);
+        // Nothing behind a fault is read, or so it seems to everyone.
+        if (!batch.fault) {
+            pass(read_, batch);
+        }
         return true;
     }
 

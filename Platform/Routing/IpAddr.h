@@ -33,7 +33,7 @@ public:
     static constexpr IpGenAddr v4(U32 hostOrder) {
         IpGenAddr addr;
         addr.family_ = AddressFamily::ipv4;
-        // In one piece: an address is mostly copied as a whole right away.
+        // One number instead of four bytes: readers of tables make addresses by the million.
         U64 const networkOrder = __builtin_bswap32(hostOrder);
         addr.bytes_ = std::bit_cast<std::array<U8, 16>>(std::array<U64, 2>{networkOrder, 0});
         return addr;

@@ -1,5 +1,7 @@
 #include "Agent/ParallelEvaluation.h"
 
+#include "Agent/JsonLinesReader.h"
+#include "Platform/Render/DocumentError.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
 #include "QcfLib/QcfEval.h"
 #include "tests/Agent/MrtTools.h"
@@ -211,7 +213,11 @@ Outcome evaluate(String const & bytes, U32 threads, U64 limit) {
     plan.makeSink = [&] { return std::make_unique<TextSink>(outcome.routes); };
     plan.threads = threads;
     plan.limit = limit;
-    evaluateTable(*reader, plan);
+    try {
+        evaluateTable(*reader, plan);
+    } catch (DocumentError const & error) {
+        outcome.reports.push_back(error.what());
+    }
     outcome.statistics = reader->statistics();
     return outcome;
 }
@@ -235,6 +241,36 @@ TEST(ParallelEvaluation, DamagedTablesGiveTheSameWhateverTheThreads) {
     for (U32 const threads : {2U, 3U, 8U}) {
         EXPECT_EQ(evaluate(bytes, threads, ~U64{0}), all);
         EXPECT_EQ(evaluate(bytes, threads, 2345), some);
+    }
+}
+
+TEST(ParallelEvaluation, LinesGiveTheSameUpToTheFirstBadOneWhateverTheThreads) {
+    struct Case {
+        char const * what;
+        U64 badLine; ///< from 1
+        String bad;
+        U64 routes;
+    };
+    Case const cases[] = {
+        {"no bad line", 0, "", 20000},
+        {"no route", 12345, "{\"med\": -1}", 12344},
+        {"the first line", 1, "{", 0},
+        {"too long", 12345, String(JsonLinesReader::maxLine + 1, ' '), 12344},
+    };
+    for (Case const & c : cases) {
+        SCOPED_TRACE(c.what);
+        String text = "\n";
+        for (U64 i = 1; i <= 20000; ++i) {
+            text += i == c.badLine ? c.bad : "{\"med\": " + std::to_string(i) + "}";
+            text += i % 100 == 0 ? "\n\n" : "\n";
+        }
+        text.pop_back();
+        Outcome const alone = evaluate(text, 1, ~U64{0});
+        EXPECT_EQ(alone.routes.size(), c.routes);
+        EXPECT_EQ(alone.reports.size(), c.badLine == 0 ? 0 : 1);
+        for (U32 const threads : {2U, 3U, 8U}) {
+            EXPECT_EQ(evaluate(text, threads, ~U64{0}), alone);
+        }
     }
 }
 
