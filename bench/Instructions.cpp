@@ -57,20 +57,21 @@ std::map<String, double> readDumps(fs::path const & directory) {
 } // namespace
 
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
-                        Workload const & workload) {
+                        Workload const & workload, std::size_t routes) {
     // Before the count starts, a compiler that works while a program runs is to be done; without
     // instrumentation that takes little time.
     constexpr U32 warmPasses = 6;
-    Slice const routes(workload.resident);
+    Slice const resident(workload.resident);
+    Slice const counted(workload.resident, 0, routes);
     for (Policy const policy : policies) {
         for (auto const & contender : contenders) {
             auto const runner = contender->runner(policy);
             for (U32 pass = 0; pass < warmPasses; ++pass) {
-                runner->run(routes);
+                runner->run(resident);
             }
             String const name = label(policy, *contender);
             CALLGRIND_START_INSTRUMENTATION;
-            runner->run(routes);
+            runner->run(counted);
             CALLGRIND_STOP_INSTRUMENTATION;
             CALLGRIND_DUMP_STATS_AT(name.c_str());
         }

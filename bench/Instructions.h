@@ -7,14 +7,15 @@ namespace Qcf::Bench {
 /// What this program is started with to count instructions below callgrind.
 inline constexpr char const * countInstructionsOption = "--count-instructions";
 
-/// Fills in the instructions per route over the resident routes: starts this program once more
+/// Fills in the instructions per route over `routes` routes: starts this program once more
 /// below callgrind, with `arguments` so that it measures the same, and reads what that leaves
 /// behind. Leaves the results as they are where valgrind is not installed.
 void addInstructions(std::vector<PolicyResult> & results, std::vector<String> const & arguments,
                      std::size_t routes);
 
-/// The part of it that runs below callgrind: some passes to warm up and one counted pass each.
+/// The part of it that runs below callgrind: some passes over the resident routes to warm up, and
+/// one counted pass over the first `routes` of them.
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
-                        Workload const & workload);
+                        Workload const & workload, std::size_t routes);
 
 } // namespace Qcf::Bench

@@ -13,8 +13,11 @@ namespace Qcf::Bench {
 
 namespace {
 
+constexpr std::size_t residentRoutes = 2000;
+
 struct Options {
     std::size_t routes = 200000;
+    std::size_t countedRoutes = residentRoutes; ///< of the resident ones, for instructions
     MeasureOptions measure;
     std::vector<Policy> policies;
     std::vector<String> contenders;                 ///< empty for all
@@ -46,7 +49,7 @@ are taken within each round. "resident": 2,000 routes that stay in the cache.
   --contender  only this one and the hand-written ones, or bird, and no documents; may be repeated
   --micro      the hot paths one by one; ARGUMENTS go to Google Benchmark
 
-instructions: per resident route, by callgrind (where valgrind is installed)
+instructions: per resident route (a quarter of them with --quick), by callgrind of valgrind
 mallocs:      heap blocks allocated per route after the first pass over the table
 slab:         objects taken from slabs per route
 shared:       writes per route to reference counts that threads share
@@ -71,6 +74,7 @@ std::optional<Options> readOptions(std::vector<String> const & arguments) {
         String const value = i + 1 < arguments.size() ? arguments[i + 1] : "";
         if (argument == "--quick") {
             options.routes = 20000;
+            options.countedRoutes = residentRoutes / 4;
             options.measure.rounds = 3;
             options.measure.sampleNs = 2e6;
             options.sizes.pop_back();
@@ -114,13 +118,12 @@ Contenders makeContenders(Options const & options, PolicyData const & data,
 }
 
 int runBench(Options const & options) {
-    constexpr std::size_t residentRoutes = 2000;
     Workload workload{Table::generated(options.routes), {}};
     workload.resident = workload.whole.sample(residentRoutes);
     PolicyData const data(workload.whole);
     Contenders const contenders = makeContenders(options, data, workload);
     if (options.countInstructions) {
-        runForInstructions(options.policies, contenders, workload);
+        runForInstructions(options.policies, contenders, workload, options.countedRoutes);
         return 0;
     }
     Report report;
@@ -131,7 +134,7 @@ int runBench(Options const & options) {
         report.policies.push_back(verified(policy, contenders, workload));
         addCounts(report.policies.back(), workload);
     }
-    addInstructions(report.policies, options.forCallgrind, residentRoutes);
+    addInstructions(report.policies, options.forCallgrind, options.countedRoutes);
     for (PolicyResult & result : report.policies) {
         measureTimes(result, workload, options.measure);
         std::cout << reportTable(result) << std::flush;

@@ -100,7 +100,9 @@ void putBird(RendererV2 & json, BirdResults const & bird) {
     for (BirdResult const & result : bird.results) {
         putObject(json, nameOf(result.policy), [&] {
             put(json, "walk", result.walk.spread());
-            put(json, "filter", result.filter.spread());
+            if (result.policy != Policy::p0) {
+                put(json, "filter", result.filter.spread());
+            }
         });
     }
 }
