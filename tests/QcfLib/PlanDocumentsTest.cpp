@@ -6,6 +6,7 @@
 #include "tests/support/Trees.h"
 
 #include <cstdlib>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -64,11 +65,16 @@ public:
         Outcome outcome;
         for (U32 i = 0; i < routesOfDocument; ++i) {
             RandomRoute route(routeSeed + i);
+            context_->reset();
             route.fill(*context_);
+            auto const sets = [this] {
+                return std::tuple(context_->community, context_->isisLevel, context_->extCommunity,
+                                  context_->largeCommunity);
+            };
+            auto const before = sets();
             static constexpr char const * throwing[] = {"medInput", "communityInputPopulate",
                                                         "matchCommList", "tagInput"};
             context_->throwAt = route.below(16) == 0 ? throwing[route.below(4)] : "";
-            context_->reset();
             // A context meets both forms: a route now and then is evaluated by the tree anyhow.
             bool const byTree = route.below(8) == 0;
             Plan::enabledIs(planned && !byTree);
@@ -82,6 +88,7 @@ public:
             outcome.effects.emplace_back(context_->nextHopSetToSelf() ? "left self" : "left");
             context_->flushModifiedAttributes();
             outcome.take(context_->calls);
+            outcome.effects.emplace_back(sets() == before ? "" : "the route's own sets changed");
         }
         std::sort(outcome.asked.begin(), outcome.asked.end());
         outcome.asked.erase(std::unique(outcome.asked.begin(), outcome.asked.end()),

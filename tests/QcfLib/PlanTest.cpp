@@ -63,7 +63,10 @@ TEST(PlansDeathTest, MalformedTreesEndTheProcess) {
     struct Case {
         PtrConst<Expression> node;
         char const * text;
+        U64 routesMed = 0;
     };
+    U64 const tooLarge = U64{1} << 32;
+    char const * const outOfRange = "assertion failed: val >= min\\(\\) && val <= max\\(\\) \\(";
     char const * const noReturn = "assertion failed: false \\(";
     Case const cases[] = {
         {make<NotExpression>(x), noReturn},
@@ -79,12 +82,18 @@ TEST(PlansDeathTest, MalformedTreesEndTheProcess) {
         {make<IntAssign>(med, missing), "assertion failed: nullptr != intTypeArgContainer"},
         {call(function({make<IntPlusEq>(med, make<IntVariable>("i", U8{1}))}), {number(1)}),
          "assertion failed: .*argVectorIndex"},
+        {make<IntIs>(med, number(1)), outOfRange, tooLarge},
+        {make<IntPlusEq>(med, number(1)), outOfRange, tooLarge},
+        {make<IfExpression>(make<IntInImmediateSet>(med, intSet({1, 2})), block({}), nullptr),
+         outOfRange, tooLarge},
     };
     for (auto const & c : cases) {
         auto const f = function({c.node});
         for (bool const planned : {true, false}) {
             PlansEnabled const switched(planned);
-            EXPECT_DEATH(f->eval(makePtr<RecordingContext>()), c.text)
+            auto const context = makePtr<RecordingContext>();
+            context->med = c.routesMed;
+            EXPECT_DEATH(f->eval(context), c.text)
                 << (planned ? "plan of " : "tree of ") << c.node->typeData().name;
         }
     }

@@ -384,8 +384,10 @@ String RandomDocument::testChain(Scope const & scope) {
     String text;
     for (U32 i = 0; i < clauses; ++i) {
         attribute = many ? &testedAttribute(family, true) : attribute;
-        bool const changes = attribute->attribute->modifiable && oneIn(3);
-        String change = changes ? onAttribute(oneOf(family.changes), *attribute) : String();
+        String change;
+        for (U32 n = attribute->attribute->modifiable && oneIn(3) ? 1 + below(4) : 0; n > 0; --n) {
+            change += (change.empty() ? "" : ",") + onAttribute(oneOf(family.changes), *attribute);
+        }
         if (scope.returns && oneIn(4)) {
             change += String(change.empty() ? "" : ",") + R"({"class":"ReturnExpression","expr":)" +
                       onAttribute(oneOf(family.tests), *attribute) + "}";

@@ -41,6 +41,7 @@ public:
         });
         set(context.largeCommunity,
             [](U64 i) { return Acl::CommunityValue((U64{65000} << 32) + 1, static_cast<U32>(i)); });
+        context.lends = below(2) == 0;
         context.outbound = below(2) == 0;
         context.localAsValue = below(2) == 0 ? 0 : 65001;
         context.vrf = below(2) == 0 ? 1 : EvalContext::noVrf;

@@ -105,7 +105,8 @@ public:
         : EvalContext(std::move(matchers), nullptr, nullptr) {}
 
     mutable std::vector<String> calls;
-    String throwAt; ///< the call to throw std::runtime_error from; "" for none
+    String throwAt;     ///< the call to throw std::runtime_error from; "" for none
+    bool lends = false; ///< the route's sets instead of copies
     bool outbound = false;
     U32 localAsValue = 0;
     U32 vrf = noVrf;
@@ -143,8 +144,11 @@ public:
     }
 #define QCF_TEST_POPULATE(Set, stem)                                                               \
     void stem##InputPopulate(Ptr<Set> const & set) const override {                                \
-        for (auto const & value : stem) {                                                          \
-            set->insert(value);                                                                    \
+        if (lends) {                                                                               \
+            set->lend({stem.data(), stem.size()});                                                 \
+        }                                                                                          \
+        for (std::size_t i = 0; !lends && i < stem.size(); ++i) {                                  \
+            set->insert(stem[i]);                                                                  \
         }                                                                                          \
         note(#stem "InputPopulate");                                                               \
     }
