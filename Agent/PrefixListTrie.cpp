@@ -38,6 +38,9 @@ PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry
     firstOfNode.push_back(static_cast<U32>(byPrefix.size()));
     trie_ = PrefixTrie(prefixes);
     permit(entries, byPrefix, firstOfNode);
+    if (family == AddressFamily::ipv4) {
+        cutAddresses(prefixes);
+    }
 }
 
 void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
@@ -67,9 +70,40 @@ void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U3
     }
 }
 
+/// What is permitted at an address is what the longest prefix around it permits: an entry never
+/// matches candidates shorter than its prefix.
+void PrefixListTrie::cutAddresses(std::span<IpGenPrefix const> prefixes) {
+    struct Open {
+        U64 end;
+        U64 bits;
+    };
+    std::vector<Open> open;
+    auto const closeBefore = [&](U64 address) {
+        while (!open.empty() && open.back().end <= address) {
+            U64 const end = open.back().end;
+            open.pop_back();
+            if (end <= ~U32{0}) {
+                pieces_.add(static_cast<U32>(end), open.empty() ? 0 : open.back().bits);
+            }
+        }
+    };
+    for (U32 node = 0; node < prefixes.size(); ++node) {
+        U64 const start = prefixes[node].addr().v4Value();
+        closeBefore(start);
+        open.push_back({start + (U64{1} << (32U - prefixes[node].len())), permitted_[node]});
+        pieces_.add(static_cast<U32>(start), permitted_[node]);
+    }
+    closeBefore(~U64{0});
+    pieces_.seal();
+}
+
 std::optional<bool> PrefixListTrie::match(IpGenPrefix const & candidate) const {
     if (empty()) {
         return std::nullopt;
+    }
+    if (family_ == AddressFamily::ipv4) {
+        return candidate.af() == AddressFamily::ipv4 &&
+               (pieces_.bitsOf(candidate.addr().v4Value()) >> candidate.len() & 1) != 0;
     }
     U32 const node = trie_.longestMatch(candidate);
     if (node == PrefixTrie::none) {

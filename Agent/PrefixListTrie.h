@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Agent/AddressPieces.h"
 #include "Agent/ListAction.h"
 #include "Agent/PrefixTrie.h"
 #include "Platform/Routing/Policy.h"
@@ -22,7 +23,8 @@ struct PrefixListEntry {
 ///
 /// A question costs a search however long the list is and however its entries nest: for every
 /// prefix that occurs in the list the lengths that it permits are worked out beforehand, with the
-/// entries of all prefixes around it taken into account. Immutable once made.
+/// entries of all prefixes around it taken into account. Of an IPv4 list they are kept by address.
+/// Immutable once made.
 class PrefixListTrie final : public Routing::Policy::PrefixListMatcher {
 public:
     /// A list without entries.
@@ -43,11 +45,13 @@ public:
 private:
     void permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
                 std::span<U32 const> firstOfNode);
+    void cutAddresses(std::span<IpGenPrefix const> prefixes);
 
     AddressFamily family_;
     U32 wordsPerNode_ = 1;
     PrefixTrie trie_;
     std::vector<U64> permitted_; ///< per node a bit for every length of a candidate
+    AddressPieces pieces_;       ///< of an IPv4 list: the same by address
 };
 
 } // namespace Qcf::Agent

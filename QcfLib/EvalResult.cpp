@@ -25,11 +25,4 @@ std::ostream & operator<<(std::ostream & out, TriStateBoolValue value) {
     return out << toString(value);
 }
 
-EvalResult tristateToEvalResult(TristateBoolean value) {
-    if (value.isSet == 0) {
-        return {};
-    }
-    return EvalResult(static_cast<TriStateBoolValue>(value.value + 1));
-}
-
 } // namespace Qcf::Eval

@@ -59,6 +59,9 @@ private:
 };
 
 /// Unset becomes unknown, whatever value it holds; a set value becomes false or true.
-EvalResult tristateToEvalResult(TristateBoolean value);
+inline EvalResult tristateToEvalResult(TristateBoolean value) {
+    return value.isSet == 0 ? EvalResult()
+                            : EvalResult(static_cast<TriStateBoolValue>(value.value + 1));
+}
 
 } // namespace Qcf::Eval

@@ -21,7 +21,8 @@ public:
     virtual U64 testsThatHold(PlanRun & run) const = 0;
 };
 
-/// Constants with the tests that they satisfy, in a table of open addresses.
+/// Constants with the tests that they satisfy: a table of open addresses behind a filter of bits,
+/// since most values of a route are in no test.
 template <typename Value>
 class ConstantTable {
 public:
@@ -31,14 +32,10 @@ public:
     /// To be called after the last insertion.
     void seal();
     U64 testsOf(Value const & value) const {
-        std::size_t at = place(value);
-        while (slots_[at].tests != 0) {
-            if (slots_[at].value == value) {
-                return slots_[at].tests;
-            }
-            at = (at + 1) & mask_;
-        }
-        return 0;
+        U64 const spread = spreadBits(value);
+        U64 const bit = spread & filterMask_;
+        bool const mayBeIn = ((filter_[bit / 64] >> (bit % 64)) & 1) != 0;
+        return mayBeIn ? foundTests(value, spread) : 0;
     }
 
 private:
@@ -46,10 +43,19 @@ private:
         Value value;
         U64 tests;
     };
-    std::size_t place(Value const & value) const { return spreadBits(value) & mask_; }
+    U64 foundTests(Value const & value, U64 spread) const {
+        for (std::size_t at = spread & mask_; slots_[at].tests != 0; at = (at + 1) & mask_) {
+            if (slots_[at].value == value) {
+                return slots_[at].tests;
+            }
+        }
+        return 0;
+    }
 
     std::vector<Entry> entries_;
     std::vector<Entry> slots_;
+    std::vector<U64> filter_;
+    U64 filterMask_ = 0;
     std::size_t mask_ = 0;
 };
 

@@ -90,10 +90,20 @@ PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const
     ChainSharing sharing(conditions);
     auto const & otherwise = links.back()->elseBlock();
     PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
-    for (auto link = links.rbegin(); link != links.rend(); ++link) {
-        PlanStep const * const then = block(*(*link)->thenBlock(), next);
+    for (std::size_t end = links.size(); end > 0;) {
+        std::size_t const count = sharing.caseBefore(conditions, end);
+        std::vector<PlanStep const *> blocks;
+        for (std::size_t i = end - count; i < end; ++i) {
+            blocks.push_back(block(*links[i]->thenBlock(), next));
+        }
+        end -= count;
+        if (count > 1) {
+            auto const & first = *sharing.placeOf(*conditions[end]);
+            step = make<IndexedCase>(*first.index, first.slot, first.test, std::move(blocks), step);
+            continue;
+        }
         sharing_ = &sharing; // only conditions: a block may change what they read
-        step = condition(*(*link)->condition(), {step, step, then});
+        step = condition(*conditions[end], {step, step, blocks.front()});
         sharing_ = nullptr;
     }
     bool const forgets = sharing.any();
@@ -154,6 +164,10 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
     auto const * const place = sharing_ != nullptr ? sharing_->placeOf(node) : nullptr;
     if (place != nullptr) {
         return make<IndexedTest>(*place->index, place->slot, place->test, targets);
+    }
+    auto const * const prefixMatch = as<IpPrefixMatchPrefixList>(node);
+    if (prefixMatch != nullptr && prefixMatch->lhs()->source() != nullptr) {
+        return make<PrefixListTest>(*prefixMatch, targets);
     }
     for (auto const lower : {&PlanLowering::intTest, &PlanLowering::setTest}) {
         if (PlanStep const * const step = (this->*lower)(node, targets)) {

@@ -30,6 +30,9 @@ public:
     U8 slotOf(Int const & operand) const;
     /// Where a test is answered; null when it is in no index.
     Place const * placeOf(Expression const & test) const;
+    /// How many of the conditions before `end`, at least one, are consecutive tests of one index.
+    std::size_t caseBefore(std::vector<Expression const *> const & conditions,
+                           std::size_t end) const;
     /// Moves the indexes to whoever keeps the steps. To be called once, at the end.
     void moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper);
 

@@ -185,6 +185,22 @@ ChainSharing::Place const * ChainSharing::placeOf(Expression const & test) const
     return found == places_.end() ? nullptr : &found->second;
 }
 
+std::size_t ChainSharing::caseBefore(std::vector<Expression const *> const & conditions,
+                                     std::size_t end) const {
+    std::size_t first = end - 1;
+    for (Place const * later = placeOf(*conditions[first]); later != nullptr && first > 0;) {
+        Place const * const earlier = placeOf(*conditions[first - 1]);
+        bool const joins = earlier != nullptr && earlier->index == later->index &&
+                           earlier->test + 1 == later->test;
+        if (!joins) {
+            break;
+        }
+        later = earlier;
+        --first;
+    }
+    return end - first;
+}
+
 void ChainSharing::moveIndexes(std::vector<std::unique_ptr<PlanIndex const>> & keeper) {
     for (auto & index : indexes_) {
         keeper.push_back(std::move(index));

@@ -2,7 +2,11 @@
 
 #include "QcfLib/PlanIndex.h"
 #include "QcfLib/PlanStep.h"
+#include "QcfLib/QcfEval.h"
 #include "QcfLib/SetAlgebra.h"
+
+#include <bit>
+#include <vector>
 
 /// The steps that ask something of the route and change nothing.
 namespace Qcf::Eval {
@@ -86,6 +90,27 @@ private:
     Set const * rhs_;
 };
 
+/// A prefix looked up in a prefix list.
+class PrefixListTest final : public PlanStep {
+public:
+    PrefixListTest(IpPrefixMatchPrefixList const & node, PlanTargets const & targets)
+        : prefix_(node.lhs()->source()), list_(*node.rhs()), targets_(targets) {}
+    PlanStep const * run(PlanRun & run) const override {
+        Routing::Policy::MatchInput_ const input{(run.context.*prefix_)()};
+        auto const * const matcher = list_.getValWithArgs(run.contextPtr, input.prefix.af());
+        if (matcher == nullptr) {
+            return targets_.onFalse;
+        }
+        auto const answer = tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
+        return targets_.at(answer.retVal());
+    }
+
+private:
+    PrefixSource prefix_;
+    PrefixList const & list_;
+    PlanTargets targets_;
+};
+
 /// One of the tests of an index: all of them are answered by the first one that is asked.
 class IndexedTest final : public PlanTest {
 public:
@@ -100,6 +125,34 @@ private:
     PlanIndex const & index_;
     U8 slot_;
     U8 test_;
+};
+
+/// Clauses that stand together in a chain and whose conditions are tests of one index: the first
+/// one that holds, by one look.
+class IndexedCase final : public PlanStep {
+public:
+    /// `targets` belong to consecutive tests from `firstTest` on.
+    IndexedCase(PlanIndex const & index, U8 slot, U8 firstTest,
+                std::vector<PlanStep const *> targets, PlanStep const * otherwise)
+        : index_(index),
+          slot_(slot),
+          firstTest_(firstTest),
+          mask_(targets.size() == 64 ? ~U64{0} : (U64{1} << targets.size()) - 1),
+          targets_(std::move(targets)),
+          otherwise_(otherwise) {}
+    PlanStep const * run(PlanRun & run) const override {
+        U64 const tests = run.remembered(slot_, [&] { return index_.testsThatHold(run); });
+        U64 const holding = (tests >> firstTest_) & mask_;
+        return holding == 0 ? otherwise_ : targets_[std::countr_zero(holding)];
+    }
+
+private:
+    PlanIndex const & index_;
+    U8 slot_;
+    U8 firstTest_;
+    U64 mask_;
+    std::vector<PlanStep const *> targets_;
+    PlanStep const * otherwise_;
 };
 
 } // namespace Qcf::Eval

@@ -5,13 +5,12 @@ namespace Qcf::Eval {
 
 namespace {
 
-EvalResult matchList(PrefixList const & list, IpGenPrefix const & candidate,
+EvalResult matchList(PrefixList const & list, Routing::Policy::MatchInput_ const & input,
                      EvalResult const & withoutList, Ptr<EvalContextBase> const & context) {
-    auto const * const matcher = list.getValWithArgs(context, candidate.af());
+    auto const * const matcher = list.getValWithArgs(context, input.prefix.af());
     if (matcher == nullptr) {
         return withoutList;
     }
-    Routing::Policy::MatchInput_ const input{candidate};
     return tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
 }
 
@@ -31,15 +30,15 @@ EvalResult IpPrefixCoveredBy::eval(Ptr<EvalContextBase> const & context) const {
 }
 
 EvalResult IpPrefixMatchPrefixList::eval(Ptr<EvalContextBase> const & context) const {
-    return matchList(*rhs_, lhs_->getVal(context), EvalResult::fromBool(false), context);
+    return matchList(*rhs_, {lhs_->getVal(context)}, EvalResult::fromBool(false), context);
 }
 EvalResult IpPrefixMatchCoveredPrefixList::eval(Ptr<EvalContextBase> const & context) const {
     // Without a list the decision is left to the logical operators around.
-    return matchList(*rhs_, lhs_->getVal(context), EvalResult(), context);
+    return matchList(*rhs_, {lhs_->getVal(context)}, EvalResult(), context);
 }
 EvalResult IpAddressMatchPrefixList::eval(Ptr<EvalContextBase> const & context) const {
-    auto const candidate = IpGenPrefix::host(lhs_->getVal(context));
-    return matchList(*rhs_, candidate, EvalResult::fromBool(false), context);
+    Routing::Policy::MatchInput_ const host{IpGenPrefix::host(lhs_->getVal(context))};
+    return matchList(*rhs_, host, EvalResult::fromBool(false), context);
 }
 
 bool IpPrefixMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {

@@ -127,9 +127,13 @@ public:
     virtual void setVal(IpGenAddr value, Ptr<EvalContextBase> const & context) const = 0;
 };
 
+/// The accessor of a prefix attribute; null where its node has to be asked.
+using PrefixSource = IpGenPrefix (GeneratedEvalContext::*)() const;
+
 class IpPrefix : public StorageType {
 public:
     using StorageType::StorageType;
+    virtual PrefixSource source() const { return nullptr; }
     virtual IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 

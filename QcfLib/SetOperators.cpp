@@ -38,6 +38,12 @@ EvalResult isEmpty(Node const & node, Context const & context) {
     return EvalResult::fromBool(lhs == nullptr || lhs->empty());
 }
 
+/// Stores the target's own set again, which was overwritten.
+template <typename Target, typename Set>
+void storeOwn(Target const & target, Set const * set, Context const & context) {
+    target.setVal(PtrConst<Set>(set->empty() ? nullptr : set), context);
+}
+
 /// Writes `combine(lhs, rhs, scratch)` to the left operand. Where the left operand itself becomes
 /// the result, which `inPlace` tries first, nothing is counted.
 template <typename Set, typename Node, typename InPlace, typename Combine>
@@ -48,7 +54,7 @@ EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace
     Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
     auto & scratch = setScratch(evalContext(context), lhs);
     if (!isEmptySet(lhs) && !isEmptySet(rhs) && inPlace(*lhs, *rhs, scratch)) {
-        node.lhs()->setVal(PtrConst<Set>(lhs->empty() ? nullptr : lhs), context);
+        storeOwn(*node.lhs(), lhs, context);
         return EvalResult::fromBool(true);
     }
     PtrConst<Set> const left = freshLhs ? std::move(freshLhs) : PtrConst<Set>(lhs);
@@ -111,19 +117,29 @@ QCF_SET_OPERATORS(CommunitySet, CommunitySmallVector)
 #undef QCF_SET_OPERATORS
 
 EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
+    using Set = CommunitySmallVector;
     auto const done = EvalResult::fromBool(true);
-    auto const r = rhs_->getVal(context);
-    if (!r || r->empty()) {
-        return done;
-    }
-    auto const l = lhs_->getVal(context);
-    if (!l || l->empty()) {
-        storeResult(*lhs_, r, l, r, context);
+    PtrConst<Set> fresh;
+    Set const * const added = rhs_->lendVal(context, fresh);
+    if (isEmptySet(added)) {
         return done;
     }
     auto & scratch = evalContext(context).communitySetScratch();
-    if (r->lbwValue().isZero()) {
-        storeResult(*lhs_, CommunitySmallVector::add(l, r, scratch), l, r, context);
+    bool const isPlainUnion = added->lbwValue().isZero();
+    PtrConst<Set> freshLhs;
+    Set const * const current = lhs_->lendVal(context, freshLhs);
+    if (isPlainUnion && !isEmptySet(current) && addInPlace(*current, *added, scratch)) {
+        storeOwn(*lhs_, current, context);
+        return done;
+    }
+    PtrConst<Set> const r = fresh ? std::move(fresh) : PtrConst<Set>(added);
+    PtrConst<Set> const l = freshLhs ? std::move(freshLhs) : PtrConst<Set>(current);
+    if (isEmptySet(current)) {
+        storeResult(*lhs_, r, l, r, context);
+        return done;
+    }
+    if (isPlainUnion) {
+        storeResult(*lhs_, Set::add(l, r, scratch), l, r, context);
         return done;
     }
     LazyCommunitySmallVectorInsertingLBW result(l, scratch, l->count() + r->count(), r->lbwValue());

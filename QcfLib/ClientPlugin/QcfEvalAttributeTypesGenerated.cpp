@@ -893,6 +893,9 @@ IpGenPrefix EvpnIpPrefixRoutePrefix::getVal(Ptr<EvalContextBase const> const & c
     auto const & c = evalContext(context);
     return c.evpnIpPrefixRoutePrefixInput();
 }
+PrefixSource EvpnIpPrefixRoutePrefix::source() const {
+    return &GeneratedEvalContext::evpnIpPrefixRoutePrefixInput;
+}
 
 EvpnIpPrefixRoutePrefixIpVersion::EvpnIpPrefixRoutePrefixIpVersion(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1249,6 +1252,9 @@ IpGenPrefix FlowspecDestinationPrefix::getVal(Ptr<EvalContextBase const> const &
     auto const & c = evalContext(context);
     return c.flowspecDestinationPrefixInput();
 }
+PrefixSource FlowspecDestinationPrefix::source() const {
+    return &GeneratedEvalContext::flowspecDestinationPrefixInput;
+}
 
 FlowspecDestinationPrefixIpVersion::FlowspecDestinationPrefixIpVersion(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1342,6 +1348,9 @@ void FlowspecSourcePrefix::operator delete(void * memory) noexcept {
 IpGenPrefix FlowspecSourcePrefix::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.flowspecSourcePrefixInput();
+}
+PrefixSource FlowspecSourcePrefix::source() const {
+    return &GeneratedEvalContext::flowspecSourcePrefixInput;
 }
 
 FlowspecSourcePrefixIpVersion::FlowspecSourcePrefixIpVersion(U64 aetNodeKey)
@@ -1471,6 +1480,7 @@ IpGenPrefix IpPrefix::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
     return c.ipPrefixInput();
 }
+PrefixSource IpPrefix::source() const { return &GeneratedEvalContext::ipPrefixInput; }
 
 IpPrefixIpVersion::IpPrefixIpVersion(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}

@@ -783,6 +783,7 @@ public:
     U32 hash(U32 seed) const override;
     IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    PrefixSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1068,6 +1069,7 @@ public:
     U32 hash(U32 seed) const override;
     IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    PrefixSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1138,6 +1140,7 @@ public:
     U32 hash(U32 seed) const override;
     IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    PrefixSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1255,6 +1258,7 @@ public:
     U32 hash(U32 seed) const override;
     IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    PrefixSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

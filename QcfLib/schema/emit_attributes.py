@@ -31,6 +31,8 @@ class AttributeClass:
     def source_(self):
         """How a plan reads the attribute without asking its node; None where it has to ask."""
         s = self.source
+        if not self.derived and s.kindName == "prefix":
+            return "PrefixSource source() const", f"return &GeneratedEvalContext::{s.stem}Input;"
         if self.derived or not (s.kindName == "int" or s.kind.isSet):
             return None
         fetch = "InputModifiableRawPtr" if s.kind.isSet and self.modifiable else "InputRawPtr" if s.kind.isSet else "Input"
