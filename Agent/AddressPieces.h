@@ -13,11 +13,11 @@ class AddressPieces {
 public:
     /// The bits from `start` on, up to the start of the piece added next. Starts must not fall; the
     /// last one of equal starts counts. Addresses before the first piece have no bits.
-    void add(U32 start, U64 bits);
+    void add(U32 start, U32 bits);
     /// To be called after the last piece, before the first question.
     void seal();
 
-    U64 bitsOf(U32 address) const {
+    U32 bitsOf(U32 address) const {
         U32 const bucket = address >> shift_;
         U32 const first = firstOfBucket_[bucket];
         U32 const count = firstOfBucket_[bucket + 1] - first;
@@ -39,7 +39,7 @@ private:
 
     struct Piece {
         U32 start;
-        U64 bits;
+        U32 bits;
     };
 
     U32 firstBehind(U32 first, U32 count, U32 address) const;

@@ -75,7 +75,7 @@ void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U3
 void PrefixListTrie::cutAddresses(std::span<IpGenPrefix const> prefixes) {
     struct Open {
         U64 end;
-        U64 bits;
+        U32 bits;
     };
     std::vector<Open> open;
     auto const closeBefore = [&](U64 address) {
@@ -90,8 +90,9 @@ void PrefixListTrie::cutAddresses(std::span<IpGenPrefix const> prefixes) {
     for (U32 node = 0; node < prefixes.size(); ++node) {
         U64 const start = prefixes[node].addr().v4Value();
         closeBefore(start);
-        open.push_back({start + (U64{1} << (32U - prefixes[node].len())), permitted_[node]});
-        pieces_.add(static_cast<U32>(start), permitted_[node]);
+        auto const bits = static_cast<U32>(permitted_[node] >> 1); // from length 1 on
+        open.push_back({start + (U64{1} << (32U - prefixes[node].len())), bits});
+        pieces_.add(static_cast<U32>(start), bits);
     }
     closeBefore(~U64{0});
     pieces_.seal();
@@ -101,9 +102,9 @@ std::optional<bool> PrefixListTrie::match(IpGenPrefix const & candidate) const {
     if (empty()) {
         return std::nullopt;
     }
-    if (family_ == AddressFamily::ipv4) {
-        return candidate.af() == AddressFamily::ipv4 &&
-               (pieces_.bitsOf(candidate.addr().v4Value()) >> candidate.len() & 1) != 0;
+    if (family_ == AddressFamily::ipv4 && candidate.af() == family_ && candidate.len() != 0) {
+        U32 const bits = pieces_.bitsOf(candidate.addr().v4Value());
+        return (bits >> (candidate.len() - 1U) & 1) != 0;
     }
     U32 const node = trie_.longestMatch(candidate);
     if (node == PrefixTrie::none) {
