@@ -17,7 +17,7 @@ class Function;
 /// The agent overrides the Input and InputPopulate operations of the attributes that it has, the
 /// write-backs of those that it lets functions change, and the session facts and list operations
 /// below. Without any override every attribute reads as its default and every match fails.
-/// A set handed to a write-back is emptied for the next route: copy it inside the call.
+/// A set handed to a write-back is good until the next reset: copy it if it is to last longer.
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null; the result record is not owned.

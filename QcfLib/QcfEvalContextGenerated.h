@@ -159,7 +159,8 @@ public:
     virtual void prefixSidIndexIs(U64 value);
     /// How the route came into BGP.
     virtual U64 routeSourceInput() const;
-    /// Standard communities: fill the emptied container, ascending.
+    /// Standard communities: fill the emptied container, ascending, or lend it values (see
+    /// ValueVector).
     virtual void communityInputPopulate(Ptr<U64SmallVector> const & set) const;
     virtual void communityIs(PtrConst<U64SmallVector> const & value);
     /// Interface of a connected route.
@@ -184,7 +185,8 @@ public:
     virtual EthAddr evpnMacIpRouteMacAddressInput() const;
     /// EVPN route type.
     virtual U64 evpnRouteTypeInput() const;
-    /// Extended communities: fill the emptied container, ascending.
+    /// Extended communities: fill the emptied container, ascending, or lend it values (see
+    /// ValueVector).
     virtual void extCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const;
     virtual void extCommunityIs(PtrConst<CommunitySmallVector> const & value);
     /// Resilient ECMP state of the forwarding class.
@@ -201,13 +203,15 @@ public:
     virtual void tagIs(U64 value);
     /// AS number of the BGP instance.
     virtual U64 instanceAsInput() const;
-    /// IS-IS levels, a set of the numbers 1 and 2: fill the emptied container, ascending.
+    /// IS-IS levels, a set of the numbers 1 and 2: fill the emptied container, ascending, or lend
+    /// it values (see ValueVector).
     virtual void isisLevelInputPopulate(Ptr<U64SmallVector> const & set) const;
     virtual void isisLevelIs(PtrConst<U64SmallVector> const & value);
     /// IS-IS metric.
     virtual U64 isisMetricInput() const;
     virtual void isisMetricIs(U64 value);
-    /// Large communities: fill the emptied container, ascending.
+    /// Large communities: fill the emptied container, ascending, or lend it values (see
+    /// ValueVector).
     virtual void largeCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const;
     virtual void largeCommunityIs(PtrConst<CommunitySmallVector> const & value);
     /// Local preference.

@@ -177,7 +177,7 @@ def contextClass():
     out += "    ~GeneratedEvalContext() override;\n\n"
     for signature, kind, s in accessors():
         if kind != "writeBack":
-            out += doc(s.doc if kind == "input" else s.doc.rstrip(".") + ": fill the emptied container, ascending." if s.kind.isSet else s.doc, 4)
+            out += doc(s.doc if kind == "input" else s.doc.rstrip(".") + ": fill the emptied container, ascending, or lend it values (see ValueVector)." if s.kind.isSet else s.doc, 4)
         head, _, rest = signature.partition("(")
         args, _, const = rest.rpartition(")")
         out += wrap("virtual " + head + "(", [args] if args else [], ")" + const + ";", 4)
