@@ -38,8 +38,9 @@ PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry
     firstOfNode.push_back(static_cast<U32>(byPrefix.size()));
     trie_ = PrefixTrie(prefixes);
     permit(entries, byPrefix, firstOfNode);
-    if (family == AddressFamily::ipv4) {
+    if (family == AddressFamily::ipv4 && !prefixes.empty()) {
         cutAddresses(prefixes);
+        hasPieces_ = true;
     }
 }
 
@@ -102,9 +103,8 @@ std::optional<bool> PrefixListTrie::match(IpGenPrefix const & candidate) const {
     if (empty()) {
         return std::nullopt;
     }
-    if (family_ == AddressFamily::ipv4 && candidate.af() == family_ && candidate.len() != 0) {
-        U32 const bits = pieces_.bitsOf(candidate.addr().v4Value());
-        return (bits >> (candidate.len() - 1U) & 1) != 0;
+    if (hasPiecesFor(candidate)) {
+        return permittedByPiece(candidate);
     }
     U32 const node = trie_.longestMatch(candidate);
     if (node == PrefixTrie::none) {
@@ -117,7 +117,11 @@ std::optional<bool> PrefixListTrie::match(IpGenPrefix const & candidate) const {
 TristateBoolean
 PrefixListTrie::matchWithTristate(Routing::Policy::MatchInput_ const & input,
                                   Ptr<Routing::Policy::PolicyEvalContext> const &) const {
-    auto const answer = match(input.prefix);
+    IpGenPrefix const & candidate = input.prefix;
+    if (hasPiecesFor(candidate)) [[likely]] {
+        return TristateBoolean::of(permittedByPiece(candidate));
+    }
+    auto const answer = match(candidate);
     return answer ? TristateBoolean::of(*answer) : TristateBoolean::unset();
 }
 

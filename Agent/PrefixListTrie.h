@@ -46,8 +46,16 @@ private:
     void permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
                 std::span<U32 const> firstOfNode);
     void cutAddresses(std::span<IpGenPrefix const> prefixes);
+    bool hasPiecesFor(IpGenPrefix const & candidate) const {
+        return hasPieces_ && candidate.af() == AddressFamily::ipv4 && candidate.len() != 0;
+    }
+    bool permittedByPiece(IpGenPrefix const & candidate) const {
+        U32 const bits = pieces_.bitsOf(candidate.addr().v4Value());
+        return (bits >> (candidate.len() - 1U) & 1) != 0;
+    }
 
     AddressFamily family_;
+    bool hasPieces_ = false; ///< an IPv4 list with entries
     U32 wordsPerNode_ = 1;
     PrefixTrie trie_;
     std::vector<U64> permitted_; ///< per node a bit for every length of a candidate

@@ -43,9 +43,18 @@ public:
     bool contains(std::span<Value const> values, Value const & value) const {
         U64 const spread = spreadBits(value);
         std::size_t const bit = spread & bitMask();
-        if (((bits_[bit / wordBits] >> (bit % wordBits)) & 1) == 0) {
-            return false;
-        }
+        bool const mayBe = ((bits_[bit / wordBits] >> (bit % wordBits)) & 1) != 0;
+        return mayBe && isFound(values, value, spread);
+    }
+
+private:
+    // Sixteen bits a value: about one false alarm in sixteen, in two bytes a value.
+    static constexpr std::size_t bitsPerValue = 16;
+    static constexpr std::size_t wordBits = 64;
+    static constexpr U32 empty = ~U32{0};
+
+    template <typename Value>
+    bool isFound(std::span<Value const> values, Value const & value, U64 spread) const {
         for (std::size_t at = spread & placeMask(); places_[at] != empty;
              at = (at + 1) & placeMask()) {
             if (values[places_[at]] == value) {
@@ -54,12 +63,6 @@ public:
         }
         return false;
     }
-
-private:
-    // Sixteen bits a value: about one false alarm in sixteen, in two bytes a value.
-    static constexpr std::size_t bitsPerValue = 16;
-    static constexpr std::size_t wordBits = 64;
-    static constexpr U32 empty = ~U32{0};
 
     std::size_t bitMask() const { return bits_.size() * wordBits - 1; }
     std::size_t placeMask() const { return places_.size() - 1; }

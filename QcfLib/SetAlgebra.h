@@ -118,11 +118,11 @@ bool setIsSubset(Set const * a, Set const * b) {
 /// Whether one of the few values occurs in the set, each searched for.
 template <typename Set>
 bool anyFound(std::span<typename Set::Value const> few, Set const & many) {
-    if (many.index() != nullptr) {
-        return std::any_of(few.begin(), few.end(),
-                           [&](auto const & value) { return setContains(many, value); });
-    }
     auto const values = many.view();
+    if (auto const * const index = many.index()) {
+        return std::any_of(few.begin(), few.end(),
+                           [&](auto const & value) { return index->contains(values, value); });
+    }
     auto at = values.begin();
     for (auto const & value : few) {
         at = gallop(at, values.end(), value);
