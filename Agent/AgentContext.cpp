@@ -9,7 +9,7 @@ namespace Qcf::Agent {
 using Eval::CommunitySmallVector;
 using Eval::U64SmallVector;
 
-AgentContext::AgentContext(PtrConst<AgentMatchers> matchers)
+AgentContext::AgentContext(PtrConst<AgentMatchers> const & matchers)
     : AgentContextBase(matchers ? matchers : bindLists({}, nullptr), nullptr, nullptr),
       matchers_(static_cast<AgentMatchers const *>(externalMatchers().get())) {}
 

@@ -17,7 +17,7 @@ namespace Qcf::Agent {
 class AgentContext final : public AgentContextBase {
 public:
     /// Null matchers mean that there are no lists.
-    explicit AgentContext(PtrConst<AgentMatchers> matchers);
+    explicit AgentContext(PtrConst<AgentMatchers> const & matchers);
     ~AgentContext() override;
 
     // Facts of the route's session.

@@ -38,7 +38,7 @@ Ptr<Set> assignedBy(CommunityMatcher<Set> const * list) {
 template <typename Set>
 Ptr<Set> addedBy(CommunityMatcher<Set> const * list, Ptr<Set> const & current,
                  typename Set::Buffer & scratch) {
-    Ptr<Set> const added = assignedBy(list);
+    Ptr<Set> added = assignedBy(list);
     if (Set::isSubset(added.get(), current.get())) {
         return current;
     }

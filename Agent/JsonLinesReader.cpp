@@ -156,7 +156,7 @@ std::string_view JsonLinesReader::takeLine(std::size_t length, bool withEnd) {
 String JsonLinesReader::lineName() const { return name_ + ':' + std::to_string(line_) + ": "; }
 
 std::unique_ptr<RouteReader> makeJsonLinesReader(ByteSource source, String const & name,
-                                                 Reporter /*report*/) {
+                                                 Reporter const & /*report*/) {
     return std::make_unique<JsonLinesReader>(std::move(source), name);
 }
 

@@ -90,6 +90,7 @@ struct Route {
     void clear();
 
     /// Calls `visit` with attribute `index` of routeAttributeNames() for writing.
+    // NOLINTNEXTLINE(readability-function-size): a line an attribute
     template <typename Visitor> void visitAttribute(std::size_t index, Visitor && visit) {
         switch (index) {
         case 0:

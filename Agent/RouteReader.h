@@ -84,6 +84,6 @@ std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<ByteStream> stream, Stri
 /// The readers of the two formats, for data that are known to be of that format.
 std::unique_ptr<RouteReader> makeMrtReader(ByteSource source, String const & name, Reporter report);
 std::unique_ptr<RouteReader> makeJsonLinesReader(ByteSource source, String const & name,
-                                                 Reporter report);
+                                                 Reporter const & report);
 
 } // namespace Qcf::Agent

@@ -109,11 +109,10 @@ String asTable() {
     }
     String text;
     for (NodeClass const & nodeClass : Qcf::Eval::nodeClasses()) {
-        String name = nodeClass.name;
-        String base = nodeClass.base;
-        name.resize(nameWidth, ' ');
-        base.resize(baseWidth, ' ');
-        String line = name + "  " + base + "  ";
+        String line = nodeClass.name;
+        line.resize(nameWidth + 2, ' ');
+        line += nodeClass.base;
+        line.resize(nameWidth + 2 + baseWidth + 2, ' ');
         line += nodeClass.attribute != nullptr ? attributeText(*nodeClass.attribute)
                                                : fieldsText(nodeClass);
         line.erase(line.find_last_not_of(' ') + 1);

@@ -161,16 +161,21 @@ public:
     using ValueVector::ValueVector;
     static Ptr<CommunitySmallVector> CommunitySmallVectorIs(ModifyFlag modifyFlag);
 
-    Acl::CommunityValue lbwValue() const { return isLent() ? lastLinkBandwidth() : lbwValue_; }
-    void lbwValueIs(Acl::CommunityValue const & lbwValue) { lbwValue_ = lbwValue; }
+    Acl::CommunityValue lbwValue() const {
+        return lbwFollowsValues_ || isLent() ? lastLinkBandwidth() : lbwValue_;
+    }
+    void lbwValueIs(Acl::CommunityValue const & lbwValue) {
+        lbwValue_ = lbwValue;
+        lbwFollowsValues_ = false;
+    }
 
     CommunityBuffer & values() {
-        lbwValue_ = lbwValue();
+        lbwValueIs(lbwValue());
         return ValueVector::values();
     }
     void clear() {
         ValueVector::clear();
-        lbwValue_ = {};
+        lbwValueIs({});
     }
     void insert(Acl::CommunityValue const & value) {
         values().push_back(value);
@@ -181,7 +186,7 @@ public:
     void normalize();
     /// To be called when an operation has overwritten the values: `lbwValue` becomes the last one
     /// among them.
-    void noteOverwritten() { lbwValue_ = lastLinkBandwidth(); }
+    void noteOverwritten() { lbwFollowsValues_ = true; }
     bool contains(Acl::CommunityValue const & value) const;
 
     static bool isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b);
@@ -207,6 +212,7 @@ private:
     Acl::CommunityValue lastLinkBandwidth() const;
 
     Acl::CommunityValue lbwValue_;
+    bool lbwFollowsValues_ = false; ///< it is the last one among the values, not yet looked up
 };
 
 Ptr<U64SmallVector> u64SmallVectorFactory(ModifyFlag modifyFlag);

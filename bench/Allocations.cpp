@@ -37,6 +37,7 @@ U64 slabObjectsTaken() {
 #if QCF_BENCH_COUNTS_HEAP
 
 // The C library lets a program bring its own malloc and keeps these names for the original one.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): its headers name them otherwise
 extern "C" {
 
 void * __libc_malloc(std::size_t);                // NOLINT(bugprone-reserved-identifier)
@@ -77,5 +78,6 @@ void free(void * memory) noexcept {
 }
 
 } // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 #endif

@@ -1,5 +1,6 @@
 #include "bench/Bird.h"
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -60,8 +61,9 @@ void writePath(Out & out, Routing::Bgp::AsPath const & path) {
             asns.push_back(0);
         }
     }
-    for (auto asn = asns.rbegin(); asn != asns.rend(); ++asn) {
-        out << " bgp_path.prepend(" << *asn << ");";
+    std::reverse(asns.begin(), asns.end());
+    for (U32 const asn : asns) {
+        out << " bgp_path.prepend(" << asn << ");";
     }
 }
 

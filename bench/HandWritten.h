@@ -17,7 +17,7 @@ namespace Qcf::Bench {
 
 /// What hand-written policies look things up in.
 struct HandData {
-    explicit HandData(PolicyData const & data);
+    explicit HandData(PolicyData const & policies);
 
     PolicyData const & data;
     IntervalList bogons;

@@ -84,8 +84,8 @@ std::optional<Options> readOptions(std::vector<String> const & arguments) {
         } else if (argument == "--json" && !value.empty()) {
             options.jsonFile = value;
             ++i;
-        } else if (argument == "--rounds" && std::atoi(value.c_str()) > 0) {
-            options.measure.rounds = static_cast<U32>(std::atoi(value.c_str()));
+        } else if (argument == "--rounds" && std::strtoul(value.c_str(), nullptr, 10) > 0) {
+            options.measure.rounds = static_cast<U32>(std::strtoul(value.c_str(), nullptr, 10));
             ++i;
         } else if (argument == "--policy" && readPolicy(value, options.policies)) {
             keep(argument, value);
@@ -167,7 +167,7 @@ int runBench(Options const & options) {
 } // namespace Qcf::Bench
 
 int main(int argc, char ** argv) {
-    using namespace Qcf::Bench;
+    using namespace Qcf::Bench; // NOLINT(google-build-using-namespace): all of main is about it
     std::vector<String> const arguments(argv + 1, argv + argc);
     if (!arguments.empty() && arguments.front() == "--micro") {
         return runMicro(argc - 1, argv + 1);

@@ -62,6 +62,7 @@ def routeHeader():
     void clear();
 
     /// Calls `visit` with attribute `index` of routeAttributeNames() for writing.
+    // NOLINTNEXTLINE(readability-function-size): a line an attribute
     template <typename Visitor> void visitAttribute(std::size_t index, Visitor && visit) {
         switch (index) {
 """

@@ -211,7 +211,7 @@ String RandomDocument::child(FieldInfo const & field, Scope scope) {
     if (expression && options_.references && !shareable_.empty() && oneIn(6)) {
         return "{\"ref\":" + std::to_string(oneOf(shareable_)) + "}";
     }
-    String const text = oneIn(expression ? 5 : 2) ? literal(field.wants) : String();
+    String text = oneIn(expression ? 5 : 2) ? literal(field.wants) : String();
     if (!text.empty()) {
         return text;
     }
