@@ -15,7 +15,8 @@ class AgentContextBase : public Eval::EvalContext {
 public:
     using EvalContext::EvalContext;
 
-    /// The route to evaluate next; resets the context and forgets the changes of the last one.
+    /// The route to evaluate next. Forgets the last one and its changes in place: `reset` is not
+    /// called.
     void routeIs(Route const & route) {
         forgetRoute();
         changes_.clear();
