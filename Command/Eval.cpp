@@ -28,7 +28,7 @@ void checkInputs(Options const & options) {
 
 /// The function to evaluate, which must be one that can be.
 PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options const & options) {
-    auto const function = findFunction(program, options.document, options.function);
+    auto function = findFunction(program, options.document, options.function);
     if (auto const & fault = program.faultOf(*function).eval; !fault.empty()) {
         throw DocumentError(options.document + ": function " + options.function + ": " + fault);
     }

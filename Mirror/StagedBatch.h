@@ -31,7 +31,7 @@ public:
 
 private:
     void take(String piece);
-    void parseEnd(std::string_view line);
+    void parseEnd(std::string_view text);
 
     String place_;
     Batch batch_;
