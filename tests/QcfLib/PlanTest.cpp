@@ -54,6 +54,22 @@ TEST(Plans, ExceptionsOfAccessorsLeaveThemUsable) {
     EXPECT_EQ(outcome(*f, context), "true; medIs 14");
 }
 
+// Changes that stand together are made in one pass, if they are changes of one set.
+TEST(Plans, ChangesOfTwoSetsStayApart) {
+    auto const context = makePtr<RecordingContext>();
+    auto const community = make<Attribute::Community>();
+    auto const levels = make<Attribute::IsisLevel>();
+    auto const f = function({make<IntSetRemoveImmediate>(community, intSet({1})),
+                             make<IntSetAddImmediate>(levels, intSet({2})),
+                             make<IntSetAddImmediate>(community, intSet({7})), accepts()});
+    context->community = {1, 5};
+    context->isisLevel = {1};
+    for (bool const plans : {false, true}) {
+        PlansEnabled const on(plans);
+        EXPECT_EQ(outcome(*f, context), "true; communityIs 5,7; isisLevelIs 1,2") << plans;
+    }
+}
+
 // Wherever the malformed part stands, and by plan and tree alike.
 TEST(PlansDeathTest, MalformedTreesEndTheProcess) {
     auto const x = scripted(QcfTrue(), TerminationFlag::returnToCaller);
