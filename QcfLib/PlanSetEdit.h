@@ -9,10 +9,8 @@
 namespace Qcf::Eval {
 
 /// A statement that adds a few constants to a set attribute, or removes them.
-template <typename Set_>
+template <typename Set>
 struct SetChange {
-    using Set = Set_;
-
     Expression const * node;
     SetStorage<Set> const * target;
     Set const * constants;

@@ -70,7 +70,6 @@ struct PlanTargets {
     PlanStep const * at(TriStateBoolValue value) const {
         return value == QcfTrue() ? onTrue : value == QcfFalse() ? onFalse : onUnknown;
     }
-    static PlanTargets all(PlanStep const * next) { return {next, next, next}; }
 };
 
 /// An integer operand.
