@@ -10,16 +10,27 @@
 
 namespace Qcf::Documents {
 
-/// Node numbers by key. Most documents give keys in rising order, which costs no hash table.
+/// Node numbers by key. Most documents give keys in rising order, which costs no hash table, and
+/// most of those leave few out, so that a key tells about where it stands.
 class KeyTable {
 public:
-    std::optional<U32> find(U64 key) const {
-        auto const at = std::lower_bound(rising_.begin(), rising_.end(), std::pair(key, U32{0}));
-        if (at != rising_.end() && at->first == key) {
-            return at->second;
+    KeyTable() = default;
+    /// Numbers nodes, or pointers to them, whose keys differ, from 0 on.
+    template <typename Nodes>
+    explicit KeyTable(Nodes const & nodes) {
+        rising_.reserve(nodes.size());
+        for (U32 number = 0; auto const & node : nodes) {
+            insert(node->aetNodeKey(), number++);
         }
-        auto const stray = strays_.find(key);
-        return stray == strays_.end() ? std::nullopt : std::optional(stray->second);
+    }
+
+    std::optional<U32> find(U64 key) const {
+        if (rising_.empty() || key < rising_.front().first || key > rising_.back().first) {
+            return stray(key);
+        }
+        auto const [first, last] = around(key);
+        auto const at = std::lower_bound(first, last, std::pair(key, U32{0}));
+        return at != last && at->first == key ? std::optional(at->second) : stray(key);
     }
 
     /// The key must be new.
@@ -35,7 +46,35 @@ public:
     U64 largest() const { return rising_.empty() ? 0 : rising_.back().first; }
 
 private:
-    std::vector<std::pair<U64, U32>> rising_;
+    using Rising = std::vector<std::pair<U64, U32>>;
+    using Place = Rising::const_iterator;
+
+    std::optional<U32> stray(U64 key) const {
+        auto const found = strays_.find(key);
+        return found == strays_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+    /// Where a key within the bounds of the rising ones would stand: it is guessed as if all gaps
+    /// were alike, and the steps away from there double.
+    std::pair<Place, Place> around(U64 key) const {
+        auto const end = static_cast<std::ptrdiff_t>(rising_.size());
+        U64 const first = rising_.front().first;
+        auto const share = static_cast<double>(key - first) /
+                           static_cast<double>(std::max<U64>(rising_.back().first - first, 1));
+        auto const guess = static_cast<std::ptrdiff_t>(share * static_cast<double>(end - 1));
+        std::ptrdiff_t low = guess;
+        for (std::ptrdiff_t step = 1; low > 0 && keyAt(low) > key; step *= 2) {
+            low = std::max<std::ptrdiff_t>(guess - step, 0);
+        }
+        std::ptrdiff_t high = std::min(guess + 1, end - 1);
+        for (std::ptrdiff_t step = 2; high < end - 1 && keyAt(high) < key; step *= 2) {
+            high = std::min(guess + step, end - 1);
+        }
+        return {rising_.begin() + low, rising_.begin() + high + 1};
+    }
+    U64 keyAt(std::ptrdiff_t at) const { return rising_[static_cast<std::size_t>(at)].first; }
+
+    Rising rising_;
     std::unordered_map<U64, U32> strays_;
 };
 

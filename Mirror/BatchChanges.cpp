@@ -133,19 +133,20 @@ void BatchChanges::nodeLine(JsonValue const & line) {
     reader.done();
     bool const taken = base_ != nullptr && !removed_.contains(number) &&
                        base_->anyNode(number, [](Node const &) { return true; });
-    if (taken || !byKey_.emplace(number, node).second) {
+    if (taken || numbers_.find(number)) {
         key.fail("key of its own");
     }
     keepConstantValue(*node);
+    numbers_.insert(number, static_cast<U32>(nodes_.size()));
     nodes_.push_back(node);
 }
 
 PtrConst<BatchChanges::Node> BatchChanges::child(JsonValue const & reference,
                                                  FieldInfo const & field) const {
     U64 const key = reference.expectU64();
-    if (auto const found = byKey_.find(key); found != byKey_.end()) {
-        if (field.accepts(*found->second)) {
-            return found->second;
+    if (auto const found = numbers_.find(key)) {
+        if (field.accepts(*nodes_[*found])) {
+            return nodes_[*found];
         }
     } else if (base_ != nullptr && !removed_.contains(key)) {
         if (auto found = base_->anyNode(key, field.accepts)) {

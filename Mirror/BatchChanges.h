@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Documents/KeyTable.h"
 #include "Mirror/StagedBatch.h"
 #include "QcfLib/QcfLib.h"
 
-#include <unordered_map>
+#include <map>
 #include <unordered_set>
 
 namespace Qcf::Mirror {
@@ -35,7 +36,7 @@ private:
     AetCollections const * base_;
     std::unordered_set<U64> removed_;
     std::vector<Ptr<Node>> nodes_;
-    std::unordered_map<U64, Ptr<Node>> byKey_;
+    Documents::KeyTable numbers_; ///< of nodes_, by key
     std::map<String, PtrConst<Eval::Function>> functions_;
 };
 

@@ -1,11 +1,10 @@
 #include "Mirror/ChangeSource.h"
 
+#include "Documents/KeyTable.h"
 #include "Mirror/NodeWalk.h"
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
-
-#include <unordered_set>
 
 namespace Qcf::Mirror {
 
@@ -97,22 +96,31 @@ Batch ChangeSource::snapshot(BatchStart start, Digest const & digest) const {
     std::vector<Node const *> nodes;
     if (store_) {
         store_->forEachNode([&](Ptr<Node> const & node) { nodes.push_back(node.get()); });
-        std::sort(nodes.begin(), nodes.end(),
-                  [](Node const * a, Node const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
     }
-    writeNodes(writer, nodes);
+    std::size_t const size = nodes.size();
+    writeNodes(writer, std::move(nodes));
     for (auto const & [name, function] : status_->aet()) {
         writer.function(name, function->aetNodeKey());
     }
-    return writer.finish(digest, status_->aet().size(), nodes.size());
+    return writer.finish(digest, status_->aet().size(), size);
 }
 
-void ChangeSource::writeNodes(BatchWriter & writer, std::vector<Node const *> const & nodes) const {
-    std::unordered_set<Node const *> missing(nodes.begin(), nodes.end());
+// By keys, so that most children stand before their parents and near them.
+void ChangeSource::writeNodes(BatchWriter & writer, std::vector<Node const *> nodes) const {
+    std::sort(nodes.begin(), nodes.end(),
+              [](Node const * a, Node const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
+    Documents::KeyTable const numbers(nodes);
+    std::vector<bool> written(nodes.size());
+    auto const enter = [&](Node const & node) {
+        auto const number = numbers.find(node.aetNodeKey());
+        if (!number || nodes[*number] != &node || written[*number]) {
+            return false;
+        }
+        written[*number] = true;
+        return true;
+    };
     for (Node const * const root : nodes) {
-        walkChildrenFirst(
-            *root, [&](Node const & node) { return missing.erase(&node) != 0; },
-            [&](Node const & node) { writeNode(writer, node); });
+        walkChildrenFirst(*root, enter, [&](Node const & node) { writeNode(writer, node); });
     }
 }
 
@@ -121,10 +129,8 @@ void ChangeSource::writeNode(BatchWriter & writer, Node const & node) const {
         store_->anyNode(node.aetNodeKey(), [&](Node const & other) { return &other != &node; }));
     QCF_ASSERT_TEXT(!shared, "keys of a mirrored store are unique over all classes");
     node.typeData().visitChildren(node, [&](Eval::FieldInfo const &, Node const * child) {
-        bool const stored =
-            child == nullptr || store_->node(static_cast<U16>(child->typeData().number()),
-                                             child->aetNodeKey()) == child;
-        QCF_ASSERT_TEXT(stored, "the children of a stored node are stored, too");
+        QCF_ASSERT_TEXT(child == nullptr || store_->holds(*child),
+                        "the children of a stored node are stored, too");
     });
     writer.node(node);
 }

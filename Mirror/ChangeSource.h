@@ -36,7 +36,7 @@ private:
     void statusChanged(Notification const & notification);
     void watchStore();
     void flush();
-    void writeNodes(BatchWriter & writer, std::vector<Node const *> const & nodes) const;
+    void writeNodes(BatchWriter & writer, std::vector<Node const *> nodes) const;
     void writeNode(BatchWriter & writer, Node const & node) const;
     std::vector<Node const *> dirtyNodes() const;
 

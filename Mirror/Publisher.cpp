@@ -1,10 +1,13 @@
 #include "Mirror/Publisher.h"
 
 #include "Documents/ClassRules.h"
+#include "Documents/KeyTable.h"
 #include "Mirror/MirrorError.h"
 #include "Mirror/NodeCopy.h"
 #include "Mirror/NodeWalk.h"
+#include "Platform/Framework/Assert.h"
 
+#include <numeric>
 #include <unordered_set>
 
 namespace Qcf::Mirror {
@@ -22,21 +25,31 @@ bool isSharedValue(AetNodeBase const & node) {
     return rules.shared && !rules.link;
 }
 
-/// One publication under way.
+/// One publication under way. Nodes of the program are known by their places in its list: what is
+/// noted of each stands side by side, in the order in which all is gone through.
 class Publication {
 public:
     Publication(Documents::Program const & program, AllFunctionStatus & status,
                 FunctionDigests & digests)
-        : program_(program), status_(status), store_(status.nodes()), digests_(digests) {}
+        : program_(program),
+          status_(status),
+          store_(status.nodes()),
+          digests_(digests),
+          places_(program.nodes),
+          stored_(program.nodes.size()),
+          kept_(store_.slots()) {}
 
     PublishCounts run(U32 marker);
 
 private:
+    U32 placeOf(AetNodeBase const & node) const;
     void compareFunctions();
     void indexValues();
     AetNodeBase const * equalValue(AetNodeBase const & node) const;
     void collectNewNodes();
+    void useNode(U32 place, std::vector<bool> & used);
     void keep(AetNodeBase const & root);
+    bool isKept(AetNodeBase const & node) const { return kept_[store_.slotOf(node)]; }
     bool keysAreFree() const;
     U64 firstFreshKey() const;
     void assignKeys();
@@ -52,12 +65,13 @@ private:
 
     std::vector<Function const *> changed_;
     std::vector<String> vanished_;
-    std::unordered_multimap<U32, AetNodeBase const *> values_; ///< of the store, by hash
+    Documents::KeyTable places_; ///< of the program's nodes
     /// The stored node that stands for a node of the program; null while it is to be made.
-    std::unordered_map<AetNodeBase const *, AetNodeBase const *> stored_;
-    std::vector<AetNodeBase const *> new_; ///< of the program, children first
-    std::unordered_set<AetNodeBase const *> kept_;
-    std::unordered_map<AetNodeBase const *, U64> keys_; ///< of new nodes
+    std::vector<AetNodeBase const *> stored_;
+    std::vector<U32> new_;     ///< places of nodes to be made, children first
+    std::vector<U64> newKeys_; ///< for each of them
+    std::unordered_multimap<U32, AetNodeBase const *> values_; ///< of the store, by hash
+    std::vector<bool> kept_; ///< by slots of the store, as it was before the first change
 };
 
 PublishCounts Publication::run(U32 marker) {
@@ -77,15 +91,21 @@ PublishCounts Publication::run(U32 marker) {
     return counts_;
 }
 
+U32 Publication::placeOf(AetNodeBase const & node) const {
+    auto const place = places_.find(node.aetNodeKey());
+    QCF_ASSERT_TEXT(place && program_.nodes[*place] == &node,
+                    "a program lists every node of its functions, each under a key of its own");
+    return *place;
+}
+
 void Publication::compareFunctions() {
-    kept_.reserve(store_.size());
     std::unordered_set<std::string_view> names;
     for (auto const & function : program_.functions) {
         names.insert(function->funcName());
         auto const published =
             ptrCast<Function const>(status_.aet(std::string_view(function->funcName())));
         if (published && digests_.of(*published) == digests_.of(*function)) {
-            stored_[function.get()] = published.get();
+            stored_[placeOf(*function)] = published.get();
             keep(*published);
         } else {
             changed_.push_back(function.get());
@@ -119,46 +139,63 @@ AetNodeBase const * Publication::equalValue(AetNodeBase const & node) const {
     return nullptr;
 }
 
+// Parents before children: what is used is known of a node when its turn comes.
 void Publication::collectNewNodes() {
-    auto const enter = [this](AetNodeBase const & node) {
-        auto const [entry, isNew] = stored_.try_emplace(&node, nullptr);
-        if (!isNew) {
-            return false;
-        }
-        entry->second = equalValue(node);
-        if (entry->second != nullptr) {
-            keep(*entry->second);
-        }
-        return entry->second == nullptr;
-    };
-    stored_.reserve(program_.nodes.size());
+    std::vector<bool> used(program_.nodes.size());
     for (Function const * const function : changed_) {
-        walkChildrenFirst(*function, enter,
-                          [this](AetNodeBase const & node) { new_.push_back(&node); });
+        used[placeOf(*function)] = true;
     }
+    for (auto place = static_cast<U32>(used.size()); place-- > 0;) {
+        if (used[place] && stored_[place] == nullptr) {
+            useNode(place, used);
+        }
+    }
+    std::reverse(new_.begin(), new_.end());
+}
+
+void Publication::useNode(U32 place, std::vector<bool> & used) {
+    AetNodeBase const & node = *program_.nodes[place];
+    if (auto const * const equal = equalValue(node)) {
+        stored_[place] = equal;
+        keep(*equal);
+        return;
+    }
+    new_.push_back(place);
+    node.typeData().visitChildren(node, [&](Eval::FieldInfo const &, AetNodeBase const * child) {
+        if (child != nullptr) {
+            U32 const childPlace = placeOf(*child);
+            QCF_ASSERT_TEXT(childPlace < place, "a program lists children before their parents");
+            used[childPlace] = true;
+        }
+    });
 }
 
 void Publication::keep(AetNodeBase const & root) {
-    walkChildrenFirst(
-        root, [this](AetNodeBase const & node) { return kept_.insert(&node).second; },
-        [](AetNodeBase const &) {});
+    auto const enter = [this](AetNodeBase const & node) {
+        std::size_t const slot = store_.slotOf(node);
+        QCF_ASSERT_TEXT(slot < kept_.size(), "the nodes of a published function are stored");
+        bool const isNew = !kept_[slot];
+        kept_[slot] = true;
+        return isNew;
+    };
+    walkChildrenFirst(root, enter, [](AetNodeBase const &) {});
 }
 
 bool Publication::keysAreFree() const {
-    return std::none_of(new_.begin(), new_.end(), [this](AetNodeBase const * node) {
+    return std::none_of(newKeys_.begin(), newKeys_.end(), [this](U64 key) {
         return static_cast<bool>(
-            store_.anyNode(node->aetNodeKey(), [this](AetNodeBase const & present) {
-                return kept_.contains(&present);
-            }));
+            store_.anyNode(key, [this](AetNodeBase const & present) { return isKept(present); }));
     });
 }
 
 // Above all keys; where that is too high, in the first gap that is wide enough.
 U64 Publication::firstFreshKey() const {
     std::vector<U64> keys{0, ~U64{0}};
-    for (AetNodeBase const * const node : kept_) {
-        keys.push_back(node->aetNodeKey());
-    }
+    store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
+        if (isKept(*node)) {
+            keys.push_back(node->aetNodeKey());
+        }
+    });
     std::sort(keys.begin(), keys.end());
     U64 const largest = keys[keys.size() - 2];
     if (~U64{0} - largest > new_.size()) {
@@ -173,22 +210,27 @@ U64 Publication::firstFreshKey() const {
 }
 
 void Publication::assignKeys() {
-    bool const asInProgram = keysAreFree();
-    auto inOrder = new_;
-    std::sort(inOrder.begin(), inOrder.end(), [](AetNodeBase const * a, AetNodeBase const * b) {
-        return a->aetNodeKey() < b->aetNodeKey();
-    });
-    keys_.reserve(new_.size());
-    U64 fresh = asInProgram ? 0 : firstFreshKey();
-    for (AetNodeBase const * const node : inOrder) {
-        keys_[node] = asInProgram ? node->aetNodeKey() : fresh++;
+    newKeys_.reserve(new_.size());
+    for (U32 const place : new_) {
+        newKeys_.push_back(program_.nodes[place]->aetNodeKey());
+    }
+    if (keysAreFree()) {
+        return;
+    }
+    std::vector<std::size_t> inOrder(new_.size());
+    std::iota(inOrder.begin(), inOrder.end(), std::size_t{0});
+    std::sort(inOrder.begin(), inOrder.end(),
+              [this](std::size_t a, std::size_t b) { return newKeys_[a] < newKeys_[b]; });
+    U64 fresh = firstFreshKey();
+    for (std::size_t const at : inOrder) {
+        newKeys_[at] = fresh++;
     }
 }
 
 void Publication::removeUnused() {
     std::vector<Ptr<AetNodeBase>> unused;
     store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
-        if (!kept_.contains(node.get())) {
+        if (!isKept(*node)) {
             unused.push_back(node);
         }
     });
@@ -201,18 +243,19 @@ void Publication::removeUnused() {
 // A node of the program that needs no other key or child goes in as it is.
 void Publication::addNewNodes() {
     auto const mapped = [this](AetNodeBase const & child) {
-        return PtrConst<AetNodeBase>(stored_.at(&child));
+        return PtrConst<AetNodeBase>(stored_[placeOf(child)]);
     };
-    for (AetNodeBase const * const node : new_) {
-        U64 const key = keys_.at(node);
-        bool same = key == node->aetNodeKey();
-        node->typeData().visitChildren(
-            *node, [&](Eval::FieldInfo const &, AetNodeBase const * child) {
-                same = same && (child == nullptr || stored_.at(child) == child);
+    store_.reserveMore(new_.size());
+    for (std::size_t i = 0; i < new_.size(); ++i) {
+        AetNodeBase const & node = *program_.nodes[new_[i]];
+        bool same = newKeys_[i] == node.aetNodeKey();
+        node.typeData().visitChildren(
+            node, [&](Eval::FieldInfo const &, AetNodeBase const * child) {
+                same = same && (child == nullptr || stored_[placeOf(*child)] == child);
             });
         Ptr<AetNodeBase> const made =
-            same ? constCast(PtrConst<AetNodeBase>(node)) : copyNode(*node, key, mapped);
-        stored_[node] = store_.nodeIs(made).get();
+            same ? constCast(PtrConst<AetNodeBase>(&node)) : copyNode(node, newKeys_[i], mapped);
+        stored_[new_[i]] = store_.nodeIs(made).get();
     }
     counts_.nodesAdded = new_.size();
 }
@@ -222,7 +265,7 @@ void Publication::setFunctions() {
         status_.aetDel(name);
     }
     for (Function const * const function : changed_) {
-        auto const * const stored = static_cast<Function const *>(stored_.at(function));
+        auto const * const stored = static_cast<Function const *>(stored_[placeOf(*function)]);
         status_.aetIs(function->funcName(), PtrConst<Eval::FunctionBase>(stored));
     }
     counts_.functionsRemoved = vanished_.size();

@@ -86,6 +86,7 @@ void Replica::commit(BatchChanges const & changes, bool fromNothing, U32 marker)
             nodes.nodeDel(static_cast<U16>(node->typeData().number()), key);
         }
     }
+    nodes.reserveMore(changes.nodes().size());
     for (auto const & node : changes.nodes()) {
         nodes.nodeIs(node);
     }

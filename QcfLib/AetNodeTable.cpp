@@ -1,10 +1,15 @@
 #include "QcfLib/AetNodeTable.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace Qcf {
 
+// Eight keys that follow one another share a line of the cache. Longer runs would not do: two that
+// fall upon each other make every search in them long.
 U64 AetNodeTable::hashOf(U64 key) {
-    U64 const mixed = key * 0x9e3779b97f4a7c15U;
-    return mixed ^ (mixed >> 32);
+    U64 const mixed = (key >> 3) * 0x9e3779b97f4a7c15U;
+    return ((mixed ^ (mixed >> 32)) << 3) | (key & 7);
 }
 
 U8 AetNodeTable::tagOf(U16 classNumber, U64 key) {
@@ -36,8 +41,8 @@ Ptr<AetNodeTable::Node> const * AetNodeTable::find(U16 classNumber, U64 key) con
 }
 
 void AetNodeTable::insert(Ptr<Node> node) {
-    if ((size_ + 1) * 4 > slots_.size() * 3) {
-        grow();
+    if (!isRoomFor(size_ + 1)) {
+        grow(slots_.empty() ? 16 : slots_.size() * 2);
     }
     place(std::move(node));
     ++size_;
@@ -52,14 +57,19 @@ void AetNodeTable::place(Ptr<Node> node) {
     slots_[slot] = std::move(node);
 }
 
-void AetNodeTable::grow() {
-    std::size_t const wanted = slots_.empty() ? 16 : slots_.size() * 2;
-    auto const before = std::exchange(slots_, std::vector<Ptr<Node>>(wanted));
-    tags_.assign(wanted, 0);
+void AetNodeTable::reserve(std::size_t size) {
+    if (!isRoomFor(size)) {
+        grow(std::bit_ceil(std::max<std::size_t>(size + size / 3 + 1, 16)));
+    }
+}
+
+void AetNodeTable::grow(std::size_t slots) {
+    auto before = std::exchange(slots_, std::vector<Ptr<Node>>(slots));
+    tags_.assign(slots, 0);
     tags_.shrink_to_fit();
-    for (auto const & node : before) {
+    for (auto & node : before) {
         if (node) {
-            place(node);
+            place(std::move(node));
         }
     }
 }

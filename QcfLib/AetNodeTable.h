@@ -7,12 +7,20 @@
 namespace Qcf {
 
 /// A set of nodes found by class number and key. A node carries both itself, so that the table
-/// costs nine bytes a slot, three quarters of them in use at most. One thread changes it.
+/// costs nine bytes a slot, three quarters of them in use at most. Nodes whose keys follow one
+/// another stand together: who walks a large store by keys stays within the caches. One thread
+/// changes it.
 class AetNodeTable {
 public:
     using Node = Eval::AetNodeBase;
 
+    static constexpr std::size_t none = ~std::size_t{0};
+
     std::size_t size() const { return size_; }
+    /// Slots there are; one of them is a node's until the table changes.
+    std::size_t slots() const { return slots_.size(); }
+    /// The slot of that node; `none` when it is not there.
+    std::size_t slotOf(U16 classNumber, U64 key) const;
     std::size_t bytes() const { return slots_.capacity() * sizeof(Ptr<Node>) + tags_.capacity(); }
 
     /// The node; null when it is not there. The pointer is good until the table changes.
@@ -27,6 +35,8 @@ public:
         }
         return nullptr;
     }
+    /// Makes room for so many nodes in all, so that the table does not grow on the way there.
+    void reserve(std::size_t size);
     /// Puts a node in; none of its class and key may be there.
     void insert(Ptr<Node> node);
     /// Takes the node out and hands it over; null when it is not there.
@@ -43,17 +53,15 @@ public:
     }
 
 private:
-    static constexpr std::size_t none = ~std::size_t{0};
-
     static U64 hashOf(U64 key);
     /// A few bits of class and key beside each slot spare most looks at a node that is not the one.
     static U8 tagOf(U16 classNumber, U64 key);
     static U16 classNumberOf(Node const & node);
     std::size_t home(U64 key) const { return hashOf(key) & (slots_.size() - 1); }
+    bool isRoomFor(std::size_t size) const { return size * 4 <= slots_.size() * 3; }
     std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
-    std::size_t slotOf(U16 classNumber, U64 key) const;
     void place(Ptr<Node> node);
-    void grow();
+    void grow(std::size_t slots);
     void closeGap(std::size_t gap);
 
     std::vector<U8> tags_;         ///< 0 for an empty slot

@@ -61,6 +61,20 @@ Ptr<AetCollections::Node> AetCollections::node(U16 collection, U64 key) const {
     return present == nullptr ? nullptr : *present;
 }
 
+bool AetCollections::holds(Node const & node) const {
+    auto const * const present = table_.find(collectionOf(node), node.aetNodeKey());
+    return present != nullptr && *present == &node;
+}
+
+std::size_t AetCollections::slotOf(Node const & member) const {
+    return table_.slotOf(collectionOf(member), member.aetNodeKey());
+}
+
+void AetCollections::reserveMore(std::size_t count) {
+    table_.reserve(table_.size() + count);
+    dirty_.reserve(dirty_.size() + count);
+}
+
 std::vector<U64> AetCollections::keys(U16 collection) const {
     std::vector<U64> keys;
     if (sizes_[collection] == 0) {

@@ -35,6 +35,13 @@ public:
     void nodeDelAll(U16 collection);
     /// The member; null when there is none.
     Ptr<Node> node(U16 collection, U64 key) const;
+    /// Whether this very node is a member.
+    bool holds(Node const & node) const;
+    /// Numbers that tell members apart while the store does not change: below `slots()`.
+    std::size_t slotOf(Node const & member) const;
+    std::size_t slots() const { return table_.slots(); }
+    /// Makes room for so many more members.
+    void reserveMore(std::size_t count);
 
     /// A member of that key that `wanted(node)` accepts, of whatever class; null when there is
     /// none. For publishers whose keys are unique over all classes.
