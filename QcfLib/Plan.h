@@ -1,6 +1,5 @@
 #pragma once
 
-#include "QcfLib/PlanIndex.h"
 #include "QcfLib/PlanStep.h"
 
 #include <atomic>
@@ -17,9 +16,9 @@ class Function;
 ///
 /// A plan gives the results and write-backs of its tree and nothing else: evaluations that are
 /// logged or traced walk the tree, and a node without a step of its own is evaluated as it stands.
-/// In a chain of `else if` whose conditions only read, an attribute that several conditions test is
-/// fetched once. Immutable once built; run by any number of threads. It refers to the nodes of its
-/// function, which must outlive it.
+/// In a chain of `else if` whose conditions only read, an attribute that many of them test against
+/// constants is fetched once. Immutable once built; run by any number of threads. It refers to the
+/// nodes of its function, which must outlive it.
 class Plan {
 public:
     explicit Plan(Function const & function);
@@ -27,11 +26,7 @@ public:
     /// The result of the function's body.
     EvalResult run(Ptr<EvalContextBase> const & context) const {
         PlanRun run(context);
-        PlanStep const * step = first_;
-        while (!step->isEnd()) {
-            step = step->run(run);
-        }
-        return step->result();
+        return runSteps(first_, run);
     }
 
     /// Steps that were made, for reports on memory.
@@ -45,7 +40,6 @@ private:
     static std::atomic<bool> enabled_;
 
     std::vector<std::unique_ptr<PlanStep const>> steps_;
-    std::vector<std::unique_ptr<PlanIndex const>> indexes_; ///< that steps ask
     PlanStep const * first_;
 };
 

@@ -1,9 +1,11 @@
 #include "QcfLib/PlanLowering.h"
 
+#include "QcfLib/PlanChain.h"
 #include "QcfLib/PlanNodes.h"
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace Qcf::Eval {
 
@@ -20,7 +22,7 @@ std::vector<Link const *> fromLast(Link const * link) {
     return links;
 }
 
-TriStateBoolImmediate const * constantOf(Expression const & node) {
+TriStateBoolImmediate const * truthOf(Expression const & node) {
     auto const * const predicate = as<TriStateBoolExpression>(node);
     return predicate == nullptr ? nullptr : as<TriStateBoolImmediate>(*predicate->expr());
 }
@@ -66,57 +68,115 @@ PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const
     if (auto const * const n = as<ExitExpression>(node)) {
         return termination(*n->expr(), TerminationFlag::exitToPoa);
     }
+    if (auto const * const n = as<FunctionCallExpression>(node)) {
+        if (PlanStep const * const step = call(*n, {next, next, next})) {
+            return step;
+        }
+    }
     PlanStep const * const step = change(node, next);
-    return step != nullptr ? step : make<NodeStatement>(node, next);
+    return step != nullptr ? step : asItStands<NodeStatement>(node, next);
 }
 
 PlanStep const * PlanLowering::termination(Expression const & operand, TerminationFlag flag) {
-    if (auto const * const constant = constantOf(operand)) {
-        return endOfRun(EvalResult(constant->value(), flag));
+    bool const toCall = callee_ != nullptr && flag == TerminationFlag::returnToCaller;
+    return condition(operand, toCall ? callee_->returns
+                                     : PlanTargets{endOfRun(EvalResult(QcfUnknown(), flag)),
+                                                   endOfRun(EvalResult(QcfFalse(), flag)),
+                                                   endOfRun(EvalResult(QcfTrue(), flag))});
+}
+
+// The callee's body in the call's place; null when it needs a frame.
+PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
+                                    PlanTargets const & targets) {
+    auto arguments = argumentsOf(node);
+    auto const size = arguments ? sizeInPlace(*node.calleePtr(), arguments->size(), roomForCallees_)
+                                : std::nullopt;
+    if (!size) {
+        return nullptr;
     }
-    return condition(operand, {endOfRun(EvalResult(QcfUnknown(), flag)),
-                               endOfRun(EvalResult(QcfFalse(), flag)),
-                               endOfRun(EvalResult(QcfTrue(), flag))});
+    std::size_t const stepsBefore = steps_.size();
+    roomForCallees_ -= *size;
+    Callee callee{std::move(*arguments), targets};
+    Callee * const caller = std::exchange(callee_, &callee);
+    PlanStep const * const step = block(*node.calleePtr()->body(), targets.onUnknown);
+    callee_ = caller;
+    if (!callee.fits) {
+        steps_.resize(stepsBefore);
+        return nullptr;
+    }
+    return step;
+}
+
+std::optional<std::vector<SignedMagnitude>>
+PlanLowering::argumentsOf(FunctionCallExpression const & node) {
+    std::vector<SignedMagnitude> arguments;
+    for (auto const * link = node.argListHead().get(); link != nullptr; link = link->next().get()) {
+        auto const * const operand = dynamic_cast<Int const *>(link->entry().get());
+        auto const constant = operand == nullptr ? std::nullopt : constantOf(*operand);
+        if (!constant) {
+            return std::nullopt;
+        }
+        arguments.push_back(*constant);
+    }
+    return arguments;
+}
+
+std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) const {
+    if (auto const * const immediate = as<IntImmediate>(operand)) {
+        return SignedMagnitude{immediate->negative() && immediate->value() != 0,
+                               immediate->value()};
+    }
+    auto const * const variable = as<IntVariable>(operand);
+    bool const known = callee_ != nullptr && variable != nullptr &&
+                       variable->argVectorIndex() < callee_->arguments.size();
+    return known ? std::optional(callee_->arguments[variable->argVectorIndex()]) : std::nullopt;
 }
 
 PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const * next) {
     std::vector<IfExpression const *> links;
-    std::vector<Expression const *> conditions;
     for (IfExpression const * link = &head; link != nullptr;
          link = link->elseBlock() ? as<IfExpression>(*link->elseBlock()) : nullptr) {
         links.push_back(link);
-        conditions.push_back(link->condition().get());
     }
-    ChainSharing sharing(conditions);
     auto const & otherwise = links.back()->elseBlock();
     PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
-    for (std::size_t end = links.size(); end > 0;) {
-        std::size_t const count = sharing.caseBefore(conditions, end);
-        std::vector<PlanStep const *> blocks;
-        for (std::size_t i = end - count; i < end; ++i) {
-            blocks.push_back(block(*links[i]->thenBlock(), next));
-        }
-        end -= count;
-        if (count > 1) {
-            auto const & first = *sharing.placeOf(*conditions[end]);
-            step = make<IndexedCase>(*first.index, first.slot, first.test, std::move(blocks), step);
-            continue;
-        }
-        sharing_ = &sharing; // only conditions: a block may change what they read
-        step = condition(*conditions[end], {step, step, blocks.front()});
-        sharing_ = nullptr;
+    std::span<IfExpression const * const> rest = links;
+    while (!rest.empty()) {
+        std::size_t const count = std::min(rest.size(), maxClauses);
+        step = clauses(rest.last(count), next, step);
+        rest = rest.first(rest.size() - count);
     }
-    bool const forgets = sharing.any();
-    sharing.moveIndexes(indexes_);
-    return forgets ? make<ForgetStep>(step) : step;
+    return step;
+}
+
+PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> links,
+                                       PlanStep const * next, PlanStep const * otherwise) {
+    std::vector<Expression const *> conditions;
+    std::vector<PlanStep const *> targets;
+    for (IfExpression const * const link : links) {
+        conditions.push_back(link->condition().get());
+        targets.push_back(block(*link->thenBlock(), next));
+    }
+    auto const lower = [this](Expression const & node, PlanTargets const & where) {
+        return condition(node, where);
+    };
+    if (auto step = PlanChain(conditions).step(lower, targets, otherwise)) {
+        steps_.push_back(std::move(step));
+        return steps_.back().get();
+    }
+    PlanStep const * step = otherwise;
+    for (std::size_t i = links.size(); i-- > 0;) {
+        step = condition(*conditions[i], {step, step, targets[i]});
+    }
+    return step;
 }
 
 PlanStep const * PlanLowering::assignment(IntAssign const & node, PlanStep const * next) {
-    auto const * const constant = as<IntImmediate>(*node.rhs());
-    if (constant == nullptr || node.lhs()->source().stored == nullptr) {
+    auto const constant = constantOf(*node.rhs());
+    if (!constant || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
-    U64 const value = assigned(node.lhs()->range(), {constant->negative(), constant->value()});
+    U64 const value = assigned(node.lhs()->range(), *constant);
     return make<IntStoreStep>(node.lhs()->source(), value, next);
 }
 
@@ -124,12 +184,11 @@ template <typename Node>
 PlanStep const * PlanLowering::arithmetic(Node const & node,
                                           IntArithmeticStep::Arithmetic arithmetic,
                                           PlanStep const * next) {
-    auto const * const constant = as<IntImmediate>(*node.rhs());
-    if (constant == nullptr || node.lhs()->source().stored == nullptr) {
+    auto const constant = constantOf(*node.rhs());
+    if (!constant || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
-    SignedMagnitude const operand{constant->negative(), constant->value()};
-    return make<IntArithmeticStep>(*node.lhs(), operand, arithmetic, next);
+    return make<IntArithmeticStep>(*node.lhs(), *constant, arithmetic, next);
 }
 
 PlanStep const * PlanLowering::change(Expression const & node, PlanStep const * next) {
@@ -152,7 +211,7 @@ PlanStep const * PlanLowering::change(Expression const & node, PlanStep const * 
 }
 
 PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets const & targets) {
-    if (auto const * const constant = constantOf(node)) {
+    if (auto const * const constant = truthOf(node)) {
         return targets.at(constant->value());
     }
     if (auto const * const n = as<NotExpression>(node)) {
@@ -161,20 +220,24 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
     if (auto const * const n = as<LogicalOperatorExpression>(node)) {
         return logical(*n, targets);
     }
-    auto const * const place = sharing_ != nullptr ? sharing_->placeOf(node) : nullptr;
-    if (place != nullptr) {
-        return make<IndexedTest>(*place->index, place->slot, place->test, targets);
+    if (auto const * const n = as<FunctionCallExpression>(node)) {
+        if (PlanStep const * const step = call(*n, targets)) {
+            return step;
+        }
     }
     auto const * const prefixMatch = as<IpPrefixMatchPrefixList>(node);
     if (prefixMatch != nullptr && prefixMatch->lhs()->source() != nullptr) {
-        return make<PrefixListTest>(*prefixMatch, targets);
+        return make<PrefixListTest<PlanPrefix>>(*prefixMatch, targets);
+    }
+    if (auto const * const n = as<IpAddressMatchPrefixList>(node)) {
+        return make<PrefixListTest<PlanHost>>(*n, targets);
     }
     for (auto const lower : {&PlanLowering::intTest, &PlanLowering::setTest}) {
         if (PlanStep const * const step = (this->*lower)(node, targets)) {
             return step;
         }
     }
-    return make<NodeTest>(node, targets);
+    return asItStands<NodeTest>(node, targets);
 }
 
 PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
@@ -194,33 +257,14 @@ PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
     return next;
 }
 
-template <template <typename> typename Step, typename... Arguments>
-PlanStep const * PlanLowering::withOperand(Int const & operand, Arguments const &... arguments) {
-    U8 const slot = sharing_ != nullptr ? sharing_->slotOf(operand) : ChainSharing::notShared;
-    if (slot == ChainSharing::notShared) {
-        return make<Step<PlanInt>>(PlanInt(operand), arguments...);
-    }
-    return make<Step<SharedInt>>(SharedInt(operand, slot), arguments...);
-}
-
-namespace {
-
-template <typename Compare>
-struct Comparing {
-    template <typename Operand>
-    using Step = IntTest<Compare, Operand>;
-};
-
-} // namespace
-
 template <typename Compare, typename Node>
 PlanStep const * PlanLowering::comparison(Node const & node, PlanTargets const & targets) {
-    auto const * const constant = as<IntImmediate>(*node.rhs());
+    auto const constant = constantOf(*node.rhs());
     // Against a negative constant the answer does not depend on the left side, which is still read.
-    if (constant == nullptr || (constant->negative() && constant->value() != 0)) {
+    if (!constant || constant->strictlyNegative()) {
         return nullptr;
     }
-    return withOperand<Comparing<Compare>::template Step>(*node.lhs(), constant->value(), targets);
+    return make<IntTest<Compare>>(PlanInt(*node.lhs()), constant->magnitude, targets);
 }
 
 PlanStep const * PlanLowering::intTest(Expression const & node, PlanTargets const & targets) {
@@ -241,7 +285,7 @@ PlanStep const * PlanLowering::intTest(Expression const & node, PlanTargets cons
     }
     if (auto const * const n = as<IntInImmediateSet>(node)) {
         auto const * const set = constantSet<IntSetImmediate>(*n->rhs());
-        return set == nullptr ? nullptr : withOperand<IntInSetTest>(*n->lhs(), *set, targets);
+        return set == nullptr ? nullptr : make<IntInSetTest>(PlanInt(*n->lhs()), *set, targets);
     }
     return nullptr;
 }

@@ -2,7 +2,7 @@
 
 #include "QcfLib/PlanStep.h"
 
-/// The steps that change an attribute or prepare a chain of conditions.
+/// The steps that change an attribute.
 namespace Qcf::Eval {
 
 /// A step with one successor.
@@ -29,16 +29,6 @@ public:
 
 private:
     Expression const & node_;
-};
-
-/// The start of a chain whose conditions share what they find out.
-class ForgetStep final : public PlanStatement {
-public:
-    using PlanStatement::PlanStatement;
-    PlanStep const * run(PlanRun & run) const override {
-        run.known = 0;
-        return next();
-    }
 };
 
 /// An integer attribute set to a constant that is within its range already.

@@ -8,30 +8,12 @@
 namespace Qcf::Eval {
 
 /// One run of a plan on one thread.
-///
-/// The memo holds what the conditions of one chain of `else if` have found out so far: slot i
-/// counts when bit i of `known` is set. It is an integer's value, or the tests of an index that
-/// hold.
 struct PlanRun {
-    static constexpr std::size_t slots = 16;
-
     explicit PlanRun(Ptr<EvalContextBase> const & contextPtr)
         : contextPtr(contextPtr), context(evalContext(contextPtr)) {}
 
-    /// What slot `slot` holds; `find` is asked when nothing does yet.
-    template <typename Find>
-    U64 remembered(U8 slot, Find find) {
-        if ((known & (1U << slot)) == 0) {
-            values[slot] = find();
-            known |= 1U << slot;
-        }
-        return values[slot];
-    }
-
     Ptr<EvalContextBase> const & contextPtr;
     EvalContext & context;
-    U32 known = 0;
-    U64 values[slots]; // NOLINT(cppcoreguidelines-pro-type-member-init): see `known`
 };
 
 /// One step. Each does what the nodes that it stands for do, through the same functions, and knows
@@ -60,6 +42,14 @@ private:
 
 /// The end of a run with that result; there is one for each.
 PlanStep const * endOfRun(EvalResult result);
+
+/// Walks from a step to the end.
+inline EvalResult runSteps(PlanStep const * step, PlanRun & run) {
+    while (!step->isEnd()) {
+        step = step->run(run);
+    }
+    return step->result();
+}
 
 /// Where to go on after a condition, by its value.
 struct PlanTargets {
@@ -93,19 +83,6 @@ public:
 private:
     Int const * node_;
     IntSource source_;
-};
-
-/// An integer operand that the conditions of a chain share: read by the first of them.
-class SharedInt {
-public:
-    SharedInt(Int const & node, U8 slot) : value_(node), slot_(slot) {}
-    U64 read(PlanRun & run) const {
-        return run.remembered(slot_, [&] { return value_.read(run); });
-    }
-
-private:
-    PlanInt value_;
-    U8 slot_;
 };
 
 /// A set operand.

@@ -1,12 +1,8 @@
 #pragma once
 
-#include "QcfLib/PlanIndex.h"
 #include "QcfLib/PlanStep.h"
 #include "QcfLib/QcfEval.h"
 #include "QcfLib/SetAlgebra.h"
-
-#include <bit>
-#include <vector>
 
 /// The steps that ask something of the route and change nothing.
 namespace Qcf::Eval {
@@ -45,32 +41,31 @@ private:
 };
 
 /// An integer compared with a constant by `Compare`, a standard comparison.
-template <typename Compare, typename Operand>
+template <typename Compare>
 class IntTest final : public PlanTest {
 public:
-    IntTest(Operand lhs, U64 rhs, PlanTargets const & targets)
+    IntTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
     PlanStep const * run(PlanRun & run) const override {
         return next(Compare()(lhs_.read(run), rhs_));
     }
 
 private:
-    Operand lhs_;
+    PlanInt lhs_;
     U64 rhs_;
 };
 
 /// An integer looked up in a constant set.
-template <typename Operand>
 class IntInSetTest final : public PlanTest {
 public:
-    IntInSetTest(Operand lhs, U64SmallVector const & set, PlanTargets const & targets)
+    IntInSetTest(PlanInt lhs, U64SmallVector const & set, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), set_(set) {}
     PlanStep const * run(PlanRun & run) const override {
         return next(setContains(set_, lhs_.read(run)));
     }
 
 private:
-    Operand lhs_;
+    PlanInt lhs_;
     U64SmallVector const & set_;
 };
 
@@ -90,13 +85,37 @@ private:
     Set const * rhs_;
 };
 
-/// A prefix looked up in a prefix list.
+/// A prefix attribute as what is looked up in a prefix list.
+class PlanPrefix {
+public:
+    explicit PlanPrefix(IpPrefix const & node) : source_(node.source()) {}
+    IpGenPrefix read(PlanRun & run) const { return (run.context.*source_)(); }
+
+private:
+    PrefixSource source_;
+};
+
+/// An address as what is looked up in a prefix list.
+class PlanHost {
+public:
+    explicit PlanHost(IpAddress const & node) : node_(&node) {}
+    IpGenPrefix read(PlanRun & run) const {
+        return IpGenPrefix::host(node_->getVal(run.contextPtr));
+    }
+
+private:
+    IpAddress const * node_;
+};
+
+/// A prefix or an address looked up in a prefix list. Without a list the answer is false.
+template <typename Candidate>
 class PrefixListTest final : public PlanStep {
 public:
-    PrefixListTest(IpPrefixMatchPrefixList const & node, PlanTargets const & targets)
-        : prefix_(node.lhs()->source()), list_(*node.rhs()), targets_(targets) {}
+    template <typename Node>
+    PrefixListTest(Node const & node, PlanTargets const & targets)
+        : candidate_(*node.lhs()), list_(*node.rhs()), targets_(targets) {}
     PlanStep const * run(PlanRun & run) const override {
-        Routing::Policy::MatchInput_ const input{(run.context.*prefix_)()};
+        Routing::Policy::MatchInput_ const input{candidate_.read(run)};
         auto const * const matcher = list_.getValWithArgs(run.contextPtr, input.prefix.af());
         if (matcher == nullptr) {
             return targets_.onFalse;
@@ -106,53 +125,9 @@ public:
     }
 
 private:
-    PrefixSource prefix_;
+    Candidate candidate_;
     PrefixList const & list_;
     PlanTargets targets_;
-};
-
-/// One of the tests of an index: all of them are answered by the first one that is asked.
-class IndexedTest final : public PlanTest {
-public:
-    IndexedTest(PlanIndex const & index, U8 slot, U8 test, PlanTargets const & targets)
-        : PlanTest(targets), index_(index), slot_(slot), test_(test) {}
-    PlanStep const * run(PlanRun & run) const override {
-        U64 const tests = run.remembered(slot_, [&] { return index_.testsThatHold(run); });
-        return next(((tests >> test_) & 1) != 0);
-    }
-
-private:
-    PlanIndex const & index_;
-    U8 slot_;
-    U8 test_;
-};
-
-/// Clauses that stand together in a chain and whose conditions are tests of one index: the first
-/// one that holds, by one look.
-class IndexedCase final : public PlanStep {
-public:
-    /// `targets` belong to consecutive tests from `firstTest` on.
-    IndexedCase(PlanIndex const & index, U8 slot, U8 firstTest,
-                std::vector<PlanStep const *> targets, PlanStep const * otherwise)
-        : index_(index),
-          slot_(slot),
-          firstTest_(firstTest),
-          mask_(targets.size() == 64 ? ~U64{0} : (U64{1} << targets.size()) - 1),
-          targets_(std::move(targets)),
-          otherwise_(otherwise) {}
-    PlanStep const * run(PlanRun & run) const override {
-        U64 const tests = run.remembered(slot_, [&] { return index_.testsThatHold(run); });
-        U64 const holding = (tests >> firstTest_) & mask_;
-        return holding == 0 ? otherwise_ : targets_[std::countr_zero(holding)];
-    }
-
-private:
-    PlanIndex const & index_;
-    U8 slot_;
-    U8 firstTest_;
-    U64 mask_;
-    std::vector<PlanStep const *> targets_;
-    PlanStep const * otherwise_;
 };
 
 } // namespace Qcf::Eval

@@ -50,15 +50,17 @@ void traceStart(Function const & function) {
     QCF_TRACE(traceQcfEval, 1, "Evaluating function " << function.funcName());
 }
 
+// The two rare ways are kept out of line: their texts would cost every evaluation registers.
+
 /// A function that expects arguments was evaluated without a caller.
-EvalResult refused(Function const & function, Ptr<EvalContextBase> const & context) {
+[[gnu::noinline]] EvalResult refused(Function const & function, Ptr<EvalContextBase> const & context) {
     traceStart(function);
     auto const refusal = EvalResult::fromBoolWithReturn(false);
     logResult(context, function, refusal);
     return refusal;
 }
 
-EvalResult observedBody(Function const & function, Ptr<EvalContextBase> const & context) {
+[[gnu::noinline]] EvalResult observedBody(Function const & function, Ptr<EvalContextBase> const & context) {
     traceStart(function);
     EvalResult const result = evalLogged(*function.body(), context);
     logResult(context, function, result);

@@ -37,6 +37,9 @@ using TriStateBoolTypeArgumentVector = ArgumentVector<TriStateBoolValue>;
 template <typename Vector>
 class ArgumentContainer final : public PtrInterface {
 public:
+    // Written out: where it is not, `new` clears the room for the values, too.
+    ArgumentContainer() noexcept {} // NOLINT(modernize-use-equals-default)
+
     Vector values;
 
     static void * operator new(std::size_t) { return Slab<ArgumentContainer>::allocate(); }

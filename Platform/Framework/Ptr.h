@@ -181,7 +181,9 @@ void swap(Ptr<T> & a, Ptr<T> & b) noexcept {
 /// A new object, held by its first pointer.
 template <class T, class... Args>
 Ptr<T> makePtr(Args &&... args) {
-    return Ptr<T>(new T(std::forward<Args>(args)...));
+    T * const object = new T(std::forward<Args>(args)...);
+    RefCounting::addFirst(*object);
+    return Ptr<T>::adopt(object);
 }
 
 /// Unchecked downcast (or upcast) to `U`, which carries its own constness; counts once.

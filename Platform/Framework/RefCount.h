@@ -58,7 +58,7 @@ private:
     mutable std::atomic<U32> count_{0};
 };
 
-/// The two counting operations, kept apart from PtrInterface so that derived classes do not see
+/// The counting operations, kept apart from PtrInterface so that derived classes do not see
 /// them.
 class RefCounting {
 public:
@@ -71,6 +71,16 @@ public:
             object.count_.fetch_add(1, std::memory_order_relaxed);
         } else {
             object.count_.store(count + 1, std::memory_order_relaxed);
+        }
+    }
+
+    /// For the first pointer to an object that was made just now, which no other thread holds: it
+    /// needs no locked instruction, unless the constructor handed out pointers.
+    static void addFirst(PtrInterface const & object) noexcept {
+        if (object.count_.load(std::memory_order_relaxed) == 0) {
+            object.count_.store(1, std::memory_order_relaxed);
+        } else {
+            add(object);
         }
     }
 

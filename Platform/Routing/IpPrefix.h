@@ -22,7 +22,12 @@ public:
     IpGenPrefix(IpGenAddr const & addr, U8 length) : addr_(masked(addr, length)), length_(length) {}
 
     /// The full-length prefix of an address; of family none for no address.
-    static IpGenPrefix host(IpGenAddr const & addr) { return {addr, addressWidth(addr.af())}; }
+    static IpGenPrefix host(IpGenAddr const & addr) {
+        IpGenPrefix prefix;
+        prefix.addr_ = addr;
+        prefix.length_ = addressWidth(addr.af());
+        return prefix;
+    }
 
     IpGenAddr const & addr() const { return addr_; }
     constexpr AddressFamily af() const { return addr_.af(); }

@@ -1,0 +1,97 @@
+#include "QcfLib/PlanCalls.h"
+
+#include "QcfLib/PlanNodes.h"
+
+#include <algorithm>
+
+namespace Qcf::Eval {
+
+namespace {
+
+template <std::size_t size>
+bool isOneOf(AetNodeBase const & node, U16 const (&classes)[size]) {
+    auto const number = node.typeData().number();
+    return std::find(std::begin(classes), std::end(classes), number) != std::end(classes);
+}
+
+bool looksIntoFrame(AetNodeBase const & node) {
+    static constexpr U16 classes[] = {
+        IntVariable::classNumber,
+        BandwidthVariable::classNumber,
+        TriStateBoolVariable::classNumber,
+        PrefixListVariable::classNumber,
+        AsPathRemoveImplExpr::classNumber,
+        AsPathReplaceImplExpr::classNumber,
+        MatchOriginAsValidityImplExpr::classNumber,
+        SetNextHopSelfImplExpr::classNumber,
+        EvpnIpPrefixRouteSetOverlayIndexImplExpr::classNumber,
+    };
+    return isOneOf(node, classes);
+}
+
+/// Whether the field `rhs`, or `entry`, of such a node is a place that a plan fills.
+bool takesConstant(AetNodeBase const & parent, FieldInfo const & field) {
+    static constexpr U16 classes[] = {
+        IntIs::classNumber,          IntLessThan::classNumber,      IntLessThanEq::classNumber,
+        IntGreaterThan::classNumber, IntGreaterThanEq::classNumber, IntAssign::classNumber,
+        IntPlusEq::classNumber,      IntMinusEq::classNumber,       IntMultEq::classNumber,
+    };
+    std::string_view const name = field.name;
+    return name == "rhs" ? isOneOf(parent, classes)
+                         : name == "entry" && as<FunctionArgumentList>(parent) != nullptr;
+}
+
+/// Counts nodes until something is found that cannot stand in place.
+class InPlace {
+public:
+    InPlace(std::size_t argumentCount, std::size_t limit)
+        : argumentCount_(argumentCount), limit_(limit) {}
+
+    bool take(AetNodeBase const & node) {
+        if (++size_ > limit_) {
+            return false;
+        }
+        bool fits = true;
+        node.typeData().visitChildren(
+            node, [&](FieldInfo const & field, AetNodeBase const * child) {
+                if (fits && child != nullptr && as<Function>(*child) == nullptr) {
+                    fits = looksIntoFrame(*child) ? takesConstant(node, field) && isArgument(*child)
+                                                  : take(*child);
+                }
+            });
+        return fits;
+    }
+    std::size_t size() const { return size_; }
+
+private:
+    bool isArgument(AetNodeBase const & node) const {
+        auto const * const variable = as<IntVariable>(node);
+        return variable != nullptr && variable->argVectorIndex() < argumentCount_;
+    }
+
+    std::size_t argumentCount_;
+    std::size_t limit_;
+    std::size_t size_ = 0;
+};
+
+} // namespace
+
+bool readsArguments(AetNodeBase const & node) {
+    if (looksIntoFrame(node)) {
+        return true;
+    }
+    bool reads = false;
+    node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
+        reads = reads ||
+                (child != nullptr && as<Function>(*child) == nullptr && readsArguments(*child));
+    });
+    return reads;
+}
+
+std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t argumentCount,
+                                       std::size_t limit) {
+    InPlace body(argumentCount, limit);
+    return body.take(*function.body()) ? std::optional(body.size()) : std::nullopt;
+}
+
+} // namespace Qcf::Eval

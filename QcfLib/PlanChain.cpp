@@ -1,0 +1,324 @@
+#include "QcfLib/PlanChain.h"
+
+#include "QcfLib/PlanNodes.h"
+
+#include <algorithm>
+#include <set>
+
+namespace Qcf::Eval {
+
+namespace {
+
+/// A question that so many clauses ask is shared, and worth a step of its own.
+constexpr std::size_t clausesThatShare = 3;
+
+template <typename Node>
+bool is(AetNodeBase const & node) {
+    return as<Node>(node) != nullptr;
+}
+
+bool isOnlyReading(Expression const & node);
+
+bool areOnlyReading(ExpressionList const * link) {
+    for (; link != nullptr; link = link->next().get()) {
+        if (!isOnlyReading(*link->entry())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Expressions that change nothing and call nothing that could.
+bool isOnlyReading(Expression const & node) {
+    if (is<NotExpression>(node)) {
+        return isOnlyReading(*static_cast<NotExpression const &>(node).expr());
+    }
+    if (is<LogicalOperatorExpression>(node)) {
+        auto const & logical = static_cast<LogicalOperatorExpression const &>(node);
+        return areOnlyReading(logical.expressionList().get());
+    }
+    static constexpr U16 readers[] = {TriStateBoolExpression::classNumber,
+                                      IntIs::classNumber,
+                                      IntLessThan::classNumber,
+                                      IntLessThanEq::classNumber,
+                                      IntGreaterThan::classNumber,
+                                      IntGreaterThanEq::classNumber,
+                                      IntInImmediateSet::classNumber,
+                                      IntInImmediateSetWithRanges::classNumber,
+                                      IntMatchTagSet::classNumber,
+                                      TriStateBoolIs::classNumber,
+                                      MacAddressIs::classNumber,
+                                      IpAddressIs::classNumber,
+                                      IpAddressIsAddrZero::classNumber,
+                                      IpAddressMatchPrefixList::classNumber,
+                                      IpPrefixIs::classNumber,
+                                      IpPrefixCoveredBy::classNumber,
+                                      IpPrefixMatchPrefixList::classNumber,
+                                      IpPrefixMatchCoveredPrefixList::classNumber,
+                                      CommunityValueIs::classNumber,
+                                      CommunityValueIn::classNumber,
+                                      IntSetHasAnyImmediate::classNumber,
+                                      IntSetHasAllImmediate::classNumber,
+                                      IntSetHasNoneImmediate::classNumber,
+                                      IntSetAllInImmediate::classNumber,
+                                      IntSetIsImmediate::classNumber,
+                                      IntSetIsEmpty::classNumber,
+                                      IntSetMatchCommList::classNumber,
+                                      AsPathMatchAsPathAccessList::classNumber,
+                                      CommunitySetHasAnyImmediate::classNumber,
+                                      CommunitySetHasAllImmediate::classNumber,
+                                      CommunitySetHasNoneImmediate::classNumber};
+    std::size_t const number = node.typeData().number();
+    return std::find(std::begin(readers), std::end(readers), number) != std::end(readers);
+}
+
+/// The bounds that a comparison with a constant stands for.
+std::optional<IntBounds> boundsOf(Expression const & node, U64 constant) {
+    constexpr U64 largest = ~U64{0};
+    constexpr IntBounds never{1, 0};
+    switch (node.typeData().number()) {
+    case IntIs::classNumber:
+        return IntBounds{constant, constant};
+    case IntLessThan::classNumber:
+        return constant == 0 ? never : IntBounds{0, constant - 1};
+    case IntLessThanEq::classNumber:
+        return IntBounds{0, constant};
+    case IntGreaterThan::classNumber:
+        return constant == largest ? never : IntBounds{constant + 1, largest};
+    case IntGreaterThanEq::classNumber:
+        return IntBounds{constant, largest};
+    default:
+        return std::nullopt;
+    }
+}
+
+template <typename Node>
+std::optional<ConstantTest> comparisonOf(Expression const & node) {
+    auto const * const test = as<Node>(node);
+    auto const * const constant = test == nullptr ? nullptr : as<IntImmediate>(*test->rhs());
+    if (constant == nullptr || (constant->negative() && constant->value() != 0)) {
+        return std::nullopt;
+    }
+    auto const bounds = boundsOf(node, constant->value());
+    return ConstantTest{ConstantTest::Kind::intBounds, test->lhs().get(), *bounds};
+}
+
+template <typename Node>
+std::optional<ConstantTest> intSetTestOf(Expression const & node, ConstantTest::Kind kind) {
+    auto const * const test = as<Node>(node);
+    auto const * const set = test == nullptr ? nullptr : constantSet<IntSetImmediate>(*test->rhs());
+    if (set == nullptr) {
+        return std::nullopt;
+    }
+    return ConstantTest{kind, test->lhs().get(), {}, set};
+}
+
+std::optional<ConstantTest> communitySetTestOf(Expression const & node) {
+    auto const * const test = as<CommunitySetHasAnyImmediate>(node);
+    auto const * const set =
+        test == nullptr ? nullptr : constantSet<CommunitySetImmediate>(*test->rhs());
+    if (set == nullptr) {
+        return std::nullopt;
+    }
+    return ConstantTest{
+        ConstantTest::Kind::communitySetHasAny, test->lhs().get(), {}, nullptr, set};
+}
+
+/// The tests that must all hold for the condition to hold, in their order.
+void collectTests(Expression const & condition, std::vector<Expression const *> & tests) {
+    auto const * const logical = as<LogicalOperatorExpression>(condition);
+    if (logical == nullptr || !is<AndOperator>(*logical->operatorList()->entry())) {
+        tests.push_back(&condition);
+        return;
+    }
+    for (auto const * link = logical->expressionList().get(); link != nullptr;
+         link = link->next().get()) {
+        collectTests(*link->entry(), tests);
+    }
+}
+
+} // namespace
+
+std::optional<ConstantTest> constantTestOf(Expression const & node) {
+    switch (node.typeData().number()) {
+    case IntIs::classNumber:
+        return comparisonOf<IntIs>(node);
+    case IntLessThan::classNumber:
+        return comparisonOf<IntLessThan>(node);
+    case IntLessThanEq::classNumber:
+        return comparisonOf<IntLessThanEq>(node);
+    case IntGreaterThan::classNumber:
+        return comparisonOf<IntGreaterThan>(node);
+    case IntGreaterThanEq::classNumber:
+        return comparisonOf<IntGreaterThanEq>(node);
+    case IntInImmediateSet::classNumber:
+        return intSetTestOf<IntInImmediateSet>(node, ConstantTest::Kind::intInSet);
+    case IntSetHasAnyImmediate::classNumber:
+        return intSetTestOf<IntSetHasAnyImmediate>(node, ConstantTest::Kind::setHasAny);
+    case CommunitySetHasAnyImmediate::classNumber:
+        return communitySetTestOf(node);
+    default:
+        return std::nullopt;
+    }
+}
+
+PlanChain::PlanChain(std::span<Expression const * const> conditions) {
+    for (Expression const * const condition : conditions) {
+        onlyReads_ = onlyReads_ && isOnlyReading(*condition);
+        Tests & tests = tests_.emplace_back();
+        collectTests(*condition, tests);
+        std::set<Subject> subjects;
+        for (Expression const * const node : tests) {
+            if (auto const test = constantTestOf(*node)) {
+                subjects.insert(subjectOf(*test));
+            }
+        }
+        for (Subject const & subject : subjects) {
+            ++uses_[subject];
+        }
+    }
+}
+
+PlanChain::Subject PlanChain::subjectOf(ConstantTest const & test) {
+    return {test.kind, identity(*test.operand)};
+}
+
+bool PlanChain::isShared(Subject const & subject) const {
+    auto const found = uses_.find(subject);
+    return found != uses_.end() && found->second >= clausesThatShare;
+}
+
+std::unique_ptr<ClauseStep const> PlanChain::step(Lower const & lower,
+                                                  std::span<PlanStep const * const> targets,
+                                                  PlanStep const * otherwise) {
+    bool const worthWhile = std::any_of(uses_.begin(), uses_.end(),
+                                        [&](auto const & use) { return isShared(use.first); });
+    if (!onlyReads_ || !worthWhile) {
+        return nullptr;
+    }
+    std::vector<ClauseStep::Clause> clauses;
+    for (std::size_t i = 0; i < tests_.size(); ++i) {
+        clauses.emplace_back(questionsOf(i, lower), targets[i]);
+        if (questions_.size() > ClauseStep::maxQuestions) {
+            return nullptr;
+        }
+    }
+    std::vector<std::unique_ptr<PlanQuestion const>> questions;
+    for (Question & question : questions_) {
+        questions.push_back(question.own ? std::move(question.own) : shared(question.parts));
+    }
+    return std::make_unique<ClauseStep const>(std::move(questions), std::move(clauses), otherwise);
+}
+
+// A clause takes part in a shared question once, but that bounds which follow one another narrow:
+// whatever else it asks of the attribute is its own.
+std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) {
+    ClauseBits const bit = ClauseBits{1} << clause;
+    std::vector<U8> questions;
+    Tests own;
+    auto const askOwn = [&] {
+        if (!own.empty()) {
+            questions.push_back(ownQuestion(own, bit, lower));
+            own.clear();
+        }
+    };
+    for (Expression const * const node : tests_[clause]) {
+        auto const test = constantTestOf(*node);
+        if (!test || !isShared(subjectOf(*test))) {
+            own.push_back(node);
+            continue;
+        }
+        U8 const number = numberOf(subjectOf(*test));
+        bool const asks = std::find(questions.begin(), questions.end(), number) != questions.end();
+        bool const narrows = asks && own.empty() && questions.back() == number &&
+                             test->kind == ConstantTest::Kind::intBounds;
+        if (asks && !narrows) {
+            own.push_back(node);
+            continue;
+        }
+        if (!asks) {
+            askOwn();
+            questions.push_back(number);
+        }
+        questions_[number].parts.push_back({bit, *test});
+    }
+    askOwn();
+    return questions;
+}
+
+U8 PlanChain::numberOf(Subject const & subject) {
+    auto const [entry, isNew] = numbers_.emplace(subject, static_cast<U8>(questions_.size()));
+    if (isNew) {
+        questions_.emplace_back();
+    }
+    return entry->second;
+}
+
+U8 PlanChain::ownQuestion(Tests const & tests, ClauseBits clause, Lower const & lower) {
+    auto const end = [](TriStateBoolValue value) {
+        return endOfRun(EvalResult(value, TerminationFlag::noTermination));
+    };
+    PlanStep const * first = end(QcfTrue());
+    for (auto test = tests.rbegin(); test != tests.rend(); ++test) {
+        first = lower(**test, {end(QcfFalse()), end(QcfFalse()), first});
+    }
+    questions_.push_back({std::make_unique<ConditionQuestion const>(first, clause), {}});
+    return static_cast<U8>(questions_.size() - 1);
+}
+
+namespace {
+
+template <typename Value, typename Parts, typename Set>
+ConstantTable<Value> tableOf(Parts const & parts, Set const * ConstantTest::*constants) {
+    ConstantTable<Value> table;
+    for (auto const & [clause, test] : parts) {
+        for (Value const & constant : *(test.*constants)) {
+            table.insert(constant, clause);
+        }
+    }
+    table.seal();
+    return table;
+}
+
+template <typename Parts>
+std::vector<IntBoundsQuestion::Clause> boundsOf(Parts const & parts) {
+    std::vector<IntBoundsQuestion::Clause> clauses;
+    for (auto const & [clause, test] : parts) {
+        if (clauses.empty() || clauses.back().bit != clause) {
+            clauses.push_back({clause, test.bounds});
+        } else {
+            IntBounds & bounds = clauses.back().bounds;
+            bounds = {std::max(bounds.low, test.bounds.low),
+                      std::min(bounds.high, test.bounds.high)};
+        }
+    }
+    return clauses;
+}
+
+} // namespace
+
+std::unique_ptr<PlanQuestion const> PlanChain::shared(std::vector<Part> const & parts) {
+    auto const & operand = *parts.front().test.operand;
+    ClauseBits others = ~ClauseBits{0};
+    for (Part const & part : parts) {
+        others &= ~part.clause;
+    }
+    switch (parts.front().test.kind) {
+    case ConstantTest::Kind::intBounds:
+        return std::make_unique<IntBoundsQuestion>(static_cast<Int const &>(operand),
+                                                   boundsOf(parts), others);
+    case ConstantTest::Kind::intInSet:
+        return std::make_unique<IntInSetQuestion>(static_cast<Int const &>(operand),
+                                                  tableOf<U64>(parts, &ConstantTest::ints), others);
+    case ConstantTest::Kind::setHasAny:
+        return std::make_unique<SetHasAnyQuestion<U64SmallVector>>(
+            static_cast<IntSet const &>(operand), tableOf<U64>(parts, &ConstantTest::ints), others);
+    case ConstantTest::Kind::communitySetHasAny:
+        return std::make_unique<SetHasAnyQuestion<CommunitySmallVector>>(
+            static_cast<CommunitySet const &>(operand),
+            tableOf<Acl::CommunityValue>(parts, &ConstantTest::communities), others);
+    }
+    return nullptr;
+}
+
+} // namespace Qcf::Eval
