@@ -22,7 +22,7 @@ void applyTo(Mirror & mirror, StagedBatch const & batch) {
 
 } // namespace
 
-LocalChannel::LocalChannel(Ptr<AllFunctionStatus> status)
+LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status)
     : status_(status),
       source_(status),
       version_{1, newBatchId(), digests_.of(status->aet())},

@@ -14,7 +14,7 @@ namespace Qcf::Mirror {
 ///     ... startOfDedupedFunctionUpdatesMarkerIs(n), changes, endOf...MarkerIs(n) ...
 class LocalChannel {
 public:
-    explicit LocalChannel(Ptr<AllFunctionStatus> status);
+    explicit LocalChannel(Ptr<AllFunctionStatus> const & status);
     LocalChannel(LocalChannel const &) = delete;
     LocalChannel & operator=(LocalChannel const &) = delete;
     ~LocalChannel();

@@ -48,7 +48,7 @@ String RedisFollower::standing() const {
 }
 
 bool RedisFollower::poll(std::chrono::milliseconds wait) {
-    auto const end = Clock::now() + wait;
+    auto const end = Clock::now() + wait; // NOLINT(clang-analyzer-deadcode.DeadStores): read below
     try {
         return step(wait);
     } catch (RedisConnectionError const & error) {

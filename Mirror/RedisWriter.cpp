@@ -33,6 +33,7 @@ RedisWriter::RedisWriter(RedisOptions options, String const & name, Report repor
       replica_(std::make_unique<Replica>(name)) {}
 
 PublishOutcome RedisWriter::publish(Documents::Program const & program) {
+    // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): read where an attempt fails
     auto const deadline = std::chrono::steady_clock::now() + settings_.patience;
     for (auto pause = std::chrono::milliseconds(20);; pause *= 2) {
         String trouble;

@@ -51,6 +51,15 @@ public:
     MatcherTable<Routing::RouteMap::DynamicPrefixListStatus> dynamicPrefixLists;
     MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv4PrefixLists;
     MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv6PrefixLists;
+
+    /// The prefix list of a slot for candidates of a family; null when there is none, or when it is
+    /// of the other family.
+    Routing::Policy::PrefixListMatcher const * prefixList(bool isV4, U16 slot,
+                                                          AddressFamily family) const {
+        auto const otherFamily = isV4 ? AddressFamily::ipv6 : AddressFamily::ipv4;
+        return family == otherFamily ? nullptr
+                                     : (isV4 ? ipv4PrefixLists : ipv6PrefixLists).at(slot).get();
+    }
 };
 
 } // namespace Qcf

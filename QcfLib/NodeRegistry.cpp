@@ -34,7 +34,9 @@ NodeClass const * lookUp(Names const & names, std::string_view name) {
 
 } // namespace
 
-std::size_t NodeClass::number() const { return static_cast<std::size_t>(this - &nodeClasses()[0]); }
+std::size_t NodeClass::number() const {
+    return static_cast<std::size_t>(this - nodeClasses().data());
+}
 
 NodeClass const * findNodeClass(std::string_view name) {
     static Names const names = classNames();

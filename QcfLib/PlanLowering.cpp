@@ -225,14 +225,8 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
             return step;
         }
     }
-    auto const * const prefixMatch = as<IpPrefixMatchPrefixList>(node);
-    if (prefixMatch != nullptr && prefixMatch->lhs()->source() != nullptr) {
-        return make<PrefixListTest<PlanPrefix>>(*prefixMatch, targets);
-    }
-    if (auto const * const n = as<IpAddressMatchPrefixList>(node)) {
-        return make<PrefixListTest<PlanHost>>(*n, targets);
-    }
-    for (auto const lower : {&PlanLowering::intTest, &PlanLowering::setTest}) {
+    for (auto const lower :
+         {&PlanLowering::intTest, &PlanLowering::setTest, &PlanLowering::prefixTest}) {
         if (PlanStep const * const step = (this->*lower)(node, targets)) {
             return step;
         }
@@ -306,6 +300,19 @@ PlanStep const * PlanLowering::setTest(Expression const & node, PlanTargets cons
     }
     return constantTest<Communities, CommunitySetImmediate, setHasAny<Communities>>(
         as<CommunitySetHasAnyImmediate>(node), targets);
+}
+
+PlanStep const * PlanLowering::prefixTest(Expression const & node, PlanTargets const & targets) {
+    if (auto const * const n = as<IpPrefixMatchPrefixList>(node)) {
+        auto const * const list = as<PrefixListImmediate>(*n->rhs());
+        bool const known = list != nullptr && n->lhs()->source() != nullptr;
+        return known ? make<PrefixListTest<PlanPrefix>>(*n, *list, targets) : nullptr;
+    }
+    if (auto const * const n = as<IpAddressMatchPrefixList>(node)) {
+        auto const * const list = as<PrefixListImmediate>(*n->rhs());
+        return list != nullptr ? make<PrefixListTest<PlanHost>>(*n, *list, targets) : nullptr;
+    }
+    return nullptr;
 }
 
 } // namespace Qcf::Eval

@@ -50,6 +50,7 @@ private:
     template <typename Compare, typename Node>
     PlanStep const * comparison(Node const & node, PlanTargets const & targets);
     PlanStep const * setTest(Expression const & node, PlanTargets const & targets);
+    PlanStep const * prefixTest(Expression const & node, PlanTargets const & targets);
     template <typename Set, typename Immediate, bool test(Set const *, Set const *), typename Node>
     PlanStep const * constantTest(Node const * node, PlanTargets const & targets);
 

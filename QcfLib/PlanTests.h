@@ -107,16 +107,30 @@ private:
     IpAddress const * node_;
 };
 
+/// A prefix list of the agent's.
+class PlanPrefixList {
+public:
+    explicit PlanPrefixList(PrefixListImmediate const & node)
+        : isV4_(node.isV4()), slot_(node.indexInAet()) {}
+    Routing::Policy::PrefixListMatcher const * matcher(PlanRun & run, AddressFamily family) const {
+        return run.context.externalMatchers()->prefixList(isV4_, slot_, family);
+    }
+
+private:
+    bool isV4_;
+    U16 slot_;
+};
+
 /// A prefix or an address looked up in a prefix list. Without a list the answer is false.
 template <typename Candidate>
 class PrefixListTest final : public PlanStep {
 public:
     template <typename Node>
-    PrefixListTest(Node const & node, PlanTargets const & targets)
-        : candidate_(*node.lhs()), list_(*node.rhs()), targets_(targets) {}
+    PrefixListTest(Node const & node, PrefixListImmediate const & list, PlanTargets const & targets)
+        : candidate_(*node.lhs()), list_(list), targets_(targets) {}
     PlanStep const * run(PlanRun & run) const override {
         Routing::Policy::MatchInput_ const input{candidate_.read(run)};
-        auto const * const matcher = list_.getValWithArgs(run.contextPtr, input.prefix.af());
+        auto const * const matcher = list_.matcher(run, input.prefix.af());
         if (matcher == nullptr) {
             return targets_.onFalse;
         }
@@ -126,7 +140,7 @@ public:
 
 private:
     Candidate candidate_;
-    PrefixList const & list_;
+    PlanPrefixList list_;
     PlanTargets targets_;
 };
 

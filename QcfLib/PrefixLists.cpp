@@ -25,12 +25,7 @@ bool dynamicListsInUse(EvalContext const & context) { return context.isBgpOutbou
 PrefixListMatcher const *
 PrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
                                     AddressFamily family) const {
-    auto const otherFamily = isV4_ ? AddressFamily::ipv6 : AddressFamily::ipv4;
-    if (family == otherFamily) {
-        return nullptr;
-    }
-    auto const & matchers = *context->externalMatchers();
-    return (isV4_ ? matchers.ipv4PrefixLists : matchers.ipv6PrefixLists).at(indexInAet_).get();
+    return context->externalMatchers()->prefixList(isV4_, indexInAet_, family);
 }
 
 bool PrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const {

@@ -17,7 +17,7 @@ Ptr<Eval::Function> AllAetEntities::functionCollIs(
     U64 aetNodeKey, String funcName, FunctionMetadata metadata,
     Routing::Policy::RouteMapFeatures features, Eval::AccessibleAttributes accessedAttributes,
     bool argumentsExpected, PtrConst<Eval::Block> body) {
-    return memberIs<Eval::Function>(aetNodeKey, [&] { return Eval::Function::FunctionIs(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), std::move(accessedAttributes), argumentsExpected, std::move(body)); });
+    return memberIs<Eval::Function>(aetNodeKey, [&] { return Eval::Function::FunctionIs(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), accessedAttributes, argumentsExpected, std::move(body)); });
 }
 Ptr<Eval::Function> AllAetEntities::functionCollDel(U64 aetNodeKey) {
     return memberDel<Eval::Function>(aetNodeKey);

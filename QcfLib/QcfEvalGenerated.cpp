@@ -11,20 +11,19 @@ Function::Function(
     bool argumentsExpected, PtrConst<Block> body)
     : 
         FunctionBase(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features)),
-        FunctionState(static_cast<Entity const &>(*this)),
-        accessedAttributes_(std::move(accessedAttributes)), argumentsExpected_(argumentsExpected),
-        body_(std::move(body)) {}
+        FunctionState(static_cast<Entity const &>(*this)), accessedAttributes_(accessedAttributes),
+        argumentsExpected_(argumentsExpected), body_(std::move(body)) {}
 Ptr<Function> Function::FunctionIs(
     U64 aetNodeKey, String funcName, FunctionMetadata metadata,
     Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
     bool argumentsExpected, PtrConst<Block> body) {
-    return makePtr<Function>(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), std::move(accessedAttributes), argumentsExpected, std::move(body));
+    return makePtr<Function>(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), accessedAttributes, argumentsExpected, std::move(body));
 }
 Ptr<Function> functionFactory(
     U64 aetNodeKey, String funcName, FunctionMetadata metadata,
     Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
     bool argumentsExpected, PtrConst<Block> body) {
-    return makePtr<Function>(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), std::move(accessedAttributes), argumentsExpected, std::move(body));
+    return makePtr<Function>(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features), accessedAttributes, argumentsExpected, std::move(body));
 }
 NodeClass const & Function::typeData() const { return nodeClasses()[classNumber]; }
 bool Function::compare(PtrConst<AetNodeBase> const & other) const {

@@ -42,6 +42,8 @@ struct LanguageForm {
 constexpr LanguageForm forms[] = {
     {"luajit-ffi-loop", "qcf_bench_luajit.so", ffiScript, true},
     {"luajit-ffi", "qcf_bench_luajit.so", ffiScript, false},
+    {"luajit-ffi-tuned-loop", "qcf_bench_luajit.so", tunedFfiScript, true},
+    {"luajit-ffi-tuned", "qcf_bench_luajit.so", tunedFfiScript, false},
     {"luajit-api", "qcf_bench_luajit.so", apiScript, false},
     {"lua54-api", "qcf_bench_lua54.so", apiScript, false},
 };

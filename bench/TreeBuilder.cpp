@@ -1,18 +1,27 @@
 #include "bench/TreeBuilder.h"
 
-#include <ranges>
-
 namespace Qcf::Bench {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
+
+namespace {
+
+template <typename Values, typename Visit>
+void eachFromLast(Values const & values, Visit const & visit) {
+    eachFromLast(values, [&](auto at = values.end(); at != values.begin();) {
+        visit(*--at);
+    }
+}
+
+} // namespace
 
 PtrConst<Int> TreeBuilder::integer(U64 value) { return make(intImmediateFactory, value, false); }
 
 PtrConst<IntSet> TreeBuilder::set(std::span<U64 const> values) {
     Ptr<IntLinkedList> head;
-    for (U64 const value : std::views::reverse(values)) {
+    for (U64 const value) {
         head = make(intLinkedListFactory, integer(value), std::move(head));
-    }
+    });
     auto const node = make(intSetImmediateFactory, PtrConst<IntLinkedList>(head), true);
     cacheConstantValue(*node);
     return node;
@@ -20,10 +29,10 @@ PtrConst<IntSet> TreeBuilder::set(std::span<U64 const> values) {
 
 PtrConst<CommunitySet> TreeBuilder::set(std::span<Acl::CommunityValue const> values) {
     Ptr<CommunityLinkedList> head;
-    for (Acl::CommunityValue const & value : std::views::reverse(values)) {
+    eachFromLast(values, [&](Acl::CommunityValue const & value) {
         head = make(communityLinkedListFactory, make(communityValueImmediateFactory, value),
                     std::move(head));
-    }
+    });
     auto const node = make(communitySetImmediateFactory, PtrConst<CommunityLinkedList>(head), true);
     cacheConstantValue(*node);
     return node;
@@ -38,10 +47,10 @@ PtrConst<PrefixList> TreeBuilder::prefixList(String const & name) {
 TreeBuilder::ExpressionPtr TreeBuilder::allOf(Statements const & operands) {
     PtrConst<ExpressionList> list;
     PtrConst<LogicalOperatorList> operators;
-    for (auto const & operand : std::views::reverse(operands)) {
+    eachFromLast(operands, [&](auto const & operand) {
         list = make(expressionListFactory, operand, std::move(list));
-    }
-    for (std::size_t i = 1; i < operands.size(); ++i) {
+    });
+    eachFromLast(statements, [&](std::size_t i = 1; i < operands.size(); ++i) {
         operators =
             make(logicalOperatorListFactory, make(andOperatorFactory), std::move(operators));
     }
@@ -50,9 +59,9 @@ TreeBuilder::ExpressionPtr TreeBuilder::allOf(Statements const & operands) {
 
 PtrConst<Block> TreeBuilder::block(Statements const & statements) {
     PtrConst<ExpressionList> list;
-    for (auto const & statement : std::views::reverse(statements)) {
+    for (auto const & statement) {
         list = make(expressionListFactory, statement, std::move(list));
-    }
+    });
     return make(blockFactory, list);
 }
 
@@ -72,9 +81,9 @@ TreeBuilder::ExpressionPtr TreeBuilder::returns(bool accept) {
 TreeBuilder::ExpressionPtr TreeBuilder::call(PtrConst<Function> const & callee,
                                              std::vector<PtrConst<StorageType>> const & arguments) {
     PtrConst<FunctionArgumentList> list;
-    for (auto const & argument : std::views::reverse(arguments)) {
+    eachFromLast(arguments, [&](auto const & argument) {
         list = make(functionArgumentListFactory, argument, std::move(list));
-    }
+    });
     return make(functionCallExpressionFactory, callee->funcName(), callee, list, ++calls_);
 }
 

@@ -51,7 +51,7 @@ def arguments(node):
 
 def forwarded(node):
     simple = {"U8", "U16", "U32", "U64", "F32", "bool", "TriStateBoolValue", "IpGenAddr", "IpGenPrefix", "EthAddr",
-              "Acl::CommunityValue", "optional<Evpn::Esid>"}
+              "Acl::CommunityValue", "optional<Evpn::Esid>", "AccessibleAttributes"}
     return ["aetNodeKey"] + [f.name if f.type in simple else f"std::move({f.name})" for f in node.fields]
 
 

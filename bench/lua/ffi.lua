@@ -1,4 +1,6 @@
--- The policies over C structures: a LuaJIT script as one would write it for speed.
+-- The policies over C structures. Policies 2 to 4 have two forms: one that follows the policy
+-- test by test, as a translator of policies would write it, and, where `tuned` is set, one
+-- rearranged by hand for speed.
 local ffi = require("ffi")
 local bit = require("bit")
 local band, bor, bxor, rshift, lshift = bit.band, bit.bor, bit.bxor, bit.rshift, bit.lshift
@@ -39,6 +41,18 @@ local function list(address) return ffi.cast("PlainList const *", address) end
 -- Unsigned order of words by a signed comparison.
 local function ordered(word) return bxor(word, highest) end
 
+-- A bisection over a list: whether it permits an address with that length.
+local function permits(prefixes, address, length)
+    local starts, low, high = prefixes.starts, 0, prefixes.count
+    address = ordered(address)
+    while high - low > 1 do
+        local middle = rshift(low + high, 1)
+        if ordered(starts[middle]) <= address then low = middle else high = middle end
+    end
+    if length == 32 then return prefixes.hosts[low] ~= 0 end
+    return band(rshift(prefixes.lengths[low], length), 1) ~= 0
+end
+
 -- A test of the route's prefix against a list: the leading bits of the address tell the first piece
 -- that may hold it, behind which there is seldom more than one to look at.
 local function prefixTest(prefixes)
@@ -75,6 +89,39 @@ local function addCommunity(kept, added)
     return kept + 1
 end
 
+local function hasCommunity(value)
+    for i = 0, slot.route.community.count - 1 do
+        if slot.route.community.values[i] == value then return true end
+    end
+    return false
+end
+
+local function hasAny(wanted)
+    for i = 0, slot.route.community.count - 1 do
+        if wanted[slot.route.community.values[i]] then return true end
+    end
+    return false
+end
+
+-- Writes the route's communities but for two of them, and one more.
+local function changeCommunities(removed1, removed2, added)
+    local kept = 0
+    for i = 0, slot.route.community.count - 1 do
+        local value = slot.route.community.values[i]
+        if value ~= removed1 and value ~= removed2 then
+            slot.changes.community[kept] = value
+            kept = kept + 1
+        end
+    end
+    slot.changes.communityCount = addCommunity(kept, added)
+end
+
+local function lookup(values)
+    local found = {}
+    for i = 0, values.count - 1 do found[values.values[i]] = true end
+    return found
+end
+
 local policies = {}
 
 policies[0] = function()
@@ -95,7 +142,34 @@ policies[1] = function()
     end
 end
 
-policies[2] = function()
+local function importFilter()
+    local bogons, removed = list(data.bogons), set(data.p2Removed)
+    local removed1, removed2, added = removed.values[0], removed.values[1], tobit(data.p2Added)
+    local tag1, tag2, tag3 = tobit(data.tags[1]), tobit(data.tags[2]), tobit(data.tags[3])
+    local preferences, longest, step = data.tagPreferences, data.longestPath, data.p2MedStep
+    local always, flagPreference = bor(data.flagCommunity, data.flagMed), data.flagPreference
+    local function prefer(preference)
+        slot.changes.localPref = preference
+        slot.changes.flags = bor(slot.changes.flags, flagPreference)
+    end
+    return function()
+        slot.changes.flags = 0
+        if slot.route.prefixFamily == 4 and
+            permits(bogons, slot.route.prefix, slot.route.prefixLength) then
+            return false
+        end
+        if slot.route.pathLength > longest then return false end
+        if hasCommunity(tag1) then prefer(preferences[1])
+        elseif hasCommunity(tag2) then prefer(preferences[2])
+        elseif hasCommunity(tag3) then prefer(preferences[3]) end
+        changeCommunities(removed1, removed2, added)
+        slot.changes.med = min(slot.route.med + step, limit)
+        slot.changes.flags = bor(slot.changes.flags, always)
+        return true
+    end
+end
+
+local function tunedImportFilter()
     local isBogon = prefixTest(list(data.bogons))
     local removed = set(data.p2Removed)
     local removed1, removed2, added = removed.values[0], removed.values[1], tobit(data.p2Added)
@@ -136,6 +210,35 @@ policies[2] = function()
     end
 end
 
+policies[2] = tuned and tunedImportFilter or importFilter
+
+-- The clauses as the text of one `if`.
+local function clauseTest(i, clause)
+    local tests = {
+        [0] = "slot.route.prefixLength >= %d and slot.route.prefixLength <= %d and hasAny(values[%d])",
+        "values[%d][slot.route.originAs]",
+        "hasAny(values[%d])",
+        "slot.route.localPref >= %d and slot.route.localPref <= %d",
+        "slot.route.nextHopFamily == 4 and permits(values[%d], slot.route.nextHop, 32)",
+    }
+    local arguments = {
+        [0] = { clause.low, clause.high, i }, { i }, { i }, { clause.low, clause.high }, { i },
+    }
+    return tests[clause.kind]:format(unpack(arguments[clause.kind]))
+end
+
+local function preferenceByClauses()
+    local text, values = {}, {}
+    for i, clause in ipairs(data.clauses) do
+        text[i] = ("if %s then return %d\nelse"):format(clauseTest(i, clause), clause.preference)
+        values[i] = clause.kind == 4 and list(clause.list) or
+            clause.kind ~= 3 and lookup(set(clause.values))
+    end
+    local source = "local slot, values, hasAny, permits = ...\nreturn function()\n"
+        .. table.concat(text) .. " return slot.route.localPref end end"
+    return loadstring(source)(slot, values, hasAny, permits)
+end
+
 -- One table for all sets of constants that one attribute is tested against: from a constant to the
 -- sets that hold it, a bit each. At most 32 sets.
 local function newIndex() return { size = 0, masks = {} } end
@@ -165,7 +268,7 @@ local function bisection(prefixes, low, high)
     return ("((nextHop < %d and %s) or (nextHop >= %d and %s))"):format(start, below, start, above)
 end
 
--- The clauses as the text of one `if`, as a translator of policies would write it.
+-- The clauses over what the two tables found.
 local function clauseText(clause, byCommunity, byOrigin)
     local format, kind = string.format, clause.kind
     local test
@@ -201,10 +304,10 @@ return function(tags)
     return loadstring(source)(slot, byOrigin.masks, band, bxor), byCommunity.masks
 end
 
-policies[3] = function()
-    local preferenceOf, byCommunity = clauseFunction()
-    local step, longPath, added = data.p3MedStep, data.p3LongPath, tobit(data.p3Added)
-    local preferenceStep, addedOrdered = data.p3PreferenceStep, ordered(added)
+-- What follows the clauses; `preferenceOf` works them off and writes the communities.
+local function adjustments(preferenceOf)
+    local step, longPath = data.p3MedStep, data.p3LongPath
+    local preferenceStep = data.p3PreferenceStep
     local flags = bor(data.flagCommunity, data.flagMed, data.flagOrigin, data.flagPreference)
     local function isLonger(than) return slot.route.pathLength > than end
     local function adjusted(by, than)
@@ -212,6 +315,28 @@ policies[3] = function()
         return max(slot.route.med - by, 0)
     end
     return function()
+        slot.changes.localPref = min(preferenceOf() + preferenceStep, limit)
+        slot.changes.med = adjusted(step, longPath)
+        slot.changes.origin = 0
+        slot.changes.flags = flags
+        return true
+    end
+end
+
+local function clauses()
+    local preferenceOf, added = preferenceByClauses(), tobit(data.p3Added)
+    return adjustments(function()
+        local preference = preferenceOf()
+        changeCommunities(nil, nil, added)
+        return preference
+    end)
+end
+
+local function tunedClauses()
+    local preferenceOf, byCommunity = clauseFunction()
+    local added = tobit(data.p3Added)
+    local addedOrdered = ordered(added)
+    return adjustments(function()
         local count, tags = slot.route.community.count, 0
         for i = 0, count - 1 do
             local value = slot.route.community.values[i]
@@ -219,19 +344,17 @@ policies[3] = function()
             local found = byCommunity[value]
             if found then tags = bor(tags, found) end
         end
-        slot.changes.localPref = min(preferenceOf(tags) + preferenceStep, limit)
-        slot.changes.med = adjusted(step, longPath)
-        slot.changes.origin = 0
         if count > 0 and ordered(slot.changes.community[count - 1]) >= addedOrdered then
             slot.changes.communityCount = addCommunity(count, added)
         else
             slot.changes.community[count] = added
             slot.changes.communityCount = count + 1
         end
-        slot.changes.flags = flags
-        return true
-    end
+        return preferenceOf(tags)
+    end)
 end
+
+policies[3] = tuned and tunedClauses or clauses
 
 -- Communities of three words as tables within tables.
 local function wordTable(values)
@@ -299,7 +422,32 @@ local function addExtended(low, high, kind)
     return to / 3
 end
 
-policies[4] = function()
+local function bigLists()
+    local prefixes, wanted = list(data.prefixes), lookup(set(data.communities))
+    local removed, added = wordTable(set(data.removedLarge)), set(data.addedExtended).values
+    local low, high, kind = added[0], added[1], added[2]
+    local preference, med = data.p4Preference, data.p4Med
+    local always = bor(data.flagLarge, data.flagExtended)
+    local flagPreference, flagMed = data.flagPreference, data.flagMed
+    return function()
+        local flags = always
+        if slot.route.prefixFamily == 4 and
+            permits(prefixes, slot.route.prefix, slot.route.prefixLength) then
+            slot.changes.localPref = preference
+            flags = bor(flags, flagPreference)
+        end
+        if hasAny(wanted) then
+            slot.changes.med = med
+            flags = bor(flags, flagMed)
+        end
+        slot.changes.largeCommunityCount = removeLarge(removed)
+        slot.changes.extCommunityCount = addExtended(low, high, kind)
+        slot.changes.flags = flags
+        return true
+    end
+end
+
+local function tunedBigLists()
     local listed = prefixTest(list(data.prefixes))
     local communities = newIndex()
     addToIndex(communities, set(data.communities))
@@ -346,6 +494,8 @@ policies[4] = function()
         return true
     end
 end
+
+policies[4] = tuned and tunedBigLists or bigLists
 
 local policy = policies[policyNumber]
 if policyNumber > 0 then policy = policy() end

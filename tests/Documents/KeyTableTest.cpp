@@ -1,10 +1,10 @@
 #include "Documents/KeyTable.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 #include <map>
 #include <random>
+
+#include <gtest/gtest.h>
 
 namespace Qcf::Documents {
 namespace {

@@ -1,11 +1,11 @@
 #include "tests/Mirror/RedisServer.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 #include <thread>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -63,7 +63,7 @@ TEST(Ptr, CountsEachUserOnce) {
         EXPECT_EQ(a->refCount(), 2U);
         Ptr<Square> const c = std::move(b);
         EXPECT_EQ(a->refCount(), 2U);
-        EXPECT_EQ(b, nullptr); // NOLINT(bugprone-use-after-move)
+        EXPECT_FALSE(b); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
         Ptr<Shape const> d = c;
         EXPECT_EQ(a->refCount(), 3U);
         d = nullptr;

@@ -76,7 +76,7 @@ String read(char const * languageName, Ptr<EvalContextBase> const & context) {
 
 /// A route none of whose values is the default.
 Ptr<RecordingContext> fullRoute() {
-    auto const context = makePtr<RecordingContext>();
+    auto context = makePtr<RecordingContext>();
     auto & c = *context;
     auto fill = [next = U64{0}](auto & value) mutable {
         if constexpr (std::is_same_v<decltype(value), U64 &>) {

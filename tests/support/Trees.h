@@ -150,17 +150,18 @@ public:
         return result_;
     }
     NodeClass const & typeData() const override {
-        static NodeClass const scripted{.name = "Scripted",
-                                        .nameSpace = "Qcf::Eval::test",
-                                        .base = "Expression",
-                                        .collection = "",
-                                        .typeCode = 0,
-                                        .fields = {},
-                                        .attribute = nullptr,
-                                        .create = nullptr,
-                                        .write = nullptr,
-                                        .visitChildren = nullptr,
-                                        .memAllocationTracker = nullptr};
+        static NodeClass const scripted{
+            .name = "Scripted",
+            .nameSpace = "Qcf::Eval::test",
+            .base = "Expression",
+            .collection = "",
+            .typeCode = 0,
+            .fields = {},
+            .attribute = nullptr,
+            .create = nullptr,
+            .write = nullptr,
+            .visitChildren = [](AetNodeBase const &, NodeClass::ChildVisitor const &) {},
+            .memAllocationTracker = nullptr};
         return scripted;
     }
     bool compare(PtrConst<AetNodeBase> const & other) const override { return other == this; }
