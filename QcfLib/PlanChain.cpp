@@ -198,7 +198,7 @@ std::unique_ptr<ClauseStep const> PlanChain::step(Lower const & lower,
     }
     std::vector<ClauseStep::Clause> clauses;
     for (std::size_t i = 0; i < tests_.size(); ++i) {
-        clauses.emplace_back(questionsOf(i, lower), targets[i]);
+        clauses.push_back({questionsOf(i, lower), targets[i]});
         if (questions_.size() > ClauseStep::maxQuestions) {
             return nullptr;
         }

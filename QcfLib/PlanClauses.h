@@ -2,7 +2,6 @@
 
 #include "QcfLib/PlanStep.h"
 
-#include <algorithm>
 #include <bit>
 #include <memory>
 #include <vector>
@@ -154,54 +153,64 @@ private:
     ClauseBits clause_;
 };
 
-/// The chain. Questions are asked when the first clause that is not ruled out needs the answer, so
-/// in the order of its conditions, and each once.
+/// The chain. Each question is asked once, when the tree would first ask any part of it: a clause
+/// is passed over only for an answer that its tree had come to.
 class ClauseStep final : public PlanStep {
 public:
     static constexpr std::size_t maxQuestions = 64;
 
-    /// What a clause needs to know before it holds, and where it leads to.
     struct Clause {
-        Clause(std::vector<U8> questions, PlanStep const * target)
-            : target(target), inOrder(std::move(questions)) {
-            for (U8 const question : inOrder) {
-                needs |= U64{1} << question;
-            }
-        }
-
-        U64 needs = 0; ///< the questions, bit i for question i
+        std::vector<U8> questions; ///< numbers, in the order of the condition; at least one
         PlanStep const * target;
-        std::vector<U8> inOrder; ///< as in the condition
     };
     ClauseStep(std::vector<std::unique_ptr<PlanQuestion const>> questions,
                std::vector<Clause> clauses, PlanStep const * otherwise)
-        : questions_(std::move(questions)), clauses_(std::move(clauses)), otherwise_(otherwise) {}
+        : questions_(std::move(questions)),
+          startingWith_(questions_.size()),
+          clauses_(std::move(clauses)),
+          otherwise_(otherwise) {
+        for (std::size_t i = 0; i < clauses_.size(); ++i) {
+            startingWith_[clauses_[i].questions.front()] |= ClauseBits{1} << i;
+        }
+    }
 
     PlanStep const * run(PlanRun & run) const override {
-        ClauseBits left = ~ClauseBits{0} >> (maxClauses - clauses_.size());
-        for (U64 asked = 0; left != 0;) {
-            Clause const & clause = clauses_[static_cast<std::size_t>(std::countr_zero(left))];
-            U64 const open = clause.needs & ~asked;
-            if (open == 0) {
-                return clause.target;
+        Answers answers;
+        answers.open = ~ClauseBits{0} >> (maxClauses - clauses_.size());
+        while (answers.open != 0) {
+            auto const clause = static_cast<std::size_t>(std::countr_zero(answers.open));
+            if (holds(clause, answers, run)) {
+                return clauses_[clause].target;
             }
-            std::size_t const question = firstOf(open, clause);
-            asked |= U64{1} << question;
-            left &= questions_[question]->clausesLeft(run);
+            answers.open &= ~(ClauseBits{1} << clause);
         }
         return otherwise_;
     }
 
 private:
-    static std::size_t firstOf(U64 open, Clause const & clause) {
-        if ((open & (open - 1)) == 0) {
-            return static_cast<std::size_t>(std::countr_zero(open));
+    struct Answers {
+        ClauseBits open;               ///< clauses of which nothing is known, or only later parts
+        U64 asked = 0;                 ///< bit i for question i
+        ClauseBits left[maxQuestions]; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    };
+
+    bool holds(std::size_t clause, Answers & answers, PlanRun & run) const {
+        for (U8 const question : clauses_[clause].questions) {
+            if (((answers.asked >> question) & 1) == 0) {
+                ClauseBits const left = questions_[question]->clausesLeft(run);
+                answers.left[question] = left;
+                answers.asked |= U64{1} << question;
+                answers.open &= left | ~startingWith_[question];
+            }
+            if (((answers.left[question] >> clause) & 1) == 0) {
+                return false;
+            }
         }
-        return *std::find_if(clause.inOrder.begin(), clause.inOrder.end(),
-                             [open](U8 question) { return ((open >> question) & 1) != 0; });
+        return true;
     }
 
     std::vector<std::unique_ptr<PlanQuestion const>> questions_;
+    std::vector<ClauseBits> startingWith_; ///< for each question, the clauses whose first it is
     std::vector<Clause> clauses_;
     PlanStep const * otherwise_;
 };

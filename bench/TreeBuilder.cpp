@@ -8,7 +8,7 @@ namespace {
 
 template <typename Values, typename Visit>
 void eachFromLast(Values const & values, Visit const & visit) {
-    eachFromLast(values, [&](auto at = values.end(); at != values.begin();) {
+    for (auto at = values.end(); at != values.begin();) {
         visit(*--at);
     }
 }
@@ -19,7 +19,7 @@ PtrConst<Int> TreeBuilder::integer(U64 value) { return make(intImmediateFactory,
 
 PtrConst<IntSet> TreeBuilder::set(std::span<U64 const> values) {
     Ptr<IntLinkedList> head;
-    for (U64 const value) {
+    eachFromLast(values, [&](U64 const value) {
         head = make(intLinkedListFactory, integer(value), std::move(head));
     });
     auto const node = make(intSetImmediateFactory, PtrConst<IntLinkedList>(head), true);
@@ -50,7 +50,7 @@ TreeBuilder::ExpressionPtr TreeBuilder::allOf(Statements const & operands) {
     eachFromLast(operands, [&](auto const & operand) {
         list = make(expressionListFactory, operand, std::move(list));
     });
-    eachFromLast(statements, [&](std::size_t i = 1; i < operands.size(); ++i) {
+    for (std::size_t i = 1; i < operands.size(); ++i) {
         operators =
             make(logicalOperatorListFactory, make(andOperatorFactory), std::move(operators));
     }
@@ -59,7 +59,7 @@ TreeBuilder::ExpressionPtr TreeBuilder::allOf(Statements const & operands) {
 
 PtrConst<Block> TreeBuilder::block(Statements const & statements) {
     PtrConst<ExpressionList> list;
-    for (auto const & statement) {
+    eachFromLast(statements, [&](auto const & statement) {
         list = make(expressionListFactory, statement, std::move(list));
     });
     return make(blockFactory, list);

@@ -1,39 +1,10 @@
-#include "QcfLib/Plan.h"
-
-#include "tests/support/RecordingContext.h"
+#include "tests/support/Plans.h"
 #include "tests/support/Trees.h"
 
 #include <gtest/gtest.h>
 
 using namespace Qcf::Eval;
 using namespace Qcf::Eval::test;
-
-namespace {
-
-/// Switches plans for the time of a test.
-class PlansEnabled {
-public:
-    explicit PlansEnabled(bool enabled) : before_(Plan::enabled()) { Plan::enabledIs(enabled); }
-    PlansEnabled(PlansEnabled const &) = delete;
-    PlansEnabled & operator=(PlansEnabled const &) = delete;
-    ~PlansEnabled() { Plan::enabledIs(before_); }
-
-private:
-    bool before_;
-};
-
-/// Result and what was written back.
-String outcome(Function const & function, Ptr<RecordingContext> const & context) {
-    context->reset();
-    context->calls.clear();
-    String text = textOf(function.eval(context));
-    for (String const & call : context->calls) {
-        text += call.find("Is ") != String::npos || call.ends_with("Is") ? "; " + call : "";
-    }
-    return text;
-}
-
-} // namespace
 
 TEST(Plans, ExceptionsOfAccessorsLeaveThemUsable) {
     PlansEnabled const on(true);
