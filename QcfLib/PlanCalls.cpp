@@ -41,38 +41,21 @@ bool takesConstant(AetNodeBase const & parent, FieldInfo const & field) {
                          : name == "entry" && as<FunctionArgumentList>(parent) != nullptr;
 }
 
-/// Counts nodes until something is found that cannot stand in place.
-class InPlace {
-public:
-    InPlace(std::size_t argumentCount, std::size_t limit)
-        : argumentCount_(argumentCount), limit_(limit) {}
-
-    bool take(AetNodeBase const & node) {
-        if (++size_ > limit_) {
-            return false;
+/// Adds the nodes under `node` to `size`; false as soon as one cannot stand in place, or they are
+/// too many.
+bool countInPlace(AetNodeBase const & node, std::size_t limit, std::size_t & size) {
+    if (++size > limit) {
+        return false;
+    }
+    bool fits = true;
+    node.typeData().visitChildren(node, [&](FieldInfo const & field, AetNodeBase const * child) {
+        if (fits && child != nullptr && as<Function>(*child) == nullptr) {
+            bool const filled = as<IntVariable>(*child) != nullptr && takesConstant(node, field);
+            fits = looksIntoFrame(*child) ? filled : countInPlace(*child, limit, size);
         }
-        bool fits = true;
-        node.typeData().visitChildren(
-            node, [&](FieldInfo const & field, AetNodeBase const * child) {
-                if (fits && child != nullptr && as<Function>(*child) == nullptr) {
-                    fits = looksIntoFrame(*child) ? takesConstant(node, field) && isArgument(*child)
-                                                  : take(*child);
-                }
-            });
-        return fits;
-    }
-    std::size_t size() const { return size_; }
-
-private:
-    bool isArgument(AetNodeBase const & node) const {
-        auto const * const variable = as<IntVariable>(node);
-        return variable != nullptr && variable->argVectorIndex() < argumentCount_;
-    }
-
-    std::size_t argumentCount_;
-    std::size_t limit_;
-    std::size_t size_ = 0;
-};
+    });
+    return fits;
+}
 
 } // namespace
 
@@ -88,10 +71,9 @@ bool readsArguments(AetNodeBase const & node) {
     return reads;
 }
 
-std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t argumentCount,
-                                       std::size_t limit) {
-    InPlace body(argumentCount, limit);
-    return body.take(*function.body()) ? std::optional(body.size()) : std::nullopt;
+std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t limit) {
+    std::size_t size = 0;
+    return countInPlace(*function.body(), limit, size) ? std::optional(size) : std::nullopt;
 }
 
 } // namespace Qcf::Eval

@@ -14,7 +14,6 @@ bool readsArguments(AetNodeBase const & node);
 /// arguments are used in places only that a plan fills with constants: on the right side of
 /// comparisons, assignments and arithmetic of integers, and as arguments of calls. Otherwise, and
 /// when they are more than `limit`: nothing.
-std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t argumentCount,
-                                       std::size_t limit);
+std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t limit);
 
 } // namespace Qcf::Eval

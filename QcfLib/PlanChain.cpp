@@ -127,12 +127,13 @@ std::optional<ConstantTest> communitySetTestOf(Expression const & node) {
 /// The tests that must all hold for the condition to hold, in their order.
 void collectTests(Expression const & condition, std::vector<Expression const *> & tests) {
     auto const * const logical = as<LogicalOperatorExpression>(condition);
-    if (logical == nullptr || !is<AndOperator>(*logical->operatorList()->entry())) {
+    auto const * link = logical == nullptr ? nullptr : logical->expressionList().get();
+    // One without operands does not hold, so that it is a test like any other.
+    if (link == nullptr || !is<AndOperator>(*logical->operatorList()->entry())) {
         tests.push_back(&condition);
         return;
     }
-    for (auto const * link = logical->expressionList().get(); link != nullptr;
-         link = link->next().get()) {
+    for (; link != nullptr; link = link->next().get()) {
         collectTests(*link->entry(), tests);
     }
 }

@@ -89,8 +89,9 @@ PlanStep const * PlanLowering::termination(Expression const & operand, Terminati
 PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
                                     PlanTargets const & targets) {
     auto arguments = argumentsOf(node);
-    auto const size = arguments ? sizeInPlace(*node.calleePtr(), arguments->size(), roomForCallees_)
-                                : std::nullopt;
+    auto const size = arguments
+                          ? sizeInPlace(*node.calleePtr(), std::min(roomForCallees_, nodesOfCallee))
+                          : std::nullopt;
     if (!size) {
         return nullptr;
     }

@@ -69,7 +69,9 @@ private:
         return make<Step>(node, where);
     }
 
-    /// Nodes of callees that a plan takes in at most, so that calls of calls stay within bounds.
+    /// Nodes of callees that a plan takes in at most, of one and of all: calls of calls stay within
+    /// bounds, and a large callee gains nothing.
+    static constexpr std::size_t nodesOfCallee = 256;
     static constexpr std::size_t nodesInPlace = 4096;
 
     std::vector<std::unique_ptr<PlanStep const>> & steps_;

@@ -49,6 +49,10 @@ are taken within each round. "resident": 2,000 routes that stay in the cache.
   --contender  only this one and the hand-written ones, or bird, and no documents; may be repeated
   --micro      the hot paths one by one; ARGUMENTS go to Google Benchmark
 
+contenders:   hand-written C++ over the plain structure is the limit, -accessors the limit of the
+              interface; engine-plan and engine-tree; LuaJIT over a C structure (luajit-ffi) and
+              Lua with methods in C (-api), which follow the policies test by test; -tuned is
+              rearranged by hand, -loop has the loop over the routes inside the script
 instructions: per resident route (a quarter of them with --quick), by callgrind of valgrind
 mallocs:      heap blocks allocated per route after the first pass over the table
 slab:         objects taken from slabs per route

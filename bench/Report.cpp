@@ -45,7 +45,7 @@ String multiple(Timing Result::*timing, char const * base, Result const & result
 }
 
 constexpr std::array columns{
-    Column{"contender", -16,
+    Column{"contender", -21,
            [](Result const & r, PolicyResult const &) -> String { return r.contender->name(); }},
     Column{"resident ns", 22,
            [](Result const & r, PolicyResult const &) { return text(r.resident.spread()); }},

@@ -112,7 +112,7 @@ private:
             return make<NotExpression>(test());
         }
         if (oneIn(40)) {
-            return always(QcfUnknown());
+            return oneIn(2) ? always(QcfUnknown()) : logical("and", {});
         }
         if (!oneIn(2)) {
             return test();
