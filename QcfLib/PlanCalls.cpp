@@ -2,17 +2,9 @@
 
 #include "QcfLib/PlanNodes.h"
 
-#include <algorithm>
-
 namespace Qcf::Eval {
 
 namespace {
-
-template <std::size_t size>
-bool isOneOf(AetNodeBase const & node, U16 const (&classes)[size]) {
-    auto const number = node.typeData().number();
-    return std::find(std::begin(classes), std::end(classes), number) != std::end(classes);
-}
 
 bool looksIntoFrame(AetNodeBase const & node) {
     static constexpr U16 classes[] = {

@@ -12,124 +12,12 @@ namespace {
 /// A question that so many clauses ask is shared, and worth a step of its own.
 constexpr std::size_t clausesThatShare = 3;
 
-template <typename Node>
-bool is(AetNodeBase const & node) {
-    return as<Node>(node) != nullptr;
-}
-
-bool isOnlyReading(Expression const & node);
-
-bool areOnlyReading(ExpressionList const * link) {
-    for (; link != nullptr; link = link->next().get()) {
-        if (!isOnlyReading(*link->entry())) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Expressions that change nothing and call nothing that could.
-bool isOnlyReading(Expression const & node) {
-    if (is<NotExpression>(node)) {
-        return isOnlyReading(*static_cast<NotExpression const &>(node).expr());
-    }
-    if (is<LogicalOperatorExpression>(node)) {
-        auto const & logical = static_cast<LogicalOperatorExpression const &>(node);
-        return areOnlyReading(logical.expressionList().get());
-    }
-    static constexpr U16 readers[] = {TriStateBoolExpression::classNumber,
-                                      IntIs::classNumber,
-                                      IntLessThan::classNumber,
-                                      IntLessThanEq::classNumber,
-                                      IntGreaterThan::classNumber,
-                                      IntGreaterThanEq::classNumber,
-                                      IntInImmediateSet::classNumber,
-                                      IntInImmediateSetWithRanges::classNumber,
-                                      IntMatchTagSet::classNumber,
-                                      TriStateBoolIs::classNumber,
-                                      MacAddressIs::classNumber,
-                                      IpAddressIs::classNumber,
-                                      IpAddressIsAddrZero::classNumber,
-                                      IpAddressMatchPrefixList::classNumber,
-                                      IpPrefixIs::classNumber,
-                                      IpPrefixCoveredBy::classNumber,
-                                      IpPrefixMatchPrefixList::classNumber,
-                                      IpPrefixMatchCoveredPrefixList::classNumber,
-                                      CommunityValueIs::classNumber,
-                                      CommunityValueIn::classNumber,
-                                      IntSetHasAnyImmediate::classNumber,
-                                      IntSetHasAllImmediate::classNumber,
-                                      IntSetHasNoneImmediate::classNumber,
-                                      IntSetAllInImmediate::classNumber,
-                                      IntSetIsImmediate::classNumber,
-                                      IntSetIsEmpty::classNumber,
-                                      IntSetMatchCommList::classNumber,
-                                      AsPathMatchAsPathAccessList::classNumber,
-                                      CommunitySetHasAnyImmediate::classNumber,
-                                      CommunitySetHasAllImmediate::classNumber,
-                                      CommunitySetHasNoneImmediate::classNumber};
-    std::size_t const number = node.typeData().number();
-    return std::find(std::begin(readers), std::end(readers), number) != std::end(readers);
-}
-
-/// The bounds that a comparison with a constant stands for.
-std::optional<IntBounds> boundsOf(Expression const & node, U64 constant) {
-    constexpr U64 largest = ~U64{0};
-    constexpr IntBounds never{1, 0};
-    switch (node.typeData().number()) {
-    case IntIs::classNumber:
-        return IntBounds{constant, constant};
-    case IntLessThan::classNumber:
-        return constant == 0 ? never : IntBounds{0, constant - 1};
-    case IntLessThanEq::classNumber:
-        return IntBounds{0, constant};
-    case IntGreaterThan::classNumber:
-        return constant == largest ? never : IntBounds{constant + 1, largest};
-    case IntGreaterThanEq::classNumber:
-        return IntBounds{constant, largest};
-    default:
-        return std::nullopt;
-    }
-}
-
-template <typename Node>
-std::optional<ConstantTest> comparisonOf(Expression const & node) {
-    auto const * const test = as<Node>(node);
-    auto const * const constant = test == nullptr ? nullptr : as<IntImmediate>(*test->rhs());
-    if (constant == nullptr || (constant->negative() && constant->value() != 0)) {
-        return std::nullopt;
-    }
-    auto const bounds = boundsOf(node, constant->value());
-    return ConstantTest{ConstantTest::Kind::intBounds, test->lhs().get(), *bounds};
-}
-
-template <typename Node>
-std::optional<ConstantTest> intSetTestOf(Expression const & node, ConstantTest::Kind kind) {
-    auto const * const test = as<Node>(node);
-    auto const * const set = test == nullptr ? nullptr : constantSet<IntSetImmediate>(*test->rhs());
-    if (set == nullptr) {
-        return std::nullopt;
-    }
-    return ConstantTest{kind, test->lhs().get(), {}, set};
-}
-
-std::optional<ConstantTest> communitySetTestOf(Expression const & node) {
-    auto const * const test = as<CommunitySetHasAnyImmediate>(node);
-    auto const * const set =
-        test == nullptr ? nullptr : constantSet<CommunitySetImmediate>(*test->rhs());
-    if (set == nullptr) {
-        return std::nullopt;
-    }
-    return ConstantTest{
-        ConstantTest::Kind::communitySetHasAny, test->lhs().get(), {}, nullptr, set};
-}
-
 /// The tests that must all hold for the condition to hold, in their order.
 void collectTests(Expression const & condition, std::vector<Expression const *> & tests) {
     auto const * const logical = as<LogicalOperatorExpression>(condition);
     auto const * link = logical == nullptr ? nullptr : logical->expressionList().get();
     // One without operands does not hold, so that it is a test like any other.
-    if (link == nullptr || !is<AndOperator>(*logical->operatorList()->entry())) {
+    if (link == nullptr || as<AndOperator>(*logical->operatorList()->entry()) == nullptr) {
         tests.push_back(&condition);
         return;
     }
@@ -139,29 +27,6 @@ void collectTests(Expression const & condition, std::vector<Expression const *> 
 }
 
 } // namespace
-
-std::optional<ConstantTest> constantTestOf(Expression const & node) {
-    switch (node.typeData().number()) {
-    case IntIs::classNumber:
-        return comparisonOf<IntIs>(node);
-    case IntLessThan::classNumber:
-        return comparisonOf<IntLessThan>(node);
-    case IntLessThanEq::classNumber:
-        return comparisonOf<IntLessThanEq>(node);
-    case IntGreaterThan::classNumber:
-        return comparisonOf<IntGreaterThan>(node);
-    case IntGreaterThanEq::classNumber:
-        return comparisonOf<IntGreaterThanEq>(node);
-    case IntInImmediateSet::classNumber:
-        return intSetTestOf<IntInImmediateSet>(node, ConstantTest::Kind::intInSet);
-    case IntSetHasAnyImmediate::classNumber:
-        return intSetTestOf<IntSetHasAnyImmediate>(node, ConstantTest::Kind::setHasAny);
-    case CommunitySetHasAnyImmediate::classNumber:
-        return communitySetTestOf(node);
-    default:
-        return std::nullopt;
-    }
-}
 
 PlanChain::PlanChain(std::span<Expression const * const> conditions) {
     for (Expression const * const condition : conditions) {

@@ -1,32 +1,16 @@
 #pragma once
 
 #include "QcfLib/PlanClauses.h"
-#include "QcfLib/QcfEval.h"
+#include "QcfLib/PlanConditions.h"
 
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
 
 namespace Qcf::Eval {
-
-/// A test of an integer or a set against constants.
-struct ConstantTest {
-    enum class Kind : U8 { intBounds, intInSet, setHasAny, communitySetHasAny };
-
-    Kind kind;
-    StorageType const * operand;
-    IntBounds bounds;
-    U64SmallVector const * ints = nullptr;
-    CommunitySmallVector const * communities = nullptr;
-};
-
-/// The test that a node stands for; nothing for other nodes, and for comparisons with negative
-/// constants.
-std::optional<ConstantTest> constantTestOf(Expression const & node);
 
 /// Makes one step of the clauses of a chain, at most `maxClauses` of them.
 class PlanChain {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QcfLib/PlanConditions.h"
 #include "QcfLib/PlanStep.h"
 
 #include <bit>
@@ -106,12 +107,6 @@ private:
     PlanSet<Set> operand_;
     ConstantTable<typename Set::Value> table_;
     ClauseBits others_;
-};
-
-/// The values that satisfy a clause's comparisons of one integer; none when `low` is above `high`.
-struct IntBounds {
-    U64 low = 0;
-    U64 high = ~U64{0};
 };
 
 /// Whether an integer lies within bounds.

@@ -2,6 +2,8 @@
 
 #include "QcfLib/QcfEval.h"
 
+#include <algorithm>
+
 /// How plans recognise nodes.
 namespace Qcf::Eval {
 
@@ -10,6 +12,13 @@ template <typename Node>
 Node const * as(AetNodeBase const & node) {
     bool const same = &node.typeData() == &nodeClasses()[Node::classNumber];
     return same ? static_cast<Node const *>(&node) : nullptr;
+}
+
+/// Whether the node is of one of those classes.
+template <std::size_t size>
+bool isOneOf(AetNodeBase const & node, U16 const (&classes)[size]) {
+    auto const number = node.typeData().number();
+    return std::find(std::begin(classes), std::end(classes), number) != std::end(classes);
 }
 
 /// The constant set of a literal; null when it has none.
