@@ -9,7 +9,6 @@
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
-using Eval::NodeClass;
 
 U64 NodeBuilder::keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const {
     if (!given) {

@@ -8,7 +8,7 @@
 
 namespace Qcf::Documents {
 
-using namespace Eval;
+using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
 
 namespace {
 

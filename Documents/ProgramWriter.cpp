@@ -7,7 +7,6 @@ namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
 using Eval::FieldInfo;
-using Eval::Function;
 
 namespace {
 

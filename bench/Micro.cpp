@@ -92,7 +92,7 @@ void function(benchmark::State & state, Policy policy, bool byPlan) {
 void hash(benchmark::State & state) {
     auto const policy = static_cast<Policy>(state.range(0));
     auto const function = engineFunction(policy, Fixture::shared().data);
-    for (auto _ : state) {
+    for (auto _ : state) { // NOLINT(clang-analyzer-deadcode.DeadStores)
         benchmark::DoNotOptimize(function->body()->hash(0));
     }
 }

@@ -54,8 +54,8 @@ std::vector<void const *> sharedCounters(EngineProgram const & program) {
     addNodes(found, *program.function);
     found.insert(static_cast<PtrInterface const *>(program.matchers.get()));
     auto const & lists = program.matchers->ipv4PrefixLists;
-    for (U16 slot = 0; slot < lists.size(); ++slot) {
-        if (auto const * const list = lists.at(slot).get()) {
+    for (std::size_t slot = 0; slot < lists.size(); ++slot) {
+        if (auto const * const list = lists.at(static_cast<U16>(slot)).get()) {
             found.insert(static_cast<PtrInterface const *>(list));
         }
     }

@@ -3,11 +3,11 @@
 #include "tests/Mirror/MirrorTools.h"
 #include "tests/Mirror/RedisServer.h"
 
+#include <csignal>
 #include <random>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -11,7 +11,7 @@ namespace {
 PtrConst<AsPathModifiable> asPath() { return make<Attribute::AsPath>(); }
 
 Ptr<RecordingContext> route(char const * path) {
-    auto const context = makePtr<RecordingContext>();
+    auto context = makePtr<RecordingContext>();
     context->asPath = Routing::Bgp::AsPath(*Routing::Bgp::parseAsPath(path));
     return context;
 }
