@@ -672,6 +672,7 @@ constexpr FieldInfo fieldsEsiImmediate[] = {
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-function-size): one row a class
 std::span<NodeClass const> nodeClasses() {
     static NodeClass const table[] = {
         row(

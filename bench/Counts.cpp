@@ -19,6 +19,7 @@ bool watchWorks() {
     Ptr<Eval::U64SmallVector> const object =
         Eval::u64SmallVectorFactory(Eval::ModifyFlag::copyOnWrite);
     auto const writes = writesTo({static_cast<PtrInterface const *>(object.get())}, [&] {
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it is the copy that counts
         Ptr<Eval::U64SmallVector> const copy = object;
         keep(copy);
     });

@@ -179,7 +179,7 @@ PtrConst<Function> PolicyTrees::function(Policy policy) {
         break;
     }
     statements.push_back(build_.returns(true));
-    auto const function = build_.function(policyNames[static_cast<U8>(policy)], false, statements);
+    auto function = build_.function(policyNames[static_cast<U8>(policy)], false, statements);
     QCF_ASSERT(function->verifySanity(function->metadata()));
     return function;
 }

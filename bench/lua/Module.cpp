@@ -77,6 +77,7 @@ PlainSlot & slotOf(lua_State * lua) {
         luaL_error(lua, "a method of routes was called without one");
     }
     lua_pop(lua, 1);
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): the error above does not return
     return **static_cast<PlainSlot **>(object);
 }
 PlainRoute const & routeOf(lua_State * lua) { return *slotOf(lua).route; }
@@ -312,6 +313,7 @@ void pushData(lua_State * lua, PlainData const & data) {
 
 void pushRoute(State & state) {
     lua_State * const lua = state.lua;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the object holds the pointer
     *static_cast<PlainSlot **>(lua_newuserdata(lua, sizeof(PlainSlot *))) = &state.slot;
     lua_newtable(lua);
     lua_newtable(lua);
