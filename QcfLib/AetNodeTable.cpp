@@ -6,10 +6,11 @@
 namespace Qcf {
 
 // Eight keys that follow one another share a line of the cache. Longer runs would not do: two that
-// fall upon each other make every search in them long.
-U64 AetNodeTable::hashOf(U64 key) {
+// fall upon each other make every search in them long. The number of a run comes from the leading
+// bits of the product, to which all bits of the key add.
+std::size_t AetNodeTable::home(U64 key) const {
     U64 const mixed = (key >> 3) * 0x9e3779b97f4a7c15U;
-    return ((mixed ^ (mixed >> 32)) << 3) | (key & 7);
+    return ((mixed >> runShift_) << 3) | (key & 7);
 }
 
 U8 AetNodeTable::tagOf(U16 classNumber, U64 key) {
@@ -65,6 +66,7 @@ void AetNodeTable::reserve(std::size_t size) {
 
 void AetNodeTable::grow(std::size_t slots) {
     auto before = std::exchange(slots_, std::vector<Ptr<Node>>(slots));
+    runShift_ = 64 - static_cast<U32>(std::countr_zero(slots / 8));
     tags_.assign(slots, 0);
     tags_.shrink_to_fit();
     for (auto & node : before) {

@@ -53,11 +53,10 @@ public:
     }
 
 private:
-    static U64 hashOf(U64 key);
     /// A few bits of class and key beside each slot spare most looks at a node that is not the one.
     static U8 tagOf(U16 classNumber, U64 key);
     static U16 classNumberOf(Node const & node);
-    std::size_t home(U64 key) const { return hashOf(key) & (slots_.size() - 1); }
+    std::size_t home(U64 key) const;
     bool isRoomFor(std::size_t size) const { return size * 4 <= slots_.size() * 3; }
     std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
     void place(Ptr<Node> node);
@@ -67,6 +66,7 @@ private:
     std::vector<U8> tags_;         ///< 0 for an empty slot
     std::vector<Ptr<Node>> slots_; ///< a power of two of them, or none
     std::size_t size_ = 0;
+    U32 runShift_ = 0; ///< from a mixed key to the number of a run of slots
 };
 
 } // namespace Qcf

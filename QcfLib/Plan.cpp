@@ -35,7 +35,7 @@ PlanStep const * endOfRun(EvalResult result) {
 std::atomic<bool> Plan::enabled_{true};
 
 Plan::Plan(Function const & function) {
-    PlanLowering lowering(steps_);
+    PlanLowering lowering(function, steps_);
     first_ = lowering.block(*function.body(), endOfRun({}));
 }
 

@@ -17,8 +17,10 @@ class Function;
 /// A plan gives the results and write-backs of its tree and nothing else: evaluations that are
 /// logged or traced walk the tree, and a node without a step of its own is evaluated as it stands.
 /// In a chain of `else if` whose conditions only read, an attribute that many of them test against
-/// constants is fetched once. Immutable once built; run by any number of threads. It refers to the
-/// nodes of its function, which must outlive it.
+/// constants is fetched once. A small callee whose arguments are constants is lowered where it is
+/// called. A plan takes memory in proportion to its function's nodes, shared ones counted once;
+/// what would take more, or nests too deep, stays as it stands. Immutable once built; run by any
+/// number of threads. It refers to the nodes of its function, which must outlive it.
 class Plan {
 public:
     explicit Plan(Function const & function);

@@ -2,6 +2,9 @@
 
 #include "QcfLib/PlanNodes.h"
 
+#include <unordered_set>
+#include <vector>
+
 namespace Qcf::Eval {
 
 namespace {
@@ -15,8 +18,6 @@ bool looksIntoFrame(AetNodeBase const & node) {
         AsPathRemoveImplExpr::classNumber,
         AsPathReplaceImplExpr::classNumber,
         MatchOriginAsValidityImplExpr::classNumber,
-        SetNextHopSelfImplExpr::classNumber,
-        EvpnIpPrefixRouteSetOverlayIndexImplExpr::classNumber,
     };
     return isOneOf(node, classes);
 }
@@ -61,6 +62,22 @@ bool readsArguments(AetNodeBase const & node) {
                 (child != nullptr && as<Function>(*child) == nullptr && readsArguments(*child));
     });
     return reads;
+}
+
+std::size_t ownNodes(Function const & function) {
+    std::unordered_set<AetNodeBase const *> seen{function.body().get()};
+    std::vector<AetNodeBase const *> open{function.body().get()};
+    while (!open.empty()) {
+        AetNodeBase const & node = *open.back();
+        open.pop_back();
+        node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
+            bool const counts = child != nullptr && as<Function>(*child) == nullptr;
+            if (counts && seen.insert(child).second) {
+                open.push_back(child);
+            }
+        });
+    }
+    return seen.size();
 }
 
 std::optional<std::size_t> sizeInPlace(Function const & function, std::size_t limit) {

@@ -10,6 +10,9 @@ namespace Qcf::Eval {
 /// bodies of functions that it calls look into their own.
 bool readsArguments(AetNodeBase const & node);
 
+/// The nodes of a function's body, each once and callees not at all.
+std::size_t ownNodes(Function const & function);
+
 /// The nodes of a function's body, each counted wherever it stands and callees not at all, when its
 /// arguments are used in places only that a plan fills with constants: on the right side of
 /// comparisons, assignments and arithmetic of integers, and as arguments of calls. Otherwise, and

@@ -30,7 +30,10 @@ void collectTests(Expression const & condition, std::vector<Expression const *> 
 
 PlanChain::PlanChain(std::span<Expression const * const> conditions) {
     for (Expression const * const condition : conditions) {
-        onlyReads_ = onlyReads_ && isOnlyReading(*condition);
+        if (!isOnlyReading(*condition)) {
+            onlyReads_ = false;
+            return;
+        }
         Tests & tests = tests_.emplace_back();
         collectTests(*condition, tests);
         std::set<Subject> subjects;

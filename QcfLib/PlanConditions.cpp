@@ -6,9 +6,9 @@ namespace Qcf::Eval {
 
 namespace {
 
-bool areOnlyReading(ExpressionList const * link) {
+bool areOnlyReading(ExpressionList const * link, std::size_t levels) {
     for (; link != nullptr; link = link->next().get()) {
-        if (!isOnlyReading(*link->entry())) {
+        if (!isOnlyReading(*link->entry(), levels)) {
             return false;
         }
     }
@@ -92,12 +92,12 @@ std::optional<ConstantTest> constantTestOf(Expression const & node) {
     }
 }
 
-bool isOnlyReading(Expression const & node) {
+bool isOnlyReading(Expression const & node, std::size_t levels) {
     if (auto const * const n = as<NotExpression>(node)) {
-        return isOnlyReading(*n->expr());
+        return levels > 0 && isOnlyReading(*n->expr(), levels - 1);
     }
     if (auto const * const n = as<LogicalOperatorExpression>(node)) {
-        return areOnlyReading(n->expressionList().get());
+        return levels > 0 && areOnlyReading(n->expressionList().get(), levels - 1);
     }
     static constexpr U16 readers[] = {TriStateBoolExpression::classNumber,
                                       IntIs::classNumber,

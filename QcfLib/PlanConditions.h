@@ -28,7 +28,8 @@ struct ConstantTest {
 /// constants.
 std::optional<ConstantTest> constantTestOf(Expression const & node);
 
-/// Whether a condition changes nothing and calls nothing that could.
-bool isOnlyReading(Expression const & node);
+/// Whether a condition is known to change nothing and to call nothing that could: it consists of
+/// tests under at most `levels` levels of logical operators.
+bool isOnlyReading(Expression const & node, std::size_t levels = 16);
 
 } // namespace Qcf::Eval

@@ -27,9 +27,53 @@ TriStateBoolImmediate const * truthOf(Expression const & node) {
     return predicate == nullptr ? nullptr : as<TriStateBoolImmediate>(*predicate->expr());
 }
 
+// Bounds of a plan, for trees that share much, call much, or are deep. Without sharing a tree has
+// as many parts as nodes at most.
+constexpr std::size_t smallestBudget = 64;
+constexpr std::size_t partsPerNode = 4;
+constexpr std::size_t largestCallee = 128;
+constexpr std::size_t deepestLevel = 100;
+constexpr std::size_t changesOfStep = 16;
+
 } // namespace
 
+PlanLowering::PlanLowering(Function const & function,
+                           std::vector<std::unique_ptr<PlanStep const>> & steps)
+    : steps_(steps),
+      parts_(smallestBudget + partsPerNode * ownNodes(function)),
+      roomForCallees_(parts_) {}
+
+/// Whether so many parts of a node may be lowered here, which then counts. Callees have a room of
+/// their own.
+bool PlanLowering::affords(std::size_t parts) {
+    if (depth_ > deepestLevel || (callee_ == nullptr && parts > parts_)) {
+        return false;
+    }
+    parts_ -= callee_ == nullptr ? parts : 0;
+    return true;
+}
+
+PlanStep const * PlanLowering::nodeStatement(Expression const & node, PlanStep const * next) {
+    if (callee_ == nullptr) {
+        return make<NodeStatement>(node, next);
+    }
+    callee_->fits = callee_->fits && !readsArguments(node);
+    return make<CalleeStatement>(node, next, callee_->returns);
+}
+
+PlanStep const * PlanLowering::nodeTest(Expression const & node, PlanTargets const & targets) {
+    if (callee_ != nullptr) {
+        callee_->fits = callee_->fits && !readsArguments(node);
+    }
+    return make<NodeTest>(node, targets);
+}
+
 PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next) {
+    Level const level(*this);
+    auto const links = fromLast(block.stmts().get());
+    if (!affords(links.size())) {
+        return nodeStatement(block, next);
+    }
     // Changes of one set attribute that stand together, last first.
     std::vector<SetChange<U64SmallVector>> changes;
     auto const makeChanges = [&] {
@@ -39,10 +83,11 @@ PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next)
             changes.clear();
         }
     };
-    for (auto const * const link : fromLast(block.stmts().get())) {
+    for (auto const * const link : links) {
         auto const change = setChangeOf<U64SmallVector>(*link->entry());
-        if (!changes.empty() &&
-            (!change || identity(*change->target) != identity(*changes.front().target))) {
+        bool const joins = change && changes.size() < changesOfStep && !changes.empty() &&
+                           identity(*change->target) == identity(*changes.front().target);
+        if (!joins) {
             makeChanges();
         }
         if (change) {
@@ -74,7 +119,7 @@ PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const
         }
     }
     PlanStep const * const step = change(node, next);
-    return step != nullptr ? step : asItStands<NodeStatement>(node, next);
+    return step != nullptr ? step : nodeStatement(node, next);
 }
 
 PlanStep const * PlanLowering::termination(Expression const & operand, TerminationFlag flag) {
@@ -88,11 +133,11 @@ PlanStep const * PlanLowering::termination(Expression const & operand, Terminati
 // The callee's body in the call's place; null when it needs a frame.
 PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
                                     PlanTargets const & targets) {
+    Level const level(*this);
     auto arguments = argumentsOf(node);
-    auto const size = arguments
-                          ? sizeInPlace(*node.calleePtr(), std::min(roomForCallees_, nodesOfCallee))
-                          : std::nullopt;
-    if (!size) {
+    std::size_t const room = std::min(roomForCallees_, largestCallee);
+    auto const size = arguments ? sizeInPlace(*node.calleePtr(), room) : std::nullopt;
+    if (!size || !affords(0)) {
         return nullptr;
     }
     std::size_t const stepsBefore = steps_.size();
@@ -134,10 +179,14 @@ std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) con
 }
 
 PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const * next) {
+    Level const level(*this);
     std::vector<IfExpression const *> links;
     for (IfExpression const * link = &head; link != nullptr;
          link = link->elseBlock() ? as<IfExpression>(*link->elseBlock()) : nullptr) {
         links.push_back(link);
+    }
+    if (!affords(2 * links.size())) {
+        return nodeStatement(head, next);
     }
     auto const & otherwise = links.back()->elseBlock();
     PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
@@ -216,7 +265,9 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
         return targets.at(constant->value());
     }
     if (auto const * const n = as<NotExpression>(node)) {
-        return condition(*n->expr(), {targets.onTrue, targets.onTrue, targets.onFalse});
+        Level const level(*this);
+        return affords(1) ? condition(*n->expr(), {targets.onTrue, targets.onTrue, targets.onFalse})
+                          : nodeTest(node, targets);
     }
     if (auto const * const n = as<LogicalOperatorExpression>(node)) {
         return logical(*n, targets);
@@ -232,11 +283,16 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
             return step;
         }
     }
-    return asItStands<NodeTest>(node, targets);
+    return nodeTest(node, targets);
 }
 
 PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
                                        PlanTargets const & targets) {
+    Level const level(*this);
+    auto const links = fromLast(node.expressionList().get());
+    if (!affords(links.size())) {
+        return nodeTest(node, targets);
+    }
     LogicalOperator const & op = *node.operatorList()->entry();
     bool const isAnd = as<AndOperator>(op) != nullptr;
     bool const isOr = as<OrOperator>(op) != nullptr;
@@ -244,7 +300,7 @@ PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
     PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
     PlanTargets last{undecided, targets.onFalse, targets.onTrue};
     PlanStep const * next = undecided;
-    for (auto const * const link : fromLast(node.expressionList().get())) {
+    for (auto const * const link : links) {
         next = condition(*link->entry(), last);
         last = {isAnd ? targets.onFalse : next, isOr ? next : targets.onFalse,
                 isAnd ? next : targets.onTrue};

@@ -14,15 +14,30 @@ namespace Qcf::Eval {
 
 /// Makes the steps of a function's nodes, each with the steps that come after it, so from the end
 /// to the start.
+///
+/// A tree may share nodes, of which every place has steps of its own, and be deep: what would make
+/// too many steps, or stands too deep, is evaluated as it stands.
 class PlanLowering {
 public:
     /// Steps are put into the list, which the plan keeps.
-    explicit PlanLowering(std::vector<std::unique_ptr<PlanStep const>> & steps) : steps_(steps) {}
+    PlanLowering(Function const & function, std::vector<std::unique_ptr<PlanStep const>> & steps);
 
     /// The first step of a block; `next` follows where no statement ends the run.
     PlanStep const * block(Block const & block, PlanStep const * next);
 
 private:
+    /// One level deeper for as long as it lives.
+    class Level {
+    public:
+        explicit Level(PlanLowering & lowering) : lowering_(lowering) { ++lowering_.depth_; }
+        Level(Level const &) = delete;
+        Level & operator=(Level const &) = delete;
+        ~Level() { --lowering_.depth_; }
+
+    private:
+        PlanLowering & lowering_;
+    };
+
     /// A function whose body is lowered where it is called.
     struct Callee {
         std::vector<SignedMagnitude> arguments;
@@ -30,6 +45,7 @@ private:
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
+    bool affords(std::size_t parts);
     PlanStep const * statement(Expression const & node, PlanStep const * next);
     PlanStep const * ifChain(IfExpression const & head, PlanStep const * next);
     PlanStep const * clauses(std::span<IfExpression const * const> links, PlanStep const * next,
@@ -60,23 +76,15 @@ private:
         return steps_.back().get();
     }
 
-    /// A node that is evaluated as it stands.
-    template <typename Step, typename Where>
-    PlanStep const * asItStands(Expression const & node, Where const & where) {
-        if (callee_ != nullptr && readsArguments(node)) {
-            callee_->fits = false;
-        }
-        return make<Step>(node, where);
-    }
-
-    /// Nodes of callees that a plan takes in at most, of one and of all: calls of calls stay within
-    /// bounds, and a large callee gains nothing.
-    static constexpr std::size_t nodesOfCallee = 256;
-    static constexpr std::size_t nodesInPlace = 4096;
+    // A node that is evaluated as it stands.
+    PlanStep const * nodeStatement(Expression const & node, PlanStep const * next);
+    PlanStep const * nodeTest(Expression const & node, PlanTargets const & targets);
 
     std::vector<std::unique_ptr<PlanStep const>> & steps_;
+    std::size_t parts_;          ///< statements, conditions and operands that may still be lowered
+    std::size_t roomForCallees_; ///< nodes of callees that may still be taken in
+    std::size_t depth_ = 0;
     Callee * callee_ = nullptr; ///< while its body is lowered
-    std::size_t roomForCallees_ = nodesInPlace;
 };
 
 } // namespace Qcf::Eval

@@ -31,6 +31,26 @@ private:
     Expression const & node_;
 };
 
+/// The same in the body of a callee that was lowered where it is called: a node that returns, does
+/// so to the call.
+class CalleeStatement final : public PlanStatement {
+public:
+    CalleeStatement(Expression const & node, PlanStep const * next, PlanTargets const & returns)
+        : PlanStatement(next), node_(node), returns_(returns) {}
+    PlanStep const * run(PlanRun & run) const override {
+        EvalResult const result = node_.eval(run.contextPtr);
+        if (!result.terminates()) {
+            return next();
+        }
+        bool const returns = result.termination() == TerminationFlag::returnToCaller;
+        return returns ? returns_.at(result.retVal()) : endOfRun(result);
+    }
+
+private:
+    Expression const & node_;
+    PlanTargets returns_;
+};
+
 /// An integer attribute set to a constant that is within its range already.
 class IntStoreStep final : public PlanStatement {
 public:

@@ -53,14 +53,16 @@ void traceStart(Function const & function) {
 // The two rare ways are kept out of line: their texts would cost every evaluation registers.
 
 /// A function that expects arguments was evaluated without a caller.
-[[gnu::noinline]] EvalResult refused(Function const & function, Ptr<EvalContextBase> const & context) {
+[[gnu::noinline]] EvalResult refused(Function const & function,
+                                     Ptr<EvalContextBase> const & context) {
     traceStart(function);
     auto const refusal = EvalResult::fromBoolWithReturn(false);
     logResult(context, function, refusal);
     return refusal;
 }
 
-[[gnu::noinline]] EvalResult observedBody(Function const & function, Ptr<EvalContextBase> const & context) {
+[[gnu::noinline]] EvalResult observedBody(Function const & function,
+                                          Ptr<EvalContextBase> const & context) {
     traceStart(function);
     EvalResult const result = evalLogged(*function.body(), context);
     logResult(context, function, result);

@@ -225,3 +225,54 @@ TEST(PlanChains, PlansOfCallsOfCallsStaySmall) {
     EXPECT_EQ(outcome(*outermost, context), "true; medIs 4096");
     EXPECT_LT(Plan(*outermost).stepCount(), 5000U);
 }
+
+// What a tree shares, a plan would lower at every place: it stays within a few steps a node.
+TEST(PlanChains, PlansOfSharedAndOfDeepTreesStaySmall) {
+    auto const context = makePtr<RecordingContext>();
+    auto const step = PtrConst<Expression>(make<IntPlusEq>(make<Attribute::Med>(), number(1)));
+    auto statements = block({step, step});
+    PtrConst<Expression> condition = make<IntIs>(make<Attribute::Med>(), number(1000));
+    for (int level = 0; level < 12; ++level) {
+        statements = block({statements, statements});
+        condition = logical("or", {condition, condition});
+    }
+    PtrConst<Expression> nested = make<IntAssign>(make<Attribute::LocalPref>(), number(7));
+    for (int level = 0; level < 300; ++level) {
+        nested = make<IfExpression>(always(QcfTrue()), block({step, nested}), nullptr);
+    }
+    std::vector<PtrConst<Expression>> additions;
+    std::vector<U64> added;
+    for (U64 value = 1; value <= 40; ++value) {
+        additions.push_back(
+            make<IntSetAddImmediate>(make<Attribute::Community>(), intSet({value})));
+        added.push_back(value);
+    }
+    auto const shared =
+        function({statements, make<IfExpression>(condition, statements, nullptr), accepts()});
+    auto const deep = function({nested, block(additions), accepts()});
+    EXPECT_LT(Plan(*shared).stepCount(), 1000U);
+    for (bool const plans : {false, true}) {
+        PlansEnabled const on(plans);
+        EXPECT_EQ(outcome(*shared, context), "true; medIs 8192") << plans;
+        String const text = outcome(*deep, context);
+        EXPECT_TRUE(text.starts_with("true; communityIs 1,2,3,")) << plans << text;
+        EXPECT_TRUE(text.ends_with("; localPrefIs 7; medIs 300")) << plans << text;
+    }
+}
+
+// A built-in function returns by a node that no step knows.
+TEST(PlanChains, NodesThatReturnFromACalleeInPlaceReturnToTheCall) {
+    auto const context = makePtr<RecordingContext>();
+    auto const callee = function({make<EvpnIpPrefixRouteSetOverlayIndexImplExpr>(),
+                                  make<IntAssign>(make<Attribute::Med>(), number(1))});
+    auto const taken = block({make<IntAssign>(make<Attribute::Tag>(), number(5))});
+    auto const f = function({call(callee), make<IfExpression>(call(callee), taken, taken),
+                             make<IntPlusEq>(make<Attribute::LocalPref>(), number(3)), accepts()});
+    String texts[2];
+    for (bool const plans : {false, true}) {
+        PlansEnabled const on(plans);
+        texts[static_cast<int>(plans)] = outcome(*f, context);
+    }
+    EXPECT_EQ(texts[1], texts[0]);
+    EXPECT_NE(texts[0].find("localPrefIs"), String::npos) << texts[0];
+}
