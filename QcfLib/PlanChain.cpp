@@ -128,8 +128,8 @@ U8 PlanChain::ownQuestion(Tests const & tests, ClauseBits clause, Lower const & 
         return endOfRun(EvalResult(value, TerminationFlag::noTermination));
     };
     PlanStep const * first = end(QcfTrue());
-    for (auto test = tests.rbegin(); test != tests.rend(); ++test) {
-        first = lower(**test, {end(QcfFalse()), end(QcfFalse()), first});
+    for (Expression const * const test : Tests(tests.rbegin(), tests.rend())) {
+        first = lower(*test, {end(QcfFalse()), end(QcfFalse()), first});
     }
     questions_.push_back({std::make_unique<ConditionQuestion const>(first, clause), {}});
     return static_cast<U8>(questions_.size() - 1);
