@@ -6,6 +6,11 @@ namespace Qcf::Eval {
 
 namespace {
 
+/// Out of line: its text would cost every call registers.
+[[gnu::noinline]] void traceCall(FunctionCallExpression const & call) {
+    QCF_TRACE(traceQcfEval, 1, "Calling function " << call.calleeName());
+}
+
 /// Makes a callee's frame current and restores caller and depth on every way out.
 class CallScope {
 public:
@@ -42,7 +47,9 @@ String FunctionArgumentList::toStrep() const {
 }
 
 EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) const {
-    QCF_TRACE(traceQcfEval, 1, "Calling function " << calleeName_);
+    if (traceQcfEval.on(1)) [[unlikely]] {
+        traceCall(*this);
+    }
     StackFrameData_ frame;
     for (auto const * link = argListHead_.get(); link != nullptr; link = link->next().get()) {
         link->pushFuncArgToStack(context, &frame);

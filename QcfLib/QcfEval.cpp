@@ -50,7 +50,8 @@ void traceStart(Function const & function) {
     QCF_TRACE(traceQcfEval, 1, "Evaluating function " << function.funcName());
 }
 
-// The two rare ways are kept out of line: their texts would cost every evaluation registers.
+// Here and below, rare ways are kept out of line: their texts would cost every evaluation
+// registers.
 
 /// A function that expects arguments was evaluated without a caller.
 [[gnu::noinline]] EvalResult refused(Function const & function,
@@ -108,7 +109,8 @@ U32 Function::hash(U32 seed) const {
 
 namespace {
 
-EvalResult observedIf(IfExpression const & node, Ptr<EvalContextBase> const & context) {
+[[gnu::noinline]] EvalResult observedIf(IfExpression const & node,
+                                        Ptr<EvalContextBase> const & context) {
     EvalResult const condition = evalLogged(*node.condition(), context);
     QCF_TRACE(traceQcfEval, 1,
               "Evaluating IfExpression, condition evaluated to " << condition.retVal());
@@ -126,18 +128,21 @@ EvalResult observedIf(IfExpression const & node, Ptr<EvalContextBase> const & co
     return result;
 }
 
+template <typename Node>
+[[gnu::noinline]] EvalResult observedOperand(Node const & node, char const * name,
+                                             Ptr<EvalContextBase> const & context) {
+    EvalResult const result = evalLogged(*node.expr(), context);
+    logResult(context, node, result);
+    QCF_TRACE(traceQcfEval, 1, name << " returning " << result.retVal());
+    return result;
+}
+
 /// What `return` and `exit` make of their operand's result: an exit inside the operand wins.
 template <typename Node>
 EvalResult terminated(Node const & node, char const * name, TerminationFlag flag,
                       Ptr<EvalContextBase> const & context) {
-    EvalResult result;
-    if (isObserved(context)) [[unlikely]] {
-        result = evalLogged(*node.expr(), context);
-        logResult(context, node, result);
-        QCF_TRACE(traceQcfEval, 1, name << " returning " << result.retVal());
-    } else {
-        result = node.expr()->eval(context);
-    }
+    EvalResult const result =
+        isObserved(context) ? observedOperand(node, name, context) : node.expr()->eval(context);
     assertNoReturn(result);
     return result.terminates() ? result : result.with(flag);
 }
