@@ -1,7 +1,6 @@
 -- The policies over an object whose methods are C functions, the way any Lua can be embedded.
 local data, policyNumber = ...
 local min, max = math.min, math.max
-local unpack = unpack or table.unpack
 local load = loadstring or load
 local limit = 0xffffffff
 
@@ -40,25 +39,19 @@ policies[2] = function()
 end
 
 -- The clauses as the text of one `if`, as a translator of policies would write it.
-local function clauseText(i, clause)
-    local tests = {
-        [0] = "r:prefix_length() >= %d and r:prefix_length() <= %d and r:has_any(values[%d])",
-        "r:origin_as_in(values[%d])",
-        "r:has_any(values[%d])",
-        "r:local_preference() >= %d and r:local_preference() <= %d",
-        "r:next_hop_in(lists[%d])",
-    }
-    local arguments = {
-        [0] = { clause.low, clause.high, i }, { i }, { i }, { clause.low, clause.high }, { i },
-    }
-    local test = tests[clause.kind]:format(unpack(arguments[clause.kind]))
-    return ("if %s then r:set_local_preference(%d)\nelse"):format(test, clause.preference)
-end
+local clauseTemplates = {
+    [0] = "r:prefix_length() >= %d and r:prefix_length() <= %d and r:has_any(values[%d])",
+    "r:origin_as_in(values[%d])",
+    "r:has_any(values[%d])",
+    "r:local_preference() >= %d and r:local_preference() <= %d",
+    "r:next_hop_in(lists[%d])",
+}
 
 local function clauseFunction()
     local text, values, lists = {}, {}, {}
     for i, clause in ipairs(data.clauses) do
-        text[#text + 1] = clauseText(i, clause)
+        text[i] = ("if %s then r:set_local_preference(%d)\nelse"):format(
+            clauseTest(clauseTemplates, i, clause), clause.preference)
         values[i], lists[i] = clause.values, clause.list
     end
     local source = "local values, lists = ...\nreturn function(r)\n"

@@ -213,24 +213,19 @@ end
 policies[2] = tuned and tunedImportFilter or importFilter
 
 -- The clauses as the text of one `if`.
-local function clauseTest(i, clause)
-    local tests = {
-        [0] = "slot.route.prefixLength >= %d and slot.route.prefixLength <= %d and hasAny(values[%d])",
-        "values[%d][slot.route.originAs]",
-        "hasAny(values[%d])",
-        "slot.route.localPref >= %d and slot.route.localPref <= %d",
-        "slot.route.nextHopFamily == 4 and permits(values[%d], slot.route.nextHop, 32)",
-    }
-    local arguments = {
-        [0] = { clause.low, clause.high, i }, { i }, { i }, { clause.low, clause.high }, { i },
-    }
-    return tests[clause.kind]:format(unpack(arguments[clause.kind]))
-end
+local clauseTemplates = {
+    [0] = "slot.route.prefixLength >= %d and slot.route.prefixLength <= %d and hasAny(values[%d])",
+    "values[%d][slot.route.originAs]",
+    "hasAny(values[%d])",
+    "slot.route.localPref >= %d and slot.route.localPref <= %d",
+    "slot.route.nextHopFamily == 4 and permits(values[%d], slot.route.nextHop, 32)",
+}
 
 local function preferenceByClauses()
     local text, values = {}, {}
     for i, clause in ipairs(data.clauses) do
-        text[i] = ("if %s then return %d\nelse"):format(clauseTest(i, clause), clause.preference)
+        text[i] = ("if %s then return %d\nelse"):format(
+            clauseTest(clauseTemplates, i, clause), clause.preference)
         values[i] = clause.kind == 4 and list(clause.list) or
             clause.kind ~= 3 and lookup(set(clause.values))
     end
