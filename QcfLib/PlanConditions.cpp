@@ -15,35 +15,26 @@ bool areOnlyReading(ExpressionList const * link, std::size_t levels) {
     return true;
 }
 
-/// The bounds that a comparison with a constant stands for.
-std::optional<IntBounds> boundsOf(Expression const & node, U64 constant) {
-    constexpr U64 largest = ~U64{0};
-    constexpr IntBounds never{1, 0};
-    switch (node.typeData().number()) {
-    case IntIs::classNumber:
-        return IntBounds{constant, constant};
-    case IntLessThan::classNumber:
-        return constant == 0 ? never : IntBounds{0, constant - 1};
-    case IntLessThanEq::classNumber:
-        return IntBounds{0, constant};
-    case IntGreaterThan::classNumber:
-        return constant == largest ? never : IntBounds{constant + 1, largest};
-    case IntGreaterThanEq::classNumber:
-        return IntBounds{constant, largest};
-    default:
-        return std::nullopt;
-    }
+constexpr U64 largest = ~U64{0};
+constexpr IntBounds never{1, 0};
+
+IntBounds exactly(U64 constant) { return {constant, constant}; }
+IntBounds below(U64 constant) { return constant == 0 ? never : IntBounds{0, constant - 1}; }
+IntBounds upTo(U64 constant) { return {0, constant}; }
+IntBounds above(U64 constant) {
+    return constant == largest ? never : IntBounds{constant + 1, largest};
 }
+IntBounds from(U64 constant) { return {constant, largest}; }
 
 template <typename Node>
-std::optional<ConstantTest> comparisonOf(Expression const & node) {
+std::optional<ConstantTest> comparisonOf(Expression const & node, IntBounds (*boundsOf)(U64)) {
     auto const * const test = as<Node>(node);
     auto const * const constant = test == nullptr ? nullptr : as<IntImmediate>(*test->rhs());
     if (constant == nullptr || (constant->negative() && constant->value() != 0)) {
         return std::nullopt;
     }
-    auto const bounds = boundsOf(node, constant->value());
-    return ConstantTest{ConstantTest::Kind::intBounds, test->lhs().get(), *bounds};
+    return ConstantTest{ConstantTest::Kind::intBounds, test->lhs().get(),
+                        boundsOf(constant->value())};
 }
 
 template <typename Node>
@@ -72,15 +63,15 @@ std::optional<ConstantTest> communitySetTestOf(Expression const & node) {
 std::optional<ConstantTest> constantTestOf(Expression const & node) {
     switch (node.typeData().number()) {
     case IntIs::classNumber:
-        return comparisonOf<IntIs>(node);
+        return comparisonOf<IntIs>(node, exactly);
     case IntLessThan::classNumber:
-        return comparisonOf<IntLessThan>(node);
+        return comparisonOf<IntLessThan>(node, below);
     case IntLessThanEq::classNumber:
-        return comparisonOf<IntLessThanEq>(node);
+        return comparisonOf<IntLessThanEq>(node, upTo);
     case IntGreaterThan::classNumber:
-        return comparisonOf<IntGreaterThan>(node);
+        return comparisonOf<IntGreaterThan>(node, above);
     case IntGreaterThanEq::classNumber:
-        return comparisonOf<IntGreaterThanEq>(node);
+        return comparisonOf<IntGreaterThanEq>(node, from);
     case IntInImmediateSet::classNumber:
         return intSetTestOf<IntInImmediateSet>(node, ConstantTest::Kind::intInSet);
     case IntSetHasAnyImmediate::classNumber:
