@@ -43,10 +43,12 @@ PlanLowering::PlanLowering(Function const & function,
       parts_(smallestBudget + partsPerNode * ownNodes(function)),
       roomForCallees_(parts_) {}
 
-/// Whether so many parts of a node may be lowered here, which then counts. Callees have a room of
-/// their own.
+bool PlanLowering::isTooDeep() const { return depth_ > deepestLevel; }
+
+// Whether so many parts of a node may be lowered here; if so, they count. Callees have a room of
+// their own.
 bool PlanLowering::affords(std::size_t parts) {
-    if (depth_ > deepestLevel || (callee_ == nullptr && parts > parts_)) {
+    if (isTooDeep() || (callee_ == nullptr && parts > parts_)) {
         return false;
     }
     parts_ -= callee_ == nullptr ? parts : 0;
@@ -137,7 +139,7 @@ PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
     auto arguments = argumentsOf(node);
     std::size_t const room = std::min(roomForCallees_, largestCallee);
     auto const size = arguments ? sizeInPlace(*node.calleePtr(), room) : std::nullopt;
-    if (!size || !affords(0)) {
+    if (!size || isTooDeep()) {
         return nullptr;
     }
     std::size_t const stepsBefore = steps_.size();

@@ -45,6 +45,7 @@ private:
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
+    bool isTooDeep() const;
     bool affords(std::size_t parts);
     PlanStep const * statement(Expression const & node, PlanStep const * next);
     PlanStep const * ifChain(IfExpression const & head, PlanStep const * next);
