@@ -15,7 +15,7 @@ namespace Qcf::Documents {
 class KeyTable {
 public:
     KeyTable() = default;
-    /// Numbers nodes, or pointers to them, whose keys differ, from 0 on.
+    /// Numbers the nodes that a list points to from 0 on; their keys differ.
     template <typename Nodes>
     explicit KeyTable(Nodes const & nodes) {
         rising_.reserve(nodes.size());

@@ -115,6 +115,7 @@ bool setIsSubset(Set const * a, Set const * b) {
     return true;
 }
 
+/// Whether one of the few values is among those that the index was made of.
 template <typename Value>
 bool anyIndexed(std::span<Value const> few, std::span<Value const> values,
                 MembershipIndex const & index) {
