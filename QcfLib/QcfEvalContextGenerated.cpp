@@ -163,81 +163,39 @@ void GeneratedEvalContext::releaseModifiedSets() {
     if (largeCommunityModified()) attributeContent_->largeCommunity = nullptr;
 }
 
-/// How an integer is written back; the other attributes have no entry.
-static constexpr struct {
-    void (GeneratedEvalContext::*is)(U64);
-    U64 AttributeContent::*value;
-} integerWriteBacks[modifiableAttributeCount] = {
-    {&GeneratedEvalContext::aigpAccumulationMetricIs, &AttributeContent::aigpAccumulationMetric},
-    {&GeneratedEvalContext::aigpMetricIs, &AttributeContent::aigpMetric},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::prefixSidIndexIs, &AttributeContent::prefixSidIndex},
-    {nullptr, nullptr},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::evpnIpPrefixRouteLabelIs, &AttributeContent::evpnIpPrefixRouteLabel},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::recmpStateIs, &AttributeContent::recmpState},
-    {&GeneratedEvalContext::tagIs, &AttributeContent::tag},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::isisMetricIs, &AttributeContent::isisMetric},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::localPrefIs, &AttributeContent::localPref},
-    {&GeneratedEvalContext::medIs, &AttributeContent::med},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::nextHopBestPathMetricIs, &AttributeContent::nextHopBestPathMetric},
-    {&GeneratedEvalContext::originIs, &AttributeContent::origin},
-    {nullptr, nullptr},
-    {&GeneratedEvalContext::ribPreferenceIs, &AttributeContent::ribPreference},
-    {&GeneratedEvalContext::routePriorityIs, &AttributeContent::routePriority},
-    {&GeneratedEvalContext::originValidationStateIs, &AttributeContent::originValidationState},
-    {&GeneratedEvalContext::weightIs, &AttributeContent::weight},
+/// How each attribute is written back.
+static constexpr void (*writeBacks[modifiableAttributeCount])(GeneratedEvalContext &, AttributeContent const &) = {
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.aigpAccumulationMetricIs(content.aigpAccumulationMetric); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.aigpMetricIs(content.aigpMetric); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.asPathIs(content.asPath); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.prefixSidIndexIs(content.prefixSidIndex); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.communityIs(content.community); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.evpnIpPrefixRouteGatewayAddrIs(content.evpnIpPrefixRouteGatewayAddr); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.evpnIpPrefixRouteLabelIs(content.evpnIpPrefixRouteLabel); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.extCommunityIs(content.extCommunity); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.recmpStateIs(content.recmpState); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.tagIs(content.tag); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.isisLevelIs(content.isisLevel); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.isisMetricIs(content.isisMetric); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.largeCommunityIs(content.largeCommunity); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.localPrefIs(content.localPref); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.medIs(content.med); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.nextHopIs(content.nextHop); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.nextHopBestPathMetricIs(content.nextHopBestPathMetric); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.originIs(content.origin); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.resolutionRibsIs(content.resolutionRibs); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.ribPreferenceIs(content.ribPreference); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.routePriorityIs(content.routePriority); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.originValidationStateIs(content.originValidationState); },
+    [](GeneratedEvalContext & context, AttributeContent const & content) { context.weightIs(content.weight); },
 };
 
 void GeneratedEvalContext::writeBack() {
     if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
         overriddenWriteBacks_ = findOverriddenWriteBacks();
     }
-    auto const & content = *attributeContent_;
     for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
-        auto const attribute = std::countr_zero(pending);
-        auto const & integer = integerWriteBacks[attribute];
-        if (integer.is != nullptr) {
-            (this->*integer.is)(content.*integer.value);
-        } else {
-            writeBackOther(static_cast<ModifiableAttribute>(attribute));
-        }
-    }
-}
-
-void GeneratedEvalContext::writeBackOther(ModifiableAttribute attribute) {
-    auto const & content = *attributeContent_;
-    switch (attribute) {
-    case ModifiableAttribute::asPath:
-        asPathIs(content.asPath);
-        break;
-    case ModifiableAttribute::community:
-        communityIs(content.community);
-        break;
-    case ModifiableAttribute::evpnIpPrefixRouteGatewayAddr:
-        evpnIpPrefixRouteGatewayAddrIs(content.evpnIpPrefixRouteGatewayAddr);
-        break;
-    case ModifiableAttribute::extCommunity:
-        extCommunityIs(content.extCommunity);
-        break;
-    case ModifiableAttribute::isisLevel:
-        isisLevelIs(content.isisLevel);
-        break;
-    case ModifiableAttribute::largeCommunity:
-        largeCommunityIs(content.largeCommunity);
-        break;
-    case ModifiableAttribute::nextHop:
-        nextHopIs(content.nextHop);
-        break;
-    case ModifiableAttribute::resolutionRibs:
-        resolutionRibsIs(content.resolutionRibs);
-        break;
-    default:
-        break;
+        writeBacks[std::countr_zero(pending)](*this, *attributeContent_);
     }
 }
 

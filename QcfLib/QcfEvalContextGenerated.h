@@ -391,7 +391,6 @@ private:
                                     flagOf(ModifiableAttribute::largeCommunity);
 
     void writeBack();
-    void writeBackOther(ModifiableAttribute attribute);
     U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;

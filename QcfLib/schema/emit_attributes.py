@@ -253,7 +253,6 @@ private:
     static constexpr U32 setFlags = @SETFLAGS@;
 
     void writeBack();
-    void writeBackOther(ModifiableAttribute attribute);
     U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
     template <typename Operation> bool overrides(Operation operation) const;
@@ -346,40 +345,21 @@ def contextSource():
     out += "\nvoid GeneratedEvalContext::releaseModifiedSets() {\n"
     for s in SETS:
         out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem} = nullptr;\n"
-    out += "}\n\n" + doc("How an integer is written back; the other attributes have no entry.")
-    out += """static constexpr struct {
-    void (GeneratedEvalContext::*is)(U64);
-    U64 AttributeContent::*value;
-} integerWriteBacks[modifiableAttributeCount] = {
-"""
+    out += "}\n\n" + doc("How each attribute is written back.")
+    out += "static constexpr void (*writeBacks[modifiableAttributeCount])(GeneratedEvalContext &, AttributeContent const &) = {\n"
     for s in MODIFIABLE:
-        entry = f"&GeneratedEvalContext::{s.stem}Is, &AttributeContent::{s.stem}" if s.kindName == "int" else "nullptr, nullptr"
-        out += f"    {{{entry}}},\n"
+        out += f"    [](GeneratedEvalContext & context, AttributeContent const & content) {{ context.{s.stem}Is(content.{s.stem}); }},\n"
     out += "};\n\nvoid GeneratedEvalContext::writeBack() {\n"
     out += """    if (overriddenWriteBacks_ == ~0U) [[unlikely]] {
         overriddenWriteBacks_ = findOverriddenWriteBacks();
     }
-    auto const & content = *attributeContent_;
     for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0; pending &= pending - 1) {
-        auto const attribute = std::countr_zero(pending);
-        auto const & integer = integerWriteBacks[attribute];
-        if (integer.is != nullptr) {
-            (this->*integer.is)(content.*integer.value);
-        } else {
-            writeBackOther(static_cast<ModifiableAttribute>(attribute));
-        }
+        writeBacks[std::countr_zero(pending)](*this, *attributeContent_);
     }
 }
 
-void GeneratedEvalContext::writeBackOther(ModifiableAttribute attribute) {
-    auto const & content = *attributeContent_;
-    switch (attribute) {
 """
-    for s in MODIFIABLE:
-        if s.kindName != "int":
-            out += f"    case ModifiableAttribute::{s.stem}:\n        {s.stem}Is(content.{s.stem});\n        break;\n"
-    out += "    default:\n        break;\n"
-    out += "    }\n}\n\nU32 GeneratedEvalContext::findOverriddenWriteBacks() const {\n    U32 found = 0;\n"
+    out += "U32 GeneratedEvalContext::findOverriddenWriteBacks() const {\n    U32 found = 0;\n"
     for s in MODIFIABLE:
         out += f"    if (overrides(&GeneratedEvalContext::{s.stem}Is)) found |= flagOf(ModifiableAttribute::{s.stem});\n"
     return out + "    return found;\n}\n"
