@@ -68,16 +68,6 @@ public:
         lent_ = {};
     }
 
-    /// Replaces lent values by what `write(lent, to)` makes of them: it gets room for `upTo` values
-    /// and answers where it stopped.
-    template <typename Write>
-    void replaceLent(std::size_t upTo, Write write) {
-        values_.resize(upTo, boost::container::default_init);
-        Value * const end = write(lent_, values_.data());
-        values_.resize(static_cast<std::size_t>(end - values_.data()));
-        lent_ = {};
-    }
-
     /// Shows the values of somebody else in place of its own. They must be as this container's own
     /// would be, and stay unchanged until it is cleared or destroyed.
     void lend(std::span<Value const> values) { lent_ = values; }

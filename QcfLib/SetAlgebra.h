@@ -184,28 +184,6 @@ bool setHasAny(Set const * a, Set const * b) {
 /// more are merged through the scratch buffer.
 inline constexpr std::size_t fewValues = 8;
 
-/// Copies ascending values without those of `removed` and with those of `added`; answers the end.
-template <typename Value>
-Value * copyEdited(std::span<Value const> from, std::span<Value const> removed,
-                   std::span<Value const> added, Value * to) {
-    auto out = removed.begin();
-    auto in = added.begin();
-    for (Value const & value : from) {
-        while (in != added.end() && *in < value) {
-            *to++ = *in++;
-        }
-        bool const isAdded = in != added.end() && *in == value;
-        while (out != removed.end() && *out < value) {
-            ++out;
-        }
-        bool const isRemoved = !isAdded && out != removed.end() && *out == value;
-        *to = value;
-        to += isRemoved ? 0 : 1;
-        in += isAdded ? 1 : 0;
-    }
-    return std::copy(in, added.end(), to);
-}
-
 template <typename Value>
 void insertInPlace(auto & values, std::span<Value const> few) {
     for (Value const & value : few) {
@@ -238,16 +216,8 @@ bool scannedAny(std::span<Value const> values, std::span<Value const> few) {
 template <typename Set>
 void editInPlace(Set & set, std::span<typename Set::Value const> removed,
                  std::span<typename Set::Value const> added) {
-    using Value = typename Set::Value;
-    if (set.isLent()) {
-        if (added.empty() && !scannedAny(set.view(), removed)) {
-            return; // the loan goes on
-        }
-        set.replaceLent(set.count() + added.size(), [&](std::span<Value const> from, Value * to) {
-            return copyEdited(from, removed, added, to);
-        });
-        set.noteOverwritten();
-        return;
+    if (set.isLent() && added.empty() && !scannedAny(set.view(), removed)) {
+        return; // the loan goes on
     }
     auto & values = set.values();
     std::size_t const before = values.size();
