@@ -51,6 +51,12 @@ public:
         return EvalResult(retVal_, termination);
     }
 
+    /// What a function whose body has this result yields to its caller.
+    constexpr EvalResult returned() const {
+        bool const returns = termination_ == TerminationFlag::returnToCaller;
+        return returns ? with(TerminationFlag::noTermination) : *this;
+    }
+
     constexpr bool operator==(EvalResult const &) const = default;
 
 private:

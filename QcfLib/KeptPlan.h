@@ -16,8 +16,10 @@ public:
     KeptPlan & operator=(KeptPlan const &) = delete;
     ~KeptPlan();
 
+    /// Null as long as it is not built.
+    Plan const * keptPlan() const { return plan_.load(std::memory_order_acquire); }
     Plan const & planFor(Function const & function) const {
-        Plan const * const plan = plan_.load(std::memory_order_acquire);
+        Plan const * const plan = keptPlan();
         return plan != nullptr ? *plan : build(function);
     }
 

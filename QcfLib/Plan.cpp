@@ -10,7 +10,7 @@ namespace {
 class PlanEnd final : public PlanStep {
 public:
     constexpr explicit PlanEnd(EvalResult result) : PlanStep(result) {}
-    PlanStep const * run(PlanRun & /*run*/) const override { return this; }
+    PlanStep const * run(PlanRun /*run*/) const override { return this; }
 };
 
 /// By value, then by termination.

@@ -25,10 +25,9 @@ class Plan {
 public:
     explicit Plan(Function const & function);
 
-    /// The result of the function's body.
-    EvalResult run(Ptr<EvalContextBase> const & context) const {
-        PlanRun run(context);
-        return runSteps(first_, run);
+    /// The end that a run of the function's body comes to.
+    PlanStep const & run(Ptr<EvalContextBase> const & context) const {
+        return runSteps(first_, PlanRun(context));
     }
 
     /// Steps that were made, for reports on memory.

@@ -27,7 +27,7 @@ public:
     virtual ~PlanQuestion() = default;
 
     /// The clauses that the answer does not rule out.
-    virtual ClauseBits clausesLeft(PlanRun & run) const = 0;
+    virtual ClauseBits clausesLeft(PlanRun run) const = 0;
 };
 
 /// From a constant to the clauses that it satisfies: a table of open addresses behind a filter of
@@ -75,7 +75,7 @@ public:
     /// `others` are the clauses that do not ask this.
     IntInSetQuestion(Int const & operand, ConstantTable<U64> table, ClauseBits others)
         : operand_(operand), table_(std::move(table)), others_(others) {}
-    ClauseBits clausesLeft(PlanRun & run) const override {
+    ClauseBits clausesLeft(PlanRun run) const override {
         return others_ | table_.clausesOf(operand_.read(run));
     }
 
@@ -92,7 +92,7 @@ public:
     SetHasAnyQuestion(SetStorage<Set> const & operand, ConstantTable<typename Set::Value> table,
                       ClauseBits others)
         : operand_(operand), table_(std::move(table)), others_(others) {}
-    ClauseBits clausesLeft(PlanRun & run) const override {
+    ClauseBits clausesLeft(PlanRun run) const override {
         PtrConst<Set> fresh;
         ClauseBits clauses = others_;
         if (Set const * const set = operand_.lend(run, fresh)) {
@@ -117,7 +117,7 @@ public:
         IntBounds bounds;
     };
     IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses, ClauseBits others);
-    ClauseBits clausesLeft(PlanRun & run) const override {
+    ClauseBits clausesLeft(PlanRun run) const override {
         U64 const value = operand_.read(run);
         std::size_t at = 0;
         for (std::size_t step = starts_.size() / 2; step > 0; step /= 2) {
@@ -139,8 +139,8 @@ class ConditionQuestion final : public PlanQuestion {
 public:
     /// The steps end with the truth of the condition; unknown counts as false.
     ConditionQuestion(PlanStep const * first, ClauseBits clause) : first_(first), clause_(clause) {}
-    ClauseBits clausesLeft(PlanRun & run) const override {
-        return runSteps(first_, run).isTrue() ? ~ClauseBits{0} : ~clause_;
+    ClauseBits clausesLeft(PlanRun run) const override {
+        return runSteps(first_, run).result().isTrue() ? ~ClauseBits{0} : ~clause_;
     }
 
 private:
@@ -148,8 +148,8 @@ private:
     ClauseBits clause_;
 };
 
-/// The chain. Each question is asked once, when the tree would first ask any part of it: a clause
-/// is passed over only for an answer that its tree had come to.
+/// The chain with several questions. Each question is asked once, when the tree would first ask any
+/// part of it: a clause is passed over only for an answer that its tree had come to.
 class ClauseStep final : public PlanStep {
 public:
     static constexpr std::size_t maxQuestions = 64;
@@ -169,7 +169,7 @@ public:
         }
     }
 
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         Answers answers;
         answers.open = ~ClauseBits{0} >> (maxClauses - clauses_.size());
         while (answers.open != 0) {
@@ -189,7 +189,7 @@ private:
         ClauseBits left[maxQuestions]; // NOLINT(cppcoreguidelines-pro-type-member-init)
     };
 
-    bool holds(std::size_t clause, Answers & answers, PlanRun & run) const {
+    bool holds(std::size_t clause, Answers & answers, PlanRun run) const {
         for (U8 const question : clauses_[clause].questions) {
             if (((answers.asked >> question) & 1) == 0) {
                 ClauseBits const left = questions_[question]->clausesLeft(run);

@@ -47,7 +47,7 @@ public:
         whenEmpty_ = isAddition ? changes.back().constants : nullptr;
     }
 
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         PtrConst<Set> fresh;
         Set const * set = current_.lend(run, fresh);
         if (isEmptySet(set) && (whenEmpty_ != nullptr || added_.empty())) {
@@ -81,9 +81,9 @@ private:
         }
     }
 
-    bool isEditedInPlace(PlanRun & run, Set const * set) const {
+    bool isEditedInPlace(PlanRun run, Set const * set) const {
         if (isEmptySet(set) ||
-            !mayEditInPlace(*set, set->count() + added_.size(), setScratch(run.context, set))) {
+            !mayEditInPlace(*set, set->count() + added_.size(), setScratch(run.context(), set))) {
             return false;
         }
         // A union that is the constants themselves shares them.
@@ -91,8 +91,8 @@ private:
                !setIsSubset(set, whenEmpty_);
     }
 
-    void store(PlanRun & run, Set const * set) const {
-        auto & stored = run.context.modify(target_.modifiedFlag).*target_.stored;
+    void store(PlanRun run, Set const * set) const {
+        auto & stored = run.context().modify(target_.modifiedFlag).*target_.stored;
         if (stored.get() != set) {
             stored = PtrConst<Set>(set);
         }

@@ -22,7 +22,7 @@ class NodeStatement final : public PlanStatement {
 public:
     NodeStatement(Expression const & node, PlanStep const * next)
         : PlanStatement(next), node_(node) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         EvalResult const result = node_.eval(run.contextPtr);
         return result.terminates() ? endOfRun(result) : next();
     }
@@ -37,7 +37,7 @@ class CalleeStatement final : public PlanStatement {
 public:
     CalleeStatement(Expression const & node, PlanStep const * next, PlanTargets const & returns)
         : PlanStatement(next), node_(node), returns_(returns) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         EvalResult const result = node_.eval(run.contextPtr);
         if (!result.terminates()) {
             return next();
@@ -56,8 +56,8 @@ class IntStoreStep final : public PlanStatement {
 public:
     IntStoreStep(IntSource const & target, U64 value, PlanStep const * next)
         : PlanStatement(next), target_(target), value_(value) {}
-    PlanStep const * run(PlanRun & run) const override {
-        run.context.modify(target_.modifiedFlag).*target_.stored = value_;
+    PlanStep const * run(PlanRun run) const override {
+        run.context().modify(target_.modifiedFlag).*target_.stored = value_;
         return next();
     }
 
@@ -79,9 +79,9 @@ public:
           range_(target.range()),
           operand_(operand),
           arithmetic_(arithmetic) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         U64 const current = current_.read(run);
-        run.context.modify(target_.modifiedFlag).*target_.stored =
+        run.context().modify(target_.modifiedFlag).*target_.stored =
             arithmetic_(range_, current, operand_);
         return next();
     }

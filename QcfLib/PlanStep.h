@@ -9,11 +9,11 @@ namespace Qcf::Eval {
 
 /// One run of a plan on one thread.
 struct PlanRun {
-    explicit PlanRun(Ptr<EvalContextBase> const & contextPtr)
-        : contextPtr(contextPtr), context(evalContext(contextPtr)) {}
+    explicit PlanRun(Ptr<EvalContextBase> const & contextPtr) : contextPtr(contextPtr) {}
+
+    EvalContext & context() const { return evalContext(contextPtr); }
 
     Ptr<EvalContextBase> const & contextPtr;
-    EvalContext & context;
 };
 
 /// One step. Each does what the nodes that it stands for do, through the same functions, and knows
@@ -26,29 +26,32 @@ public:
     virtual constexpr ~PlanStep() = default;
 
     /// The next step. Not to be called at an end.
-    virtual PlanStep const * run(PlanRun & run) const = 0;
+    virtual PlanStep const * run(PlanRun run) const = 0;
 
     bool isEnd() const { return isEnd_; }
-    /// The result of a run that ends here.
+    /// The result of a run that ends here, and what its function yields of it.
     EvalResult result() const { return result_; }
+    EvalResult returned() const { return returned_; }
 
 protected:
-    constexpr explicit PlanStep(EvalResult result) : isEnd_(true), result_(result) {}
+    constexpr explicit PlanStep(EvalResult result)
+        : isEnd_(true), result_(result), returned_(result.returned()) {}
 
 private:
     bool isEnd_ = false;
     EvalResult result_;
+    EvalResult returned_;
 };
 
 /// The end of a run with that result; there is one for each.
 PlanStep const * endOfRun(EvalResult result);
 
-/// Walks from a step to the end.
-inline EvalResult runSteps(PlanStep const * step, PlanRun & run) {
+/// Walks from a step to the end; answers that.
+inline PlanStep const & runSteps(PlanStep const * step, PlanRun run) {
     while (!step->isEnd()) {
         step = step->run(run);
     }
-    return step->result();
+    return *step;
 }
 
 /// Where to go on after a condition, by its value.
@@ -67,13 +70,13 @@ class PlanInt {
 public:
     explicit PlanInt(Int const & node) : node_(&node), source_(node.source()) {}
 
-    U64 read(PlanRun & run) const {
+    U64 read(PlanRun run) const {
         if (source_.input == nullptr) {
             return node_->getVal(run.contextPtr);
         }
-        bool const modified = (run.context.modifiedFlags() & source_.modifiedFlag) != 0;
-        U64 const value = modified ? run.context.attributeContentConst().*source_.stored
-                                   : (run.context.*source_.input)();
+        bool const modified = (run.context().modifiedFlags() & source_.modifiedFlag) != 0;
+        U64 const value = modified ? run.context().attributeContentConst().*source_.stored
+                                   : (run.context().*source_.input)();
         if (value - source_.min > source_.max - source_.min) [[unlikely]] {
             return node_->getVal(run.contextPtr);
         }
@@ -92,13 +95,13 @@ public:
     explicit PlanSet(SetStorage<Set> const & node) : node_(&node), source_(node.source()) {}
 
     /// A set that had to be built for this call is put into `fresh`.
-    Set const * lend(PlanRun & run, PtrConst<Set> & fresh) const {
+    Set const * lend(PlanRun run, PtrConst<Set> & fresh) const {
         if (source_.input == nullptr) {
             return node_->lendVal(run.contextPtr, fresh);
         }
-        bool const modified = (run.context.modifiedFlags() & source_.modifiedFlag) != 0;
-        return modified ? (run.context.attributeContentConst().*source_.stored).get()
-                        : (run.context.*source_.input)();
+        bool const modified = (run.context().modifiedFlags() & source_.modifiedFlag) != 0;
+        return modified ? (run.context().attributeContentConst().*source_.stored).get()
+                        : (run.context().*source_.input)();
     }
 
 private:

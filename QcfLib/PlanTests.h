@@ -26,7 +26,7 @@ class NodeTest final : public PlanStep {
 public:
     NodeTest(Expression const & node, PlanTargets const & targets)
         : node_(node), targets_(targets) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         EvalResult const result = node_.eval(run.contextPtr);
         if (result.terminates()) [[unlikely]] {
             assertNoReturn(result);
@@ -46,7 +46,7 @@ class IntTest final : public PlanTest {
 public:
     IntTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         return next(Compare()(lhs_.read(run), rhs_));
     }
 
@@ -60,7 +60,7 @@ class IntInSetTest final : public PlanTest {
 public:
     IntInSetTest(PlanInt lhs, U64SmallVector const & set, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), set_(set) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         return next(setContains(set_, lhs_.read(run)));
     }
 
@@ -75,7 +75,7 @@ class SetTest final : public PlanTest {
 public:
     SetTest(PlanSet<Set> lhs, Set const * rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         PtrConst<Set> fresh;
         return next(test(lhs_.lend(run, fresh), rhs_));
     }
@@ -89,7 +89,7 @@ private:
 class PlanPrefix {
 public:
     explicit PlanPrefix(IpPrefix const & node) : source_(node.source()) {}
-    IpGenPrefix read(PlanRun & run) const { return (run.context.*source_)(); }
+    IpGenPrefix read(PlanRun run) const { return (run.context().*source_)(); }
 
 private:
     PrefixSource source_;
@@ -99,9 +99,7 @@ private:
 class PlanHost {
 public:
     explicit PlanHost(IpAddress const & node) : node_(&node) {}
-    IpGenPrefix read(PlanRun & run) const {
-        return IpGenPrefix::host(node_->getVal(run.contextPtr));
-    }
+    IpGenPrefix read(PlanRun run) const { return IpGenPrefix::host(node_->getVal(run.contextPtr)); }
 
 private:
     IpAddress const * node_;
@@ -112,8 +110,8 @@ class PlanPrefixList {
 public:
     explicit PlanPrefixList(PrefixListImmediate const & node)
         : isV4_(node.isV4()), slot_(node.indexInAet()) {}
-    Routing::Policy::PrefixListMatcher const * matcher(PlanRun & run, AddressFamily family) const {
-        return run.context.externalMatchers()->prefixList(isV4_, slot_, family);
+    Routing::Policy::PrefixListMatcher const * matcher(PlanRun run, AddressFamily family) const {
+        return run.context().externalMatchers()->prefixList(isV4_, slot_, family);
     }
 
 private:
@@ -128,7 +126,7 @@ public:
     template <typename Node>
     PrefixListTest(Node const & node, PrefixListImmediate const & list, PlanTargets const & targets)
         : candidate_(*node.lhs()), list_(list), targets_(targets) {}
-    PlanStep const * run(PlanRun & run) const override {
+    PlanStep const * run(PlanRun run) const override {
         Routing::Policy::MatchInput_ const input{candidate_.read(run)};
         auto const * const matcher = list_.matcher(run, input.prefix.af());
         if (matcher == nullptr) {

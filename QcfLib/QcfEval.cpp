@@ -70,28 +70,45 @@ void traceStart(Function const & function) {
     return result;
 }
 
-} // namespace
-
-EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
+/// Whatever the circumstances.
+[[gnu::noinline]] EvalResult evalAtLength(Function const & function,
+                                          Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);
     if (c.functionCallDepth() == 0) {
-        c.evaluatedFunctionIs(*this);
-        if (argumentsExpected_) [[unlikely]] {
-            return refused(*this, context);
+        if (function.argumentsExpected()) {
+            return refused(function, context);
         }
+        c.evaluatedFunctionIs(function);
     }
-    EvalResult const result = isObserved(context) ? observedBody(*this, context)
-                              : Plan::enabled()   ? planFor(*this).run(context)
-                                                  : body_->eval(context);
-    if (!result.terminates()) [[unlikely]] {
+    EvalResult const result = isObserved(context) ? observedBody(function, context)
+                              : Plan::enabled()   ? function.planFor(function).run(context).result()
+                                                  : function.body()->eval(context);
+    if (!result.terminates()) {
         QCF_ASSERT(result.retVal() == QcfUnknown());
         return result;
     }
     if (result.isTrue() && c.functionCallDepth() == 0) {
         c.flushModifiedAttributes();
     }
-    bool const returns = result.termination() == TerminationFlag::returnToCaller;
-    return returns ? result.with(TerminationFlag::noTermination) : result;
+    return result.returned();
+}
+
+} // namespace
+
+EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
+    auto & c = evalContext(context);
+    Plan const * const plan = keptPlan();
+    // An agent's next route by the same function: what there is to find out, is found out.
+    bool const isNext = c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) &&
+                        !isObserved(context) && Plan::enabled() && plan != nullptr;
+    if (!isNext) [[unlikely]] {
+        return evalAtLength(*this, context);
+    }
+    PlanStep const & end = plan->run(context);
+    if (end.result().isTrue()) {
+        c.flushModifiedAttributes();
+    }
+    return end.returned();
 }
 
 U32 Function::hash(U32 seed) const {

@@ -31,6 +31,8 @@ void EvalContext::forgetEarlierFunctions() {
     evaluatedFunctions_.erase(evaluatedFunctions_.begin(), evaluatedFunctions_.end() - 1);
 }
 
+void EvalContext::clearFrame() { stackFrameDataFromPOA_ = StackFrameData_(); }
+
 void EvalContext::keepFunction(Function const & function) {
     currentFunction_ = &function;
     // Attributes stored by an earlier function stay until the reset, and so does that function.

@@ -122,9 +122,13 @@ public:
     /// Keeps a function alive until another is evaluated and the context was reset: attribute
     /// values may be constants of its tree. Called by the outermost function.
     void evaluatedFunctionIs(Function const & function) {
-        if (&function != currentFunction_) {
+        if (!isEvaluatedFunction(function)) {
             keepFunction(function);
         }
+    }
+    /// Whether it is the one that was evaluated last.
+    bool isEvaluatedFunction(Function const & function) const {
+        return &function == currentFunction_;
     }
 
     /// What `vrfId` answers outside any VRF.
@@ -135,14 +139,14 @@ protected:
     void forgetRoute() {
         nextHopSetToSelf_ = false;
         stackFrameDataFromCaller_ = nullptr;
-        if (stackFrameDataFromPOA_.touched()) {
-            stackFrameDataFromPOA_ = StackFrameData_();
+        if (stackFrameDataFromPOA_.touched()) [[unlikely]] {
+            clearFrame();
         }
         shouldLogEvalIs(false);
         intSetScratch_.clear();
         communitySetScratch_.clear();
         GeneratedEvalContext::forgetRoute();
-        if (evaluatedFunctions_.size() > 1) {
+        if (evaluatedFunctions_.size() > 1) [[unlikely]] {
             forgetEarlierFunctions();
         }
     }
@@ -150,6 +154,7 @@ protected:
 private:
     void keepFunction(Function const & function);
     void forgetEarlierFunctions();
+    void clearFrame();
 
     Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext_;
     StackFrameData_ * stackFrameDataFromCaller_ = nullptr;
