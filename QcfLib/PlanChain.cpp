@@ -57,9 +57,9 @@ bool PlanChain::isShared(Subject const & subject) const {
     return found != uses_.end() && found->second >= clausesThatShare;
 }
 
-std::unique_ptr<ClauseStep const> PlanChain::step(Lower const & lower,
-                                                  std::span<PlanStep const * const> targets,
-                                                  PlanStep const * otherwise) {
+std::unique_ptr<PlanStep const> PlanChain::step(Lower const & lower,
+                                                std::span<PlanStep const * const> targets,
+                                                PlanStep const * otherwise) {
     bool const worthWhile = std::any_of(uses_.begin(), uses_.end(),
                                         [&](auto const & use) { return isShared(use.first); });
     if (!onlyReads_ || !worthWhile) {
@@ -75,6 +75,10 @@ std::unique_ptr<ClauseStep const> PlanChain::step(Lower const & lower,
     std::vector<std::unique_ptr<PlanQuestion const>> questions;
     for (Question & question : questions_) {
         questions.push_back(question.own ? std::move(question.own) : shared(question.parts));
+    }
+    if (questions.size() == 1) {
+        return std::make_unique<OneQuestionStep const>(std::move(questions.front()), targets,
+                                                       otherwise);
     }
     return std::make_unique<ClauseStep const>(std::move(questions), std::move(clauses), otherwise);
 }

@@ -23,9 +23,9 @@ public:
     /// The step that goes to the target of the first clause whose condition holds. Null when it is
     /// not worth while, because hardly any question is shared, or not possible: a condition does
     /// more than read, or there are too many questions. To be called once.
-    std::unique_ptr<ClauseStep const> step(Lower const & lower,
-                                           std::span<PlanStep const * const> targets,
-                                           PlanStep const * otherwise);
+    std::unique_ptr<PlanStep const> step(Lower const & lower,
+                                         std::span<PlanStep const * const> targets,
+                                         PlanStep const * otherwise);
 
 private:
     /// What a question is about: the kind of test, and the operand's identity.

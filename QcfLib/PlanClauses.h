@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <memory>
+#include <span>
 #include <vector>
 
 /// A chain of `else if` as one step: which of its clauses is the first that holds.
@@ -146,6 +147,28 @@ public:
 private:
     PlanStep const * first_;
     ClauseBits clause_;
+};
+
+/// The chain, when its clauses ask one question and nothing else.
+class OneQuestionStep final : public PlanStep {
+public:
+    OneQuestionStep(std::unique_ptr<PlanQuestion const> question,
+                    std::span<PlanStep const * const> targets, PlanStep const * otherwise)
+        : question_(std::move(question)),
+          targets_(targets.begin(), targets.end()),
+          clauses_(~ClauseBits{0} >> (maxClauses - targets.size())),
+          otherwise_(otherwise) {}
+
+    PlanStep const * run(PlanRun run) const override {
+        ClauseBits const left = question_->clausesLeft(run) & clauses_;
+        return left == 0 ? otherwise_ : targets_[static_cast<std::size_t>(std::countr_zero(left))];
+    }
+
+private:
+    std::unique_ptr<PlanQuestion const> question_;
+    std::vector<PlanStep const *> targets_;
+    ClauseBits clauses_;
+    PlanStep const * otherwise_;
 };
 
 /// The chain with several questions. Each question is asked once, when the tree would first ask any
