@@ -70,6 +70,18 @@ void traceStart(Function const & function) {
     return result;
 }
 
+/// What a function yields of its body's result; a true one hands the route's changes back.
+EvalResult ended(EvalContext & context, EvalResult result) {
+    if (!result.terminates()) [[unlikely]] {
+        QCF_ASSERT(result.retVal() == QcfUnknown());
+        return result;
+    }
+    if (result.isTrue() && context.functionCallDepth() == 0) {
+        context.flushModifiedAttributes();
+    }
+    return result.returned();
+}
+
 /// Whatever the circumstances.
 [[gnu::noinline]] EvalResult evalAtLength(Function const & function,
                                           Ptr<EvalContextBase> const & context) {
@@ -80,35 +92,28 @@ void traceStart(Function const & function) {
         }
         c.evaluatedFunctionIs(function);
     }
-    EvalResult const result = isObserved(context) ? observedBody(function, context)
-                              : Plan::enabled()   ? function.planFor(function).run(context).result()
-                                                  : function.body()->eval(context);
-    if (!result.terminates()) {
-        QCF_ASSERT(result.retVal() == QcfUnknown());
-        return result;
-    }
-    if (result.isTrue() && c.functionCallDepth() == 0) {
-        c.flushModifiedAttributes();
-    }
-    return result.returned();
+    return ended(c, isObserved(context) ? observedBody(function, context)
+                    : Plan::enabled()   ? function.planFor(function).run(context).result()
+                                        : function.body()->eval(context));
 }
 
 } // namespace
 
 EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     auto & c = evalContext(context);
-    Plan const * const plan = keptPlan();
     // An agent's next route by the same function: what there is to find out, is found out.
-    bool const isNext = c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) &&
-                        !isObserved(context) && Plan::enabled() && plan != nullptr;
-    if (!isNext) [[unlikely]] {
-        return evalAtLength(*this, context);
+    bool const isNext =
+        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isObserved(context);
+    Plan const * const plan = keptPlan();
+    if (isNext && plan != nullptr && Plan::enabled()) [[likely]] {
+        PlanStep const & end = plan->run(context);
+        if (end.result().isTrue()) {
+            c.flushModifiedAttributes();
+        }
+        return end.returned();
     }
-    PlanStep const & end = plan->run(context);
-    if (end.result().isTrue()) {
-        c.flushModifiedAttributes();
-    }
-    return end.returned();
+    return isNext && !Plan::enabled() ? ended(c, body_->eval(context))
+                                      : evalAtLength(*this, context);
 }
 
 U32 Function::hash(U32 seed) const {
