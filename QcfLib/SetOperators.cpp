@@ -44,9 +44,15 @@ void storeOwn(Target const & target, Set const * set, Context const & context) {
     target.setVal(PtrConst<Set>(set->empty() ? nullptr : set), context);
 }
 
+/// Whether an operand may be handed on as it stands: nobody overwrites it.
+template <typename Set>
+bool isShareable(Set const * set) {
+    return set == nullptr || set->modifyFlag() == ModifyFlag::copyOnWrite;
+}
+
 /// Writes `combine(lhs, rhs, scratch)` to the left operand. Where the left operand itself becomes
-/// the result, which `inPlace` tries first, nothing is counted.
-template <typename Set, typename Node, typename InPlace, typename Combine>
+/// the result, which `inPlace` tries first, or was empty, nothing is counted.
+template <typename Set, bool adds, typename Node, typename InPlace, typename Combine>
 EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace, Combine combine) {
     PtrConst<Set> freshLhs;
     PtrConst<Set> freshRhs;
@@ -55,6 +61,10 @@ EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace
     auto & scratch = setScratch(evalContext(context), lhs);
     if (!isEmptySet(lhs) && !isEmptySet(rhs) && inPlace(*lhs, *rhs, scratch)) {
         storeOwn(*node.lhs(), lhs, context);
+        return EvalResult::fromBool(true);
+    }
+    if (isEmptySet(lhs) && isShareable(rhs)) {
+        node.lhs()->setVal(PtrConst<Set>(adds ? rhs : nullptr), context);
         return EvalResult::fromBool(true);
     }
     PtrConst<Set> const left = freshLhs ? std::move(freshLhs) : PtrConst<Set>(lhs);
@@ -100,13 +110,13 @@ EvalResult assignSet(Node const & node, Context const & context) {
                              [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
     }                                                                                              \
     EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
-        return modifySet<Set>(*this, context, addInPlace<Set>, Set::add);                          \
+        return modifySet<Set, true>(*this, context, addInPlace<Set>, Set::add);                    \
     }                                                                                              \
     EvalResult Kind##RemoveImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set>(*this, context, removeInPlace<Set>, Set::remove);                    \
+        return modifySet<Set, false>(*this, context, removeInPlace<Set>, Set::remove);             \
     }                                                                                              \
     EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set>(*this, context, neverInPlace<Set>, Set::retain);                     \
+        return modifySet<Set, false>(*this, context, neverInPlace<Set>, Set::retain);              \
     }                                                                                              \
     EvalResult Kind##AssignImmediate::eval(Context const & context) const {                        \
         return assignSet<Set>(*this, context);                                                     \
@@ -130,6 +140,10 @@ EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
     Set const * const current = lhs_->lendVal(context, freshLhs);
     if (isPlainUnion && !isEmptySet(current) && addInPlace(*current, *added, scratch)) {
         storeOwn(*lhs_, current, context);
+        return done;
+    }
+    if (isEmptySet(current) && isShareable(added)) {
+        lhs_->setVal(PtrConst<Set>(added), context);
         return done;
     }
     PtrConst<Set> const r = fresh ? std::move(fresh) : PtrConst<Set>(added);
