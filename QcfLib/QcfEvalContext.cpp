@@ -34,12 +34,13 @@ void EvalContext::forgetEarlierFunctions() {
 void EvalContext::clearFrame() { stackFrameDataFromPOA_ = StackFrameData_(); }
 
 void EvalContext::keepFunction(Function const & function) {
-    currentFunction_ = &function;
+    currentFunction_ = nullptr; // for as long as it is not kept
     // Attributes stored by an earlier function stay until the reset, and so does that function.
     if (modifiedFlags() == 0) {
         evaluatedFunctions_.clear();
     }
     evaluatedFunctions_.emplace_back(&function);
+    currentFunction_ = &function;
 }
 
 StackFrameData_ const * EvalContext::stackFrameDataRawPtrConst() const {

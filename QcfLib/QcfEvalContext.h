@@ -17,7 +17,8 @@ class Function;
 /// The agent overrides the Input and InputPopulate operations of the attributes that it has, the
 /// write-backs of those that it lets functions change, and the session facts and list operations
 /// below. Without any override every attribute reads as its default and every match fails.
-/// A set handed to a write-back is good until the next reset: copy it if it is to last longer.
+/// A set handed to a write-back is good until the next reset: copy it if it is to last longer. It
+/// may show the very values that the agent lent.
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null; the result record is not owned.
@@ -119,8 +120,8 @@ public:
     U64Buffer & intSetScratch() { return intSetScratch_; }
     CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
 
-    /// Keeps a function alive until another is evaluated and the context was reset: attribute
-    /// values may be constants of its tree. Called by the outermost function.
+    /// Keeps a function alive until another is evaluated, and while attribute values may be
+    /// constants of its tree until the context was reset. Called by the outermost function.
     void evaluatedFunctionIs(Function const & function) {
         if (!isEvaluatedFunction(function)) {
             keepFunction(function);
