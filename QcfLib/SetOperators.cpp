@@ -44,10 +44,17 @@ void storeOwn(Target const & target, Set const * set, Context const & context) {
     target.setVal(PtrConst<Set>(set->empty() ? nullptr : set), context);
 }
 
-/// Whether an operand may be handed on as it stands: nobody overwrites it.
-template <typename Set>
-bool isShareable(Set const * set) {
-    return set == nullptr || set->modifyFlag() == ModifyFlag::copyOnWrite;
+/// What becomes of an empty target, nothing or the other operand, is stored as it stands. False
+/// when the target is not empty, or the operand may be overwritten and has to be guarded.
+template <typename Target, typename Set>
+bool storeInEmpty(Target const & target, Set const * current, Set const * result,
+                  Context const & context) {
+    bool const isFree = result == nullptr || result->modifyFlag() == ModifyFlag::copyOnWrite;
+    if (!isEmptySet(current) || !isFree) {
+        return false;
+    }
+    target.setVal(PtrConst<Set>(result), context);
+    return true;
 }
 
 /// Writes `combine(lhs, rhs, scratch)` to the left operand. Where the left operand itself becomes
@@ -63,8 +70,7 @@ EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace
         storeOwn(*node.lhs(), lhs, context);
         return EvalResult::fromBool(true);
     }
-    if (isEmptySet(lhs) && isShareable(rhs)) {
-        node.lhs()->setVal(PtrConst<Set>(adds ? rhs : nullptr), context);
+    if (storeInEmpty(*node.lhs(), lhs, adds ? rhs : nullptr, context)) {
         return EvalResult::fromBool(true);
     }
     PtrConst<Set> const left = freshLhs ? std::move(freshLhs) : PtrConst<Set>(lhs);
@@ -142,8 +148,7 @@ EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
         storeOwn(*lhs_, current, context);
         return done;
     }
-    if (isEmptySet(current) && isShareable(added)) {
-        lhs_->setVal(PtrConst<Set>(added), context);
+    if (storeInEmpty(*lhs_, current, added, context)) {
         return done;
     }
     PtrConst<Set> const r = fresh ? std::move(fresh) : PtrConst<Set>(added);
