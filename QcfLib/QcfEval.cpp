@@ -82,7 +82,7 @@ EvalResult ended(EvalContext & context, EvalResult result) {
     return result.returned();
 }
 
-/// Whatever the circumstances.
+/// An evaluation that may be the first one, observed, refused, or inside a call.
 [[gnu::noinline]] EvalResult evalAtLength(Function const & function,
                                           Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);

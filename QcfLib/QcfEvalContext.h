@@ -120,8 +120,8 @@ public:
     U64Buffer & intSetScratch() { return intSetScratch_; }
     CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
 
-    /// Keeps a function alive until another is evaluated, and while attribute values may be
-    /// constants of its tree until the context was reset. Called by the outermost function.
+    /// Keeps a function alive until another is evaluated; if it stored values, which may be
+    /// constants of its tree, until the reset that follows. Called by the outermost function.
     void evaluatedFunctionIs(Function const & function) {
         if (!isEvaluatedFunction(function)) {
             keepFunction(function);
