@@ -1,7 +1,5 @@
 #include "Agent/AgentContext.h"
 
-#include "Agent/CommunityEdits.h"
-
 #include <limits>
 
 namespace Qcf::Agent {
@@ -69,8 +67,8 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
 } // namespace
 
 // The six operations of one kind of community.
-#define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, match, matchExact, assign, add, remove,    \
-                            retain)                                                                \
+#define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, permitted, match, matchExact, assign, add, \
+                            remove, retain)                                                        \
     bool AgentContext::match(PtrConst<Set> const & set, PtrConst<Status> const & status) const {   \
         auto const * const list = matcherOf<List>(status);                                         \
         return list != nullptr && list->matches(set.get(), text_);                                 \
@@ -81,10 +79,10 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
         return list != nullptr && list->matchesExactly(set.get());                                 \
     }                                                                                              \
     Ptr<Set> AgentContext::assign(PtrConst<Status> const & status) {                               \
-        return assignedBy(matcherOf<List>(status));                                                \
+        return assignedBy(matcherOf<List>(status), permitted);                                     \
     }                                                                                              \
     Ptr<Set> AgentContext::add(Ptr<Set> const & set, PtrConst<Status> const & status) {            \
-        return addedBy(matcherOf<List>(status), set, scratch());                                   \
+        return addedBy(matcherOf<List>(status), permitted, set, scratch());                        \
     }                                                                                              \
     Ptr<Set> AgentContext::remove(Ptr<Set> const & set, PtrConst<Status> const & status) {         \
         return keptBy(matcherOf<List>(status), false, set, scratch(), text_);                      \
@@ -94,15 +92,17 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
     }
 
 QCF_COMMUNITY_LISTS(StandardCommunityList, U64SmallVector, CommListStatus, intSetScratch,
-                    matchCommList, matchExactCommList, commAssignCommList, commAddCommList,
-                    commRemoveCommList, commRetainCommList)
+                    permittedInts_, matchCommList, matchExactCommList, commAssignCommList,
+                    commAddCommList, commRemoveCommList, commRetainCommList)
 QCF_COMMUNITY_LISTS(ExtCommunityList, CommunitySmallVector, ExtCommListStatus, communitySetScratch,
-                    matchExtCommList, matchExactExtCommList, extCommAssignExtCommList,
-                    extCommAddExtCommList, extCommRemoveExtCommList, extCommRetainExtCommList)
+                    permittedCommunities_, matchExtCommList, matchExactExtCommList,
+                    extCommAssignExtCommList, extCommAddExtCommList, extCommRemoveExtCommList,
+                    extCommRetainExtCommList)
 QCF_COMMUNITY_LISTS(LargeCommunityList, CommunitySmallVector, LargeCommListStatus,
-                    communitySetScratch, matchLargeCommList, matchExactLargeCommList,
-                    largeCommAssignLargeCommList, largeCommAddLargeCommList,
-                    largeCommRemoveLargeCommList, largeCommRetainLargeCommList)
+                    communitySetScratch, permittedCommunities_, matchLargeCommList,
+                    matchExactLargeCommList, largeCommAssignLargeCommList,
+                    largeCommAddLargeCommList, largeCommRemoveLargeCommList,
+                    largeCommRetainLargeCommList)
 #undef QCF_COMMUNITY_LISTS
 
 } // namespace Qcf::Agent

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Agent/AgentContextGenerated.h"
+#include "Agent/CommunityEdits.h"
 #include "Agent/ListBinding.h"
 
 namespace Qcf::Agent {
@@ -77,6 +78,8 @@ private:
     std::string_view pathText(Routing::Bgp::AspathContainerFromExisting const * path) const;
 
     PtrConst<AgentMatchers> matchers_;
+    PermittedSets<Eval::U64SmallVector> permittedInts_;
+    PermittedSets<Eval::CommunitySmallVector> permittedCommunities_;
     // What patterns are searched in, kept for its storage.
     mutable String text_;
     /// The text of the path as the route of that number came.

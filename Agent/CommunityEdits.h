@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 
 /// What community lists do to the communities of a route. Null stands for the empty set and for the
 /// empty list.
@@ -28,17 +29,39 @@ Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values
     return result;
 }
 
+/// One thread's copies of the sets that lists permit, made when they are first asked for, so that
+/// handing one on counts in memory of the thread's own. Good for as long as the lists live.
+template <typename Set>
+class PermittedSets {
+public:
+    /// Null for none.
+    Ptr<Set> const & of(CommunityMatcher<Set> const & list) {
+        auto const [entry, isNew] = copies_.try_emplace(&list);
+        if (isNew && list.permitted()) {
+            entry->second = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
+            entry->second->values().reserve(list.permitted()->count());
+            for (auto const & value : *list.permitted()) {
+                entry->second->insert(value);
+            }
+        }
+        return entry->second;
+    }
+
+private:
+    std::unordered_map<CommunityMatcher<Set> const *, Ptr<Set>> copies_;
+};
+
 /// The communities of the list's permitting entries.
 template <typename Set>
-Ptr<Set> assignedBy(CommunityMatcher<Set> const * list) {
-    return list != nullptr ? list->permitted() : Ptr<Set>();
+Ptr<Set> assignedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets) {
+    return list != nullptr ? sets.of(*list) : Ptr<Set>();
 }
 
 /// The current communities and those of the list's permitting entries.
 template <typename Set>
-Ptr<Set> addedBy(CommunityMatcher<Set> const * list, Ptr<Set> const & current,
-                 typename Set::Buffer & scratch) {
-    Ptr<Set> added = assignedBy(list);
+Ptr<Set> addedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets,
+                 Ptr<Set> const & current, typename Set::Buffer & scratch) {
+    Ptr<Set> added = assignedBy(list, sets);
     if (Set::isSubset(added.get(), current.get())) {
         return current;
     }

@@ -66,13 +66,6 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
 }
 
 template <typename Set>
-CommunityMatcher<Set>::~CommunityMatcher() {
-    if (permitted_) {
-        permitted_->mortalIs();
-    }
-}
-
-template <typename Set>
 void CommunityMatcher<Set>::fileLiterals() {
     std::map<Value, U32> entriesWith;
     for (Value const & community : communities_) {
@@ -120,7 +113,6 @@ void CommunityMatcher<Set>::unitePermitted() {
     for (Value const & value : values) {
         permitted_->insert(value);
     }
-    permitted_->immortalIs();
 }
 
 template <typename Set>

@@ -37,7 +37,6 @@ public:
     CommunityMatcher(std::vector<Entry> entries, AppendText appendText);
     CommunityMatcher(CommunityMatcher const &) = delete;
     CommunityMatcher & operator=(CommunityMatcher const &) = delete;
-    ~CommunityMatcher();
 
     /// Whether the list permits a route with these communities; null is the empty set.
     bool matches(Set const * set, String & text) const;
@@ -47,8 +46,8 @@ public:
     /// Whether the list permits a route that carries this community alone.
     bool permits(Value const & community, String & text) const;
 
-    /// The communities of all permitting entries; null when there are none. It is a constant that
-    /// lives as long as the list and is not counted.
+    /// The communities of all permitting entries; null when there are none. Threads that hand it on
+    /// would all count it: see PermittedSets.
     Ptr<Set> const & permitted() const { return permitted_; }
 
 private:

@@ -8,6 +8,26 @@ namespace Qcf::Eval {
 
 TraceFacility traceQcfEval("QcfEval");
 
+void AetNodeBase::lastUserGone() const {
+    // A node that goes lets go of its children, which come here in turn: they wait until it is
+    // gone. The list of those that wait needs no memory, since nobody asks a dying node for its
+    // parent.
+    thread_local AetNodeBase const * waiting = nullptr;
+    thread_local bool freeing = false;
+    parentIs(waiting);
+    waiting = this;
+    if (freeing) {
+        return;
+    }
+    freeing = true;
+    while (waiting != nullptr) {
+        auto const * const node = waiting;
+        waiting = static_cast<AetNodeBase const *>(node->parent());
+        delete node;
+    }
+    freeing = false;
+}
+
 bool AetNodeBase::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
 
 void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,

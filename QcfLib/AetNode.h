@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Assert.h"
 #include "Platform/Framework/DumpContext.h"
 #include "Platform/Framework/Entity.h"
 #include "Platform/Framework/Slab.h"
@@ -8,6 +9,7 @@
 #include "QcfLib/EvalResult.h"
 #include "QcfLib/FunctionMetadata.h"
 #include "QcfLib/NodeClass.h"
+#include "QcfLib/TreeFacts.h"
 
 #include <utility>
 
@@ -46,14 +48,35 @@ public:
     /// Static check before use, against the names that the function declares; true when sane.
     virtual bool verifySanity(FunctionMetadata const & metadata) const;
 
+    /// What is known of the tree from this node down.
+    TreeFacts const & treeFacts() const { return treeFacts_; }
+    /// Its levels: nodes above each other, through references and calls; 1 for a leaf.
+    U32 treeDepth() const { return treeFacts_.depth; }
+
+protected:
+    /// To be called by the constructors of nodes that have children, or effects of their own.
+    template <typename... Children>
+    void standsOn(NodeEffects own, Children const &... children) {
+        treeFacts_ =
+            TreeFacts::over(own, {(children ? children->treeFacts() : TreeFacts::none())...});
+    }
+
+    /// Frees node by node what nobody else holds, so that no tree is too deep and no chain too long
+    /// to be let go of.
+    void lastUserGone() const override;
+
 private:
     U64 aetNodeKey_;
+    TreeFacts treeFacts_;
 };
 
 /// A node that evaluates to a result: statement, predicate, operator, control flow.
 class Expression : public AetNodeBase {
 public:
-    using AetNodeBase::AetNodeBase;
+    /// One that says nothing else of itself may do anything but look into the frame.
+    explicit Expression(U64 aetNodeKey) : AetNodeBase(aetNodeKey) {
+        standsOn({.onlyReads = false});
+    }
 
     /// Evaluates against the route of the context, which must not be null. Called by the thread
     /// that owns the context. A function is kept alive by the context as long as that holds values
@@ -70,7 +93,7 @@ public:
     using AetNodeBase::AetNodeBase;
 
     /// True when the value comes, wholly or in part, from the arguments of the running function.
-    virtual bool valueDependsOnStackFrameData() const { return false; }
+    virtual bool valueDependsOnStackFrameData() const { return treeFacts().looksIntoFrame; }
 
     /// Short text form.
     virtual String toStrep() const = 0;
@@ -80,5 +103,10 @@ public:
     virtual void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                                     StackFrameDataBase_ * frame) const;
 };
+
+/// Asserts that walking the tree from this node down does not take more stack than there is.
+inline void assertWalkable(AetNodeBase const & node) {
+    QCF_ASSERT_TEXT(node.treeDepth() <= deepestWalkedTree, "treeDepth() <= deepestWalkedTree");
+}
 
 } // namespace Qcf::Eval

@@ -1,47 +1,54 @@
 #pragma once
 
+#include "Platform/Framework/Assert.h"
 #include "Platform/Framework/Entity.h"
 #include "Platform/Framework/Ptr.h"
+#include "QcfLib/PlanEpoch.h"
+#include "QcfLib/QcfEvalCollections.h"
+
+#include <forward_list>
 
 namespace Qcf::Eval {
 
 /// The precomputed value of a literal list or set whose elements are all constants.
 ///
-/// Whoever builds the tree stores it before the node is shared; evaluation never fills it. Once
-/// stored, the container is not counted any more, so that evaluating threads do not write to the
-/// memory they share; it lives exactly as long as the node, and so must every pointer to it. An
-/// evaluation context keeps the function that it evaluated alive for that reason.
+/// Whoever builds the tree stores it before the node is shared; evaluation never fills it. The node
+/// holds it, and evaluations use it uncounted: a context keeps the function that it evaluated
+/// alive, and with it the node.
 template <typename Container>
 class CachedConstant {
 public:
     explicit CachedConstant(Entity const & owner) : owner_(owner) {}
     CachedConstant(CachedConstant const &) = delete;
     CachedConstant & operator=(CachedConstant const &) = delete;
-    ~CachedConstant() { drop(); }
 
     Container const * cachedGetVal() const { return cachedGetVal_.get(); }
 
-    /// Takes the value over; it must be `copyOnWrite`. Publishes the change.
+    /// Takes the value over, which every evaluation shares: asserts that it is `copyOnWrite`. Plans
+    /// that were made with another value are not used any more; that value stays alive with the
+    /// node, since a route that was evaluated may still have it. Belongs to the thread that builds
+    /// the tree, while nobody evaluates it. Publishes the change.
     void cachedGetValIs(Ptr<Container> value) const {
-        drop();
+        QCF_ASSERT_TEXT(!value || value->modifyFlag() == ModifyFlag::copyOnWrite,
+                        "a cached value is copyOnWrite");
+        if (value == cachedGetVal_) {
+            return;
+        }
+        if (cachedGetVal_) {
+            replaced_.push_front(std::move(cachedGetVal_));
+            PlanEpoch::next();
+        }
         cachedGetVal_ = std::move(value);
         if (cachedGetVal_) {
             cachedGetVal_->indexIs();
-            cachedGetVal_->immortalIs();
         }
         owner_.publisher().publish({.attribute = "cachedGetVal", .subject = &owner_});
     }
 
 private:
-    void drop() const {
-        if (cachedGetVal_) {
-            cachedGetVal_->mortalIs();
-            cachedGetVal_ = nullptr;
-        }
-    }
-
     Entity const & owner_;
     mutable Ptr<Container> cachedGetVal_;
+    mutable std::forward_list<Ptr<Container>> replaced_;
 };
 
 } // namespace Qcf::Eval

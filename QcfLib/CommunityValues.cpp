@@ -33,6 +33,7 @@ String BandwidthToCommunityValue::toStrep() const {
 
 Acl::CommunityValue
 CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const {
+    assertWalkable(*this);
     auto const base = val_->getVal(context);
     auto const dynamic = dynamicVal_->getVal(context);
     auto const merged = [&](U32 i) {
@@ -42,6 +43,7 @@ CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const 
 }
 
 String CommunityValueDynamic::toStrep() const {
+    assertWalkable(*this);
     std::ostringstream out;
     out << nodeReference(*val_) << " with dynamic val " << dynamicVal_->toStrep() << dynamicValMask_
         << " with dynamic mask " << dynamicValMask_;

@@ -13,21 +13,12 @@ bool GeneratedEvalContext::overrides(Operation operation) const {
     return overridesSlot(*this, ownSlots_, operation);
 }
 
-/// Operators hand a route's sets around many times: the cache owns them uncounted (see immortalIs).
-template <typename Set>
-void endLoan(Ptr<Set> const & slot) {
-    if (slot) {
-        slot->mortalIs();
-    }
-}
-
 template <typename Set>
 Set * GeneratedEvalContext::fetchSet(Input input, Ptr<Set> & slot, ModifyFlag modifyFlag,
                                      void (GeneratedEvalContext::*populate)(Ptr<Set> const &)
                                          const) const {
     if (!slot) {
         slot = makePtr<Set>(modifyFlag);
-        slot->immortalIs();
     }
     slot->clear();
     slot->modifyFlagIs(modifyFlag);
@@ -35,17 +26,17 @@ Set * GeneratedEvalContext::fetchSet(Input input, Ptr<Set> & slot, ModifyFlag mo
     if (overrides(populate)) {
         (this->*populate)(slot);
     }
-    cache_->populatedIs(input);
+    cache().populatedIs(input);
     return slot.get();
 }
 
 inline Routing::Bgp::AspathContainerFromExisting *
 GeneratedEvalContext::fetchedPath(Input input,
                                   Routing::Bgp::AspathContainerFromExisting & slot) const {
-    if (!cache_->isPopulated(input)) {
+    if (!cache().isPopulated(input)) {
         slot.clear();
         asPathInputPopulate(&slot);
-        cache_->populatedIs(input);
+        cache().populatedIs(input);
     }
     return &slot;
 }

@@ -38,14 +38,6 @@ void FunctionArgumentList::pushFuncArgToStack(Ptr<EvalContextBase> const & conte
     entry_->pushFuncArgToStack(context, frame);
 }
 
-String FunctionArgumentList::toStrep() const {
-    String text = entry_->toStrep();
-    for (auto const * link = next_.get(); link != nullptr; link = link->next().get()) {
-        text += ", " + link->entry()->toStrep();
-    }
-    return text;
-}
-
 EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) const {
     if (traceQcfEval.on(1)) [[unlikely]] {
         traceCall(*this);

@@ -19,6 +19,9 @@ Ptr<AttributeContent> const & GeneratedEvalContext::attributeContentIs() {
 }
 
 Ptr<AttributeContent> GeneratedEvalContext::attributeContentDel() {
+    if (attributeContent_) {
+        attributeContent_->settleSets(); // it may outlive what it borrowed from
+    }
     return std::move(attributeContent_);
 }
 
@@ -29,6 +32,11 @@ Ptr<QcfEvalContextCacheGenerated> const & GeneratedEvalContext::cacheIs() {
     return cache_;
 }
 
-Ptr<QcfEvalContextCacheGenerated> GeneratedEvalContext::cacheDel() { return std::move(cache_); }
+Ptr<QcfEvalContextCacheGenerated> GeneratedEvalContext::cacheDel() {
+    if (attributeContent_) {
+        attributeContent_->settleSets();
+    }
+    return std::move(cache_);
+}
 
 } // namespace Qcf::Eval

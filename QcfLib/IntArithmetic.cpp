@@ -7,11 +7,13 @@ namespace {
 
 using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 
-/// Agents see the reads in this order: the target's current value, then the operand.
+/// The reads have this order: the target's bounds, its current value, then the operand.
 void compute(IntModifiable const & target, Int const & operand,
              Ptr<EvalContextBase> const & context, Arithmetic arithmetic) {
+    IntRange const bounds = boundsOf(target);
     U64 const current = target.getVal(context);
-    target.setVal(arithmetic(target.range(), current, operand.signedVal(context)), context);
+    SignedMagnitude const change = operand.signedVal(context);
+    target.setVal(arithmetic(bounds, current, change), context);
 }
 
 } // namespace
@@ -27,7 +29,9 @@ U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand) {
 
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context) {
-    target.setVal(assigned(target.range(), operand.signedVal(context)), context);
+    IntRange const range = rangeOf(target);
+    SignedMagnitude const value = operand.signedVal(context);
+    target.setVal(assigned(range, value), context);
 }
 void addWithinRange(IntModifiable const & target, Int const & operand,
                     Ptr<EvalContextBase> const & context) {

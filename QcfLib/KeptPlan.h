@@ -8,7 +8,8 @@ class Function;
 class Plan;
 
 /// The plan that a function keeps. It is built by the first evaluation, or before by whoever
-/// publishes the function; threads that race for it agree on one.
+/// publishes the function; threads that race for it agree on one. A plan that is out of use stays
+/// as long as the function, behind the one that took its place.
 class KeptPlan {
 public:
     KeptPlan() = default;
@@ -18,10 +19,8 @@ public:
 
     /// Null as long as it is not built.
     Plan const * keptPlan() const { return plan_.load(std::memory_order_acquire); }
-    Plan const & planFor(Function const & function) const {
-        Plan const * const plan = keptPlan();
-        return plan != nullptr ? *plan : build(function);
-    }
+    /// The plan with the present constants in place.
+    Plan const & planFor(Function const & function) const;
 
 private:
     Plan const & build(Function const & function) const;

@@ -1,4 +1,5 @@
 #include "QcfLib/QcfEval.h"
+#include "QcfLib/StoreSet.h"
 
 /// The community-list operators. What a list holds and how it matches is the agent's: the status of
 /// the node's slot is passed on as it is, null included.
@@ -11,8 +12,10 @@ using Context = Ptr<EvalContextBase>;
 template <typename Node, typename Status, typename Operation>
 EvalResult match(Node const & node, Context const & context, MatcherTable<Status> const & table,
                  Operation operation) {
+    using Set = typename std::remove_reference_t<decltype(*node.lhs())>::Set;
     auto const & status = table.at(node.index());
-    auto const set = node.lhs()->getVal(context);
+    PtrConst<Set> fresh;
+    BorrowedPtr<Set const> const set(node.lhs()->lendVal(context, fresh));
     return EvalResult::fromBool((evalContext(context).*operation)(set, status));
 }
 
@@ -20,9 +23,17 @@ template <typename Node, typename Status, typename Operation>
 EvalResult edit(Node const & node, Context const & context, MatcherTable<Status> const & table,
                 Operation operation) {
     auto const & status = table.at(node.index());
+    using Set = typename std::remove_reference_t<decltype(*node.lhs())>::Set;
+    PtrConst<Set> fresh;
+    Set const * const lent = node.lhs()->lendVal(context, fresh);
     // A set that others see is copyOnWrite; the agent's edit honours the flag.
-    auto const current = constCast(node.lhs()->getVal(context));
-    node.lhs()->setVal((evalContext(context).*operation)(current, status), context);
+    BorrowedPtr<Set> const current(const_cast<Set *>(lent));
+    Ptr<Set> result = (evalContext(context).*operation)(current, status);
+    if (result.get() == lent) {
+        storeLent(*node.lhs(), lent, context);
+    } else {
+        node.lhs()->setVal(ptrCast<Set const>(std::move(result)), context);
+    }
     return EvalResult::fromBool(true);
 }
 

@@ -85,6 +85,7 @@ EvalResult loggedOperands(LogicalOperatorExpression const & node,
 } // namespace
 
 EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
+    assertWalkable(*this);
     if (context->shouldLogEval()) [[unlikely]] {
         return loggedOperands(*this, context);
     }

@@ -2,6 +2,7 @@
 
 #include "Platform/Framework/Ptr.h"
 #include "Platform/Framework/Types.h"
+#include "QcfLib/TreeFacts.h"
 
 #include <functional>
 #include <optional>
@@ -59,6 +60,7 @@ struct NodeClass {
     /// Calls the visitor for each child in declared order, null ones included.
     void (*visitChildren)(AetNodeBase const & node, ChildVisitor const & visit);
     MemAllocationTracker const & (*memAllocationTracker)();
+    NodeEffects effects = {};
 
     /// Position in nodeClasses().
     std::size_t number() const;

@@ -3,6 +3,7 @@
 #include "Platform/Framework/Hash.h"
 #include "QcfLib/NodeFields.h"
 #include "QcfLib/NodeTexts.h"
+#include "QcfLib/SharedAnswers.h"
 
 /// The node contract over the fields that a class lists in eachField: hash, compare and their like,
 /// once for all classes. Included by the generated sources alone.
@@ -16,7 +17,11 @@ concept NodePointer = requires(T const & p) {
 };
 
 inline void mixChild(Hash & hash, AetNodeBase const * child) {
-    child != nullptr ? hash.hashMix(child->hash(0)) : hash.hashMix(U64{0});
+    if (child == nullptr) {
+        hash.hashMix(U64{0});
+        return;
+    }
+    hash.hashMix(SharedHashes::of(*child, child, [&] { return child->hash(0); }));
 }
 
 template <typename T>
@@ -46,7 +51,9 @@ inline bool sameChild(AetNodeBase const * a, AetNodeBase const * b) {
     if (a == b) {
         return true;
     }
-    return a != nullptr && b != nullptr && a->compare(PtrConst<AetNodeBase>(b));
+    return a != nullptr && b != nullptr && SharedComparisons::of(*a, {a, b}, [&] {
+               return a->compare(BorrowedPtr<AetNodeBase const>(b));
+           });
 }
 
 template <typename T>
@@ -80,6 +87,8 @@ auto fieldAddresses(Node const & node) {
 
 template <typename Node>
 U32 hashNode(Node const & node, U32 seed) {
+    assertWalkable(node);
+    SharedHashes::Look const look(node);
     Hash hash(seed);
     hash.hashMix(node.typeData().typeCode);
     node.eachField([&](char const *, auto const & value) { contract::mix(hash, value); });
@@ -92,6 +101,8 @@ bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
     if (that == nullptr || that == &node) {
         return that != nullptr;
     }
+    assertWalkable(node);
+    SharedComparisons::Look const look(node);
     auto const theirs = contract::fieldAddresses(*that);
     std::size_t i = 0;
     bool equal = true;
@@ -106,6 +117,7 @@ bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
 /// Chains are visited by loop: they may be a million links long.
 template <typename Link>
 U32 hashChain(Link const & head, U32 seed) {
+    SharedHashes::Look const look(head);
     Hash hash(seed);
     hash.hashMix(head.typeData().typeCode);
     for (Link const * link = &head; link != nullptr; link = link->next().get()) {
@@ -132,28 +144,8 @@ bool compareLinkedLists(Link const * a, Link const * b) {
 template <typename Link>
 bool compareChain(Link const & head, PtrConst<AetNodeBase> const & other) {
     Link const * const that = contract::sameClass(head, other.get());
+    SharedComparisons::Look const look(head);
     return that != nullptr && compareLinkedLists(&head, that);
-}
-
-/// Lets go of a chain link by link, as far as nobody else holds it. Called by a link's destructor.
-template <typename Pointer>
-void unlinkChain(Pointer & next) {
-    while (next && next->refCount() == 1) {
-        using Link = std::remove_const_t<typename Pointer::element_type>;
-        Pointer behind = const_cast<Link &>(*next).releaseNext();
-        next = std::move(behind);
-    }
-}
-
-template <typename Node>
-bool anyChildDependsOnFrame(Node const & node) {
-    bool depends = false;
-    node.eachField([&](char const *, auto const & value) {
-        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
-            depends = depends || dependsOnFrame(value.get());
-        }
-    });
-    return depends;
 }
 
 } // namespace Qcf::Eval

@@ -82,10 +82,10 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
                         AttributeInfo const * attribute, decltype(NodeClass::create) create,
                         decltype(NodeClass::write) write,
                         decltype(NodeClass::visitChildren) visitChildren,
-                        decltype(NodeClass::memAllocationTracker) tracker) {
-    return {name,   nameSpace, base,   collection, typeCodeOf(nameSpace, name),
-            fields, attribute, create, write,      visitChildren,
-            tracker};
+                        decltype(NodeClass::memAllocationTracker) tracker, NodeEffects effects) {
+    return {name,    nameSpace, base,   collection, typeCodeOf(nameSpace, name),
+            fields,  attribute, create, write,      visitChildren,
+            tracker, effects};
 }
 
 } // namespace Qcf::Eval

@@ -1,6 +1,7 @@
 #include "QcfLib/NodeTexts.h"
 
 #include "QcfLib/QcfEvalCollectionsGenerated.h"
+#include "QcfLib/QcfEvalGenerated.h"
 
 #include <sstream>
 
@@ -19,6 +20,7 @@ template <typename Link>
 String joined(Link const * link) {
     String text;
     for (char const * separator = ""; link != nullptr; link = link->next().get()) {
+        QCF_ASSERT_TEXT(link->entry(), "nullptr != entry()");
         text += separator;
         text += link->entry()->toStrep();
         separator = ", ";
@@ -38,6 +40,7 @@ String variableText(String const & name, U8 argVectorIndex) {
     return name + "[index:" + static_cast<char>(argVectorIndex) + "]";
 }
 
+String FunctionArgumentList::toStrep() const { return joined(this); }
 String IntLinkedList::toStrep() const { return joined(this); }
 String CommunityLinkedList::toStrep() const { return joined(this); }
 
@@ -83,19 +86,6 @@ bool listIsSane(char const * className, SlotMap const & slots, String const & li
     QCF_TRACE(traceQcfEval, 2,
               className << "::verifySanity: index=" << index << " metadataIndex=" << metadataIndex);
     return index != 0 && index == metadataIndex;
-}
-
-bool dependsOnFrame(AetNodeBase const * node) {
-    if (auto const * value = dynamic_cast<StorageType const *>(node)) {
-        return value->valueDependsOnStackFrameData();
-    }
-    if (auto const * chain = dynamic_cast<IntLinkedList const *>(node)) {
-        return chainDependsOnFrame(chain);
-    }
-    if (auto const * chain = dynamic_cast<CommunityLinkedList const *>(node)) {
-        return chainDependsOnFrame(chain);
-    }
-    return false;
 }
 
 } // namespace Qcf::Eval

@@ -46,18 +46,4 @@ void dumpImplementation(PtrConst<DumpContext> const & dumpContext, U32 indent,
 /// never sane.
 bool listIsSane(char const * className, SlotMap const & slots, String const & listName, U16 index);
 
-/// False for null and for values that other than on the frame depend on it.
-bool dependsOnFrame(AetNodeBase const * node);
-
-/// The end of a chain's walk for dependence on the frame.
-template <typename Link>
-bool chainDependsOnFrame(Link const * link) {
-    for (; link != nullptr; link = link->next().get()) {
-        if (link->entry()->valueDependsOnStackFrameData()) {
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace Qcf::Eval

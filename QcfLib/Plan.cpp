@@ -32,22 +32,29 @@ PlanStep const * endOfRun(EvalResult result) {
     return &ends[static_cast<U8>(result.retVal())][static_cast<U8>(result.termination())];
 }
 
-std::atomic<bool> Plan::enabled_{true};
-
-Plan::Plan(Function const & function) {
+// The epoch is asked before any constant is.
+Plan::Plan(Function const & function, std::unique_ptr<Plan const> earlier)
+    : epoch_(PlanEpoch::number()), earlier_(std::move(earlier)) {
     PlanLowering lowering(function, steps_);
     first_ = lowering.block(*function.body(), endOfRun({}));
 }
 
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }
 
+Plan const & KeptPlan::planFor(Function const & function) const {
+    Plan const * const plan = keptPlan();
+    bool const isPresent = plan != nullptr && plan->epoch_ == PlanEpoch::number();
+    return isPresent ? *plan : build(function);
+}
+
 Plan const & KeptPlan::build(Function const & function) const {
-    auto built = std::make_unique<Plan const>(function);
-    Plan const * kept = nullptr;
+    Plan const * kept = keptPlan();
+    auto built = std::make_unique<Plan>(function, std::unique_ptr<Plan const>(kept));
     if (plan_.compare_exchange_strong(kept, built.get(), std::memory_order_acq_rel)) {
         return *built.release();
     }
-    return *kept; // another thread was first
+    static_cast<void>(built->earlier_.release()); // another thread was first and has it
+    return *kept;
 }
 
 } // namespace Qcf::Eval

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "QcfLib/PlanEpoch.h"
 #include "QcfLib/PlanStep.h"
 
-#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -23,7 +23,8 @@ class Function;
 /// number of threads. It refers to the nodes of its function, which must outlive it.
 class Plan {
 public:
-    explicit Plan(Function const & function);
+    /// `earlier` is the plan that this one takes the place of, which somebody may still be running.
+    explicit Plan(Function const & function, std::unique_ptr<Plan const> earlier = nullptr);
 
     /// The end that a run of the function's body comes to.
     PlanStep const & run(Ptr<EvalContextBase> const & context) const {
@@ -34,14 +35,19 @@ public:
     std::size_t stepCount() const { return steps_.size(); }
 
     /// Process-wide switch, on at the start: whether functions are evaluated by their plans.
-    static bool enabled() { return enabled_.load(std::memory_order_relaxed); }
-    static void enabledIs(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+    static bool enabled() { return PlanEpoch::enabled(); }
+    static void enabledIs(bool enabled) { PlanEpoch::enabledIs(enabled); }
+
+    /// Whether it is to be run: plans are switched on, and it has the present constants in place.
+    bool isCurrent() const { return epoch_ == PlanEpoch::current(); }
 
 private:
-    static std::atomic<bool> enabled_;
+    friend class KeptPlan;
 
-    std::vector<std::unique_ptr<PlanStep const>> steps_;
+    U32 epoch_;
     PlanStep const * first_;
+    std::vector<std::unique_ptr<PlanStep const>> steps_;
+    std::unique_ptr<Plan const> earlier_;
 };
 
 } // namespace Qcf::Eval

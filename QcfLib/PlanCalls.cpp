@@ -9,19 +9,6 @@ namespace Qcf::Eval {
 
 namespace {
 
-bool looksIntoFrame(AetNodeBase const & node) {
-    static constexpr U16 classes[] = {
-        IntVariable::classNumber,
-        BandwidthVariable::classNumber,
-        TriStateBoolVariable::classNumber,
-        PrefixListVariable::classNumber,
-        AsPathRemoveImplExpr::classNumber,
-        AsPathReplaceImplExpr::classNumber,
-        MatchOriginAsValidityImplExpr::classNumber,
-    };
-    return isOneOf(node, classes);
-}
-
 /// Whether the field `rhs`, or `entry`, of such a node is a place that a plan fills.
 bool takesConstant(AetNodeBase const & parent, FieldInfo const & field) {
     static constexpr U16 classes[] = {
@@ -44,25 +31,13 @@ bool countInPlace(AetNodeBase const & node, std::size_t limit, std::size_t & siz
     node.typeData().visitChildren(node, [&](FieldInfo const & field, AetNodeBase const * child) {
         if (fits && child != nullptr && as<Function>(*child) == nullptr) {
             bool const filled = as<IntVariable>(*child) != nullptr && takesConstant(node, field);
-            fits = looksIntoFrame(*child) ? filled : countInPlace(*child, limit, size);
+            fits = child->typeData().effects.looksIntoFrame ? filled : countInPlace(*child, limit, size);
         }
     });
     return fits;
 }
 
 } // namespace
-
-bool readsArguments(AetNodeBase const & node) {
-    if (looksIntoFrame(node)) {
-        return true;
-    }
-    bool reads = false;
-    node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
-        reads = reads ||
-                (child != nullptr && as<Function>(*child) == nullptr && readsArguments(*child));
-    });
-    return reads;
-}
 
 std::size_t ownNodes(Function const & function) {
     std::unordered_set<AetNodeBase const *> seen{function.body().get()};

@@ -6,10 +6,6 @@
 /// where it is called, with the constants in the arguments' places.
 namespace Qcf::Eval {
 
-/// Whether a node, or one below it, looks into the frame of the function that it belongs to. The
-/// bodies of functions that it calls look into their own.
-bool readsArguments(AetNodeBase const & node);
-
 /// The nodes of a function's body, each once and callees not at all.
 std::size_t ownNodes(Function const & function);
 

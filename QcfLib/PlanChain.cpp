@@ -12,30 +12,52 @@ namespace {
 /// A question that so many clauses ask is shared, and worth a step of its own.
 constexpr std::size_t clausesThatShare = 3;
 
-/// The tests that must all hold for the condition to hold, in their order.
-void collectTests(Expression const & condition, std::vector<Expression const *> & tests) {
+/// A condition is taken apart into as many pieces at most: one that shares its nodes may unfold
+/// into any number.
+constexpr std::size_t mostPieces = 256;
+
+/// Adds the tests that must all hold for the condition to hold, in their order; false when there
+/// are too many pieces.
+bool collectTests(Expression const & condition, std::vector<Expression const *> & tests,
+                  std::size_t & room) {
+    if (room == 0) {
+        return false;
+    }
+    --room;
     auto const * const logical = as<LogicalOperatorExpression>(condition);
     auto const * link = logical == nullptr ? nullptr : logical->expressionList().get();
     // One without operands does not hold, so that it is a test like any other.
     if (link == nullptr || as<AndOperator>(*logical->operatorList()->entry()) == nullptr) {
         tests.push_back(&condition);
-        return;
+        return true;
     }
     for (; link != nullptr; link = link->next().get()) {
-        collectTests(*link->entry(), tests);
+        if (!collectTests(*link->entry(), tests, room)) {
+            return false;
+        }
     }
+    return true;
+}
+
+std::vector<Expression const *> testsOf(Expression const & condition) {
+    std::vector<Expression const *> tests;
+    std::size_t room = mostPieces;
+    if (!collectTests(condition, tests, room)) {
+        return {&condition};
+    }
+    return tests;
 }
 
 } // namespace
 
-PlanChain::PlanChain(std::span<Expression const * const> conditions) {
+PlanChain::PlanChain(std::span<Expression const * const> conditions, std::size_t & roomForConstants)
+    : roomForConstants_(roomForConstants) {
     for (Expression const * const condition : conditions) {
-        if (!isOnlyReading(*condition)) {
+        if (!condition->treeFacts().onlyReads) {
             onlyReads_ = false;
             return;
         }
-        Tests & tests = tests_.emplace_back();
-        collectTests(*condition, tests);
+        Tests const & tests = tests_.emplace_back(testsOf(*condition));
         std::set<Subject> subjects;
         for (Expression const * const node : tests) {
             if (auto const test = constantTestOf(*node)) {
@@ -97,7 +119,7 @@ std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) 
     };
     for (Expression const * const node : tests_[clause]) {
         auto const test = constantTestOf(*node);
-        if (!test || !isShared(subjectOf(*test))) {
+        if (!test || !isShared(subjectOf(*test)) || test->size() > roomForConstants_) {
             own.push_back(node);
             continue;
         }
@@ -113,6 +135,7 @@ std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) 
             askOwn();
             questions.push_back(number);
         }
+        roomForConstants_ -= test->size();
         questions_[number].parts.push_back({bit, *test});
     }
     askOwn();

@@ -18,7 +18,8 @@ public:
     /// Makes the steps of a condition.
     using Lower = std::function<PlanStep const *(Expression const &, PlanTargets const &)>;
 
-    explicit PlanChain(std::span<Expression const * const> conditions);
+    /// `roomForConstants` says how many constants may be put into tables, and goes down with each.
+    PlanChain(std::span<Expression const * const> conditions, std::size_t & roomForConstants);
 
     /// The step that goes to the target of the first clause whose condition holds. Null when it is
     /// not worth while, because hardly any question is shared, or not possible: a condition does
@@ -48,6 +49,7 @@ private:
     U8 numberOf(Subject const & subject);
     U8 ownQuestion(Tests const & tests, ClauseBits clause, Lower const & lower);
 
+    std::size_t & roomForConstants_;
     bool onlyReads_ = true;
     std::vector<Tests> tests_;            ///< of each clause, which holds when all of them do
     std::map<Subject, std::size_t> uses_; ///< in how many clauses

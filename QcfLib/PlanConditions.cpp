@@ -6,15 +6,6 @@ namespace Qcf::Eval {
 
 namespace {
 
-bool areOnlyReading(ExpressionList const * link, std::size_t levels) {
-    for (; link != nullptr; link = link->next().get()) {
-        if (!isOnlyReading(*link->entry(), levels)) {
-            return false;
-        }
-    }
-    return true;
-}
-
 constexpr U64 largest = ~U64{0};
 constexpr IntBounds never{1, 0};
 
@@ -81,47 +72,6 @@ std::optional<ConstantTest> constantTestOf(Expression const & node) {
     default:
         return std::nullopt;
     }
-}
-
-bool isOnlyReading(Expression const & node, std::size_t levels) {
-    if (auto const * const n = as<NotExpression>(node)) {
-        return levels > 0 && isOnlyReading(*n->expr(), levels - 1);
-    }
-    if (auto const * const n = as<LogicalOperatorExpression>(node)) {
-        return levels > 0 && areOnlyReading(n->expressionList().get(), levels - 1);
-    }
-    static constexpr U16 readers[] = {TriStateBoolExpression::classNumber,
-                                      IntIs::classNumber,
-                                      IntLessThan::classNumber,
-                                      IntLessThanEq::classNumber,
-                                      IntGreaterThan::classNumber,
-                                      IntGreaterThanEq::classNumber,
-                                      IntInImmediateSet::classNumber,
-                                      IntInImmediateSetWithRanges::classNumber,
-                                      IntMatchTagSet::classNumber,
-                                      TriStateBoolIs::classNumber,
-                                      MacAddressIs::classNumber,
-                                      IpAddressIs::classNumber,
-                                      IpAddressIsAddrZero::classNumber,
-                                      IpAddressMatchPrefixList::classNumber,
-                                      IpPrefixIs::classNumber,
-                                      IpPrefixCoveredBy::classNumber,
-                                      IpPrefixMatchPrefixList::classNumber,
-                                      IpPrefixMatchCoveredPrefixList::classNumber,
-                                      CommunityValueIs::classNumber,
-                                      CommunityValueIn::classNumber,
-                                      IntSetHasAnyImmediate::classNumber,
-                                      IntSetHasAllImmediate::classNumber,
-                                      IntSetHasNoneImmediate::classNumber,
-                                      IntSetAllInImmediate::classNumber,
-                                      IntSetIsImmediate::classNumber,
-                                      IntSetIsEmpty::classNumber,
-                                      IntSetMatchCommList::classNumber,
-                                      AsPathMatchAsPathAccessList::classNumber,
-                                      CommunitySetHasAnyImmediate::classNumber,
-                                      CommunitySetHasAllImmediate::classNumber,
-                                      CommunitySetHasNoneImmediate::classNumber};
-    return isOneOf(node, readers);
 }
 
 } // namespace Qcf::Eval

@@ -22,14 +22,15 @@ struct ConstantTest {
     IntBounds bounds;
     U64SmallVector const * ints = nullptr;
     CommunitySmallVector const * communities = nullptr;
+
+    /// How many constants it compares with.
+    std::size_t size() const {
+        return ints != nullptr ? ints->count() : communities != nullptr ? communities->count() : 1;
+    }
 };
 
 /// The test that a node stands for; nothing for other nodes, and for comparisons with negative
 /// constants.
 std::optional<ConstantTest> constantTestOf(Expression const & node);
-
-/// Whether a condition is known to change nothing and to call nothing that could: it consists of
-/// tests under at most `levels` levels of logical operators.
-bool isOnlyReading(Expression const & node, std::size_t levels = 16);
 
 } // namespace Qcf::Eval

@@ -41,7 +41,37 @@ PlanLowering::PlanLowering(Function const & function,
                            std::vector<std::unique_ptr<PlanStep const>> & steps)
     : steps_(steps),
       parts_(smallestBudget + partsPerNode * ownNodes(function)),
-      roomForCallees_(parts_) {}
+      roomForCallees_(parts_),
+      roomForConstants_(parts_) {}
+
+// Each link is walked once, however many places share it.
+template <typename Link, typename Next>
+std::size_t PlanLowering::lengthOf(Link const * link, Next next) {
+    std::vector<Link const *> unknown;
+    for (; link != nullptr && !lengths_.contains(link); link = next(*link)) {
+        unknown.push_back(link);
+    }
+    std::size_t length = link == nullptr ? 0 : lengths_.at(link);
+    while (!unknown.empty()) {
+        lengths_.emplace(unknown.back(), ++length);
+        unknown.pop_back();
+    }
+    return length;
+}
+
+template <typename Link>
+std::size_t PlanLowering::lengthOf(Link const * link) {
+    return lengthOf(link, [](Link const & at) { return at.next().get(); });
+}
+
+namespace {
+
+/// The `if` that stands in the else branch.
+IfExpression const * elseIf(IfExpression const & node) {
+    return node.elseBlock() ? as<IfExpression>(*node.elseBlock()) : nullptr;
+}
+
+} // namespace
 
 bool PlanLowering::isTooDeep() const { return depth_ > deepestLevel; }
 
@@ -59,21 +89,20 @@ PlanStep const * PlanLowering::nodeStatement(Expression const & node, PlanStep c
     if (callee_ == nullptr) {
         return make<NodeStatement>(node, next);
     }
-    callee_->fits = callee_->fits && !readsArguments(node);
+    callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
     return make<CalleeStatement>(node, next, callee_->returns);
 }
 
 PlanStep const * PlanLowering::nodeTest(Expression const & node, PlanTargets const & targets) {
     if (callee_ != nullptr) {
-        callee_->fits = callee_->fits && !readsArguments(node);
+        callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
     }
     return make<NodeTest>(node, targets);
 }
 
 PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next) {
     Level const level(*this);
-    auto const links = fromLast(block.stmts().get());
-    if (!affords(links.size())) {
+    if (!affords(lengthOf(block.stmts().get()))) {
         return nodeStatement(block, next);
     }
     // Changes of one set attribute that stand together, last first.
@@ -85,7 +114,7 @@ PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next)
             changes.clear();
         }
     };
-    for (auto const * const link : links) {
+    for (auto const * const link : fromLast(block.stmts().get())) {
         auto const change = setChangeOf<U64SmallVector>(*link->entry());
         bool const joins = change && changes.size() < changesOfStep && !changes.empty() &&
                            identity(*change->target) == identity(*changes.front().target);
@@ -182,13 +211,12 @@ std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) con
 
 PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const * next) {
     Level const level(*this);
-    std::vector<IfExpression const *> links;
-    for (IfExpression const * link = &head; link != nullptr;
-         link = link->elseBlock() ? as<IfExpression>(*link->elseBlock()) : nullptr) {
-        links.push_back(link);
-    }
-    if (!affords(2 * links.size())) {
+    if (!affords(2 * lengthOf(&head, elseIf))) {
         return nodeStatement(head, next);
+    }
+    std::vector<IfExpression const *> links;
+    for (IfExpression const * link = &head; link != nullptr; link = elseIf(*link)) {
+        links.push_back(link);
     }
     auto const & otherwise = links.back()->elseBlock();
     PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
@@ -212,7 +240,8 @@ PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> lin
     auto const lower = [this](Expression const & node, PlanTargets const & where) {
         return condition(node, where);
     };
-    if (auto step = PlanChain(conditions).step(lower, targets, otherwise)) {
+    PlanChain chain(conditions, roomForConstants_);
+    if (auto step = chain.step(lower, targets, otherwise)) {
         steps_.push_back(std::move(step));
         return steps_.back().get();
     }
@@ -228,7 +257,7 @@ PlanStep const * PlanLowering::assignment(IntAssign const & node, PlanStep const
     if (!constant || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
-    U64 const value = assigned(node.lhs()->range(), *constant);
+    U64 const value = assigned(rangeOf(*node.lhs()), *constant);
     return make<IntStoreStep>(node.lhs()->source(), value, next);
 }
 
@@ -291,8 +320,7 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
 PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
                                        PlanTargets const & targets) {
     Level const level(*this);
-    auto const links = fromLast(node.expressionList().get());
-    if (!affords(links.size())) {
+    if (!affords(lengthOf(node.expressionList().get()))) {
         return nodeTest(node, targets);
     }
     LogicalOperator const & op = *node.operatorList()->entry();
@@ -302,7 +330,7 @@ PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
     PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
     PlanTargets last{undecided, targets.onFalse, targets.onTrue};
     PlanStep const * next = undecided;
-    for (auto const * const link : links) {
+    for (auto const * const link : fromLast(node.expressionList().get())) {
         next = condition(*link->entry(), last);
         last = {isAnd ? targets.onFalse : next, isOr ? next : targets.onFalse,
                 isAnd ? next : targets.onTrue};

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace Qcf::Eval {
@@ -45,6 +46,10 @@ private:
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
+    template <typename Link, typename Next>
+    std::size_t lengthOf(Link const * link, Next next);
+    template <typename Link>
+    std::size_t lengthOf(Link const * link);
     bool isTooDeep() const;
     bool affords(std::size_t parts);
     PlanStep const * statement(Expression const & node, PlanStep const * next);
@@ -84,6 +89,8 @@ private:
     std::vector<std::unique_ptr<PlanStep const>> & steps_;
     std::size_t parts_;          ///< statements, conditions and operands that may still be lowered
     std::size_t roomForCallees_; ///< nodes of callees that may still be taken in
+    std::size_t roomForConstants_; ///< constants that may still be put into tables of their own
+    std::unordered_map<void const *, std::size_t> lengths_; ///< of chains, from a link on
     std::size_t depth_ = 0;
     Callee * callee_ = nullptr; ///< while its body is lowered
 };

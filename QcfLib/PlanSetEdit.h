@@ -52,10 +52,10 @@ public:
         Set const * set = current_.lend(run, fresh);
         if (isEmptySet(set) && (whenEmpty_ != nullptr || added_.empty())) {
             store(run, whenEmpty_);
-        } else if (isEditedInPlace(run, set)) {
+        } else if (isEditedInPlace(set)) {
             editInPlace(const_cast<Set &>(*set), std::span<Value const>(removed_),
                         std::span<Value const>(added_));
-            store(run, set->empty() ? nullptr : set);
+            store(run, set);
         } else {
             for (Expression const * const node : nodes_) {
                 node->eval(run.contextPtr);
@@ -81,9 +81,13 @@ private:
         }
     }
 
-    bool isEditedInPlace(PlanRun run, Set const * set) const {
-        if (isEmptySet(set) ||
-            !mayEditInPlace(*set, set->count() + added_.size(), setScratch(run.context(), set))) {
+    bool isEditedInPlace(Set const * set) const {
+        if (isEmptySet(set) || !mayEditInPlace(*set, set->count() + added_.size())) {
+            return false;
+        }
+        // A set of which nothing is left stays as it is; the nodes store null.
+        bool const mayVanish = added_.empty() && set->count() <= removed_.size();
+        if (mayVanish && scannedAll(set->view(), std::span<Value const>(removed_))) {
             return false;
         }
         // A union that is the constants themselves shares them.
@@ -92,10 +96,7 @@ private:
     }
 
     void store(PlanRun run, Set const * set) const {
-        auto & stored = run.context().modify(target_.modifiedFlag).*target_.stored;
-        if (stored.get() != set) {
-            stored = PtrConst<Set>(set);
-        }
+        (run.context().modify(target_.modifiedFlag).*target_.stored).borrow(set);
     }
 
     PlanSet<Set> current_;

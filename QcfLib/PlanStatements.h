@@ -76,7 +76,7 @@ public:
         : PlanStatement(next),
           current_(target),
           target_(target.source()),
-          range_(target.range()),
+          range_(boundsOf(target)),
           operand_(operand),
           arithmetic_(arithmetic) {}
     PlanStep const * run(PlanRun run) const override {

@@ -77,10 +77,8 @@ public:
         bool const modified = (run.context().modifiedFlags() & source_.modifiedFlag) != 0;
         U64 const value = modified ? run.context().attributeContentConst().*source_.stored
                                    : (run.context().*source_.input)();
-        if (value - source_.min > source_.max - source_.min) [[unlikely]] {
-            return node_->getVal(run.contextPtr);
-        }
-        return value;
+        bool const isInside = value - source_.min <= source_.max - source_.min;
+        return isInside ? value : node_->checkedVal(value);
     }
 
 private:

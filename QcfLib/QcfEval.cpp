@@ -33,6 +33,7 @@ bool isObserved(Ptr<EvalContextBase> const & context) {
 } // namespace
 
 EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
+    assertWalkable(*this);
     bool const logs = context->shouldLogEval();
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
         auto const & statement = *link->entry();
@@ -86,6 +87,7 @@ EvalResult ended(EvalContext & context, EvalResult result) {
 [[gnu::noinline]] EvalResult evalAtLength(Function const & function,
                                           Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);
+    assertWalkable(function);
     if (c.functionCallDepth() == 0) {
         if (function.argumentsExpected()) {
             return refused(function, context);
@@ -105,7 +107,7 @@ EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     bool const isNext =
         c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isObserved(context);
     Plan const * const plan = keptPlan();
-    if (isNext && plan != nullptr && Plan::enabled()) [[likely]] {
+    if (isNext && plan != nullptr && plan->isCurrent()) [[likely]] {
         PlanStep const & end = plan->run(context);
         if (end.result().isTrue()) {
             c.flushModifiedAttributes();
@@ -120,6 +122,7 @@ U32 Function::hash(U32 seed) const {
     if (cachedHashValueSet()) {
         return cachedHashValue();
     }
+    assertWalkable(*this);
     cachedHashValueSetIs(true);
     Hash hash(seed);
     hash.hashMix(typeData().typeCode);
@@ -163,6 +166,7 @@ template <typename Node>
 template <typename Node>
 EvalResult terminated(Node const & node, char const * name, TerminationFlag flag,
                       Ptr<EvalContextBase> const & context) {
+    assertWalkable(node);
     EvalResult const result =
         isObserved(context) ? observedOperand(node, name, context) : node.expr()->eval(context);
     assertNoReturn(result);
@@ -172,6 +176,7 @@ EvalResult terminated(Node const & node, char const * name, TerminationFlag flag
 } // namespace
 
 EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
+    assertWalkable(*this);
     if (isObserved(context)) [[unlikely]] {
         return observedIf(*this, context);
     }
@@ -187,6 +192,7 @@ EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
 }
 
 EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
+    assertWalkable(*this);
     EvalResult const result = evalLogged(*expr_, context);
     assertNoReturn(result);
     return result.terminates() ? result : EvalResult::fromBool(!result.isTrue());

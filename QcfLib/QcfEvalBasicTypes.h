@@ -3,6 +3,7 @@
 #include "QcfLib/AetNode.h"
 #include "QcfLib/QcfEvalCollections.h"
 #include "QcfLib/RoutingTypes.h"
+#include "QcfLib/StoredSet.h"
 
 /// The typed value nodes that operators read: a base a value type, and a modifiable one for
 /// attributes that can be written. Operators never care whether an operand is a constant, an
@@ -27,7 +28,7 @@ struct IntSource {
 template <typename Set>
 struct SetSource {
     U32 modifiedFlag = 0;
-    PtrConst<Set> AttributeContent::*stored = nullptr;
+    StoredSet<Set> AttributeContent::*stored = nullptr;
     Set * (GeneratedEvalContext::*input)() const = nullptr;
 };
 
@@ -61,6 +62,8 @@ public:
     using StorageType::StorageType;
     virtual IntSource source() const { return {}; }
     virtual U64 getVal(Ptr<EvalContextBase const> const & context) const = 0;
+    /// A value of this node that was read elsewhere; asserts what getVal does.
+    virtual U64 checkedVal(U64 value) const { return value; }
     /// Sign; only constants and arguments can be negative. A negative zero is zero.
     virtual bool negative(Ptr<EvalContextBase const> const & context) const;
     /// Sign and magnitude, read in this order.
@@ -80,8 +83,6 @@ public:
     virtual U64 max() const = 0;
     /// The attribute's default value, which may lie outside the range; min() where it has none.
     virtual U64 defaultValue() const { return min(); }
-    /// The three together.
-    virtual IntRange range() const { return {min(), max(), defaultValue()}; }
     /// Asserts that the value is in range, or the default value.
     virtual void setVal(U64 value, Ptr<EvalContextBase> const & context) const = 0;
 };
@@ -224,6 +225,12 @@ public:
     /// Stores a set as the attribute's value; null stores the empty set.
     virtual void setVal(PtrConst<U64SmallVector> value,
                         Ptr<EvalContextBase> const & context) const = 0;
+    /// The same for a set that lives until the context's next reset without being held here: one of
+    /// its cached inputs, or a constant of the function that it evaluates.
+    virtual void lentValIs(U64SmallVector const * value,
+                           Ptr<EvalContextBase> const & context) const {
+        setVal(PtrConst<U64SmallVector>(value), context);
+    }
 };
 
 class CommunitySet : public SetStorage<CommunitySmallVector> {
@@ -236,6 +243,10 @@ public:
     using CommunitySet::CommunitySet;
     virtual void setVal(PtrConst<CommunitySmallVector> value,
                         Ptr<EvalContextBase> const & context) const = 0;
+    virtual void lentValIs(CommunitySmallVector const * value,
+                           Ptr<EvalContextBase> const & context) const {
+        setVal(PtrConst<CommunitySmallVector>(value), context);
+    }
 };
 
 } // namespace Qcf::Eval

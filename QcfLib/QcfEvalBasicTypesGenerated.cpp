@@ -33,7 +33,11 @@ void BandwidthImmediate::operator delete(void * memory) noexcept {
 }
 
 BandwidthVariable::BandwidthVariable(U64 aetNodeKey, String name, U8 argVectorIndex)
-    : Bandwidth(aetNodeKey), name_(std::move(name)), argVectorIndex_(argVectorIndex) {}
+    : 
+        Bandwidth(aetNodeKey), name_(std::move(name)),
+        argVectorIndex_(argVectorIndex) {
+    standsOn({.looksIntoFrame = true});
+}
 Ptr<BandwidthVariable> BandwidthVariable::BandwidthVariableIs(
     U64 aetNodeKey, String name, U8 argVectorIndex) {
     return makePtr<BandwidthVariable>(aetNodeKey, std::move(name), argVectorIndex);
@@ -47,7 +51,6 @@ bool BandwidthVariable::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 BandwidthVariable::hash(U32 seed) const { return hashNode(*this, seed); }
 String BandwidthVariable::toStrep() const { return variableText(name_, argVectorIndex_); }
-bool BandwidthVariable::valueDependsOnStackFrameData() const { return true; }
 MemAllocationTracker const & BandwidthVariable::memAllocationTracker() {
     return Slab<BandwidthVariable>::tracker();
 }
@@ -80,7 +83,11 @@ void IntImmediate::operator delete(void * memory) noexcept {
 }
 
 IntVariable::IntVariable(U64 aetNodeKey, String name, U8 argVectorIndex)
-    : Int(aetNodeKey), name_(std::move(name)), argVectorIndex_(argVectorIndex) {}
+    : 
+        Int(aetNodeKey), name_(std::move(name)),
+        argVectorIndex_(argVectorIndex) {
+    standsOn({.looksIntoFrame = true});
+}
 Ptr<IntVariable> IntVariable::IntVariableIs(U64 aetNodeKey, String name, U8 argVectorIndex) {
     return makePtr<IntVariable>(aetNodeKey, std::move(name), argVectorIndex);
 }
@@ -93,7 +100,6 @@ bool IntVariable::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 IntVariable::hash(U32 seed) const { return hashNode(*this, seed); }
 String IntVariable::toStrep() const { return variableText(name_, argVectorIndex_); }
-bool IntVariable::valueDependsOnStackFrameData() const { return true; }
 MemAllocationTracker const & IntVariable::memAllocationTracker() {
     return Slab<IntVariable>::tracker();
 }
@@ -162,7 +168,11 @@ void CommunityValueImmediate::operator delete(void * memory) noexcept {
 }
 
 TriStateBoolVariable::TriStateBoolVariable(U64 aetNodeKey, String name, U8 argVectorIndex)
-    : TriStateBool(aetNodeKey), name_(std::move(name)), argVectorIndex_(argVectorIndex) {}
+    : 
+        TriStateBool(aetNodeKey), name_(std::move(name)),
+        argVectorIndex_(argVectorIndex) {
+    standsOn({.looksIntoFrame = true});
+}
 Ptr<TriStateBoolVariable> TriStateBoolVariable::TriStateBoolVariableIs(
     U64 aetNodeKey, String name, U8 argVectorIndex) {
     return makePtr<TriStateBoolVariable>(aetNodeKey, std::move(name), argVectorIndex);
@@ -177,7 +187,6 @@ bool TriStateBoolVariable::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 TriStateBoolVariable::hash(U32 seed) const { return hashNode(*this, seed); }
 String TriStateBoolVariable::toStrep() const { return variableText(name_, argVectorIndex_); }
-bool TriStateBoolVariable::valueDependsOnStackFrameData() const { return true; }
 MemAllocationTracker const & TriStateBoolVariable::memAllocationTracker() {
     return Slab<TriStateBoolVariable>::tracker();
 }
@@ -376,7 +385,11 @@ void PrefixListImmediate::operator delete(void * memory) noexcept {
 }
 
 PrefixListVariable::PrefixListVariable(U64 aetNodeKey, String name, U8 argVectorIndex)
-    : PrefixList(aetNodeKey), name_(std::move(name)), argVectorIndex_(argVectorIndex) {}
+    : 
+        PrefixList(aetNodeKey), name_(std::move(name)),
+        argVectorIndex_(argVectorIndex) {
+    standsOn({.looksIntoFrame = true});
+}
 Ptr<PrefixListVariable> PrefixListVariable::PrefixListVariableIs(
     U64 aetNodeKey, String name, U8 argVectorIndex) {
     return makePtr<PrefixListVariable>(aetNodeKey, std::move(name), argVectorIndex);
@@ -390,7 +403,6 @@ bool PrefixListVariable::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 PrefixListVariable::hash(U32 seed) const { return hashNode(*this, seed); }
 String PrefixListVariable::toStrep() const { return variableText(name_, argVectorIndex_); }
-bool PrefixListVariable::valueDependsOnStackFrameData() const { return true; }
 MemAllocationTracker const & PrefixListVariable::memAllocationTracker() {
     return Slab<PrefixListVariable>::tracker();
 }

@@ -58,7 +58,6 @@ public:
     U32 hash(U32 seed) const override;
     F32 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -127,7 +126,6 @@ public:
     bool negative(Ptr<EvalContextBase const> const & context) const override;
     SignedMagnitude signedVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -224,7 +222,6 @@ public:
     U32 hash(U32 seed) const override;
     TriStateBoolValue getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -477,7 +474,6 @@ public:
     Routing::Policy::PrefixListMatcher const * getValWithArgs(
         Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

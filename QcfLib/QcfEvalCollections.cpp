@@ -49,17 +49,17 @@ bool U64SmallVector::hasAny(U64SmallVector const * a, U64SmallVector const * b) 
 PtrConst<U64SmallVector> U64SmallVector::add(PtrConst<U64SmallVector> const & a,
                                              PtrConst<U64SmallVector> const & b,
                                              U64Buffer & scratch) {
-    return setAdd(a, b, scratch);
+    return counted<U64SmallVector>(setAdd<U64SmallVector>, a, b, scratch);
 }
 PtrConst<U64SmallVector> U64SmallVector::remove(PtrConst<U64SmallVector> const & a,
                                                 PtrConst<U64SmallVector> const & b,
                                                 U64Buffer & scratch) {
-    return setRemove(a, b, scratch);
+    return counted<U64SmallVector>(setRemove<U64SmallVector>, a, b, scratch);
 }
 PtrConst<U64SmallVector> U64SmallVector::retain(PtrConst<U64SmallVector> const & a,
                                                 PtrConst<U64SmallVector> const & b,
                                                 U64Buffer & scratch) {
-    return setRetain(a, b, scratch);
+    return counted<U64SmallVector>(setRetain<U64SmallVector>, a, b, scratch);
 }
 String U64SmallVector::toStrep() const { return setToStrep(*this); }
 
@@ -95,17 +95,17 @@ bool CommunitySmallVector::hasAny(CommunitySmallVector const * a, CommunitySmall
 PtrConst<CommunitySmallVector> CommunitySmallVector::add(PtrConst<CommunitySmallVector> const & a,
                                                          PtrConst<CommunitySmallVector> const & b,
                                                          CommunityBuffer & scratch) {
-    return setAdd(a, b, scratch);
+    return counted<CommunitySmallVector>(setAdd<CommunitySmallVector>, a, b, scratch);
 }
 PtrConst<CommunitySmallVector>
 CommunitySmallVector::remove(PtrConst<CommunitySmallVector> const & a,
                              PtrConst<CommunitySmallVector> const & b, CommunityBuffer & scratch) {
-    return setRemove(a, b, scratch);
+    return counted<CommunitySmallVector>(setRemove<CommunitySmallVector>, a, b, scratch);
 }
 PtrConst<CommunitySmallVector>
 CommunitySmallVector::retain(PtrConst<CommunitySmallVector> const & a,
                              PtrConst<CommunitySmallVector> const & b, CommunityBuffer & scratch) {
-    return setRetain(a, b, scratch);
+    return counted<CommunitySmallVector>(setRetain<CommunitySmallVector>, a, b, scratch);
 }
 String CommunitySmallVector::toStrep() const { return setToStrep(*this); }
 

@@ -6,8 +6,11 @@
 namespace Qcf::Eval {
 
 IntLinkedList::IntLinkedList(U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next)
-    : AetNodeBase(aetNodeKey), entry_(std::move(entry)), next_(std::move(next)) {}
-IntLinkedList::~IntLinkedList() { unlinkChain(next_); }
+    : 
+        AetNodeBase(aetNodeKey), entry_(std::move(entry)),
+        next_(std::move(next)) {
+    standsOn({.isLevel = false}, entry_, next_);
+}
 Ptr<IntLinkedList> IntLinkedList::IntLinkedListIs(
     U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next) {
     return makePtr<IntLinkedList>(aetNodeKey, std::move(entry), std::move(next));
@@ -33,7 +36,9 @@ IntListImmediate::IntListImmediate(U64 aetNodeKey, PtrConst<IntLinkedList> head,
     : 
         StorageType(aetNodeKey),
         CachedConstant<U64UnsortedSmallVector>(static_cast<Entity const &>(*this)),
-        head_(std::move(head)), cachable_(cachable) {}
+        head_(std::move(head)), cachable_(cachable) {
+    standsOn({}, head_);
+}
 Ptr<IntListImmediate> IntListImmediate::IntListImmediateIs(
     U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable) {
     return makePtr<IntListImmediate>(aetNodeKey, std::move(head), cachable);
@@ -48,9 +53,6 @@ bool IntListImmediate::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 IntListImmediate::hash(U32 seed) const { return hashNode(*this, seed); }
 String IntListImmediate::toStrep() const { return chainText("[ ", head_, " ]"); }
-bool IntListImmediate::valueDependsOnStackFrameData() const {
-    return anyChildDependsOnFrame(*this);
-}
 MemAllocationTracker const & IntListImmediate::memAllocationTracker() {
     return Slab<IntListImmediate>::tracker();
 }
@@ -62,7 +64,9 @@ void IntListImmediate::operator delete(void * memory) noexcept {
 IntSetImmediate::IntSetImmediate(U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable)
     : 
         IntSet(aetNodeKey), CachedConstant<U64SmallVector>(static_cast<Entity const &>(*this)),
-        head_(std::move(head)), cachable_(cachable) {}
+        head_(std::move(head)), cachable_(cachable) {
+    standsOn({}, head_);
+}
 Ptr<IntSetImmediate> IntSetImmediate::IntSetImmediateIs(
     U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable) {
     return makePtr<IntSetImmediate>(aetNodeKey, std::move(head), cachable);
@@ -77,7 +81,6 @@ bool IntSetImmediate::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 IntSetImmediate::hash(U32 seed) const { return hashNode(*this, seed); }
 String IntSetImmediate::toStrep() const { return chainText("{ ", head_, " }"); }
-bool IntSetImmediate::valueDependsOnStackFrameData() const { return anyChildDependsOnFrame(*this); }
 MemAllocationTracker const & IntSetImmediate::memAllocationTracker() {
     return Slab<IntSetImmediate>::tracker();
 }
@@ -88,8 +91,11 @@ void IntSetImmediate::operator delete(void * memory) noexcept {
 
 CommunityLinkedList::CommunityLinkedList(
     U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next)
-    : AetNodeBase(aetNodeKey), entry_(std::move(entry)), next_(std::move(next)) {}
-CommunityLinkedList::~CommunityLinkedList() { unlinkChain(next_); }
+    : 
+        AetNodeBase(aetNodeKey), entry_(std::move(entry)),
+        next_(std::move(next)) {
+    standsOn({.isLevel = false}, entry_, next_);
+}
 Ptr<CommunityLinkedList> CommunityLinkedList::CommunityLinkedListIs(
     U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next) {
     return makePtr<CommunityLinkedList>(aetNodeKey, std::move(entry), std::move(next));
@@ -118,7 +124,9 @@ CommunitySetImmediate::CommunitySetImmediate(
     : 
         CommunitySet(aetNodeKey),
         CachedConstant<CommunitySmallVector>(static_cast<Entity const &>(*this)),
-        head_(std::move(head)), cachable_(cachable) {}
+        head_(std::move(head)), cachable_(cachable) {
+    standsOn({}, head_);
+}
 Ptr<CommunitySetImmediate> CommunitySetImmediate::CommunitySetImmediateIs(
     U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable) {
     return makePtr<CommunitySetImmediate>(aetNodeKey, std::move(head), cachable);
@@ -133,9 +141,6 @@ bool CommunitySetImmediate::compare(PtrConst<AetNodeBase> const & other) const {
 }
 U32 CommunitySetImmediate::hash(U32 seed) const { return hashNode(*this, seed); }
 String CommunitySetImmediate::toStrep() const { return chainText("{ ", head_, " }"); }
-bool CommunitySetImmediate::valueDependsOnStackFrameData() const {
-    return anyChildDependsOnFrame(*this);
-}
 MemAllocationTracker const & CommunitySetImmediate::memAllocationTracker() {
     return Slab<CommunitySetImmediate>::tracker();
 }

@@ -15,16 +15,13 @@ public:
     static constexpr U16 classNumber = 15;
 
     IntLinkedList(U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next);
-    ~IntLinkedList() override;
     static Ptr<IntLinkedList> IntLinkedListIs(
         U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next);
 
     PtrConst<Int> const & entry() const { return entry_; }
     Ptr<IntLinkedList> const & next() const { return next_; }
-    void nextIs(Ptr<IntLinkedList> next) { next_ = std::move(next); }
-    void entryIs(PtrConst<Int> entry) { entry_ = std::move(entry); }
-    /// For taking a chain apart without recursion.
-    Ptr<IntLinkedList> releaseNext() { return std::move(next_); }
+    void nextIs(Ptr<IntLinkedList> next) { next_ = std::move(next); standsOn({.isLevel = false}, entry_, next_); }
+    void entryIs(PtrConst<Int> entry) { entry_ = std::move(entry); standsOn({.isLevel = false}, entry_, next_); }
     template <typename Visitor> void eachField(Visitor && visit) const {
         visit("entry", entry_);
         visit("next", next_);
@@ -68,7 +65,6 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
     /// The list; null when nothing is written in the brackets.
     PtrConst<U64UnsortedSmallVector> getVal(Ptr<EvalContextBase const> const & context) const;
     /// The same uncounted; `fresh` keeps a list that had to be built.
@@ -111,7 +107,6 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -132,16 +127,13 @@ public:
 
     CommunityLinkedList(
         U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next);
-    ~CommunityLinkedList() override;
     static Ptr<CommunityLinkedList> CommunityLinkedListIs(
         U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next);
 
     PtrConst<CommunityValue> const & entry() const { return entry_; }
     Ptr<CommunityLinkedList> const & next() const { return next_; }
-    void nextIs(Ptr<CommunityLinkedList> next) { next_ = std::move(next); }
-    void entryIs(PtrConst<CommunityValue> entry) { entry_ = std::move(entry); }
-    /// For taking a chain apart without recursion.
-    Ptr<CommunityLinkedList> releaseNext() { return std::move(next_); }
+    void nextIs(Ptr<CommunityLinkedList> next) { next_ = std::move(next); standsOn({.isLevel = false}, entry_, next_); }
+    void entryIs(PtrConst<CommunityValue> entry) { entry_ = std::move(entry); standsOn({.isLevel = false}, entry_, next_); }
     template <typename Visitor> void eachField(Visitor && visit) const {
         visit("entry", entry_);
         visit("next", next_);
@@ -188,7 +180,6 @@ public:
         Ptr<EvalContextBase const> const & context,
         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

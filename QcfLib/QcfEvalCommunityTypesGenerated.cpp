@@ -10,7 +10,9 @@ CommunityValueDynamic::CommunityValueDynamic(
     Acl::CommunityValue dynamicValMask)
     : 
         CommunityValue(aetNodeKey), val_(std::move(val)), dynamicVal_(std::move(dynamicVal)),
-        dynamicValMask_(dynamicValMask) {}
+        dynamicValMask_(dynamicValMask) {
+    standsOn({}, val_, dynamicVal_);
+}
 Ptr<CommunityValueDynamic> CommunityValueDynamic::CommunityValueDynamicIs(
     U64 aetNodeKey, PtrConst<CommunityValue> val, PtrConst<CommunityValue> dynamicVal,
     Acl::CommunityValue dynamicValMask) {
@@ -26,9 +28,6 @@ bool CommunityValueDynamic::compare(PtrConst<AetNodeBase> const & other) const {
     return compareNode(*this, other);
 }
 U32 CommunityValueDynamic::hash(U32 seed) const { return hashNode(*this, seed); }
-bool CommunityValueDynamic::valueDependsOnStackFrameData() const {
-    return anyChildDependsOnFrame(*this);
-}
 MemAllocationTracker const & CommunityValueDynamic::memAllocationTracker() {
     return Slab<CommunityValueDynamic>::tracker();
 }
@@ -41,7 +40,11 @@ void CommunityValueDynamic::operator delete(void * memory) noexcept {
 
 BandwidthToCommunityValue::BandwidthToCommunityValue(
     U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset)
-    : CommunityValue(aetNodeKey), bandwidthVal_(std::move(bandwidthVal)), offset_(offset) {}
+    : 
+        CommunityValue(aetNodeKey), bandwidthVal_(std::move(bandwidthVal)),
+        offset_(offset) {
+    standsOn({}, bandwidthVal_);
+}
 Ptr<BandwidthToCommunityValue> BandwidthToCommunityValue::BandwidthToCommunityValueIs(
     U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset) {
     return makePtr<BandwidthToCommunityValue>(aetNodeKey, std::move(bandwidthVal), offset);
@@ -55,9 +58,6 @@ bool BandwidthToCommunityValue::compare(PtrConst<AetNodeBase> const & other) con
     return compareNode(*this, other);
 }
 U32 BandwidthToCommunityValue::hash(U32 seed) const { return hashNode(*this, seed); }
-bool BandwidthToCommunityValue::valueDependsOnStackFrameData() const {
-    return anyChildDependsOnFrame(*this);
-}
 MemAllocationTracker const & BandwidthToCommunityValue::memAllocationTracker() {
     return Slab<BandwidthToCommunityValue>::tracker();
 }
@@ -70,7 +70,11 @@ void BandwidthToCommunityValue::operator delete(void * memory) noexcept {
 
 ExtCommSetToLinkBandwidthExtCommValue::ExtCommSetToLinkBandwidthExtCommValue(
     U64 aetNodeKey, PtrConst<CommunitySet> extCommSet)
-    : CommunityValue(aetNodeKey), extCommSet_(std::move(extCommSet)) {}
+    : 
+        CommunityValue(aetNodeKey),
+        extCommSet_(std::move(extCommSet)) {
+    standsOn({}, extCommSet_);
+}
 Ptr<ExtCommSetToLinkBandwidthExtCommValue> ExtCommSetToLinkBandwidthExtCommValue::ExtCommSetToLinkBandwidthExtCommValueIs(
     U64 aetNodeKey, PtrConst<CommunitySet> extCommSet) {
     return makePtr<ExtCommSetToLinkBandwidthExtCommValue>(aetNodeKey, std::move(extCommSet));
@@ -88,9 +92,6 @@ bool ExtCommSetToLinkBandwidthExtCommValue::compare(PtrConst<AetNodeBase> const 
 U32 ExtCommSetToLinkBandwidthExtCommValue::hash(U32 seed) const { return hashNode(*this, seed); }
 String ExtCommSetToLinkBandwidthExtCommValue::toStrep() const {
     return "LBW from " + extCommSet_->toStrep();
-}
-bool ExtCommSetToLinkBandwidthExtCommValue::valueDependsOnStackFrameData() const {
-    return anyChildDependsOnFrame(*this);
 }
 MemAllocationTracker const & ExtCommSetToLinkBandwidthExtCommValue::memAllocationTracker() {
     return Slab<ExtCommSetToLinkBandwidthExtCommValue>::tracker();

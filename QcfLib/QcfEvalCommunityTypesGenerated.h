@@ -34,7 +34,6 @@ public:
     U32 hash(U32 seed) const override;
     Acl::CommunityValue getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -71,7 +70,6 @@ public:
     U32 hash(U32 seed) const override;
     Acl::CommunityValue getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -104,7 +102,6 @@ public:
     U32 hash(U32 seed) const override;
     Acl::CommunityValue getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    bool valueDependsOnStackFrameData() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

@@ -17,8 +17,13 @@ class Function;
 /// The agent overrides the Input and InputPopulate operations of the attributes that it has, the
 /// write-backs of those that it lets functions change, and the session facts and list operations
 /// below. Without any override every attribute reads as its default and every match fails.
-/// A set handed to a write-back is good until the next reset: copy it if it is to last longer. It
-/// may show the very values that the agent lent.
+/// What the operations answer must not change within a route: where conditions only read, one answer
+/// may serve for several places of a function. An operation is never asked more often than the
+/// function says; asked in a function that was called, it may find the caller's depth and frame.
+///
+/// A set handed to a write-back shows the route's values until the next reset, and may be the very
+/// values that the agent lent. Whoever copies the pointer keeps the set alive, but not its values:
+/// those are to be copied if they are to last longer.
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null; the result record is not owned.

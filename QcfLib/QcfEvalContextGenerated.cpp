@@ -99,68 +99,57 @@ U64 GeneratedEvalContext::weightInput() const { return 0; }
 void GeneratedEvalContext::weightIs(U64 /*value*/) {}
 
 Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::asPathInput() const {
-    return fetchedPath(Input::asPathInput, cache_->asPathInput);
+    return fetchedPath(Input::asPathInput, cache().asPathInput);
 }
 Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::asPathInputModifiable() const {
-    return fetchedPath(Input::asPathInputModifiable, cache_->asPathInputModifiable);
+    return fetchedPath(Input::asPathInputModifiable, cache().asPathInputModifiable);
 }
 U64SmallVector * GeneratedEvalContext::communityInputFetch() const {
     return fetchSet(
-        Input::communityInput, cache_->communityInput, ModifyFlag::copyOnWrite,
+        Input::communityInput, cache().communityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::communityInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::communityInputModifiableFetch() const {
     return fetchSet(
-        Input::communityInputModifiable, cache_->communityInputModifiable,
+        Input::communityInputModifiable, cache().communityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::communityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::extCommunityInputFetch() const {
     return fetchSet(
-        Input::extCommunityInput, cache_->extCommunityInput, ModifyFlag::copyOnWrite,
+        Input::extCommunityInput, cache().extCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::extCommunityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::extCommunityInputModifiableFetch() const {
     return fetchSet(
-        Input::extCommunityInputModifiable, cache_->extCommunityInputModifiable,
+        Input::extCommunityInputModifiable, cache().extCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::extCommunityInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::isisLevelInputFetch() const {
     return fetchSet(
-        Input::isisLevelInput, cache_->isisLevelInput, ModifyFlag::copyOnWrite,
+        Input::isisLevelInput, cache().isisLevelInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::isisLevelInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::isisLevelInputModifiableFetch() const {
     return fetchSet(
-        Input::isisLevelInputModifiable, cache_->isisLevelInputModifiable,
+        Input::isisLevelInputModifiable, cache().isisLevelInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::isisLevelInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::largeCommunityInputFetch() const {
     return fetchSet(
-        Input::largeCommunityInput, cache_->largeCommunityInput, ModifyFlag::copyOnWrite,
+        Input::largeCommunityInput, cache().largeCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::largeCommunityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::largeCommunityInputModifiableFetch() const {
     return fetchSet(
-        Input::largeCommunityInputModifiable, cache_->largeCommunityInputModifiable,
+        Input::largeCommunityInputModifiable, cache().largeCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::largeCommunityInputPopulate);
 }
 
-QcfEvalContextCacheGenerated::~QcfEvalContextCacheGenerated() {
-    endLoan(communityInput);
-    endLoan(communityInputModifiable);
-    endLoan(extCommunityInput);
-    endLoan(extCommunityInputModifiable);
-    endLoan(isisLevelInput);
-    endLoan(isisLevelInputModifiable);
-    endLoan(largeCommunityInput);
-    endLoan(largeCommunityInputModifiable);
-}
-
 void GeneratedEvalContext::releaseModifiedSets() {
-    if (communityModified()) attributeContent_->community = nullptr;
-    if (extCommunityModified()) attributeContent_->extCommunity = nullptr;
-    if (isisLevelModified()) attributeContent_->isisLevel = nullptr;
-    if (largeCommunityModified()) attributeContent_->largeCommunity = nullptr;
+    if (communityModified()) attributeContent_->community.clear();
+    if (extCommunityModified()) attributeContent_->extCommunity.clear();
+    if (isisLevelModified()) attributeContent_->isisLevel.clear();
+    if (largeCommunityModified()) attributeContent_->largeCommunity.clear();
 }
 
 /// How each attribute is written back.

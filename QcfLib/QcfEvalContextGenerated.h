@@ -10,6 +10,7 @@
 #include "QcfLib/EvalContextBase.h"
 #include "QcfLib/QcfEvalCollections.h"
 #include "QcfLib/RoutingTypes.h"
+#include "QcfLib/StoredSet.h"
 
 namespace Qcf::Eval {
 
@@ -54,14 +55,14 @@ public:
     U64 aigpMetric = 0;
     Routing::Bgp::AspathContainerFromExisting *asPath = nullptr;
     U64 prefixSidIndex = 0;
-    PtrConst<U64SmallVector> community;
+    StoredSet<U64SmallVector> community;
     U64 evpnIpPrefixRouteLabel = 0;
-    PtrConst<CommunitySmallVector> extCommunity;
+    StoredSet<CommunitySmallVector> extCommunity;
     U64 recmpState = 0;
     U64 tag = 0;
-    PtrConst<U64SmallVector> isisLevel;
+    StoredSet<U64SmallVector> isisLevel;
     U64 isisMetric = 0;
-    PtrConst<CommunitySmallVector> largeCommunity;
+    StoredSet<CommunitySmallVector> largeCommunity;
     U64 localPref = 0;
     U64 med = 0;
     U64 nextHopBestPathMetric = 0;
@@ -74,10 +75,20 @@ public:
 
     void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }
     void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }
+
+    /// Whether the set lives by being stored here.
+    bool owns(U64SmallVector const * set) const { return community.owns(set) || isisLevel.owns(set); }
+    bool owns(CommunitySmallVector const * set) const { return extCommunity.owns(set) || largeCommunity.owns(set); }
+    /// Counts the sets that were borrowed, for when those who hold them may go first.
+    void settleSets() {
+        community.settle();
+        extCommunity.settle();
+        isisLevel.settle();
+        largeCommunity.settle();
+    }
 };
 
-/// Inputs that are fetched once a route into containers kept from route to route. The containers
-/// belong to the cache: pointers to them are not counted and are good as long as the context.
+/// Inputs that are fetched once a route into containers kept from route to route.
 class QcfEvalContextCacheGenerated final : public Entity {
 public:
     Routing::Bgp::AspathContainerFromExisting asPathInput;
@@ -114,7 +125,6 @@ public:
     bool largeCommunityInputPopulated() const { return isPopulated(Input::largeCommunityInput); }
     bool largeCommunityInputModifiablePopulated() const { return isPopulated(Input::largeCommunityInputModifiable); }
 
-    ~QcfEvalContextCacheGenerated() override;
     bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }
@@ -271,42 +281,42 @@ public:
     Routing::Bgp::AspathContainerFromExisting * asPathInputModifiable() const;
     /// Standard communities: as the route came, fetched once a route.
     U64SmallVector * communityInputRawPtr() const {
-        return cache_->communityInputPopulated() ? cache_->communityInput.get() : communityInputFetch();
+        return cache().communityInputPopulated() ? cache_->communityInput.get() : communityInputFetch();
     }
     Ptr<U64SmallVector> communityInput() const { return Ptr<U64SmallVector>(communityInputRawPtr()); }
     /// Standard communities: the copy that operators change.
     U64SmallVector * communityInputModifiableRawPtr() const {
-        return cache_->communityInputModifiablePopulated() ? cache_->communityInputModifiable.get() : communityInputModifiableFetch();
+        return cache().communityInputModifiablePopulated() ? cache_->communityInputModifiable.get() : communityInputModifiableFetch();
     }
     Ptr<U64SmallVector> communityInputModifiable() const { return Ptr<U64SmallVector>(communityInputModifiableRawPtr()); }
     /// Extended communities: as the route came, fetched once a route.
     CommunitySmallVector * extCommunityInputRawPtr() const {
-        return cache_->extCommunityInputPopulated() ? cache_->extCommunityInput.get() : extCommunityInputFetch();
+        return cache().extCommunityInputPopulated() ? cache_->extCommunityInput.get() : extCommunityInputFetch();
     }
     Ptr<CommunitySmallVector> extCommunityInput() const { return Ptr<CommunitySmallVector>(extCommunityInputRawPtr()); }
     /// Extended communities: the copy that operators change.
     CommunitySmallVector * extCommunityInputModifiableRawPtr() const {
-        return cache_->extCommunityInputModifiablePopulated() ? cache_->extCommunityInputModifiable.get() : extCommunityInputModifiableFetch();
+        return cache().extCommunityInputModifiablePopulated() ? cache_->extCommunityInputModifiable.get() : extCommunityInputModifiableFetch();
     }
     Ptr<CommunitySmallVector> extCommunityInputModifiable() const { return Ptr<CommunitySmallVector>(extCommunityInputModifiableRawPtr()); }
     /// IS-IS levels, a set of the numbers 1 and 2: as the route came, fetched once a route.
     U64SmallVector * isisLevelInputRawPtr() const {
-        return cache_->isisLevelInputPopulated() ? cache_->isisLevelInput.get() : isisLevelInputFetch();
+        return cache().isisLevelInputPopulated() ? cache_->isisLevelInput.get() : isisLevelInputFetch();
     }
     Ptr<U64SmallVector> isisLevelInput() const { return Ptr<U64SmallVector>(isisLevelInputRawPtr()); }
     /// IS-IS levels, a set of the numbers 1 and 2: the copy that operators change.
     U64SmallVector * isisLevelInputModifiableRawPtr() const {
-        return cache_->isisLevelInputModifiablePopulated() ? cache_->isisLevelInputModifiable.get() : isisLevelInputModifiableFetch();
+        return cache().isisLevelInputModifiablePopulated() ? cache_->isisLevelInputModifiable.get() : isisLevelInputModifiableFetch();
     }
     Ptr<U64SmallVector> isisLevelInputModifiable() const { return Ptr<U64SmallVector>(isisLevelInputModifiableRawPtr()); }
     /// Large communities: as the route came, fetched once a route.
     CommunitySmallVector * largeCommunityInputRawPtr() const {
-        return cache_->largeCommunityInputPopulated() ? cache_->largeCommunityInput.get() : largeCommunityInputFetch();
+        return cache().largeCommunityInputPopulated() ? cache_->largeCommunityInput.get() : largeCommunityInputFetch();
     }
     Ptr<CommunitySmallVector> largeCommunityInput() const { return Ptr<CommunitySmallVector>(largeCommunityInputRawPtr()); }
     /// Large communities: the copy that operators change.
     CommunitySmallVector * largeCommunityInputModifiableRawPtr() const {
-        return cache_->largeCommunityInputModifiablePopulated() ? cache_->largeCommunityInputModifiable.get() : largeCommunityInputModifiableFetch();
+        return cache().largeCommunityInputModifiablePopulated() ? cache_->largeCommunityInputModifiable.get() : largeCommunityInputModifiableFetch();
     }
     Ptr<CommunitySmallVector> largeCommunityInputModifiable() const { return Ptr<CommunitySmallVector>(largeCommunityInputModifiableRawPtr()); }
 
@@ -338,17 +348,19 @@ public:
     /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
     U32 modifiedFlags() const { return modifiedFlags_; }
     /// Marks an attribute modified and gives the store to put its value in.
-    AttributeContent & modify(ModifiableAttribute attribute) {
-        modifiedFlags_ |= flagOf(attribute);
-        return *attributeContent_;
-    }
+    AttributeContent & modify(ModifiableAttribute attribute) { return modify(flagOf(attribute)); }
     AttributeContent & modify(U32 flag) {
+        QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
         modifiedFlags_ |= flag;
         return *attributeContent_;
     }
-    AttributeContent const & attributeContentConst() const { return *attributeContent_; }
+    AttributeContent const & attributeContentConst() const {
+        QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
+        return *attributeContent_;
+    }
     AttributeContent * attributeContentRawPtr() { return attributeContent_.get(); }
-    /// Get or create; Del detaches and returns.
+    /// Get or create; Del detaches and returns. A context without them may be neither evaluated with
+    /// nor reset.
     Ptr<AttributeContent> const & attributeContentIs();
     Ptr<AttributeContent> attributeContentDel();
     Ptr<QcfEvalContextCacheGenerated> const & cacheIs();
@@ -378,13 +390,18 @@ protected:
             releaseModifiedSets();
         }
         modifiedFlags_ = 0;
-        cache_->populatedClear();
+        cache().populatedClear();
     }
 
 private:
     using Input = QcfEvalContextCacheGenerated::Input;
 
-    /// The attributes whose stored value is a counted set.
+    QcfEvalContextCacheGenerated & cache() const {
+        QCF_ASSERT_TEXT(cache_, "nullptr != cache");
+        return *cache_;
+    }
+
+    /// The attributes whose stored value is a set.
     static constexpr U32 setFlags = flagOf(ModifiableAttribute::community) |
                                     flagOf(ModifiableAttribute::extCommunity) |
                                     flagOf(ModifiableAttribute::isisLevel) |

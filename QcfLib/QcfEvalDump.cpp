@@ -6,6 +6,7 @@
 namespace Qcf::Eval {
 
 void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("QCF Function %s, features=<%s>\n", funcName().c_str(),
                        features().toStrep().c_str());
@@ -19,6 +20,7 @@ void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) 
 }
 
 void Block::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
         link->entry()->dumpState(dumpContext, indent + 2);
         dumpIndent(dumpContext, indent);
@@ -27,6 +29,7 @@ void Block::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) con
 }
 
 void IfExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("if ");
     condition_->dumpState(dumpContext, 0);
@@ -42,6 +45,7 @@ void IfExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 inde
 }
 
 void NotExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("( not ");
     expr_->dumpState(dumpContext, 0);
@@ -49,12 +53,14 @@ void NotExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 ind
 }
 
 void ReturnExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("return ");
     expr_->dumpState(dumpContext, 0);
 }
 
 void ExitExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("exit ");
     expr_->dumpState(dumpContext, 0);
@@ -68,6 +74,7 @@ void TriStateBoolExpression::dumpState(PtrConst<DumpContext> const & dumpContext
 
 void LogicalOperatorExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
                                           U32 indent) const {
+    assertWalkable(*this);
     dumpIndent(dumpContext, indent);
     dumpContext->print("( ");
     auto const * operand = expressionList_.get();

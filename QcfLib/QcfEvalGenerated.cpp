@@ -12,7 +12,10 @@ Function::Function(
     : 
         FunctionBase(aetNodeKey, std::move(funcName), std::move(metadata), std::move(features)),
         FunctionState(static_cast<Entity const &>(*this)), accessedAttributes_(accessedAttributes),
-        argumentsExpected_(argumentsExpected), body_(std::move(body)) {}
+        argumentsExpected_(argumentsExpected),
+        body_(std::move(body)) {
+    standsOn({.onlyReads = false, .isLevel = false, .ownsFrame = true}, body_);
+}
 Ptr<Function> Function::FunctionIs(
     U64 aetNodeKey, String funcName, FunctionMetadata metadata,
     Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
@@ -35,8 +38,11 @@ void Function::operator delete(void * memory) noexcept { Slab<Function>::dealloc
 
 ExpressionList::ExpressionList(
     U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next)
-    : AetNodeBase(aetNodeKey), entry_(std::move(entry)), next_(std::move(next)) {}
-ExpressionList::~ExpressionList() { unlinkChain(next_); }
+    : 
+        AetNodeBase(aetNodeKey), entry_(std::move(entry)),
+        next_(std::move(next)) {
+    standsOn({.isLevel = false}, entry_, next_);
+}
 Ptr<ExpressionList> ExpressionList::ExpressionListIs(
     U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next) {
     return makePtr<ExpressionList>(aetNodeKey, std::move(entry), std::move(next));
@@ -59,7 +65,11 @@ void ExpressionList::operator delete(void * memory) noexcept {
 }
 
 Block::Block(U64 aetNodeKey, PtrConst<ExpressionList> stmts)
-    : Expression(aetNodeKey), stmts_(std::move(stmts)) {}
+    : 
+        Expression(aetNodeKey),
+        stmts_(std::move(stmts)) {
+    standsOn({.onlyReads = false}, stmts_);
+}
 Ptr<Block> Block::BlockIs(U64 aetNodeKey, PtrConst<ExpressionList> stmts) {
     return makePtr<Block>(aetNodeKey, std::move(stmts));
 }
@@ -130,8 +140,11 @@ void SequentialOperator::operator delete(void * memory) noexcept {
 
 LogicalOperatorList::LogicalOperatorList(
     U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next)
-    : AetNodeBase(aetNodeKey), entry_(std::move(entry)), next_(std::move(next)) {}
-LogicalOperatorList::~LogicalOperatorList() { unlinkChain(next_); }
+    : 
+        AetNodeBase(aetNodeKey), entry_(std::move(entry)),
+        next_(std::move(next)) {
+    standsOn({.isLevel = false}, entry_, next_);
+}
 Ptr<LogicalOperatorList> LogicalOperatorList::LogicalOperatorListIs(
     U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next) {
     return makePtr<LogicalOperatorList>(aetNodeKey, std::move(entry), std::move(next));
@@ -160,7 +173,9 @@ LogicalOperatorExpression::LogicalOperatorExpression(
     PtrConst<LogicalOperatorList> operatorList)
     : 
         Expression(aetNodeKey), expressionList_(std::move(expressionList)),
-        operatorList_(std::move(operatorList)) {}
+        operatorList_(std::move(operatorList)) {
+    standsOn({}, expressionList_, operatorList_);
+}
 Ptr<LogicalOperatorExpression> LogicalOperatorExpression::LogicalOperatorExpressionIs(
     U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
     PtrConst<LogicalOperatorList> operatorList) {
@@ -187,7 +202,9 @@ void LogicalOperatorExpression::operator delete(void * memory) noexcept {
 }
 
 NotExpression::NotExpression(U64 aetNodeKey, PtrConst<Expression> expr)
-    : Expression(aetNodeKey), expr_(std::move(expr)) {}
+    : Expression(aetNodeKey), expr_(std::move(expr)) {
+    standsOn({}, expr_);
+}
 Ptr<NotExpression> NotExpression::NotExpressionIs(U64 aetNodeKey, PtrConst<Expression> expr) {
     return makePtr<NotExpression>(aetNodeKey, std::move(expr));
 }
@@ -212,7 +229,9 @@ IfExpression::IfExpression(
     PtrConst<Expression> elseBlock)
     : 
         Expression(aetNodeKey), condition_(std::move(condition)), thenBlock_(std::move(thenBlock)),
-        elseBlock_(std::move(elseBlock)) {}
+        elseBlock_(std::move(elseBlock)) {
+    standsOn({.onlyReads = false}, condition_, thenBlock_, elseBlock_);
+}
 Ptr<IfExpression> IfExpression::IfExpressionIs(
     U64 aetNodeKey, PtrConst<Expression> condition, PtrConst<Block> thenBlock,
     PtrConst<Expression> elseBlock) {
@@ -237,7 +256,9 @@ void IfExpression::operator delete(void * memory) noexcept {
 }
 
 ReturnExpression::ReturnExpression(U64 aetNodeKey, PtrConst<Expression> expr)
-    : Expression(aetNodeKey), expr_(std::move(expr)) {}
+    : Expression(aetNodeKey), expr_(std::move(expr)) {
+    standsOn({.onlyReads = false}, expr_);
+}
 Ptr<ReturnExpression> ReturnExpression::ReturnExpressionIs(
     U64 aetNodeKey, PtrConst<Expression> expr) {
     return makePtr<ReturnExpression>(aetNodeKey, std::move(expr));
@@ -259,7 +280,9 @@ void ReturnExpression::operator delete(void * memory) noexcept {
 }
 
 ExitExpression::ExitExpression(U64 aetNodeKey, PtrConst<Expression> expr)
-    : Expression(aetNodeKey), expr_(std::move(expr)) {}
+    : Expression(aetNodeKey), expr_(std::move(expr)) {
+    standsOn({.onlyReads = false}, expr_);
+}
 Ptr<ExitExpression> ExitExpression::ExitExpressionIs(U64 aetNodeKey, PtrConst<Expression> expr) {
     return makePtr<ExitExpression>(aetNodeKey, std::move(expr));
 }
@@ -280,7 +303,9 @@ void ExitExpression::operator delete(void * memory) noexcept {
 }
 
 TriStateBoolExpression::TriStateBoolExpression(U64 aetNodeKey, PtrConst<TriStateBool> expr)
-    : Expression(aetNodeKey), expr_(std::move(expr)) {}
+    : Expression(aetNodeKey), expr_(std::move(expr)) {
+    standsOn({}, expr_);
+}
 Ptr<TriStateBoolExpression> TriStateBoolExpression::TriStateBoolExpressionIs(
     U64 aetNodeKey, PtrConst<TriStateBool> expr) {
     return makePtr<TriStateBoolExpression>(aetNodeKey, std::move(expr));
@@ -306,8 +331,11 @@ void TriStateBoolExpression::operator delete(void * memory) noexcept {
 
 FunctionArgumentList::FunctionArgumentList(
     U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next)
-    : AetNodeBase(aetNodeKey), entry_(std::move(entry)), next_(std::move(next)) {}
-FunctionArgumentList::~FunctionArgumentList() { unlinkChain(next_); }
+    : 
+        AetNodeBase(aetNodeKey), entry_(std::move(entry)),
+        next_(std::move(next)) {
+    standsOn({.isLevel = false}, entry_, next_);
+}
 Ptr<FunctionArgumentList> FunctionArgumentList::FunctionArgumentListIs(
     U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next) {
     return makePtr<FunctionArgumentList>(aetNodeKey, std::move(entry), std::move(next));
@@ -337,7 +365,9 @@ FunctionCallExpression::FunctionCallExpression(
     : 
         Expression(aetNodeKey), calleeName_(std::move(calleeName)),
         calleePtr_(std::move(calleePtr)), argListHead_(std::move(argListHead)),
-        functionCallId_(functionCallId) {}
+        functionCallId_(functionCallId) {
+    standsOn({.onlyReads = false}, calleePtr_, argListHead_);
+}
 Ptr<FunctionCallExpression> FunctionCallExpression::FunctionCallExpressionIs(
     U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
     PtrConst<FunctionArgumentList> argListHead, U32 functionCallId) {

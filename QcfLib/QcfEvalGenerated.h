@@ -62,14 +62,11 @@ public:
     static constexpr U16 classNumber = 1;
 
     ExpressionList(U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next);
-    ~ExpressionList() override;
     static Ptr<ExpressionList> ExpressionListIs(
         U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next);
 
     PtrConst<Expression> const & entry() const { return entry_; }
     PtrConst<ExpressionList> const & next() const { return next_; }
-    /// For taking a chain apart without recursion.
-    PtrConst<ExpressionList> releaseNext() { return std::move(next_); }
     template <typename Visitor> void eachField(Visitor && visit) const {
         visit("entry", entry_);
         visit("next", next_);
@@ -198,14 +195,11 @@ public:
 
     LogicalOperatorList(
         U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next);
-    ~LogicalOperatorList() override;
     static Ptr<LogicalOperatorList> LogicalOperatorListIs(
         U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next);
 
     PtrConst<LogicalOperator> const & entry() const { return entry_; }
     PtrConst<LogicalOperatorList> const & next() const { return next_; }
-    /// For taking a chain apart without recursion.
-    PtrConst<LogicalOperatorList> releaseNext() { return std::move(next_); }
     template <typename Visitor> void eachField(Visitor && visit) const {
         visit("entry", entry_);
         visit("next", next_);
@@ -436,14 +430,11 @@ public:
 
     FunctionArgumentList(
         U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next);
-    ~FunctionArgumentList() override;
     static Ptr<FunctionArgumentList> FunctionArgumentListIs(
         U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next);
 
     PtrConst<StorageType> const & entry() const { return entry_; }
     PtrConst<FunctionArgumentList> const & next() const { return next_; }
-    /// For taking a chain apart without recursion.
-    PtrConst<FunctionArgumentList> releaseNext() { return std::move(next_); }
     template <typename Visitor> void eachField(Visitor && visit) const {
         visit("entry", entry_);
         visit("next", next_);

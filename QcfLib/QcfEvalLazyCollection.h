@@ -33,15 +33,12 @@ public:
         return std::move(result_);
     }
 
-    bool empty() const { return target_ == nullptr; }
-
-protected:
-    Ptr<Set> const & result() const { return result_; }
-
 private:
+    // The bound is what the buffer holds in place, however far its users have grown it: what
+    // becomes of one route must not depend on those before it.
     bool reuses() const {
         return firstOperand_ && firstOperand_->modifyFlag() == ModifyFlag::reuseOnWrite &&
-               expectedSize_ <= scratch_.capacity();
+               expectedSize_ <= inlineSetCapacity;
     }
 
     void chooseTarget() {

@@ -7,7 +7,11 @@ namespace Qcf::Eval {
 
 ExtCommunitySetAddImmediate::ExtCommunitySetAddImmediate(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<ExtCommunitySetAddImmediate> ExtCommunitySetAddImmediate::ExtCommunitySetAddImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<ExtCommunitySetAddImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -42,7 +46,10 @@ IntInImmediateSetWithRanges::IntInImmediateSetWithRanges(
     PtrConst<IntListImmediate> lowerBounds, PtrConst<IntListImmediate> upperBounds)
     : 
         Expression(aetNodeKey), lhs_(std::move(lhs)), singletons_(std::move(singletons)),
-        lowerBounds_(std::move(lowerBounds)), upperBounds_(std::move(upperBounds)) {}
+        lowerBounds_(std::move(lowerBounds)),
+        upperBounds_(std::move(upperBounds)) {
+    standsOn({}, lhs_, singletons_, lowerBounds_, upperBounds_);
+}
 Ptr<IntInImmediateSetWithRanges> IntInImmediateSetWithRanges::IntInImmediateSetWithRangesIs(
     U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSetImmediate> singletons,
     PtrConst<IntListImmediate> lowerBounds, PtrConst<IntListImmediate> upperBounds) {
@@ -72,7 +79,11 @@ void IntInImmediateSetWithRanges::operator delete(void * memory) noexcept {
 
 BandwidthGreaterThan::BandwidthGreaterThan(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<BandwidthGreaterThan> BandwidthGreaterThan::BandwidthGreaterThanIs(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs) {
     return makePtr<BandwidthGreaterThan>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -101,7 +112,11 @@ void BandwidthGreaterThan::operator delete(void * memory) noexcept {
 
 BandwidthGreaterThanEq::BandwidthGreaterThanEq(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<BandwidthGreaterThanEq> BandwidthGreaterThanEq::BandwidthGreaterThanEqIs(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs) {
     return makePtr<BandwidthGreaterThanEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -129,7 +144,11 @@ void BandwidthGreaterThanEq::operator delete(void * memory) noexcept {
 }
 
 BandwidthIs::BandwidthIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<BandwidthIs> BandwidthIs::BandwidthIsIs(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs) {
     return makePtr<BandwidthIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -154,7 +173,11 @@ void BandwidthIs::operator delete(void * memory) noexcept { Slab<BandwidthIs>::d
 
 BandwidthLessThan::BandwidthLessThan(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<BandwidthLessThan> BandwidthLessThan::BandwidthLessThanIs(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs) {
     return makePtr<BandwidthLessThan>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -181,7 +204,11 @@ void BandwidthLessThan::operator delete(void * memory) noexcept {
 
 BandwidthLessThanEq::BandwidthLessThanEq(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<BandwidthLessThanEq> BandwidthLessThanEq::BandwidthLessThanEqIs(
     U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs) {
     return makePtr<BandwidthLessThanEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -209,7 +236,11 @@ void BandwidthLessThanEq::operator delete(void * memory) noexcept {
 }
 
 IntGreaterThan::IntGreaterThan(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntGreaterThan> IntGreaterThan::IntGreaterThanIs(
     U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs) {
     return makePtr<IntGreaterThan>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -234,7 +265,11 @@ void IntGreaterThan::operator delete(void * memory) noexcept {
 }
 
 IntGreaterThanEq::IntGreaterThanEq(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntGreaterThanEq> IntGreaterThanEq::IntGreaterThanEqIs(
     U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs) {
     return makePtr<IntGreaterThanEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -259,7 +294,11 @@ void IntGreaterThanEq::operator delete(void * memory) noexcept {
 }
 
 IntInImmediateSet::IntInImmediateSet(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntInImmediateSet> IntInImmediateSet::IntInImmediateSetIs(
     U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntInImmediateSet>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -285,7 +324,11 @@ void IntInImmediateSet::operator delete(void * memory) noexcept {
 }
 
 IntIs::IntIs(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntIs> IntIs::IntIsIs(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs) {
     return makePtr<IntIs>(aetNodeKey, std::move(lhs), std::move(rhs));
 }
@@ -303,7 +346,11 @@ void * IntIs::operator new(std::size_t) { return Slab<IntIs>::allocate(); }
 void IntIs::operator delete(void * memory) noexcept { Slab<IntIs>::deallocate(memory); }
 
 IntLessThan::IntLessThan(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntLessThan> IntLessThan::IntLessThanIs(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs) {
     return makePtr<IntLessThan>(aetNodeKey, std::move(lhs), std::move(rhs));
 }
@@ -325,7 +372,11 @@ void * IntLessThan::operator new(std::size_t) { return Slab<IntLessThan>::alloca
 void IntLessThan::operator delete(void * memory) noexcept { Slab<IntLessThan>::deallocate(memory); }
 
 IntLessThanEq::IntLessThanEq(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntLessThanEq> IntLessThanEq::IntLessThanEqIs(
     U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs) {
     return makePtr<IntLessThanEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -352,7 +403,9 @@ void IntLessThanEq::operator delete(void * memory) noexcept {
 IntMatchTagSet::IntMatchTagSet(U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName, U16 index)
     : 
         Expression(aetNodeKey), lhs_(std::move(lhs)), tagSetName_(std::move(tagSetName)),
-        index_(index) {}
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<IntMatchTagSet> IntMatchTagSet::IntMatchTagSetIs(
     U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName, U16 index) {
     return makePtr<IntMatchTagSet>(aetNodeKey, std::move(lhs), std::move(tagSetName), index);
@@ -381,7 +434,11 @@ void IntMatchTagSet::operator delete(void * memory) noexcept {
 }
 
 IntAssign::IntAssign(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntAssign> IntAssign::IntAssignIs(
     U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs) {
     return makePtr<IntAssign>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -404,7 +461,11 @@ void * IntAssign::operator new(std::size_t) { return Slab<IntAssign>::allocate()
 void IntAssign::operator delete(void * memory) noexcept { Slab<IntAssign>::deallocate(memory); }
 
 IntMinusEq::IntMinusEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntMinusEq> IntMinusEq::IntMinusEqIs(
     U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs) {
     return makePtr<IntMinusEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -427,7 +488,11 @@ void * IntMinusEq::operator new(std::size_t) { return Slab<IntMinusEq>::allocate
 void IntMinusEq::operator delete(void * memory) noexcept { Slab<IntMinusEq>::deallocate(memory); }
 
 IntMultEq::IntMultEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntMultEq> IntMultEq::IntMultEqIs(
     U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs) {
     return makePtr<IntMultEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -450,7 +515,11 @@ void * IntMultEq::operator new(std::size_t) { return Slab<IntMultEq>::allocate()
 void IntMultEq::operator delete(void * memory) noexcept { Slab<IntMultEq>::deallocate(memory); }
 
 IntPlusEq::IntPlusEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntPlusEq> IntPlusEq::IntPlusEqIs(
     U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs) {
     return makePtr<IntPlusEq>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -474,7 +543,11 @@ void IntPlusEq::operator delete(void * memory) noexcept { Slab<IntPlusEq>::deall
 
 CommunityValueIn::CommunityValueIn(
     U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunityValueIn> CommunityValueIn::CommunityValueInIs(
     U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunityValueIn>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -501,7 +574,11 @@ void CommunityValueIn::operator delete(void * memory) noexcept {
 
 CommunityValueIs::CommunityValueIs(
     U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunityValue> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunityValueIs> CommunityValueIs::CommunityValueIsIs(
     U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunityValue> rhs) {
     return makePtr<CommunityValueIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -528,7 +605,11 @@ void CommunityValueIs::operator delete(void * memory) noexcept {
 
 ResolutionRibsAssign::ResolutionRibsAssign(
     U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs, PtrConst<ResolutionRibs> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<ResolutionRibsAssign> ResolutionRibsAssign::ResolutionRibsAssignIs(
     U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs, PtrConst<ResolutionRibs> rhs) {
     return makePtr<ResolutionRibsAssign>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -557,7 +638,11 @@ void ResolutionRibsAssign::operator delete(void * memory) noexcept {
 
 TriStateBoolIs::TriStateBoolIs(
     U64 aetNodeKey, PtrConst<TriStateBool> lhs, PtrConst<TriStateBool> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<TriStateBoolIs> TriStateBoolIs::TriStateBoolIsIs(
     U64 aetNodeKey, PtrConst<TriStateBool> lhs, PtrConst<TriStateBool> rhs) {
     return makePtr<TriStateBoolIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -583,7 +668,11 @@ void TriStateBoolIs::operator delete(void * memory) noexcept {
 }
 
 MacAddressIs::MacAddressIs(U64 aetNodeKey, PtrConst<MacAddress> lhs, PtrConst<MacAddress> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<MacAddressIs> MacAddressIs::MacAddressIsIs(
     U64 aetNodeKey, PtrConst<MacAddress> lhs, PtrConst<MacAddress> rhs) {
     return makePtr<MacAddressIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -609,7 +698,11 @@ void MacAddressIs::operator delete(void * memory) noexcept {
 }
 
 IpAddressIs::IpAddressIs(U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<IpAddress> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpAddressIs> IpAddressIs::IpAddressIsIs(
     U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<IpAddress> rhs) {
     return makePtr<IpAddressIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -633,7 +726,9 @@ void * IpAddressIs::operator new(std::size_t) { return Slab<IpAddressIs>::alloca
 void IpAddressIs::operator delete(void * memory) noexcept { Slab<IpAddressIs>::deallocate(memory); }
 
 IpAddressIsAddrZero::IpAddressIsAddrZero(U64 aetNodeKey, PtrConst<IpAddress> lhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)) {}
+    : Expression(aetNodeKey), lhs_(std::move(lhs)) {
+    standsOn({}, lhs_);
+}
 Ptr<IpAddressIsAddrZero> IpAddressIsAddrZero::IpAddressIsAddrZeroIs(
     U64 aetNodeKey, PtrConst<IpAddress> lhs) {
     return makePtr<IpAddressIsAddrZero>(aetNodeKey, std::move(lhs));
@@ -661,7 +756,11 @@ void IpAddressIsAddrZero::operator delete(void * memory) noexcept {
 
 IpAddressMatchPrefixList::IpAddressMatchPrefixList(
     U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpAddressMatchPrefixList> IpAddressMatchPrefixList::IpAddressMatchPrefixListIs(
     U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs) {
     return makePtr<IpAddressMatchPrefixList>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -691,7 +790,11 @@ void IpAddressMatchPrefixList::operator delete(void * memory) noexcept {
 
 IpAddressAssign::IpAddressAssign(
     U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs, PtrConst<IpAddress> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IpAddressAssign> IpAddressAssign::IpAddressAssignIs(
     U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs, PtrConst<IpAddress> rhs) {
     return makePtr<IpAddressAssign>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -717,7 +820,11 @@ void IpAddressAssign::operator delete(void * memory) noexcept {
 }
 
 IpPrefixCoveredBy::IpPrefixCoveredBy(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpPrefixCoveredBy> IpPrefixCoveredBy::IpPrefixCoveredByIs(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs) {
     return makePtr<IpPrefixCoveredBy>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -743,7 +850,11 @@ void IpPrefixCoveredBy::operator delete(void * memory) noexcept {
 }
 
 IpPrefixIs::IpPrefixIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpPrefixIs> IpPrefixIs::IpPrefixIsIs(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs) {
     return makePtr<IpPrefixIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -767,7 +878,11 @@ void IpPrefixIs::operator delete(void * memory) noexcept { Slab<IpPrefixIs>::dea
 
 IpPrefixMatchCoveredPrefixList::IpPrefixMatchCoveredPrefixList(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpPrefixMatchCoveredPrefixList> IpPrefixMatchCoveredPrefixList::IpPrefixMatchCoveredPrefixListIs(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs) {
     return makePtr<IpPrefixMatchCoveredPrefixList>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -799,7 +914,11 @@ void IpPrefixMatchCoveredPrefixList::operator delete(void * memory) noexcept {
 
 IpPrefixMatchPrefixList::IpPrefixMatchPrefixList(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IpPrefixMatchPrefixList> IpPrefixMatchPrefixList::IpPrefixMatchPrefixListIs(
     U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs) {
     return makePtr<IpPrefixMatchPrefixList>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -828,7 +947,11 @@ void IpPrefixMatchPrefixList::operator delete(void * memory) noexcept {
 
 AsPathMatchAsPathAccessList::AsPathMatchAsPathAccessList(
     U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<AsPathMatchAsPathAccessList> AsPathMatchAsPathAccessList::AsPathMatchAsPathAccessListIs(
     U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index) {
     return makePtr<AsPathMatchAsPathAccessList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -863,7 +986,11 @@ void AsPathMatchAsPathAccessList::operator delete(void * memory) noexcept {
 
 AsPathAssign::AsPathAssign(
     U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<AsPathAssign> AsPathAssign::AsPathAssignIs(
     U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs) {
     return makePtr<AsPathAssign>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -890,7 +1017,11 @@ void AsPathAssign::operator delete(void * memory) noexcept {
 
 AsPathPrepend::AsPathPrepend(
     U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<AsPathPrepend> AsPathPrepend::AsPathPrependIs(
     U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs) {
     return makePtr<AsPathPrepend>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -916,7 +1047,11 @@ void AsPathPrepend::operator delete(void * memory) noexcept {
 }
 
 InterfaceIs::InterfaceIs(U64 aetNodeKey, PtrConst<Interface> lhs, PtrConst<Interface> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<InterfaceIs> InterfaceIs::InterfaceIsIs(
     U64 aetNodeKey, PtrConst<Interface> lhs, PtrConst<Interface> rhs) {
     return makePtr<InterfaceIs>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -941,7 +1076,11 @@ void InterfaceIs::operator delete(void * memory) noexcept { Slab<InterfaceIs>::d
 
 IntSetAllInImmediate::IntSetAllInImmediate(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntSetAllInImmediate> IntSetAllInImmediate::IntSetAllInImmediateIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetAllInImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -970,7 +1109,11 @@ void IntSetAllInImmediate::operator delete(void * memory) noexcept {
 
 IntSetHasAllImmediate::IntSetHasAllImmediate(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntSetHasAllImmediate> IntSetHasAllImmediate::IntSetHasAllImmediateIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetHasAllImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -999,7 +1142,11 @@ void IntSetHasAllImmediate::operator delete(void * memory) noexcept {
 
 IntSetHasAnyImmediate::IntSetHasAnyImmediate(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntSetHasAnyImmediate> IntSetHasAnyImmediate::IntSetHasAnyImmediateIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetHasAnyImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1028,7 +1175,11 @@ void IntSetHasAnyImmediate::operator delete(void * memory) noexcept {
 
 IntSetHasNoneImmediate::IntSetHasNoneImmediate(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntSetHasNoneImmediate> IntSetHasNoneImmediate::IntSetHasNoneImmediateIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetHasNoneImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1056,7 +1207,9 @@ void IntSetHasNoneImmediate::operator delete(void * memory) noexcept {
 }
 
 IntSetIsEmpty::IntSetIsEmpty(U64 aetNodeKey, PtrConst<IntSet> lhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)) {}
+    : Expression(aetNodeKey), lhs_(std::move(lhs)) {
+    standsOn({}, lhs_);
+}
 Ptr<IntSetIsEmpty> IntSetIsEmpty::IntSetIsEmptyIs(U64 aetNodeKey, PtrConst<IntSet> lhs) {
     return makePtr<IntSetIsEmpty>(aetNodeKey, std::move(lhs));
 }
@@ -1080,7 +1233,11 @@ void IntSetIsEmpty::operator delete(void * memory) noexcept {
 }
 
 IntSetIsImmediate::IntSetIsImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<IntSetIsImmediate> IntSetIsImmediate::IntSetIsImmediateIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetIsImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1107,7 +1264,11 @@ void IntSetIsImmediate::operator delete(void * memory) noexcept {
 
 IntSetMatchCommList::IntSetMatchCommList(
     U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<IntSetMatchCommList> IntSetMatchCommList::IntSetMatchCommListIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index) {
     return makePtr<IntSetMatchCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1139,7 +1300,11 @@ void IntSetMatchCommList::operator delete(void * memory) noexcept {
 
 IntSetMatchExactCommList::IntSetMatchExactCommList(
     U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<IntSetMatchExactCommList> IntSetMatchExactCommList::IntSetMatchExactCommListIs(
     U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index) {
     return makePtr<IntSetMatchExactCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1172,7 +1337,11 @@ void IntSetMatchExactCommList::operator delete(void * memory) noexcept {
 
 IntSetAddCommList::IntSetAddCommList(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<IntSetAddCommList> IntSetAddCommList::IntSetAddCommListIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index) {
     return makePtr<IntSetAddCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1202,7 +1371,11 @@ void IntSetAddCommList::operator delete(void * memory) noexcept {
 
 IntSetAddImmediate::IntSetAddImmediate(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntSetAddImmediate> IntSetAddImmediate::IntSetAddImmediateIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetAddImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1231,7 +1404,11 @@ void IntSetAddImmediate::operator delete(void * memory) noexcept {
 
 IntSetAssignCommList::IntSetAssignCommList(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<IntSetAssignCommList> IntSetAssignCommList::IntSetAssignCommListIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index) {
     return makePtr<IntSetAssignCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1263,7 +1440,11 @@ void IntSetAssignCommList::operator delete(void * memory) noexcept {
 
 IntSetAssignImmediate::IntSetAssignImmediate(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntSetAssignImmediate> IntSetAssignImmediate::IntSetAssignImmediateIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetAssignImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1292,7 +1473,11 @@ void IntSetAssignImmediate::operator delete(void * memory) noexcept {
 
 IntSetRemoveCommList::IntSetRemoveCommList(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<IntSetRemoveCommList> IntSetRemoveCommList::IntSetRemoveCommListIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index) {
     return makePtr<IntSetRemoveCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1324,7 +1509,11 @@ void IntSetRemoveCommList::operator delete(void * memory) noexcept {
 
 IntSetRemoveImmediate::IntSetRemoveImmediate(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntSetRemoveImmediate> IntSetRemoveImmediate::IntSetRemoveImmediateIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetRemoveImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1353,7 +1542,11 @@ void IntSetRemoveImmediate::operator delete(void * memory) noexcept {
 
 IntSetRetainCommList::IntSetRetainCommList(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<IntSetRetainCommList> IntSetRetainCommList::IntSetRetainCommListIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index) {
     return makePtr<IntSetRetainCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1385,7 +1578,11 @@ void IntSetRetainCommList::operator delete(void * memory) noexcept {
 
 IntSetRetainImmediate::IntSetRetainImmediate(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<IntSetRetainImmediate> IntSetRetainImmediate::IntSetRetainImmediateIs(
     U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs) {
     return makePtr<IntSetRetainImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1414,7 +1611,11 @@ void IntSetRetainImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetAllInImmediate::CommunitySetAllInImmediate(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunitySetAllInImmediate> CommunitySetAllInImmediate::CommunitySetAllInImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetAllInImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1446,7 +1647,11 @@ void CommunitySetAllInImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetHasAllImmediate::CommunitySetHasAllImmediate(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunitySetHasAllImmediate> CommunitySetHasAllImmediate::CommunitySetHasAllImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetHasAllImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1478,7 +1683,11 @@ void CommunitySetHasAllImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetHasAnyImmediate::CommunitySetHasAnyImmediate(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunitySetHasAnyImmediate> CommunitySetHasAnyImmediate::CommunitySetHasAnyImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetHasAnyImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1510,7 +1719,11 @@ void CommunitySetHasAnyImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetHasNoneImmediate::CommunitySetHasNoneImmediate(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunitySetHasNoneImmediate> CommunitySetHasNoneImmediate::CommunitySetHasNoneImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetHasNoneImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1541,7 +1754,9 @@ void CommunitySetHasNoneImmediate::operator delete(void * memory) noexcept {
 }
 
 CommunitySetIsEmpty::CommunitySetIsEmpty(U64 aetNodeKey, PtrConst<CommunitySet> lhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)) {}
+    : Expression(aetNodeKey), lhs_(std::move(lhs)) {
+    standsOn({}, lhs_);
+}
 Ptr<CommunitySetIsEmpty> CommunitySetIsEmpty::CommunitySetIsEmptyIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs) {
     return makePtr<CommunitySetIsEmpty>(aetNodeKey, std::move(lhs));
@@ -1569,7 +1784,11 @@ void CommunitySetIsEmpty::operator delete(void * memory) noexcept {
 
 CommunitySetIsImmediate::CommunitySetIsImmediate(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<CommunitySetIsImmediate> CommunitySetIsImmediate::CommunitySetIsImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetIsImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1598,7 +1817,11 @@ void CommunitySetIsImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetMatchExactExtCommList::CommunitySetMatchExactExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<CommunitySetMatchExactExtCommList> CommunitySetMatchExactExtCommList::CommunitySetMatchExactExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index) {
     return makePtr<CommunitySetMatchExactExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1633,7 +1856,11 @@ void CommunitySetMatchExactExtCommList::operator delete(void * memory) noexcept 
 
 CommunitySetMatchExtCommList::CommunitySetMatchExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<CommunitySetMatchExtCommList> CommunitySetMatchExtCommList::CommunitySetMatchExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index) {
     return makePtr<CommunitySetMatchExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1668,7 +1895,11 @@ void CommunitySetMatchExtCommList::operator delete(void * memory) noexcept {
 
 CommunitySetAddExtCommList::CommunitySetAddExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetAddExtCommList> CommunitySetAddExtCommList::CommunitySetAddExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetAddExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1703,7 +1934,11 @@ void CommunitySetAddExtCommList::operator delete(void * memory) noexcept {
 
 CommunitySetAddImmediate::CommunitySetAddImmediate(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<CommunitySetAddImmediate> CommunitySetAddImmediate::CommunitySetAddImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetAddImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1733,7 +1968,11 @@ void CommunitySetAddImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetAssignExtCommList::CommunitySetAssignExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetAssignExtCommList> CommunitySetAssignExtCommList::CommunitySetAssignExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetAssignExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1768,7 +2007,11 @@ void CommunitySetAssignExtCommList::operator delete(void * memory) noexcept {
 
 CommunitySetAssignImmediate::CommunitySetAssignImmediate(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<CommunitySetAssignImmediate> CommunitySetAssignImmediate::CommunitySetAssignImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetAssignImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1800,7 +2043,11 @@ void CommunitySetAssignImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetRemoveExtCommList::CommunitySetRemoveExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetRemoveExtCommList> CommunitySetRemoveExtCommList::CommunitySetRemoveExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetRemoveExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1835,7 +2082,11 @@ void CommunitySetRemoveExtCommList::operator delete(void * memory) noexcept {
 
 CommunitySetRemoveImmediate::CommunitySetRemoveImmediate(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<CommunitySetRemoveImmediate> CommunitySetRemoveImmediate::CommunitySetRemoveImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetRemoveImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1867,7 +2118,11 @@ void CommunitySetRemoveImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetRetainExtCommList::CommunitySetRetainExtCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetRetainExtCommList> CommunitySetRetainExtCommList::CommunitySetRetainExtCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetRetainExtCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1902,7 +2157,11 @@ void CommunitySetRetainExtCommList::operator delete(void * memory) noexcept {
 
 CommunitySetRetainImmediate::CommunitySetRetainImmediate(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({.onlyReads = false}, lhs_, rhs_);
+}
 Ptr<CommunitySetRetainImmediate> CommunitySetRetainImmediate::CommunitySetRetainImmediateIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs) {
     return makePtr<CommunitySetRetainImmediate>(aetNodeKey, std::move(lhs), std::move(rhs));
@@ -1934,7 +2193,11 @@ void CommunitySetRetainImmediate::operator delete(void * memory) noexcept {
 
 CommunitySetMatchExactLargeCommList::CommunitySetMatchExactLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<CommunitySetMatchExactLargeCommList> CommunitySetMatchExactLargeCommList::CommunitySetMatchExactLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index) {
     return makePtr<CommunitySetMatchExactLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -1969,7 +2232,11 @@ void CommunitySetMatchExactLargeCommList::operator delete(void * memory) noexcep
 
 CommunitySetMatchLargeCommList::CommunitySetMatchLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({}, lhs_);
+}
 Ptr<CommunitySetMatchLargeCommList> CommunitySetMatchLargeCommList::CommunitySetMatchLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index) {
     return makePtr<CommunitySetMatchLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -2004,7 +2271,11 @@ void CommunitySetMatchLargeCommList::operator delete(void * memory) noexcept {
 
 CommunitySetAddLargeCommList::CommunitySetAddLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetAddLargeCommList> CommunitySetAddLargeCommList::CommunitySetAddLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetAddLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -2039,7 +2310,11 @@ void CommunitySetAddLargeCommList::operator delete(void * memory) noexcept {
 
 CommunitySetAssignLargeCommList::CommunitySetAssignLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetAssignLargeCommList> CommunitySetAssignLargeCommList::CommunitySetAssignLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetAssignLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -2074,7 +2349,11 @@ void CommunitySetAssignLargeCommList::operator delete(void * memory) noexcept {
 
 CommunitySetRemoveLargeCommList::CommunitySetRemoveLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetRemoveLargeCommList> CommunitySetRemoveLargeCommList::CommunitySetRemoveLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetRemoveLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -2109,7 +2388,11 @@ void CommunitySetRemoveLargeCommList::operator delete(void * memory) noexcept {
 
 CommunitySetRetainLargeCommList::CommunitySetRetainLargeCommList(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)), index_(index) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)), listName_(std::move(listName)),
+        index_(index) {
+    standsOn({.onlyReads = false}, lhs_);
+}
 Ptr<CommunitySetRetainLargeCommList> CommunitySetRetainLargeCommList::CommunitySetRetainLargeCommListIs(
     U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index) {
     return makePtr<CommunitySetRetainLargeCommList>(aetNodeKey, std::move(lhs), std::move(listName), index);
@@ -2143,7 +2426,11 @@ void CommunitySetRetainLargeCommList::operator delete(void * memory) noexcept {
 }
 
 EsiIs::EsiIs(U64 aetNodeKey, PtrConst<Esi> lhs, PtrConst<Esi> rhs)
-    : Expression(aetNodeKey), lhs_(std::move(lhs)), rhs_(std::move(rhs)) {}
+    : 
+        Expression(aetNodeKey), lhs_(std::move(lhs)),
+        rhs_(std::move(rhs)) {
+    standsOn({}, lhs_, rhs_);
+}
 Ptr<EsiIs> EsiIs::EsiIsIs(U64 aetNodeKey, PtrConst<Esi> lhs, PtrConst<Esi> rhs) {
     return makePtr<EsiIs>(aetNodeKey, std::move(lhs), std::move(rhs));
 }
@@ -2161,7 +2448,9 @@ void * EsiIs::operator new(std::size_t) { return Slab<EsiIs>::allocate(); }
 void EsiIs::operator delete(void * memory) noexcept { Slab<EsiIs>::deallocate(memory); }
 
 SetNextHopSelfImplExpr::SetNextHopSelfImplExpr(U64 aetNodeKey)
-    : Expression(aetNodeKey) {}
+    : Expression(aetNodeKey) {
+    standsOn({.onlyReads = false});
+}
 Ptr<SetNextHopSelfImplExpr> SetNextHopSelfImplExpr::SetNextHopSelfImplExprIs(U64 aetNodeKey) {
     return makePtr<SetNextHopSelfImplExpr>(aetNodeKey);
 }
@@ -2187,7 +2476,9 @@ void SetNextHopSelfImplExpr::operator delete(void * memory) noexcept {
 }
 
 MatchOriginAsValidityImplExpr::MatchOriginAsValidityImplExpr(U64 aetNodeKey)
-    : Expression(aetNodeKey) {}
+    : Expression(aetNodeKey) {
+    standsOn({.onlyReads = false, .looksIntoFrame = true});
+}
 Ptr<MatchOriginAsValidityImplExpr> MatchOriginAsValidityImplExpr::MatchOriginAsValidityImplExprIs(
     U64 aetNodeKey) {
     return makePtr<MatchOriginAsValidityImplExpr>(aetNodeKey);
@@ -2217,7 +2508,9 @@ void MatchOriginAsValidityImplExpr::operator delete(void * memory) noexcept {
 }
 
 EvpnIpPrefixRouteSetOverlayIndexImplExpr::EvpnIpPrefixRouteSetOverlayIndexImplExpr(U64 aetNodeKey)
-    : Expression(aetNodeKey) {}
+    : Expression(aetNodeKey) {
+    standsOn({.onlyReads = false});
+}
 Ptr<EvpnIpPrefixRouteSetOverlayIndexImplExpr> EvpnIpPrefixRouteSetOverlayIndexImplExpr::EvpnIpPrefixRouteSetOverlayIndexImplExprIs(
     U64 aetNodeKey) {
     return makePtr<EvpnIpPrefixRouteSetOverlayIndexImplExpr>(aetNodeKey);
@@ -2248,7 +2541,9 @@ void EvpnIpPrefixRouteSetOverlayIndexImplExpr::operator delete(void * memory) no
 }
 
 AsPathReplaceImplExpr::AsPathReplaceImplExpr(U64 aetNodeKey)
-    : Expression(aetNodeKey) {}
+    : Expression(aetNodeKey) {
+    standsOn({.onlyReads = false, .looksIntoFrame = true});
+}
 Ptr<AsPathReplaceImplExpr> AsPathReplaceImplExpr::AsPathReplaceImplExprIs(U64 aetNodeKey) {
     return makePtr<AsPathReplaceImplExpr>(aetNodeKey);
 }
@@ -2274,7 +2569,9 @@ void AsPathReplaceImplExpr::operator delete(void * memory) noexcept {
 }
 
 AsPathRemoveImplExpr::AsPathRemoveImplExpr(U64 aetNodeKey)
-    : Expression(aetNodeKey) {}
+    : Expression(aetNodeKey) {
+    standsOn({.onlyReads = false, .looksIntoFrame = true});
+}
 Ptr<AsPathRemoveImplExpr> AsPathRemoveImplExpr::AsPathRemoveImplExprIs(U64 aetNodeKey) {
     return makePtr<AsPathRemoveImplExpr>(aetNodeKey);
 }

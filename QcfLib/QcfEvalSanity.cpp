@@ -1,13 +1,22 @@
 #include "QcfLib/QcfEval.h"
+#include "QcfLib/SharedAnswers.h"
 
 /// Sanity checks and dumps of functions and control flow.
 namespace Qcf::Eval {
 
 namespace {
 
+/// Where the checks are traced, each place of a node has its own trace.
+bool isSane(Expression const & node, FunctionMetadata const & metadata) {
+    if (traceQcfEval.on(2)) {
+        return node.verifySanity(metadata);
+    }
+    return SharedSanity::of(node, &node, [&] { return node.verifySanity(metadata); });
+}
+
 bool statementsAreSane(ExpressionList const * link, FunctionMetadata const & metadata) {
     for (; link != nullptr; link = link->next().get()) {
-        if (!link->entry()->verifySanity(metadata)) {
+        if (!isSane(*link->entry(), metadata)) {
             return false;
         }
     }
@@ -16,7 +25,8 @@ bool statementsAreSane(ExpressionList const * link, FunctionMetadata const & met
 
 bool operandIsSane(char const * className, Expression const & operand,
                    FunctionMetadata const & metadata) {
-    bool const sane = operand.verifySanity(metadata);
+    assertWalkable(operand);
+    bool const sane = isSane(operand, metadata);
     QCF_TRACE(traceQcfEval, 2, className << ": exprSane=" << sane);
     return sane;
 }
@@ -24,17 +34,21 @@ bool operandIsSane(char const * className, Expression const & operand,
 } // namespace
 
 bool Function::verifySanity(FunctionMetadata const & metadata) const {
+    assertWalkable(*this);
+    SharedSanity::Look const look(*this);
     return statementsAreSane(body_->stmts().get(), metadata);
 }
 
 bool Block::verifySanity(FunctionMetadata const & metadata) const {
+    assertWalkable(*this);
     return statementsAreSane(stmts_.get(), metadata);
 }
 
 bool IfExpression::verifySanity(FunctionMetadata const & metadata) const {
-    bool const conditionSane = condition_->verifySanity(metadata);
+    assertWalkable(*this);
+    bool const conditionSane = isSane(*condition_, metadata);
     bool const thenSane = statementsAreSane(thenBlock_->stmts().get(), metadata);
-    bool const elseSane = !elseBlock_ || elseBlock_->verifySanity(metadata);
+    bool const elseSane = !elseBlock_ || isSane(*elseBlock_, metadata);
     QCF_TRACE(traceQcfEval, 2,
               "IfExpression: conditionSane=" << conditionSane << " thenSane=" << thenSane
                                              << " elseSane=" << elseSane);
@@ -51,6 +65,7 @@ bool ExitExpression::verifySanity(FunctionMetadata const & metadata) const {
     return operandIsSane("ExitExpression", *expr_, metadata);
 }
 bool LogicalOperatorExpression::verifySanity(FunctionMetadata const & metadata) const {
+    assertWalkable(*this);
     return statementsAreSane(expressionList_.get(), metadata);
 }
 

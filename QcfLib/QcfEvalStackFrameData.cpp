@@ -6,20 +6,21 @@ namespace Qcf::Eval {
 
 namespace {
 
-template <typename Container, typename Value>
-void push(Ptr<Container> & container, Value const & value) {
-    if (!container) {
-        container = makePtr<Container>();
-    }
-    container->values.push_back(value);
-}
-
 template <typename Container>
 bool sameValues(Ptr<Container> const & a, Ptr<Container> const & b) {
     return a == b || (a && b && a->values == b->values);
 }
 
 } // namespace
+
+template <typename Container, typename Value>
+void StackFrameData_::push(Ptr<Container> & container, Value const & value) {
+    touched_ = true;
+    if (!container) {
+        container = makePtr<Container>();
+    }
+    container->values.push_back(value);
+}
 
 void StackFrameData_::pushIntTypeArgToStack(Ptr<EvalContextBase> const & context,
                                             Int const & node) {
@@ -33,7 +34,6 @@ void StackFrameData_::pushBandwidthTypeArgToStack(Ptr<EvalContextBase> const & c
 void StackFrameData_::pushPrefixListTypeArgToStack(Ptr<EvalContextBase> const & context,
                                                    PrefixList const & node) {
     // The family is the candidate's, which only the callee knows: the list's own matcher is passed.
-    touched_ = true;
     push(prefixLists_, node.getValWithArgs(context, AddressFamily::none));
 }
 void StackFrameData_::pushTriStateBoolTypeArgToStack(Ptr<EvalContextBase> const & context,
@@ -44,7 +44,6 @@ void StackFrameData_::pushInt(S128 const & value) { push(ints_, value); }
 void StackFrameData_::pushBandwidth(F32 value) { push(bandwidths_, value); }
 void StackFrameData_::pushTriStateBool(TriStateBoolValue value) { push(triStateBools_, value); }
 void StackFrameData_::pushAetNodePtrArgToStack(StorageType const & node) {
-    touched_ = true;
     push(aetNodePtrs_, &node);
 }
 

@@ -101,6 +101,9 @@ public:
     bool operator==(StackFrameData_ const & other) const { return isEq(other); }
 
 private:
+    template <typename Container, typename Value>
+    void push(Ptr<Container> & container, Value const & value);
+
     Ptr<AetNodePtrArgContainer> aetNodePtrs_;
     Ptr<BandwidthTypeArgContainer> bandwidths_;
     Ptr<IntTypeArgContainer> ints_;

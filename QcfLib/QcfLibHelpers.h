@@ -69,6 +69,19 @@ IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::siz
     return static_cast<IntType>(argVal);
 }
 
+/// What an attribute may hold: the smallest value is asked for first, then the largest. Only
+/// assignment asks for the default value, too.
+inline IntRange boundsOf(IntModifiable const & target) {
+    U64 const min = target.min();
+    U64 const max = target.max();
+    return {min, max, min};
+}
+inline IntRange rangeOf(IntModifiable const & target) {
+    IntRange range = boundsOf(target);
+    range.defaultValue = target.defaultValue();
+    return range;
+}
+
 // What the arithmetic operators write for a current value and an operand; they never fail.
 inline U64 added(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)

@@ -212,6 +212,12 @@ bool scannedAny(std::span<Value const> values, std::span<Value const> few) {
                        [&](Value const & value) { return scanned(values, value); });
 }
 
+template <typename Value>
+bool scannedAll(std::span<Value const> values, std::span<Value const> few) {
+    return std::all_of(values.begin(), values.end(),
+                       [&](Value const & value) { return scanned(few, value); });
+}
+
 /// Takes few values out of a set and puts others in, where it stands.
 template <typename Set>
 void editInPlace(Set & set, std::span<typename Set::Value const> removed,
@@ -230,11 +236,10 @@ void editInPlace(Set & set, std::span<typename Set::Value const> removed,
 }
 
 /// Whether a set, which is not empty, is itself overwritten by an edit whose result has at most so
-/// many values.
+/// many values. The bound is what a scratch buffer holds in place.
 template <typename Set>
-bool mayEditInPlace(Set const & set, std::size_t expectedSize,
-                    typename Set::Buffer const & scratch) {
-    return set.modifyFlag() == ModifyFlag::reuseOnWrite && expectedSize <= scratch.capacity();
+bool mayEditInPlace(Set const & set, std::size_t expectedSize) {
+    return set.modifyFlag() == ModifyFlag::reuseOnWrite && expectedSize <= inlineSetCapacity;
 }
 
 template <typename Set>
@@ -244,8 +249,8 @@ bool areFew(Set const & a, Set const & b) {
 
 /// Adds to `a` where it stands; false when that is not how the union comes about. Neither is empty.
 template <typename Set>
-bool addInPlace(Set const & a, Set const & b, typename Set::Buffer const & scratch) {
-    if (!areFew(a, b) || !mayEditInPlace(a, a.count() + b.count(), scratch) ||
+bool addInPlace(Set const & a, Set const & b) {
+    if (!areFew(a, b) || !mayEditInPlace(a, a.count() + b.count()) ||
         (a.count() < b.count() && setIsSubset(&a, &b))) {
         return false; // a union that is `b` itself shares it
     }
@@ -253,75 +258,99 @@ bool addInPlace(Set const & a, Set const & b, typename Set::Buffer const & scrat
     return true;
 }
 
+/// Takes from `a` where it stands; neither is empty. A set of which nothing is left stays as it is.
 template <typename Set>
-bool removeInPlace(Set const & a, Set const & b, typename Set::Buffer const & scratch) {
-    if (!areFew(a, b) || !mayEditInPlace(a, a.count(), scratch)) {
+bool removeInPlace(Set const & a, Set const & b) {
+    if (!areFew(a, b) || !mayEditInPlace(a, a.count()) || setIsSubset(&a, &b)) {
         return false;
     }
     editInPlace(const_cast<Set &>(a), b.view(), {});
     return true;
 }
 
+// Union, difference and intersection. What they give is one of the operands, uncounted, or null for
+// the empty set, or a set that had to be made, which is put into `fresh`.
+
+/// The finished set of a builder whose first operand is `a`.
+template <typename Set, typename Builder>
+Set const * finished(Builder & builder, Set const * a, PtrConst<Set> & fresh) {
+    PtrConst<Set> result = builder.get();
+    if (result.get() == a) {
+        return a;
+    }
+    fresh = std::move(result);
+    return fresh.get();
+}
+
 template <typename Set>
-PtrConst<Set> setAdd(PtrConst<Set> const & a, PtrConst<Set> const & b,
-                     typename Set::Buffer & scratch) {
-    if (isEmptySet(a.get())) {
+Set const * setAdd(Set const * a, Set const * b, typename Set::Buffer & scratch,
+                   PtrConst<Set> & fresh) {
+    if (isEmptySet(a)) {
         return b;
     }
-    if (isEmptySet(b.get()) || addInPlace(*a, *b, scratch)) {
+    if (isEmptySet(b) || addInPlace(*a, *b) || setIsSubset(b, a)) {
         return a;
     }
-    if (setIsSubset(b.get(), a.get())) {
-        return a;
-    }
-    if (setIsSubset(a.get(), b.get())) {
+    if (setIsSubset(a, b)) {
         return b;
     }
-    LazySmallVector<Set> result(a, scratch, a->count() + b->count());
+    BorrowedPtr<Set const> const first(a);
+    LazySmallVector<Set> result(first, scratch, a->count() + b->count());
     std::set_union(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
-    return result.get();
+    return finished(result, a, fresh);
 }
 
-template <typename Set>
-PtrConst<Set> setRemove(PtrConst<Set> const & a, PtrConst<Set> const & b,
-                        typename Set::Buffer & scratch) {
-    if (isEmptySet(a.get())) {
-        return nullptr;
-    }
-    if (isEmptySet(b.get())) {
-        return a;
-    }
-    if (removeInPlace(*a, *b, scratch)) {
-        return a->empty() ? PtrConst<Set>() : a;
-    }
-    if (!setHasAny(a.get(), b.get())) {
-        return a;
-    }
-    LazySmallVector<Set> result(a, scratch, a->count());
-    if (isSparseIn(a->view(), b->view())) {
-        auto const removed = b->view();
-        auto at = removed.begin();
-        for (auto const & value : a->view()) {
-            at = gallop(at, removed.end(), value);
-            if (at == removed.end() || !(*at == value)) {
-                result.push_back(value);
-            }
+/// `a` without the far more values of `b`, each of which is searched for.
+template <typename Set, typename Output>
+void subtractMany(Set const & a, Set const & b, Output & result) {
+    auto const removed = b.view();
+    auto at = removed.begin();
+    for (auto const & value : a.view()) {
+        at = gallop(at, removed.end(), value);
+        if (at == removed.end() || !(*at == value)) {
+            result.push_back(value);
         }
-        return result.get();
     }
-    std::set_difference(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
-    return result.get();
 }
 
 template <typename Set>
-PtrConst<Set> setRetain(PtrConst<Set> const & a, PtrConst<Set> const & b,
-                        typename Set::Buffer & scratch) {
-    if (!setHasAny(a.get(), b.get())) {
+Set const * setRemove(Set const * a, Set const * b, typename Set::Buffer & scratch,
+                      PtrConst<Set> & fresh) {
+    if (isEmptySet(a)) {
         return nullptr;
     }
-    LazySmallVector<Set> result(a, scratch, std::min(a->count(), b->count()));
+    if (isEmptySet(b) || removeInPlace(*a, *b) || !setHasAny(a, b)) {
+        return a;
+    }
+    BorrowedPtr<Set const> const first(a);
+    LazySmallVector<Set> result(first, scratch, a->count());
+    if (isSparseIn(a->view(), b->view())) {
+        subtractMany(*a, *b, result);
+    } else {
+        std::set_difference(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
+    }
+    return finished(result, a, fresh);
+}
+
+template <typename Set>
+Set const * setRetain(Set const * a, Set const * b, typename Set::Buffer & scratch,
+                      PtrConst<Set> & fresh) {
+    if (!setHasAny(a, b)) {
+        return nullptr;
+    }
+    BorrowedPtr<Set const> const first(a);
+    LazySmallVector<Set> result(first, scratch, std::min(a->count(), b->count()));
     std::set_intersection(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
-    return result.get();
+    return finished(result, a, fresh);
+}
+
+/// The same with counted operands and result.
+template <typename Set, typename Operation>
+PtrConst<Set> counted(Operation operation, PtrConst<Set> const & a, PtrConst<Set> const & b,
+                      typename Set::Buffer & scratch) {
+    PtrConst<Set> fresh;
+    Set const * const result = operation(a.get(), b.get(), scratch, fresh);
+    return fresh ? std::move(fresh) : PtrConst<Set>(result);
 }
 
 template <typename Set>

@@ -38,57 +38,37 @@ EvalResult isEmpty(Node const & node, Context const & context) {
     return EvalResult::fromBool(lhs == nullptr || lhs->empty());
 }
 
-/// Stores the target's own set again, which was overwritten.
-template <typename Target, typename Set>
-void storeOwn(Target const & target, Set const * set, Context const & context) {
-    target.setVal(PtrConst<Set>(set->empty() ? nullptr : set), context);
-}
-
-/// What becomes of an empty target, nothing or the other operand, is stored as it stands. False
-/// when the target is not empty, or the operand may be overwritten and has to be guarded.
-template <typename Target, typename Set>
-bool storeInEmpty(Target const & target, Set const * current, Set const * result,
-                  Context const & context) {
-    bool const isFree = result == nullptr || result->modifyFlag() == ModifyFlag::copyOnWrite;
-    if (!isEmptySet(current) || !isFree) {
-        return false;
+/// Writes `combine(lhs, rhs, scratch, fresh)` to the target, whose value is `lhs`. A right operand
+/// that was built for this call stands in `freshRhs`.
+template <typename Target, typename Set, typename Combine>
+void modify(Target const & target, Set const * lhs, Set const * rhs, PtrConst<Set> & freshRhs,
+            Context const & context, Combine combine) {
+    PtrConst<Set> fresh;
+    Set const * const result = combine(lhs, rhs, setScratch(evalContext(context), lhs), fresh);
+    if (fresh) {
+        target.setVal(std::move(fresh), context);
+    } else if (result == rhs && result != lhs) {
+        storeRightOperand(target, rhs, freshRhs, context);
+    } else {
+        storeLent(target, result, context);
     }
-    target.setVal(PtrConst<Set>(result), context);
-    return true;
 }
 
-/// Writes `combine(lhs, rhs, scratch)` to the left operand. Where the left operand itself becomes
-/// the result, which `inPlace` tries first, or was empty, nothing is counted.
-template <typename Set, bool adds, typename Node, typename InPlace, typename Combine>
-EvalResult modifySet(Node const & node, Context const & context, InPlace inPlace, Combine combine) {
+template <typename Set, typename Node, typename Combine>
+EvalResult modifySet(Node const & node, Context const & context, Combine combine) {
     PtrConst<Set> freshLhs;
     PtrConst<Set> freshRhs;
     Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
     Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
-    auto & scratch = setScratch(evalContext(context), lhs);
-    if (!isEmptySet(lhs) && !isEmptySet(rhs) && inPlace(*lhs, *rhs, scratch)) {
-        storeOwn(*node.lhs(), lhs, context);
-        return EvalResult::fromBool(true);
-    }
-    if (storeInEmpty(*node.lhs(), lhs, adds ? rhs : nullptr, context)) {
-        return EvalResult::fromBool(true);
-    }
-    PtrConst<Set> const left = freshLhs ? std::move(freshLhs) : PtrConst<Set>(lhs);
-    PtrConst<Set> const right = freshRhs ? std::move(freshRhs) : PtrConst<Set>(rhs);
-    auto result = combine(left, right, scratch);
-    storeResult(*node.lhs(), std::move(result), left, right, context);
+    modify(*node.lhs(), lhs, rhs, freshRhs, context, combine);
     return EvalResult::fromBool(true);
-}
-
-template <typename Set>
-bool neverInPlace(Set const & /*a*/, Set const & /*b*/, typename Set::Buffer const & /*scratch*/) {
-    return false;
 }
 
 template <typename Set, typename Node>
 EvalResult assignSet(Node const & node, Context const & context) {
-    PtrConst<Set> const rhs = node.rhs()->getVal(context);
-    storeResult(*node.lhs(), rhs, PtrConst<Set>(), rhs, context);
+    PtrConst<Set> fresh;
+    Set const * const rhs = node.rhs()->lendVal(context, fresh);
+    storeRightOperand(*node.lhs(), rhs, fresh, context);
     return EvalResult::fromBool(true);
 }
 
@@ -116,13 +96,13 @@ EvalResult assignSet(Node const & node, Context const & context) {
                              [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
     }                                                                                              \
     EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
-        return modifySet<Set, true>(*this, context, addInPlace<Set>, Set::add);                    \
+        return modifySet<Set>(*this, context, setAdd<Set>);                                        \
     }                                                                                              \
     EvalResult Kind##RemoveImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set, false>(*this, context, removeInPlace<Set>, Set::remove);             \
+        return modifySet<Set>(*this, context, setRemove<Set>);                                     \
     }                                                                                              \
     EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
-        return modifySet<Set, false>(*this, context, neverInPlace<Set>, Set::retain);              \
+        return modifySet<Set>(*this, context, setRetain<Set>);                                     \
     }                                                                                              \
     EvalResult Kind##AssignImmediate::eval(Context const & context) const {                        \
         return assignSet<Set>(*this, context);                                                     \
@@ -132,39 +112,40 @@ QCF_SET_OPERATORS(IntSet, U64SmallVector)
 QCF_SET_OPERATORS(CommunitySet, CommunitySmallVector)
 #undef QCF_SET_OPERATORS
 
+namespace {
+
+/// The union of extended communities in which the link bandwidth of `added` takes the place of
+/// every other one.
+CommunitySmallVector const * addedWithLinkBandwidth(CommunitySmallVector const * current,
+                                                    CommunitySmallVector const * added,
+                                                    CommunityBuffer & scratch,
+                                                    PtrConst<CommunitySmallVector> & fresh) {
+    if (isEmptySet(current) || isEmptySet(added)) {
+        return isEmptySet(current) ? added : current;
+    }
+    BorrowedPtr<CommunitySmallVector const> const first(current);
+    LazyCommunitySmallVectorInsertingLBW result(first, scratch, current->count() + added->count(),
+                                                added->lbwValue());
+    std::set_union(current->begin(), current->end(), added->begin(), added->end(),
+                   std::back_inserter(result));
+    return finished(result, current, fresh);
+}
+
+} // namespace
+
 EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
     using Set = CommunitySmallVector;
-    auto const done = EvalResult::fromBool(true);
-    PtrConst<Set> fresh;
-    Set const * const added = rhs_->lendVal(context, fresh);
+    // What is added is read first; when there is nothing, the attribute is left alone.
+    PtrConst<Set> freshRhs;
+    Set const * const added = rhs_->lendVal(context, freshRhs);
     if (isEmptySet(added)) {
-        return done;
+        return EvalResult::fromBool(true);
     }
-    auto & scratch = evalContext(context).communitySetScratch();
-    bool const isPlainUnion = added->lbwValue().isZero();
     PtrConst<Set> freshLhs;
     Set const * const current = lhs_->lendVal(context, freshLhs);
-    if (isPlainUnion && !isEmptySet(current) && addInPlace(*current, *added, scratch)) {
-        storeOwn(*lhs_, current, context);
-        return done;
-    }
-    if (storeInEmpty(*lhs_, current, added, context)) {
-        return done;
-    }
-    PtrConst<Set> const r = fresh ? std::move(fresh) : PtrConst<Set>(added);
-    PtrConst<Set> const l = freshLhs ? std::move(freshLhs) : PtrConst<Set>(current);
-    if (isEmptySet(current)) {
-        storeResult(*lhs_, r, l, r, context);
-        return done;
-    }
-    if (isPlainUnion) {
-        storeResult(*lhs_, Set::add(l, r, scratch), l, r, context);
-        return done;
-    }
-    LazyCommunitySmallVectorInsertingLBW result(l, scratch, l->count() + r->count(), r->lbwValue());
-    std::set_union(l->begin(), l->end(), r->begin(), r->end(), std::back_inserter(result));
-    lhs_->setVal(result.get(), context);
-    return done;
+    auto const combine = added->lbwValue().isZero() ? setAdd<Set> : addedWithLinkBandwidth;
+    modify(*lhs_, current, added, freshRhs, context, combine);
+    return EvalResult::fromBool(true);
 }
 
 } // namespace Qcf::Eval

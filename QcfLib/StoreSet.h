@@ -1,25 +1,37 @@
 #pragma once
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalContext.h"
 
 namespace Qcf::Eval {
 
-/// Writes the result of a set operation to `target`.
-///
-/// Where the result is the right operand's own container, and others hold that container too (it is
-/// another attribute's value), it must not be written in place any more: a later change of one
-/// attribute would show in the other.
+// How a set becomes an attribute's value. A lent set is not counted when it is stored, since it
+// lives until the context's next reset; but one that another attribute's value alone keeps alive
+// may be replaced before that.
+
+/// Stores a set that an operand lent.
 template <typename Target, typename Set>
-void storeResult(Target const & target, PtrConst<Set> result, PtrConst<Set> const & lhs,
-                 PtrConst<Set> const & rhs, Ptr<EvalContextBase> const & context) {
-    bool const isRightOperand = result && result == rhs && result != lhs;
-    if (isRightOperand && rhs->modifyFlag() == ModifyFlag::reuseOnWrite) {
-        // The caller's `rhs` and `result` are two of the users; sets of the cache are not counted.
-        if (rhs->immortal() || rhs->refCount() > 2) {
-            constCast(rhs)->modifyFlagIs(ModifyFlag::copyOnWrite);
-        }
+void storeLent(Target const & target, Set const * set, Ptr<EvalContextBase> const & context) {
+    if (evalContext(context).attributeContentConst().owns(set)) {
+        target.setVal(PtrConst<Set>(set), context);
+    } else {
+        target.lentValIs(set, context);
     }
-    target.setVal(std::move(result), context);
+}
+
+/// Stores the right operand's own set: a lent one, or one that was built for this call and stands
+/// in `fresh`. Whoever lent it still has it, so that it must not be written in place any more: a
+/// later change of one attribute would show in the other.
+template <typename Target, typename Set>
+void storeRightOperand(Target const & target, Set const * set, PtrConst<Set> & fresh,
+                       Ptr<EvalContextBase> const & context) {
+    if (fresh) {
+        target.setVal(std::move(fresh), context);
+        return;
+    }
+    if (set != nullptr && set->modifyFlag() == ModifyFlag::reuseOnWrite) {
+        const_cast<Set *>(set)->modifyFlagIs(ModifyFlag::copyOnWrite);
+    }
+    storeLent(target, set, context);
 }
 
 } // namespace Qcf::Eval

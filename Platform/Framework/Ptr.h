@@ -186,6 +186,25 @@ Ptr<T> makePtr(Args &&... args) {
     return Ptr<T>::adopt(object);
 }
 
+/// A pointer that nobody counted, to an object that somebody else holds for as long as it is used:
+/// what is lent to an operation that takes a `Ptr`. Whoever copies that pointer has it counted, as
+/// any other.
+template <class T>
+class BorrowedPtr {
+public:
+    explicit BorrowedPtr(T * object) noexcept : pointer_(Ptr<T>::adopt(object)) {}
+    BorrowedPtr(BorrowedPtr const &) = delete;
+    BorrowedPtr & operator=(BorrowedPtr const &) = delete;
+    ~BorrowedPtr() { static_cast<void>(pointer_.release()); }
+
+    operator Ptr<T> const &() const noexcept { // NOLINT(google-explicit-constructor)
+        return pointer_;
+    }
+
+private:
+    Ptr<T> pointer_;
+};
+
 /// Unchecked downcast (or upcast) to `U`, which carries its own constness; counts once.
 template <class U, class T>
 Ptr<U> ptrCast(Ptr<T> const & p) noexcept {

@@ -20,26 +20,14 @@ private:
 
 /// Base of every object that `Ptr` counts. Objects start with no users; the object is freed,
 /// through `lastUserGone`, when the last `Ptr` to it goes. Only `Ptr` changes the count.
-///
-/// An object that is marked immortal is no longer counted: pointers to it may come and go in any
-/// number of threads without a write to its memory, and it is never freed by them. Whoever marked
-/// it owns it from then on, and may have it counted again (mortalIs) once nobody else can hold it.
 class PtrInterface {
 public:
     PtrInterface(PtrInterface const &) = delete;
     PtrInterface & operator=(PtrInterface const &) = delete;
 
     /// Number of pointers to the object; only a hint while other threads hold some. Who finds 1 and
-    /// holds that one has the object alone, and sees what the others wrote before they let go. Not
-    /// meaningful for an immortal object.
-    U32 refCount() const noexcept { return count_.load(std::memory_order_acquire) & ~immortalBit; }
-    bool immortal() const noexcept {
-        return (count_.load(std::memory_order_relaxed) & immortalBit) != 0;
-    }
-    /// Ends counting. To be called before the object is shared with other threads.
-    void immortalIs() const noexcept { count_.fetch_or(immortalBit, std::memory_order_relaxed); }
-    /// Counting again, for the owner who ended it and now holds the only pointer.
-    void mortalIs() const noexcept { count_.store(1, std::memory_order_relaxed); }
+    /// holds that one has the object alone, and sees what the others wrote before they let go.
+    U32 refCount() const noexcept { return count_.load(std::memory_order_acquire); }
 
 protected:
     PtrInterface() noexcept = default;
@@ -52,9 +40,6 @@ protected:
 private:
     friend class RefCounting;
 
-    static constexpr U32 immortalBit = 0x80000000U;
-
-    // A count that ever reached 2^31 would turn the object immortal: leaked, but never freed early.
     mutable std::atomic<U32> count_{0};
 };
 
@@ -63,13 +48,10 @@ private:
 class RefCounting {
 public:
     static void add(PtrInterface const & object) noexcept {
-        U32 const count = object.count_.load(std::memory_order_relaxed);
-        if ((count & PtrInterface::immortalBit) != 0) {
-            return;
-        }
         if (ThreadSafePtrs::enabled()) {
             object.count_.fetch_add(1, std::memory_order_relaxed);
         } else {
+            U32 const count = object.count_.load(std::memory_order_relaxed);
             object.count_.store(count + 1, std::memory_order_relaxed);
         }
     }
@@ -92,8 +74,6 @@ public:
         if (count == 1) {
             object.count_.store(0, std::memory_order_relaxed);
             object.lastUserGone();
-        } else if ((count & PtrInterface::immortalBit) != 0) {
-            return;
         } else if (!ThreadSafePtrs::enabled()) {
             object.count_.store(count - 1, std::memory_order_relaxed);
         } else if (object.count_.fetch_sub(1, std::memory_order_acq_rel) == 1) {

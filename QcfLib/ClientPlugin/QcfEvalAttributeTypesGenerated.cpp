@@ -163,7 +163,7 @@ void AigpAccumulationMetric::operator delete(void * memory) noexcept {
 }
 U64 AigpAccumulationMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.aigpAccumulationMetricModified() ? c.attributeContentConst().aigpAccumulationMetric : c.aigpAccumulationMetricInput());
+    return checkedVal(c.aigpAccumulationMetricModified() ? c.attributeContentConst().aigpAccumulationMetric : c.aigpAccumulationMetricInput());
 }
 IntSource AigpAccumulationMetric::source() const {
     return {flagOf(ModifiableAttribute::aigpAccumulationMetric), &AttributeContent::aigpAccumulationMetric, &GeneratedEvalContext::aigpAccumulationMetricInput, 0, 18446744073709551614ULL};
@@ -171,6 +171,7 @@ IntSource AigpAccumulationMetric::source() const {
 void AigpAccumulationMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::aigpAccumulationMetric).aigpAccumulationMetric = valueInRange(*this, value);
 }
+U64 AigpAccumulationMetric::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 AigpAccumulationMetricInput::AigpAccumulationMetricInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -223,7 +224,7 @@ void * AigpMetric::operator new(std::size_t) { return Slab<AigpMetric>::allocate
 void AigpMetric::operator delete(void * memory) noexcept { Slab<AigpMetric>::deallocate(memory); }
 U64 AigpMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.aigpMetricModified() ? c.attributeContentConst().aigpMetric : c.aigpMetricInput());
+    return checkedVal(c.aigpMetricModified() ? c.attributeContentConst().aigpMetric : c.aigpMetricInput());
 }
 IntSource AigpMetric::source() const {
     return {flagOf(ModifiableAttribute::aigpMetric), &AttributeContent::aigpMetric, &GeneratedEvalContext::aigpMetricInput, 0, 18446744073709551614ULL};
@@ -231,6 +232,7 @@ IntSource AigpMetric::source() const {
 void AigpMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::aigpMetric).aigpMetric = valueInRange(*this, value);
 }
+U64 AigpMetric::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 AigpMetricInput::AigpMetricInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -509,6 +511,9 @@ SetSource<U64SmallVector> Community::source() const {
 }
 void Community::setVal(PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::community).community = std::move(value);
+}
+void Community::lentValIs(U64SmallVector const * value, Ptr<EvalContextBase> const & context) const {
+    evalContext(context).modify(ModifiableAttribute::community).community.borrow(value);
 }
 
 CommunityCount::CommunityCount(U64 aetNodeKey)
@@ -823,7 +828,7 @@ void EvpnIpPrefixRouteLabel::operator delete(void * memory) noexcept {
 }
 U64 EvpnIpPrefixRouteLabel::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.evpnIpPrefixRouteLabelModified() ? c.attributeContentConst().evpnIpPrefixRouteLabel : c.evpnIpPrefixRouteLabelInput());
+    return checkedVal(c.evpnIpPrefixRouteLabelModified() ? c.attributeContentConst().evpnIpPrefixRouteLabel : c.evpnIpPrefixRouteLabelInput());
 }
 IntSource EvpnIpPrefixRouteLabel::source() const {
     return {flagOf(ModifiableAttribute::evpnIpPrefixRouteLabel), &AttributeContent::evpnIpPrefixRouteLabel, &GeneratedEvalContext::evpnIpPrefixRouteLabelInput, 0, 16777215ULL};
@@ -831,6 +836,7 @@ IntSource EvpnIpPrefixRouteLabel::source() const {
 void EvpnIpPrefixRouteLabel::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::evpnIpPrefixRouteLabel).evpnIpPrefixRouteLabel = valueInRange(*this, value);
 }
+U64 EvpnIpPrefixRouteLabel::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 EvpnIpPrefixRouteLabelInput::EvpnIpPrefixRouteLabelInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1138,6 +1144,10 @@ SetSource<CommunitySmallVector> ExtCommunity::source() const {
 void ExtCommunity::setVal(
     PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::extCommunity).extCommunity = std::move(value);
+}
+void ExtCommunity::lentValIs(
+    CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const {
+    evalContext(context).modify(ModifiableAttribute::extCommunity).extCommunity.borrow(value);
 }
 
 ExtCommunityCount::ExtCommunityCount(U64 aetNodeKey)
@@ -1560,6 +1570,9 @@ SetSource<U64SmallVector> IsisLevel::source() const {
 void IsisLevel::setVal(PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::isisLevel).isisLevel = std::move(value);
 }
+void IsisLevel::lentValIs(U64SmallVector const * value, Ptr<EvalContextBase> const & context) const {
+    evalContext(context).modify(ModifiableAttribute::isisLevel).isisLevel.borrow(value);
+}
 
 IsisLevelInput::IsisLevelInput(U64 aetNodeKey)
     : Qcf::Eval::IntSet(aetNodeKey) {}
@@ -1608,7 +1621,7 @@ void * IsisMetric::operator new(std::size_t) { return Slab<IsisMetric>::allocate
 void IsisMetric::operator delete(void * memory) noexcept { Slab<IsisMetric>::deallocate(memory); }
 U64 IsisMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.isisMetricModified() ? c.attributeContentConst().isisMetric : c.isisMetricInput());
+    return checkedVal(c.isisMetricModified() ? c.attributeContentConst().isisMetric : c.isisMetricInput());
 }
 IntSource IsisMetric::source() const {
     return {flagOf(ModifiableAttribute::isisMetric), &AttributeContent::isisMetric, &GeneratedEvalContext::isisMetricInput, 0, 4294967295ULL};
@@ -1616,6 +1629,7 @@ IntSource IsisMetric::source() const {
 void IsisMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::isisMetric).isisMetric = valueInRange(*this, value);
 }
+U64 IsisMetric::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 IsisMetricInput::IsisMetricInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1678,6 +1692,10 @@ SetSource<CommunitySmallVector> LargeCommunity::source() const {
 void LargeCommunity::setVal(
     PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::largeCommunity).largeCommunity = std::move(value);
+}
+void LargeCommunity::lentValIs(
+    CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const {
+    evalContext(context).modify(ModifiableAttribute::largeCommunity).largeCommunity.borrow(value);
 }
 
 LargeCommunityCount::LargeCommunityCount(U64 aetNodeKey)
@@ -1785,7 +1803,7 @@ void * LocalPref::operator new(std::size_t) { return Slab<LocalPref>::allocate()
 void LocalPref::operator delete(void * memory) noexcept { Slab<LocalPref>::deallocate(memory); }
 U64 LocalPref::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.localPrefModified() ? c.attributeContentConst().localPref : c.localPrefInput());
+    return checkedVal(c.localPrefModified() ? c.attributeContentConst().localPref : c.localPrefInput());
 }
 IntSource LocalPref::source() const {
     return {flagOf(ModifiableAttribute::localPref), &AttributeContent::localPref, &GeneratedEvalContext::localPrefInput, 0, 4294967295ULL};
@@ -1793,6 +1811,7 @@ IntSource LocalPref::source() const {
 void LocalPref::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::localPref).localPref = valueInRange(*this, value);
 }
+U64 LocalPref::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 LocalPrefInput::LocalPrefInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1836,7 +1855,7 @@ void * Med::operator new(std::size_t) { return Slab<Med>::allocate(); }
 void Med::operator delete(void * memory) noexcept { Slab<Med>::deallocate(memory); }
 U64 Med::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.medModified() ? c.attributeContentConst().med : c.medInput());
+    return checkedVal(c.medModified() ? c.attributeContentConst().med : c.medInput());
 }
 IntSource Med::source() const {
     return {flagOf(ModifiableAttribute::med), &AttributeContent::med, &GeneratedEvalContext::medInput, 0, 4294967295ULL};
@@ -1844,6 +1863,7 @@ IntSource Med::source() const {
 void Med::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::med).med = valueInRange(*this, value);
 }
+U64 Med::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 MedInput::MedInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -1912,7 +1932,7 @@ void NextHopBestPathMetric::operator delete(void * memory) noexcept {
 }
 U64 NextHopBestPathMetric::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.nextHopBestPathMetricModified() ? c.attributeContentConst().nextHopBestPathMetric : c.nextHopBestPathMetricInput());
+    return checkedVal(c.nextHopBestPathMetricModified() ? c.attributeContentConst().nextHopBestPathMetric : c.nextHopBestPathMetricInput());
 }
 IntSource NextHopBestPathMetric::source() const {
     return {flagOf(ModifiableAttribute::nextHopBestPathMetric), &AttributeContent::nextHopBestPathMetric, &GeneratedEvalContext::nextHopBestPathMetricInput, 0, 4294967295ULL};
@@ -1920,6 +1940,7 @@ IntSource NextHopBestPathMetric::source() const {
 void NextHopBestPathMetric::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::nextHopBestPathMetric).nextHopBestPathMetric = valueInRange(*this, value);
 }
+U64 NextHopBestPathMetric::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 NextHopBestPathMetricInput::NextHopBestPathMetricInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2077,7 +2098,7 @@ void * Origin::operator new(std::size_t) { return Slab<Origin>::allocate(); }
 void Origin::operator delete(void * memory) noexcept { Slab<Origin>::deallocate(memory); }
 U64 Origin::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueOrDefault(*this, c.originModified() ? c.attributeContentConst().origin : c.originInput());
+    return checkedVal(c.originModified() ? c.attributeContentConst().origin : c.originInput());
 }
 IntSource Origin::source() const {
     return {flagOf(ModifiableAttribute::origin), &AttributeContent::origin, &GeneratedEvalContext::originInput, 0, 2ULL};
@@ -2085,6 +2106,7 @@ IntSource Origin::source() const {
 void Origin::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::origin).origin = valueOrDefault(*this, value);
 }
+U64 Origin::checkedVal(U64 value) const { return valueOrDefault(*this, value); }
 
 OriginInput::OriginInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2136,7 +2158,7 @@ void OriginValidationState::operator delete(void * memory) noexcept {
 }
 U64 OriginValidationState::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.originValidationStateModified() ? c.attributeContentConst().originValidationState : c.originValidationStateInput());
+    return checkedVal(c.originValidationStateModified() ? c.attributeContentConst().originValidationState : c.originValidationStateInput());
 }
 IntSource OriginValidationState::source() const {
     return {flagOf(ModifiableAttribute::originValidationState), &AttributeContent::originValidationState, &GeneratedEvalContext::originValidationStateInput, 0, 2ULL};
@@ -2144,6 +2166,7 @@ IntSource OriginValidationState::source() const {
 void OriginValidationState::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::originValidationState).originValidationState = valueInRange(*this, value);
 }
+U64 OriginValidationState::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 OriginValidationStateInput::OriginValidationStateInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2202,7 +2225,7 @@ void PrefixSidIndex::operator delete(void * memory) noexcept {
 }
 U64 PrefixSidIndex::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.prefixSidIndexModified() ? c.attributeContentConst().prefixSidIndex : c.prefixSidIndexInput());
+    return checkedVal(c.prefixSidIndexModified() ? c.attributeContentConst().prefixSidIndex : c.prefixSidIndexInput());
 }
 IntSource PrefixSidIndex::source() const {
     return {flagOf(ModifiableAttribute::prefixSidIndex), &AttributeContent::prefixSidIndex, &GeneratedEvalContext::prefixSidIndexInput, 0, 1048575ULL};
@@ -2210,6 +2233,7 @@ IntSource PrefixSidIndex::source() const {
 void PrefixSidIndex::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::prefixSidIndex).prefixSidIndex = valueInRange(*this, value);
 }
+U64 PrefixSidIndex::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 PrefixSidIndexInput::PrefixSidIndexInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2259,7 +2283,7 @@ void * RecmpState::operator new(std::size_t) { return Slab<RecmpState>::allocate
 void RecmpState::operator delete(void * memory) noexcept { Slab<RecmpState>::deallocate(memory); }
 U64 RecmpState::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.recmpStateModified() ? c.attributeContentConst().recmpState : c.recmpStateInput());
+    return checkedVal(c.recmpStateModified() ? c.attributeContentConst().recmpState : c.recmpStateInput());
 }
 IntSource RecmpState::source() const {
     return {flagOf(ModifiableAttribute::recmpState), &AttributeContent::recmpState, &GeneratedEvalContext::recmpStateInput, 0, 1ULL};
@@ -2267,6 +2291,7 @@ IntSource RecmpState::source() const {
 void RecmpState::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::recmpState).recmpState = valueInRange(*this, value);
 }
+U64 RecmpState::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 RecmpStateInput::RecmpStateInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2409,7 +2434,7 @@ void RibPreference::operator delete(void * memory) noexcept {
 }
 U64 RibPreference::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.ribPreferenceModified() ? c.attributeContentConst().ribPreference : c.ribPreferenceInput());
+    return checkedVal(c.ribPreferenceModified() ? c.attributeContentConst().ribPreference : c.ribPreferenceInput());
 }
 IntSource RibPreference::source() const {
     return {flagOf(ModifiableAttribute::ribPreference), &AttributeContent::ribPreference, &GeneratedEvalContext::ribPreferenceInput, 0, 255ULL};
@@ -2417,6 +2442,7 @@ IntSource RibPreference::source() const {
 void RibPreference::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::ribPreference).ribPreference = valueInRange(*this, value);
 }
+U64 RibPreference::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 RibPreferenceInput::RibPreferenceInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2472,7 +2498,7 @@ void RoutePriority::operator delete(void * memory) noexcept {
 }
 U64 RoutePriority::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.routePriorityModified() ? c.attributeContentConst().routePriority : c.routePriorityInput());
+    return checkedVal(c.routePriorityModified() ? c.attributeContentConst().routePriority : c.routePriorityInput());
 }
 IntSource RoutePriority::source() const {
     return {flagOf(ModifiableAttribute::routePriority), &AttributeContent::routePriority, &GeneratedEvalContext::routePriorityInput, 0, 3ULL};
@@ -2480,6 +2506,7 @@ IntSource RoutePriority::source() const {
 void RoutePriority::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::routePriority).routePriority = valueInRange(*this, value);
 }
+U64 RoutePriority::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 RoutePriorityInput::RoutePriorityInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2765,7 +2792,7 @@ void * Tag::operator new(std::size_t) { return Slab<Tag>::allocate(); }
 void Tag::operator delete(void * memory) noexcept { Slab<Tag>::deallocate(memory); }
 U64 Tag::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.tagModified() ? c.attributeContentConst().tag : c.tagInput());
+    return checkedVal(c.tagModified() ? c.attributeContentConst().tag : c.tagInput());
 }
 IntSource Tag::source() const {
     return {flagOf(ModifiableAttribute::tag), &AttributeContent::tag, &GeneratedEvalContext::tagInput, 0, 4294967295ULL};
@@ -2773,6 +2800,7 @@ IntSource Tag::source() const {
 void Tag::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::tag).tag = valueInRange(*this, value);
 }
+U64 Tag::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 TagInput::TagInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}
@@ -2810,7 +2838,7 @@ void * Weight::operator new(std::size_t) { return Slab<Weight>::allocate(); }
 void Weight::operator delete(void * memory) noexcept { Slab<Weight>::deallocate(memory); }
 U64 Weight::getVal(Ptr<EvalContextBase const> const & context) const {
     auto const & c = evalContext(context);
-    return valueInRange(*this, c.weightModified() ? c.attributeContentConst().weight : c.weightInput());
+    return checkedVal(c.weightModified() ? c.attributeContentConst().weight : c.weightInput());
 }
 IntSource Weight::source() const {
     return {flagOf(ModifiableAttribute::weight), &AttributeContent::weight, &GeneratedEvalContext::weightInput, 0, 65535ULL};
@@ -2818,6 +2846,7 @@ IntSource Weight::source() const {
 void Weight::setVal(U64 value, Ptr<EvalContextBase> const & context) const {
     evalContext(context).modify(ModifiableAttribute::weight).weight = valueInRange(*this, value);
 }
+U64 Weight::checkedVal(U64 value) const { return valueInRange(*this, value); }
 
 WeightInput::WeightInput(U64 aetNodeKey)
     : Qcf::Eval::Int(aetNodeKey) {}

@@ -166,9 +166,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
-    IntRange range() const override { return {0, 18446744073709551614ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -218,9 +218,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 18446744073709551614ULL; }
-    IntRange range() const override { return {0, 18446744073709551614ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -489,6 +489,8 @@ public:
     SetSource<U64SmallVector> source() const override;
     void setVal(
         PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(
+        U64SmallVector const * value, Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -733,9 +735,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 16777215ULL; }
-    IntRange range() const override { return {0, 16777215ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -974,6 +976,8 @@ public:
     SetSource<CommunitySmallVector> source() const override;
     void setVal(
         PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(
+        CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1333,6 +1337,8 @@ public:
     SetSource<U64SmallVector> source() const override;
     void setVal(
         PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(
+        U64SmallVector const * value, Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1384,9 +1390,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1439,6 +1445,8 @@ public:
     SetSource<CommunitySmallVector> source() const override;
     void setVal(
         PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(
+        CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1536,9 +1544,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntRange range() const override { return {0, 4294967295ULL, 100}; }
     U64 defaultValue() const override { return 100; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1589,9 +1597,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1665,9 +1673,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1811,9 +1819,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
-    IntRange range() const override { return {0, 2ULL, 256}; }
     U64 defaultValue() const override { return 256; }
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1864,9 +1872,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 2ULL; }
-    IntRange range() const override { return {0, 2ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1917,9 +1925,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1048575ULL; }
-    IntRange range() const override { return {0, 1048575ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1969,9 +1977,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 1ULL; }
-    IntRange range() const override { return {0, 1ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2096,9 +2104,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 255ULL; }
-    IntRange range() const override { return {0, 255ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2148,9 +2156,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 3ULL; }
-    IntRange range() const override { return {0, 3ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2389,9 +2397,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 4294967295ULL; }
-    IntRange range() const override { return {0, 4294967295ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2441,9 +2449,9 @@ public:
     String toStrep() const override;
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
+    U64 checkedVal(U64 value) const override;
     U64 min() const override { return 0; }
     U64 max() const override { return 65535ULL; }
-    IntRange range() const override { return {0, 65535ULL, 0}; }
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

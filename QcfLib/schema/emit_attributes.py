@@ -58,7 +58,7 @@ class AttributeClass:
             return f"return {raw};"
         unmodified = raw.replace("Input", "InputModifiable", 1) if s.cached else raw
         value = f"c.{stem}Modified() ? {stored} : {unmodified}"
-        return f"return {self.checked(value)};" if s.max is not None else f"return {value};"
+        return f"return checkedVal({value});" if s.max is not None else f"return {value};"
 
     def checked(self, value):
         s = self.source
@@ -70,8 +70,19 @@ class AttributeClass:
         kind = {"asPath": "Routing::Bgp::AspathContainerFromExisting *"}.get(s.kindName, s.kind.cpp)
         signature = f"void setVal({kind} value, {CONTEXT}) const"
         value = self.checked("value") if s.max is not None else "std::move(value)" if s.kind.isSet else "value"
-        target = f"evalContext(context).modify(ModifiableAttribute::{s.stem})"
-        return signature, f"{target}.{s.stem} = {value};"
+        return signature, f"{self.target()}.{s.stem} = {value};"
+
+    def target(self):
+        return f"evalContext(context).modify(ModifiableAttribute::{self.source.stem})"
+
+    def lender(self):
+        """How a set that outlives its being stored is stored."""
+        signature = f"void lentValIs({self.source.kind.container} const * value, {CONTEXT}) const"
+        return signature, f"{self.target()}.{self.source.stem}.borrow(value);"
+
+    def checker(self):
+        """How a value that was read elsewhere is checked."""
+        return "U64 checkedVal(U64 value) const", f"return {self.checked('value')};"
 
 
 def catalogue():
@@ -93,6 +104,10 @@ def extraOverrides(attribute):
     lines = [attribute.source_()] if attribute.source_() else []
     if attribute.modifiable:
         lines.append(attribute.setter())
+        if s.kind.isSet:
+            lines.append(attribute.lender())
+        if s.max is not None:
+            lines.append(attribute.checker())
         if s.kindName == "asPath":
             lines.append((f"Routing::Bgp::AspathContainerFromExisting * getValModifiable({CONST_CONTEXT}) const",
                           f"auto const & c = evalContext(context); {attribute.read()}"))
@@ -107,8 +122,6 @@ def declareAttribute(attribute, number):
     if attribute.modifiable and attribute.source.max is not None:
         s = attribute.source
         lines += f"    U64 min() const override {{ return {s.min}; }}\n    U64 max() const override {{ return {s.max}ULL; }}\n"
-        default = s.min if s.default is None else s.default
-        lines += f"    IntRange range() const override {{ return {{{s.min}, {s.max}ULL, {default}}}; }}\n"
         if s.default is not None:
             lines += f"    U64 defaultValue() const override {{ return {s.default}; }}\n"
     return text.replace("\n    static MemAllocationTracker", lines + "\n    static MemAllocationTracker", 1)
@@ -117,7 +130,7 @@ def declareAttribute(attribute, number):
 def wrapOverride(signature):
     head, _, rest = signature.partition("(")
     args, _, const = rest.rpartition(")")
-    return wrap(head + "(", args.split(", "), ")" + const + " override;", 4)
+    return wrap(head + "(", args.split(", ") if args else [], ")" + const + " override;", 4)
 
 
 def implementAttribute(attribute):
@@ -188,7 +201,7 @@ def contextClass():
             out += doc(f"{s.doc.rstrip('.')}: {sentence}", 4)
             if s.kind.isSet:
                 out += f"    {s.kind.container} * {s.stem}{suffix}RawPtr() const {{\n"
-                out += f"        return cache_->{s.stem}{suffix}Populated() ? cache_->{s.stem}{suffix}.get() : {s.stem}{suffix}Fetch();\n    }}\n"
+                out += f"        return cache().{s.stem}{suffix}Populated() ? cache_->{s.stem}{suffix}.get() : {s.stem}{suffix}Fetch();\n    }}\n"
                 out += f"    {cpp} {s.stem}{suffix}() const {{ return {cpp}({s.stem}{suffix}RawPtr()); }}\n"
             else:
                 out += f"    {cpp} {s.stem}{suffix}() const;\n"
@@ -203,17 +216,19 @@ CONTEXT_TAIL = """
     /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
     U32 modifiedFlags() const { return modifiedFlags_; }
     /// Marks an attribute modified and gives the store to put its value in.
-    AttributeContent & modify(ModifiableAttribute attribute) {
-        modifiedFlags_ |= flagOf(attribute);
-        return *attributeContent_;
-    }
+    AttributeContent & modify(ModifiableAttribute attribute) { return modify(flagOf(attribute)); }
     AttributeContent & modify(U32 flag) {
+        QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
         modifiedFlags_ |= flag;
         return *attributeContent_;
     }
-    AttributeContent const & attributeContentConst() const { return *attributeContent_; }
+    AttributeContent const & attributeContentConst() const {
+        QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
+        return *attributeContent_;
+    }
     AttributeContent * attributeContentRawPtr() { return attributeContent_.get(); }
-    /// Get or create; Del detaches and returns.
+    /// Get or create; Del detaches and returns. A context without them may be neither evaluated with
+    /// nor reset.
     Ptr<AttributeContent> const & attributeContentIs();
     Ptr<AttributeContent> attributeContentDel();
     Ptr<QcfEvalContextCacheGenerated> const & cacheIs();
@@ -243,13 +258,18 @@ protected:
             releaseModifiedSets();
         }
         modifiedFlags_ = 0;
-        cache_->populatedClear();
+        cache().populatedClear();
     }
 
 private:
     using Input = QcfEvalContextCacheGenerated::Input;
 
-    /// The attributes whose stored value is a counted set.
+    QcfEvalContextCacheGenerated & cache() const {
+        QCF_ASSERT_TEXT(cache_, "nullptr != cache");
+        return *cache_;
+    }
+
+    /// The attributes whose stored value is a set.
     static constexpr U32 setFlags = @SETFLAGS@;
 
     void writeBack();
@@ -289,11 +309,17 @@ def contextHeader():
     out += "class AttributeContent final : public Entity {\npublic:\n"
     for s in contentOrder():
         start = "" if s.kind.isSet else " = nullptr" if s.kindName == "asPath" else "{false}" if s.kindName == "ribs" else " = 0" if s.kindName == "int" else ""
-        out += f"    {s.kind.cpp}{'' if s.kind.cpp.endswith('*') else ' '}{s.stem}{start};\n"
+        cpp = f"StoredSet<{s.kind.container}>" if s.kind.isSet else s.kind.cpp
+        out += f"    {cpp}{'' if cpp.endswith('*') else ' '}{s.stem}{start};\n"
     out += "\n    void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }\n"
-    out += "    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }\n};\n\n"
-    out += doc("Inputs that are fetched once a route into containers kept from route to route. The containers belong to the cache: pointers to them are not counted "
-               "and are good as long as the context.")
+    out += "    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }\n\n"
+    for container in ("U64SmallVector", "CommunitySmallVector"):
+        owns = " || ".join(f"{s.stem}.owns(set)" for s in SETS if s.kind.container == container)
+        out += doc("Whether the set lives by being stored here.", 4) if container == "U64SmallVector" else ""
+        out += f"    bool owns({container} const * set) const {{ return {owns}; }}\n"
+    out += doc("Counts the sets that were borrowed, for when those who hold them may go first.", 4)
+    out += "    void settleSets() {\n" + "".join(f"        {s.stem}.settle();\n" for s in SETS) + "    }\n};\n\n"
+    out += doc("Inputs that are fetched once a route into containers kept from route to route.")
     out += "class QcfEvalContextCacheGenerated final : public Entity {\npublic:\n"
     for s in CACHED:
         cpp = f"Ptr<{s.kind.container}>" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting"
@@ -303,8 +329,8 @@ def contextHeader():
     out += "\n    enum class Input : U8 {\n" + "".join(f"        {n},\n" for n in names) + "    };\n"
     for n in names:
         out += f"    bool {n}Populated() const {{ return isPopulated(Input::{n}); }}\n"
-    out += "\n    ~QcfEvalContextCacheGenerated() override;\n"
-    out += """    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
+    out += """
+    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }
 
@@ -313,7 +339,7 @@ private:
 };
 
 """
-    includes = ['"Platform/Framework/Assert.h"', '"Platform/Framework/Entity.h"', '"Platform/Framework/VirtualSlot.h"', '"QcfLib/EvalContextBase.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"']
+    includes = ['"Platform/Framework/Assert.h"', '"Platform/Framework/Entity.h"', '"Platform/Framework/VirtualSlot.h"', '"QcfLib/EvalContextBase.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"', '"QcfLib/StoredSet.h"']
     return header("The attribute layer of the evaluation context.", includes, "Qcf::Eval", out + contextClass())
 
 
@@ -333,18 +359,16 @@ def contextSource():
     out += "\n"
     for s in CACHED:
         for suffix, flagged in (("Input", "copyOnWrite"), ("InputModifiable", "reuseOnWrite")):
-            slot = [f"Input::{s.stem}{suffix}", f"cache_->{s.stem}{suffix}"]
+            slot = [f"Input::{s.stem}{suffix}", f"cache().{s.stem}{suffix}"]
             if s.kind.isSet:
                 out += define(f"{s.kind.container} * GeneratedEvalContext::{s.stem}{suffix}Fetch(", [], ") const",
                               wrap("return fetchSet(", slot + [f"ModifyFlag::{flagged}", f"&GeneratedEvalContext::{s.stem}InputPopulate"], ");", 4).strip())
             else:
                 out += define(f"Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::{s.stem}{suffix}(", [], ") const",
                               f"return fetchedPath({', '.join(slot)});")
-    out += "\nQcfEvalContextCacheGenerated::~QcfEvalContextCacheGenerated() {\n"
-    out += "".join(f"    endLoan({s.stem}{suffix});\n" for s in SETS for suffix in ("Input", "InputModifiable")) + "}\n"
     out += "\nvoid GeneratedEvalContext::releaseModifiedSets() {\n"
     for s in SETS:
-        out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem} = nullptr;\n"
+        out += f"    if ({s.stem}Modified()) attributeContent_->{s.stem}.clear();\n"
     out += "}\n\n" + doc("How each attribute is written back.")
     out += "static constexpr void (*writeBacks[modifiableAttributeCount])(GeneratedEvalContext &, AttributeContent const &) = {\n"
     for s in MODIFIABLE:

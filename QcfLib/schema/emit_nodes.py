@@ -37,12 +37,17 @@ def getters(node):
     return rows
 
 
-def isVariable(node):
-    return node.cls.endswith("Variable")
+def effects(node):
+    """The class's NodeEffects."""
+    named = [("onlyReads", node.onlyReads, True), ("looksIntoFrame", node.frame, False), ("isLevel", node.isLevel, True),
+             ("ownsFrame", node.base == "FunctionBase", False)]
+    return "{" + ", ".join(f".{name} = {str(value).lower()}" for name, value, usual in named if value != usual) + "}"
 
 
-def hasChildren(node):
-    return any(f.isNode for f in node.fields)
+def standsOn(node):
+    """The statement that notes what stands below a node; nothing for leaves without effects."""
+    children = [f"{f.name}_" for f in node.fields if f.isNode]
+    return f"standsOn({', '.join([effects(node)] + children)});" if children or effects(node) != "{}" else ""
 
 
 def arguments(node):
@@ -72,10 +77,6 @@ def overrides(node):
             plain = any(f.name in ("value", "number") for f in node.fields) and "getVal(" in signature
             yield signature, f"return {'value_' if node.fields[0].name == 'value' else 'number_'};" if plain else ""
         yield "String toStrep() const", f"return {node.text};" if node.text else ""
-        if isVariable(node):
-            yield "bool valueDependsOnStackFrameData() const", "return true;"
-        elif hasChildren(node):
-            yield "bool valueDependsOnStackFrameData() const", "return anyChildDependsOnFrame(*this);"
     if node.base == "LogicalOperator":
         yield "String toStrep() const", ""
         yield "U8 endingValues() const", ""
@@ -105,17 +106,12 @@ def declare(node, number):
     out += f"    static constexpr U16 classNumber = {number};\n\n"
     explicit = "" if node.fields else "explicit "
     out += wrap(f"{explicit}{node.cls}(", arguments(node), ");", 4)
-    if node.isChain:
-        out += f"    ~{node.cls}() override;\n"
     out += wrap(f"static Ptr<{node.cls}> {node.cls}Is(", arguments(node), ");", 4) + "\n"
     for f in own:
         out += f"    {f.cpp} const & {f.name}() const {{ return {f.name}_; }}\n"
         if f.mutable:
-            out += f"    void {f.name}Is({f.cpp} {f.name}) {{ {f.name}_ = std::move({f.name}); }}\n"
-            out += f"    void entryIs({node.fields[0].cpp} entry) {{ entry_ = std::move(entry); }}\n"
-    if node.isChain:
-        out += "    /// For taking a chain apart without recursion.\n"
-        out += f"    {own[-1].cpp} releaseNext() {{ return std::move(next_); }}\n"
+            out += f"    void {f.name}Is({f.cpp} {f.name}) {{ {f.name}_ = std::move({f.name}); {standsOn(node)} }}\n"
+            out += f"    void entryIs({node.fields[0].cpp} entry) {{ entry_ = std::move(entry); {standsOn(node)} }}\n"
     visits = "".join(f'        visit("{f.name}", {f.name if f in own else f.name + "()"}{"_" if f in own else ""});\n' for f in node.fields)
     out += "    template <typename Visitor> void eachField(Visitor && visit) const {" + (f"\n{visits}    }}\n" if visits else " static_cast<void>(visit); }\n") + "\n"
     for signature, _ in overrides(node):
@@ -148,14 +144,14 @@ def constructor(node):
         inits.append(f"{node.mixin}(static_cast<Entity const &>(*this))")
     for f, value in zip(node.fields[node.inherited:], forwarded(node)[1 + node.inherited:]):
         inits.append(f"{f.name}_({value})")
-    return wrap(f"{node.cls}::{node.cls}(", arguments(node), ")") + wrap(": ", inits, " {}", 4)
+    statement = standsOn(node)
+    tail = f" {{\n    {statement}\n}}" if statement else " {}"
+    return wrap(f"{node.cls}::{node.cls}(", arguments(node), ")") + wrap(": ", inits, tail, 4)
 
 
 def implement(node):
     cls = node.cls
     out = constructor(node)
-    if node.isChain:
-        out += body(f"{cls}::~{cls}()", "unlinkChain(next_);")
     make = f"return makePtr<{cls}>({', '.join(forwarded(node))});"
     out += define(f"Ptr<{cls}> {cls}::{cls}Is(", arguments(node), ")", make)
     out += define(f"Ptr<{cls}> {lowerFirst(cls)}Factory(", arguments(node), ")", make)

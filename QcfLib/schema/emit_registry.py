@@ -1,7 +1,7 @@
 """Writes the table of all node classes, from which reading, writing and listing them follow."""
 
 from emit_attributes import MODIFIABLE, READABLE, AttributeClass
-from emit_nodes import MODULES
+from emit_nodes import MODULES, effects
 from text import sourceFile, wrap
 
 
@@ -40,7 +40,7 @@ def emit(numbered):
         fields = f"fields{node.cls}" if node.fields else "{}"
         types = [cpp] + [f.cpp for f in node.fields]
         rows += wrap("row(", [f'"{node.cls}"', f'"{node.namespace}"', f'"{base}"', f'"{node.collection}"', fields, info,
-                              f"&createNode<{', '.join(types)}>", f"&writeNode<{cpp}>", f"&visitChildren<{cpp}>", f"&{cpp}::memAllocationTracker"], "),", 4)
+                              f"&createNode<{', '.join(types)}>", f"&writeNode<{cpp}>", f"&visitChildren<{cpp}>", f"&{cpp}::memAllocationTracker", effects(node)], "),", 4)
     content = "namespace {\n\n" + tables + "\n} // namespace\n\n"
     content += "// NOLINTNEXTLINE(readability-function-size): one row a class\nstd::span<NodeClass const> nodeClasses() {\n    static NodeClass const table[] = {\n"
     content += "".join("    " + line + "\n" for line in rows.splitlines()) + "    };\n    return table;\n}\n"

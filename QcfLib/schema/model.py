@@ -129,6 +129,8 @@ class Node:
     mixin: str = ""
     inherited: int = 0
     namespace: str = "Qcf::Eval"
+    effect: str = ""
+    frame: bool = False
 
     @property
     def isChain(self):
@@ -137,6 +139,16 @@ class Node:
     @property
     def collection(self):
         return lowerFirst(self.cls) + "Coll"
+
+    @property
+    def onlyReads(self):
+        """Whether a node of the class, by itself, changes nothing, ends nothing and calls nothing."""
+        return not self.effect and not any(f.type.endswith("Modifiable") for f in self.fields)
+
+    @property
+    def isLevel(self):
+        """Whether the node is a level of its tree: links and functions are not."""
+        return not self.isChain and self.base != "FunctionBase"
 
 
 def source(cls, language, kind, doc, modifiable=False, max=None, default=None, initial=None, common=False):
@@ -165,7 +177,9 @@ SCALARS = {
 def node(cls, base, fields, doc, module, **more):
     """A node row. `fields` reads "name:Type ..."; `?` behind a type: may be null; `*` before it: `Ptr`
     to a mutable node. `dump` is the keyword of an operator's dump, `text` the text form of a value,
-    `sanity` the check of a list operator, `hand` the operations written by hand instead of generated."""
+    `sanity` the check of a list operator, `hand` the operations written by hand instead of generated. `effect` is
+    what a node does besides reading, where no modifiable field says it: "control" (ends, branches or calls) or "writes";
+    `frame`: it reads arguments of the running function."""
     if not doc.endswith("."):
         raise SchemaError(f"node {cls}: the sentence wants a full stop")
     parsed = []
@@ -179,4 +193,6 @@ def node(cls, base, fields, doc, module, **more):
         parsed.append(Field(name, type_, isNode, mutable, optional))
     if len({f.name for f in parsed}) != len(parsed):
         raise SchemaError(f"node {cls}: a field name twice")
+    if more.get("effect", "") not in ("", "control", "writes"):
+        raise SchemaError(f"node {cls}: no effect {more['effect']!r}")
     return Node(cls, base, parsed, doc, module, **more)

@@ -20,25 +20,39 @@ public:
     Operand(U64 min, U64 max, U64 defaultValue, U64 current)
         : IntModifiable(nextKey()), min_(min), max_(max), default_(defaultValue), value(current) {}
 
-    U64 getVal(Ptr<EvalContextBase const> const & /*context*/) const override { return value; }
+    U64 getVal(Ptr<EvalContextBase const> const & /*context*/) const override {
+        return answered(value, "value ");
+    }
+    bool negative(Ptr<EvalContextBase const> const & /*context*/) const override {
+        return answered(false, "sign ");
+    }
     void setVal(U64 v, Ptr<EvalContextBase> const & /*context*/) const override {
         value = v;
         ++writes;
     }
-    U64 min() const override { return min_; }
-    U64 max() const override { return max_; }
-    U64 defaultValue() const override { return default_; }
+    U64 min() const override { return answered(min_, "min "); }
+    U64 max() const override { return answered(max_, "max "); }
+    U64 defaultValue() const override { return answered(default_, "default "); }
     NodeClass const & typeData() const override { return *findNodeClass("Med"); }
     bool compare(PtrConst<AetNodeBase> const & /*other*/) const override { return false; }
     U32 hash(U32 seed) const override { return seed; }
     String toStrep() const override { return "operand"; }
 
 private:
+    template <typename Value>
+    Value answered(Value answer, char const * question) const {
+        if (asked != nullptr) {
+            *asked += question;
+        }
+        return answer;
+    }
+
     U64 min_, max_, default_;
 
 public:
     mutable U64 value;
     mutable int writes = 0;
+    String * asked = nullptr; ///< where to write down what is asked
 };
 
 bool truth(Expression const & node, Ptr<EvalContextBase> const & context) {
@@ -276,6 +290,23 @@ TEST(Arithmetic, AgreesWithWideIntegers) {
             }
         }
     }
+}
+
+TEST(Arithmetic, AsksForBoundsThenForValues) {
+    auto const context = makePtr<RecordingContext>();
+    String asked;
+    auto const target = makePtr<Operand>(0, 10, 3, 5);
+    auto const operand = makePtr<Operand>(0, 0, 0, 2);
+    target->asked = operand->asked = &asked;
+    auto const askedBy = [&](auto operation) {
+        asked.clear();
+        operation(*target, *operand, context);
+        return asked;
+    };
+    EXPECT_EQ(askedBy(assignWithinRange), "min max default sign value ");
+    EXPECT_EQ(askedBy(addWithinRange), "min max value sign value ");
+    EXPECT_EQ(askedBy(subtractWithinRange), "min max value sign value ");
+    EXPECT_EQ(askedBy(multiplyWithinRange), "min max value sign value ");
 }
 
 TEST(Arithmetic, OperatorsAreTrueAndWriteTheAttribute) {

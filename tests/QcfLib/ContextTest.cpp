@@ -144,6 +144,27 @@ TEST(ContextDeathTest, MisuseEndsTheProcess) {
          [](auto const & c) { c->prefixListTypeArgValues(); }},
         {"nullptr != triStateBoolTypeArgContainer",
          [](auto const & c) { c->triStateBoolTypeArgValues(); }},
+        {"nullptr != cache",
+         [](auto const & c) {
+             c->cacheDel();
+             c->reset();
+         }},
+        {"nullptr != cache",
+         [](auto const & c) {
+             c->cacheDel();
+             make<Attribute::CommunityCount>()->getVal(c);
+         }},
+        {"nullptr != attributeContent",
+         [](auto const & c) {
+             c->attributeContentDel();
+             make<Attribute::Med>()->setVal(5, c);
+         }},
+        {"nullptr != attributeContent",
+         [](auto const & c) {
+             make<Attribute::Med>()->setVal(5, c);
+             c->attributeContentDel();
+             make<Attribute::Med>()->getVal(c);
+         }},
     };
     for (Case const & c : cases) {
         auto const text = testing::HasSubstr(String("assertion failed: ") + c.text + " (");

@@ -89,6 +89,16 @@ TEST(DumpsDeathTest, ChainsThatDoNotMatch) {
     }
 }
 
+TEST(DumpsDeathTest, ChainsWithAnAbsentEntry) {
+    char const * const text = "assertion failed: nullptr != entry\\(\\)";
+    EXPECT_DEATH(make<IntLinkedList>(nullptr, nullptr)->toStrep(), text);
+    EXPECT_DEATH(make<CommunityLinkedList>(nullptr, nullptr)->toStrep(), text);
+    EXPECT_DEATH(make<FunctionArgumentList>(nullptr, nullptr)->toStrep(), text);
+    auto const head = makePtr<IntLinkedList>(
+        1, number(1), constCast(PtrConst<IntLinkedList>(make<IntLinkedList>(nullptr, nullptr))));
+    EXPECT_DEATH(make<IntSetImmediate>(head, false)->toStrep(), text);
+}
+
 TEST(Dumps, Operators) {
     auto const med = make<Attribute::Med>();
     auto const five = number(5, true);

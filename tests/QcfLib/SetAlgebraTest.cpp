@@ -1,6 +1,7 @@
 #include "QcfLib/QcfEvalLazyCollection.h"
 #include "tests/support/Trees.h"
 
+#include <numeric>
 #include <random>
 #include <set>
 #include <sstream>
@@ -209,10 +210,29 @@ TEST(SetAlgebra, LargeResultsAreNewEvenWhereTheOperandIsReusable) {
     EXPECT_NE(sum, a);
     EXPECT_EQ(sum->count(), 200U);
     EXPECT_EQ(a->count(), 100U);
-    // A scratch buffer that has grown takes it.
+    // However far the scratch buffer has grown: results must not depend on who used it before.
     scratch.reserve(200);
-    EXPECT_EQ(U64SmallVector::add(a, b, scratch), a);
-    EXPECT_EQ(a->count(), 200U);
+    EXPECT_NE(U64SmallVector::add(a, b, scratch), a);
+    EXPECT_EQ(a->count(), 100U);
+    PtrConst<U64SmallVector> const few = setOf<U64SmallVector>({1, 3, 5}, copies);
+    low.resize(128, 0);
+    std::iota(low.begin(), low.end(), U64{10});
+    PtrConst<U64SmallVector> const full = setOf<U64SmallVector>(low, reuses);
+    EXPECT_NE(U64SmallVector::add(full, few, scratch), full);
+    EXPECT_EQ(full->count(), 128U);
+}
+
+TEST(SetAlgebra, ADifferenceOfNothingLeavesTheOperandAsItIs) {
+    U64Buffer scratch;
+    for (std::size_t const size : {1U, 3U, 8U, 9U, 128U}) {
+        std::vector<U64> values(size);
+        std::iota(values.begin(), values.end(), U64{10});
+        PtrConst<U64SmallVector> const a = setOf<U64SmallVector>(values, reuses);
+        values.push_back(1000);
+        PtrConst<U64SmallVector> const b = setOf<U64SmallVector>(values, copies);
+        EXPECT_EQ(U64SmallVector::remove(a, b, scratch), nullptr);
+        EXPECT_EQ(a->count(), size);
+    }
 }
 
 TEST(SetAlgebra, MembershipAndTexts) {

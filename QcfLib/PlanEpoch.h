@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+#include <atomic>
+
+namespace Qcf::Eval {
+
+/// Which plans are in use: those made in the present epoch, none while plans are switched off. A
+/// constant that is replaced begins another epoch, since plans have constants in place. Process
+/// wide; a function that is evaluated asks it once, by one relaxed load.
+class PlanEpoch {
+public:
+    static constexpr U32 off = 0;
+
+    /// `off`, or the number of the epoch.
+    static U32 current() { return current_.load(std::memory_order_relaxed); }
+    static bool enabled() { return current() != off; }
+    static void enabledIs(bool enabled) {
+        current_.store(enabled ? number_.load(std::memory_order_relaxed) : off,
+                       std::memory_order_relaxed);
+    }
+    /// Plans made before are out of use.
+    static void next() {
+        U32 const number = number_.fetch_add(1, std::memory_order_relaxed) + 1;
+        if (enabled()) {
+            current_.store(number, std::memory_order_relaxed);
+        }
+    }
+    /// The number that a plan made now has.
+    static U32 number() { return number_.load(std::memory_order_relaxed); }
+
+private:
+    inline static std::atomic<U32> number_{1};
+    inline static std::atomic<U32> current_{1};
+};
+
+} // namespace Qcf::Eval

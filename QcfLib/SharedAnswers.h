@@ -1,0 +1,77 @@
+#pragma once
+
+#include "QcfLib/AetNode.h"
+
+#include <functional>
+#include <unordered_map>
+#include <utility>
+
+/// How a recursive look at a tree stays in proportion to its nodes, however many places share them.
+namespace Qcf::Eval {
+
+/// What one thread's present look has found out of large trees: each is asked once. Small ones are
+/// asked wherever they stand, which costs less than remembering them.
+template <typename Key, typename Answer, typename KeyHash = std::hash<Key>>
+class SharedAnswers {
+public:
+    /// Answers are remembered while there is one for a large tree.
+    class Look {
+    public:
+        explicit Look(AetNodeBase const & tree) : large_(isLarge(tree)) { depth() += large_; }
+        Look(Look const &) = delete;
+        Look & operator=(Look const &) = delete;
+        ~Look() {
+            depth() -= large_;
+            if (large_ != 0 && depth() == 0) {
+                known().clear();
+            }
+        }
+
+    private:
+        U32 large_;
+    };
+
+    /// The answer of `ask()` for the tree, which `key` names.
+    template <typename Ask>
+    static Answer of(AetNodeBase const & tree, Key const & key, Ask ask) {
+        if (isLarge(tree) == 0) {
+            return ask();
+        }
+        Look const look(tree);
+        auto const found = known().find(key);
+        if (found != known().end()) {
+            return found->second;
+        }
+        Answer const answer = ask();
+        known().emplace(key, answer);
+        return answer;
+    }
+
+private:
+    static U32 isLarge(AetNodeBase const & tree) {
+        constexpr U32 nodesOfLargeTree = 256;
+        return tree.treeFacts().size >= nodesOfLargeTree ? 1 : 0;
+    }
+    static U32 & depth() {
+        thread_local U32 depth = 0;
+        return depth;
+    }
+    static std::unordered_map<Key, Answer, KeyHash> & known() {
+        thread_local std::unordered_map<Key, Answer, KeyHash> known;
+        return known;
+    }
+};
+
+using SharedHashes = SharedAnswers<AetNodeBase const *, U32>;
+using SharedSanity = SharedAnswers<AetNodeBase const *, bool>;
+
+struct NodePairHash {
+    std::size_t operator()(std::pair<AetNodeBase const *, AetNodeBase const *> const & pair) const {
+        std::hash<AetNodeBase const *> const hash;
+        return hash(pair.first) * 31 + hash(pair.second);
+    }
+};
+using SharedComparisons =
+    SharedAnswers<std::pair<AetNodeBase const *, AetNodeBase const *>, bool, NodePairHash>;
+
+} // namespace Qcf::Eval
