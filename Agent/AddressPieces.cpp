@@ -19,7 +19,7 @@ void AddressPieces::add(U32 start, U32 bits) {
 void AddressPieces::seal() {
     // Prefixes stand in clusters: four times as many buckets leave most of them a piece or none.
     constexpr U32 widest = 15;
-    auto const tableBits = std::min<U32>(std::bit_width(4 * pieces_.size()), widest);
+    auto const tableBits = std::min(static_cast<U32>(std::bit_width(4 * pieces_.size())), widest);
     shift_ = 32 - tableBits;
     firstOfBucket_.assign((std::size_t{1} << tableBits) + 1, 0);
     for (Piece const & piece : pieces_) {

@@ -49,7 +49,7 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
     for (Number number = 0; number < entries.size(); ++number) {
         Entry & entry = entries[number];
         std::ranges::sort(entry.communities);
-        entry.communities.erase(std::ranges::unique(entry.communities).begin(),
+        entry.communities.erase(std::unique(entry.communities.begin(), entry.communities.end()),
                                 entry.communities.end());
         actions_.push_back(entry.action);
         literals_.push_back(
@@ -107,7 +107,7 @@ void CommunityMatcher<Set>::unitePermitted() {
         return;
     }
     std::ranges::sort(values);
-    values.erase(std::ranges::unique(values).begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
     permitted_ = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
     permitted_->values().reserve(values.size());
     for (Value const & value : values) {

@@ -34,7 +34,8 @@ void PrefixTrie::build(std::vector<Key> & keys, std::span<IpGenPrefix const> fro
         parents_.push_back(parent);
     }
     // About one node to an entry of the table, where addresses are spread evenly.
-    auto const tableBits = std::min<U32>(std::bit_width(from.size()), leadingBits);
+    auto const tableBits =
+        std::min<U32>(static_cast<U32>(std::bit_width(from.size())), leadingBits);
     leadingShift_ = leadingBits - tableBits;
     firstByLeading_.assign((std::size_t{1} << tableBits) + 1, 0);
     for (Key const & key : keys) {

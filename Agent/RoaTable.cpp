@@ -128,7 +128,7 @@ RoaTable::RoaTable(std::vector<Roa> const & roas) : records_(std::make_unique<Re
     std::ranges::remove_copy_if(roas, std::back_inserter(sorted), isTakenByRtrlib);
     records_->appendTo(sorted);
     std::ranges::sort(sorted);
-    sorted.erase(std::ranges::unique(sorted).begin(), sorted.end());
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     auto const firstV6 = std::ranges::partition_point(
         sorted, [](Roa const & roa) { return roa.prefix.af() == AddressFamily::ipv4; });
     size_ = sorted.size();

@@ -149,8 +149,8 @@ PtrConst<BatchChanges::Node> BatchChanges::child(JsonValue const & reference,
             return nodes_[*found];
         }
     } else if (base_ != nullptr && !removed_.contains(key)) {
-        if (auto found = base_->anyNode(key, field.accepts)) {
-            return found;
+        if (auto held = base_->anyNode(key, field.accepts)) {
+            return held;
         }
     }
     reference.fail(String("key of a node that is ") + field.wants);

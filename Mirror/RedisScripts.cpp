@@ -6,7 +6,7 @@
 
 namespace Qcf::Mirror {
 
-RedisKeys::RedisKeys(String const & name) : name(name) {
+RedisKeys::RedisKeys(String const & named) : name(named) {
     bool const fits = !name.empty() && name.size() <= 128 &&
                       std::all_of(name.begin(), name.end(), [](unsigned char c) {
                           return std::isalnum(c) != 0 || c == '.' || c == '_' || c == '-';

@@ -8,7 +8,7 @@ namespace Qcf::Mirror {
 /// cluster.
 struct RedisKeys {
     /// Throws RedisUrlError unless the name is 1 to 128 of letters, digits and `._-`.
-    explicit RedisKeys(String const & name);
+    explicit RedisKeys(String const & named);
 
     String name;
     String writer;   ///< hash: epoch, token, who, since

@@ -9,7 +9,7 @@ namespace Qcf::Mirror {
 VersionedView::Reader::~Reader() { view_.slotDel(slot_); }
 
 VersionedView::VersionedView()
-    : held_(makePtr<PolicyVersion>(VersionId(), PolicyVersion::Functions(), 0)) {
+    : held_(makePtr<PolicyVersion>(VersionId(), PolicyVersion::Functions(), U64{0})) {
     current_.store(held_.get());
 }
 

@@ -5,7 +5,7 @@ namespace Qcf::Eval {
 
 namespace {
 
-constexpr U8 bit(TriStateBoolValue value) { return U8{1} << static_cast<U8>(value); }
+constexpr U8 bit(TriStateBoolValue value) { return static_cast<U8>(1U << static_cast<U8>(value)); }
 
 } // namespace
 

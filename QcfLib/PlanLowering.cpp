@@ -263,13 +263,13 @@ PlanStep const * PlanLowering::assignment(IntAssign const & node, PlanStep const
 
 template <typename Node>
 PlanStep const * PlanLowering::arithmetic(Node const & node,
-                                          IntArithmeticStep::Arithmetic arithmetic,
+                                          IntArithmeticStep::Arithmetic operation,
                                           PlanStep const * next) {
     auto const constant = constantOf(*node.rhs());
     if (!constant || node.lhs()->source().stored == nullptr) {
         return nullptr;
     }
-    return make<IntArithmeticStep>(*node.lhs(), *constant, arithmetic, next);
+    return make<IntArithmeticStep>(*node.lhs(), *constant, operation, next);
 }
 
 PlanStep const * PlanLowering::change(Expression const & node, PlanStep const * next) {

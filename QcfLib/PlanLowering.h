@@ -63,7 +63,7 @@ private:
     PlanStep const * change(Expression const & node, PlanStep const * next);
     PlanStep const * assignment(IntAssign const & node, PlanStep const * next);
     template <typename Node>
-    PlanStep const * arithmetic(Node const & node, IntArithmeticStep::Arithmetic arithmetic,
+    PlanStep const * arithmetic(Node const & node, IntArithmeticStep::Arithmetic operation,
                                 PlanStep const * next);
 
     PlanStep const * condition(Expression const & node, PlanTargets const & targets);

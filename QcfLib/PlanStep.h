@@ -9,7 +9,7 @@ namespace Qcf::Eval {
 
 /// One run of a plan on one thread.
 struct PlanRun {
-    explicit PlanRun(Ptr<EvalContextBase> const & contextPtr) : contextPtr(contextPtr) {}
+    explicit PlanRun(Ptr<EvalContextBase> const & onContext) : contextPtr(onContext) {}
 
     EvalContext & context() const { return evalContext(contextPtr); }
 

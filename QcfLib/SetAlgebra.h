@@ -190,7 +190,7 @@ void insertInPlace(auto & values, std::span<Value const> few) {
         std::size_t const at =
             countBelow(std::span<Value const>(values.data(), values.size()), value);
         if (at == values.size() || !(values[at] == value)) {
-            values.insert(values.begin() + at, value);
+            values.insert(values.nth(at), value);
         }
     }
 }
@@ -201,7 +201,7 @@ void eraseInPlace(auto & values, std::span<Value const> few) {
         std::size_t const at =
             countBelow(std::span<Value const>(values.data(), values.size()), value);
         if (at != values.size() && values[at] == value) {
-            values.erase(values.begin() + at);
+            values.erase(values.nth(at));
         }
     }
 }

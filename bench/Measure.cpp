@@ -33,7 +33,6 @@ public:
     Lane(Result & result, Policy policy, Workload const & workload, MeasureOptions const & options)
         : result_(result),
           policy_(policy),
-          workload_(workload),
           options_(options),
           runner_(result.contender->runner(policy)),
           resident_(workload.resident),
@@ -84,7 +83,6 @@ private:
 
     Result & result_;
     Policy policy_;
-    Workload const & workload_;
     MeasureOptions const & options_;
     std::unique_ptr<Runner> runner_;
     Slice resident_;

@@ -119,7 +119,7 @@ PrefixEntries bigPrefixList(Chooser & chooser, std::size_t size) {
             permit(entries, prefix, prefix.len(), prefix.len());
         } else {
             IpGenPrefix const prefix = chooser.prefixElsewhere(14, 22);
-            permit(entries, prefix, prefix.len() + entries.size() % 3, 24);
+            permit(entries, prefix, prefix.len() + static_cast<U32>(entries.size() % 3), 24);
         }
     }
     return entries;

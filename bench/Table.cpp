@@ -10,21 +10,21 @@ constexpr U64 seed = 1;
 
 } // namespace
 
-Table Table::generated(std::size_t routes) {
-    Agent::TableGenerator generator(routes, seed);
+Table Table::generated(std::size_t count) {
+    Agent::TableGenerator generator(count, seed);
     Table table;
-    table.routes.resize(routes);
+    table.routes.resize(count);
     for (auto & route : table.routes) {
         generator.next(route);
     }
     return table;
 }
 
-Table Table::sample(std::size_t routes) const {
+Table Table::sample(std::size_t count) const {
     Table table;
-    table.routes.reserve(routes);
-    for (std::size_t i = 0; i < routes; ++i) {
-        table.routes.push_back(this->routes[i * size() / routes]);
+    table.routes.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        table.routes.push_back(routes[i * size() / count]);
     }
     return table;
 }

@@ -14,9 +14,9 @@ struct Table {
     std::size_t size() const { return routes.size(); }
 
     /// The first routes of the generated table; the same ones in every run.
-    static Table generated(std::size_t routes);
+    static Table generated(std::size_t count);
     /// So many of this table's routes, evenly spread over it and moved together.
-    Table sample(std::size_t routes) const;
+    Table sample(std::size_t count) const;
 };
 
 /// A run of a table's routes.

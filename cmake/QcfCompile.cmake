@@ -14,7 +14,7 @@ endif()
 
 add_library(QcfCompile INTERFACE)
 target_compile_features(QcfCompile INTERFACE cxx_std_20)
-target_compile_options(QcfCompile INTERFACE -Wall -Wextra -Wpedantic)
+target_compile_options(QcfCompile INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 if(QCF_WERROR)
     target_compile_options(QcfCompile INTERFACE -Werror)
 endif()

@@ -160,7 +160,7 @@ bool plainMatches(std::vector<PlainEntry> const & entries, std::set<U64> const &
 
 std::set<U64> pick(std::mt19937 & random, U32 most) {
     std::set<U64> picked;
-    for (U32 left = random() % (most + 1); left > 0; --left) {
+    for (auto left = random() % (most + 1); left > 0; --left) {
         picked.insert((U64{1} << 16) + random() % 12);
     }
     return picked;

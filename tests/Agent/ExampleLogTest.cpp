@@ -187,6 +187,6 @@ INSTANTIATE_TEST_SUITE_P(Policies, ExampleLogs,
                                          Example{"route-server-export", "export_to_64502"},
                                          Example{"fabric", "fabric_import"},
                                          Example{"fabric", "fabric_export"}),
-                         [](auto const & info) { return String(info.param.function); });
+                         [](auto const & each) { return String(each.param.function); });
 
 } // namespace

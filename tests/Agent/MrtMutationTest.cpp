@@ -67,7 +67,8 @@ TEST(MrtMutation, SharesReadWhatOneReaderReads) {
             file += Mutator(round + i).mutate(files[i % 3], files);
         }
         Outcome const alone = readAll(file);
-        for (auto const & [shares, stretch] : {std::pair{1, 1}, {2, 1}, {3, 200}, {5, 700}}) {
+        for (auto const & [shares, stretch] :
+             {std::pair{1U, 1U}, {2U, 1U}, {3U, 200U}, {5U, 700U}}) {
             EXPECT_EQ(readByShares(file, shares, stretch), alone)
                 << "round " << round << ", " << shares << " shares of " << stretch << " bytes";
         }

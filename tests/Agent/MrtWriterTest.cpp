@@ -113,7 +113,7 @@ TEST(TableGenerator, IsShapedLikeTheTableOfTheInternet) {
     EXPECT_EQ(routes, count);
     EXPECT_NEAR(v4, 0.82 * count, 0.02 * count);
     EXPECT_NEAR(v4Lengths[24], 0.6 * v4, 0.05 * v4);
-    for (U32 const length : {19, 20, 21, 22, 23}) {
+    for (U32 const length : {19U, 20U, 21U, 22U, 23U}) {
         EXPECT_NEAR(v4Lengths[length], 0.07 * v4, 0.05 * v4) << length;
     }
     EXPECT_LT(v4Lengths[8], 100);

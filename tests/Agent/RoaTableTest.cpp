@@ -93,12 +93,12 @@ TEST(RoaTable, AgreesWithRtrlib) {
             r.prefix = randomPrefix(random, 1);
             U32 const width = addressWidth(r.prefix.af());
             r.maxLength = static_cast<U8>(r.prefix.len() + random() % (width + 1 - r.prefix.len()));
-            r.asn = random() % 5;
+            r.asn = static_cast<U32>(random() % 5);
         }
         RoaTable const table(roas);
         for (U32 i = 0; i < 500; ++i) {
             auto const candidate = randomPrefix(random, 0);
-            U32 const origin = random() % 6;
+            U32 const origin = static_cast<U32>(random() % 6);
             auto const validity = table.validate(candidate, origin);
             ASSERT_EQ(validity, table.validateByRtrlib(candidate, origin))
                 << "round " << round << ": " << candidate << " from AS " << origin;

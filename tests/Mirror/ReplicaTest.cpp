@@ -174,7 +174,8 @@ TEST(Replica, everyClassAndEveryFieldIsMirrored) {
         int const fields = static_cast<int>(nodeClass.fields.size());
         status->startOfDedupedFunctionUpdatesMarkerIs(++marker);
         for (int changed = -1; changed < fields; ++changed) {
-            if (changed < 0 || NodeMaker::canChange(nodeClass.fields[changed])) {
+            if (changed < 0 ||
+                NodeMaker::canChange(nodeClass.fields[static_cast<std::size_t>(changed)])) {
                 storeCopy(*NodeMaker::node(nodeClass, 1, changed), status->nodes(), key);
             }
         }

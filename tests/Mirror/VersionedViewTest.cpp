@@ -11,7 +11,7 @@ namespace {
 
 PtrConst<PolicyVersion> version(U64 number) {
     return makePtr<PolicyVersion>(VersionId{number, std::to_string(number), {}},
-                                  PolicyVersion::Functions(), 0);
+                                  PolicyVersion::Functions(), U64{0});
 }
 
 TEST(VersionedView, aPinKeepsItsVersionAndTheLastOneFreesIt) {

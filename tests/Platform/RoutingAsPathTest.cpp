@@ -156,8 +156,8 @@ void prependOne(std::deque<std::pair<SegmentType, std::deque<Asn>>> & model, Asn
 }
 
 TEST(RoutingAsnVector, prependIsOneByOneFromTheLast) {
-    for (std::size_t const held : {0, 1, 200, 254, 255, 256, 600}) {
-        for (std::size_t const added : {0, 1, 2, 54, 55, 56, 255, 256, 510, 511, 1000}) {
+    for (std::size_t const held : {0U, 1U, 200U, 254U, 255U, 256U, 600U}) {
+        for (std::size_t const added : {0U, 1U, 2U, 54U, 55U, 56U, 255U, 256U, 510U, 511U, 1000U}) {
             for (SegmentType const type :
                  {SegmentType::sequence, SegmentType::set, SegmentType::confedSequence}) {
                 AsnVector p;

@@ -108,9 +108,9 @@ TEST(AsPathOperators, MatchAnAccessListUnderTheNodesKey) {
         context->reset();
         context->calls.clear();
         context->matchAnswer = answer;
-        auto const node = makePtr<AsPathMatchAsPathAccessList>(77, asPath(), "A", U16{1});
+        auto const node = makePtr<AsPathMatchAsPathAccessList>(U64{77}, asPath(), "A", U16{1});
         EXPECT_EQ(node->eval(context), EvalResult::fromBool(answer));
-        makePtr<AsPathMatchAsPathAccessList>(78, asPath(), "A", U16{2})->eval(context);
+        makePtr<AsPathMatchAsPathAccessList>(U64{78}, asPath(), "A", U16{2})->eval(context);
         EXPECT_EQ(context->takeCalls(),
                   "asPathInputPopulate; matchAsPathAccessList 1 {2,3} 77 list; "
                   "matchAsPathAccessList 1 {2,3} 78 null");

@@ -62,14 +62,15 @@ TEST(CommunityValues, MasksPickBits) {
 }
 
 TEST(CommunityValues, Texts) {
-    auto const bandwidth = makePtr<BandwidthImmediate>(4711, 8000.0F);
-    EXPECT_EQ((makePtr<BandwidthToCommunityValue>(1, bandwidth, U8{64})->toStrep()),
+    auto const bandwidth = makePtr<BandwidthImmediate>(U64{4711}, 8000.0F);
+    EXPECT_EQ((makePtr<BandwidthToCommunityValue>(U64{1}, bandwidth, U8{64})->toStrep()),
               "BandwidthImmediate#4711 with  bandwidth val 8000@ with offset @");
-    auto const base = makePtr<CommunityValueImmediate>(12, low1);
-    EXPECT_EQ((makePtr<CommunityValueDynamic>(1, base, constant(lbw1), Acl::CommunityValue(3, 4))
-                   ->toStrep()),
-              "CommunityValueImmediate#12 with dynamic val 0x40040000000000010:3:4"
-              " with dynamic mask 0:3:4");
+    auto const base = makePtr<CommunityValueImmediate>(U64{12}, low1);
+    EXPECT_EQ(
+        (makePtr<CommunityValueDynamic>(U64{1}, base, constant(lbw1), Acl::CommunityValue(3, 4))
+             ->toStrep()),
+        "CommunityValueImmediate#12 with dynamic val 0x40040000000000010:3:4"
+        " with dynamic mask 0:3:4");
     EXPECT_EQ(
         make<ExtCommSetToLinkBandwidthExtCommValue>(make<Attribute::ExtCommunity>())->toStrep(),
         "LBW from ext_community");

@@ -65,7 +65,7 @@ TEST(Context, NullMatchersAreEmptyTables) {
 TEST(Context, LogKeepsRisingKeysOnly) {
     auto const context = bareContext();
     context->shouldLogEvalIs(true);
-    for (U64 const key : {5, 3, 7, 7, 5}) {
+    for (U64 const key : {5U, 3U, 7U, 7U, 5U}) {
         context->log(key, EvalResult::fromBool(key == 7));
     }
     context->log(~U64{0}, EvalResult());

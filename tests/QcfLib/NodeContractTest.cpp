@@ -181,9 +181,9 @@ namespace {
 template <typename Link, typename Entry>
 Ptr<Link> longChain(PtrConst<Entry> const & entry, std::size_t length,
                     PtrConst<Entry> const & last) {
-    auto head = makePtr<Link>(1, last, nullptr);
+    auto head = makePtr<Link>(U64{1}, last, nullptr);
     for (std::size_t i = 1; i < length; ++i) {
-        head = makePtr<Link>(1, entry, std::move(head));
+        head = makePtr<Link>(U64{1}, entry, std::move(head));
     }
     return head;
 }
@@ -223,8 +223,8 @@ TEST(Chains, OfManyLinksNeedNoStack) {
 TEST(Chains, SharedTailsOutliveTheirHeads) {
     auto const tail = longChain<IntLinkedList>(number(3), 100'000, number(3));
     {
-        auto head = makePtr<IntLinkedList>(1, number(1), tail);
-        auto const other = makePtr<IntLinkedList>(1, number(2), tail);
+        auto head = makePtr<IntLinkedList>(U64{1}, number(1), tail);
+        auto const other = makePtr<IntLinkedList>(U64{1}, number(2), tail);
         head = nullptr;
         EXPECT_TRUE(other->next() == tail);
     }

@@ -78,7 +78,8 @@ public:
             // A context meets both forms: a route now and then is evaluated by the tree anyhow.
             bool const byTree = route.below(8) == 0;
             Plan::enabledIs(planned && !byTree);
-            auto const & other = program.functions[route.below(program.functions.size())];
+            auto const & other =
+                program.functions[route.below(static_cast<U32>(program.functions.size()))];
             auto const & main = program.functions.back();
             for (auto const & function : {main, other, main}) {
                 if (program.faultOf(*function).eval.empty()) {

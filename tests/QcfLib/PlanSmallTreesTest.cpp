@@ -186,7 +186,7 @@ private:
             visit(make<ExitExpression>(operand));
         }
         for (char const * const op : {"and", "or", "??"}) {
-            for (std::size_t const count : {2, 3}) {
+            for (std::size_t const count : {2U, 3U}) {
                 eachList(size, count, {},
                          [&](Expressions const & operands) { visit(logical(op, operands)); });
             }

@@ -11,7 +11,7 @@ namespace Qcf::Eval::test {
 template <typename Status, typename Set>
 class ValueList final : public Status {
 public:
-    explicit ValueList(Ptr<Set> values) : values(std::move(values)) {}
+    explicit ValueList(Ptr<Set> held) : values(std::move(held)) {}
     Ptr<Set> const values;
 };
 
@@ -37,7 +37,7 @@ private:
 inline PtrConst<ExternalMatchersBase> listsOfAllKinds() {
     using namespace Routing::RouteMap;
     auto lists = makePtr<ExternalMatchersBase>();
-    for (U16 const slot : {1, 3}) {
+    for (U16 const slot : {U16{1}, U16{3}}) {
         auto const integers = makePtr<U64SmallVector>(ModifyFlag::copyOnWrite);
         auto const extended = makePtr<CommunitySmallVector>(ModifyFlag::copyOnWrite);
         auto const large = makePtr<CommunitySmallVector>(ModifyFlag::copyOnWrite);

@@ -31,7 +31,7 @@ private:
         static constexpr U8 edges[] = {0x00, 0x01, 0x7f, 0x80, 0xff};
         switch (below(6)) {
         case 0:
-            bytes[at] = static_cast<char>(bytes[at] ^ (1U << below(8)));
+            bytes[at] = static_cast<char>(bytes[at] ^ (1 << below(8)));
             break;
         case 1:
             bytes[at] = static_cast<char>(edges[below(std::size(edges))]);

@@ -85,7 +85,7 @@ struct RandomDocument::TestFamily {
 };
 
 RandomDocument::RandomDocument(U32 seed, Options options)
-    : options_(options), random_(seed), familiar_(random_()) {}
+    : options_(options), random_(seed), familiar_(static_cast<U32>(random_())) {}
 
 String RandomDocument::functions(U32 count) {
     String text = R"({"qcf":"aet/1","functions":[)";
