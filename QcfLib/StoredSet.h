@@ -16,8 +16,9 @@ template <typename Set>
 class StoredSet {
 public:
     StoredSet() = default;
-    StoredSet(StoredSet const &) = delete;
-    StoredSet & operator=(StoredSet const &) = delete;
+    /// A copy owns its set.
+    StoredSet(StoredSet const & other) : set_(other.set_) {}
+    StoredSet & operator=(StoredSet const & other) { return *this = PtrConst<Set>(other.set_); }
     ~StoredSet() { clear(); }
 
     StoredSet & operator=(PtrConst<Set> set) {

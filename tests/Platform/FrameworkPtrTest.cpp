@@ -140,17 +140,26 @@ TEST(Ptr, LastUserGoneMayKeepTheObject) {
     delete pool.back();
 }
 
-TEST(Ptr, ImmortalObjectsAreNotCounted) {
+TEST(Ptr, BorrowedOnesAreNotCountedButTheirCopiesAre) {
     int gone = 0;
-    Square constant(&gone);
-    constant.immortalIs();
+    Ptr<Square const> kept;
     {
-        Ptr<Square> const p(&constant);
-        std::vector<Ptr<Square const>> const more(3, p);
-        EXPECT_EQ(constant.refCount(), 0U);
+        auto const owner = makePtr<Square>(&gone);
+        {
+            BorrowedPtr<Square const> const borrowed(owner.get());
+            EXPECT_EQ(owner->refCount(), 1U);
+            EXPECT_EQ(countSeen(borrowed), 1U);
+            kept = borrowed;
+            EXPECT_EQ(owner->refCount(), 2U);
+        }
+        EXPECT_EQ(owner->refCount(), 2U);
     }
-    EXPECT_TRUE(constant.immortal());
     EXPECT_EQ(gone, 0);
+    EXPECT_EQ(kept->refCount(), 1U);
+    kept = nullptr;
+    EXPECT_EQ(gone, 1);
+    BorrowedPtr<Square const> const none(nullptr);
+    EXPECT_FALSE(static_cast<Ptr<Square const> const &>(none));
 }
 
 TEST(Ptr, CountsAreExactAcrossThreadsAndWithoutThem) {

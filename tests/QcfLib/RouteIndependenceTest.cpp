@@ -1,4 +1,3 @@
-#include "tests/support/ListContext.h"
 #include "tests/support/Plans.h"
 
 #include <algorithm>
@@ -26,6 +25,22 @@ std::vector<Acl::CommunityValue> plains(U64 from, U64 count) {
     return values;
 }
 
+/// An agent whose list edits gather their result in the scratch buffer, as edits of sets do.
+class GatheringContext final : public RecordingContext {
+public:
+    CommunitySetPtr
+    extCommRetainExtCommList(CommunitySetPtr const & set,
+                             PtrConst<ExtCommListStatus> const & /*status*/) override {
+        auto & scratch = communitySetScratch();
+        scratch.assign(set->begin(), set->end());
+        auto result = makePtr<CommunitySmallVector>(ModifyFlag::reuseOnWrite);
+        for (auto const & value : scratch) {
+            result->insert(value);
+        }
+        return result;
+    }
+};
+
 /// Routes of few communities are as usual; those of many are edited by a list, in the agent's
 /// scratch buffer.
 Ptr<Function> policy() {
@@ -50,7 +65,7 @@ std::vector<Acl::CommunityValue> routeOf(std::size_t number) {
 }
 
 std::vector<String> verdicts(Function const & f, std::vector<std::size_t> const & order) {
-    auto const context = makePtr<ListContext>();
+    auto const context = makePtr<GatheringContext>();
     std::vector<String> all(order.size());
     for (std::size_t const number : order) {
         context->extCommunity = routeOf(number);
@@ -69,7 +84,7 @@ TEST(Routes, AreIndependentOfTheirOrder) {
         PlansEnabled const on(plans);
         std::vector<String> alone;
         for (std::size_t const number : order) {
-            auto const context = makePtr<ListContext>();
+            auto const context = makePtr<GatheringContext>();
             context->extCommunity = routeOf(number);
             alone.push_back(outcome(*f, context));
         }
