@@ -4,6 +4,11 @@
 #include <memory>
 #include <vector>
 
+TypeData const & Entity::typeData() const {
+    static TypeData const entity{.kind = TypeData::Kind::entity, .name = "Entity"};
+    return entity;
+}
+
 /// The subscriptions of one publisher. Counted, because a listener may destroy the publisher that
 /// is calling it. While a notification runs (`running` > 0) no subscription moves or is destroyed:
 /// ended ones only lose their id and are swept afterwards.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Framework/Ptr.h"
+#include "Platform/Framework/TypeData.h"
 #include "Platform/Framework/Types.h"
 
 #include <functional>
@@ -67,6 +68,16 @@ public:
     void parentIs(Entity const * parent) const noexcept { parent_ = parent; }
     /// The entity's change publisher; one may listen to a constant entity.
     virtual Publisher & publisher() const { return publisher_; }
+    /// What is known of the entity's class, or of the nearest base that has a record.
+    virtual TypeData const & typeData() const;
+    /// Told of each change of the entity before its listeners are.
+    virtual void onNotification(Notification const & /*notification*/) const {}
+
+    /// Tells the entity itself and its listeners of a change.
+    void publish(Notification const & notification) const {
+        onNotification(notification);
+        publisher().publish(notification);
+    }
 
 private:
     mutable Entity const * parent_ = nullptr;

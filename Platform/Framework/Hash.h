@@ -3,6 +3,7 @@
 #include "Platform/Framework/Types.h"
 
 #include <bit>
+#include <functional>
 #include <string_view>
 
 /// Incremental 32-bit hash over values of stated width.
@@ -60,4 +61,13 @@ private:
     }
 
     U64 state_;
+};
+
+/// `std::hash` of a value type by its `hash(seed)`, for keys of maps:
+///
+///     template <>
+///     struct std::hash<EthAddr> : HashOfValue<EthAddr> {};
+template <typename Value>
+struct HashOfValue {
+    std::size_t operator()(Value const & value) const noexcept { return value.hash(0); }
 };

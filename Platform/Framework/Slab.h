@@ -35,8 +35,6 @@
 ///             Slab<Block>::deallocate(p, size);
 ///         }
 ///     };
-///
-/// or, where a second empty base does no harm, `class Block : public SlabFor<Block>`.
 class SlabCore;
 
 /// Counts of the objects of one class. Exact when no other thread is allocating or freeing just
@@ -194,17 +192,4 @@ public:
 private:
     inline static constinit SlabCore core_{sizeof(T), alignof(T)};
     inline static constinit thread_local slabDetail::Magazine magazine_{};
-};
-
-/// Empty base that gives T its operators new and delete over its slab.
-template <class T>
-struct SlabFor {
-    // NOLINTNEXTLINE(misc-new-delete-overloads): the sized form below is its match.
-    static void * operator new(std::size_t size) { return Slab<T>::allocate(size); }
-    static void operator delete(void * memory, std::size_t size) noexcept {
-        Slab<T>::deallocate(memory, size);
-    }
-    static MemAllocationTracker const & memAllocationTracker() noexcept {
-        return Slab<T>::tracker();
-    }
 };

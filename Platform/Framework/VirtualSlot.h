@@ -25,11 +25,11 @@ VirtualSlots virtualSlotsOf(Object const & object) {
     return slots;
 }
 
-/// Whether the object's class has another function than `baseSlots` in the place of `operation`, a
-/// virtual member function of a class whose objects start with their table pointer.
-template <typename Object, typename Operation>
-bool overridesSlot(Object const & object, VirtualSlots baseSlots, Operation operation) {
 #if QCF_VIRTUAL_SLOTS_READABLE
+/// Where the slot of `operation`, a virtual member function of a class whose objects start with
+/// their table pointer, lies in the table: bytes from its start.
+template <typename Operation>
+std::ptrdiff_t virtualSlotOffset(Operation operation) {
     struct {
         std::ptrdiff_t pointer;
         std::ptrdiff_t adjustment;
@@ -37,10 +37,19 @@ bool overridesSlot(Object const & object, VirtualSlots baseSlots, Operation oper
     static_assert(sizeof operation == sizeof member);
     std::memcpy(&member, &operation, sizeof member);
 #if defined(__arm__) || defined(__aarch64__)
-    std::ptrdiff_t const offset = member.pointer; // the adjustment carries the virtual bit
+    return member.pointer; // the adjustment carries the virtual bit
 #else
-    std::ptrdiff_t const offset = member.pointer - 1;
+    return member.pointer - 1;
 #endif
+}
+#endif
+
+/// Whether the object's class has another function than `baseSlots` in the place of `operation`, as
+/// above.
+template <typename Object, typename Operation>
+bool overridesSlot(Object const & object, VirtualSlots baseSlots, Operation operation) {
+#if QCF_VIRTUAL_SLOTS_READABLE
+    std::ptrdiff_t const offset = virtualSlotOffset(operation);
     return std::memcmp(virtualSlotsOf(object) + offset, baseSlots + offset, sizeof(void *)) != 0;
 #else
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 
 #include <compare>
@@ -66,3 +67,6 @@ static_assert(sizeof(CommunityValue) == 12);
 std::ostream & operator<<(std::ostream & out, CommunityValue const & community);
 
 } // namespace Acl
+
+template <>
+struct std::hash<Acl::CommunityValue> : HashOfValue<Acl::CommunityValue> {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 
 #include <array>
@@ -40,3 +41,6 @@ private:
 std::ostream & operator<<(std::ostream & out, Esid const & esid);
 
 } // namespace Evpn
+
+template <>
+struct std::hash<Evpn::Esid> : HashOfValue<Evpn::Esid> {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 
 #include <array>
@@ -35,3 +36,6 @@ private:
 };
 
 std::ostream & operator<<(std::ostream & out, EthAddr const & addr);
+
+template <>
+struct std::hash<EthAddr> : HashOfValue<EthAddr> {};

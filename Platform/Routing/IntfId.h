@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 
 #include <compare>
@@ -33,3 +34,6 @@ private:
 };
 
 std::ostream & operator<<(std::ostream & out, IntfId const & intf);
+
+template <>
+struct std::hash<IntfId> : HashOfValue<IntfId> {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 
 #include <array>
@@ -105,3 +106,6 @@ private:
 };
 
 std::ostream & operator<<(std::ostream & out, IpGenAddr const & addr);
+
+template <>
+struct std::hash<IpGenAddr> : HashOfValue<IpGenAddr> {};

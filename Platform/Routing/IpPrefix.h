@@ -110,3 +110,6 @@ private:
 };
 
 std::ostream & operator<<(std::ostream & out, IpGenPrefix const & prefix);
+
+template <>
+struct std::hash<IpGenPrefix> : HashOfValue<IpGenPrefix> {};

@@ -65,7 +65,6 @@ public:
     std::set<String, std::less<>> const & features() const { return features_; }
 
     void featureIs(String feature) { features_.insert(std::move(feature)); }
-    bool contains(std::string_view feature) const { return features_.contains(feature); }
 
     bool operator==(RouteMapFeatures const &) const = default;
 

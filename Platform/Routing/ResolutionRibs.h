@@ -62,3 +62,7 @@ private:
 std::ostream & operator<<(std::ostream & out, ResolutionRibProfileConfig const & profile);
 
 } // namespace Routing::Rib
+
+template <>
+struct std::hash<Routing::Rib::ResolutionRibProfileConfig>
+    : HashOfValue<Routing::Rib::ResolutionRibProfileConfig> {};

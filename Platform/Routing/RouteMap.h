@@ -35,6 +35,12 @@ public:
     ~AsPathListStatus() override = default;
 };
 
+/// The same for tables of route origin authorizations.
+class RoaTableStatus : public PtrInterface {
+public:
+    ~RoaTableStatus() override = default;
+};
+
 /// Content of a named set of tags; a new one is empty.
 class TagSetStatus : public PtrInterface {
 public:

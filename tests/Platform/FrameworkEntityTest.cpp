@@ -10,7 +10,27 @@ namespace {
 
 Notification change(char const * attribute) { return {.attribute = attribute}; }
 
+/// Notes what it is told beside its listeners.
+class Noting final : public Entity {
+public:
+    void onNotification(Notification const & notification) const override {
+        heard += String("own ") + notification.attribute + ";";
+    }
+    mutable String heard;
+};
+
 } // namespace
+
+TEST(Entity, IsToldOfItsChangesBeforeItsListeners) {
+    auto const entity = makePtr<Noting>();
+    entity->publish(change("a"));
+    entity->publisher().subscribe(
+        [&](Notification const & n) { entity->heard += String("listener ") + n.attribute + ";"; });
+    entity->publish(change("b"));
+    EXPECT_EQ(entity->heard, "own a;own b;listener b;");
+    EXPECT_STREQ(entity->typeData().name, "Entity");
+    EXPECT_EQ(entity->typeData().kind, TypeData::Kind::entity);
+}
 
 TEST(Entity, TellsListenersOfAConstantEntity) {
     Ptr<Entity const> const parent = makePtr<Entity>();

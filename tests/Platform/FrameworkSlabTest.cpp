@@ -52,12 +52,22 @@ struct Late {
     U64 word = 0;
 };
 
-class Throwing : public PtrInterface, public SlabFor<Throwing> {
+class Throwing : public PtrInterface {
 public:
     Throwing() { throw std::runtime_error("no"); }
+    static void * operator new(std::size_t size) { return Slab<Throwing>::allocate(size); }
+    static void operator delete(void * memory, std::size_t size) noexcept {
+        Slab<Throwing>::deallocate(memory, size);
+    }
 };
 
-class Wide : public PtrInterface, public SlabFor<Wide> {};
+class Wide : public PtrInterface {
+public:
+    static void * operator new(std::size_t size) { return Slab<Wide>::allocate(size); }
+    static void operator delete(void * memory, std::size_t size) noexcept {
+        Slab<Wide>::deallocate(memory, size);
+    }
+};
 class Wider final : public Wide {
 public:
     std::array<U64, 100> more{};
@@ -153,16 +163,16 @@ TEST(Slab, ServesDestructorsThatRunAfterAThreadsMagazinesWentBack) {
 
 TEST(Slab, ConstructorsThatThrowLeaveNothingBehind) {
     EXPECT_THROW(makePtr<Throwing>(), std::runtime_error);
-    EXPECT_EQ(Throwing::memAllocationTracker().live(), 0U);
-    EXPECT_EQ(Throwing::memAllocationTracker().allocated(), 1U);
+    EXPECT_EQ(Slab<Throwing>::tracker().live(), 0U);
+    EXPECT_EQ(Slab<Throwing>::tracker().allocated(), 1U);
 }
 
 TEST(Slab, DerivedObjectsOfAnotherSizeAreNotMixedIn) {
     Ptr<Wide> wide = makePtr<Wide>();
     Ptr<Wide> wider = makePtr<Wider>();
-    EXPECT_EQ(Wide::memAllocationTracker().live(), 1U);
+    EXPECT_EQ(Slab<Wide>::tracker().live(), 1U);
     wider = nullptr;
-    EXPECT_EQ(Wide::memAllocationTracker().live(), 1U);
+    EXPECT_EQ(Slab<Wide>::tracker().live(), 1U);
     wide = nullptr;
-    EXPECT_EQ(Wide::memAllocationTracker().live(), 0U);
+    EXPECT_EQ(Slab<Wide>::tracker().live(), 0U);
 }

@@ -1,0 +1,34 @@
+#include "Platform/Framework/TypeData.h"
+
+#include <algorithm>
+
+namespace {
+
+template <typename Rows, typename Predicate>
+auto const * found(Rows const & rows, Predicate predicate) {
+    auto const row = std::find_if(rows.begin(), rows.end(), predicate);
+    return row == rows.end() ? nullptr : &*row;
+}
+
+} // namespace
+
+String TypeData::qualifiedName() const {
+    return *nameSpace == '\0' ? String(name) : String(nameSpace) + "::" + name;
+}
+
+FieldInfo const * TypeData::field(std::string_view fieldName) const {
+    return found(fields, [&](FieldInfo const & f) { return f.name == fieldName; });
+}
+
+EnumeratorInfo const * TypeData::enumerator(U64 number) const {
+    return found(enumerators, [&](EnumeratorInfo const & e) { return e.number == number; });
+}
+
+EnumeratorInfo const * TypeData::enumerator(std::string_view enumeratorName) const {
+    return found(enumerators, [&](EnumeratorInfo const & e) { return e.name == enumeratorName; });
+}
+
+bool TypeData::isSameType(TypeData const & other) const {
+    return this == &other ||
+           (std::string_view(name) == other.name && std::string_view(nameSpace) == other.nameSpace);
+}
