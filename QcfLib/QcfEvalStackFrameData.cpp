@@ -1,6 +1,9 @@
 #include "QcfLib/QcfEvalStackFrameData.h"
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
+
+#include <algorithm>
+#include <bit>
 
 namespace Qcf::Eval {
 
@@ -9,6 +12,15 @@ namespace {
 template <typename Container>
 bool sameValues(Ptr<Container> const & a, Ptr<Container> const & b) {
     return a == b || (a && b && a->values == b->values);
+}
+
+/// By their bits: a frame equals itself whatever it holds.
+bool sameBandwidths(Ptr<BandwidthTypeArgContainer> const & a,
+                    Ptr<BandwidthTypeArgContainer> const & b) {
+    auto const sameBits = [](F32 x, F32 y) {
+        return std::bit_cast<U32>(x) == std::bit_cast<U32>(y);
+    };
+    return a == b || (a && b && std::ranges::equal(a->values, b->values, sameBits));
 }
 
 } // namespace
@@ -54,7 +66,7 @@ StackFrameData_::operator bool() const {
 
 bool StackFrameData_::isEq(StackFrameData_ const & other) const {
     return sameValues(aetNodePtrs_, other.aetNodePtrs_) &&
-           sameValues(bandwidths_, other.bandwidths_) && sameValues(ints_, other.ints_) &&
+           sameBandwidths(bandwidths_, other.bandwidths_) && sameValues(ints_, other.ints_) &&
            sameValues(prefixLists_, other.prefixLists_) &&
            sameValues(triStateBools_, other.triStateBools_) && logHead_ == other.logHead_ &&
            logCurrent_ == other.logCurrent_;

@@ -9,6 +9,10 @@
 
 #include <boost/container/small_vector.hpp>
 
+namespace Qcf {
+class AetCollections;
+}
+
 namespace Qcf::Eval {
 
 class EvalContextBase;
@@ -69,6 +73,26 @@ public:
     }
     PtrConst<Debug::EvaluationLog> const & logHead() const { return logHead_; }
     Ptr<Debug::EvaluationLog> const & logCurrent() const { return logCurrent_; }
+    void aetNodePtrArgContainerIs(Ptr<AetNodePtrArgContainer> container) {
+        aetNodePtrs_ = std::move(container);
+        touched_ = true;
+    }
+    void bandwidthTypeArgContainerIs(Ptr<BandwidthTypeArgContainer> container) {
+        bandwidths_ = std::move(container);
+        touched_ = true;
+    }
+    void intTypeArgContainerIs(Ptr<IntTypeArgContainer> container) {
+        ints_ = std::move(container);
+        touched_ = true;
+    }
+    void prefixListTypeArgContainerIs(Ptr<PrefixListTypeArgContainer> container) {
+        prefixLists_ = std::move(container);
+        touched_ = true;
+    }
+    void triStateBoolTypeArgContainerIs(Ptr<TriStateBoolTypeArgContainer> container) {
+        triStateBools_ = std::move(container);
+        touched_ = true;
+    }
     void logHeadIs(PtrConst<Debug::EvaluationLog> logHead) {
         logHead_ = std::move(logHead);
         touched_ = true;
@@ -96,7 +120,8 @@ public:
     bool touched() const { return touched_; }
     /// True when anything is set.
     explicit operator bool() const;
-    /// Equal when every container holds equal values and the logs are the same objects.
+    /// Equal when every container holds equal values, bandwidths by their bits, and the logs are
+    /// the same objects.
     bool isEq(StackFrameData_ const & other) const;
     bool operator==(StackFrameData_ const & other) const { return isEq(other); }
 
@@ -114,12 +139,23 @@ private:
     bool touched_ = false;
 };
 
-/// The arguments as text, `{ints: 1,-2; bandwidths: 8000; triStateBools: true}`. Prefix lists and
-/// references are shown by their number, a log by its first key.
+/// The frame as text, with each container that is set:
+///
+///     {ints: 1,-2; bandwidths: 8000; triStateBools: true; prefixLists: v4,null;
+///      aetNodePtrs: Community#12; log: 5}
+///
+/// (on one line). A node is shown by its class and key, a prefix list by its family, a log by the
+/// key of its first record. A container without values ends at its colon.
 std::ostream & operator<<(std::ostream & out, StackFrameData_ const & frame);
 
-/// Reads back the text of a frame of value arguments; throws ParseError on anything else, such as a
-/// frame with references, prefix lists or a log, which a text cannot bring back.
-StackFrameData_ strepToStackFrameData(String const & text);
+/// Reads such a text back; throws ParseError on anything else. What comes back is equal to what was
+/// written (a bandwidth that is no number loses the bits behind its sign).
+///
+/// - Values come back, and containers without any.
+/// - Nodes come back from the store that is given, which must outlive the frame's use; without one,
+///   or where it has no value node of that class and key, they are refused.
+/// - Of prefix lists only null comes back: the others are lent by the external matchers of one
+///   evaluation, and a log is a part of one; both are refused.
+StackFrameData_ strepToStackFrameData(String const & text, AetCollections const * nodes = nullptr);
 
 } // namespace Qcf::Eval

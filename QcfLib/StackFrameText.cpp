@@ -1,4 +1,6 @@
 #include "Platform/Framework/CharRange.h"
+#include "QcfLib/AetNode.h"
+#include "QcfLib/QcfAetCollections.h"
 #include "QcfLib/QcfEvalStackFrameData.h"
 
 #include <array>
@@ -21,16 +23,20 @@ std::ostream & operator<<(std::ostream & out, Shortest const & number) {
     return out.write(text.data(), end - text.data());
 }
 
-template <typename Shown, typename Container>
+String matcherText(Routing::Policy::PrefixListMatcher const * matcher) {
+    return matcher == nullptr ? "null" : "v" + std::to_string(static_cast<U8>(matcher->af()));
+}
+
+template <typename Container, typename Show>
 void print(std::ostream & out, char const *& separator, char const * name,
-           Ptr<Container> const & container) {
+           Ptr<Container> const & container, Show show) {
     if (!container) {
         return;
     }
     out << separator << name << ':';
     separator = "; ";
     for (char const * comma = " "; auto const & value : container->values) {
-        out << comma << Shown{value};
+        out << comma << show(value);
         comma = ",";
     }
 }
@@ -38,7 +44,7 @@ void print(std::ostream & out, char const *& separator, char const * name,
 /// Takes the text apart from the left.
 class FrameReader {
 public:
-    explicit FrameReader(std::string_view text) : rest_(text) {}
+    FrameReader(std::string_view text, AetCollections const * nodes) : rest_(text), nodes_(nodes) {}
 
     StackFrameData_ read() {
         StackFrameData_ frame;
@@ -68,24 +74,37 @@ private:
     }
 
     void readKind(StackFrameData_ & frame) {
-        if (!frame.intTypeArgContainer() && consume("ints: ")) {
-            readList([&](std::string_view text) { frame.pushInt(integer(text)); });
-        } else if (!frame.bandwidthTypeArgContainer() && consume("bandwidths: ")) {
-            readList([&](std::string_view text) { frame.pushBandwidth(bandwidth(text)); });
-        } else if (!frame.triStateBoolTypeArgContainer() && consume("triStateBools: ")) {
-            readList([&](std::string_view text) { frame.pushTriStateBool(triState(text)); });
+        if (!frame.intTypeArgContainer() && consume("ints:")) {
+            frame.intTypeArgContainerIs(container<IntTypeArgContainer>(integer));
+        } else if (!frame.bandwidthTypeArgContainer() && consume("bandwidths:")) {
+            frame.bandwidthTypeArgContainerIs(container<BandwidthTypeArgContainer>(bandwidth));
+        } else if (!frame.triStateBoolTypeArgContainer() && consume("triStateBools:")) {
+            frame.triStateBoolTypeArgContainerIs(container<TriStateBoolTypeArgContainer>(triState));
+        } else if (!frame.prefixListTypeArgContainer() && consume("prefixLists:")) {
+            frame.prefixListTypeArgContainerIs(container<PrefixListTypeArgContainer>(prefixList));
+        } else if (!frame.aetNodePtrArgContainer() && consume("aetNodePtrs:")) {
+            frame.aetNodePtrArgContainerIs(container<AetNodePtrArgContainer>(
+                [&](std::string_view text) { return node(text); }));
+        } else if (rest_.starts_with("log:")) {
+            throw ParseError("arguments alone: a log belongs to one evaluation", rest_);
         } else {
-            throw ParseError("ints, bandwidths or triStateBools, each once", rest_);
+            throw ParseError(
+                "ints, bandwidths, triStateBools, prefixLists or aetNodePtrs, each once", rest_);
         }
     }
 
-    template <typename Push>
-    void readList(Push push) {
+    template <typename Container, typename Parse>
+    Ptr<Container> container(Parse parse) {
+        auto made = makePtr<Container>();
+        if (!consume(" ")) {
+            return made; // no values
+        }
         do {
             auto const text = rest_.substr(0, rest_.find_first_of(",;}"));
-            push(text);
+            made->values.push_back(parse(text));
             rest_.remove_prefix(text.size());
         } while (consume(","));
+        return made;
     }
 
     static S128 integer(std::string_view text) {
@@ -126,7 +145,34 @@ private:
         throw ParseError("true, false or unknown", text);
     }
 
+    static Routing::Policy::PrefixListMatcher const * prefixList(std::string_view text) {
+        if (text != "null") {
+            throw ParseError("null: a prefix list is lent for one evaluation", text);
+        }
+        return nullptr;
+    }
+
+    StorageType const * node(std::string_view text) const {
+        if (nodes_ == nullptr) {
+            throw ParseError("no reference to a node where no store is given", text);
+        }
+        auto const hash = text.find('#');
+        NodeClass const * const nodeClass = findNodeClass(text.substr(0, hash));
+        U64 key = 0;
+        auto const * const end = text.data() + text.size();
+        auto const * const digits = hash == text.npos ? end : text.data() + hash + 1;
+        auto const [stop, error] = std::from_chars(digits, end, key);
+        if (nodeClass != nullptr && error == std::errc() && stop == end) {
+            auto const found = nodes_->node(static_cast<U16>(nodeClass->number()), key);
+            if (auto const * const value = dynamic_cast<StorageType const *>(found.get())) {
+                return value;
+            }
+        }
+        throw ParseError("CLASS#KEY of a value node of the store", text);
+    }
+
     std::string_view rest_;
+    AetCollections const * nodes_;
 };
 
 } // namespace
@@ -134,23 +180,22 @@ private:
 std::ostream & operator<<(std::ostream & out, StackFrameData_ const & frame) {
     char const * separator = "";
     out << '{';
-    print<S128>(out, separator, "ints", frame.intTypeArgContainer());
-    print<Shortest>(out, separator, "bandwidths", frame.bandwidthTypeArgContainer());
-    print<TriStateBoolValue>(out, separator, "triStateBools", frame.triStateBoolTypeArgContainer());
-    auto const count = [&](char const * name, auto const & container) {
-        if (container) {
-            out << separator << name << ": " << container->values.size();
-            separator = "; ";
-        }
-    };
-    count("prefixLists", frame.prefixListTypeArgContainer());
-    count("aetNodePtrs", frame.aetNodePtrArgContainer());
+    auto const plain = [](auto const & value) { return value; };
+    print(out, separator, "ints", frame.intTypeArgContainer(), plain);
+    print(out, separator, "bandwidths", frame.bandwidthTypeArgContainer(),
+          [](F32 value) { return Shortest{value}; });
+    print(out, separator, "triStateBools", frame.triStateBoolTypeArgContainer(), plain);
+    print(out, separator, "prefixLists", frame.prefixListTypeArgContainer(), matcherText);
+    print(out, separator, "aetNodePtrs", frame.aetNodePtrArgContainer(),
+          [](StorageType const * node) { return referenceText(*node); });
     if (frame.logHead()) {
         out << separator << "log: " << frame.logHead()->aetNodeKey();
     }
     return out << '}';
 }
 
-StackFrameData_ strepToStackFrameData(String const & text) { return FrameReader(text).read(); }
+StackFrameData_ strepToStackFrameData(String const & text, AetCollections const * nodes) {
+    return FrameReader(text, nodes).read();
+}
 
 } // namespace Qcf::Eval

@@ -1,4 +1,5 @@
-#include "tests/support/RecordingContext.h"
+#include "QcfLib/QcfAllAetEntities.h"
+#include "tests/support/ListContext.h"
 #include "tests/support/Trees.h"
 
 #include <limits>
@@ -129,9 +130,83 @@ TEST(Calls, FramesReadBackFromTheirText) {
     text << frame;
     EXPECT_EQ(strepToStackFrameData(text.str()), frame) << text.str();
     EXPECT_FALSE(strepToStackFrameData("{}"));
+}
+
+TEST(Calls, FramesReadBackWithContainersThatHoldNothing) {
+    for (char const * const text :
+         {"{ints:}", "{bandwidths:; triStateBools:}", "{aetNodePtrs:}", "{ints: -0; prefixLists:}",
+          "{prefixLists: null,null}", "{bandwidths: inf,-inf,nan,-0}"}) {
+        auto const frame = strepToStackFrameData(text);
+        EXPECT_TRUE(frame) << text;
+        EXPECT_EQ(frame, frame) << text;
+        std::ostringstream again;
+        again << frame;
+        EXPECT_EQ(strepToStackFrameData(again.str()), frame) << again.str();
+        EXPECT_EQ(again.str(), text == std::string_view("{ints: -0; prefixLists:}")
+                                   ? "{ints: 0; prefixLists:}"
+                                   : text);
+    }
+    EXPECT_NE(strepToStackFrameData("{ints:}"), strepToStackFrameData("{}"));
+    EXPECT_NE(strepToStackFrameData("{bandwidths: -0}"), strepToStackFrameData("{bandwidths: 0}"));
+}
+
+TEST(Calls, FramesReadReferencesBackFromAStore) {
+    auto const store = Qcf::allAetEntitiesFactory();
+    auto const community = store->communityCollIs(12);
+    auto const number = store->intImmediateCollIs(13, 5, false);
+    store->blockCollIs(14, nullptr);
+    StackFrameData_ frame;
+    frame.pushAetNodePtrArgToStack(*community);
+    frame.pushAetNodePtrArgToStack(*number);
+    std::ostringstream text;
+    text << frame;
+    EXPECT_EQ(text.str(), "{aetNodePtrs: Community#12,IntImmediate#13}");
+    EXPECT_EQ(strepToStackFrameData(text.str(), store.get()), frame);
+    for (char const * const wrong :
+         {"{aetNodePtrs: Community#13}", "{aetNodePtrs: Block#14}", "{aetNodePtrs: Community}",
+          "{aetNodePtrs: Community#}", "{aetNodePtrs: #12}", "{aetNodePtrs: Community#12x}",
+          "{aetNodePtrs: Nothing#12}", "{aetNodePtrs: }"}) {
+        EXPECT_THROW(strepToStackFrameData(wrong, store.get()), ParseError) << wrong;
+    }
+}
+
+TEST(Calls, WhatNoTextBringsBackIsRefused) {
+    auto const context = makePtr<RecordingContext>(listsOfAllKinds());
+    StackFrameData_ frame;
+    frame.pushPrefixListTypeArgToStack(context, *make<PrefixListImmediate>("P", U16{1}, true));
+    frame.pushPrefixListTypeArgToStack(context, *make<PrefixListImmediate>("P", U16{1}, false));
+    frame.pushPrefixListTypeArgToStack(context, *make<PrefixListImmediate>("P", U16{9}, true));
+    frame.logHeadIs(Qcf::Debug::evaluationLogFactory(5, EvalResult(), nullptr));
+    std::ostringstream text;
+    text << frame;
+    EXPECT_EQ(text.str(), "{prefixLists: v4,v6,null; log: 5}");
+    struct Case {
+        char const * text;
+        char const * message;
+    };
+    Case const cases[] = {
+        {"{prefixLists: null,v4}",
+         "wants null: a prefix list is lent for one evaluation, found v4"},
+        {"{ints: 1; log: 5}",
+         "wants arguments alone: a log belongs to one evaluation, found log: 5}"},
+        {"{aetNodePtrs: Community#12}",
+         "wants no reference to a node where no store is given, found Community#12"},
+        {"{ints: 1; ints: 2}", "wants ints, bandwidths, triStateBools, prefixLists or aetNodePtrs, "
+                               "each once, found ints: 2}"},
+        {"{triStateBools: maybe}", "wants true, false or unknown, found maybe"},
+        {"{ints: 340282366920938463463374607431768211456}",
+         "wants an integer of 128 bits, found 340282366920938463463374607431768211456"},
+    };
+    for (Case const & c : cases) {
+        try {
+            strepToStackFrameData(c.text);
+            ADD_FAILURE() << c.text;
+        } catch (ParseError const & error) {
+            EXPECT_STREQ(error.what(), c.message);
+        }
+    }
     for (char const * const wrong : {"", "{", "{ints}", "{ints: }", "{ints: 1", "{ints: x}",
-                                     "{ints: 1}}", "{ints: 1; ints: 2}", "{bandwidths: 1,}",
-                                     "{triStateBools: maybe}", "{prefixLists: 1}", "{log: 5}"}) {
+                                     "{ints: 1}}", "{bandwidths: 1,}", "{ints:1}", "{ints:; }"}) {
         EXPECT_THROW(strepToStackFrameData(wrong), ParseError) << wrong;
     }
 }
