@@ -28,7 +28,12 @@ void AetNodeBase::lastUserGone() const {
     freeing = false;
 }
 
-bool AetNodeBase::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
+bool Expression::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
+bool StorageType::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
+
+String referenceText(AetNodeBase const & node) {
+    return String(node.typeData().name) + "#" + std::to_string(node.aetNodeKey());
+}
 
 void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
                                      StackFrameDataBase_ * frame) const {
@@ -40,14 +45,14 @@ void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
 void CachedHash::cachedHashValueSetIs(bool set) const {
     if (set != cachedHashValueSet_) {
         cachedHashValueSet_ = set;
-        owner_.publisher().publish({.attribute = "cachedHashValueSet", .subject = &owner_});
+        owner_.publish({.attribute = "cachedHashValueSet", .subject = &owner_});
     }
 }
 
 void CachedHash::cachedHashValueIs(U32 value) const {
     if (value != cachedHashValue_) {
         cachedHashValue_ = value;
-        owner_.publisher().publish({.attribute = "cachedHashValue", .subject = &owner_});
+        owner_.publish({.attribute = "cachedHashValue", .subject = &owner_});
     }
 }
 

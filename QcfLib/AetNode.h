@@ -36,7 +36,7 @@ public:
     U64 aetNodeKey() const { return aetNodeKey_; }
 
     /// What is known of the node's concrete class.
-    virtual NodeClass const & typeData() const = 0;
+    NodeClass const & typeData() const override = 0;
 
     /// True when `other` is a node of the same class with equal content; keys do not count.
     virtual bool compare(PtrConst<AetNodeBase> const & other) const = 0;
@@ -44,9 +44,6 @@ public:
     /// Structural hash: equal nodes have equal hashes within one process. Keys do not count. Two
     /// exceptions: a call counts its callee as an object, and a function keeps its first hash.
     virtual U32 hash(U32 seed) const = 0;
-
-    /// Static check before use, against the names that the function declares; true when sane.
-    virtual bool verifySanity(FunctionMetadata const & metadata) const;
 
     /// What is known of the tree from this node down.
     TreeFacts const & treeFacts() const { return treeFacts_; }
@@ -83,6 +80,9 @@ public:
     /// of its tree; any other node that is evaluated by itself must live until the next reset.
     virtual EvalResult eval(Ptr<EvalContextBase> const & context) const = 0;
 
+    /// Static check before use, against the names that the function declares; true when sane.
+    virtual bool verifySanity(FunctionMetadata const & metadata) const;
+
     /// Prints the tree as source-like text. Lines begin with `indent` blanks.
     virtual void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const = 0;
 };
@@ -102,7 +102,13 @@ public:
     /// own are passed as references; asserts that such a value does not depend on the frame.
     virtual void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                                     StackFrameDataBase_ * frame) const;
+
+    /// Static check before use, against the names that the function declares; true when sane.
+    virtual bool verifySanity(FunctionMetadata const & metadata) const;
 };
+
+/// The node's class and key: "IntIs#12".
+String referenceText(AetNodeBase const & node);
 
 /// Asserts that walking the tree from this node down does not take more stack than there is.
 inline void assertWalkable(AetNodeBase const & node) {

@@ -92,7 +92,7 @@ EvalResult AsPathMatchAsPathAccessList::eval(Ptr<EvalContextBase> const & contex
     auto const & status = context->externalMatchers()->asPathLists.at(index_);
     auto const * const path = lhs_->getVal(context);
     return EvalResult::fromBool(
-        evalContext(context).matchAsPathAccessList(path, aetNodeKey(), status));
+        context->matchAsPathAccessList(path, aetNodeKey(), status));
 }
 
 EvalResult AsPathReplaceImplExpr::eval(Ptr<EvalContextBase> const & context) const {

@@ -42,7 +42,7 @@ public:
         if (cachedGetVal_) {
             cachedGetVal_->indexIs();
         }
-        owner_.publisher().publish({.attribute = "cachedGetVal", .subject = &owner_});
+        owner_.publish({.attribute = "cachedGetVal", .subject = &owner_});
     }
 
 private:

@@ -10,10 +10,12 @@
 /// Communities computed while a function runs: link bandwidth and masked merges.
 namespace Qcf::Eval {
 
+U32 BandwidthToCommunityValue::floatToBin(F32 value) { return std::bit_cast<U32>(value); }
+
 Acl::CommunityValue
 BandwidthToCommunityValue::getVal(Ptr<EvalContextBase const> const & context) const {
     constexpr F32 bytesPerBit = 0.125F;
-    U32 const bits = std::bit_cast<U32>(bandwidthVal_->getVal(context) * bytesPerBit);
+    U32 const bits = floatToBin(bandwidthVal_->getVal(context) * bytesPerBit);
     if (offset_ >= 128) {
         return {};
     }
@@ -27,7 +29,7 @@ BandwidthToCommunityValue::getVal(Ptr<EvalContextBase const> const & context) co
 // The doubled offset and its raw character are the form that readers of these texts expect.
 String BandwidthToCommunityValue::toStrep() const {
     auto const offset = static_cast<char>(offset_);
-    return nodeReference(*bandwidthVal_) + " with  bandwidth val " + bandwidthVal_->toStrep() +
+    return referenceText(*bandwidthVal_) + " with  bandwidth val " + bandwidthVal_->toStrep() +
            offset + " with offset " + offset;
 }
 
@@ -45,7 +47,7 @@ CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const 
 String CommunityValueDynamic::toStrep() const {
     assertWalkable(*this);
     std::ostringstream out;
-    out << nodeReference(*val_) << " with dynamic val " << dynamicVal_->toStrep() << dynamicValMask_
+    out << referenceText(*val_) << " with dynamic val " << dynamicVal_->toStrep() << dynamicValMask_
         << " with dynamic mask " << dynamicValMask_;
     return out.str();
 }

@@ -1,25 +1,89 @@
 #pragma once
 
-#include "Platform/Framework/Entity.h"
-#include "Platform/Framework/Ptr.h"
+#include "QcfLib/EvalResult.h"
 #include "QcfLib/ExternalMatchers.h"
-#include "QcfLib/QcfDebugEvaluationLog.h"
+#include "QcfLib/QcfEvalContextBaseGenerated.h"
 
 namespace Qcf::Eval {
 
-/// What every node receives to evaluate against. Root of the context classes: it knows the agent's
-/// named lists, the caller's policy result record, and whether evaluation is logged.
-class EvalContextBase : public Entity {
+/// What every node receives to evaluate against: the interface of all context classes. It knows the
+/// agent's named lists, the caller's policy result record, and whether evaluation is logged.
+///
+/// Its table of operations is the engine's: log and reset, the attributes, the facts of the
+/// session, the agent's lists. GeneratedEvalContext answers for the attributes and EvalContext for
+/// the rest, each as if the agent knew nothing.
+class EvalContextBase : public EvalContextOperations {
 public:
+    using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
+    using CommListStatus = Routing::RouteMap::StandardCommListStatus;
+    using ExtCommListStatus = Routing::RouteMap::ExtCommListStatus;
+    using LargeCommListStatus = Routing::RouteMap::LargeCommListStatus;
+    using IntSetPtr = Ptr<U64SmallVector>;
+    using CommunitySetPtr = Ptr<CommunitySmallVector>;
+
     /// Null matchers mean that every table is empty. The result record is not owned; it may be
     /// null.
     EvalContextBase(PtrConst<ExternalMatchersBase> externalMatchers,
                     Routing::Policy::Result_ * result);
 
-    /// First record of the current frame's log; null while nothing was logged.
-    virtual Ptr<Debug::EvaluationLog const> evaluationLog() const { return nullptr; }
-    /// Makes the context ready for the next route.
-    virtual void reset() = 0;
+    TypeData const & typeData() const override;
+    Ptr<Debug::EvaluationLog const> evaluationLog() const override { return nullptr; }
+
+    // Facts of the session that the route is processed in.
+    virtual bool isBgpOutbound() const = 0;
+    virtual U32 localAs() const = 0;
+    virtual bool peerConfed() const = 0;
+    virtual U32 vrfId() const = 0;
+    /// Gives an EVPN IP-prefix route an overlay index; answers whether it did.
+    virtual EvalResult setOverlayIndex() = 0;
+
+    // The agent's lists. A null set stands for the empty set, in arguments and in results; the
+    // status may be null. Edits get the current set and return the new one.
+    virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
+                                       U64 aetNodeKey,
+                                       PtrConst<AsPathListStatus> const & status) const = 0;
+    virtual bool matchCommList(PtrConst<U64SmallVector> const & set,
+                               PtrConst<CommListStatus> const & status) const = 0;
+    virtual bool matchExactCommList(PtrConst<U64SmallVector> const & set,
+                                    PtrConst<CommListStatus> const & status) const = 0;
+    virtual IntSetPtr commAssignCommList(PtrConst<CommListStatus> const & status) = 0;
+    virtual IntSetPtr commAddCommList(IntSetPtr const & set,
+                                      PtrConst<CommListStatus> const & status) = 0;
+    virtual IntSetPtr commRemoveCommList(IntSetPtr const & set,
+                                         PtrConst<CommListStatus> const & status) = 0;
+    virtual IntSetPtr commRetainCommList(IntSetPtr const & set,
+                                         PtrConst<CommListStatus> const & status) = 0;
+    virtual bool matchExtCommList(PtrConst<CommunitySmallVector> const & set,
+                                  PtrConst<ExtCommListStatus> const & status) const = 0;
+    virtual bool matchExactExtCommList(PtrConst<CommunitySmallVector> const & set,
+                                       PtrConst<ExtCommListStatus> const & status) const = 0;
+    virtual CommunitySetPtr
+    extCommAssignExtCommList(PtrConst<ExtCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr extCommAddExtCommList(CommunitySetPtr const & set,
+                                                  PtrConst<ExtCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr
+    extCommRemoveExtCommList(CommunitySetPtr const & set,
+                             PtrConst<ExtCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr
+    extCommRetainExtCommList(CommunitySetPtr const & set,
+                             PtrConst<ExtCommListStatus> const & status) = 0;
+    virtual bool matchLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                                    PtrConst<LargeCommListStatus> const & status) const = 0;
+    virtual bool matchExactLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                                         PtrConst<LargeCommListStatus> const & status) const = 0;
+    virtual CommunitySetPtr
+    largeCommAssignLargeCommList(PtrConst<LargeCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr
+    largeCommAddLargeCommList(CommunitySetPtr const & set,
+                              PtrConst<LargeCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr
+    largeCommRemoveLargeCommList(CommunitySetPtr const & set,
+                                 PtrConst<LargeCommListStatus> const & status) = 0;
+    virtual CommunitySetPtr
+    largeCommRetainLargeCommList(CommunitySetPtr const & set,
+                                 PtrConst<LargeCommListStatus> const & status) = 0;
+    /// Whether the route's origin is in that state by the ROA table of that slot.
+    virtual bool matchRoaTable(U32 slot, U32 state) const = 0;
 
     bool shouldLogEval() const { return shouldLogEval_; }
     /// Asks for a log; to be set after each reset, which clears it.

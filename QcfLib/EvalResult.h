@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 #include "Platform/Routing/Policy.h"
 
@@ -59,6 +60,13 @@ public:
 
     constexpr bool operator==(EvalResult const &) const = default;
 
+    constexpr U32 hash(U32 seed) const {
+        Hash hash(seed);
+        hash.hashMix(static_cast<U8>(retVal_));
+        hash.hashMix(static_cast<U8>(termination_));
+        return hash.result();
+    }
+
 private:
     TriStateBoolValue retVal_ = TriStateBoolValue::unknown;
     TerminationFlag termination_ = TerminationFlag::noTermination;
@@ -71,3 +79,6 @@ inline EvalResult tristateToEvalResult(TristateBoolean value) {
 }
 
 } // namespace Qcf::Eval
+
+template <>
+struct std::hash<Qcf::Eval::EvalResult> : HashOfValue<Qcf::Eval::EvalResult> {};

@@ -51,6 +51,8 @@ public:
     MatcherTable<Routing::RouteMap::DynamicPrefixListStatus> dynamicPrefixLists;
     MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv4PrefixLists;
     MatcherTable<Routing::Policy::PrefixListMatcher> dynamicIpv6PrefixLists;
+    /// For the agent's own matchRoaTable, which is told the slot; the engine does not look here.
+    MatcherTable<Routing::RouteMap::RoaTableStatus> roaTables;
 
     /// The prefix list of a slot for candidates of a family; null when there is none, or when it is
     /// of the other family.

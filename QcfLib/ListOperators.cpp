@@ -16,7 +16,7 @@ EvalResult match(Node const & node, Context const & context, MatcherTable<Status
     auto const & status = table.at(node.index());
     PtrConst<Set> fresh;
     BorrowedPtr<Set const> const set(node.lhs()->lendVal(context, fresh));
-    return EvalResult::fromBool((evalContext(context).*operation)(set, status));
+    return EvalResult::fromBool((*context.*operation)(set, status));
 }
 
 template <typename Node, typename Status, typename Operation>
@@ -28,7 +28,7 @@ EvalResult edit(Node const & node, Context const & context, MatcherTable<Status>
     Set const * const lent = node.lhs()->lendVal(context, fresh);
     // A set that others see is copyOnWrite; the agent's edit honours the flag.
     BorrowedPtr<Set> const current(const_cast<Set *>(lent));
-    Ptr<Set> result = (evalContext(context).*operation)(current, status);
+    Ptr<Set> result = (*context.*operation)(current, status);
     if (result.get() == lent) {
         storeLent(*node.lhs(), lent, context);
     } else {
@@ -40,7 +40,7 @@ EvalResult edit(Node const & node, Context const & context, MatcherTable<Status>
 template <typename Node, typename Status, typename Operation>
 EvalResult assign(Node const & node, Context const & context, MatcherTable<Status> const & table,
                   Operation operation) {
-    node.lhs()->setVal((evalContext(context).*operation)(table.at(node.index())), context);
+    node.lhs()->setVal((*context.*operation)(table.at(node.index())), context);
     return EvalResult::fromBool(true);
 }
 
@@ -49,7 +49,7 @@ EvalResult assign(Node const & node, Context const & context, MatcherTable<Statu
 #define QCF_LIST_OPERATOR(Class, family, table, operation)                                         \
     EvalResult Class::eval(Context const & context) const {                                        \
         return family(*this, context, context->externalMatchers()->table,                          \
-                      &EvalContext::operation);                                                    \
+                      &EvalContextBase::operation);                                                \
     }
 
 QCF_LIST_OPERATOR(IntSetMatchCommList, match, commLists, matchCommList)

@@ -3,24 +3,34 @@
 
 namespace Qcf::Eval {
 
-namespace {
+bool LogicalOperator::compare(PtrConst<AetNodeBase> const & other) const {
+    return other && other->typeData().isSameClass(typeData());
+}
 
-constexpr U8 bit(TriStateBoolValue value) { return static_cast<U8>(1U << static_cast<U8>(value)); }
-
-} // namespace
+U32 LogicalOperator::hash(U32 seed) const {
+    Hash hash(seed);
+    hash.hashMix(typeData().typeCode);
+    return hash.result();
+}
 
 EvalResult LogicalOperator::maybeCastUnknownToFalse(EvalResult const & result) const {
     return result.retVal() == QcfUnknown() ? EvalResult::fromBool(false) : result;
 }
 
 String AndOperator::toStrep() const { return "and"; }
-U8 AndOperator::endingValues() const { return bit(QcfFalse()) | bit(QcfUnknown()); }
+bool AndOperator::shouldShortCircuit(EvalResult const & result) const {
+    return result.retVal() != QcfTrue();
+}
 
 String OrOperator::toStrep() const { return "or"; }
-U8 OrOperator::endingValues() const { return bit(QcfTrue()); }
+bool OrOperator::shouldShortCircuit(EvalResult const & result) const {
+    return result.retVal() == QcfTrue();
+}
 
 String SequentialOperator::toStrep() const { return "??"; }
-U8 SequentialOperator::endingValues() const { return bit(QcfFalse()) | bit(QcfTrue()); }
+bool SequentialOperator::shouldShortCircuit(EvalResult const & result) const {
+    return result.retVal() != QcfUnknown();
+}
 EvalResult SequentialOperator::maybeCastUnknownToFalse(EvalResult const & result) const {
     return result;
 }
@@ -89,9 +99,7 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
     if (context->shouldLogEval()) [[unlikely]] {
         return loggedOperands(*this, context);
     }
-    // The kind is asked for once, and not the operator for each operand.
     LogicalOperator const & op = *operatorList_->entry();
-    U8 const ends = op.endingValues();
     EvalResult result;
     for (auto const * link = expressionList_.get(); link != nullptr; link = link->next().get()) {
         result = link->entry()->eval(context);
@@ -99,11 +107,11 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
             assertNoReturn(result);
             return result;
         }
-        if (((ends >> static_cast<U8>(result.retVal())) & 1) != 0) {
+        if (op.shouldShortCircuit(result)) {
             break;
         }
     }
-    return result.retVal() == QcfUnknown() ? op.maybeCastUnknownToFalse(result) : result;
+    return op.maybeCastUnknownToFalse(result);
 }
 
 } // namespace Qcf::Eval

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Framework/Ptr.h"
+#include "Platform/Framework/TypeData.h"
 #include "Platform/Framework/Types.h"
 #include "QcfLib/TreeFacts.h"
 
@@ -17,17 +18,7 @@ class AetNodeBase;
 class FieldReader;
 class FieldWriter;
 
-/// One constructor argument of a node class, after the key.
-struct FieldInfo {
-    char const * name;  ///< "lhs"
-    char const * type;  ///< the declared type, "PtrConst<IntModifiable>"
-    char const * wants; ///< the type without its pointer, "IntModifiable"
-    bool optional;      ///< a child that may be null
-    /// For children: whether a node may stand here. Null for scalars.
-    bool (*accepts)(AetNodeBase const & node);
-
-    bool isNode() const { return accepts != nullptr; }
-};
+using ::FieldInfo;
 
 /// What a route-attribute class adds.
 struct AttributeInfo {
@@ -40,30 +31,30 @@ struct AttributeInfo {
     int writeBit; ///< in ModifiableAttributeSet; -1 when not modifiable
 };
 
-/// What is known of a node class. One constant object a class, in the order of the store's
-/// collections; a class is identified by the address of its record.
-struct NodeClass {
+/// What is known of a node class beyond its name and its fields, which are its constructor's
+/// arguments after the key. One constant object a class, in the order of the store's collections.
+struct NodeClass : TypeData {
     using ChildVisitor = std::function<void(FieldInfo const &, AetNodeBase const *)>;
 
-    char const * name;
-    char const * nameSpace;
-    char const * base;
-    char const * collection;
-    U64 typeCode; ///< stable identity of the class, from its name
-    std::span<FieldInfo const> fields;
-    AttributeInfo const * attribute; ///< null unless a route attribute
+    char const * collection = "";
+    U64 typeCode = 0;                          ///< stable identity of the class, from its name
+    AttributeInfo const * attribute = nullptr; ///< null unless a route attribute
 
     /// A new node with fields taken from the reader in declared order.
-    Ptr<AetNodeBase> (*create)(U64 aetNodeKey, FieldReader & reader);
+    Ptr<AetNodeBase> (*create)(U64 aetNodeKey, FieldReader & reader) = nullptr;
     /// Hands the node's fields to the writer in declared order.
-    void (*write)(AetNodeBase const & node, FieldWriter & writer);
+    void (*write)(AetNodeBase const & node, FieldWriter & writer) = nullptr;
     /// Calls the visitor for each child in declared order, null ones included.
-    void (*visitChildren)(AetNodeBase const & node, ChildVisitor const & visit);
-    MemAllocationTracker const & (*memAllocationTracker)();
+    void (*visitChildren)(AetNodeBase const & node, ChildVisitor const & visit) = nullptr;
+    MemAllocationTracker const & (*memAllocationTracker)() = nullptr;
     NodeEffects effects = {};
 
     /// Position in nodeClasses().
     std::size_t number() const;
+    /// Whether both are of the same class: by identity and, failing that, by name.
+    bool isSameClass(NodeClass const & other) const {
+        return this == &other || (typeCode == other.typeCode && isSameType(other));
+    }
 };
 
 /// All node classes in the order of the store's collections.

@@ -71,7 +71,7 @@ inline bool same(F32 const & a, F32 const & b) {
 
 template <typename Node>
 Node const * sameClass(Node const & node, AetNodeBase const * other) {
-    bool const same = other != nullptr && &other->typeData() == &node.typeData();
+    bool const same = other != nullptr && other->typeData().isSameClass(node.typeData());
     return same ? static_cast<Node const *>(other) : nullptr;
 }
 

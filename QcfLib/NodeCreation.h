@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Platform/Framework/ValueText.h"
 #include "QcfLib/NodeContract.h"
+#include "QcfLib/Reflection.h"
 
 #include <tuple>
 
@@ -8,7 +10,7 @@
 namespace Qcf::Eval {
 
 template <typename Node>
-bool isNode(AetNodeBase const & node) {
+bool isNode(Entity const & node) {
     return dynamic_cast<Node const *>(&node) != nullptr;
 }
 
@@ -83,9 +85,15 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
                         decltype(NodeClass::write) write,
                         decltype(NodeClass::visitChildren) visitChildren,
                         decltype(NodeClass::memAllocationTracker) tracker, NodeEffects effects) {
-    return {name,    nameSpace, base,   collection, typeCodeOf(nameSpace, name),
-            fields,  attribute, create, write,      visitChildren,
-            tracker, effects};
+    return {{TypeData::Kind::entity, name, nameSpace, base, fields, {}},
+            collection,
+            typeCodeOf(nameSpace, name),
+            attribute,
+            create,
+            write,
+            visitChildren,
+            tracker,
+            effects};
 }
 
 } // namespace Qcf::Eval

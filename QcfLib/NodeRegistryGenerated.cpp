@@ -13,96 +13,96 @@ namespace Qcf::Eval {
 namespace {
 
 constexpr FieldInfo fieldsFunction[] = {
-    {"funcName", "String", "String", false, nullptr},
-    {"metadata", "FunctionMetadata", "FunctionMetadata", false, nullptr},
-    {"features", "Routing::Policy::RouteMapFeatures", "Routing::Policy::RouteMapFeatures", false, nullptr},
-    {"accessedAttributes", "AccessibleAttributes", "AccessibleAttributes", false, nullptr},
-    {"argumentsExpected", "bool", "bool", false, nullptr},
-    {"body", "PtrConst<Block>", "Block", false, &isNode<Block>},
+    {"funcName", "String", "String", false, nullptr, &fieldText<Function, &Function::funcName>},
+    {"metadata", "FunctionMetadata", "FunctionMetadata", false, nullptr, &fieldText<Function, &Function::metadata>},
+    {"features", "Routing::Policy::RouteMapFeatures", "Routing::Policy::RouteMapFeatures", false, nullptr, &fieldText<Function, &Function::features>},
+    {"accessedAttributes", "AccessibleAttributes", "AccessibleAttributes", false, nullptr, &fieldText<Function, &Function::accessedAttributes>},
+    {"argumentsExpected", "bool", "bool", false, nullptr, &fieldText<Function, &Function::argumentsExpected>},
+    {"body", "PtrConst<Block>", "Block", false, &isNode<Block>, &fieldText<Function, &Function::body>},
 };
 constexpr FieldInfo fieldsExpressionList[] = {
-    {"entry", "PtrConst<Expression>", "Expression", false, &isNode<Expression>},
-    {"next", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>},
+    {"entry", "PtrConst<Expression>", "Expression", false, &isNode<Expression>, &fieldText<ExpressionList, &ExpressionList::entry>},
+    {"next", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>, &fieldText<ExpressionList, &ExpressionList::next>},
 };
 constexpr FieldInfo fieldsBlock[] = {
-    {"stmts", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>},
+    {"stmts", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>, &fieldText<Block, &Block::stmts>},
 };
 constexpr FieldInfo fieldsLogicalOperatorList[] = {
-    {"entry", "PtrConst<LogicalOperator>", "LogicalOperator", false, &isNode<LogicalOperator>},
-    {"next", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", true, &isNode<LogicalOperatorList>},
+    {"entry", "PtrConst<LogicalOperator>", "LogicalOperator", false, &isNode<LogicalOperator>, &fieldText<LogicalOperatorList, &LogicalOperatorList::entry>},
+    {"next", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", true, &isNode<LogicalOperatorList>, &fieldText<LogicalOperatorList, &LogicalOperatorList::next>},
 };
 constexpr FieldInfo fieldsLogicalOperatorExpression[] = {
-    {"expressionList", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>},
-    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isNode<LogicalOperatorList>},
+    {"expressionList", "PtrConst<ExpressionList>", "ExpressionList", true, &isNode<ExpressionList>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::expressionList>},
+    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isNode<LogicalOperatorList>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::operatorList>},
 };
 constexpr FieldInfo fieldsNotExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>, &fieldText<NotExpression, &NotExpression::expr>},
 };
 constexpr FieldInfo fieldsIfExpression[] = {
-    {"condition", "PtrConst<Expression>", "Expression", false, &isNode<Expression>},
-    {"thenBlock", "PtrConst<Block>", "Block", false, &isNode<Block>},
-    {"elseBlock", "PtrConst<Expression>", "Expression", true, &isNode<Expression>},
+    {"condition", "PtrConst<Expression>", "Expression", false, &isNode<Expression>, &fieldText<IfExpression, &IfExpression::condition>},
+    {"thenBlock", "PtrConst<Block>", "Block", false, &isNode<Block>, &fieldText<IfExpression, &IfExpression::thenBlock>},
+    {"elseBlock", "PtrConst<Expression>", "Expression", true, &isNode<Expression>, &fieldText<IfExpression, &IfExpression::elseBlock>},
 };
 constexpr FieldInfo fieldsReturnExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>, &fieldText<ReturnExpression, &ReturnExpression::expr>},
 };
 constexpr FieldInfo fieldsExitExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isNode<Expression>, &fieldText<ExitExpression, &ExitExpression::expr>},
 };
 constexpr FieldInfo fieldsTriStateBoolExpression[] = {
-    {"expr", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>},
+    {"expr", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>, &fieldText<TriStateBoolExpression, &TriStateBoolExpression::expr>},
 };
 constexpr FieldInfo fieldsFunctionArgumentList[] = {
-    {"entry", "PtrConst<StorageType>", "StorageType", false, &isNode<StorageType>},
-    {"next", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isNode<FunctionArgumentList>},
+    {"entry", "PtrConst<StorageType>", "StorageType", false, &isNode<StorageType>, &fieldText<FunctionArgumentList, &FunctionArgumentList::entry>},
+    {"next", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isNode<FunctionArgumentList>, &fieldText<FunctionArgumentList, &FunctionArgumentList::next>},
 };
 constexpr FieldInfo fieldsFunctionCallExpression[] = {
-    {"calleeName", "String", "String", false, nullptr},
-    {"calleePtr", "PtrConst<Function>", "Function", false, &isNode<Function>},
-    {"argListHead", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isNode<FunctionArgumentList>},
-    {"functionCallId", "U32", "U32", false, nullptr},
+    {"calleeName", "String", "String", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleeName>},
+    {"calleePtr", "PtrConst<Function>", "Function", false, &isNode<Function>, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleePtr>},
+    {"argListHead", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isNode<FunctionArgumentList>, &fieldText<FunctionCallExpression, &FunctionCallExpression::argListHead>},
+    {"functionCallId", "U32", "U32", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::functionCallId>},
 };
 constexpr FieldInfo fieldsIntLinkedList[] = {
-    {"entry", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"next", "Ptr<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>},
+    {"entry", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntLinkedList, &IntLinkedList::entry>},
+    {"next", "Ptr<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>, &fieldText<IntLinkedList, &IntLinkedList::next>},
 };
 constexpr FieldInfo fieldsIntListImmediate[] = {
-    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>},
-    {"cachable", "bool", "bool", false, nullptr},
+    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>, &fieldText<IntListImmediate, &IntListImmediate::head>},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntListImmediate, &IntListImmediate::cachable>},
 };
 constexpr FieldInfo fieldsIntSetImmediate[] = {
-    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>},
-    {"cachable", "bool", "bool", false, nullptr},
+    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isNode<IntLinkedList>, &fieldText<IntSetImmediate, &IntSetImmediate::head>},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntSetImmediate, &IntSetImmediate::cachable>},
 };
 constexpr FieldInfo fieldsCommunityLinkedList[] = {
-    {"entry", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
-    {"next", "Ptr<CommunityLinkedList>", "CommunityLinkedList", true, &isNode<CommunityLinkedList>},
+    {"entry", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityLinkedList, &CommunityLinkedList::entry>},
+    {"next", "Ptr<CommunityLinkedList>", "CommunityLinkedList", true, &isNode<CommunityLinkedList>, &fieldText<CommunityLinkedList, &CommunityLinkedList::next>},
 };
 constexpr FieldInfo fieldsCommunitySetImmediate[] = {
-    {"head", "PtrConst<CommunityLinkedList>", "CommunityLinkedList", true, &isNode<CommunityLinkedList>},
-    {"cachable", "bool", "bool", false, nullptr},
+    {"head", "PtrConst<CommunityLinkedList>", "CommunityLinkedList", true, &isNode<CommunityLinkedList>, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::head>},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::cachable>},
 };
 constexpr FieldInfo fieldsCommunityValueDynamic[] = {
-    {"val", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
-    {"dynamicVal", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
-    {"dynamicValMask", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr},
+    {"val", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::val>},
+    {"dynamicVal", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicVal>},
+    {"dynamicValMask", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicValMask>},
 };
 constexpr FieldInfo fieldsBandwidthToCommunityValue[] = {
-    {"bandwidthVal", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"offset", "U8", "U8", false, nullptr},
+    {"bandwidthVal", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::bandwidthVal>},
+    {"offset", "U8", "U8", false, nullptr, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::offset>},
 };
 constexpr FieldInfo fieldsExtCommSetToLinkBandwidthExtCommValue[] = {
-    {"extCommSet", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"extCommSet", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<ExtCommSetToLinkBandwidthExtCommValue, &ExtCommSetToLinkBandwidthExtCommValue::extCommSet>},
 };
 constexpr FieldInfo fieldsExtCommunitySetAddImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntInImmediateSetWithRanges[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"singletons", "PtrConst<IntSetImmediate>", "IntSetImmediate", true, &isNode<IntSetImmediate>},
-    {"lowerBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isNode<IntListImmediate>},
-    {"upperBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isNode<IntListImmediate>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lhs>},
+    {"singletons", "PtrConst<IntSetImmediate>", "IntSetImmediate", true, &isNode<IntSetImmediate>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::singletons>},
+    {"lowerBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isNode<IntListImmediate>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lowerBounds>},
+    {"upperBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isNode<IntListImmediate>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::upperBounds>},
 };
 constexpr AttributeInfo attributeAdminAs{
     "_internal.admin_as", false, std::nullopt, std::nullopt, std::nullopt, -1, -1};
@@ -305,369 +305,369 @@ constexpr AttributeInfo attributeWeight{"weight", true, 0ULL, 65535ULL, std::nul
 constexpr AttributeInfo attributeWeightInput{
     "input.weight", false, std::nullopt, std::nullopt, std::nullopt, 50, -1};
 constexpr FieldInfo fieldsBandwidthGreaterThan[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::lhs>},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::rhs>},
 };
 constexpr FieldInfo fieldsBandwidthGreaterThanEq[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::lhs>},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::rhs>},
 };
 constexpr FieldInfo fieldsBandwidthIs[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::lhs>},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::rhs>},
 };
 constexpr FieldInfo fieldsBandwidthLessThan[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::lhs>},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::rhs>},
 };
 constexpr FieldInfo fieldsBandwidthLessThanEq[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::lhs>},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isNode<Bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::rhs>},
 };
 constexpr FieldInfo fieldsBandwidthImmediate[] = {
-    {"value", "F32", "F32", false, nullptr},
+    {"value", "F32", "F32", false, nullptr, &fieldText<BandwidthImmediate, &BandwidthImmediate::value>},
 };
 constexpr FieldInfo fieldsBandwidthVariable[] = {
-    {"name", "String", "String", false, nullptr},
-    {"argVectorIndex", "U8", "U8", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::name>},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::argVectorIndex>},
 };
 constexpr FieldInfo fieldsIntGreaterThan[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntGreaterThan, &IntGreaterThan::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntGreaterThan, &IntGreaterThan::rhs>},
 };
 constexpr FieldInfo fieldsIntGreaterThanEq[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::rhs>},
 };
 constexpr FieldInfo fieldsIntInImmediateSet[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntInImmediateSet, &IntInImmediateSet::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntInImmediateSet, &IntInImmediateSet::rhs>},
 };
 constexpr FieldInfo fieldsIntIs[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntIs, &IntIs::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntIs, &IntIs::rhs>},
 };
 constexpr FieldInfo fieldsIntLessThan[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntLessThan, &IntLessThan::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntLessThan, &IntLessThan::rhs>},
 };
 constexpr FieldInfo fieldsIntLessThanEq[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntLessThanEq, &IntLessThanEq::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntLessThanEq, &IntLessThanEq::rhs>},
 };
 constexpr FieldInfo fieldsIntMatchTagSet[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
-    {"tagSetName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntMatchTagSet, &IntMatchTagSet::lhs>},
+    {"tagSetName", "String", "String", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::tagSetName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::index>},
 };
 constexpr FieldInfo fieldsIntAssign[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>, &fieldText<IntAssign, &IntAssign::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntAssign, &IntAssign::rhs>},
 };
 constexpr FieldInfo fieldsIntMinusEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>, &fieldText<IntMinusEq, &IntMinusEq::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntMinusEq, &IntMinusEq::rhs>},
 };
 constexpr FieldInfo fieldsIntMultEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>, &fieldText<IntMultEq, &IntMultEq::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntMultEq, &IntMultEq::rhs>},
 };
 constexpr FieldInfo fieldsIntPlusEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>},
-    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isNode<IntModifiable>, &fieldText<IntPlusEq, &IntPlusEq::lhs>},
+    {"rhs", "PtrConst<Int>", "Int", false, &isNode<Int>, &fieldText<IntPlusEq, &IntPlusEq::rhs>},
 };
 constexpr FieldInfo fieldsIntImmediate[] = {
-    {"value", "U64", "U64", false, nullptr},
-    {"negative", "bool", "bool", false, nullptr},
+    {"value", "U64", "U64", false, nullptr, &fieldText<IntImmediate, &IntImmediate::value>},
+    {"negative", "bool", "bool", false, nullptr, &fieldText<IntImmediate, static_cast<bool const & (IntImmediate::*)() const>(&IntImmediate::negative)>},
 };
 constexpr FieldInfo fieldsIntVariable[] = {
-    {"name", "String", "String", false, nullptr},
-    {"argVectorIndex", "U8", "U8", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<IntVariable, &IntVariable::name>},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<IntVariable, &IntVariable::argVectorIndex>},
 };
 constexpr FieldInfo fieldsCommunityValueIn[] = {
-    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityValueIn, &CommunityValueIn::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunityValueIn, &CommunityValueIn::rhs>},
 };
 constexpr FieldInfo fieldsCommunityValueIs[] = {
-    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
-    {"rhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>},
+    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::lhs>},
+    {"rhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isNode<CommunityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::rhs>},
 };
 constexpr FieldInfo fieldsResolutionRibsAssign[] = {
-    {"lhs", "PtrConst<ResolutionRibsModifiable>", "ResolutionRibsModifiable", false, &isNode<ResolutionRibsModifiable>},
-    {"rhs", "PtrConst<ResolutionRibs>", "ResolutionRibs", false, &isNode<ResolutionRibs>},
+    {"lhs", "PtrConst<ResolutionRibsModifiable>", "ResolutionRibsModifiable", false, &isNode<ResolutionRibsModifiable>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::lhs>},
+    {"rhs", "PtrConst<ResolutionRibs>", "ResolutionRibs", false, &isNode<ResolutionRibs>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::rhs>},
 };
 constexpr FieldInfo fieldsResolutionRibsImmediate[] = {
-    {"value", "Routing::Rib::ResolutionRibProfileConfig", "Routing::Rib::ResolutionRibProfileConfig", false, nullptr},
+    {"value", "Routing::Rib::ResolutionRibProfileConfig", "Routing::Rib::ResolutionRibProfileConfig", false, nullptr, &fieldText<ResolutionRibsImmediate, &ResolutionRibsImmediate::value>},
 };
 constexpr FieldInfo fieldsCommunityValueImmediate[] = {
-    {"value", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr},
+    {"value", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueImmediate, &CommunityValueImmediate::value>},
 };
 constexpr FieldInfo fieldsTriStateBoolIs[] = {
-    {"lhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>},
-    {"rhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>},
+    {"lhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::lhs>},
+    {"rhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isNode<TriStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::rhs>},
 };
 constexpr FieldInfo fieldsTriStateBoolVariable[] = {
-    {"name", "String", "String", false, nullptr},
-    {"argVectorIndex", "U8", "U8", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::name>},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::argVectorIndex>},
 };
 constexpr FieldInfo fieldsTriStateBoolImmediate[] = {
-    {"value", "TriStateBoolValue", "TriStateBoolValue", false, nullptr},
+    {"value", "TriStateBoolValue", "TriStateBoolValue", false, nullptr, &fieldText<TriStateBoolImmediate, &TriStateBoolImmediate::value>},
 };
 constexpr FieldInfo fieldsMacAddressIs[] = {
-    {"lhs", "PtrConst<MacAddress>", "MacAddress", false, &isNode<MacAddress>},
-    {"rhs", "PtrConst<MacAddress>", "MacAddress", false, &isNode<MacAddress>},
+    {"lhs", "PtrConst<MacAddress>", "MacAddress", false, &isNode<MacAddress>, &fieldText<MacAddressIs, &MacAddressIs::lhs>},
+    {"rhs", "PtrConst<MacAddress>", "MacAddress", false, &isNode<MacAddress>, &fieldText<MacAddressIs, &MacAddressIs::rhs>},
 };
 constexpr FieldInfo fieldsMacAddressImmediate[] = {
-    {"value", "EthAddr", "EthAddr", false, nullptr},
+    {"value", "EthAddr", "EthAddr", false, nullptr, &fieldText<MacAddressImmediate, &MacAddressImmediate::value>},
 };
 constexpr FieldInfo fieldsIpAddressIs[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>},
-    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>, &fieldText<IpAddressIs, &IpAddressIs::lhs>},
+    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>, &fieldText<IpAddressIs, &IpAddressIs::rhs>},
 };
 constexpr FieldInfo fieldsIpAddressIsAddrZero[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>, &fieldText<IpAddressIsAddrZero, &IpAddressIsAddrZero::lhs>},
 };
 constexpr FieldInfo fieldsIpAddressMatchPrefixList[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::lhs>},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::rhs>},
 };
 constexpr FieldInfo fieldsIpAddressAssign[] = {
-    {"lhs", "PtrConst<IpAddressModifiable>", "IpAddressModifiable", false, &isNode<IpAddressModifiable>},
-    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>},
+    {"lhs", "PtrConst<IpAddressModifiable>", "IpAddressModifiable", false, &isNode<IpAddressModifiable>, &fieldText<IpAddressAssign, &IpAddressAssign::lhs>},
+    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isNode<IpAddress>, &fieldText<IpAddressAssign, &IpAddressAssign::rhs>},
 };
 constexpr FieldInfo fieldsIpAddressImmediate[] = {
-    {"value", "IpGenAddr", "IpGenAddr", false, nullptr},
+    {"value", "IpGenAddr", "IpGenAddr", false, nullptr, &fieldText<IpAddressImmediate, &IpAddressImmediate::value>},
 };
 constexpr FieldInfo fieldsIpPrefixCoveredBy[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
-    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::lhs>},
+    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::rhs>},
 };
 constexpr FieldInfo fieldsIpPrefixIs[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
-    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::lhs>},
+    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::rhs>},
 };
 constexpr FieldInfo fieldsIpPrefixMatchCoveredPrefixList[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::lhs>},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::rhs>},
 };
 constexpr FieldInfo fieldsIpPrefixMatchPrefixList[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isNode<IpPrefix>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::lhs>},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isNode<PrefixList>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::rhs>},
 };
 constexpr FieldInfo fieldsIpPrefixImmediate[] = {
-    {"value", "IpGenPrefix", "IpGenPrefix", false, nullptr},
+    {"value", "IpGenPrefix", "IpGenPrefix", false, nullptr, &fieldText<IpPrefixImmediate, &IpPrefixImmediate::value>},
 };
 constexpr FieldInfo fieldsAsPathMatchAsPathAccessList[] = {
-    {"lhs", "PtrConst<AsPath>", "AsPath", false, &isNode<AsPath>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<AsPath>", "AsPath", false, &isNode<AsPath>, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::index>},
 };
 constexpr FieldInfo fieldsAsPathAssign[] = {
-    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isNode<AsPathModifiable>},
-    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isNode<IntListImmediate>},
+    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isNode<AsPathModifiable>, &fieldText<AsPathAssign, &AsPathAssign::lhs>},
+    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isNode<IntListImmediate>, &fieldText<AsPathAssign, &AsPathAssign::rhs>},
 };
 constexpr FieldInfo fieldsAsPathPrepend[] = {
-    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isNode<AsPathModifiable>},
-    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isNode<IntListImmediate>},
+    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isNode<AsPathModifiable>, &fieldText<AsPathPrepend, &AsPathPrepend::lhs>},
+    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isNode<IntListImmediate>, &fieldText<AsPathPrepend, &AsPathPrepend::rhs>},
 };
 constexpr FieldInfo fieldsInterfaceIs[] = {
-    {"lhs", "PtrConst<Interface>", "Interface", false, &isNode<Interface>},
-    {"rhs", "PtrConst<Interface>", "Interface", false, &isNode<Interface>},
+    {"lhs", "PtrConst<Interface>", "Interface", false, &isNode<Interface>, &fieldText<InterfaceIs, &InterfaceIs::lhs>},
+    {"rhs", "PtrConst<Interface>", "Interface", false, &isNode<Interface>, &fieldText<InterfaceIs, &InterfaceIs::rhs>},
 };
 constexpr FieldInfo fieldsInterfaceImmediate[] = {
-    {"value", "IntfId", "IntfId", false, nullptr},
+    {"value", "IntfId", "IntfId", false, nullptr, &fieldText<InterfaceImmediate, &InterfaceImmediate::value>},
 };
 constexpr FieldInfo fieldsIntSetAllInImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetHasAllImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetHasAnyImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetHasNoneImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetIsEmpty[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetIsEmpty, &IntSetIsEmpty::lhs>},
 };
 constexpr FieldInfo fieldsIntSetIsImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetMatchCommList[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetMatchExactCommList[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetAddCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetAddCommList, &IntSetAddCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetAddImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetAssignCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetAssignImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetRemoveCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetRemoveImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::rhs>},
 };
 constexpr FieldInfo fieldsIntSetRetainCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::index>},
 };
 constexpr FieldInfo fieldsIntSetRetainImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isNode<IntSetModifiable>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::lhs>},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isNode<IntSet>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetAllInImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetHasAllImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetHasAnyImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetHasNoneImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetIsEmpty[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetIsEmpty, &CommunitySetIsEmpty::lhs>},
 };
 constexpr FieldInfo fieldsCommunitySetIsImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExactExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetAddExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetAddImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetAssignExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetAssignImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetRetainExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetRetainImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::lhs>},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::rhs>},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExactLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetMatchLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isNode<CommunitySet>, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetAddLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetAssignLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::index>},
 };
 constexpr FieldInfo fieldsCommunitySetRetainLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>},
-    {"listName", "String", "String", false, nullptr},
-    {"index", "U16", "U16", false, nullptr},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isNode<CommunitySetModifiable>, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::lhs>},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::listName>},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::index>},
 };
 constexpr FieldInfo fieldsRoaTableImmediate[] = {
-    {"number", "U64", "U64", false, nullptr},
-    {"name", "String", "String", false, nullptr},
+    {"number", "U64", "U64", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::number>},
+    {"name", "String", "String", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::name>},
 };
 constexpr FieldInfo fieldsPrefixListImmediate[] = {
-    {"name", "String", "String", false, nullptr},
-    {"indexInAet", "U16", "U16", false, nullptr},
-    {"isV4", "bool", "bool", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::name>},
+    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::indexInAet>},
+    {"isV4", "bool", "bool", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::isV4>},
 };
 constexpr FieldInfo fieldsPrefixListVariable[] = {
-    {"name", "String", "String", false, nullptr},
-    {"argVectorIndex", "U8", "U8", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::name>},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::argVectorIndex>},
 };
 constexpr FieldInfo fieldsDynamicPrefixListImmediate[] = {
-    {"name", "String", "String", false, nullptr},
-    {"indexInAet", "U16", "U16", false, nullptr},
+    {"name", "String", "String", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::name>},
+    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::indexInAet>},
 };
 constexpr FieldInfo fieldsEsiIs[] = {
-    {"lhs", "PtrConst<Esi>", "Esi", false, &isNode<Esi>},
-    {"rhs", "PtrConst<Esi>", "Esi", false, &isNode<Esi>},
+    {"lhs", "PtrConst<Esi>", "Esi", false, &isNode<Esi>, &fieldText<EsiIs, &EsiIs::lhs>},
+    {"rhs", "PtrConst<Esi>", "Esi", false, &isNode<Esi>, &fieldText<EsiIs, &EsiIs::rhs>},
 };
 constexpr FieldInfo fieldsEsiImmediate[] = {
-    {"value", "optional<Evpn::Esid>", "optional<Evpn::Esid>", false, nullptr},
+    {"value", "optional<Evpn::Esid>", "optional<Evpn::Esid>", false, nullptr, &fieldText<EsiImmediate, &EsiImmediate::value>},
 };
 
 } // namespace

@@ -52,10 +52,6 @@ String chainText(char const * open, PtrConst<CommunityLinkedList> const & head,
     return open + joined(head.get()) + close;
 }
 
-String nodeReference(AetNodeBase const & node) {
-    return String(node.typeData().name) + "#" + std::to_string(node.aetNodeKey());
-}
-
 void dumpIndent(PtrConst<DumpContext> const & dumpContext, U32 indent) {
     if (indent != 0) {
         dumpContext->print("%*c", static_cast<int>(indent), ' ');
@@ -79,13 +75,6 @@ void dumpImplementation(PtrConst<DumpContext> const & dumpContext, U32 indent,
                         char const * className) {
     dumpIndent(dumpContext, indent);
     dumpContext->print(" %s", className);
-}
-
-bool listIsSane(char const * className, SlotMap const & slots, String const & listName, U16 index) {
-    U16 const metadataIndex = slotOf(slots, listName);
-    QCF_TRACE(traceQcfEval, 2,
-              className << "::verifySanity: index=" << index << " metadataIndex=" << metadataIndex);
-    return index != 0 && index == metadataIndex;
 }
 
 } // namespace Qcf::Eval

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
-/// Texts that many node classes share: value texts, operator dumps, sanity traces. Private to the
+/// Texts that many node classes share: value texts, operator dumps. Private to the
 /// node sources.
 namespace Qcf::Eval {
 
@@ -26,9 +26,6 @@ String variableText(String const & name, U8 argVectorIndex);
 String chainText(char const * open, PtrConst<IntLinkedList> const & head, char const * close);
 String chainText(char const * open, PtrConst<CommunityLinkedList> const & head, char const * close);
 
-/// The identity of a node, stable for its life, where a text shows a reference to it.
-String nodeReference(AetNodeBase const & node);
-
 /// Prints `indent` blanks; nothing for 0.
 void dumpIndent(PtrConst<DumpContext> const & dumpContext, U32 indent);
 
@@ -41,9 +38,5 @@ void dumpOperator(PtrConst<DumpContext> const & dumpContext, U32 indent,
 /// The dump of a built-in function's body: a blank and the class name.
 void dumpImplementation(PtrConst<DumpContext> const & dumpContext, U32 indent,
                         char const * className);
-
-/// Whether a list operator's index is the slot that the metadata gives the list's name. Index 0 is
-/// never sane.
-bool listIsSane(char const * className, SlotMap const & slots, String const & listName, U16 index);
 
 } // namespace Qcf::Eval

@@ -18,7 +18,7 @@ bool indexIsSane(char const * className, SlotMap const & slots, String const & n
 }
 
 /// The one query that guards dynamic prefix lists: they select what is sent to a peer.
-bool dynamicListsInUse(EvalContext const & context) { return context.isBgpOutbound(); }
+bool dynamicListsInUse(EvalContextBase const & context) { return context.isBgpOutbound(); }
 
 } // namespace
 
@@ -50,12 +50,11 @@ PrefixListVariable::getValWithArgs(Ptr<EvalContextBase const> const & context,
 PrefixListMatcher const *
 DynamicPrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
                                            AddressFamily family) const {
-    auto const & c = evalContext(context);
-    auto const & matchers = *c.externalMatchers();
-    U32 const vrfId = c.vrfId();
+    auto const & matchers = *context->externalMatchers();
+    U32 const vrfId = context->vrfId();
     auto const * const status = matchers.dynamicPrefixLists.at(indexInAet_).get();
     if (vrfId == EvalContext::noVrf || status == nullptr || !status->activeIn(vrfId) ||
-        !dynamicListsInUse(c)) {
+        !dynamicListsInUse(*context)) {
         return nullptr;
     }
     switch (family) {

@@ -55,7 +55,7 @@ bool IpAddressMatchPrefixList::verifySanity(FunctionMetadata const & metadata) c
 EvalResult MatchOriginAsValidityImplExpr::eval(Ptr<EvalContextBase> const & context) const {
     auto const slot = getIntFromArgVector<U32>(context, 0);
     auto const state = getIntFromArgVector<U32>(context, 1);
-    return EvalResult::fromBoolWithReturn(evalContext(context).matchRoaTable(slot, state));
+    return EvalResult::fromBoolWithReturn(context->matchRoaTable(slot, state));
 }
 
 } // namespace Qcf::Eval

@@ -101,12 +101,10 @@ void AetCollections::changed(U16 collection, U64 key, Notification::Kind kind) {
         sortDirty();
     }
     dirty_.push_back({collection, key});
-    if (publisher().hasListeners()) {
-        publisher().publish({.attribute = Eval::nodeClasses()[collection].collection,
-                             .kind = kind,
-                             .key = key,
-                             .subject = this});
-    }
+    publish({.attribute = Eval::nodeClasses()[collection].collection,
+             .kind = kind,
+             .key = key,
+             .subject = this});
 }
 
 void AetCollections::sortDirty() const {

@@ -25,6 +25,7 @@ public:
     };
 
     ~AetCollections() override;
+    TypeData const & typeData() const override;
 
     /// Puts a node that was built elsewhere into its class's collection. A member that is there
     /// under its key already stays, and is returned: a key always denotes the same node.

@@ -266,6 +266,7 @@ namespace Qcf {
 class AllAetEntities final : public AetCollections {
 public:
     static Ptr<AllAetEntities> AllAetEntitiesIs();
+    TypeData const & typeData() const override;
 
     Ptr<Eval::Function> functionCollIs(
         U64 aetNodeKey, String funcName, FunctionMetadata metadata,

@@ -8,12 +8,12 @@
 /// See AetNode.h for what every node does, QcfEvalContext.h for the context that an agent derives
 /// from, and ClientPlugin/QcfRoutingAttributeTypes.h for the route attributes.
 
-#include "QcfLib/QcfEvalBasicTypesGenerated.h"
+#include "QcfLib/QcfEvalBasicTypes.h"
 #include "QcfLib/QcfEvalCollectionsGenerated.h"
-#include "QcfLib/QcfEvalCommunityTypesGenerated.h"
+#include "QcfLib/QcfEvalCommunityTypes.h"
 #include "QcfLib/QcfEvalContext.h"
 #include "QcfLib/QcfEvalGenerated.h"
-#include "QcfLib/QcfEvalOperatorTypesGenerated.h"
+#include "QcfLib/QcfEvalOperatorTypes.h"
 
 namespace Qcf::Eval {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Framework/CharRange.h"
+#include "Platform/Framework/Hash.h"
 #include "Platform/Framework/Types.h"
 #include "QcfLib/QcfEvalAttributeSetGenerated.h"
 
@@ -33,6 +34,12 @@ public:
     constexpr void insert(std::size_t bit) { bits_ |= U64{1} << bit; }
     constexpr bool empty() const { return bits_ == 0; }
     constexpr bool operator==(FlagSet const &) const = default;
+
+    constexpr U32 hash(U32 seed) const {
+        Hash hash(seed);
+        hash.hashMix(bits_);
+        return hash.result();
+    }
 
     /// The bit of a flag name; `width` when there is none.
     static std::size_t bitOf(std::string_view name);
@@ -73,6 +80,10 @@ struct AccessibleAttributes {
 
     bool operator==(AccessibleAttributes const &) const = default;
 
+    constexpr U32 hash(U32 seed) const {
+        return writableAttributes.hash(readableAttributes.hash(seed));
+    }
+
     /// A line an attribute that is touched, in flag order: `med = read/write`.
     String toStrep() const;
 };
@@ -82,3 +93,8 @@ void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, b
                                   bool write);
 
 } // namespace Qcf::Eval
+
+template <typename Names>
+struct std::hash<Qcf::Eval::FlagSet<Names>> : HashOfValue<Qcf::Eval::FlagSet<Names>> {};
+template <>
+struct std::hash<Qcf::Eval::AccessibleAttributes> : HashOfValue<Qcf::Eval::AccessibleAttributes> {};

@@ -61,14 +61,14 @@ class LogicalOperator : public AetNodeBase {
 public:
     using AetNodeBase::AetNodeBase;
 
+    /// By the concrete class alone: an operator has no content.
+    bool compare(PtrConst<AetNodeBase> const & other) const final;
+    U32 hash(U32 seed) const final;
+
     /// "and", "or" or "??".
     virtual String toStrep() const = 0;
     /// Whether a chain of this kind ends with that operand's result.
-    bool shouldShortCircuit(EvalResult const & result) const {
-        return ((endingValues() >> static_cast<U8>(result.retVal())) & 1) != 0;
-    }
-    /// The values that end a chain of this kind, one bit for each TriStateBoolValue.
-    virtual U8 endingValues() const = 0;
+    virtual bool shouldShortCircuit(EvalResult const & result) const = 0;
     /// The chain's result from that of its last operand: unknown becomes false.
     virtual EvalResult maybeCastUnknownToFalse(EvalResult const & result) const;
 };

@@ -4,7 +4,7 @@
 
 /// Constants and function arguments.
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
 namespace Qcf::Eval {
 

@@ -5,7 +5,7 @@
 /// Lists and sets written in a function.
 
 #include "QcfLib/CachedConstant.h"
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
 namespace Qcf::Eval {
 

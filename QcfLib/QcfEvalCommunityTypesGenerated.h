@@ -4,7 +4,7 @@
 
 /// Communities that are computed while a function runs.
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
 namespace Qcf::Eval {
 
@@ -70,6 +70,8 @@ public:
     U32 hash(U32 seed) const override;
     Acl::CommunityValue getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    /// The 32 bits of an IEEE single-precision float, unchanged.
+    static U32 floatToBin(F32 value);
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

@@ -15,8 +15,10 @@ class Function;
 ///     result = function->eval(context);   // writes changes back through the ...Is operations
 ///
 /// The agent overrides the Input and InputPopulate operations of the attributes that it has, the
-/// write-backs of those that it lets functions change, and the session facts and list operations
-/// below. Without any override every attribute reads as its default and every match fails.
+/// write-backs of those that it lets functions change, and the session facts and list operations of
+/// EvalContextBase. Without any override every attribute reads as its default and every match
+/// fails.
+///
 /// What the operations answer must not change within a route: where conditions only read, one answer
 /// may serve for several places of a function. An operation is never asked more often than the
 /// function says; asked in a function that was called, it may find the caller's depth and frame.
@@ -31,68 +33,59 @@ public:
                 Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext);
     ~EvalContext() override;
 
+    TypeData const & typeData() const override;
     Ptr<Debug::EvaluationLog const> evaluationLog() const override;
     /// Ready for the next route; also switches logging off. Asserts that no call is open.
     void reset() override { forgetRoute(); }
 
-    // Facts of the session that the route is processed in.
-    virtual bool isBgpOutbound() const { return false; }
-    virtual U32 localAs() const { return 0; }
-    virtual bool peerConfed() const { return false; }
-    virtual U32 vrfId() const { return noVrf; }
-    /// Gives an EVPN IP-prefix route an overlay index; answers whether it did.
-    virtual EvalResult setOverlayIndex() { return EvalResult::fromBoolWithReturn(false); }
-
-    // The agent's lists. A null set stands for the empty set, in arguments and in results; the
-    // status may be null. Edits get the current set and return the new one.
-    using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
-    using CommListStatus = Routing::RouteMap::StandardCommListStatus;
-    using ExtCommListStatus = Routing::RouteMap::ExtCommListStatus;
-    using LargeCommListStatus = Routing::RouteMap::LargeCommListStatus;
-    using IntSetPtr = Ptr<U64SmallVector>;
-    using CommunitySetPtr = Ptr<CommunitySmallVector>;
-
-    virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
-                                       U64 aetNodeKey,
-                                       PtrConst<AsPathListStatus> const & status) const;
-    virtual bool matchCommList(PtrConst<U64SmallVector> const & set,
-                               PtrConst<CommListStatus> const & status) const;
-    virtual bool matchExactCommList(PtrConst<U64SmallVector> const & set,
-                                    PtrConst<CommListStatus> const & status) const;
-    virtual IntSetPtr commAssignCommList(PtrConst<CommListStatus> const & status);
-    virtual IntSetPtr commAddCommList(IntSetPtr const & set,
-                                      PtrConst<CommListStatus> const & status);
-    virtual IntSetPtr commRemoveCommList(IntSetPtr const & set,
-                                         PtrConst<CommListStatus> const & status);
-    virtual IntSetPtr commRetainCommList(IntSetPtr const & set,
-                                         PtrConst<CommListStatus> const & status);
-    virtual bool matchExtCommList(PtrConst<CommunitySmallVector> const & set,
-                                  PtrConst<ExtCommListStatus> const & status) const;
-    virtual bool matchExactExtCommList(PtrConst<CommunitySmallVector> const & set,
-                                       PtrConst<ExtCommListStatus> const & status) const;
-    virtual CommunitySetPtr extCommAssignExtCommList(PtrConst<ExtCommListStatus> const & status);
-    virtual CommunitySetPtr extCommAddExtCommList(CommunitySetPtr const & set,
-                                                  PtrConst<ExtCommListStatus> const & status);
-    virtual CommunitySetPtr extCommRemoveExtCommList(CommunitySetPtr const & set,
-                                                     PtrConst<ExtCommListStatus> const & status);
-    virtual CommunitySetPtr extCommRetainExtCommList(CommunitySetPtr const & set,
-                                                     PtrConst<ExtCommListStatus> const & status);
-    virtual bool matchLargeCommList(PtrConst<CommunitySmallVector> const & set,
-                                    PtrConst<LargeCommListStatus> const & status) const;
-    virtual bool matchExactLargeCommList(PtrConst<CommunitySmallVector> const & set,
-                                         PtrConst<LargeCommListStatus> const & status) const;
-    virtual CommunitySetPtr
-    largeCommAssignLargeCommList(PtrConst<LargeCommListStatus> const & status);
-    virtual CommunitySetPtr largeCommAddLargeCommList(CommunitySetPtr const & set,
-                                                      PtrConst<LargeCommListStatus> const & status);
-    virtual CommunitySetPtr
+    // What an agent answers that overrides nothing: no session of note, and lists that match
+    // nothing and whose edits leave the empty set.
+    bool isBgpOutbound() const override { return false; }
+    U32 localAs() const override { return 0; }
+    bool peerConfed() const override { return false; }
+    U32 vrfId() const override { return noVrf; }
+    EvalResult setOverlayIndex() override { return EvalResult::fromBoolWithReturn(false); }
+    bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
+                               U64 aetNodeKey,
+                               PtrConst<AsPathListStatus> const & status) const override;
+    bool matchCommList(PtrConst<U64SmallVector> const & set,
+                       PtrConst<CommListStatus> const & status) const override;
+    bool matchExactCommList(PtrConst<U64SmallVector> const & set,
+                            PtrConst<CommListStatus> const & status) const override;
+    IntSetPtr commAssignCommList(PtrConst<CommListStatus> const & status) override;
+    IntSetPtr commAddCommList(IntSetPtr const & set,
+                              PtrConst<CommListStatus> const & status) override;
+    IntSetPtr commRemoveCommList(IntSetPtr const & set,
+                                 PtrConst<CommListStatus> const & status) override;
+    IntSetPtr commRetainCommList(IntSetPtr const & set,
+                                 PtrConst<CommListStatus> const & status) override;
+    bool matchExtCommList(PtrConst<CommunitySmallVector> const & set,
+                          PtrConst<ExtCommListStatus> const & status) const override;
+    bool matchExactExtCommList(PtrConst<CommunitySmallVector> const & set,
+                               PtrConst<ExtCommListStatus> const & status) const override;
+    CommunitySetPtr extCommAssignExtCommList(PtrConst<ExtCommListStatus> const & status) override;
+    CommunitySetPtr extCommAddExtCommList(CommunitySetPtr const & set,
+                                          PtrConst<ExtCommListStatus> const & status) override;
+    CommunitySetPtr extCommRemoveExtCommList(CommunitySetPtr const & set,
+                                             PtrConst<ExtCommListStatus> const & status) override;
+    CommunitySetPtr extCommRetainExtCommList(CommunitySetPtr const & set,
+                                             PtrConst<ExtCommListStatus> const & status) override;
+    bool matchLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                            PtrConst<LargeCommListStatus> const & status) const override;
+    bool matchExactLargeCommList(PtrConst<CommunitySmallVector> const & set,
+                                 PtrConst<LargeCommListStatus> const & status) const override;
+    CommunitySetPtr
+    largeCommAssignLargeCommList(PtrConst<LargeCommListStatus> const & status) override;
+    CommunitySetPtr
+    largeCommAddLargeCommList(CommunitySetPtr const & set,
+                              PtrConst<LargeCommListStatus> const & status) override;
+    CommunitySetPtr
     largeCommRemoveLargeCommList(CommunitySetPtr const & set,
-                                 PtrConst<LargeCommListStatus> const & status);
-    virtual CommunitySetPtr
+                                 PtrConst<LargeCommListStatus> const & status) override;
+    CommunitySetPtr
     largeCommRetainLargeCommList(CommunitySetPtr const & set,
-                                 PtrConst<LargeCommListStatus> const & status);
-    /// Whether the route's origin is in that state by the ROA table of that slot.
-    virtual bool matchRoaTable(U32 slot, U32 state) const;
+                                 PtrConst<LargeCommListStatus> const & status) override;
+    bool matchRoaTable(U32 slot, U32 state) const override;
 
     /// The frame of the function that runs.
     StackFrameData_ * stackFrameDataRawPtr();
@@ -158,6 +151,8 @@ protected:
     }
 
 private:
+    friend struct TypeDataOf<EvalContext>;
+
     void keepFunction(Function const & function);
     void forgetEarlierFunctions();
     void clearFrame();

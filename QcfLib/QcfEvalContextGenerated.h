@@ -73,6 +73,7 @@ public:
     U64 originValidationState = 0;
     U64 weight = 0;
 
+    TypeData const & typeData() const override;
     void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }
     void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }
 
@@ -125,6 +126,7 @@ public:
     bool largeCommunityInputPopulated() const { return isPopulated(Input::largeCommunityInput); }
     bool largeCommunityInputModifiablePopulated() const { return isPopulated(Input::largeCommunityInputModifiable); }
 
+    TypeData const & typeData() const override;
     bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }
@@ -134,146 +136,91 @@ private:
 };
 
 /// The route's attributes as a function sees them: fetched from the agent when a node first asks,
-/// changed in a store of their own, handed back by flushModifiedAttributes. An agent overrides the
-/// virtual operations that it supports; Input and InputPopulate operations fetch, Is operations
-/// write back. Used by one thread at a time.
+/// changed in a store of their own, handed back by flushModifiedAttributes. Used by one thread at a
+/// time.
 class GeneratedEvalContext : public EvalContextBase {
 public:
     GeneratedEvalContext(
         PtrConst<ExternalMatchersBase> externalMatchers, Routing::Policy::Result_ * result);
     ~GeneratedEvalContext() override;
+    TypeData const & typeData() const override;
 
-    /// Administrative AS, as a community value; internal.
-    virtual Acl::CommunityValue adminAsInput() const;
-    /// Address family identifier of the route.
-    virtual U64 afiInput() const;
-    /// Address family and subsequent family of the route as one number.
-    virtual U64 afiSafiInput() const;
-    /// Metric added to AIGP on the way out.
-    virtual U64 aigpAccumulationMetricInput() const;
-    virtual void aigpAccumulationMetricIs(U64 value);
-    /// Accumulated IGP metric.
-    virtual U64 aigpMetricInput() const;
-    virtual void aigpMetricIs(U64 value);
-    /// The AS path.
-    virtual void asPathInputPopulate(Routing::Bgp::AspathContainerFromExisting * path) const;
-    virtual void asPathIs(Routing::Bgp::AspathContainerFromExisting * value);
-    /// Whether the route is an aggregate.
-    virtual TriStateBoolValue aggregateInput() const;
-    /// Whether the route contributes to an aggregate.
-    virtual TriStateBoolValue aggregateContributorInput() const;
-    /// Whether the route is the best path.
-    virtual TriStateBoolValue bestpathInput() const;
-    /// Index of the prefix segment identifier.
-    virtual U64 prefixSidIndexInput() const;
-    virtual void prefixSidIndexIs(U64 value);
-    /// How the route came into BGP.
-    virtual U64 routeSourceInput() const;
-    /// Standard communities: fill the emptied container, ascending, or lend it values (see
-    /// ValueVector).
-    virtual void communityInputPopulate(Ptr<U64SmallVector> const & set) const;
-    virtual void communityIs(PtrConst<U64SmallVector> const & value);
-    /// Interface of a connected route.
-    virtual IntfId connectedInterfaceInput() const;
-    /// Local AS of the session that the route is sent to.
-    virtual U64 destinationSessionLocalAsInput() const;
-    /// Sum of the link bandwidths of the ECMP group, bits per second.
-    virtual F32 aggregateLinkBandwidthInput() const;
-    /// Gateway address of an EVPN IP-prefix route.
-    virtual IpGenAddr evpnIpPrefixRouteGatewayAddrInput() const;
-    virtual void evpnIpPrefixRouteGatewayAddrIs(IpGenAddr value);
-    /// Label of an EVPN IP-prefix route.
-    virtual U64 evpnIpPrefixRouteLabelInput() const;
-    virtual void evpnIpPrefixRouteLabelIs(U64 value);
-    /// Prefix of an EVPN IP-prefix route.
-    virtual IpGenPrefix evpnIpPrefixRoutePrefixInput() const;
-    /// Ethernet segment of an EVPN MAC/IP route; may be unset.
-    virtual std::optional<Evpn::Esid> evpnMacIpRouteEsiInput() const;
-    /// IP address of an EVPN MAC/IP route.
-    virtual IpGenAddr evpnMacIpRouteIpAddressInput() const;
-    /// MAC address of an EVPN MAC/IP route.
-    virtual EthAddr evpnMacIpRouteMacAddressInput() const;
-    /// EVPN route type.
-    virtual U64 evpnRouteTypeInput() const;
-    /// Extended communities: fill the emptied container, ascending, or lend it values (see
-    /// ValueVector).
-    virtual void extCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const;
-    virtual void extCommunityIs(PtrConst<CommunitySmallVector> const & value);
-    /// Resilient ECMP state of the forwarding class.
-    virtual U64 recmpStateInput() const;
-    virtual void recmpStateIs(U64 value);
-    /// Destination prefix of a flow specification.
-    virtual IpGenPrefix flowspecDestinationPrefixInput() const;
-    /// Source prefix of a flow specification.
-    virtual IpGenPrefix flowspecSourcePrefixInput() const;
-    /// IGP metric of the route.
-    virtual U64 igpMetricInput() const;
-    /// IGP tag.
-    virtual U64 tagInput() const;
-    virtual void tagIs(U64 value);
-    /// AS number of the BGP instance.
-    virtual U64 instanceAsInput() const;
-    /// IS-IS levels, a set of the numbers 1 and 2: fill the emptied container, ascending, or lend
-    /// it values (see ValueVector).
-    virtual void isisLevelInputPopulate(Ptr<U64SmallVector> const & set) const;
-    virtual void isisLevelIs(PtrConst<U64SmallVector> const & value);
-    /// IS-IS metric.
-    virtual U64 isisMetricInput() const;
-    virtual void isisMetricIs(U64 value);
-    /// Large communities: fill the emptied container, ascending, or lend it values (see
-    /// ValueVector).
-    virtual void largeCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const;
-    virtual void largeCommunityIs(PtrConst<CommunitySmallVector> const & value);
-    /// Local preference.
-    virtual U64 localPrefInput() const;
-    virtual void localPrefIs(U64 value);
-    /// Multi-exit discriminator.
-    virtual U64 medInput() const;
-    virtual void medIs(U64 value);
-    /// Next hop; unset stands for the agent's own address.
-    virtual IpGenAddr nextHopInput() const;
-    virtual void nextHopIs(IpGenAddr value);
-    /// Metric to the next hop as used by best-path selection.
-    virtual U64 nextHopBestPathMetricInput() const;
-    virtual void nextHopBestPathMetricIs(U64 value);
-    /// IGP metric to the next hop.
-    virtual U64 nextHopMetricInput() const;
-    /// BGP origin: 0 IGP, 1 EGP, 2 incomplete, 256 not set.
-    virtual U64 originInput() const;
-    virtual void originIs(U64 value);
-    /// The route's prefix.
-    virtual IpGenPrefix ipPrefixInput() const;
-    /// RIBs in which the next hop is resolved.
-    virtual Routing::Rib::ResolutionRibProfileConfig resolutionRibsInput() const;
-    virtual void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & value);
-    /// The system's default resolution RIBs.
-    virtual Routing::Rib::ResolutionRibProfileConfig resolutionRibsDefaultInput() const;
-    /// Administrative distance in the RIB.
-    virtual U64 ribPreferenceInput() const;
-    virtual void ribPreferenceIs(U64 value);
-    /// Programming priority of the route.
-    virtual U64 routePriorityInput() const;
-    virtual void routePriorityIs(U64 value);
-    /// Origin validation state: 0 valid, 1 not found, 2 invalid.
-    virtual U64 originValidationStateInput() const;
-    virtual void originValidationStateIs(U64 value);
-    /// Origin AS of a route-target membership route.
-    virtual U64 rtMembershipOriginAsInput() const;
-    /// Route target of a route-target membership route.
-    virtual Acl::CommunityValue rtMembershipRouteTargetInput() const;
-    /// Protocol that the route was redistributed from, a SourceProtocolType.
-    virtual U64 sourceProtocolInput() const;
-    /// Bandwidth of the interface of the source session, bits per second.
-    virtual F32 sourceSessionInterfaceBandwidthInput() const;
-    /// AS number of the peer that sent the route.
-    virtual U64 sourceSessionRemoteAsInput() const;
-    /// Address of the peer that sent the route.
-    virtual IpGenAddr sourceSessionRemoteIpAddressInput() const;
-    /// Router identifier of the peer that sent the route.
-    virtual IpGenAddr sourceSessionRemoteRouterIdInput() const;
-    /// Local weight.
-    virtual U64 weightInput() const;
-    virtual void weightIs(U64 value);
+    // What a context answers that overrides nothing: a route of which nothing is known.
+    Acl::CommunityValue adminAsInput() const override;
+    U64 afiInput() const override;
+    U64 afiSafiInput() const override;
+    U64 aigpAccumulationMetricInput() const override;
+    void aigpAccumulationMetricIs(U64 value) override;
+    U64 aigpMetricInput() const override;
+    void aigpMetricIs(U64 value) override;
+    void asPathInputPopulate(Routing::Bgp::AspathContainerFromExisting * path) const override;
+    void asPathIs(Routing::Bgp::AspathContainerFromExisting * value) override;
+    TriStateBoolValue aggregateInput() const override;
+    TriStateBoolValue aggregateContributorInput() const override;
+    TriStateBoolValue bestpathInput() const override;
+    U64 prefixSidIndexInput() const override;
+    void prefixSidIndexIs(U64 value) override;
+    U64 routeSourceInput() const override;
+    void communityInputPopulate(Ptr<U64SmallVector> const & set) const override;
+    void communityIs(PtrConst<U64SmallVector> const & value) override;
+    IntfId connectedInterfaceInput() const override;
+    U64 destinationSessionLocalAsInput() const override;
+    F32 aggregateLinkBandwidthInput() const override;
+    IpGenAddr evpnIpPrefixRouteGatewayAddrInput() const override;
+    void evpnIpPrefixRouteGatewayAddrIs(IpGenAddr value) override;
+    U64 evpnIpPrefixRouteLabelInput() const override;
+    void evpnIpPrefixRouteLabelIs(U64 value) override;
+    IpGenPrefix evpnIpPrefixRoutePrefixInput() const override;
+    std::optional<Evpn::Esid> evpnMacIpRouteEsiInput() const override;
+    IpGenAddr evpnMacIpRouteIpAddressInput() const override;
+    EthAddr evpnMacIpRouteMacAddressInput() const override;
+    U64 evpnRouteTypeInput() const override;
+    void extCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const override;
+    void extCommunityIs(PtrConst<CommunitySmallVector> const & value) override;
+    U64 recmpStateInput() const override;
+    void recmpStateIs(U64 value) override;
+    IpGenPrefix flowspecDestinationPrefixInput() const override;
+    IpGenPrefix flowspecSourcePrefixInput() const override;
+    U64 igpMetricInput() const override;
+    U64 tagInput() const override;
+    void tagIs(U64 value) override;
+    U64 instanceAsInput() const override;
+    void isisLevelInputPopulate(Ptr<U64SmallVector> const & set) const override;
+    void isisLevelIs(PtrConst<U64SmallVector> const & value) override;
+    U64 isisMetricInput() const override;
+    void isisMetricIs(U64 value) override;
+    void largeCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const override;
+    void largeCommunityIs(PtrConst<CommunitySmallVector> const & value) override;
+    U64 localPrefInput() const override;
+    void localPrefIs(U64 value) override;
+    U64 medInput() const override;
+    void medIs(U64 value) override;
+    IpGenAddr nextHopInput() const override;
+    void nextHopIs(IpGenAddr value) override;
+    U64 nextHopBestPathMetricInput() const override;
+    void nextHopBestPathMetricIs(U64 value) override;
+    U64 nextHopMetricInput() const override;
+    U64 originInput() const override;
+    void originIs(U64 value) override;
+    IpGenPrefix ipPrefixInput() const override;
+    Routing::Rib::ResolutionRibProfileConfig resolutionRibsInput() const override;
+    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & value) override;
+    Routing::Rib::ResolutionRibProfileConfig resolutionRibsDefaultInput() const override;
+    U64 ribPreferenceInput() const override;
+    void ribPreferenceIs(U64 value) override;
+    U64 routePriorityInput() const override;
+    void routePriorityIs(U64 value) override;
+    U64 originValidationStateInput() const override;
+    void originValidationStateIs(U64 value) override;
+    U64 rtMembershipOriginAsInput() const override;
+    Acl::CommunityValue rtMembershipRouteTargetInput() const override;
+    U64 sourceProtocolInput() const override;
+    F32 sourceSessionInterfaceBandwidthInput() const override;
+    U64 sourceSessionRemoteAsInput() const override;
+    IpGenAddr sourceSessionRemoteIpAddressInput() const override;
+    IpGenAddr sourceSessionRemoteRouterIdInput() const override;
+    U64 weightInput() const override;
+    void weightIs(U64 value) override;
 
     /// The AS path: as the route came, fetched once a route.
     Routing::Bgp::AspathContainerFromExisting * asPathInput() const;
@@ -394,6 +341,7 @@ protected:
     }
 
 private:
+    friend struct TypeDataOf<GeneratedEvalContext>;
     using Input = QcfEvalContextCacheGenerated::Input;
 
     QcfEvalContextCacheGenerated & cache() const {

@@ -90,10 +90,6 @@ Ptr<AndOperator> AndOperator::AndOperatorIs(U64 aetNodeKey) {
 }
 Ptr<AndOperator> andOperatorFactory(U64 aetNodeKey) { return makePtr<AndOperator>(aetNodeKey); }
 NodeClass const & AndOperator::typeData() const { return nodeClasses()[classNumber]; }
-bool AndOperator::compare(PtrConst<AetNodeBase> const & other) const {
-    return compareNode(*this, other);
-}
-U32 AndOperator::hash(U32 seed) const { return hashNode(*this, seed); }
 MemAllocationTracker const & AndOperator::memAllocationTracker() {
     return Slab<AndOperator>::tracker();
 }
@@ -105,10 +101,6 @@ OrOperator::OrOperator(U64 aetNodeKey)
 Ptr<OrOperator> OrOperator::OrOperatorIs(U64 aetNodeKey) { return makePtr<OrOperator>(aetNodeKey); }
 Ptr<OrOperator> orOperatorFactory(U64 aetNodeKey) { return makePtr<OrOperator>(aetNodeKey); }
 NodeClass const & OrOperator::typeData() const { return nodeClasses()[classNumber]; }
-bool OrOperator::compare(PtrConst<AetNodeBase> const & other) const {
-    return compareNode(*this, other);
-}
-U32 OrOperator::hash(U32 seed) const { return hashNode(*this, seed); }
 MemAllocationTracker const & OrOperator::memAllocationTracker() {
     return Slab<OrOperator>::tracker();
 }
@@ -124,10 +116,6 @@ Ptr<SequentialOperator> sequentialOperatorFactory(U64 aetNodeKey) {
     return makePtr<SequentialOperator>(aetNodeKey);
 }
 NodeClass const & SequentialOperator::typeData() const { return nodeClasses()[classNumber]; }
-bool SequentialOperator::compare(PtrConst<AetNodeBase> const & other) const {
-    return compareNode(*this, other);
-}
-U32 SequentialOperator::hash(U32 seed) const { return hashNode(*this, seed); }
 MemAllocationTracker const & SequentialOperator::memAllocationTracker() {
     return Slab<SequentialOperator>::tracker();
 }

@@ -129,10 +129,8 @@ public:
     template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
 
     NodeClass const & typeData() const override;
-    bool compare(PtrConst<AetNodeBase> const & other) const override;
-    U32 hash(U32 seed) const override;
     String toStrep() const override;
-    U8 endingValues() const override;
+    bool shouldShortCircuit(EvalResult const & result) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -152,10 +150,8 @@ public:
     template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
 
     NodeClass const & typeData() const override;
-    bool compare(PtrConst<AetNodeBase> const & other) const override;
-    U32 hash(U32 seed) const override;
     String toStrep() const override;
-    U8 endingValues() const override;
+    bool shouldShortCircuit(EvalResult const & result) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -175,10 +171,8 @@ public:
     template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
 
     NodeClass const & typeData() const override;
-    bool compare(PtrConst<AetNodeBase> const & other) const override;
-    U32 hash(U32 seed) const override;
     String toStrep() const override;
-    U8 endingValues() const override;
+    bool shouldShortCircuit(EvalResult const & result) const override;
     EvalResult maybeCastUnknownToFalse(EvalResult const & result) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

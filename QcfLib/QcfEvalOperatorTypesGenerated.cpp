@@ -2,6 +2,7 @@
 
 #include "QcfLib/QcfEvalOperatorTypesGenerated.h"
 #include "QcfLib/NodeContract.h"
+#include "QcfLib/QcfLibHelpers.h"
 
 namespace Qcf::Eval {
 
@@ -423,7 +424,7 @@ void IntMatchTagSet::dumpState(PtrConst<DumpContext> const & dumpContext, U32 in
     dumpOperator(dumpContext, indent, lhs_, "MatchTagSet", tagSetName_);
 }
 bool IntMatchTagSet::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntMatchTagSet", metadata.tagSetsUsed, tagSetName_, index_);
+    return verifyTagSetSanity(tagSetName_, "IntMatchTagSet", metadata, index_);
 }
 MemAllocationTracker const & IntMatchTagSet::memAllocationTracker() {
     return Slab<IntMatchTagSet>::tracker();
@@ -972,7 +973,7 @@ void AsPathMatchAsPathAccessList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchAsPathAccessList", listName_);
 }
 bool AsPathMatchAsPathAccessList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("AsPathMatchAsPathAccessList", metadata.asPathAccessListsUsed, listName_, index_);
+    return verifyAsPathAccessListSanity(listName_, "AsPathMatchAsPathAccessList", metadata, index_);
 }
 MemAllocationTracker const & AsPathMatchAsPathAccessList::memAllocationTracker() {
     return Slab<AsPathMatchAsPathAccessList>::tracker();
@@ -1286,7 +1287,7 @@ void IntSetMatchCommList::dumpState(PtrConst<DumpContext> const & dumpContext, U
     dumpOperator(dumpContext, indent, lhs_, "MatchCommList", listName_);
 }
 bool IntSetMatchCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetMatchCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetMatchCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetMatchCommList::memAllocationTracker() {
     return Slab<IntSetMatchCommList>::tracker();
@@ -1323,7 +1324,7 @@ void IntSetMatchExactCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchExactCommList", listName_);
 }
 bool IntSetMatchExactCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetMatchExactCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetMatchExactCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetMatchExactCommList::memAllocationTracker() {
     return Slab<IntSetMatchExactCommList>::tracker();
@@ -1359,7 +1360,7 @@ void IntSetAddCommList::dumpState(PtrConst<DumpContext> const & dumpContext, U32
     dumpOperator(dumpContext, indent, lhs_, "AddCommList", listName_);
 }
 bool IntSetAddCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetAddCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetAddCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetAddCommList::memAllocationTracker() {
     return Slab<IntSetAddCommList>::tracker();
@@ -1426,7 +1427,7 @@ void IntSetAssignCommList::dumpState(PtrConst<DumpContext> const & dumpContext, 
     dumpOperator(dumpContext, indent, lhs_, "AssignCommList", listName_);
 }
 bool IntSetAssignCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetAssignCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetAssignCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetAssignCommList::memAllocationTracker() {
     return Slab<IntSetAssignCommList>::tracker();
@@ -1495,7 +1496,7 @@ void IntSetRemoveCommList::dumpState(PtrConst<DumpContext> const & dumpContext, 
     dumpOperator(dumpContext, indent, lhs_, "RemoveCommList", listName_);
 }
 bool IntSetRemoveCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetRemoveCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetRemoveCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetRemoveCommList::memAllocationTracker() {
     return Slab<IntSetRemoveCommList>::tracker();
@@ -1564,7 +1565,7 @@ void IntSetRetainCommList::dumpState(PtrConst<DumpContext> const & dumpContext, 
     dumpOperator(dumpContext, indent, lhs_, "RetainCommList", listName_);
 }
 bool IntSetRetainCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("IntSetRetainCommList", metadata.commListsUsed, listName_, index_);
+    return verifyCommListSanity(listName_, "IntSetRetainCommList", metadata, index_);
 }
 MemAllocationTracker const & IntSetRetainCommList::memAllocationTracker() {
     return Slab<IntSetRetainCommList>::tracker();
@@ -1842,7 +1843,7 @@ void CommunitySetMatchExactExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchExactExtCommList", listName_);
 }
 bool CommunitySetMatchExactExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetMatchExactExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetMatchExactExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetMatchExactExtCommList::memAllocationTracker() {
     return Slab<CommunitySetMatchExactExtCommList>::tracker();
@@ -1881,7 +1882,7 @@ void CommunitySetMatchExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchExtCommList", listName_);
 }
 bool CommunitySetMatchExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetMatchExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetMatchExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetMatchExtCommList::memAllocationTracker() {
     return Slab<CommunitySetMatchExtCommList>::tracker();
@@ -1920,7 +1921,7 @@ void CommunitySetAddExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "AddExtCommList", listName_);
 }
 bool CommunitySetAddExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetAddExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetAddExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetAddExtCommList::memAllocationTracker() {
     return Slab<CommunitySetAddExtCommList>::tracker();
@@ -1993,7 +1994,7 @@ void CommunitySetAssignExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "AssignExtCommList", listName_);
 }
 bool CommunitySetAssignExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetAssignExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetAssignExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetAssignExtCommList::memAllocationTracker() {
     return Slab<CommunitySetAssignExtCommList>::tracker();
@@ -2068,7 +2069,7 @@ void CommunitySetRemoveExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "RemoveExtCommList", listName_);
 }
 bool CommunitySetRemoveExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetRemoveExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetRemoveExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetRemoveExtCommList::memAllocationTracker() {
     return Slab<CommunitySetRemoveExtCommList>::tracker();
@@ -2143,7 +2144,7 @@ void CommunitySetRetainExtCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "RetainExtCommList", listName_);
 }
 bool CommunitySetRetainExtCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetRetainExtCommList", metadata.extCommListsUsed, listName_, index_);
+    return verifyExtCommListSanity(listName_, "CommunitySetRetainExtCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetRetainExtCommList::memAllocationTracker() {
     return Slab<CommunitySetRetainExtCommList>::tracker();
@@ -2218,7 +2219,7 @@ void CommunitySetMatchExactLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchExactLargeCommList", listName_);
 }
 bool CommunitySetMatchExactLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetMatchExactLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetMatchExactLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetMatchExactLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetMatchExactLargeCommList>::tracker();
@@ -2257,7 +2258,7 @@ void CommunitySetMatchLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "MatchLargeCommList", listName_);
 }
 bool CommunitySetMatchLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetMatchLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetMatchLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetMatchLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetMatchLargeCommList>::tracker();
@@ -2296,7 +2297,7 @@ void CommunitySetAddLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "AddLargeCommList", listName_);
 }
 bool CommunitySetAddLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetAddLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetAddLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetAddLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetAddLargeCommList>::tracker();
@@ -2335,7 +2336,7 @@ void CommunitySetAssignLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "AssignLargeCommList", listName_);
 }
 bool CommunitySetAssignLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetAssignLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetAssignLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetAssignLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetAssignLargeCommList>::tracker();
@@ -2374,7 +2375,7 @@ void CommunitySetRemoveLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "RemoveLargeCommList", listName_);
 }
 bool CommunitySetRemoveLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetRemoveLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetRemoveLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetRemoveLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetRemoveLargeCommList>::tracker();
@@ -2413,7 +2414,7 @@ void CommunitySetRetainLargeCommList::dumpState(
     dumpOperator(dumpContext, indent, lhs_, "RetainLargeCommList", listName_);
 }
 bool CommunitySetRetainLargeCommList::verifySanity(FunctionMetadata const & metadata) const {
-    return listIsSane("CommunitySetRetainLargeCommList", metadata.largeCommListsUsed, listName_, index_);
+    return verifyLargeCommListSanity(listName_, "CommunitySetRetainLargeCommList", metadata, index_);
 }
 MemAllocationTracker const & CommunitySetRetainLargeCommList::memAllocationTracker() {
     return Slab<CommunitySetRetainLargeCommList>::tracker();

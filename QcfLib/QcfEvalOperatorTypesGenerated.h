@@ -4,7 +4,7 @@
 
 /// The operators that compare, assign and modify values.
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 #include "QcfLib/QcfEvalCollectionsGenerated.h"
 
 namespace Qcf::Eval {

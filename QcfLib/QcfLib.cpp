@@ -104,13 +104,11 @@ void AllFunctionStatus::reset() {
 }
 
 void AllFunctionStatus::publish(char const * attribute) {
-    publisher().publish({.attribute = attribute, .subject = this});
+    Entity::publish({.attribute = attribute, .subject = this});
 }
 
 void AllFunctionStatus::publishAet(String const & name, Notification::Kind kind) {
-    if (publisher().hasListeners()) {
-        publisher().publish({.attribute = "aet", .kind = kind, .name = name, .subject = this});
-    }
+    Entity::publish({.attribute = "aet", .kind = kind, .name = name, .subject = this});
 }
 
 void AllFunctionStatus::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {

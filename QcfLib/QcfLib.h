@@ -26,6 +26,7 @@ public:
     /// Without functions, and with an empty store.
     explicit AllFunctionStatus(String name);
     ~AllFunctionStatus() override;
+    TypeData const & typeData() const override;
     static Ptr<AllFunctionStatus> AllFunctionStatusIs(String name);
 
     String const & name() const { return name_; }

@@ -111,4 +111,17 @@ void subtractWithinRange(IntModifiable const & target, Int const & operand,
 void multiplyWithinRange(IntModifiable const & target, Int const & operand,
                          Ptr<EvalContextBase> const & context);
 
+// The sanity of an operator that names a list: its index must be the slot that the metadata gives
+// the list's name, and not 0. `className` is what the trace calls the operator.
+bool verifyCommListSanity(String const & listName, char const * className,
+                          FunctionMetadata const & metadata, U16 index);
+bool verifyExtCommListSanity(String const & listName, char const * className,
+                             FunctionMetadata const & metadata, U16 index);
+bool verifyLargeCommListSanity(String const & listName, char const * className,
+                               FunctionMetadata const & metadata, U16 index);
+bool verifyTagSetSanity(String const & tagSetName, char const * className,
+                        FunctionMetadata const & metadata, U16 index);
+bool verifyAsPathAccessListSanity(String const & listName, char const * className,
+                                  FunctionMetadata const & metadata, U16 index);
+
 } // namespace Qcf::Eval

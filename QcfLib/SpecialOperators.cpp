@@ -26,7 +26,7 @@ EvalResult SetNextHopSelfImplExpr::eval(Ptr<EvalContextBase> const & context) co
 
 EvalResult
 EvpnIpPrefixRouteSetOverlayIndexImplExpr::eval(Ptr<EvalContextBase> const & context) const {
-    return evalContext(context).setOverlayIndex();
+    return context->setOverlayIndex();
 }
 
 } // namespace Qcf::Eval

@@ -4,7 +4,7 @@
 
 /// The route attributes that a function can name. The values live in the evaluation context.
 
-#include "QcfLib/QcfEvalBasicTypes.h"
+#include "QcfLib/QcfEvalValueBases.h"
 #include "QcfLib/QcfEvalContextGenerated.h"
 
 namespace Qcf::Eval::Attribute {

@@ -1,35 +1,57 @@
 #include "QcfLib/ClientPlugin/QcfRoutingAttributeTypes.h"
 
 #include "Platform/Framework/Assert.h"
+#include "Platform/Framework/ValueText.h"
+#include "QcfLib/Reflection.h"
 
 #include <array>
 #include <charconv>
 #include <ostream>
 
+TypeData const & TypeDataOf<Qcf::Eval::SourceProtocolType>::get() {
+    static constexpr EnumeratorInfo enumerators[] = {
+        {"ATTACHED_HOST", 0}, {"CONNECTED", 1}, {"DHCP", 2}, {"DYNAMIC", 3}, {"ISIS", 4},
+        {"KERNEL", 5},        {"NO_MATCH", 6},  {"OSPF", 7}, {"OSPFv3", 8},  {"STATIC", 9}};
+    static TypeData const data{
+        TypeData::Kind::enumeration, "SourceProtocolType", "Qcf::Eval", "", {}, enumerators};
+    return data;
+}
+
+TypeData const & TypeDataOf<Qcf::Eval::RecmpStateType>::get() {
+    static constexpr EnumeratorInfo enumerators[] = {{"RECMP_DEFAULT", 0}, {"RECMP_ENABLED", 1}};
+    static TypeData const data{
+        TypeData::Kind::enumeration, "RecmpStateType", "Qcf::Eval", "", {}, enumerators};
+    return data;
+}
+
 namespace Qcf::Eval {
 
 namespace {
 
-// Ten names are known, alphabetical; which numbers the remaining two take is not settled, so that
-// no number can be given a name.
-constexpr std::array<char const *, 2> recmpNames{"RECMP_DEFAULT", "RECMP_ENABLED"};
-
-U64 numberOf(String const & text, char const * wanted) {
-    U64 number = 0;
+/// The number below `limit` that a text names or writes.
+U8 numberOf(TypeData const & type, U8 limit, String const & text, char const * wanted) {
+    if (EnumeratorInfo const * const named = type.enumerator(std::string_view(text))) {
+        return static_cast<U8>(named->number);
+    }
+    U8 number = 0;
     auto const * const end = text.data() + text.size();
     auto const [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end) {
+    if (error != std::errc() || stop != end || number >= limit) {
         throw ParseError(wanted, text);
     }
     return number;
 }
 
-U64 below(U64 number, U64 limit, char const * wanted) {
+U8 below(U8 limit, U64 number, char const * wanted) {
     if (number >= limit) {
         throw ParseError(wanted, std::to_string(number));
     }
-    return number;
+    return static_cast<U8>(number);
 }
+
+constexpr U8 recmpStateTypeCount = 2;
+constexpr char const * aSourceProtocol = "a source protocol or its number, 0 to 11";
+constexpr char const * aRecmpState = "RECMP_DEFAULT, RECMP_ENABLED, 0 or 1";
 
 constexpr U8 invalidProto = 0xff;
 
@@ -66,11 +88,11 @@ std::array<U8, 256> protoTable() {
 
 } // namespace
 
-String stringValue(SourceProtocolType value) { return std::to_string(static_cast<U8>(value)); }
-
+String stringValue(SourceProtocolType value) {
+    return enumeratorText(TypeDataOf<SourceProtocolType>::get(), static_cast<U8>(value));
+}
 String stringValue(RecmpStateType value) {
-    auto const index = static_cast<U8>(value);
-    return index < recmpNames.size() ? recmpNames[index] : std::to_string(index);
+    return enumeratorText(TypeDataOf<RecmpStateType>::get(), static_cast<U8>(value));
 }
 
 std::ostream & operator<<(std::ostream & out, SourceProtocolType value) {
@@ -81,23 +103,19 @@ std::ostream & operator<<(std::ostream & out, RecmpStateType value) {
 }
 
 SourceProtocolType SourceProtocolTypeInstance(U64 number) {
-    return static_cast<SourceProtocolType>(
-        below(number, sourceProtocolTypeCount, "a source protocol from 0 to 11"));
+    return static_cast<SourceProtocolType>(below(sourceProtocolTypeCount, number, aSourceProtocol));
 }
 SourceProtocolType SourceProtocolTypeInstance(String const & text) {
-    return SourceProtocolTypeInstance(numberOf(text, "a source protocol"));
+    return static_cast<SourceProtocolType>(numberOf(
+        TypeDataOf<SourceProtocolType>::get(), sourceProtocolTypeCount, text, aSourceProtocol));
 }
 
 RecmpStateType RecmpStateTypeInstance(U64 number) {
-    return static_cast<RecmpStateType>(below(number, recmpNames.size(), "0 or 1"));
+    return static_cast<RecmpStateType>(below(recmpStateTypeCount, number, aRecmpState));
 }
 RecmpStateType RecmpStateTypeInstance(String const & text) {
-    for (std::size_t i = 0; i < recmpNames.size(); ++i) {
-        if (text == recmpNames[i]) {
-            return static_cast<RecmpStateType>(i);
-        }
-    }
-    return RecmpStateTypeInstance(numberOf(text, "RECMP_DEFAULT or RECMP_ENABLED"));
+    return static_cast<RecmpStateType>(
+        numberOf(TypeDataOf<RecmpStateType>::get(), recmpStateTypeCount, text, aRecmpState));
 }
 
 SourceProtocolType routeProtoToSourceProtocol(Routing::RouteProto proto) {

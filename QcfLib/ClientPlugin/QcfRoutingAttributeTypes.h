@@ -12,9 +12,20 @@
 
 namespace Qcf::Eval {
 
-/// Protocols that a route can be redistributed from, as the language numbers them. Values whose
-/// name is not settled have none and are written as their number.
-enum class SourceProtocolType : U8 {};
+/// Protocols that a route can be redistributed from, as the language numbers them. 10 and 11 are
+/// values without a name: they are written as their number.
+enum class SourceProtocolType : U8 {
+    ATTACHED_HOST = 0,
+    CONNECTED = 1,
+    DHCP = 2,
+    DYNAMIC = 3,
+    ISIS = 4,
+    KERNEL = 5,
+    NO_MATCH = 6,
+    OSPF = 7,
+    OSPFv3 = 8,
+    STATIC = 9,
+};
 inline constexpr U8 sourceProtocolTypeCount = 12;
 
 /// Values of "fec.recmp".
@@ -26,7 +37,8 @@ String stringValue(RecmpStateType value);
 std::ostream & operator<<(std::ostream & out, SourceProtocolType value);
 std::ostream & operator<<(std::ostream & out, RecmpStateType value);
 
-/// Reads a name or a number; throws ParseError on anything else.
+/// Reads a name, exactly as it is written, or a number in decimal; throws ParseError on anything
+/// else.
 SourceProtocolType SourceProtocolTypeInstance(String const & text);
 SourceProtocolType SourceProtocolTypeInstance(U64 number);
 RecmpStateType RecmpStateTypeInstance(String const & text);

@@ -152,7 +152,7 @@ def emitCatalogue(numbered):
     brief = "The route attributes that a function can name. The values live in the evaluation context."
     content = "".join(declareAttribute(a, i) for i, a in numbered)
     yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h", header(
-        brief, ['"QcfLib/QcfEvalBasicTypes.h"', '"QcfLib/QcfEvalContextGenerated.h"'], "Qcf::Eval::Attribute", content)
+        brief, ['"QcfLib/QcfEvalValueBases.h"', '"QcfLib/QcfEvalContextGenerated.h"'], "Qcf::Eval::Attribute", content)
     yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.cpp", sourceFile(
         ['"QcfLib/ClientPlugin/AttributeValues.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/NodeContract.h"'], "Qcf::Eval::Attribute",
         "".join(implementAttribute(a) for _, a in numbered))
@@ -181,20 +181,46 @@ def accessors():
             yield f"void {s.stem}Is({writeBackArgument(s)})", "writeBack", s
 
 
-def contextClass():
-    out = doc("The route's attributes as a function sees them: fetched from the agent when a node first asks, changed in a store of their own, handed back by "
-              "flushModifiedAttributes. An agent overrides the virtual operations that it supports; Input and InputPopulate operations fetch, Is operations write back. "
-              "Used by one thread at a time.")
-    out += "class GeneratedEvalContext : public EvalContextBase {\npublic:\n"
-    out += wrap("GeneratedEvalContext(", ["PtrConst<ExternalMatchersBase> externalMatchers", "Routing::Policy::Result_ * result"], ");", 4)
-    out += "    ~GeneratedEvalContext() override;\n\n"
+def accessorSentence(kind, s):
+    if kind == "populate" and s.kind.isSet:
+        return s.doc.rstrip(".") + ": fill the emptied container, ascending, or lend it values (see ValueVector)."
+    return s.doc
+
+
+def wrapAccessor(prefix, signature, tail):
+    head, _, rest = signature.partition("(")
+    args, _, const = rest.rpartition(")")
+    return wrap(prefix + head + "(", [args] if args else [], ")" + const + tail, 4)
+
+
+def emitContextBase():
+    """The operations that stand in a context's table before those of EvalContextBase itself."""
+    out = doc("The log, the reset and the attributes of an evaluation context. An agent overrides the operations that it supports; Input and InputPopulate operations "
+              "fetch, Is operations write back. What they answer otherwise is GeneratedEvalContext's.")
+    out += """class EvalContextOperations : public Entity {
+public:
+    /// First record of the current frame's log; null while nothing was logged.
+    virtual Ptr<Debug::EvaluationLog const> evaluationLog() const = 0;
+    /// Makes the context ready for the next route.
+    virtual void reset() = 0;
+
+"""
     for signature, kind, s in accessors():
         if kind != "writeBack":
-            out += doc(s.doc if kind == "input" else s.doc.rstrip(".") + ": fill the emptied container, ascending, or lend it values (see ValueVector)." if s.kind.isSet else s.doc, 4)
-        head, _, rest = signature.partition("(")
-        args, _, const = rest.rpartition(")")
-        out += wrap("virtual " + head + "(", [args] if args else [], ")" + const + ";", 4)
-    out += "\n"
+            out += doc(accessorSentence(kind, s), 4)
+        out += wrapAccessor("virtual ", signature, " = 0;")
+    includes = ['"Platform/Framework/Entity.h"', '"QcfLib/QcfDebugEvaluationLog.h"', '"QcfLib/QcfEvalCollections.h"', '"QcfLib/RoutingTypes.h"']
+    yield "QcfLib/QcfEvalContextBaseGenerated.h", header("The first operations of every evaluation context, in the order of its table.", includes, "Qcf::Eval", out + "};\n")
+
+
+def contextClass():
+    out = doc("The route's attributes as a function sees them: fetched from the agent when a node first asks, changed in a store of their own, handed back by "
+              "flushModifiedAttributes. Used by one thread at a time.")
+    out += "class GeneratedEvalContext : public EvalContextBase {\npublic:\n"
+    out += wrap("GeneratedEvalContext(", ["PtrConst<ExternalMatchersBase> externalMatchers", "Routing::Policy::Result_ * result"], ");", 4)
+    out += "    ~GeneratedEvalContext() override;\n    TypeData const & typeData() const override;\n\n"
+    out += "    // What a context answers that overrides nothing: a route of which nothing is known.\n"
+    out += "".join(wrapAccessor("", signature, " override;") for signature, _, _ in accessors()) + "\n"
     for s in CACHED:
         cpp = f"Ptr<{s.kind.container}>" if s.kind.isSet else "Routing::Bgp::AspathContainerFromExisting *"
         for suffix, sentence in (("Input", "as the route came, fetched once a route."), ("InputModifiable", "the copy that operators change.")):
@@ -262,6 +288,7 @@ protected:
     }
 
 private:
+    friend struct TypeDataOf<GeneratedEvalContext>;
     using Input = QcfEvalContextCacheGenerated::Input;
 
     QcfEvalContextCacheGenerated & cache() const {
@@ -311,7 +338,8 @@ def contextHeader():
         start = "" if s.kind.isSet else " = nullptr" if s.kindName == "asPath" else "{false}" if s.kindName == "ribs" else " = 0" if s.kindName == "int" else ""
         cpp = f"StoredSet<{s.kind.container}>" if s.kind.isSet else s.kind.cpp
         out += f"    {cpp}{'' if cpp.endswith('*') else ' '}{s.stem}{start};\n"
-    out += "\n    void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }\n"
+    out += "\n    TypeData const & typeData() const override;\n"
+    out += "    void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }\n"
     out += "    void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) { resolutionRibs = ribs; }\n\n"
     for container in ("U64SmallVector", "CommunitySmallVector"):
         owns = " || ".join(f"{s.stem}.owns(set)" for s in SETS if s.kind.container == container)
@@ -329,8 +357,8 @@ def contextHeader():
     out += "\n    enum class Input : U8 {\n" + "".join(f"        {n},\n" for n in names) + "    };\n"
     for n in names:
         out += f"    bool {n}Populated() const {{ return isPopulated(Input::{n}); }}\n"
-    out += """
-    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
+    out += "\n    TypeData const & typeData() const override;\n"
+    out += """    bool isPopulated(Input input) const { return populated_ & (1U << static_cast<U8>(input)); }
     void populatedIs(Input input) { populated_ |= 1U << static_cast<U8>(input); }
     void populatedClear() { populated_ = 0; }
 

@@ -65,8 +65,9 @@ def overrides(node):
     cls = node.cls
     yield "NodeClass const & typeData() const", "return nodeClasses()[classNumber];"
     chain = "Chain" if node.isChain else "Node"
-    yield "bool compare(PtrConst<AetNodeBase> const & other) const", f"return compare{chain}(*this, other);"
-    yield "U32 hash(U32 seed) const", "" if "hash" in node.hand else f"return hash{chain}(*this, seed);"
+    if node.base != "LogicalOperator":
+        yield "bool compare(PtrConst<AetNodeBase> const & other) const", f"return compare{chain}(*this, other);"
+        yield "U32 hash(U32 seed) const", "" if "hash" in node.hand else f"return hash{chain}(*this, seed);"
     if node.base in ("Expression", "FunctionBase"):
         yield f"EvalResult eval({CONTEXT}) const", ""
         yield "void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const", dumpBody(node)
@@ -79,7 +80,7 @@ def overrides(node):
         yield "String toStrep() const", f"return {node.text};" if node.text else ""
     if node.base == "LogicalOperator":
         yield "String toStrep() const", ""
-        yield "U8 endingValues() const", ""
+        yield "bool shouldShortCircuit(EvalResult const & result) const", ""
         if cls == "SequentialOperator":
             yield "EvalResult maybeCastUnknownToFalse(EvalResult const & result) const", ""
 
@@ -96,7 +97,7 @@ def dumpBody(node):
 def sanityBody(node):
     if not node.sanity:
         return ""
-    return f'return listIsSane("{node.cls}", metadata.{node.sanity}, {node.fields[1].name}_, index_);'
+    return f'return {node.sanity}({node.fields[1].name}_, "{node.cls}", metadata, index_);'
 
 
 def declare(node, number):
@@ -171,10 +172,10 @@ def implement(node):
 
 MODULES = {
     "QcfEval": ("Functions, control flow, logical operators and calls.", ['"QcfLib/QcfEvalBases.h"']),
-    "QcfEvalCollections": ("Lists and sets written in a function.", ['"QcfLib/CachedConstant.h"', '"QcfLib/QcfEvalBasicTypes.h"']),
-    "QcfEvalCommunityTypes": ("Communities that are computed while a function runs.", ['"QcfLib/QcfEvalBasicTypes.h"']),
-    "QcfEvalBasicTypes": ("Constants and function arguments.", ['"QcfLib/QcfEvalBasicTypes.h"']),
-    "QcfEvalOperatorTypes": ("The operators that compare, assign and modify values.", ['"QcfLib/QcfEvalBasicTypes.h"', '"QcfLib/QcfEvalCollectionsGenerated.h"']),
+    "QcfEvalCollections": ("Lists and sets written in a function.", ['"QcfLib/CachedConstant.h"', '"QcfLib/QcfEvalValueBases.h"']),
+    "QcfEvalCommunityTypes": ("Communities that are computed while a function runs.", ['"QcfLib/QcfEvalValueBases.h"']),
+    "QcfEvalBasicTypes": ("Constants and function arguments.", ['"QcfLib/QcfEvalValueBases.h"']),
+    "QcfEvalOperatorTypes": ("The operators that compare, assign and modify values.", ['"QcfLib/QcfEvalValueBases.h"', '"QcfLib/QcfEvalCollectionsGenerated.h"']),
 }
 
 
@@ -185,4 +186,6 @@ def emit(numbered):
         declared = "".join(declare(n, i) for i, n in rows)
         yield f"QcfLib/{module}Generated.h", header(brief, includes, "Qcf::Eval", declared)
         files = [f'"QcfLib/{module}Generated.h"', '"QcfLib/NodeContract.h"']
+        if any(n.sanity for _, n in rows):
+            files.append('"QcfLib/QcfLibHelpers.h"')
         yield f"QcfLib/{module}Generated.cpp", sourceFile(files, "Qcf::Eval", "".join(implement(n) for _, n in rows))

@@ -1,15 +1,21 @@
 """Writes the table of all node classes, from which reading, writing and listing them follow."""
 
 from emit_attributes import MODIFIABLE, READABLE, AttributeClass
-from emit_nodes import MODULES, effects
+from emit_nodes import MODULES, effects, getters
 from text import sourceFile, wrap
 
 
-def fieldRow(cls, f):
+def getter(node, f):
+    """A field's own reader, told apart from a value accessor of the same name."""
+    plain = f"&{node.cls}::{f.name}"
+    overloaded = any(f" {f.name}(" in signature for signature in getters(node))
+    return f"static_cast<{f.cpp} const & ({node.cls}::*)() const>({plain})" if overloaded else plain
+
+
+def fieldRow(node, f):
     optional = "true" if f.optional else "false"
-    if not f.isNode:
-        return f'{{"{f.name}", "{f.published}", "{f.type}", false, nullptr}}'
-    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, &isNode<{f.type}>}}'
+    accepts = f"&isNode<{f.type}>" if f.isNode else "nullptr"
+    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, {accepts}, &fieldText<{node.cls}, {getter(node, f)}>}}'
 
 
 def attributeRow(a):
@@ -35,7 +41,7 @@ def emit(numbered):
         info, attribute = attributeRow(row)
         tables += attribute
         if node.fields:
-            tables += f"constexpr FieldInfo fields{node.cls}[] = {{\n" + "".join(f"    {fieldRow(node.cls, f)},\n" for f in node.fields) + "};\n"
+            tables += f"constexpr FieldInfo fields{node.cls}[] = {{\n" + "".join(f"    {fieldRow(node, f)},\n" for f in node.fields) + "};\n"
         base = f"Qcf::Eval::{row.behavesAs}" if isAttribute else node.base
         fields = f"fields{node.cls}" if node.fields else "{}"
         types = [cpp] + [f.cpp for f in node.fields]

@@ -44,8 +44,12 @@ def forwards(collections):
         yield f"namespace {namespace} {{\n\n{declared}\n}} // namespace {namespace}\n\n"
 
 
+def collectionsOf(numbered):
+    return [(number, Collection(row)) for number, row in numbered]
+
+
 def emit(numbered):
-    collections = [Collection(row) for _, row in numbered]
+    collections = [c for _, c in collectionsOf(numbered)]
     declared, defined = "", ""
     for c in collections:
         for result, name, arguments, const, statement in c.operations():
@@ -53,7 +57,7 @@ def emit(numbered):
             defined += define(f"{result} AllAetEntities::{name}(", arguments, f"){const}", statement)
         declared, defined = declared + "\n", defined + "\n"
     content = "/// Every node of every published function; see QcfAllAetEntities.h.\n"
-    content += "class AllAetEntities final : public AetCollections {\npublic:\n    static Ptr<AllAetEntities> AllAetEntitiesIs();\n\n"
+    content += "class AllAetEntities final : public AetCollections {\npublic:\n    static Ptr<AllAetEntities> AllAetEntitiesIs();\n    TypeData const & typeData() const override;\n\n"
     content += declared.rstrip("\n") + "\n};\n"
     text = header("The typed view of the store of all nodes.", ['"QcfLib/QcfAetCollections.h"', '"QcfLib/QcfEvalAttributeSet.h"', '"QcfLib/RoutingTypes.h"'],
                   "Qcf", content)

@@ -11,6 +11,7 @@ from pathlib import Path
 import emit_agent
 import emit_attributes
 import emit_nodes
+import emit_reflection
 import emit_registry
 import emit_store
 from model import SchemaError
@@ -62,10 +63,12 @@ def outputs(numbered):
     attributes = [(i, r) for i, r in numbered if isinstance(r, emit_attributes.AttributeClass)]
     yield from emit_nodes.emit(plain)
     yield from emit_attributes.emitCatalogue(attributes)
+    yield from emit_attributes.emitContextBase()
     yield from emit_attributes.emitContext()
     yield from emit_attributes.emitSets()
     yield from emit_registry.emit(numbered)
     yield from emit_store.emit(numbered)
+    yield from emit_reflection.emit(emit_store.collectionsOf(numbered))
     yield from emit_agent.emit()
 
 

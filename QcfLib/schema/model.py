@@ -177,7 +177,7 @@ SCALARS = {
 def node(cls, base, fields, doc, module, **more):
     """A node row. `fields` reads "name:Type ..."; `?` behind a type: may be null; `*` before it: `Ptr`
     to a mutable node. `dump` is the keyword of an operator's dump, `text` the text form of a value,
-    `sanity` the check of a list operator, `hand` the operations written by hand instead of generated. `effect` is
+    `sanity` the helper that checks a list operator's slot, `hand` the operations written by hand instead of generated. `effect` is
     what a node does besides reading, where no modifiable field says it: "control" (ends, branches or calls) or "writes";
     `frame`: it reads arguments of the running function."""
     if not doc.endswith("."):

@@ -57,8 +57,7 @@ SET_TEXTS = {
 def listOperator(type_, verb, kind):
     lhs = type_ if verb.startswith("Match") else f"{type_}Modifiable"
     name = f"{verb}{kind}"
-    used = kind[0].lower() + kind[1:] + "sUsed"
-    return operator(f"{type_}{name}", fields=f"lhs:{lhs} listName:String index:U16", dump=name, sanity=used, doc=LIST_TEXTS[verb])
+    return operator(f"{type_}{name}", fields=f"lhs:{lhs} listName:String index:U16", dump=name, sanity=f"verify{kind}Sanity", doc=LIST_TEXTS[verb])
 
 
 def setModifier(type_, verb):
@@ -96,7 +95,8 @@ NODES = [
     collection("CommunityLinkedList", "AetNodeBase", "entry:CommunityValue next:*CommunityLinkedList?", "A link of the elements of a literal community set.", methods=("/// The elements' texts joined by a comma and a blank.", "String toStrep() const;")),
     collection("CommunitySetImmediate", "CommunitySet", "head:CommunityLinkedList? cachable:bool", "A community set written in a function.", mixin="CachedConstant<CommunitySmallVector>", text='chainText("{ ", head_, " }")'),
     community("CommunityValueDynamic", "CommunityValue", "val:CommunityValue dynamicVal:CommunityValue dynamicValMask:Acl::CommunityValue", "`val` with the masked bits taken from `dynamicVal`.", hand=("toStrep",)),
-    community("BandwidthToCommunityValue", "CommunityValue", "bandwidthVal:Bandwidth offset:U8", "A bandwidth as the bits of a float, bytes per second, shifted by `offset`.", hand=("toStrep",)),
+    community("BandwidthToCommunityValue", "CommunityValue", "bandwidthVal:Bandwidth offset:U8", "A bandwidth as the bits of a float, bytes per second, shifted by `offset`.", hand=("toStrep",), methods=(
+        "/// The 32 bits of an IEEE single-precision float, unchanged.", "static U32 floatToBin(F32 value);")),
     community("ExtCommSetToLinkBandwidthExtCommValue", "CommunityValue", "extCommSet:CommunitySet", "The link-bandwidth community of a set; all zero when it has none.", text='"LBW from " + extCommSet_->toStrep()'),
     operator("ExtCommunitySetAddImmediate", fields="lhs:CommunitySetModifiable rhs:CommunitySet", dump="AddImmediate", doc="Adds extended communities, keeping at most one link bandwidth; true."),
     operator("IntInImmediateSetWithRanges", fields="lhs:Int singletons:IntSetImmediate? lowerBounds:IntListImmediate? upperBounds:IntListImmediate?", doc="True when `lhs` is a singleton or lies in a closed range."),
@@ -107,7 +107,7 @@ NODES = [
     *comparisons("Int", INT_ORDER[:2]),
     operator("IntInImmediateSet", fields="lhs:Int rhs:IntSet", dump="InImmediateSet", doc="True when `lhs` is in the set."),
     *comparisons("Int", INT_ORDER[2:]),
-    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String index:U16", dump="MatchTagSet", sanity="tagSetsUsed", doc="True when the low 32 bits of `lhs` are in the tag set."),
+    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String index:U16", dump="MatchTagSet", sanity="verifyTagSetSanity", doc="True when the low 32 bits of `lhs` are in the tag set."),
     operator("IntAssign", fields="lhs:IntModifiable rhs:Int", dump="Assign", doc="Writes `rhs`, forced into the range of `lhs`; true."),
     operator("IntMinusEq", fields="lhs:IntModifiable rhs:Int", dump="MinusEq", doc="Subtracts `rhs` within the range of `lhs`; true."),
     operator("IntMultEq", fields="lhs:IntModifiable rhs:Int", dump="MultEq", doc="Multiplies by `rhs` within the range of `lhs`; true."),
@@ -134,7 +134,7 @@ NODES = [
     operator("IpPrefixMatchCoveredPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchCoveredPrefixList", hand=("verifySanity",), doc="Matches the prefix against a prefix list; unknown without a list."),
     operator("IpPrefixMatchPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchPrefixList", hand=("verifySanity",), doc="Matches the prefix against a prefix list; false without a list."),
     value("IpPrefixImmediate", "IpPrefix", "value:IpGenPrefix", "A constant prefix.", text="textOf(value_)"),
-    operator("AsPathMatchAsPathAccessList", fields="lhs:AsPath listName:String index:U16", dump="MatchAsPathAccessList", sanity="asPathAccessListsUsed", doc="Matches the path against an AS-path access list."),
+    operator("AsPathMatchAsPathAccessList", fields="lhs:AsPath listName:String index:U16", dump="MatchAsPathAccessList", sanity="verifyAsPathAccessListSanity", doc="Matches the path against an AS-path access list."),
     operator("AsPathAssign", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Assign", doc="Replaces the path by one sequence; true."),
     operator("AsPathPrepend", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Prepend", doc="Puts AS numbers in front of the path; true."),
     operator("InterfaceIs", fields="lhs:Interface rhs:Interface", dump="Is", doc="True when the two interfaces are the same."),

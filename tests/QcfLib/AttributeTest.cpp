@@ -318,12 +318,33 @@ TEST(Attributes, SourceProtocolsByRouteProtocol) {
         EXPECT_DEATH(routeProtoToSourceProtocol(static_cast<Routing::RouteProto>(code)),
                      "assertion failed: invalid Routing::RouteProto value \\(");
     }
+}
+
+TEST(Attributes, EnumeratorsPrintAndParse) {
+    char const * const protocols[] = {"ATTACHED_HOST", "CONNECTED", "DHCP",   "DYNAMIC",
+                                      "ISIS",          "KERNEL",    "NO_MATCH", "OSPF",
+                                      "OSPFv3",        "STATIC",    "10",     "11"};
+    for (U64 number = 0; number < std::size(protocols); ++number) {
+        auto const value = SourceProtocolTypeInstance(number);
+        EXPECT_EQ(static_cast<U64>(value), number);
+        EXPECT_EQ(stringValue(value), protocols[number]);
+        EXPECT_EQ(SourceProtocolTypeInstance(protocols[number]), value);
+        EXPECT_EQ(SourceProtocolTypeInstance(std::to_string(number)), value);
+        std::ostringstream out;
+        out << value;
+        EXPECT_EQ(out.str(), protocols[number]);
+    }
+    EXPECT_EQ(SourceProtocolTypeInstance("OSPFv3"), SourceProtocolType::OSPFv3);
     EXPECT_EQ(stringValue(RecmpStateTypeInstance(1)), "RECMP_ENABLED");
     EXPECT_EQ(RecmpStateTypeInstance("RECMP_DEFAULT"), RecmpStateTypeInstance(0));
     EXPECT_EQ(RecmpStateTypeInstance("1"), RecmpStateTypeInstance(1));
-    EXPECT_EQ(SourceProtocolTypeInstance("11"), SourceProtocolTypeInstance(11));
+    for (char const * const wrong : {"", "12", "-1", "OSPF ", "ospf", "BGP", "256", "0x1",
+                                     "99999999999999999999"}) {
+        EXPECT_THROW(SourceProtocolTypeInstance(wrong), ParseError) << wrong;
+    }
     for (char const * const wrong : {"", "2", "-1", "RECMP", "1 ", "99999999999999999999"}) {
         EXPECT_THROW(RecmpStateTypeInstance(wrong), ParseError) << wrong;
     }
     EXPECT_THROW(SourceProtocolTypeInstance(12), ParseError);
+    EXPECT_THROW(SourceProtocolTypeInstance(256), ParseError);
 }

@@ -44,6 +44,8 @@ TEST(CommunityValues, BandwidthBitsAtEveryOffset) {
     auto const thousand =
         make<BandwidthToCommunityValue>(make<BandwidthImmediate>(8000.0F), U8{64});
     EXPECT_EQ(thousand->getVal(context), Acl::CommunityValue(0x447A0000, 0));
+    EXPECT_EQ(BandwidthToCommunityValue::floatToBin(1000.0F), 0x447A0000U);
+    EXPECT_EQ(BandwidthToCommunityValue::floatToBin(-0.0F), 0x80000000U);
 }
 
 TEST(CommunityValues, MasksPickBits) {

@@ -150,18 +150,14 @@ public:
         return result_;
     }
     NodeClass const & typeData() const override {
-        static NodeClass const scripted{
-            .name = "Scripted",
-            .nameSpace = "Qcf::Eval::test",
-            .base = "Expression",
-            .collection = "",
-            .typeCode = 0,
-            .fields = {},
-            .attribute = nullptr,
-            .create = nullptr,
-            .write = nullptr,
-            .visitChildren = [](AetNodeBase const &, NodeClass::ChildVisitor const &) {},
-            .memAllocationTracker = nullptr};
+        static NodeClass const scripted = [] {
+            NodeClass data;
+            data.name = "Scripted";
+            data.nameSpace = "Qcf::Eval::test";
+            data.base = "Expression";
+            data.visitChildren = [](AetNodeBase const &, NodeClass::ChildVisitor const &) {};
+            return data;
+        }();
         return scripted;
     }
     bool compare(PtrConst<AetNodeBase> const & other) const override { return other == this; }
