@@ -7,9 +7,8 @@ namespace Qcf::Agent {
 using Eval::CommunitySmallVector;
 using Eval::U64SmallVector;
 
-AgentContext::AgentContext(PtrConst<AgentMatchers> const & matchers)
-    : AgentContextBase(matchers ? matchers : bindLists({}, nullptr), nullptr, nullptr),
-      matchers_(static_cast<AgentMatchers const *>(externalMatchers().get())) {}
+AgentContext::AgentContext(PtrConst<ExternalMatchersBase> const & matchers)
+    : AgentContextBase(matchers, nullptr, nullptr) {}
 
 AgentContext::~AgentContext() = default;
 
@@ -49,8 +48,8 @@ bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
     U32 const origin = Routing::Bgp::originAs(path, route().session.localAs, known);
     // A slot that no name has acts as an empty table.
     bool const isSlot = slot <= std::numeric_limits<U16>::max();
-    auto const * const table =
-        isSlot ? matchers_->roaTables.at(static_cast<U16>(slot)).get() : nullptr;
+    auto const * const table = static_cast<RoaTable const *>(
+        isSlot ? externalMatchers()->roaTables.at(static_cast<U16>(slot)).get() : nullptr);
     auto const validity = table != nullptr ? table->validate(route().ipPrefix, known ? origin : 0)
                                            : OriginValidity::notFound;
     return static_cast<U32>(validity) == state;

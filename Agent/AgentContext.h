@@ -17,8 +17,8 @@ namespace Qcf::Agent {
 /// allocates nothing.
 class AgentContext final : public AgentContextBase {
 public:
-    /// Null matchers mean that there are no lists.
-    explicit AgentContext(PtrConst<AgentMatchers> const & matchers);
+    /// The lists as bindLists puts them; null matchers mean that there are none.
+    explicit AgentContext(PtrConst<ExternalMatchersBase> const & matchers);
     ~AgentContext() override;
 
     // Facts of the route's session.
@@ -77,7 +77,6 @@ public:
 private:
     std::string_view pathText(Routing::Bgp::AspathContainerFromExisting const * path) const;
 
-    PtrConst<AgentMatchers> matchers_;
     PermittedSets<Eval::U64SmallVector> permittedInts_;
     PermittedSets<Eval::CommunitySmallVector> permittedCommunities_;
     // What patterns are searched in, kept for its storage.

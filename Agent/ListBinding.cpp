@@ -32,7 +32,7 @@ void bindPrefixLists(MatcherTable<Routing::Policy::PrefixListMatcher> & table,
     }
 }
 
-void bindDynamicPrefixLists(AgentMatchers & matchers, SlotMap const & slots, Lists const & lists) {
+void bindDynamicPrefixLists(ExternalMatchersBase & matchers, SlotMap const & slots, Lists const & lists) {
     for (auto const & [name, slot] : slots) {
         DynamicPrefixList const list = named(lists.dynamicPrefixLists, name);
         matchers.dynamicPrefixLists.entryIs(slot, list.status);
@@ -43,10 +43,10 @@ void bindDynamicPrefixLists(AgentMatchers & matchers, SlotMap const & slots, Lis
 
 } // namespace
 
-PtrConst<AgentMatchers> bindLists(FunctionMetadata const & metadata, Lists const * lists) {
+PtrConst<ExternalMatchersBase> bindLists(FunctionMetadata const & metadata, Lists const * lists) {
     PtrConst<Lists> const none = makePtr<Lists>();
     Lists const & from = lists != nullptr ? *lists : *none;
-    auto matchers = makePtr<AgentMatchers>();
+    auto matchers = makePtr<ExternalMatchersBase>();
     bind(matchers->commLists, metadata.commListsUsed, from.communityLists);
     bind(matchers->extCommLists, metadata.extCommListsUsed, from.extCommunityLists);
     bind(matchers->largeCommLists, metadata.largeCommListsUsed, from.largeCommunityLists);
@@ -59,7 +59,7 @@ PtrConst<AgentMatchers> bindLists(FunctionMetadata const & metadata, Lists const
     bindPrefixLists(matchers->ipv6PrefixLists, metadata.V6PrefixListsUsed, AddressFamily::ipv6,
                     from);
     bindDynamicPrefixLists(*matchers, metadata.DynPrefixListsUsed, from);
-    PtrConst<RoaTable> const noRoas = makePtr<RoaTable>();
+    PtrConst<Routing::RouteMap::RoaTableStatus> const noRoas = makePtr<RoaTable>();
     bind(matchers->roaTables, metadata.roaTablesUsed, from.roaTables, noRoas);
     return matchers;
 }

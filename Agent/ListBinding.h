@@ -6,18 +6,11 @@
 
 namespace Qcf::Agent {
 
-/// The agent's lists as evaluation sees them: the engine's tables, and the ROA tables, which only
-/// the agent itself looks at.
-class AgentMatchers final : public ExternalMatchersBase {
-public:
-    MatcherTable<RoaTable> roaTables;
-};
-
 /// Puts the lists where the slots of a program's functions select them by name.
 ///
 /// A name that no list has acts as an empty list. A prefix list of the other family than the slot's
 /// acts as no list at all. `lists` may be null: then there are none.
-PtrConst<AgentMatchers> bindLists(FunctionMetadata const & metadata, Lists const * lists);
+PtrConst<ExternalMatchersBase> bindLists(FunctionMetadata const & metadata, Lists const * lists);
 
 /// A place in a program that refers to a list.
 struct ListUse {

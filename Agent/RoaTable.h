@@ -2,6 +2,7 @@
 
 #include "Agent/PrefixTrie.h"
 #include "Platform/Framework/Ptr.h"
+#include "Platform/Routing/RouteMap.h"
 
 #include <memory>
 #include <vector>
@@ -24,7 +25,7 @@ enum class OriginValidity : U8 { valid = 0, notFound = 1, invalid = 2 };
 ///
 /// The payloads are kept by RTRlib, which can also be fed by a validator's live session; routes are
 /// judged by an index over them, so that evaluating threads share no lock.
-class RoaTable final : public PtrInterface {
+class RoaTable final : public Routing::RouteMap::RoaTableStatus {
 public:
     RoaTable() : RoaTable(std::vector<Roa>()) {}
     /// The payloads may come in any order and several times.

@@ -54,7 +54,7 @@ FunctionMetadata slots() {
 
 IpGenPrefix prefix(std::string_view text) { return IpGenPrefix::parse(text).value(); }
 
-Ptr<Eval::EvalContextBase> contextOf(PtrConst<AgentMatchers> const & matchers) {
+Ptr<Eval::EvalContextBase> contextOf(PtrConst<ExternalMatchersBase> const & matchers) {
     return makePtr<AgentContext>(matchers);
 }
 
@@ -194,9 +194,35 @@ TEST(ListBinding, NothingIsAllocatedPerRoute) {
               "0x0002fde800000005");
 }
 
+TEST(ListBinding, RoaTablesStandAmongTheEnginesTables) {
+    FunctionMetadata metadata = slots();
+    metadata.roaTablesUsed = {{"R", 2}, {"Missing", 3}};
+    auto const matchers = makePtr<ExternalMatchersBase>();
+    matchers->roaTables.entryIs(2, makePtr<RoaTable>(std::vector{Roa{prefix("10.0.0.0/8"), 24, 1}}));
+    Route route;
+    route.ipPrefix = prefix("10.1.0.0/16");
+    route.asPath.asnsIs(*Routing::Bgp::parseAsPath("65001"));
+    struct Case {
+        PtrConst<ExternalMatchersBase> matchers;
+        OriginValidity inSlot2;
+    };
+    for (Case const & c : {Case{bindLists(metadata, lists().get()), OriginValidity::valid},
+                           Case{matchers, OriginValidity::invalid},
+                           Case{nullptr, OriginValidity::notFound}}) {
+        AgentContext context(c.matchers);
+        context.routeIs(route);
+        for (U32 state = 0; state < 3; ++state) {
+            EXPECT_EQ(context.matchRoaTable(2, state), static_cast<U32>(c.inSlot2) == state);
+            for (U32 const empty : {0U, 3U, 4U, 65536U + 2}) {
+                EXPECT_EQ(context.matchRoaTable(empty, state), state == 1) << empty;
+            }
+        }
+    }
+}
+
 TEST(ListBinding, ThreadsShareLists) {
     auto const program = function(everyOperation());
-    PtrConst<AgentMatchers> const matchers = bindLists(slots(), lists().get());
+    PtrConst<ExternalMatchersBase> const matchers = bindLists(slots(), lists().get());
     auto const evaluate = [&](std::size_t & kept) {
         auto const context = contextOf(matchers);
         for (U32 i = 0; i < 2000; ++i) {
