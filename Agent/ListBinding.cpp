@@ -32,7 +32,8 @@ void bindPrefixLists(MatcherTable<Routing::Policy::PrefixListMatcher> & table,
     }
 }
 
-void bindDynamicPrefixLists(ExternalMatchersBase & matchers, SlotMap const & slots, Lists const & lists) {
+void bindDynamicPrefixLists(ExternalMatchersBase & matchers, SlotMap const & slots,
+                            Lists const & lists) {
     for (auto const & [name, slot] : slots) {
         DynamicPrefixList const list = named(lists.dynamicPrefixLists, name);
         matchers.dynamicPrefixLists.entryIs(slot, list.status);

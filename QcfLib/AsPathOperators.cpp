@@ -91,8 +91,7 @@ EvalResult AsPathPrepend::eval(Ptr<EvalContextBase> const & context) const {
 EvalResult AsPathMatchAsPathAccessList::eval(Ptr<EvalContextBase> const & context) const {
     auto const & status = context->externalMatchers()->asPathLists.at(index_);
     auto const * const path = lhs_->getVal(context);
-    return EvalResult::fromBool(
-        context->matchAsPathAccessList(path, aetNodeKey(), status));
+    return EvalResult::fromBool(context->matchAsPathAccessList(path, aetNodeKey(), status));
 }
 
 EvalResult AsPathReplaceImplExpr::eval(Ptr<EvalContextBase> const & context) const {

@@ -198,7 +198,8 @@ TEST(ListBinding, RoaTablesStandAmongTheEnginesTables) {
     FunctionMetadata metadata = slots();
     metadata.roaTablesUsed = {{"R", 2}, {"Missing", 3}};
     auto const matchers = makePtr<ExternalMatchersBase>();
-    matchers->roaTables.entryIs(2, makePtr<RoaTable>(std::vector{Roa{prefix("10.0.0.0/8"), 24, 1}}));
+    matchers->roaTables.entryIs(2,
+                                makePtr<RoaTable>(std::vector{Roa{prefix("10.0.0.0/8"), 24, 1}}));
     Route route;
     route.ipPrefix = prefix("10.1.0.0/16");
     route.asPath.asnsIs(*Routing::Bgp::parseAsPath("65001"));
@@ -206,9 +207,9 @@ TEST(ListBinding, RoaTablesStandAmongTheEnginesTables) {
         PtrConst<ExternalMatchersBase> matchers;
         OriginValidity inSlot2;
     };
-    for (Case const & c : {Case{bindLists(metadata, lists().get()), OriginValidity::valid},
-                           Case{matchers, OriginValidity::invalid},
-                           Case{nullptr, OriginValidity::notFound}}) {
+    for (Case const & c :
+         {Case{bindLists(metadata, lists().get()), OriginValidity::valid},
+          Case{matchers, OriginValidity::invalid}, Case{nullptr, OriginValidity::notFound}}) {
         AgentContext context(c.matchers);
         context.routeIs(route);
         for (U32 state = 0; state < 3; ++state) {

@@ -321,9 +321,9 @@ TEST(Attributes, SourceProtocolsByRouteProtocol) {
 }
 
 TEST(Attributes, EnumeratorsPrintAndParse) {
-    char const * const protocols[] = {"ATTACHED_HOST", "CONNECTED", "DHCP",   "DYNAMIC",
+    char const * const protocols[] = {"ATTACHED_HOST", "CONNECTED", "DHCP",     "DYNAMIC",
                                       "ISIS",          "KERNEL",    "NO_MATCH", "OSPF",
-                                      "OSPFv3",        "STATIC",    "10",     "11"};
+                                      "OSPFv3",        "STATIC",    "10",       "11"};
     for (U64 number = 0; number < std::size(protocols); ++number) {
         auto const value = SourceProtocolTypeInstance(number);
         EXPECT_EQ(static_cast<U64>(value), number);
@@ -338,8 +338,8 @@ TEST(Attributes, EnumeratorsPrintAndParse) {
     EXPECT_EQ(stringValue(RecmpStateTypeInstance(1)), "RECMP_ENABLED");
     EXPECT_EQ(RecmpStateTypeInstance("RECMP_DEFAULT"), RecmpStateTypeInstance(0));
     EXPECT_EQ(RecmpStateTypeInstance("1"), RecmpStateTypeInstance(1));
-    for (char const * const wrong : {"", "12", "-1", "OSPF ", "ospf", "BGP", "256", "0x1",
-                                     "99999999999999999999"}) {
+    for (char const * const wrong :
+         {"", "12", "-1", "OSPF ", "ospf", "BGP", "256", "0x1", "99999999999999999999"}) {
         EXPECT_THROW(SourceProtocolTypeInstance(wrong), ParseError) << wrong;
     }
     for (char const * const wrong : {"", "2", "-1", "RECMP", "1 ", "99999999999999999999"}) {
