@@ -24,10 +24,14 @@ public:
     virtual std::size_t read(U8 * to, std::size_t size) = 0;
 
     /// Why the stream ended before its time ("gzip data are cut"), empty where it is whole.
-    virtual String const & fault() const { return fault_; }
+    String const & fault() const { return fault_; }
+    /// What else is to be told of a stream that is whole: that something follows the end of
+    /// compressed data. Known at the end.
+    String const & note() const { return note_; }
 
 protected:
     String fault_;
+    String note_;
 };
 
 /// The file at `path`, "-" for standard input. Throws RouteFileError when it cannot be opened.
@@ -60,6 +64,8 @@ public:
     bool compressed() const { return compressed_; }
     /// Known once `ensure` has answered false: why the stream ended early, or empty.
     String const & fault() const { return stream_->fault(); }
+    /// Likewise: what follows the end of compressed data, or empty.
+    String const & note() const { return stream_->note(); }
 
 private:
     bool fill(std::size_t size);

@@ -1,7 +1,9 @@
 #include "Agent/Decompress.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include <bzlib.h>
@@ -17,7 +19,8 @@ constexpr std::size_t kInputSize = std::size_t{64} << 10;
 class Gzip {
 public:
     static constexpr char const * name = "gzip";
-    static constexpr char const * magic = "\x1f\x8b";
+    static constexpr std::size_t magicSize = 2;
+    static bool starts(std::string_view head) { return head.starts_with("\x1f\x8b"); }
 
     Gzip() {
         constexpr int gzipOnly = 16;
@@ -48,7 +51,11 @@ private:
 class Bzip2 {
 public:
     static constexpr char const * name = "bzip2";
-    static constexpr char const * magic = "BZh";
+    static constexpr std::size_t magicSize = 4;
+    /// The digit tells bzip2 data from a text that happens to start with the same letters.
+    static bool starts(std::string_view head) {
+        return head.starts_with("BZh") && head.size() > 3 && head[3] >= '1' && head[3] <= '9';
+    }
 
     Bzip2() { start(); }
     Bzip2(Bzip2 const &) = delete;
@@ -89,7 +96,7 @@ template <class Codec>
 class DecompressingStream final : public ByteStream {
 public:
     DecompressingStream(std::unique_ptr<ByteStream> from, String head)
-        : from_(std::move(from)), input_(std::move(head)) {
+        : from_(std::move(from)), input_(std::move(head)), taken_(input_.size()) {
         pointAtInput(input_.size());
     }
 
@@ -107,37 +114,50 @@ public:
 private:
     void step() {
         auto & stream = codec_.stream();
-        if (stream.avail_in == 0 && !refill()) {
-            // A part that has just ended is a whole stream; anything else was cut.
-            end(betweenParts_ ? "" : "data are cut");
-            return;
+        if (betweenParts_) {
+            nextPart();
+        } else if (stream.avail_in == 0 && !refill()) {
+            end("data are cut");
+        } else {
+            int const state = codec_.step();
+            if (state < 0) {
+                end("data are damaged");
+            }
+            betweenParts_ = state == 0;
         }
-        if (betweenParts_ && !nextPart()) {
-            return;
-        }
-        int const state = codec_.step();
-        if (state < 0) {
-            end("data are damaged");
-        }
-        betweenParts_ = state == 0;
     }
 
-    /// Another part may follow the one that has ended; padding and anything else is no part.
-    bool nextPart() {
+    /// Another part may follow the one that has ended, or the end of the stream, or anything.
+    void nextPart() {
         auto & stream = codec_.stream();
-        if (static_cast<U8>(*stream.next_in) != static_cast<U8>(Codec::magic[0])) {
-            end("");
-            return false;
+        while (stream.avail_in < Codec::magicSize && refill()) {
         }
-        codec_.restart();
-        betweenParts_ = false;
-        return true;
+        std::string_view const head(reinterpret_cast<char const *>(stream.next_in),
+                                    stream.avail_in);
+        if (Codec::starts(head)) {
+            codec_.restart();
+            betweenParts_ = false;
+            return;
+        }
+        if (!head.empty()) {
+            note_ = String(Codec::name) + " data end at byte " +
+                    std::to_string(taken_ - head.size()) + ", what follows them is not read";
+        }
+        end("");
     }
 
+    /// Puts more input behind what is left of it; false when there is no more.
     bool refill() {
-        input_.resize(kInputSize);
-        std::size_t const got = from_->read(reinterpret_cast<U8 *>(input_.data()), input_.size());
-        pointAtInput(got);
+        auto & stream = codec_.stream();
+        std::size_t const left = stream.avail_in;
+        if (left > 0) {
+            std::memmove(input_.data(), stream.next_in, left);
+        }
+        input_.resize(left + kInputSize);
+        auto * const to = reinterpret_cast<U8 *>(input_.data() + left);
+        std::size_t const got = from_->read(to, kInputSize);
+        taken_ += got;
+        pointAtInput(left + got);
         return got > 0;
     }
 
@@ -158,6 +178,7 @@ private:
     std::unique_ptr<ByteStream> from_;
     String input_;
     Codec codec_;
+    U64 taken_ = 0; ///< bytes of the compressed stream that were read
     bool betweenParts_ = false;
     bool ended_ = false;
 };
@@ -167,23 +188,14 @@ std::unique_ptr<ByteStream> make(std::unique_ptr<ByteStream> stream, String head
     return std::make_unique<DecompressingStream<Codec>>(std::move(stream), std::move(head));
 }
 
-template <class Codec>
-bool starts(String const & head) {
-    return head.starts_with(Codec::magic);
-}
-
 } // namespace
 
 MakeDecompressor decompressorFor(U8 const * bytes, std::size_t size) {
-    String const head(reinterpret_cast<char const *>(bytes), std::min<std::size_t>(size, 4));
-    if (starts<Gzip>(head)) {
+    std::string_view const head(reinterpret_cast<char const *>(bytes), size);
+    if (Gzip::starts(head)) {
         return &make<Gzip>;
     }
-    // The digit tells bzip2 data from a text that happens to start with the same letters.
-    if (starts<Bzip2>(head) && head.size() == 4 && head[3] >= '1' && head[3] <= '9') {
-        return &make<Bzip2>;
-    }
-    return nullptr;
+    return Bzip2::starts(head) ? &make<Bzip2> : nullptr;
 }
 
 } // namespace Qcf::Agent

@@ -10,8 +10,9 @@ using MakeDecompressor = std::unique_ptr<ByteStream> (*)(std::unique_ptr<ByteStr
 
 /// The decompressor that the first bytes of a stream ask for (gzip, bzip2), or null.
 ///
-/// Several compressed parts one after the other read as one, as the tools themselves do. Damaged
-/// or cut data end the stream with a fault; what was good before them is delivered.
+/// Several compressed parts one after the other read as one, as the tools themselves do; anything
+/// else behind a part ends the stream with a note. Damaged or cut data end it with a fault; what
+/// was good before them is delivered.
 MakeDecompressor decompressorFor(U8 const * bytes, std::size_t size);
 
 } // namespace Qcf::Agent

@@ -91,8 +91,11 @@ private:
 
 std::unique_ptr<RouteShare> JsonLinesReader::makeShare() { return std::make_unique<Share>(*this); }
 
-JsonLinesReader::JsonLinesReader(ByteSource source, String name)
-    : source_(std::move(source)), name_(std::move(name)), document_(name_) {}
+JsonLinesReader::JsonLinesReader(ByteSource source, String name, Reporter report)
+    : source_(std::move(source)),
+      name_(std::move(name)),
+      document_(name_),
+      report_(std::move(report)) {}
 
 bool JsonLinesReader::next(Route & route) {
     if (finished_) {
@@ -137,6 +140,9 @@ std::optional<std::string_view> JsonLinesReader::findLine(ReadStatistics & stati
         statistics.cut = true;
         throw DocumentError(lineName() + source_.fault());
     }
+    if (auto const report = std::exchange(report_, {}); report && !source_.note().empty()) {
+        report(name_ + ": " + source_.note());
+    }
     return searched == 0 ? std::nullopt : std::optional(takeLine(searched, false));
 }
 
@@ -156,8 +162,8 @@ std::string_view JsonLinesReader::takeLine(std::size_t length, bool withEnd) {
 String JsonLinesReader::lineName() const { return name_ + ':' + std::to_string(line_) + ": "; }
 
 std::unique_ptr<RouteReader> makeJsonLinesReader(ByteSource source, String const & name,
-                                                 Reporter const & /*report*/) {
-    return std::make_unique<JsonLinesReader>(std::move(source), name);
+                                                 Reporter report) {
+    return std::make_unique<JsonLinesReader>(std::move(source), name, std::move(report));
 }
 
 } // namespace Qcf::Agent

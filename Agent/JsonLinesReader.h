@@ -19,7 +19,7 @@ public:
     /// Longest line that is read, in bytes.
     static constexpr std::size_t maxLine = std::size_t{16} << 20;
 
-    JsonLinesReader(ByteSource source, String name);
+    JsonLinesReader(ByteSource source, String name, Reporter report);
 
     bool next(Route & route) override;
     ReadStatistics const & statistics() const override { return statistics_; }
@@ -42,6 +42,7 @@ private:
     U64 line_ = 0;          ///< number of the current line, from 1
     std::size_t taken_ = 0; ///< bytes of the current line, still in the source's window
     bool finished_ = false;
+    Reporter report_;          ///< told once what follows compressed data
     std::exception_ptr fault_; ///< behind the lines that the shares took
 };
 

@@ -128,6 +128,9 @@ IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family) {
 
 U64 countPrefixes(ByteCursor from, AddressFamily family, bool addPath) {
     U64 count = 0;
+    if (family == AddressFamily::none) {
+        return count;
+    }
     for (; !from.atEnd(); ++count) {
         if (addPath) {
             from.skip(4);

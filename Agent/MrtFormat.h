@@ -125,7 +125,8 @@ IpGenAddr readAddress(ByteCursor & from, AddressFamily family);
 /// length beyond the family's width is Damage.
 IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family);
 
-/// Counts the prefixes, each behind a path identifier where `addPath` says so, to the end.
+/// Counts the prefixes, each behind a path identifier where `addPath` says so, to the end; none of
+/// a family that is not read.
 U64 countPrefixes(ByteCursor from, AddressFamily family, bool addPath);
 
 } // namespace Qcf::Agent

@@ -105,6 +105,7 @@ void MrtFrames::readPeers(MrtFindings & findings) {
     Route none;
     looked_.next(none, findings);
     stretch_.peers = looked_.peers();
+    unknownPeersTold_ = false;
 }
 
 /// Steps over the stretch. When its last record is damaged and no record follows it, its length is
@@ -206,6 +207,9 @@ void MrtFrames::finish(MrtFindings & findings) {
         return;
     }
     findings.statistics.bytes = source_.offset();
+    if (!source_.note().empty()) {
+        findings.log.add(source_.note());
+    }
     if (!source_.fault().empty()) {
         findings.statistics.cut = true;
         findings.reportAt(source_.offset(), source_.fault());

@@ -40,10 +40,10 @@ private:
 
     ByteSource source_;
     std::size_t most_;
-    MrtStretch stretch_;   ///< stands at the source
-    std::size_t last_ = 0; ///< where the last record of the stretch starts
-    MrtRecords looked_;    ///< for the records that the cut looks at
-    bool unknownPeersTold_ = false;
+    MrtStretch stretch_;            ///< stands at the source
+    std::size_t last_ = 0;          ///< where the last record of the stretch starts
+    MrtRecords looked_;             ///< for the records that the cut looks at
+    bool unknownPeersTold_ = false; ///< since the last peer index table
     bool finished_ = false;
     /// Bytes of damaged records that may still be searched for records in their midst; without a
     /// bound, nested false records would be read over and over.

@@ -1,7 +1,5 @@
 #include "Agent/MrtMessage.h"
 
-#include <utility>
-
 namespace Qcf::Agent {
 
 namespace {
@@ -33,11 +31,15 @@ MessageForm const * findForm(U16 subtype) {
     return nullptr;
 }
 
+/// Whether the attribute is there for a family that is not read.
+bool isUnread(PathAttributes::MpNlri const & nlri) {
+    return nlri.present && nlri.family.routeFamily() == AddressFamily::none;
+}
+
 } // namespace
 
 void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
     announced_ = {};
-    cut_ = false;
     MessageForm const * const form = findForm(subtype);
     if (form == nullptr) {
         ++statistics.skippedRecords;
@@ -67,14 +69,14 @@ void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & stat
         return;
     }
     addPath_ = form->addPath;
-    cut_ = body.left() < length - headSize;
-    std::size_t const present = cut_ ? body.left() : length - headSize;
-    readUpdate(body.take(present, "UPDATE message"), form->as4, statistics);
+    if (body.left() < length - headSize) {
+        throw Damage("BGP message", "is longer than its record");
+    }
+    readUpdate(body.take(length - headSize, "UPDATE message"), form->as4, statistics);
 }
 
 void MrtMessage::startBgp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
     announced_ = {};
-    cut_ = false;
     constexpr U16 updateRecord = 1;
     if (subtype != updateRecord) {
         ++statistics.skippedRecords;
@@ -93,32 +95,24 @@ void MrtMessage::readUpdate(ByteCursor body, bool as4, ReadStatistics & statisti
     ByteCursor const withdrawn = body.take(withdrawnLength, "withdrawn routes");
     std::size_t const attributesLength = body.u16();
     ByteCursor const attributes = body.take(attributesLength, "path attributes");
-    U64 const withdrawals = countPrefixes(withdrawn, AddressFamily::ipv4, addPath_);
     attributes_.decode(attributes.rest(), {.as4 = as4, .rib = false}, shared_);
+    auto const & reach = attributes_.reach();
+    auto const & unreach = attributes_.unreach();
+    AddressFamily const reached = reach.family.routeFamily();
+    AddressFamily const unreached = unreach.family.routeFamily();
+
+    // Counting looks at every prefix: a damaged one throws before anything of the message counts.
+    U64 withdrawals = countPrefixes(withdrawn, AddressFamily::ipv4, addPath_);
+    withdrawals += countPrefixes(unreach.nlri, unreached, addPath_);
+    countPrefixes(reach.nlri, reached, addPath_);
+    countPrefixes(body, AddressFamily::ipv4, addPath_);
 
     statistics.withdrawals += withdrawals;
-    countUnreach(statistics);
+    statistics.skippedFamilies += isUnread(reach) ? 1 : 0;
+    statistics.skippedFamilies += isUnread(unreach) ? 1 : 0;
     announced_[0] = {AddressFamily::ipv4, shared_.nextHop, body};
-    takeReach(statistics);
-}
-
-void MrtMessage::takeReach(ReadStatistics & statistics) {
-    PathAttributes::MpNlri const & reach = attributes_.reach();
-    AddressFamily const family = reach.family.routeFamily();
-    if (family != AddressFamily::none) {
-        announced_[1] = {family, reach.nextHop, reach.nlri};
-    } else if (reach.present) {
-        ++statistics.skippedFamilies;
-    }
-}
-
-void MrtMessage::countUnreach(ReadStatistics & statistics) const {
-    PathAttributes::MpNlri const & unreach = attributes_.unreach();
-    AddressFamily const family = unreach.family.routeFamily();
-    if (family != AddressFamily::none) {
-        statistics.withdrawals += countPrefixes(unreach.nlri, family, addPath_);
-    } else if (unreach.present) {
-        ++statistics.skippedFamilies;
+    if (reached != AddressFamily::none) {
+        announced_[1] = {reached, reach.nextHop, reach.nlri};
     }
 }
 
@@ -127,20 +121,13 @@ bool MrtMessage::next(Route & route) {
         if (announced.nlri.atEnd()) {
             continue;
         }
-        // Stays empty when the prefix is damaged: where the next one starts is not known then.
-        ByteCursor rest = std::exchange(announced.nlri, ByteCursor());
         if (addPath_) {
-            rest.skip(4);
+            announced.nlri.skip(4);
         }
-        IpGenPrefix const prefix = readPrefix(rest, announced.family);
-        announced.nlri = rest;
         route = shared_;
-        route.ipPrefix = prefix;
+        route.ipPrefix = readPrefix(announced.nlri, announced.family);
         route.nextHop = announced.nextHop;
         return true;
-    }
-    if (std::exchange(cut_, false)) {
-        throw Damage("BGP message", "is longer than its record");
     }
     return false;
 }

@@ -12,14 +12,13 @@ namespace Qcf::Agent {
 class MrtMessage {
 public:
     /// Takes a record, past the microseconds where it has them. Counts withdrawals, families that
-    /// are not read and records that are no UPDATE in `statistics`. Throws Damage, and then has no
-    /// routes.
+    /// are not read and records that are no UPDATE in `statistics`. Throws Damage when anything of
+    /// the message cannot be read, and then counts nothing and has no routes.
     void startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & statistics);
     void startBgp(U16 subtype, ByteCursor body, ReadStatistics & statistics);
 
     /// The next announced prefix with the attributes of the message; false when there is none
-    /// left. Throws Damage where a prefix cannot be read; the call after that goes on with the
-    /// other family of the message.
+    /// left.
     bool next(Route & route);
 
 private:
@@ -30,14 +29,11 @@ private:
     };
 
     void readUpdate(ByteCursor body, bool as4, ReadStatistics & statistics);
-    void takeReach(ReadStatistics & statistics);
-    void countUnreach(ReadStatistics & statistics) const;
 
     PathAttributes attributes_;
     Route shared_; ///< what all prefixes of the message have in common
     std::array<Announced, 2> announced_;
     bool addPath_ = false;
-    bool cut_ = false; ///< the record ends before the message does
 };
 
 } // namespace Qcf::Agent

@@ -1,7 +1,5 @@
 #include "Agent/MrtRecords.h"
 
-#include <utility>
-
 namespace Qcf::Agent {
 
 using Mrt::Header;
@@ -28,9 +26,7 @@ bool MrtRecords::next(Route & route, MrtFindings & findings) {
                 return true;
             }
         } catch (Damage const & damage) {
-            // What is left of the record, if anything can be told apart, comes with the next turn.
             recordIsDamaged(damage, findings);
-            continue;
         }
         if (left_ == 0) {
             content_ = Content::nothing;
@@ -47,7 +43,6 @@ void MrtRecords::openRecord(MrtFindings & findings) {
     left_ -= size;
     ++findings.statistics.records;
     findings.statistics.bytes = end_ - left_;
-    damaged_ = false;
     content_ = Content::nothing;
     try {
         content_ = startRecord(findings.statistics);
@@ -100,9 +95,7 @@ MrtRecords::Content MrtRecords::startOther(ByteCursor body, ReadStatistics & sta
 }
 
 void MrtRecords::recordIsDamaged(Damage const & damage, MrtFindings & findings) {
-    if (std::exchange(damaged_, true)) {
-        return;
-    }
+    content_ = Content::nothing;
     ++findings.statistics.damagedRecords;
     if (findings.log.wantsLine()) {
         U64 const offset = end_ - left_ - Header::size - header_.length;

@@ -29,8 +29,7 @@ struct MrtFindings {
 
 /// Reads the routes of the records of a stretch.
 ///
-/// Damage inside a record costs that record, or the rest of it: what was whole before is handed
-/// out.
+/// A damaged record costs that record: no route comes out of it.
 class MrtRecords {
 public:
     /// The stretch to read next; it must stay where it is until then.
@@ -58,7 +57,6 @@ private:
 
     Mrt::Header header_{}; ///< of the current record
     Content content_ = Content::nothing;
-    bool damaged_ = false; ///< the current record was reported
 };
 
 } // namespace Qcf::Agent

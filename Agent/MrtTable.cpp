@@ -29,11 +29,14 @@ constexpr auto kRibForms = [] {
 
 constexpr MrtPeer kUnknownPeer;
 
+constexpr AttributeForm formOfV1{.as4 = false, .rib = true};
+constexpr AttributeForm formOfV2{.as4 = true, .rib = true};
+
 } // namespace
 
 void MrtTable::readPeers(ByteCursor body) {
     auto const peers = std::make_shared<MrtPeers>();
-    peers_ = peers;
+    peers_ = nullptr;
     body.skip(4); // the collector's identifier
     body.skip(body.u16());
     U32 const count = body.u16();
@@ -46,6 +49,7 @@ void MrtTable::readPeers(ByteCursor body) {
         peer.as = (type & Mrt::as4Peer) != 0 ? body.u32() : body.u16();
         peers->push_back(peer);
     }
+    peers_ = peers;
 }
 
 bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
@@ -67,8 +71,26 @@ bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
     }
     addPath_ = form.addPath;
     prefix_ = readPrefix(rest_, family);
-    left_ = rest_.u16();
+    U32 const entries = rest_.u16();
+    left_ = entries;
+    // A single entry is not handed out when it turns out to be damaged.
+    if (entries > 1) {
+        checkEntries();
+    }
     return true;
+}
+
+/// A record with damage anywhere gives no route, so all of it is looked at before the first one.
+void MrtTable::checkEntries() {
+    U32 const entries = std::exchange(left_, 0);
+    ByteCursor from = rest_;
+    for (U32 i = 0; i < entries; ++i) {
+        U16 peerIndex = 0;
+        std::span<U8 const> const attributes = entryOfV2(from, peerIndex);
+        peer(peerIndex);
+        attributes_.check(attributes, formOfV2);
+    }
+    left_ = entries;
 }
 
 void MrtTable::startV1(U16 subtype, ByteCursor body) {
@@ -101,29 +123,26 @@ MrtPeer const & MrtTable::peer(U16 index) const {
 }
 
 /// The path attributes of the next entry.
-std::span<U8 const> MrtTable::entryOfV2(U16 & peerIndex) {
+std::span<U8 const> MrtTable::entryOfV2(ByteCursor & from, U16 & peerIndex) const {
     std::size_t const headSize = addPath_ ? 12 : 8; // peer, time, perhaps a path identifier, length
-    U8 const * const head = rest_.advance(headSize);
+    U8 const * const head = from.advance(headSize);
     peerIndex = loadU16(head);
-    return rest_.bytes(loadU16(head + headSize - 2));
+    return from.bytes(loadU16(head + headSize - 2));
 }
 
 bool MrtTable::next(Route & route) {
     if (left_ == 0) {
         return false;
     }
-    // Stays 0 when the frame of the entry is damaged: where the next one starts is not known then.
-    U32 const left = std::exchange(left_, 0);
+    --left_;
     U16 peerIndex = 0;
-    std::span<U8 const> const attributes = v2_ ? entryOfV2(peerIndex) : rest_.rest();
-    left_ = left - 1;
-
+    std::span<U8 const> const attributes = v2_ ? entryOfV2(rest_, peerIndex) : rest_.rest();
     MrtPeer const & from = v2_ ? peer(peerIndex) : ownPeer_;
     route.clear();
     route.ipPrefix = prefix_;
     route.sourceSessionRemoteIpAddress = from.address;
     route.sourceSessionRemoteAs = from.as;
-    attributes_.decode(attributes, {.as4 = v2_, .rib = true}, route);
+    attributes_.decode(attributes, v2_ ? formOfV2 : formOfV1, route);
     if (attributes_.reach().nextHop.af() != AddressFamily::none) {
         route.nextHop = attributes_.reach().nextHop;
     }

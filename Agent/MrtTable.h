@@ -21,29 +21,30 @@ using MrtPeers = std::vector<MrtPeer>;
 /// Points into the record that it was given last.
 class MrtTable {
 public:
-    /// Takes a PEER_INDEX_TABLE, which holds until the next one. When it is damaged, the peers
-    /// before the damage are known.
+    /// Takes a PEER_INDEX_TABLE, which holds until the next one. Behind a damaged one no peer is
+    /// known: those of the table before it may be others.
     void readPeers(ByteCursor body);
-    /// The peers that hold, null before the first table of them.
+    /// The peers that hold, null before the first table of them and behind a damaged one.
     std::shared_ptr<MrtPeers const> const & peers() const { return peers_; }
     void peersIs(std::shared_ptr<MrtPeers const> peers) { peers_ = std::move(peers); }
 
     /// Takes a record of TABLE_DUMP_V2 that holds routes; false when they are of a family that is
-    /// not read.
+    /// not read. Throws Damage when anything in a record of several entries cannot be read.
     bool startV2(U16 subtype, std::span<U8 const> body);
 
     /// Takes a record of TABLE_DUMP.
     void startV1(U16 subtype, ByteCursor body);
 
-    /// The next entry; false when there is none left. Throws Damage for an entry that cannot be
-    /// read; the call after that goes on behind it, or ends where its place is not known.
+    /// The next entry; false when there is none left. Throws Damage for the only entry of a record
+    /// when it cannot be read.
     ///
     /// Without a peer index table an entry is handed out with its peer unknown (AS 0, no address).
     bool next(Route & route);
 
 private:
     MrtPeer const & peer(U16 index) const;
-    std::span<U8 const> entryOfV2(U16 & peerIndex);
+    void checkEntries();
+    std::span<U8 const> entryOfV2(ByteCursor & from, U16 & peerIndex) const;
 
     std::shared_ptr<MrtPeers const> peers_;
     bool v2_ = false;

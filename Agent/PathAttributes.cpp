@@ -60,9 +60,9 @@ U8 readOrigin(ByteCursor value) {
     return origin;
 }
 
-/// Writes the path from AS numbers of `width` bytes.
-template <std::size_t width>
-void readSegments(std::span<U8 const> bytes, char const * subject, AsnVector & path) {
+/// Takes the segments of a path, whose AS numbers have `width` bytes, with `take(type, count, at)`.
+template <std::size_t width, class Take>
+void readSegments(std::span<U8 const> bytes, char const * subject, Take take) {
     ByteCursor value(bytes, subject);
     while (!value.atEnd()) {
         U8 const type = value.u8();
@@ -70,21 +70,35 @@ void readSegments(std::span<U8 const> bytes, char const * subject, AsnVector & p
             throw Damage(value.subject(), "has a segment of unknown type");
         }
         U8 const count = value.u8();
-        U8 const * from = value.advance(count * width);
-        if (count == 0) {
-            continue;
-        }
-        for (Asn & asn : path.appendForWriting(SegmentType(type), count)) {
-            asn = width == 4 ? loadU32(from) : loadU16(from);
-            from += width;
+        U8 const * const from = value.advance(count * width);
+        if (count != 0) {
+            take(SegmentType(type), count, from);
         }
     }
 }
 
-/// Fills a set of a route from elements of `size` bytes. Most speakers send them in order.
-template <class Set, class Load>
+/// For `readSegments`: writes them to a path.
+template <std::size_t width>
+auto appendTo(AsnVector & path) {
+    return [&path](SegmentType type, U8 count, U8 const * from) {
+        for (Asn & asn : path.appendForWriting(type, count)) {
+            asn = width == 4 ? loadU32(from) : loadU16(from);
+            from += width;
+        }
+    };
+}
+
+/// For `readSegments`: passes over them.
+constexpr auto passOver = [](SegmentType, U8, U8 const *) {};
+
+/// Fills a set of a route from elements of `size` bytes, or only looks at their number. Most
+/// speakers send them in order.
+template <bool fill, class Set, class Load>
 void readSet(ByteCursor value, std::size_t size, Set & set, Load load) {
     std::size_t const count = elements(value, size);
+    if (!fill) {
+        return;
+    }
     U8 const * const from = value.data();
     set.resize(count, boost::container::default_init);
     bool ascending = true;
@@ -135,6 +149,19 @@ IpGenAddr readNextHop(ByteCursor value) {
 } // namespace
 
 void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route & route) {
+    walk<Aim::route>(bytes, form, route);
+    // A path of four-byte numbers stands in the route already.
+    if (!form.as4) {
+        finishPath(route);
+    }
+}
+
+void PathAttributes::check(std::span<U8 const> bytes, AttributeForm form) {
+    walk<Aim::check>(bytes, form, checked_);
+}
+
+template <PathAttributes::Aim aim>
+void PathAttributes::walk(std::span<U8 const> bytes, AttributeForm form, Route & route) {
     ByteCursor from(bytes, "path attributes");
     seen_ = 0;
     reach_ = {};
@@ -156,30 +183,35 @@ void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route
             }
             seen_ |= U64{1} << code;
         }
-        decodeOne(code, value, form, route);
+        readOne<aim>(code, value, form, route);
     }
-    // A path of four-byte numbers stands in the route already.
-    if (!form.as4 || !has(Mrt::asPath)) {
-        finishPath(route);
+}
+
+template <PathAttributes::Aim aim>
+void PathAttributes::readPath(std::span<U8 const> bytes, AttributeForm form, Route & route) {
+    char const * const name = attributeName(Mrt::asPath);
+    if constexpr (aim == Aim::check) {
+        form.as4 ? readSegments<4>(bytes, name, passOver) : readSegments<2>(bytes, name, passOver);
+    } else if (form.as4) {
+        route.asPath.asnsWrittenBy(
+            [&](AsnVector & path) { readSegments<4>(bytes, name, appendTo<4>(path)); });
+    } else {
+        path_.clear();
+        readSegments<2>(bytes, name, appendTo<2>(path_));
     }
 }
 
 /// The attributes of nearly every route; inside the loop above they cost no call.
-inline void PathAttributes::decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form,
-                                      Route & route) {
+template <PathAttributes::Aim aim>
+inline void PathAttributes::readOne(U8 code, std::span<U8 const> bytes, AttributeForm form,
+                                    Route & route) {
     auto const value = [&] { return ByteCursor(bytes, attributeName(code)); };
     switch (code) {
     case Mrt::origin:
         route.origin = readOrigin(value());
         break;
     case Mrt::asPath:
-        if (form.as4) {
-            route.asPath.asnsWrittenBy(
-                [&](AsnVector & path) { readSegments<4>(bytes, attributeName(code), path); });
-        } else {
-            path_.clear();
-            readSegments<2>(bytes, attributeName(code), path_);
-        }
+        readPath<aim>(bytes, form, route);
         break;
     case Mrt::nextHop:
         route.nextHop = readNextHop(value());
@@ -191,37 +223,41 @@ inline void PathAttributes::decodeOne(U8 code, std::span<U8 const> bytes, Attrib
         route.localPref = readU32(value());
         break;
     case Mrt::communities:
-        readSet(value(), 4, route.community, [](U8 const * at) { return U64{loadU32(at)}; });
+        readSet<aim == Aim::route>(value(), 4, route.community,
+                                   [](U8 const * at) { return U64{loadU32(at)}; });
         break;
     case Mrt::mpReach:
         readReach(bytes, form.rib);
         break;
     default:
-        decodeRare(code, bytes, route);
+        readRare<aim>(code, bytes, route);
         break;
     }
 }
 
-void PathAttributes::decodeRare(U8 code, std::span<U8 const> bytes, Route & route) {
+template <PathAttributes::Aim aim>
+void PathAttributes::readRare(U8 code, std::span<U8 const> bytes, Route & route) {
     ByteCursor value(bytes, attributeName(code));
     switch (code) {
     case Mrt::aggregator:
         aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
         break;
     case Mrt::extCommunities:
-        readSet(value, 8, route.extCommunity,
-                [](U8 const * at) { return Acl::CommunityValue(loadU64(at), 0); });
+        readSet<aim == Aim::route>(value, 8, route.extCommunity, [](U8 const * at) {
+            return Acl::CommunityValue(loadU64(at), 0);
+        });
         break;
     case Mrt::largeCommunities:
-        readSet(value, 12, route.largeCommunity,
-                [](U8 const * at) { return Acl::CommunityValue(loadU64(at), loadU32(at + 8)); });
+        readSet<aim == Aim::route>(value, 12, route.largeCommunity, [](U8 const * at) {
+            return Acl::CommunityValue(loadU64(at), loadU32(at + 8));
+        });
         break;
     case Mrt::mpUnreach:
         readUnreach(value);
         break;
     case Mrt::as4Path:
         as4Path_.clear();
-        readSegments<4>(bytes, attributeName(code), as4Path_);
+        readSegments<4>(bytes, attributeName(code), appendTo<4>(as4Path_));
         break;
     case Mrt::aigp:
         route.aigpMetric = readAigp(value);
@@ -266,10 +302,9 @@ void PathAttributes::finishPath(Route & route) {
     bool const stale =
         has(Mrt::aggregator) && has(Mrt::as4Aggregator) && aggregatorAs_ != Mrt::asTrans;
     if (!has(Mrt::asPath)) {
-        if (has(Mrt::as4Path)) {
-            route.asPath.asnsIs(as4Path_);
-        }
-    } else if (stale || !has(Mrt::as4Path)) {
+        return;
+    }
+    if (stale || !has(Mrt::as4Path)) {
         route.asPath.asnsIs(path_);
     } else {
         mergeAs4Path(path_, as4Path_, merged_);

@@ -26,19 +26,30 @@ public:
     /// Sets what the attributes say and leaves the rest of `route` alone, which is to be cleared
     /// before. Attributes of unknown codes are passed over, of two with one code the first counts.
     ///
-    /// AS4_PATH is merged into an AS_PATH of two-byte numbers, takes the place of an AS_PATH that
-    /// is missing, and is not looked at beside one of four-byte numbers. An AIGP metric of all ones
-    /// (infinite) becomes the largest one that a route may have, one less. Throws Damage.
+    /// AS4_PATH is merged into an AS_PATH of two-byte numbers that is at least as long, and not
+    /// looked at otherwise. An AIGP metric of all ones (infinite) becomes the largest one that a
+    /// route may have, one less. Throws Damage.
     void decode(std::span<U8 const> bytes, AttributeForm form, Route & route);
+
+    /// Throws the Damage that `decode` would throw, without making paths and sets.
+    void check(std::span<U8 const> bytes, AttributeForm form);
 
     MpNlri const & reach() const { return reach_; }
     MpNlri const & unreach() const { return unreach_; }
 
 private:
     using AsnVector = Routing::Bgp::AsnVector;
+    /// What a walk over the attributes is for: a route, or to see that they are whole.
+    enum class Aim : U8 { route, check };
 
-    void decodeOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
-    void decodeRare(U8 code, std::span<U8 const> bytes, Route & route);
+    template <Aim aim>
+    void walk(std::span<U8 const> bytes, AttributeForm form, Route & route);
+    template <Aim aim>
+    void readOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
+    template <Aim aim>
+    void readRare(U8 code, std::span<U8 const> bytes, Route & route);
+    template <Aim aim>
+    void readPath(std::span<U8 const> bytes, AttributeForm form, Route & route);
     void readReach(std::span<U8 const> bytes, bool rib);
     void readUnreach(ByteCursor value);
     void finishPath(Route & route);
@@ -51,6 +62,7 @@ private:
     AsnVector as4Path_;
     AsnVector merged_;
     U32 aggregatorAs_ = 0;
+    Route checked_; ///< takes the numbers that a check reads
 };
 
 } // namespace Qcf::Agent

@@ -46,12 +46,12 @@ std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<ByteStream> stream, Stri
         throw RouteFileError(name + ": " + source.fault());
     }
     if (!empty && looksLikeText(source)) {
-        return makeJsonLinesReader(std::move(source), name, report);
+        return makeJsonLinesReader(std::move(source), name, std::move(report));
     }
     if (!empty && !looksLikeMrt(source)) {
         // A text with a stray control character near its start: its reader names the place.
         if (*source.data() == '{') {
-            return makeJsonLinesReader(std::move(source), name, report);
+            return makeJsonLinesReader(std::move(source), name, std::move(report));
         }
         throw RouteFileError(name + ": wants MRT or JSON lines, found neither");
     }

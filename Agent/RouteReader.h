@@ -1,15 +1,12 @@
 #pragma once
 
 #include "Agent/ByteSource.h"
+#include "Agent/Reporter.h"
 #include "Agent/Route.h"
 
-#include <functional>
 #include <memory>
 
 namespace Qcf::Agent {
-
-/// Takes one line of diagnostics, without line end.
-using Reporter = std::function<void(String const & line)>;
 
 /// What a reader has met so far.
 struct ReadStatistics {
@@ -72,8 +69,8 @@ public:
 /// Opens a file of routes ("-" is standard input): MRT or JSON lines, plain or compressed by gzip
 /// or bzip2. What it is is told by its content alone; an empty file is a table without routes.
 ///
-/// `report` is given the damage that is met, one line each, which names the file; after the first
-/// 20 lines only their number is told, at the end. Throws RouteFileError for a file that cannot be
+/// `report` is given the damage that is met and what follows compressed data, one line each, which
+/// names the file; after the first 20 lines only their number is told, at the end. Throws RouteFileError for a file that cannot be
 /// opened or is neither format.
 std::unique_ptr<RouteReader> openRoutes(String const & path, Reporter report);
 
@@ -84,6 +81,6 @@ std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<ByteStream> stream, Stri
 /// The readers of the two formats, for data that are known to be of that format.
 std::unique_ptr<RouteReader> makeMrtReader(ByteSource source, String const & name, Reporter report);
 std::unique_ptr<RouteReader> makeJsonLinesReader(ByteSource source, String const & name,
-                                                 Reporter const & report);
+                                                 Reporter report);
 
 } // namespace Qcf::Agent

@@ -59,6 +59,19 @@ TEST(JsonLines, NothingComesBehindABadLine) {
     EXPECT_EQ(reader->statistics().routes, 1U);
 }
 
+TEST(JsonLines, WhatFollowsTheEndOfCompressedLinesIsTold) {
+    String const data = bzipped("{}\n{}");
+    std::vector<String> reports;
+    auto const reader = openRoutes(makeMemoryStream(data + "tail"), "t.jsonl",
+                                   [&](String const & line) { reports.push_back(line); });
+    Route route;
+    EXPECT_TRUE(reader->next(route) && reader->next(route));
+    EXPECT_FALSE(reader->next(route));
+    EXPECT_EQ(reports, Routes{"t.jsonl: bzip2 data end at byte " + std::to_string(data.size()) +
+                              ", what follows them is not read"});
+    EXPECT_FALSE(reader->statistics().cut);
+}
+
 TEST(JsonLines, LongLinesAreReadUpToALimit) {
     String const blanks(JsonLinesReader::maxLine / 2, ' ');
     EXPECT_EQ(readLines("{\"med\":" + blanks + "1}\n{}").routes, (Routes{R"({"med":1})", "{}"}));

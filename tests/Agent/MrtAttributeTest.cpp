@@ -121,7 +121,9 @@ TEST(MrtAttribute, As4PathIsMergedWhereTheSessionHasTwoBytes) {
          narrow + wide + aggregator(65001) + as4Aggregator, "path[65001 23456 23456]"},
         {"aggregated by a four-byte speaker", narrow + wide + aggregator(23456) + as4Aggregator,
          "path[65001 70000 70001]"},
-        {"alone", wide, "path[70000 70001]"},
+        {"alone", wide, "path[]"},
+        {"beside an empty AS_PATH", attribute(2, "") + wide, "path[]"},
+        {"as long", attribute(2, segment(2, {23456, 23456}, 2)) + wide, "path[70000 70001]"},
     };
     for (Case const & c : cases) {
         SCOPED_TRACE(c.what);

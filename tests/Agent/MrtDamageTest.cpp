@@ -129,7 +129,6 @@ TEST(MrtDamage, CompressedPartsReadAsOne) {
     Case const cases[] = {
         {"gzip", gzipped(first + second)},
         {"two gzip members", gzipped(first) + gzipped(second)},
-        {"gzip and padding", gzipped(first + second) + String(600, '\0')},
         {"bzip2", bzipped(first + second)},
         {"two bzip2 streams", bzipped(first) + bzipped(second)},
     };
@@ -140,6 +139,35 @@ TEST(MrtDamage, CompressedPartsReadAsOne) {
         EXPECT_THAT(outcome.reports, IsEmpty());
         EXPECT_EQ(outcome.statistics.bytes, first.size() + second.size());
     }
+}
+
+TEST(MrtDamage, WhatFollowsTheEndOfCompressedDataIsTold) {
+    String const file = peerTable() + one(1) + one(2);
+    struct Case {
+        char const * format;
+        String bytes;
+    };
+    Case const cases[] = {{"gzip", gzipped(file)},
+                          {"bzip2", bzipped(file)},
+                          {"bzip2", bzipped(file.substr(0, 70)) + bzipped(file.substr(70))}};
+    for (String const & tail :
+         {String(600, '\0'), String("garbage"), String("\x1f"), String("\x1f\x8cgz"), String("B"),
+          String("BZx9"), String("BZh0"), String(200'000, '\x1f')}) {
+        for (Case const & c : cases) {
+            SCOPED_TRACE(tail.substr(0, 10) + " behind " + c.format);
+            Outcome const outcome = readAll(c.bytes + tail);
+            EXPECT_EQ(numbersOf(outcome), (std::vector<U32>{1, 2}));
+            EXPECT_FALSE(outcome.statistics.cut);
+            EXPECT_EQ(outcome.statistics.damagedRecords, 0);
+            EXPECT_THAT(outcome.reports,
+                        ElementsAre(String("t: ") + c.format + " data end at byte " +
+                                    std::to_string(c.bytes.size()) +
+                                    ", what follows them is not read"));
+            EXPECT_EQ(readByShares(c.bytes + tail, 3, 50), outcome);
+        }
+    }
+    EXPECT_THAT(readAll(gzipped(file) + gzipped("").substr(0, 5)).reports,
+                ElementsAre(testing::HasSubstr("gzip data are cut")));
 }
 
 TEST(MrtDamage, ACutCompressedStreamGivesWhatWasWhole) {

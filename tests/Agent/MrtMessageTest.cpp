@@ -91,7 +91,7 @@ TEST(MrtMessage, ReadsUpdatesOfTheOldType) {
     EXPECT_EQ(outcome.statistics.withdrawals, 1);
 }
 
-TEST(MrtMessage, PrefixesBeforeABrokenOneCount) {
+TEST(MrtMessage, ABrokenMessageGivesNoRoute) {
     String const attributes = pathOf(true) + attribute(3, address("192.0.2.1"));
     String const hostBits = u8(13) + "\x0b\x0d";
     struct Case {
@@ -105,17 +105,20 @@ TEST(MrtMessage, PrefixesBeforeABrokenOneCount) {
         {"host bits are cleared", update("", attributes, hostBits), {"11.8.0.0/13"}, nullptr},
         {"last one cut",
          update("", attributes, prefix("10.1.0.0/16") + u8(24) + "\x0a"),
-         {"10.1.0.0/16"},
+         {},
          "UPDATE message ends too early"},
         {"longer than an address",
          update("", attributes, prefix("10.1.0.0/16") + u8(33) + "12345"),
-         {"10.1.0.0/16"},
+         {},
          "prefix is longer than an address"},
         {"message cut between prefixes",
          whole.substr(0, whole.size() - 3),
-         {"10.1.0.0/16"},
+         {},
          "BGP message is longer than its record"},
-        {"message cut in the attributes", whole.substr(0, 30), {}, "UPDATE message ends too early"},
+        {"message cut in the attributes",
+         whole.substr(0, 30),
+         {},
+         "BGP message is longer than its record"},
         {"length below its own header",
          String(16, '\xff') + u16(18) + u8(2) + u32(0),
          {},
@@ -146,13 +149,29 @@ TEST(MrtMessage, PrefixesBeforeABrokenOneCount) {
     }
 }
 
-TEST(MrtMessage, ABrokenPrefixLeavesTheOtherFamilyOfTheMessage) {
-    String const reach = attribute(14, u16(2) + u8(1) + u8(16) + address("2001:db8::1") + u8(0) +
-                                           prefix("2001:db8::/32"));
-    Outcome const outcome =
-        readAll(bgp4mp(4, true, update("", pathOf(true) + reach, u8(40) + String("12345"))));
-    EXPECT_THAT(outcome.routes, ElementsAre(HasSubstr("2001:db8::/32 via 2001:db8::1")));
-    EXPECT_EQ(outcome.statistics.damagedRecords, 1);
+TEST(MrtMessage, ABrokenPrefixCostsAllThatTheMessageSays) {
+    String const reach = u16(2) + u8(1) + u8(16) + address("2001:db8::1") + u8(0);
+    String const good = prefix("2001:db8::/32");
+    String const v4 = prefix("10.1.0.0/16");
+    String const bad = u8(129) + String(17, '\1');
+    struct Case {
+        char const * what;
+        String message;
+    };
+    Case const cases[] = {
+        {"announced", update(v4, pathOf(true) + attribute(14, reach + good), u8(40) + "12345")},
+        {"reached", update(v4, pathOf(true) + attribute(14, reach + good + bad), v4)},
+        {"withdrawn", update(u8(33) + "12345", pathOf(true) + attribute(14, reach + good), v4)},
+        {"unreached", update(v4, attribute(15, u16(2) + u8(1) + good + bad), v4)},
+    };
+    for (Case const & c : cases) {
+        SCOPED_TRACE(c.what);
+        Outcome const outcome = readAll(bgp4mp(4, true, c.message));
+        EXPECT_THAT(outcome.routes, IsEmpty());
+        EXPECT_EQ(outcome.statistics.withdrawals, 0);
+        EXPECT_EQ(outcome.statistics.damagedRecords, 1);
+        EXPECT_EQ(outcome.reports.size(), 1);
+    }
 }
 
 } // namespace

@@ -144,44 +144,66 @@ TEST(MrtTable, AnEntryMayLackAttributes) {
                                             "from 10.0.0.1 AS 65001"));
 }
 
-TEST(MrtTable, ADamagedEntryCostsItselfAndABrokenFrameTheRest) {
+TEST(MrtTable, ADamagedEntryCostsItsRecord) {
     String const good = entry(0, plainAttributes({1}));
     String const badOrigin = entry(0, attribute(1, u8(9)) + asPath4({2}));
     String const badPeer = entry(3, plainAttributes({3}));
     String const last = rib(2, "10.9.0.0/16", {good});
+    auto badly = [&](U8 code, String const & value) {
+        return rib(2, "10.1.0.0/16", {good, entry(0, attribute(code, value))});
+    };
     struct Case {
         char const * what;
         String record;
-        U64 routes; ///< before the last record
         char const * problem;
     };
     Case const cases[] = {
-        {"value", rib(2, "10.1.0.0/16", {good, badOrigin, good}), 2,
+        {"value", rib(2, "10.1.0.0/16", {good, badOrigin, good}),
          "ORIGIN attribute has an unknown value"},
-        {"peer", rib(2, "10.1.0.0/16", {good, badPeer, good}), 2,
+        {"peer", rib(2, "10.1.0.0/16", {good, badPeer, good}),
          "entry names a peer that the PEER_INDEX_TABLE lacks"},
-        {"frame", rib(2, "10.1.0.0/16", {good, u16(0) + u32(0) + u16(999), good}), 1,
+        {"frame", rib(2, "10.1.0.0/16", {good, u16(0) + u32(0) + u16(999), good}),
          "record ends too early"},
         {"fewer entries than told",
-         record(13, 2, u32(0) + prefix("10.1.0.0/16") + u16(9) + good + good), 2,
+         record(13, 2, u32(0) + prefix("10.1.0.0/16") + u16(9) + good + good),
          "record ends too early"},
-        {"prefix", record(13, 2, u32(0) + u8(33) + "12345" + u16(1) + good), 0,
+        {"prefix", record(13, 2, u32(0) + u8(33) + "12345" + u16(1) + good),
          "prefix is longer than an address"},
-        {"peers",
-         record(13, 1,
-                u32(0) + u16(0) + u16(2) + u8(0) + u32(1) + address("10.0.0.1") + u16(65001)),
-         0, "record ends too early"},
+        {"segment", badly(2, u8(9) + u8(1) + u32(1)), "AS_PATH attribute has a segment of unknown"},
+        {"path", badly(2, u8(2) + u8(2) + u32(1)), "AS_PATH attribute ends too early"},
+        {"AS4_PATH", badly(17, u8(2)), "AS4_PATH attribute ends too early"},
+        {"next hop", badly(3, "12345"), "NEXT_HOP attribute has a wrong length"},
+        {"MED", badly(4, "123"), "MULTI_EXIT_DISC attribute has a wrong length"},
+        {"community", badly(8, "123456"), "COMMUNITIES attribute has a wrong length"},
+        {"AIGP", badly(26, u8(1) + u16(2)), "AIGP attribute has a part of a wrong length"},
+        {"MP_REACH_NLRI", badly(14, u8(5) + "12345"), "has a wrong length"},
     };
     for (Case const & c : cases) {
         SCOPED_TRACE(c.what);
         Outcome const outcome = readAll(peerTable() + c.record + last);
-        EXPECT_EQ(outcome.routes.size(), c.routes + 1);
+        EXPECT_THAT(outcome.routes, ElementsAre(HasSubstr("10.9.0.0/16 via")));
         EXPECT_EQ(outcome.statistics.damagedRecords, 1);
         EXPECT_FALSE(outcome.statistics.cut);
         EXPECT_THAT(outcome.reports,
                     ElementsAre(testing::AllOf(HasSubstr("t: offset 73: damaged TABLE_DUMP_V2/"),
                                                HasSubstr(c.problem))));
     }
+}
+
+TEST(MrtTable, ADamagedPeerTableLeavesThePeersBehindItUnknown) {
+    String const one = rib(2, "10.1.0.0/16", {entry(0, plainAttributes({1}))});
+    String const cut =
+        record(13, 1, u32(0) + u16(0) + u16(2) + u8(0) + u32(1) + address("10.0.0.8") + u16(65008));
+    Outcome const outcome = readAll(peerTable() + one + cut + one + peerTable() + one + cut + one);
+    EXPECT_THAT(outcome.routes,
+                ElementsAre(HasSubstr("from 10.0.0.1 AS 65001"), HasSubstr("from  AS 0"),
+                            HasSubstr("from 10.0.0.1 AS 65001"), HasSubstr("from  AS 0")));
+    EXPECT_EQ(outcome.statistics.damagedRecords, 2);
+    EXPECT_THAT(outcome.reports,
+                ElementsAre(HasSubstr("damaged TABLE_DUMP_V2/PEER_INDEX_TABLE record: "),
+                            HasSubstr("the peers of its routes are not known"),
+                            HasSubstr("damaged TABLE_DUMP_V2/PEER_INDEX_TABLE record: "),
+                            HasSubstr("the peers of its routes are not known")));
 }
 
 } // namespace
