@@ -1,5 +1,6 @@
 #include "Agent/ListsDocument.h"
 
+#include "Agent/PlainText.h"
 #include "Agent/RoaExport.h"
 #include "Platform/Render/JsonObjectReader.h"
 #include "Platform/Routing/CommunityText.h"
@@ -220,9 +221,10 @@ String besideDocument(String const & fileName, std::string_view name) {
     return folder + String(name);
 }
 
-PtrConst<RoaTable> readRoaTable(JsonValue const & value, String const & fileName) {
+PtrConst<RoaTable> readRoaTable(JsonValue const & value, String const & fileName,
+                                Reporter const & warn) {
     if (value.isArray()) {
-        return makePtr<RoaTable>(readRoas(value, OtherKeys::refuse));
+        return makePtr<RoaTable>(readRoas(value));
     }
     if (!value.isObject()) {
         value.fail("array of ROAs or {\"file\": NAME}");
@@ -231,7 +233,7 @@ PtrConst<RoaTable> readRoaTable(JsonValue const & value, String const & fileName
     JsonValue const file = reader.require("file");
     reader.done();
     String const path = besideDocument(fileName, file.expectString("name of a file"));
-    return makePtr<RoaTable>(readRoaExport(readFile(path), path));
+    return makePtr<RoaTable>(readRoaExport(readPlainText(path, warn), path, warn));
 }
 
 template <typename List, typename Read>
@@ -248,7 +250,7 @@ void readSection(JsonObjectReader & document, ListKind kind, ListsByName<List> &
 
 } // namespace
 
-PtrConst<Lists> readLists(String text, String const & fileName) {
+PtrConst<Lists> readLists(String text, String const & fileName, Reporter const & warn) {
     auto const json = JsonDocument::parse(std::move(text), fileName);
     JsonObjectReader document(json.root());
     JsonValue const format = document.require("qcf");
@@ -269,11 +271,13 @@ PtrConst<Lists> readLists(String text, String const & fileName) {
     readSection(document, ListKind::asPathAccessList, lists->asPathAccessLists, readAsPathList);
     readSection(document, ListKind::tagSet, lists->tagSets, readTagSet);
     readSection(document, ListKind::roaTable, lists->roaTables,
-                [&](JsonValue const & value) { return readRoaTable(value, fileName); });
+                [&](JsonValue const & value) { return readRoaTable(value, fileName, warn); });
     document.done();
     return lists;
 }
 
-PtrConst<Lists> readListsFile(String const & path) { return readLists(readFile(path), path); }
+PtrConst<Lists> readListsFile(String const & path, Reporter const & warn) {
+    return readLists(readFile(path), path, warn);
+}
 
 } // namespace Qcf::Agent

@@ -11,14 +11,16 @@ namespace {
 
 constexpr U64 max32 = std::numeric_limits<U32>::max();
 
+std::string_view withoutAs(std::string_view text) {
+    bool const isPrefixed = text.starts_with("AS") || text.starts_with("as");
+    return text.substr(isPrefixed ? 2 : 0);
+}
+
 /// An AS number as exports write it: 65001, "65001" or "AS65001".
 U32 readAsn(JsonValue const & value) {
     std::optional<U64> asn = value.asU64();
     if (value.isString()) {
-        std::string_view text = value.asString();
-        bool const isPrefixed = text.starts_with("AS") || text.starts_with("as");
-        text.remove_prefix(isPrefixed ? 2 : 0);
-        asn = Routing::TextPieces::parseDecimal(text, max32);
+        asn = Routing::TextPieces::parseDecimal(withoutAs(value.asString()), max32);
     }
     if (!asn || *asn > max32) {
         value.fail("AS number");
@@ -26,19 +28,28 @@ U32 readAsn(JsonValue const & value) {
     return static_cast<U32>(*asn);
 }
 
-Roa readRoa(JsonValue const & value, OtherKeys otherKeys) {
-    JsonObjectReader reader(value);
+/// Reads a payload; keys that say nothing of it are the caller's to judge.
+Roa readRoa(JsonObjectReader & reader) {
     Roa roa;
     roa.prefix = readPrefix(reader.require("prefix"), AddressFamily::none);
     auto const maxLength = reader.optional("maxLength");
     roa.asn = readAsn(reader.require("asn"));
-    if (otherKeys == OtherKeys::refuse) {
-        reader.done();
-    }
     U8 const own = roa.prefix.len();
     U8 const width = addressWidth(roa.prefix.af());
     roa.maxLength = maxLength ? static_cast<U8>(maxLength->expectU64(own, width)) : own;
     return roa;
+}
+
+/// What keeps an export's entry from being a payload: a prefix that is none, or an AS number.
+std::optional<JsonValue> missingIn(JsonValue const & entry) {
+    auto const prefix = entry.find("prefix");
+    if (prefix && (prefix->isNull() || (prefix->isString() && prefix->asString().empty()))) {
+        return prefix;
+    }
+    auto const asn = entry.find("asn");
+    bool const isMissing =
+        asn && (asn->isNull() || (asn->isString() && withoutAs(asn->asString()).empty()));
+    return isMissing ? asn : std::nullopt;
 }
 
 } // namespace
@@ -56,22 +67,43 @@ IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family) {
     return *prefix;
 }
 
-std::vector<Roa> readRoas(JsonValue const & array, OtherKeys otherKeys) {
+std::vector<Roa> readRoas(JsonValue const & array) {
     std::vector<Roa> roas;
     roas.reserve(array.expectArray().size());
     for (JsonValue const element : array) {
-        roas.push_back(readRoa(element, otherKeys));
+        JsonObjectReader reader(element);
+        roas.push_back(readRoa(reader));
+        reader.done();
     }
     return roas;
 }
 
-std::vector<Roa> readRoaExport(String text, String const & fileName) {
+std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
     auto const json = JsonDocument::parse(std::move(text), fileName);
     JsonValue const root = json.root().expectObject();
     if (root.find("slurmVersion")) {
         root.fail({}, "export of validated ROAs", "SLURM file of local exceptions");
     }
-    return readRoas(JsonObjectReader(root).require("roas"), OtherKeys::ignore);
+    JsonValue const array = JsonObjectReader(root).require("roas");
+    std::vector<Roa> roas;
+    roas.reserve(array.expectArray().size());
+    std::optional<JsonValue> firstMissing;
+    for (JsonValue const element : array) {
+        if (auto const missing = missingIn(element)) {
+            firstMissing = firstMissing ? firstMissing : missing;
+            continue;
+        }
+        JsonObjectReader reader(element);
+        roas.push_back(readRoa(reader));
+    }
+    if (firstMissing && warn) {
+        std::size_t const left = array.size() - roas.size();
+        warn(
+            fileName + ":" + firstMissing->pointer() + ": found " + describe(*firstMissing) +
+            ", which is no payload: " + std::to_string(left) +
+            (left == 1 ? " entry of this kind is left out" : " entries of this kind are left out"));
+    }
+    return roas;
 }
 
 } // namespace Qcf::Agent

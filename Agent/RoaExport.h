@@ -1,20 +1,24 @@
 #pragma once
 
+#include "Agent/Reporter.h"
 #include "Agent/RoaTable.h"
 #include "Platform/Render/JsonDocument.h"
 
 namespace Qcf::Agent {
 
-/// What is done with keys that say nothing of a payload.
-enum class OtherKeys : U8 { refuse, ignore };
-
-/// Reads an array of payloads: `{"prefix": TEXT, "maxLength": N, "asn": N or "ASN" or "N"}`.
-/// Without `maxLength` only the prefix itself is granted. Failures are DocumentErrors.
-std::vector<Roa> readRoas(JsonValue const & array, OtherKeys otherKeys);
+/// Reads an array of payloads written by hand: `{"prefix": TEXT, "maxLength": N, "asn": N or "ASN"
+/// or "N"}` and no other keys. Without `maxLength` only the prefix itself is granted. Failures are
+/// DocumentErrors.
+std::vector<Roa> readRoas(JsonValue const & array);
 
 /// Reads a relying party's JSON export of validated payloads: an object with `roas`, beside which
-/// other members may stand. Files of local exceptions (SLURM) are refused by name.
-std::vector<Roa> readRoaExport(String text, String const & fileName);
+/// and in whose entries other members may stand. Files of local exceptions (SLURM) are refused by
+/// name.
+///
+/// Entries that are no payload are left out: those whose prefix is null or empty, or whose AS
+/// number is null or lacks its digits. `warn` is told how many there are, and the place of the
+/// first.
+std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn);
 
 /// Reads a prefix of the family; of either one for `none`. Bits beyond the length must be zero.
 IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family);

@@ -4,7 +4,6 @@
 #include "Platform/Framework/Ptr.h"
 #include "Platform/Routing/RouteMap.h"
 
-#include <memory>
 #include <vector>
 
 namespace Qcf::Agent {
@@ -22,31 +21,21 @@ struct Roa {
 enum class OriginValidity : U8 { valid = 0, notFound = 1, invalid = 2 };
 
 /// A ROA table. Immutable once made: any number of threads may ask.
-///
-/// The payloads are kept by RTRlib, which can also be fed by a validator's live session; routes are
-/// judged by an index over them, so that evaluating threads share no lock.
 class RoaTable final : public Routing::RouteMap::RoaTableStatus {
 public:
     RoaTable() : RoaTable(std::vector<Roa>()) {}
     /// The payloads may come in any order and several times.
-    explicit RoaTable(std::vector<Roa> const & roas);
-    ~RoaTable() override;
+    explicit RoaTable(std::vector<Roa> roas);
 
     /// The validity of a route of that prefix and origin AS; 0 is the origin of a route whose path
     /// tells none, and is never valid.
     OriginValidity validate(IpGenPrefix const & prefix, U32 originAs) const;
-
-    /// The same as RTRlib itself answers, behind the lock of its table. It knows nothing of
-    /// payloads for 0.0.0.0/0 and ::/0.
-    OriginValidity validateByRtrlib(IpGenPrefix const & prefix, U32 originAs) const;
 
     /// Number of different payloads.
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
 
 private:
-    class Records;
-
     struct Origin {
         U32 asn;
         U8 maxLength; ///< the largest that any payload grants the AS for this prefix
@@ -62,7 +51,6 @@ private:
         std::vector<Origin> origins;  ///< by node, then ascending by AS
     };
 
-    std::unique_ptr<Records> records_;
     std::size_t size_ = 0;
     Index v4_;
     Index v6_;

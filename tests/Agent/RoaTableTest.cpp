@@ -52,8 +52,6 @@ TEST(RoaTable, CasesOfRfc6811) {
     for (Case const & c : cases) {
         EXPECT_EQ(table.validate(prefix(c.prefix), c.origin), c.validity)
             << c.prefix << " from AS " << c.origin;
-        EXPECT_EQ(table.validateByRtrlib(prefix(c.prefix), c.origin), c.validity)
-            << "RTRlib: " << c.prefix << " from AS " << c.origin;
     }
     EXPECT_EQ(table.validate(IpGenPrefix(), 65001), notFound);
     EXPECT_EQ(RoaTable().validate(prefix("10.0.0.0/8"), 65001), notFound);
@@ -84,13 +82,28 @@ IpGenPrefix randomPrefix(std::mt19937 & random, U32 shortest) {
     return {IpGenAddr::v6(octets), length};
 }
 
-TEST(RoaTable, AgreesWithRtrlib) {
+/// RFC 6811 as it is written: all payloads are looked at.
+OriginValidity validityByTheBook(std::vector<Roa> const & roas, IpGenPrefix const & route,
+                                 U32 originAs) {
+    auto validity = OriginValidity::notFound;
+    for (Roa const & roa : roas) {
+        bool const covers = roa.prefix.af() == route.af() && roa.prefix.len() <= route.len() &&
+                            IpGenPrefix(route.addr(), roa.prefix.len()) == roa.prefix;
+        if (covers && roa.asn == originAs && originAs != 0 && route.len() <= roa.maxLength) {
+            return OriginValidity::valid;
+        }
+        validity = covers ? OriginValidity::invalid : validity;
+    }
+    return validity;
+}
+
+TEST(RoaTable, AnswersWhatALookAtEveryPayloadDoes) {
     std::mt19937 random(7);
     U32 counts[3] = {};
     for (U32 round = 0; round < 200; ++round) {
         std::vector<Roa> roas(random() % 60);
         for (Roa & r : roas) {
-            r.prefix = randomPrefix(random, 1);
+            r.prefix = randomPrefix(random, random() % 50 == 0 ? 0 : 8);
             U32 const width = addressWidth(r.prefix.af());
             r.maxLength = static_cast<U8>(r.prefix.len() + random() % (width + 1 - r.prefix.len()));
             r.asn = static_cast<U32>(random() % 5);
@@ -100,7 +113,7 @@ TEST(RoaTable, AgreesWithRtrlib) {
             auto const candidate = randomPrefix(random, 0);
             U32 const origin = static_cast<U32>(random() % 6);
             auto const validity = table.validate(candidate, origin);
-            ASSERT_EQ(validity, table.validateByRtrlib(candidate, origin))
+            ASSERT_EQ(validity, validityByTheBook(roas, candidate, origin))
                 << "round " << round << ": " << candidate << " from AS " << origin;
             ++counts[static_cast<U8>(validity)];
         }
@@ -188,7 +201,7 @@ TEST(RoaTable, ExportsOfRelyingParties) {
     }
     for (char const * const file : {"rtrtr_exceptions.json", "stayrtr_test.slurm.json"}) {
         try {
-            readRoaExport(readFile(folder / file), file);
+            readRoaExport(readFile(folder / file), file, {});
             FAIL() << file << " was read";
         } catch (DocumentError const & error) {
             EXPECT_EQ(String(error.what()),
