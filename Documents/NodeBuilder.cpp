@@ -2,6 +2,7 @@
 
 #include "Documents/NodeChecks.h"
 #include "Documents/NodeContent.h"
+#include "Documents/Places.h"
 #include "Documents/Program.h"
 
 #include <boost/container/small_vector.hpp>
@@ -12,7 +13,7 @@ using Eval::FieldInfo;
 
 U64 NodeBuilder::keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const {
     if (!given) {
-        U64 const largest = keys_.largest();
+        U64 const largest = std::max(keys_.largest(), largestUnread_);
         if (largest == ~U64{0}) {
             place.fail("", "key above 18446744073709551615", "none that is larger");
         }
@@ -56,7 +57,9 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     U32 const structure = shared ? structureOf(*node, factsOfChildren) : 0;
     bool const known = structure != 0 && structure <= firstOf_.size();
     if (known && !keyGiven) {
-        return firstOf_[structure - 1];
+        U32 const first = firstOf_[structure - 1];
+        noteNode(first, place);
+        return first;
     }
     NodeFacts facts = Documents::factsOf(*node, factsOfChildren);
     facts.structure = structure;
@@ -70,10 +73,33 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     keys_.insert(node->aetNodeKey(), number);
     nodes_.push_back(node);
     facts_.push_back(facts);
+    noteNode(number, place);
     if (shared && !known) {
         firstOf_.push_back(number);
     }
     return number;
+}
+
+void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
+    if (places_ != nullptr) {
+        places_->note(*nodes_[number], place);
+    }
+}
+
+// A function stands above its body, from which is counted; above a call it counts like any node.
+void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
+                             std::span<U32 const> children) const {
+    U32 below = 0;
+    for (U32 const child : children) {
+        below = std::max(below, child == none ? 0 : facts_[child].depth);
+    }
+    bool const isFunction = std::string_view(nodeClass.name) == "Function";
+    U32 const own = ClassRules::of(nodeClass).link ? 0 : 1;
+    if (!isFunction && below + own > ProgramLimits::depth) {
+        place.fail(nodeClass.name,
+                   "tree of at most " + std::to_string(ProgramLimits::depth) + " levels",
+                   "a deeper one");
+    }
 }
 
 namespace {

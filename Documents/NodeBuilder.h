@@ -12,6 +12,8 @@
 
 namespace Qcf::Documents {
 
+class Places;
+
 /// Takes in nodes one by one, children before parents: gives them their keys, makes equal shared
 /// nodes one, keeps what is known of each, and refuses trees that could not be evaluated.
 ///
@@ -22,11 +24,19 @@ public:
     using Node = Eval::AetNodeBase;
     static constexpr U32 none = ~U32{0};
 
-    explicit NodeBuilder(ListNames & names) : names_(names) {}
+    /// `places` may be null.
+    NodeBuilder(ListNames & names, Places * places) : names_(names), places_(places) {}
 
     /// The key of the next node: the given one, if it is free, else one above all so far. To be
     /// asked once the node's children are taken in.
     U64 keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const;
+    /// Keeps later nodes without a key above this one, which no node got.
+    void keyIsTaken(U64 key) { largestUnread_ = std::max(largestUnread_, key); }
+
+    /// Refuses a node of that class above those children where it would stand above too many
+    /// others. To be asked before it is made.
+    void checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
+                    std::span<U32 const> children) const;
 
     /// Takes in a node that was made under `keyFor`'s key. `children` are the numbers of its node
     /// fields' nodes, `none` for null; `keyGiven` keeps it from being merged into an equal one;
@@ -47,12 +57,15 @@ public:
 private:
     using FactsOfChildren = std::span<NodeFacts const * const>;
 
+    void noteNode(U32 number, JsonValue const & place);
     U32 structureOf(Node const & node, FactsOfChildren children);
     U32 namesOf(Node const & node, std::span<U32 const> children, U32 own);
     void keepConstant(JsonValue const & place, Node const & node, NodeFacts const & elements);
 
     ListNames & names_;
+    Places * places_;
     KeyTable keys_;
+    U64 largestUnread_ = 0;
     StructureTable structures_;
     std::vector<U32> firstOf_; ///< by structure - 1: the node that stands for equal ones
     std::vector<PtrConst<Node>> nodes_;

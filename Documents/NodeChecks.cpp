@@ -19,11 +19,6 @@ String counted(std::size_t count, char const * what) {
 }
 
 void checkExtent(JsonValue const & place, AetNodeBase const & node, NodeFacts const & facts) {
-    if (facts.depth > ProgramLimits::depth) {
-        place.fail(node.typeData().name,
-                   "tree of at most " + std::to_string(ProgramLimits::depth) + " levels",
-                   "a deeper one");
-    }
     if (facts.size > ProgramLimits::unfoldedNodes) {
         place.fail(node.typeData().name,
                    "tree of at most " + std::to_string(ProgramLimits::unfoldedNodes) +

@@ -96,6 +96,10 @@ U32 NodeReader::readReference(JsonValue const & json, Position const & position)
         json.fail(position.subject(), "only key ref", std::to_string(json.size()) + " keys");
     }
     auto const number = builder_.find(key);
+    if (!number && unreadKeys_.contains(key)) {
+        reference.fail(position.subject(), "key of a node that could be read",
+                       "key " + std::to_string(key) + ", which has an error or stands behind one");
+    }
     if (!number) {
         reference.fail(position.subject(), "key of an earlier node",
                        "key " + std::to_string(key) + " of none");
@@ -114,10 +118,30 @@ U32 NodeReader::readFunction(JsonValue const & json) {
     return readObject(json, *Eval::findNodeClass("Function"), true);
 }
 
+void NodeReader::isUnread(JsonValue const & json) {
+    std::vector<JsonValue> open{json};
+    while (!open.empty()) {
+        JsonValue const each = open.back();
+        open.pop_back();
+        auto const key = each.find("key");
+        auto const name = each.find("name");
+        if (key && key->asU64()) {
+            unreadKeys_.insert(*key->asU64());
+            builder_.keyIsTaken(*key->asU64());
+        }
+        bool const isFunction = name && name->isString() && each.find("body");
+        if (isFunction && !functions_.contains(String(name->asString()))) {
+            unreadFunctions_.emplace(name->asString());
+        }
+        open.insert(open.end(), each.begin(), each.end());
+    }
+}
+
 U32 NodeReader::readObject(JsonValue const & json, NodeClass const & nodeClass,
                            bool isFunctionEntry) {
     checkMembers(json, nodeClass, isFunctionEntry);
     Children const children = readChildren(json, nodeClass);
+    builder_.checkDepth(json, nodeClass, children.all());
     ObjectFields fields(*this, json, nodeClass, children.all(), isFunctionEntry);
     U32 const names = fields.useNames();
     auto const key = json.find("key");
@@ -152,6 +176,10 @@ U32 NodeReader::readCallee(JsonValue const & json, Position const & position) {
         json.fail("FunctionCallExpression.calleeName", "string", found(name));
     }
     auto const function = functions_.find(String(name->asString()));
+    if (unreadFunctions_.contains(String(name->asString()))) {
+        name->fail(position.subject(), "Function that could be read",
+                   describe(*name) + ", which has an error");
+    }
     if (function == functions_.end()) {
         name->fail(position.subject(), "Function that stands before its callers",
                    "no earlier function " + describe(*name));

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace Qcf::Documents {
@@ -45,6 +46,9 @@ public:
     U32 readNode(JsonValue const & json);
     /// An entry of `functions`.
     U32 readFunction(JsonValue const & json);
+
+    /// Notes that an entry could not be read, for those that refer to it or to nodes in it.
+    void isUnread(JsonValue const & json);
 
 private:
     friend class ObjectFields;
@@ -88,6 +92,8 @@ private:
     ListNames & names_;
     std::unordered_map<String, U32> functions_;                   ///< by name
     std::unordered_map<Eval::NodeClass const *, U32> attributes_; ///< those made from their names
+    std::unordered_set<String> unreadFunctions_;
+    std::unordered_set<U64> unreadKeys_;
 };
 
 } // namespace Qcf::Documents

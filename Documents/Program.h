@@ -10,6 +10,8 @@
 /// Evaluation-tree documents: reading them into nodes, and writing nodes as a document.
 namespace Qcf::Documents {
 
+class Places;
+
 /// A named list that a document refers to.
 struct NamedList {
     String kind;    ///< the member of FunctionMetadata, "commListsUsed"
@@ -52,7 +54,8 @@ struct Program {
 /// Limits on what a document may build. Evaluation, checks and dumps walk a tree as if nothing were
 /// shared, and recursively: these keep a small document from taking forever or the whole stack.
 struct ProgramLimits {
-    /// Nodes above each other; the links of a chain do not count, a call's callee does.
+    /// Nodes above each other from a function's body down; the links of a chain do not count, a
+    /// call's callee does.
     static constexpr U32 depth = 2048;
     /// Nodes of a tree, shared ones and called functions counted at each place.
     static constexpr U64 unfoldedNodes = 100'000'000;
@@ -62,11 +65,27 @@ struct ProgramLimits {
     static constexpr U64 nameSteps = 64'000'000;
 };
 
+/// A function of a document that could not be read.
+struct UnreadFunction {
+    std::size_t position; ///< in the document's list of functions
+    String name;          ///< empty where it has none
+    String error;         ///< the line of its DocumentError
+};
+
+/// What a reader is asked for beside the program; may be null.
+struct ReadAlong {
+    /// Takes the places of the nodes.
+    Places * places = nullptr;
+    /// Takes the functions that cannot be read, each with its first error, which then no longer
+    /// ends the reading: the program has the others. Such a program is good for checks alone.
+    std::vector<UnreadFunction> * unread = nullptr;
+};
+
 /// Reads a document. `fileName` is for messages. Throws DocumentError, whose text is one line with
 /// the place, what is wanted there and what was found.
-Program readProgram(String text, String const & fileName);
+Program readProgram(String text, String const & fileName, ReadAlong const & along = {});
 /// The same of a file; "-" is standard input.
-Program readProgramFile(String const & path);
+Program readProgramFile(String const & path, ReadAlong const & along = {});
 
 /// Writes the program as a document in flat form: every node in `nodes`, children first, each with
 /// its key. It reads back to equal nodes under the same keys.

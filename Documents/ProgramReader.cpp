@@ -1,5 +1,6 @@
 #include "Documents/DocumentScan.h"
 #include "Documents/NodeReader.h"
+#include "Documents/Places.h"
 #include "Documents/Program.h"
 #include "Platform/Framework/Assert.h"
 #include "Platform/Render/JsonObjectReader.h"
@@ -41,7 +42,7 @@ void checkFormat(JsonValue const & format) {
 
 class ProgramReader {
 public:
-    explicit ProgramReader(JsonValue const & root) {
+    ProgramReader(JsonValue const & root, ReadAlong const & along) : along_(along) {
         JsonObjectReader members(root);
         checkFormat(members.require("qcf"));
         auto const nodes = members.optional("nodes");
@@ -54,8 +55,10 @@ public:
         readNodes(scan.nodesAfter(0));
         std::size_t count = 0;
         for (JsonValue const json : functions) {
-            readFunction(json);
-            readNodes(scan.nodesAfter(++count));
+            enter(++count);
+            tryFunction(json, count - 1);
+            enter(0);
+            readNodes(scan.nodesAfter(count));
         }
     }
 
@@ -67,9 +70,38 @@ public:
     }
 
 private:
+    void enter(std::size_t entry) {
+        if (along_.places != nullptr) {
+            along_.places->entryIs(static_cast<U32>(entry));
+        }
+    }
+
     void readNodes(std::vector<JsonValue> const & nodes) {
         for (JsonValue const & node : nodes) {
-            reader_.readNode(node);
+            try {
+                reader_.readNode(node);
+            } catch (DocumentError const &) {
+                // One that waited for a function may be wrong only because that could not be read.
+                if (along_.unread == nullptr || along_.unread->empty()) {
+                    throw;
+                }
+                reader_.isUnread(node);
+            }
+        }
+    }
+
+    void tryFunction(JsonValue const & json, std::size_t position) {
+        if (along_.unread == nullptr) {
+            readFunction(json);
+            return;
+        }
+        try {
+            readFunction(json);
+        } catch (DocumentError const & error) {
+            auto const name = json.find("name");
+            along_.unread->push_back(
+                {position, String(name && name->isString() ? name->asString() : ""), error.what()});
+            reader_.isUnread(json);
         }
     }
 
@@ -80,8 +112,9 @@ private:
         program_.functions.push_back(function);
     }
 
+    ReadAlong const along_;
     ListNames names_;
-    NodeBuilder builder_{names_};
+    NodeBuilder builder_{names_, along_.places};
     NodeReader reader_{builder_, names_};
     Program program_;
 };
@@ -101,11 +134,17 @@ FunctionFault const & Program::faultOf(Function const & function) const {
     return faults[static_cast<std::size_t>(at - functions.begin())];
 }
 
-Program readProgram(String text, String const & fileName) {
-    auto const document = JsonDocument::parse(std::move(text), fileName);
-    return ProgramReader(document.root()).program();
+Program readProgram(String text, String const & fileName, ReadAlong const & along) {
+    auto document = JsonDocument::parse(std::move(text), fileName);
+    Program program = ProgramReader(document.root(), along).program();
+    if (along.places != nullptr) {
+        along.places->documentIs(std::move(document), fileName);
+    }
+    return program;
 }
 
-Program readProgramFile(String const & path) { return readProgram(readFile(path), path); }
+Program readProgramFile(String const & path, ReadAlong const & along) {
+    return readProgram(readFile(path), path, along);
+}
 
 } // namespace Qcf::Documents

@@ -55,15 +55,17 @@ void useAll(Program const & program) {
 } // namespace
 
 TEST(Limits, TheDeepestTreeCanBeUsed) {
-    // A function's own node, body and list stand above the tower, and operands below it.
-    U32 const height = ProgramLimits::depth - 5;
+    // The body stands above the tower, and an operand below it.
+    U32 const height = ProgramLimits::depth - 2;
     for (char const * const kind : {"NotExpression", "ExitExpression", "IfExpression", "Block",
                                     "LogicalOperatorExpression"}) {
         SCOPED_TRACE(kind);
         useAll(read(tall(kind, height)));
+        EXPECT_THAT(errorOf(tall(kind, height + 1)),
+                    HasSubstr("Block wants tree of at most 2048 levels, found a deeper one"));
+        EXPECT_THAT(errorOf(tall(kind, 2 * height)),
+                    HasSubstr(String(kind) + " wants tree of at most 2048 levels, found"));
     }
-    EXPECT_THAT(errorOf(tall("NotExpression", ProgramLimits::depth + 10)),
-                HasSubstr("NotExpression wants tree of at most 2048 levels, found a deeper one"));
 }
 
 TEST(Limits, ADocumentMayBeNestedAsDeepAsItsParserAllows) {
@@ -75,8 +77,13 @@ TEST(Limits, ADocumentMayBeNestedAsDeepAsItsParserAllows) {
 }
 
 TEST(Limits, AChainOfCallsIsADeepTree) {
+    // Each call adds itself, the function and its body.
+    constexpr U32 most = (ProgramLimits::depth - 1) / 3;
     String text = R"({"qcf":"aet/1","functions":[{"name":"f0","body":{"class":"Block"}})";
-    for (U32 i = 1; i < ProgramLimits::depth; ++i) {
+    for (U32 i = 1; i <= most + 1; ++i) {
+        if (i == most + 1) {
+            EXPECT_EQ(errorOf(text + "]}"), "");
+        }
         text += R"(,{"name":"f)" + std::to_string(i) +
                 R"(","body":{"class":"Block","stmts":[{"class":"FunctionCallExpression",)"
                 R"("calleeName":"f)" +

@@ -1,0 +1,40 @@
+#include "Documents/Places.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace Qcf::Documents {
+
+void Places::documentIs(JsonDocument document, String const & fileName) {
+    document_.emplace(std::move(document));
+    fileName_ = fileName;
+    sorted_ = false;
+}
+
+void Places::sort() const {
+    sorted_ = true;
+    std::ranges::stable_sort(noted_, [](Noted const & a, Noted const & b) {
+        return a.node == b.node ? a.entry < b.entry : std::less<>()(a.node, b.node);
+    });
+}
+
+/// The node's first place in the entry, else its first one.
+Places::Noted const * Places::find(Eval::AetNodeBase const & node, U32 entry) const {
+    auto const [first, last] = std::ranges::equal_range(noted_, &node, std::less<>(), &Noted::node);
+    auto const at = std::ranges::lower_bound(first, last, entry, {}, &Noted::entry);
+    if (at != last && at->entry == entry) {
+        return &*at;
+    }
+    return first == last ? nullptr : &*first;
+}
+
+String Places::of(Eval::AetNodeBase const & node, Eval::Function const & within) const {
+    if (!sorted_) {
+        sort();
+    }
+    Noted const * const function = find(within, 0);
+    Noted const * const at = find(node, function == nullptr ? 0 : function->entry);
+    return at == nullptr ? fileName_ : fileName_ + ':' + at->place.pointer();
+}
+
+} // namespace Qcf::Documents
