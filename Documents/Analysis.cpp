@@ -1,0 +1,145 @@
+#include "Documents/Analysis.h"
+
+#include "Documents/ConstantAnswer.h"
+#include "Documents/Flow.h"
+#include "Platform/Render/Utf8.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace Qcf::Documents {
+
+using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
+
+namespace {
+
+/// Visits the nodes of a function once each, in the order of the text, called functions too but not
+/// what is in them. Trees may be deep: nothing recurses.
+template <typename Visit>
+void eachNode(Function const & function, Visit const & visit) {
+    std::unordered_set<AetNodeBase const *> met{&function};
+    std::vector<AetNodeBase const *> open{&function};
+    while (!open.empty()) {
+        AetNodeBase const & node = *open.back();
+        open.pop_back();
+        visit(node);
+        if (&node != &function && dynamic_cast<Function const *>(&node) != nullptr) {
+            continue;
+        }
+        auto const firstChild = static_cast<std::ptrdiff_t>(open.size());
+        node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
+            if (child != nullptr && met.insert(child).second) {
+                open.push_back(child);
+            }
+        });
+        std::reverse(open.begin() + firstChild, open.end());
+    }
+}
+
+class Analysis {
+public:
+    explicit Analysis(std::vector<Remark> & remarks) : remarks_(remarks) {}
+
+    void function(Function const & function, bool outermost) {
+        function_ = &function;
+        eachNode(function, [this](AetNodeBase const & node) { this->node(node); });
+        if (!outermost) {
+            return;
+        }
+        if (function.argumentsExpected()) {
+            add(Remark::Kind::expectsArguments, function,
+                "nothing calls the function, which expects arguments: it answers false");
+        } else if (flow_.of(*function.body()).completes) {
+            add(Remark::Kind::endsWithoutReturn, function, "the function can end without return");
+        }
+    }
+
+private:
+    void node(AetNodeBase const & node) {
+        if (auto const * const block = dynamic_cast<Block const *>(&node)) {
+            statements(*block);
+        } else if (auto const * const expression = dynamic_cast<Expression const *>(&node)) {
+            comparison(*expression);
+        }
+        if (String const text = constantsOutOfRange(node); !text.empty()) {
+            add(Remark::Kind::outOfRange, node, "the constant " + text);
+        }
+    }
+
+    /// Of the statements that are never reached the first is told.
+    void statements(Block const & block) {
+        for (auto const * link = block.stmts().get(); link != nullptr; link = link->next().get()) {
+            if (!flow_.of(*link->entry()).completes && link->next()) {
+                add(Remark::Kind::neverReached, *link->next()->entry(),
+                    "the statement is never reached, the one before it always leaves");
+                return;
+            }
+        }
+    }
+
+    void comparison(Expression const & node) {
+        auto const answer = constantAnswer(node);
+        String const values = answer ? comparedValues(node) : String();
+        if (!values.empty()) {
+            add(Remark::Kind::constantAnswer, node,
+                "the comparison is " + String(*answer ? "always" : "never") +
+                    " true: " + oneLine(values, longestText));
+        }
+    }
+
+    static constexpr std::size_t longestText = 300;
+
+    void add(Remark::Kind kind, AetNodeBase const & node, String text) {
+        remarks_.push_back({kind, function_, &node, std::move(text)});
+    }
+
+    std::vector<Remark> & remarks_;
+    FlowAnalysis flow_;
+    Function const * function_ = nullptr;
+};
+
+} // namespace
+
+char const * remarkName(Remark::Kind kind) {
+    switch (kind) {
+    case Remark::Kind::endsWithoutReturn:
+        return "endsWithoutReturn";
+    case Remark::Kind::neverReached:
+        return "neverReached";
+    case Remark::Kind::constantAnswer:
+        return "constantAnswer";
+    case Remark::Kind::outOfRange:
+        return "outOfRange";
+    case Remark::Kind::expectsArguments:
+        return "expectsArguments";
+    }
+    return "";
+}
+
+std::vector<bool> outermostOf(std::span<PtrConst<Function> const> functions) {
+    std::unordered_set<AetNodeBase const *> called;
+    for (auto const & function : functions) {
+        eachNode(*function, [&](AetNodeBase const & node) {
+            if (&node != function.get()) {
+                called.insert(&node);
+            }
+        });
+    }
+    std::vector<bool> outermost;
+    for (auto const & function : functions) {
+        outermost.push_back(!called.contains(function.get()));
+    }
+    return outermost;
+}
+
+std::vector<Remark> analyse(std::span<PtrConst<Function> const> functions) {
+    std::vector<Remark> remarks;
+    Analysis analysis(remarks);
+    auto const outermost = outermostOf(functions);
+    for (std::size_t i = 0; i < functions.size(); ++i) {
+        analysis.function(*functions[i], outermost[i]);
+    }
+    return remarks;
+}
+
+} // namespace Qcf::Documents

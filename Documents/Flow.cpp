@@ -1,0 +1,82 @@
+#include "Documents/Flow.h"
+
+#include "Documents/ClassRules.h"
+#include "Documents/ConstantAnswer.h"
+
+namespace Qcf::Documents {
+
+using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
+
+namespace {
+
+template <typename Node>
+Node const * as(Expression const & node) {
+    return dynamic_cast<Node const *>(&node);
+}
+
+} // namespace
+
+Flow FlowAnalysis::of(Expression const & node) {
+    auto const known = known_.find(&node);
+    if (known != known_.end()) {
+        return known->second;
+    }
+    Flow const flow = find(node);
+    known_.emplace(&node, flow);
+    return flow;
+}
+
+Flow FlowAnalysis::find(Expression const & node) {
+    if (auto const * const block = as<Block>(node)) {
+        return ofBlock(*block);
+    }
+    if (auto const * const branch = as<IfExpression>(node)) {
+        return ofIf(*branch);
+    }
+    if (auto const * const leave = as<ReturnExpression>(node)) {
+        return {.completes = false, .returns = of(*leave->expr()).completes};
+    }
+    if (as<ExitExpression>(node) != nullptr) {
+        return {.completes = false, .returns = false};
+    }
+    if (auto const * const negation = as<NotExpression>(node)) {
+        return of(*negation->expr());
+    }
+    if (auto const * const chain = as<LogicalOperatorExpression>(node)) {
+        return chain->expressionList() ? of(*chain->expressionList()->entry()) : Flow();
+    }
+    if (auto const * const call = as<FunctionCallExpression>(node)) {
+        Flow const callee = of(*call->calleePtr()->body());
+        return {.completes = callee.completes || callee.returns, .returns = false};
+    }
+    // Of the other nodes only the bodies of built-in functions leave.
+    bool const returns = ClassRules::of(node.typeData()).returns;
+    return {.completes = !returns, .returns = returns};
+}
+
+Flow FlowAnalysis::ofBlock(Block const & block) {
+    Flow flow;
+    for (auto const * link = block.stmts().get(); link != nullptr && flow.completes;
+         link = link->next().get()) {
+        Flow const statement = of(*link->entry());
+        flow.completes = statement.completes;
+        flow.returns = flow.returns || statement.returns;
+    }
+    return flow;
+}
+
+Flow FlowAnalysis::ofIf(IfExpression const & node) {
+    if (!of(*node.condition()).completes) {
+        return {.completes = false, .returns = false};
+    }
+    auto const answer = constantAnswer(*node.condition());
+    Flow const taken = of(*node.thenBlock());
+    Flow const other = node.elseBlock() ? of(*node.elseBlock()) : Flow();
+    if (answer) {
+        return *answer ? taken : other;
+    }
+    return {.completes = taken.completes || other.completes,
+            .returns = taken.returns || other.returns};
+}
+
+} // namespace Qcf::Documents

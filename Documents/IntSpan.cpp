@@ -1,0 +1,62 @@
+#include "Documents/IntSpan.h"
+
+#include <string_view>
+
+namespace Qcf::Documents {
+
+namespace {
+
+/// The record that has the range of an attribute; values as they came have that of what a function
+/// sees.
+Eval::AttributeInfo const & rangeOf(Eval::AttributeInfo const & attribute) {
+    constexpr std::string_view asItCame = "input.";
+    std::string_view const name = attribute.languageName;
+    if (!name.starts_with(asItCame)) {
+        return attribute;
+    }
+    auto const * const seen = Eval::findAttribute(name.substr(asItCame.size()));
+    return seen == nullptr ? attribute : *seen->attribute;
+}
+
+} // namespace
+
+std::optional<IntSpan> IntSpan::of(Eval::Int const & value) {
+    if (auto const * const constant = dynamic_cast<Eval::IntImmediate const *>(&value)) {
+        S128 const magnitude = constant->value();
+        S128 const number = constant->negative() ? -magnitude : magnitude;
+        return IntSpan(number, number);
+    }
+    if (auto const * const table = dynamic_cast<Eval::RoaTableImmediate const *>(&value)) {
+        return IntSpan(table->number(), table->number());
+    }
+    if (value.typeData().attribute == nullptr) {
+        return std::nullopt;
+    }
+    Eval::AttributeInfo const & range = rangeOf(*value.typeData().attribute);
+    IntSpan span(range.min.value_or(0), range.max.value_or(~U64{0}));
+    if (range.defaultValue && !span.has(*range.defaultValue)) {
+        span.also_ = *range.defaultValue;
+    }
+    return span;
+}
+
+bool IntSpan::meets(IntSpan const & other) const {
+    bool const overlap = least_ <= other.most_ && other.least_ <= most_;
+    return overlap || (also_ && other.has(*also_)) || (other.also_ && has(*other.also_)) ||
+           (also_ && also_ == other.also_);
+}
+
+IntSpan IntSpan::asElement() const {
+    IntSpan const range = elements();
+    S128 const value = std::clamp(least_, range.least_, range.most_);
+    return {value, value};
+}
+
+String IntSpan::text() const {
+    if (isOne()) {
+        return least_.str();
+    }
+    return least_.str() + " to " + most_.str() + (also_ ? " or " + also_->str() : "");
+}
+
+} // namespace Qcf::Documents
