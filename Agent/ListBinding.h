@@ -8,8 +8,9 @@ namespace Qcf::Agent {
 
 /// Puts the lists where the slots of a program's functions select them by name.
 ///
-/// A name that no list has acts as an empty list. A prefix list of the other family than the slot's
-/// acts as no list at all. `lists` may be null: then there are none.
+/// A name that no list has acts as an empty list: whoever evaluates asks `unboundUses` first, lest
+/// a misspelt name goes unseen. A prefix list of the other family than the slot's acts as no list
+/// at all. `lists` may be null: then there are none.
 PtrConst<ExternalMatchersBase> bindLists(FunctionMetadata const & metadata, Lists const * lists);
 
 /// A place in a program that refers to a list.
@@ -45,5 +46,13 @@ struct Finding {
 /// by list in the order of the kinds and names.
 std::vector<Finding> checkLists(FunctionMetadata const & metadata,
                                 std::vector<ListUse> const & uses, Lists const & lists);
+
+/// Of these uses those that no list answers: the name is not defined, or a prefix list of the other
+/// family has it. `lists` may be null.
+std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, Lists const * lists);
+
+/// What lists of the use's kind are called with its name: `community list "CL"`; empty for a kind
+/// that no list is bound to.
+String listText(ListUse const & use);
 
 } // namespace Qcf::Agent

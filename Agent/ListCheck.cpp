@@ -77,12 +77,18 @@ public:
         }
         used_.emplace(kind->kind, use.name);
         spokenOf_.emplace(use.metadataKind, use.name);
-        checkName(*kind, use.name, use.place);
+        name(use);
         U64 const slot = metadataSlot(use);
         if (use.slot == 0 || use.slot != slot) {
             add(Kind::wrongSlot, use.place,
                 listText(kind->kind, use.name) + " is used with slot " + std::to_string(use.slot) +
                     ", the metadata has " + std::to_string(slot));
+        }
+    }
+
+    void name(ListUse const & use) {
+        if (auto const * const kind = findUseKind(use.metadataKind)) {
+            checkName(*kind, use.name, use.place);
         }
     }
 
@@ -178,6 +184,21 @@ std::vector<Finding> checkLists(FunctionMetadata const & metadata,
     check.metadata();
     check.lists();
     return std::move(check).findings();
+}
+
+std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, Lists const * lists) {
+    PtrConst<Lists> const none = makePtr<Lists>();
+    FunctionMetadata const noSlots;
+    Check check(noSlots, lists != nullptr ? *lists : *none);
+    for (ListUse const & use : uses) {
+        check.name(use);
+    }
+    return std::move(check).findings();
+}
+
+String listText(ListUse const & use) {
+    auto const * const kind = findUseKind(use.metadataKind);
+    return kind == nullptr ? String() : listText(kind->kind, use.name);
 }
 
 } // namespace Qcf::Agent

@@ -81,78 +81,67 @@ private:
     Reference const & reference_;
 };
 
-/// Collects what the tree of one function refers to. Trees may be deep: nothing recurses.
+/// Collects what a function refers to. Trees may be deep: nothing recurses.
 class Walk {
 public:
-    Walk(String place, std::vector<ListUse> & uses) : place_(std::move(place)), uses_(uses) {}
+    explicit Walk(PlaceOf const & placeOf) : placeOf_(placeOf) {}
 
-    void tree(Eval::Function const & function) {
-        push(&function);
+    std::vector<ListUse> from(Eval::Function const & function) && {
+        push(&function, function);
         while (!pending_.empty()) {
-            auto const & node = *pending_.back();
+            Pending const at = pending_.back();
             pending_.pop_back();
-            take(node);
-            std::size_t const firstChild = pending_.size();
-            node.typeData().visitChildren(
-                node, [&](Eval::FieldInfo const &, Eval::AetNodeBase const * child) {
-                    if (dynamic_cast<Eval::Function const *>(child) == nullptr) {
-                        push(child);
-                    }
-                });
-            std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(firstChild),
-                         pending_.end());
+            take(at);
+            auto const * const callee = dynamic_cast<Eval::Function const *>(at.node);
+            pushChildren(*at.node, callee == nullptr ? *at.within : *callee);
         }
-        metadata(function.metadata());
+        return std::move(uses_);
     }
 
 private:
-    void push(Eval::AetNodeBase const * node) {
+    struct Pending {
+        Eval::AetNodeBase const * node;
+        Eval::Function const * within;
+    };
+
+    void push(Eval::AetNodeBase const * node, Eval::Function const & within) {
         if (node != nullptr && met_.insert(node).second) {
-            pending_.push_back(node);
+            pending_.push_back({node, &within});
         }
     }
 
-    void take(Eval::AetNodeBase const & node) {
-        if (auto const * const reference = referenceOf(node.typeData())) {
-            ReferenceFields fields(*reference);
-            node.typeData().write(node, fields);
-            add(std::move(fields.use));
+    void pushChildren(Eval::AetNodeBase const & node, Eval::Function const & within) {
+        std::size_t const firstChild = pending_.size();
+        node.typeData().visitChildren(
+            node,
+            [&](Eval::FieldInfo const &, Eval::AetNodeBase const * child) { push(child, within); });
+        std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(firstChild), pending_.end());
+    }
+
+    void take(Pending const & at) {
+        auto const * const reference = referenceOf(at.node->typeData());
+        if (reference == nullptr) {
+            return;
+        }
+        ReferenceFields fields(*reference);
+        at.node->typeData().write(*at.node, fields);
+        if (named_.emplace(fields.use.metadataKind, fields.use.name).second) {
+            fields.use.place = placeOf_(*at.node, *at.within);
+            uses_.push_back(std::move(fields.use));
         }
     }
 
-    void metadata(FunctionMetadata const & metadata) {
-        FunctionMetadata::eachKind(metadata, [&](char const * kind, SlotMap const & slots) {
-            for (auto const & [name, slot] : slots) {
-                if (!named_.contains({kind, name})) {
-                    add({kind, name, slot, {}});
-                }
-            }
-        });
-    }
-
-    void add(ListUse use) {
-        use.place = place_;
-        named_.emplace(use.metadataKind, use.name);
-        uses_.push_back(std::move(use));
-    }
-
-    String place_;
-    std::vector<ListUse> & uses_;
-    std::vector<Eval::AetNodeBase const *> pending_;
+    PlaceOf const & placeOf_;
+    std::vector<ListUse> uses_;
+    std::vector<Pending> pending_;
     std::unordered_set<Eval::AetNodeBase const *> met_;
     std::set<std::pair<String, String>> named_;
 };
 
 } // namespace
 
-std::vector<ListUse> listUses(std::span<PtrConst<Eval::Function> const> functions,
-                              String const & document) {
-    std::vector<ListUse> uses;
-    for (auto const & function : functions) {
-        String const place = document + ": function \"" + function->funcName() + '"';
-        Walk(place, uses).tree(*function);
-    }
-    return uses;
+std::vector<ListUse> reachedLists(Eval::Function const & function, PlaceOf const & placeOf) {
+    return Walk(placeOf).from(function);
 }
 
 } // namespace Qcf::Agent

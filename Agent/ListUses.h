@@ -3,14 +3,17 @@
 #include "Agent/ListBinding.h"
 #include "QcfLib/QcfEval.h"
 
-#include <span>
+#include <functional>
 
 namespace Qcf::Agent {
 
-/// The places of functions that refer to lists, function by function, each node once; what called
-/// functions refer to stands with those. Places read `DOCUMENT: function "NAME"`. First what nodes
-/// refer to, then, with their slots, the names of a function's metadata that none of its nodes has.
-std::vector<ListUse> listUses(std::span<PtrConst<Eval::Function> const> functions,
-                              String const & document);
+/// Tells the place of a node that the function `within` reaches without a call, as messages name
+/// it.
+using PlaceOf =
+    std::function<String(Eval::AetNodeBase const & node, Eval::Function const & within)>;
+
+/// The lists that evaluating the function refers to, functions that it calls included: each name
+/// once, with the first node that has it.
+std::vector<ListUse> reachedLists(Eval::Function const & function, PlaceOf const & placeOf);
 
 } // namespace Qcf::Agent

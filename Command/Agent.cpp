@@ -2,6 +2,7 @@
 #include "Agent/ListsDocument.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
 #include "Documents/Program.h"
@@ -10,7 +11,6 @@
 
 #include <condition_variable>
 #include <csignal>
-#include <iostream>
 #include <memory>
 #include <thread>
 #include <unordered_set>
@@ -26,6 +26,7 @@ struct Options {
     RedisArguments redis;
     String function;
     String lists;
+    bool allowUndefinedLists = false;
     bool once = false;
     U64 wait = 10;
     RouteRunOptions run;
@@ -42,14 +43,12 @@ void stopOnSignals() {
     ::sigaction(SIGTERM, &action, nullptr);
 }
 
-void tell(String const & line) { std::cerr << line + '\n' << std::flush; }
-
 /// Follows on a thread of its own, so that a long table does not keep the agent from the news.
 class Following {
 public:
     Following(Qcf::Mirror::RedisOptions redis, String name)
         : mirror_(std::move(name)),
-          follower_(std::move(redis), mirror_, tell),
+          follower_(std::move(redis), mirror_, tellLine),
           thread_([this](std::stop_token const & stop) { run(stop); }) {}
 
     /// The next version after `last`; null when a stop was asked for or the time is over.
@@ -105,8 +104,9 @@ void checkFunction(Function const & function) {
     }
 }
 
-/// Evaluates the routes with one version, whatever is published meanwhile.
-void evaluate(PolicyVersion const & version, Options const & options,
+/// Evaluates the routes with one version, whatever is published meanwhile; false, and told why,
+/// when a name that the function reaches is not defined.
+bool evaluate(PolicyVersion const & version, Options const & options,
               Qcf::Agent::Lists const * lists) {
     auto const * const function = version.find(options.function);
     if (function == nullptr) {
@@ -114,15 +114,36 @@ void evaluate(PolicyVersion const & version, Options const & options,
                             options.function);
     }
     checkFunction(*function);
+    String const subject = options.redis.name + " version " + std::to_string(version.id().number);
+    auto const placeOf = [&](AetNodeBase const & node, Function const & within) {
+        return subject + ": function \"" + within.funcName() + "\", node " +
+               std::to_string(node.aetNodeKey());
+    };
+    if (!Readiness(subject, options.allowUndefinedLists).of(*function, placeOf, lists)) {
+        return false;
+    }
     auto const matchers = Qcf::Agent::bindLists(version.slots(), lists);
     runRoutes(options.run, PtrConst<Function>(function),
               [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
     standardOutput().flush();
+    return true;
+}
+
+/// Evaluates with a version as far as it is good; whether it is.
+bool tryVersion(PolicyVersion const & version, Options const & options,
+                Qcf::Agent::Lists const * lists) {
+    try {
+        return evaluate(version, options, lists);
+    } catch (DocumentError const & error) {
+        tellLine(error.what());
+        return false;
+    }
 }
 
 int follow(Options const & options, Following & following, Qcf::Agent::Lists const * lists) {
     constexpr std::chrono::seconds forEver{std::chrono::hours(24 * 365)};
     String last;
+    U64 good = 0; ///< the version that was evaluated last
     for (;;) {
         auto const patience = options.once ? std::chrono::seconds(options.wait) : forEver;
         auto const version = following.next(last, patience);
@@ -133,19 +154,19 @@ int follow(Options const & options, Following & following, Qcf::Agent::Lists con
             return 0;
         }
         last = version->id().id;
-        tell(options.redis.name + ' ' + version->id().toString() + ": " +
-             std::to_string(version->functions().size()) + " functions, " +
-             std::to_string(version->nodes()) + " nodes");
-        try {
-            evaluate(*version, options, lists);
-        } catch (DocumentError const & error) {
-            if (options.once) {
-                throw;
-            }
-            tell(error.what());
-        }
+        tellLine(options.redis.name + ' ' + version->id().toString() + ": " +
+                 std::to_string(version->functions().size()) + " functions, " +
+                 std::to_string(version->nodes()) + " nodes");
+        bool const done = tryVersion(*version, options, lists);
         if (options.once) {
-            return 0;
+            return done ? 0 : 1;
+        }
+        if (done) {
+            good = version->id().number;
+        } else {
+            tellLine(options.redis.name + (good == 0
+                                               ? ": waits for a version that is good"
+                                               : ": stays with version " + std::to_string(good)));
         }
     }
 }
@@ -157,7 +178,7 @@ int agent(Options const & options) {
     auto const redis = options.redis.options();
     PtrConst<Qcf::Agent::Lists> lists;
     if (!options.lists.empty()) {
-        lists = Qcf::Agent::readListsFile(options.lists);
+        lists = Qcf::Agent::readListsFile(options.lists, tellLine);
     }
     stopOnSignals();
     Following following(redis, options.redis.name);
@@ -171,8 +192,10 @@ void addAgentCommand(Commands & commands) {
     auto & command = commands.add(
         "agent", "Follow a name in Redis and evaluate routes with what is published",
         "Evaluates the table with each version that is published, until it is interrupted; with\n"
-        "--once with the current one alone. While the server is away the last complete version\n"
-        "stays, and the agent catches up by itself.",
+        "--once with the current one alone. A version that cannot be evaluated, or names a list\n"
+        "that nothing defines, is told and passed over: the agent stays with the one before.\n"
+        "While the server is away the last complete version stays, and the agent catches up by\n"
+        "itself.",
         "qcf agent --redis redis://localhost --name edge --routes table.mrt --function import",
         [options] { return agent(*options); });
     options->redis.addTo(command);
@@ -181,6 +204,7 @@ void addAgentCommand(Commands & commands) {
         ->type_name("NAME");
     command.add_option("--lists", options->lists, "Lists that the functions refer to by name")
         ->type_name("FILE");
+    addAllowUndefinedLists(command, options->allowUndefinedLists);
     command.add_flag("--once", options->once, "Evaluate with the current version, and end");
     addNumber(command, "--wait", options->wait, "Seconds that --once waits for a version", 0, 86400)
         .default_str("10");

@@ -1,9 +1,14 @@
 #include "Agent/ListBinding.h"
 #include "Agent/ListsDocument.h"
+#include "Command/CheckReport.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/Readiness.h"
+#include "Documents/Analysis.h"
+#include "Documents/Places.h"
 #include "Documents/Program.h"
 #include "Platform/Framework/Trace.h"
+#include "Platform/Render/Utf8.h"
 
 #include <charconv>
 #include <memory>
@@ -13,11 +18,14 @@ namespace {
 
 using Qcf::Agent::Finding;
 using Qcf::Documents::Program;
+using Qcf::Documents::UnreadFunction;
 using Qcf::Eval::Function;
 
 struct Options {
     String document;
     String lists;
+    String format = "text";
+    bool strict = false;
 };
 
 /// Gathers what the engine traces about sanity checks as long as it lives.
@@ -68,63 +76,117 @@ private:
     std::vector<String> messages_;
 };
 
-/// A line a function; whether all are sane.
-bool checkFunctions(Program const & program) {
+using Severity = CheckReport::Severity;
+using Verdict = CheckReport::Verdict;
+
+/// A document as far as it could be read.
+struct Document {
+    Program program;
+    Qcf::Documents::Places places;
+    std::vector<UnreadFunction> unread;
+};
+
+void addUnread(UnreadFunction const & unread, CheckReport & report) {
+    constexpr std::size_t longestName = 200;
+    String const name = unread.name.empty() ? "function " + std::to_string(unread.position)
+                                            : oneLine(unread.name, longestName);
+    report.functionIs(name, Verdict::unread, "");
+    tellLine(unread.error);
+}
+
+void addFunctions(Document const & document, CheckReport & report) {
     SanityTrace trace;
-    bool allSane = true;
-    for (PtrConst<Function> const & function : program.functions) {
-        bool const sane = function->verifySanity(function->metadata());
-        String const reason = trace.takeReason();
-        standardOutput().write(function->funcName() + (sane ? ": sane\n" : ": insane: "));
-        if (!sane) {
-            standardOutput().write(reason + '\n');
-            allSane = false;
+    auto const & program = document.program;
+    auto const outermost = Qcf::Documents::outermostOf(program.functions);
+    auto unread = document.unread.begin();
+    for (std::size_t i = 0, position = 0;
+         i < program.functions.size() || unread != document.unread.end(); ++position) {
+        if (unread != document.unread.end() && unread->position == position) {
+            addUnread(*unread++, report);
+            continue;
         }
+        Function const & function = *program.functions[i];
+        String const & fault = program.faults[i].eval;
+        bool const sane = function.verifySanity(function.metadata());
+        String const reason = trace.takeReason();
+        bool const evaluable = fault.empty() || !outermost[i] || !document.unread.empty();
+        report.functionIs(function.funcName(), sane && evaluable ? Verdict::sane : Verdict::insane,
+                          sane ? (evaluable ? "" : fault) : reason);
+        ++i;
     }
-    return allSane;
 }
 
-/// Findings that leave no doubt that something is wrong.
-bool isError(Finding const & finding) {
-    switch (finding.kind) {
+void addRemarks(Document const & document, CheckReport & report) {
+    using Kind = Qcf::Documents::Remark::Kind;
+    for (Qcf::Documents::Remark const & remark :
+         Qcf::Documents::analyse(document.program.functions)) {
+        bool const ofOutermost =
+            remark.kind == Kind::endsWithoutReturn || remark.kind == Kind::expectsArguments;
+        if (ofOutermost && !document.unread.empty()) {
+            continue; // what could not be read may call it
+        }
+        report.findingIs(Severity::warning, remarkName(remark.kind),
+                         document.places.of(*remark.node, *remark.function), remark.text);
+    }
+}
+
+/// What is known of a kind of finding about lists. The first three leave no doubt that something is
+/// wrong.
+struct ListFinding {
+    Severity severity;
+    char const * name;
+};
+
+ListFinding listFinding(Finding::Kind kind) {
+    switch (kind) {
     case Finding::Kind::undefinedList:
+        return {Severity::error, "undefinedList"};
     case Finding::Kind::wrongFamily:
+        return {Severity::error, "wrongFamily"};
     case Finding::Kind::wrongSlot:
-        return true;
+        return {Severity::error, "wrongSlot"};
     case Finding::Kind::emptyList:
+        return {Severity::warning, "emptyList"};
     case Finding::Kind::unusedList:
-        return false;
+        return {Severity::warning, "unusedList"};
     }
-    return true;
+    return {Severity::error, ""};
 }
 
-/// A line a finding about the lists; whether none is an error.
-bool checkListsOf(Program const & program, Options const & options) {
+void addLists(Document const & document, Options const & options, CheckReport & report) {
     std::vector<Qcf::Agent::ListUse> uses;
-    for (auto const & list : program.lists) {
+    for (auto const & list : document.program.lists) {
         uses.push_back({list.kind, list.name, list.slot, options.document + ':' + list.pointer});
     }
-    auto const lists = Qcf::Agent::readListsFile(options.lists);
-    bool good = true;
-    for (Finding const & finding : checkLists(program.slots, uses, *lists)) {
-        bool const error = isError(finding);
-        standardOutput().write(finding.place + (error ? ": error: " : ": warning: ") +
-                               finding.text + '\n');
-        good = good && !error;
+    if (options.lists.empty()) {
+        for (auto const & use : uses) {
+            if (String const text = listText(use); !text.empty()) {
+                report.findingIs(Severity::note, "notCompared", use.place,
+                                 text + " is not compared: no --lists");
+            }
+        }
+        return;
     }
-    return good;
+    auto const lists = Qcf::Agent::readListsFile(options.lists, tellLine);
+    for (Finding const & finding : checkLists(document.program.slots, uses, *lists)) {
+        auto const [severity, name] = listFinding(finding.kind);
+        report.findingIs(severity, name, finding.place, finding.text);
+    }
 }
 
 int check(Options const & options) {
     if (options.document == "-" && options.lists == "-") {
         throw UsageError("only one file can be standard input");
     }
-    Program const program = Qcf::Documents::readProgramFile(options.document);
-    bool good = checkFunctions(program);
-    if (!options.lists.empty()) {
-        good = checkListsOf(program, options) && good;
-    }
-    return good ? 0 : 1;
+    Document document;
+    document.program = Qcf::Documents::readProgramFile(
+        options.document, {.places = &document.places, .unread = &document.unread});
+    CheckReport report;
+    addFunctions(document, report);
+    addRemarks(document, report);
+    addLists(document, options, report);
+    standardOutput().write(options.format == "json" ? report.json() : report.text());
+    return report.good(options.strict) ? 0 : 1;
 }
 
 } // namespace
@@ -133,16 +195,22 @@ void addCheckCommand(Commands & commands) {
     auto const options = std::make_shared<Options>();
     auto & command = commands.add(
         "check", "Check a document and the lists that it refers to",
-        "Prints a line a function: sane, or insane and why. With --lists also what is wrong "
-        "between\n"
-        "the document and the lists: errors (a list that is not defined, of the wrong family or "
-        "in\n"
-        "the wrong slot) and warnings (a list that is empty or not used). Exit code 1 when a\n"
-        "function is insane or something is an error.",
+        "Prints a line a function: sane, insane and why, or not read, whose first error goes to\n"
+        "standard error; then warnings: an outermost function that can end without return,\n"
+        "statements that are never reached, comparisons that are always or never true, constants\n"
+        "out of range. With --lists also what is wrong between the document and the lists: errors\n"
+        "(a list that is not defined, of the wrong family or in the wrong slot) and warnings (a\n"
+        "list that is empty or not used); without it, which names were not compared. Exit code 1\n"
+        "when a function is insane or not read or something is an error, with --strict also for a\n"
+        "warning.",
         "qcf check policy.json --lists lists.json", [options] { return check(*options); });
     command.add_option("document", options->document, "Evaluation-tree document")
         ->required()
         ->type_name("DOC");
     command.add_option("--lists", options->lists, "Lists that the document refers to by name")
         ->type_name("FILE");
+    command.add_option("--format", options->format, "text or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
+    command.add_flag("--strict", options->strict, "Exit with 1 for a warning, too");
 }

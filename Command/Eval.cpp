@@ -2,7 +2,9 @@
 #include "Agent/ListsDocument.h"
 #include "Command/Command.h"
 #include "Command/ProgramFile.h"
+#include "Command/Readiness.h"
 #include "Command/RouteRun.h"
+#include "Documents/Places.h"
 
 #include <memory>
 
@@ -14,6 +16,7 @@ struct Options {
     String document;
     String function;
     String lists;
+    bool allowUndefinedLists = false;
     RouteRunOptions run;
 };
 
@@ -35,13 +38,28 @@ PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options co
     return function;
 }
 
+/// Reads document and lists and puts everything in place for the function's evaluation; nothing
+/// when it may not be evaluated, which was told then.
+PtrConst<Qcf::Eval::Function> prepare(Options const & options, Program & program,
+                                      PtrConst<Qcf::Agent::Lists> & lists) {
+    Qcf::Documents::Places places;
+    program = Qcf::Documents::readProgramFile(options.document, {.places = &places});
+    auto function = chosenFunction(program, options);
+    if (!options.lists.empty()) {
+        lists = Qcf::Agent::readListsFile(options.lists, tellLine);
+    }
+    auto const placeOf = [&places](auto const &... at) { return places.of(at...); };
+    Readiness const readiness(options.document, options.allowUndefinedLists);
+    return readiness.of(*function, placeOf, lists.get()) ? function : nullptr;
+}
+
 int eval(Options const & options) {
     checkInputs(options);
-    Program const program = Qcf::Documents::readProgramFile(options.document);
-    auto const function = chosenFunction(program, options);
+    Program program;
     PtrConst<Qcf::Agent::Lists> lists;
-    if (!options.lists.empty()) {
-        lists = Qcf::Agent::readListsFile(options.lists);
+    auto const function = prepare(options, program, lists);
+    if (!function) {
+        return 1;
     }
     auto const matchers = Qcf::Agent::bindLists(program.slots, lists.get());
     runRoutes(options.run, function,
@@ -58,7 +76,9 @@ void addEvalCommand(Commands & commands) {
         "Routes come out in the order of the table. A table of JSON lines is read up to its first\n"
         "bad line (exit code 1); damaged records of MRT are told and passed over. What the "
         "function\n"
-        "changed is shown for routes that it accepts.",
+        "changed is shown for routes that it accepts. A name that the function reaches and no "
+        "list\n"
+        "has is an error, told before the first route.",
         "qcf eval policy.json --function import --routes table.mrt.gz --output jsonl",
         [options] { return eval(*options); });
     command.add_option("document", options->document, "Evaluation-tree document")
@@ -69,5 +89,6 @@ void addEvalCommand(Commands & commands) {
         ->type_name("NAME");
     command.add_option("--lists", options->lists, "Lists that the document refers to by name")
         ->type_name("FILE");
+    addAllowUndefinedLists(command, options->allowUndefinedLists);
     options->run.addTo(command);
 }

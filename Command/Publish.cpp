@@ -1,9 +1,10 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
+#include "Documents/Analysis.h"
 #include "Mirror/RedisWriter.h"
 
-#include <iostream>
 #include <memory>
 
 namespace {
@@ -30,14 +31,29 @@ String told(Qcf::Mirror::PublishOutcome const & outcome, String const & name) {
     return text + '\n';
 }
 
+/// Refuses a document with a function that agents could not evaluate although nothing calls it, and
+/// tells of those that answer false for want of arguments.
+void checkFunctions(Qcf::Documents::Program const & program, String const & document) {
+    auto const outermost = Qcf::Documents::outermostOf(program.functions);
+    for (std::size_t i = 0; i < outermost.size(); ++i) {
+        auto const & function = *program.functions[i];
+        if (outermost[i] && !program.faults[i].eval.empty()) {
+            throw DocumentError(document + ": function " + function.funcName() + ": " +
+                                program.faults[i].eval);
+        }
+        if (outermost[i] && function.argumentsExpected()) {
+            tellLine(argumentsWarning(document, function));
+        }
+    }
+}
+
 int publish(Options const & options) {
     auto const redis = options.redis.options();
     auto const program = Qcf::Documents::readProgramFile(options.document);
+    checkFunctions(program, options.document);
     Qcf::Mirror::WriterSettings settings;
     settings.patience = std::chrono::seconds(options.wait);
-    Qcf::Mirror::RedisWriter writer(
-        redis, options.redis.name, [](String const & line) { std::cerr << line << std::endl; },
-        std::move(settings));
+    Qcf::Mirror::RedisWriter writer(redis, options.redis.name, tellLine, std::move(settings));
     standardOutput().write(told(writer.publish(program), options.redis.name));
     return 0;
 }

@@ -3,11 +3,10 @@
 #include "Agent/ValueRenderer.h"
 #include "Command/Output.h"
 #include "Command/Progress.h"
+#include "Command/Readiness.h"
 #include "Command/RouteTally.h"
 #include "Command/RouteText.h"
 #include "QcfLib/QcfEval.h"
-
-#include <iostream>
 
 namespace {
 
@@ -112,8 +111,7 @@ void RouteRunOptions::addTo(CLI::App & command) {
 
 void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
                MakeContext makeContext) {
-    auto const reader = Qcf::Agent::openRoutes(
-        options.routes, [](String const & line) { std::cerr << line << std::endl; });
+    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Run run;
     run.log = options.log;
     Qcf::Agent::EvaluationPlan plan;

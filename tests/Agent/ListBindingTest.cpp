@@ -260,17 +260,18 @@ TEST(ListBinding, FindingsNameTheirPlaces) {
         {Eval::test::call(first), matchPrefix<Eval::IpPrefixMatchPrefixList>("P6", 1, false),
          make<Eval::IntSetMatchCommList>(make<Eval::Attribute::Community>(), "Missing", U16{2})},
         false, "second");
-    std::vector<PtrConst<Eval::Function>> const functions = {first, second};
+    auto const placeOf = [](Eval::AetNodeBase const & node, Eval::Function const & within) {
+        return "p.json: " + within.funcName() + "/" + node.typeData().name;
+    };
     FunctionMetadata metadata = slots();
     metadata.asPathAccessListsUsed = {{"A", 1}, {"B", 1}};
     metadata.DynPrefixListsUsed.clear();
     metadata.roaTablesUsed = {{"R", 1}};
-    auto const findings = checkLists(metadata, listUses(functions, "p.json"), *lists());
+    auto const findings = checkLists(metadata, reachedLists(*second, placeOf), *lists());
     EXPECT_EQ(linesOf(findings),
-              R"(p.json: function "first": community list "Missing" is not defined
-p.json: function "first": prefix list "P6" is used as a v4 list, its family is v6
-p.json: function "first": tag set "T" is used with slot 3, the metadata has 1
-p.json: function "second": community list "Missing" is not defined
+              R"(p.json: first/IntSetMatchCommList: community list "Missing" is not defined
+p.json: first/PrefixListImmediate: prefix list "P6" is used as a v4 list, its family is v6
+p.json: first/IntMatchTagSet: tag set "T" is used with slot 3, the metadata has 1
 metadata tagSetsUsed: tag set "Missing" is not defined
 metadata asPathAccessListsUsed: AS-path access list "B" is not defined
 metadata asPathAccessListsUsed: AS-path access list "B" has slot 1, and so has "A"

@@ -16,7 +16,7 @@ String const kListed =
 
 TEST(Check, TellsOfEveryFunctionWhetherItIsSaneAndWhyNot) {
     Workshop const workshop;
-    workshop.write("good.json", document(function("a", kAccept) + "," + function("b", "")));
+    workshop.write("good.json", document(function("a", kAccept) + "," + function("b", kAccept)));
     Outcome const good = workshop.run({"check", "good.json"});
     EXPECT_EQ(good.exitCode, 0);
     EXPECT_EQ(good.out, "a: sane\nb: sane\n");
@@ -28,14 +28,68 @@ TEST(Check, TellsOfEveryFunctionWhetherItIsSaneAndWhyNot) {
     Outcome const bad = workshop.run({"check", "bad.json"});
     EXPECT_EQ(bad.exitCode, 1) << bad.err;
     auto const lines = linesOf(bad.out);
-    ASSERT_EQ(lines.size(), 2U) << bad.out << bad.err;
+    ASSERT_EQ(lines.size(), 3U) << bad.out << bad.err;
     EXPECT_EQ(lines[0], "a: sane");
     EXPECT_EQ(lines[1], "w: insane: IntSetMatchCommList::verifySanity: index=2 metadataIndex=0");
+    EXPECT_EQ(lines[2], "bad.json:/functions/1/body/stmts/0/expr: note: community list \"CL\" is "
+                        "not compared: no --lists");
     EXPECT_EQ(bad.err, "");
     // Such a function can be evaluated all the same.
     workshop.write("r.jsonl", "{}\n");
-    EXPECT_EQ(workshop.run({"eval", "bad.json", "--function", "w", "--routes", "r.jsonl"}).exitCode,
+    EXPECT_EQ(workshop
+                  .run({"eval", "bad.json", "--function", "w", "--routes", "r.jsonl",
+                        "--allow-undefined-lists"})
+                  .exitCode,
               0);
+}
+
+TEST(Check, TellsTheFirstErrorOfEveryFunction) {
+    Workshop const workshop;
+    String const bad = R"({"class": "IntAssign", "lhs": "afi", "rhs": 1})";
+    workshop.write("d.json", document(function("a", bad) + "," + function("b", kAccept) + "," +
+                                      function("c", R"({"class": "Nothing"})")));
+    Outcome const outcome = workshop.run({"check", "d.json"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.out, "a: not read\nb: sane\nc: not read\n");
+    EXPECT_EQ(outcome.err,
+              "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
+              "(\"afi\")\n"
+              "d.json:/functions/2/body/stmts/0/class: ExpressionList.entry wants name of a node "
+              "class, found \"Nothing\"\n");
+    EXPECT_EQ(workshop.run({"dump", "d.json"}).err,
+              "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
+              "(\"afi\")\n");
+}
+
+TEST(Check, WarnsOfWhatIsHardlyMeant) {
+    Workshop const workshop;
+    workshop.write("d.json", document(function("f", R"({"class": "IntAssign", "lhs": "med",
+        "rhs": -1}, {"class": "IfExpression", "condition": {"class": "IntLessThan", "lhs": "med",
+        "rhs": 0}, "thenBlock": {"class": "Block", "stmts": [)" +
+                                                        kAccept + "," + kAccept + "]}}")));
+    Outcome const text = workshop.run({"check", "d.json"});
+    EXPECT_EQ(text.exitCode, 0);
+    EXPECT_THAT(linesOf(text.out),
+                ElementsAre("f: sane",
+                            "d.json:/functions/0/body/stmts/0: warning: the constant -1 is out of "
+                            "the range of med, 0 to 4294967295",
+                            "d.json:/functions/0/body/stmts/1/condition: warning: the comparison "
+                            "is never true: med (0 to 4294967295) and 0",
+                            "d.json:/functions/0/body/stmts/1/thenBlock/stmts/1: warning: the "
+                            "statement is never reached, the one before it always leaves",
+                            "d.json:/functions/0: warning: the function can end without return"));
+    EXPECT_EQ(text.err, "");
+    EXPECT_EQ(workshop.run({"check", "d.json", "--strict"}).exitCode, 1);
+    workshop.write("good.json", document(function("f", kAccept)));
+    EXPECT_EQ(workshop.run({"check", "good.json", "--strict"}).exitCode, 0);
+
+    Outcome const json = workshop.run({"check", "d.json", "--format", "json"});
+    EXPECT_EQ(json.exitCode, 0);
+    String compact = json.out;
+    std::erase_if(compact, [](char c) { return c == ' ' || c == '\n'; });
+    EXPECT_THAT(compact, StartsWith(R"({"functions":[{"function":"f","verdict":"sane"}],)"
+                                    R"("findings":[{"severity":"warning","kind":"outOfRange",)"
+                                    R"("place":"d.json:/functions/0/body/stmts/0","text":)"));
 }
 
 TEST(Check, TellsWhatIsWrongBetweenADocumentAndItsLists) {
@@ -49,7 +103,8 @@ TEST(Check, TellsWhatIsWrongBetweenADocumentAndItsLists) {
     Case const cases[] = {
         {R"("communityLists": {"CL": [{"action": "permit", "communities": ["1:2"]}]})", 0,
          "f: sane"},
-        {R"("tagSets": {})", 1, ": error: "},
+        {R"("tagSets": {})", 1,
+         "d.json:/functions/0/body/stmts/0/expr: error: community list \"CL\" is not defined"},
         {R"("communityLists": {"CL": []})", 0, ": warning: "},
         {R"("communityLists": {"CL": [{"action": "permit", "communities": ["1:2"]}]},
             "tagSets": {"UNUSED": [1]})",

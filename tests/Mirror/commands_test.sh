@@ -75,6 +75,22 @@ cmp "$work/eval.jsonl" "$work/out.txt" || fail "agent and eval differ"
 expect 1 'no function none' agent "${at[@]}" --once --function none --routes "$work/routes.jsonl"
 expect 2 '--once' agent "${at[@]}" --function import --routes -
 
+# A list that nothing defines: an error, and with an agent that stays the version before holds.
+cat >"$work/named.json" <<'JSON'
+{"qcf": "aet/1", "functions": [{"name": "import", "body": {"class": "Block", "stmts": [
+    {"class": "ReturnExpression", "expr": {"class": "IntSetMatchCommList", "lhs": "community",
+     "listName": "CL"}}]}}]}
+JSON
+echo '{"qcf": "lists/1", "communityLists": {"CL": []}}' >"$work/lists.json"
+other=(--redis "$url" --name other)
+expect 0 'published other version 1' publish "$work/named.json" "${other[@]}"
+expect 1 'community list "CL" is not defined' agent "${other[@]}" "${routes[@]}" --once
+grep -q 'other version 1: function "import", node ' "$work/err.txt" || fail "no place of the name"
+[[ ! -s $work/out.txt ]] || fail "routes before the error"
+expect 0 'warning: community list "CL" is not defined, it acts as an empty list' \
+    agent "${other[@]}" "${routes[@]}" --once --allow-undefined-lists
+expect 0 '"result":"false"' agent "${other[@]}" "${routes[@]}" --once --lists "$work/lists.json"
+
 # An agent that stays, through two versions and the death of the server.
 "$QCF_BINARY" agent "${at[@]}" "${routes[@]}" >"$work/agent.txt" 2>"$work/agenterr.txt" &
 agent=$!
@@ -88,13 +104,18 @@ waitFor() {
 waitFor '"med":1'
 expect 0 '1 functions set' publish "$work/2.json" "${at[@]}"
 waitFor '"med":2'
+expect 0 'version 3' publish "$work/named.json" "${at[@]}"
+waitFor 'community list "CL" is not defined'
+waitFor 'edge: stays with version 2'
+expect 0 'version 4' publish "$work/2.json" "${at[@]}"
+waitFor 'edge version 4'
 expect 0 '  in step' status "${at[@]}"
-expect 0 '"version": 2' status "${at[@]}" --format json
+expect 0 '"version": 4' status "${at[@]}" --format json
 kill -9 $server
 wait $server 2>/dev/null || true
-waitFor 'keeping version 2'
+waitFor 'keeping version 4'
 startServer
-expect 0 'version 3' publish "$work/3.json" "${at[@]}"
+expect 0 'version 5' publish "$work/3.json" "${at[@]}"
 waitFor '"med":3'
 kill -TERM $agent
 wait $agent || fail "the agent ends with exit code $?"

@@ -1,0 +1,42 @@
+#include "Command/Readiness.h"
+
+#include "Platform/Render/Utf8.h"
+
+#include <iostream>
+
+using Qcf::Agent::Finding;
+
+void tell(String const & lines) { std::cerr << lines << std::flush; }
+void tellLine(String const & line) { tell(line + '\n'); }
+
+void addAllowUndefinedLists(CLI::App & command, bool & target) {
+    command.add_flag("--allow-undefined-lists", target,
+                     "Take a name that nothing defines for an empty list, with a warning");
+}
+
+bool Readiness::of(Qcf::Eval::Function const & function, Qcf::Agent::PlaceOf const & placeOf,
+                   Qcf::Agent::Lists const * lists) const {
+    bool ready = true;
+    String text;
+    for (Finding const & finding :
+         Qcf::Agent::unboundUses(Qcf::Agent::reachedLists(function, placeOf), lists)) {
+        bool const undefined = finding.kind == Finding::Kind::undefinedList;
+        bool const refused = undefined && !allowUndefined_;
+        text += finding.place + (refused ? ": " : ": warning: ") + finding.text;
+        text += refused     ? "\n"
+                : undefined ? ", it acts as an empty list\n"
+                            : ", it acts as no list\n";
+        ready = ready && !refused;
+    }
+    if (ready && function.argumentsExpected()) {
+        text += argumentsWarning(subject_, function) + '\n';
+    }
+    tell(text);
+    return ready;
+}
+
+String argumentsWarning(String const & subject, Qcf::Eval::Function const & function) {
+    constexpr std::size_t longestName = 200;
+    return subject + ": warning: function \"" + oneLine(function.funcName(), longestName) +
+           "\" expects arguments, which only a call gives it: it answers false";
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Agent/ListUses.h"
+
+#include <CLI/CLI.hpp>
+
+/// Writes lines to standard error, in one piece.
+void tell(String const & lines);
+/// The same of one line without its end.
+void tellLine(String const & line);
+
+/// Adds --allow-undefined-lists.
+void addAllowUndefinedLists(CLI::App & command, bool & target);
+
+/// Whether a function may be evaluated with these lists (null: none): every name that it reaches is
+/// defined. What is not, and what else its evaluation would hide, is told line by line.
+class Readiness {
+public:
+    /// `subject` stands before what is told of the function itself: a document's name.
+    Readiness(String subject, bool allowUndefinedLists)
+        : subject_(std::move(subject)), allowUndefined_(allowUndefinedLists) {}
+
+    bool of(Qcf::Eval::Function const & function, Qcf::Agent::PlaceOf const & placeOf,
+            Qcf::Agent::Lists const * lists) const;
+
+private:
+    String subject_;
+    bool allowUndefined_;
+};
+
+/// The warning about a function that expects arguments and is evaluated without a call.
+String argumentsWarning(String const & subject, Qcf::Eval::Function const & function);
