@@ -30,9 +30,8 @@ S64 decimalOrder(std::string_view text) noexcept {
 
 // from_chars leaves the value alone when it is out of range. What is too small for the type is as
 // good as zero, what is too large is not.
-template <class F>
-std::optional<F> nearest(std::string_view text) noexcept {
-    F value = 0;
+std::optional<F32> nearest(std::string_view text) noexcept {
+    F32 value = 0;
     auto const result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc()) {
         return value;
@@ -40,7 +39,7 @@ std::optional<F> nearest(std::string_view text) noexcept {
     if (decimalOrder(text) > 0) {
         return std::nullopt;
     }
-    return text.front() == '-' ? -F{0} : F{0};
+    return text.front() == '-' ? -0.0F : 0.0F;
 }
 
 } // namespace
@@ -116,12 +115,8 @@ std::optional<std::pair<U64, bool>> JsonValue::asSigned() const noexcept {
     return std::pair(magnitude, negative);
 }
 
-std::optional<F64> JsonValue::asDouble() const noexcept {
-    return isNumber() ? nearest<F64>(numberText()) : std::nullopt;
-}
-
 std::optional<F32> JsonValue::asFloat() const noexcept {
-    return isNumber() ? nearest<F32>(numberText()) : std::nullopt;
+    return isNumber() ? nearest(numberText()) : std::nullopt;
 }
 
 JsonValue const & JsonValue::expectObject() const {
@@ -201,7 +196,6 @@ JsonDocument::JsonDocument(String fileName) : tree_(std::make_unique<JsonTree>()
 }
 
 JsonDocument::JsonDocument(JsonDocument &&) noexcept = default;
-JsonDocument & JsonDocument::operator=(JsonDocument &&) noexcept = default;
 JsonDocument::~JsonDocument() = default;
 
 JsonDocument JsonDocument::parse(String text, String fileName, Limits const & limits) {

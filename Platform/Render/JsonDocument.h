@@ -53,7 +53,6 @@ public:
     /// Magnitude and sign of a number written as an integer; `-0` is {0, true}.
     std::optional<std::pair<U64, bool>> asSigned() const noexcept;
     /// The nearest float of any number; nothing where it is too large for the type.
-    std::optional<F64> asDouble() const noexcept;
     std::optional<F32> asFloat() const noexcept;
 
     /// As above, but failing with a text about what was wanted.
@@ -134,7 +133,6 @@ public:
     /// An empty document (null) for `parseLine`.
     explicit JsonDocument(String fileName);
     JsonDocument(JsonDocument &&) noexcept;
-    JsonDocument & operator=(JsonDocument &&) noexcept;
     ~JsonDocument();
 
     /// Replaces the content by one line of a file of one-line documents, reusing storage. Errors

@@ -198,12 +198,6 @@ void RendererV2::nullValue() {
     writer_->value([](auto & w) { w.Null(); });
 }
 
-void RendererV2::rawValue(std::string_view json) {
-    writer_->value([json](auto & w) { w.RawValue(json.data(), json.size(), rj::kNumberType); });
-}
-
-void RendererV2::raw(std::string_view bytes) { writer_->target().put(bytes); }
-
 void RendererV2::endDocument() {
     writer_->with([this](auto & w) {
         QCF_ASSERT_TEXT(w.IsComplete(), "document is not complete");

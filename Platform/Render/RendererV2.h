@@ -53,11 +53,6 @@ public:
     void value(F64 x);
     void value(F32 x);
     void nullValue();
-    /// A value given as JSON text, which is not checked.
-    void rawValue(std::string_view json);
-
-    /// Bytes as they are, not counted as a value.
-    void raw(std::string_view bytes);
     /// Ends a complete document with a newline; another one may follow.
     void endDocument();
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -104,7 +105,6 @@ TEST(RendererV2, WritesInCallOrder) {
         renderer.endObject();
         renderer.nullValue();
         renderer.value(false);
-        renderer.rawValue("[1]");
         renderer.endArray();
         renderer.key("empty");
         renderer.beginObject();
@@ -116,10 +116,10 @@ TEST(RendererV2, WritesInCallOrder) {
         EXPECT_EQ(out,
                   style == RendererV2::Style::compact
                       ? "{\"entries\":[{\"aetNodeKey\":18446744073709551615,\"result\":\"true\"},"
-                        "null,false,[1]],\"empty\":{}}\n7\n"
+                        "null,false],\"empty\":{}}\n7\n"
                       : "{\n  \"entries\": [\n    {\n      \"aetNodeKey\": "
                         "18446744073709551615,\n      \"result\": \"true\"\n    },\n    null,\n"
-                        "    false,\n    [1]\n  ],\n  \"empty\": {}\n}\n7\n");
+                        "    false\n  ],\n  \"empty\": {}\n}\n7\n");
     }
 }
 
@@ -139,7 +139,7 @@ TEST(RendererV2, NumbersReadBackExactly) {
         auto const wide = std::bit_cast<F64>(bits);
         auto const narrow = std::bit_cast<F32>(static_cast<U32>(bits));
         if (std::isfinite(wide)) {
-            ASSERT_EQ(JsonDocument::parse(rendered(wide), "f").root().asDouble(), wide);
+            ASSERT_EQ(std::strtod(rendered(wide).c_str(), nullptr), wide);
         }
         if (std::isfinite(narrow)) {
             ASSERT_EQ(JsonDocument::parse(rendered(narrow), "f").root().asFloat(), narrow);
