@@ -86,18 +86,18 @@ void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
     }
 }
 
-// A function stands above its body, from which is counted; above a call it counts like any node.
+// A function's depth is that of its body, and links add nothing.
 void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
                              std::span<U32 const> children) const {
     U32 below = 0;
     for (U32 const child : children) {
-        below = std::max(below, child == none ? 0 : facts_[child].depth);
+        below = std::max(below, child == none ? 0 : nodes_[child]->treeDepth());
     }
     bool const isFunction = std::string_view(nodeClass.name) == "Function";
-    U32 const own = ClassRules::of(nodeClass).link ? 0 : 1;
-    if (!isFunction && below + own > ProgramLimits::depth) {
+    U32 const own = isFunction || ClassRules::of(nodeClass).link ? 0 : 1;
+    if (below + own > Eval::maximumTreeDepth) {
         place.fail(nodeClass.name,
-                   "tree of at most " + std::to_string(ProgramLimits::depth) + " levels",
+                   "tree of at most " + std::to_string(Eval::maximumTreeDepth) + " levels",
                    "a deeper one");
     }
 }

@@ -68,7 +68,6 @@ NodeFacts ownFacts(AetNodeBase const & node, ClassRules const & rules) {
     NodeFacts facts;
     facts.reads = rules.reads;
     facts.writes = node.typeData().attribute == nullptr ? rules.writes : 0;
-    facts.depth = rules.link ? 0 : 1;
     facts.constant = rules.constant || rules.link;
     // A function clears a return of its body, but refuses by one where its arguments are missing.
     auto const * const function = dynamic_cast<Eval::Function const *>(&node);
@@ -82,12 +81,6 @@ NodeFacts ownFacts(AetNodeBase const & node, ClassRules const & rules) {
         addArgument(facts.needs, rules.argument, argumentIndexOf(node) + 1);
     }
     return facts;
-}
-
-/// What every child adds, a called function too: evaluation walks into it.
-void addExtent(NodeFacts & facts, NodeFacts const & child, bool isLink) {
-    facts.size = saturatingSum(facts.size, child.size);
-    facts.depth = std::max(facts.depth, child.depth + (isLink ? 0 : 1));
 }
 
 /// What a child that belongs to the same function adds.
@@ -117,7 +110,8 @@ NodeFacts factsOf(AetNodeBase const & node, std::span<NodeFacts const * const> c
             return;
         }
         std::string_view const name = field.name;
-        addExtent(facts, *their, rules.link);
+        // A called function adds its size too: evaluation walks into it.
+        facts.size = saturatingSum(facts.size, their->size);
         facts.length += name == "next" || name == "head" ? their->length : 0;
         if (name == "calleePtr") {
             return; // the callee reads its own frame, and what it uses is its own

@@ -28,7 +28,6 @@ struct NodeFacts {
     U64 reads = 0;     ///< bits of AttributeSet
     U32 writes = 0;    ///< bits of ModifiableAttributeSet
     U32 structure = 0; ///< equal for equal shared nodes; 0 for others
-    U32 depth = 1;     ///< nodes above each other, links not counted
     U32 names = 0;     ///< the set of list names used, see ListNames
     U32 length = 0;    ///< of chains: links from this one on; of literal lists and sets: elements
     ArgumentNeeds needs;

@@ -51,12 +51,10 @@ struct Program {
     FunctionFault const & faultOf(Eval::Function const & function) const;
 };
 
-/// Limits on what a document may build. Evaluation, checks and dumps walk a tree as if nothing were
-/// shared, and recursively: these keep a small document from taking forever or the whole stack.
+/// Limits on what a document may build, beside the depth of trees (Eval::maximumTreeDepth).
+/// Evaluation, checks and dumps walk a tree as if nothing were shared: these keep a small document
+/// from taking forever.
 struct ProgramLimits {
-    /// Nodes above each other from a function's body down; the links of a chain do not count, a
-    /// call's callee does.
-    static constexpr U32 depth = 2048;
     /// Nodes of a tree, shared ones and called functions counted at each place.
     static constexpr U64 unfoldedNodes = 100'000'000;
     /// Elements, over the document, of the literal lists and sets whose values are kept.

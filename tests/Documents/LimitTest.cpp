@@ -56,7 +56,7 @@ void useAll(Program const & program) {
 
 TEST(Limits, TheDeepestTreeCanBeUsed) {
     // The body stands above the tower, and an operand below it.
-    U32 const height = ProgramLimits::depth - 2;
+    U32 const height = Eval::maximumTreeDepth - 2;
     for (char const * const kind : {"NotExpression", "ExitExpression", "IfExpression", "Block",
                                     "LogicalOperatorExpression"}) {
         SCOPED_TRACE(kind);
@@ -77,8 +77,8 @@ TEST(Limits, ADocumentMayBeNestedAsDeepAsItsParserAllows) {
 }
 
 TEST(Limits, AChainOfCallsIsADeepTree) {
-    // Each call adds itself, the function and its body.
-    constexpr U32 most = (ProgramLimits::depth - 1) / 3;
+    // Each call adds itself and the body of the function.
+    constexpr U32 most = (Eval::maximumTreeDepth - 1) / 2;
     String text = R"({"qcf":"aet/1","functions":[{"name":"f0","body":{"class":"Block"}})";
     for (U32 i = 1; i <= most + 1; ++i) {
         if (i == most + 1) {
