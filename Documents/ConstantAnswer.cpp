@@ -138,13 +138,13 @@ String outOfRange(Modifier const & modifier, bool assigns) {
     if (!constant || !constant->isOne()) {
         return {};
     }
-    IntRange const range = modifier.lhs()->range();
+    IntModifiable const & target = *modifier.lhs();
     S128 const value = constant->least();
     bool const fits =
-        assigns ? value >= range.min && value <= range.max : abs(value) <= S128(range.max);
+        assigns ? value >= target.min() && value <= target.max() : abs(value) <= S128(target.max());
     return fits ? String()
-                : nameOf(*modifier.rhs()) + " is out of the range of " + modifier.lhs()->toStrep() +
-                      ", " + IntSpan(range.min, range.max).text();
+                : nameOf(*modifier.rhs()) + " is out of the range of " + target.toStrep() + ", " +
+                      IntSpan(target.min(), target.max()).text();
 }
 
 /// Of a membership that may be true: an element that no value of the left side equals.
