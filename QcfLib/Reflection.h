@@ -13,7 +13,7 @@
 ///     TypeData const & type = context->typeData();     // of an entity: its class
 ///     for (FieldInfo const & field : type.fields)
 ///         out << field.name << ' ' << field.text(&*context);
-///     stringOf = TypeDataOf<TerminationFlag>::get().enumerator(2)->name;
+///     String const name = TypeDataOf<TerminationFlag>::get().enumerator(2)->name; // "exitToPoa"
 ///
 /// Node classes are NodeClass, a TypeData with more. A field's text is for people: it shows sets
 /// and values whole, and entities that are pointed to by name. Only the thread that may read the
