@@ -140,8 +140,9 @@ String outOfRange(Modifier const & modifier, bool assigns) {
     }
     IntModifiable const & target = *modifier.lhs();
     S128 const value = constant->least();
-    bool const fits =
-        assigns ? value >= target.min() && value <= target.max() : abs(value) <= S128(target.max());
+    bool const isDefault = assigns && value == S128(target.defaultValue());
+    bool const fits = isDefault || (assigns ? value >= target.min() && value <= target.max()
+                                            : abs(value) <= S128(target.max()));
     return fits ? String()
                 : nameOf(*modifier.rhs()) + " is out of the range of " + target.toStrep() + ", " +
                       IntSpan(target.min(), target.max()).text();

@@ -185,7 +185,8 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
         {"IntAssign", R"("med")", "4294967295", ""},
         {"IntAssign", R"("med")", "4294967296",
          " 4294967296 is out of the range of med, 0 to 4294967295"},
-        {"IntAssign", R"("origin")", "256", " 256 is out of the range of origin, 0 to 2"},
+        {"IntAssign", R"("origin")", "256", ""}, // the default, which may be assigned
+        {"IntAssign", R"("origin")", "3", " 3 is out of the range of origin, 0 to 2"},
         {"IntAssign", R"("weight")", "-1", " -1 is out of the range of weight, 0 to 65535"},
         {"IntAssign", R"("med")", R"("weight")", ""},
         {"IntPlusEq", R"("weight")", "-65535", ""},
