@@ -6,14 +6,17 @@
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
 #include "Documents/Program.h"
+#include "Mirror/NodeCopy.h"
 #include "Mirror/NodeWalk.h"
 #include "Mirror/RedisFollower.h"
+#include "Mirror/WireText.h"
 
+#include <cmath>
 #include <condition_variable>
 #include <csignal>
 #include <memory>
 #include <thread>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace {
 
@@ -81,24 +84,42 @@ private:
     std::jthread thread_;
 };
 
+/// Writes what documents have no text for as something else: it is not what they are asked about.
+class CheckedStyle final : public Qcf::Documents::NodeStyle {
+public:
+    void text(std::string_view text, RendererV2 & out) const override {
+        out.value(Qcf::Mirror::wireText(text));
+    }
+    void name(std::string_view name, RendererV2 & out) const override {
+        out.key(Qcf::Mirror::wireText(name));
+    }
+    void number(F32 value, RendererV2 & out) const override {
+        out.value(std::isfinite(value) ? value : 0);
+    }
+};
+
 /// Takes a function as if it stood in a document of its own, for what the reader of documents knows
-/// about functions that cannot be evaluated.
+/// about functions that cannot be evaluated. Its nodes are copied under keys of their own, which in
+/// a published store may be those of nodes of other classes, too.
 void checkFunction(Function const & function) {
     Qcf::Documents::Program program;
-    std::unordered_set<AetNodeBase const *> seen;
+    std::unordered_map<AetNodeBase const *, PtrConst<AetNodeBase>> copies;
+    auto const copyOf = [&](AetNodeBase const & child) { return copies.at(&child); };
     Qcf::Mirror::walkChildrenFirst(
-        function, [&](AetNodeBase const & node) { return seen.insert(&node).second; },
+        function, [&](AetNodeBase const & node) { return copies.try_emplace(&node).second; },
         [&](AetNodeBase const & node) {
-            program.nodes.emplace_back(&node);
-            if (auto const * const callee = dynamic_cast<Function const *>(&node)) {
-                program.functions.emplace_back(callee);
+            auto const copy = Qcf::Mirror::copyNode(node, program.nodes.size() + 1, copyOf);
+            copies[&node] = copy;
+            program.nodes.push_back(copy);
+            if (dynamic_cast<Function const *>(&node) != nullptr) {
+                program.functions.push_back(ptrCast<Function const>(copy));
             }
         });
     String text;
     RendererV2 renderer(text);
-    Qcf::Documents::writeProgram(program, renderer);
+    Qcf::Documents::writeProgram(program, renderer, CheckedStyle());
     auto const read = Qcf::Documents::readProgram(text, "published function");
-    auto const & fault = read.faultOf(*read.find(function.funcName())).eval;
+    auto const & fault = read.faults.back().eval;
     if (!fault.empty()) {
         throw DocumentError("function " + function.funcName() + ": " + fault);
     }

@@ -85,12 +85,29 @@ Program readProgram(String text, String const & fileName, ReadAlong const & alon
 /// The same of a file; "-" is standard input.
 Program readProgramFile(String const & path, ReadAlong const & along = {});
 
+/// How the parts of a node are written for which other readers than those of documents want more.
+/// This one writes as documents do.
+class NodeStyle {
+public:
+    virtual ~NodeStyle() = default;
+    virtual void text(std::string_view text, RendererV2 & out) const { out.value(text); }
+    /// A text in the place of a member's name.
+    virtual void name(std::string_view name, RendererV2 & out) const { out.key(name); }
+    virtual void number(F32 value, RendererV2 & out) const { out.value(value); }
+    /// What stands for a child.
+    virtual void reference(Eval::AetNodeBase const & child, RendererV2 & out) const;
+    /// Called for a child that is null, which is left out.
+    virtual void absent(Eval::FieldInfo const & /*field*/) const {}
+};
+
 /// Writes the program as a document in flat form: every node in `nodes`, children first, each with
 /// its key. It reads back to equal nodes under the same keys.
-void writeProgram(Program const & program, RendererV2 & renderer);
+void writeProgram(Program const & program, RendererV2 & renderer,
+                  NodeStyle const & style = NodeStyle());
 
-/// Writes one node as it stands in a flat document: an object of class, key and fields, where
-/// children are references to their keys.
-void writeNode(Eval::AetNodeBase const & node, RendererV2 & renderer);
+/// Writes one node as members of the object that is open: class, key and fields, as it stands in a
+/// flat document, where children are references to their keys.
+void writeNodeMembers(Eval::AetNodeBase const & node, NodeStyle const & style,
+                      RendererV2 & renderer);
 
 } // namespace Qcf::Documents

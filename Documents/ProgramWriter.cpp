@@ -14,19 +14,23 @@ namespace {
 class MemberWriter final : public FieldVisitor<MemberWriter> {
 public:
     /// `callee`: whether the function that a call names need not be referred to by key.
-    MemberWriter(RendererV2 & renderer, bool isFunctionEntry, bool calleeByName)
-        : out_(renderer), isFunctionEntry_(isFunctionEntry), calleeByName_(calleeByName) {}
+    MemberWriter(RendererV2 & renderer, NodeStyle const & style, bool isFunctionEntry,
+                 bool calleeByName)
+        : out_(renderer),
+          style_(style),
+          isFunctionEntry_(isFunctionEntry),
+          calleeByName_(calleeByName) {}
 
     void writeNode(FieldInfo const & field, AetNodeBase const * child) override {
         bool const named = calleeByName_ && std::string_view(field.name) == "calleePtr";
+        if (child == nullptr) {
+            style_.absent(field);
+        }
         if (child == nullptr || named) {
             return;
         }
         out_.key(field.name);
-        out_.beginObject();
-        out_.key("ref");
-        out_.value(child->aetNodeKey());
-        out_.endObject();
+        style_.reference(*child, out_);
     }
 
     template <typename T>
@@ -42,12 +46,13 @@ private:
     template <typename T>
     requires std::is_arithmetic_v<T>
     void write(T value) { out_.value(value); }
-    void write(String const & value) { out_.value(value); }
+    void write(F32 value) { style_.number(value, out_); }
+    void write(String const & value) { style_.text(value, out_); }
     void write(TriStateBoolValue value) { out_.value(Eval::toString(value)); }
     void write(IpGenAddr const & value) { out_.value(value.toString()); }
     void write(IpGenPrefix const & value) { out_.value(value.toString()); }
     void write(EthAddr const & value) { out_.value(value.toString()); }
-    void write(IntfId const & value) { out_.value(value.toString()); }
+    void write(IntfId const & value) { write(value.toString()); }
     void write(Acl::CommunityValue const & value) { out_.value(communityValueText(value)); }
     void write(std::optional<Evpn::Esid> const & value) {
         value ? out_.value(value->toString()) : out_.nullValue();
@@ -59,7 +64,7 @@ private:
         for (std::size_t i = 0; i < value.entryCount(); ++i) {
             out_.beginObject();
             out_.key("name");
-            out_.value(value.entries()[i].name);
+            write(value.entries()[i].name);
             out_.key("kind");
             out_.value(value.entries()[i].kind);
             out_.endObject();
@@ -72,7 +77,7 @@ private:
     void write(Routing::Policy::RouteMapFeatures const & value) {
         out_.beginArray();
         for (String const & feature : value.features()) {
-            out_.value(feature);
+            write(feature);
         }
         out_.endArray();
     }
@@ -90,7 +95,7 @@ private:
                 out_.key(kind);
                 out_.beginObject();
                 for (auto const & [name, slot] : slots) {
-                    out_.key(name);
+                    style_.name(name, out_);
                     out_.value(slot);
                 }
                 out_.endObject();
@@ -112,6 +117,7 @@ private:
     }
 
     RendererV2 & out_;
+    NodeStyle const & style_;
     bool isFunctionEntry_;
     bool calleeByName_;
 };
@@ -121,42 +127,54 @@ bool calleeIsNamed(AetNodeBase const & node) {
     return call != nullptr && call->calleePtr()->funcName() == call->calleeName();
 }
 
-void writeObject(AetNodeBase const & node, RendererV2 & renderer, bool isFunctionEntry,
-                 bool calleeByName) {
-    renderer.beginObject();
+void writeMembers(AetNodeBase const & node, NodeStyle const & style, RendererV2 & renderer,
+                  bool isFunctionEntry, bool calleeByName) {
     if (!isFunctionEntry) {
         renderer.key("class");
         renderer.value(node.typeData().name);
     }
     renderer.key("key");
     renderer.value(node.aetNodeKey());
-    MemberWriter members(renderer, isFunctionEntry, calleeByName);
+    MemberWriter members(renderer, style, isFunctionEntry, calleeByName);
     node.typeData().write(node, members);
+}
+
+void writeObject(AetNodeBase const & node, NodeStyle const & style, RendererV2 & renderer,
+                 bool isFunctionEntry, bool calleeByName) {
+    renderer.beginObject();
+    writeMembers(node, style, renderer, isFunctionEntry, calleeByName);
     renderer.endObject();
 }
 
 } // namespace
 
-void writeNode(AetNodeBase const & node, RendererV2 & renderer) {
-    writeObject(node, renderer, false, false);
+void NodeStyle::reference(AetNodeBase const & child, RendererV2 & out) const {
+    out.beginObject();
+    out.key("ref");
+    out.value(child.aetNodeKey());
+    out.endObject();
+}
+
+void writeNodeMembers(AetNodeBase const & node, NodeStyle const & style, RendererV2 & renderer) {
+    writeMembers(node, style, renderer, false, false);
 }
 
 // A function stands in `functions`, behind the nodes. A call among the nodes therefore names its
 // callee where it can: reading takes such nodes in once the function is known.
-void writeProgram(Program const & program, RendererV2 & renderer) {
+void writeProgram(Program const & program, RendererV2 & renderer, NodeStyle const & style) {
     renderer.beginObject();
     renderer.key("qcf");
     renderer.value("aet/1");
     renderer.key("nodes");
     renderer.beginArray();
     for (AetNodeBase const * const node : nodesInOrder(program)) {
-        writeObject(*node, renderer, false, calleeIsNamed(*node));
+        writeObject(*node, style, renderer, false, calleeIsNamed(*node));
     }
     renderer.endArray();
     renderer.key("functions");
     renderer.beginArray();
     for (auto const & function : program.functions) {
-        writeObject(*function, renderer, true, false);
+        writeObject(*function, style, renderer, true, false);
     }
     renderer.endArray();
     renderer.endObject();

@@ -1,16 +1,14 @@
 #include "Mirror/BatchChanges.h"
 
-#include "Documents/ClassRules.h"
-#include "Documents/ScalarReader.h"
-#include "Platform/Render/JsonObjectReader.h"
+#include "Mirror/NodeCopy.h"
+#include "Mirror/Publishable.h"
+#include "Mirror/TreeDepth.h"
 #include "QcfLib/QcfEval.h"
 
 namespace Qcf::Mirror {
 
-using Eval::AccessibleAttributes;
 using Eval::FieldInfo;
 using Eval::NodeClass;
-using Eval::TriStateBoolValue;
 
 namespace {
 
@@ -19,76 +17,26 @@ constexpr FieldInfo functionReference{
         return node.typeData().number() == Eval::Function::classNumber;
     }};
 
-/// Takes a node's fields from the members of its line.
-class LineFields final : public Eval::FieldReader {
-public:
-    LineFields(BatchChanges const & changes, NodeClass const & nodeClass, JsonObjectReader & line)
-        : changes_(changes), class_(nodeClass), line_(line) {}
-
-#define QCF_READ_MEMBER(Type)                                                                      \
-    void read(FieldInfo const & field, Type & value) override {                                    \
-        Documents::readScalar(line_.require(field.name), subject(field), value);                   \
+NodeClass const & expectClass(JsonValue const & name) {
+    NodeClass const * const nodeClass = Eval::findNodeClass(name.expectString());
+    if (nodeClass == nullptr) {
+        name.fail("name of a node class");
     }
-    QCF_FOR_EACH_SCALAR(QCF_READ_MEMBER)
-#undef QCF_READ_MEMBER
-
-    PtrConst<Eval::AetNodeBase> readNode(FieldInfo const & field) override {
-        auto const member = field.optional ? line_.optional(field.name) : line_.require(field.name);
-        if (!member) {
-            return nullptr;
-        }
-        JsonObjectReader reference(*member, subject(field));
-        JsonValue const key = reference.require("ref");
-        reference.done();
-        return changes_.child(key, field);
-    }
-
-private:
-    String subject(FieldInfo const & field) const { return String(class_.name) + "." + field.name; }
-
-    BatchChanges const & changes_;
-    NodeClass const & class_;
-    JsonObjectReader & line_;
-};
-
-template <typename Link>
-bool allConstant(Link const * link) {
-    for (; link != nullptr; link = link->next().get()) {
-        if (!Documents::ClassRules::of(link->entry()->typeData()).constant) {
-            return false;
-        }
-    }
-    return true;
+    return *nodeClass;
 }
 
-template <typename Literal>
-void keep(Eval::AetNodeBase const & node) {
-    auto const & literal = static_cast<Literal const &>(node);
-    if (allConstant(literal.head().get())) {
-        cacheConstantValue(literal);
-    }
+U32 expectU32(JsonValue const & value) {
+    return static_cast<U32>(value.expectU64(0, std::numeric_limits<U32>::max()));
 }
 
 } // namespace
 
-void keepConstantValue(Eval::AetNodeBase const & node) {
-    switch (node.typeData().number()) {
-    case Eval::IntListImmediate::classNumber:
-        keep<Eval::IntListImmediate>(node);
-        break;
-    case Eval::IntSetImmediate::classNumber:
-        keep<Eval::IntSetImmediate>(node);
-        break;
-    case Eval::CommunitySetImmediate::classNumber:
-        keep<Eval::CommunitySetImmediate>(node);
-        break;
-    default:
-        break;
-    }
-}
-
 BatchChanges::BatchChanges(StagedBatch const & batch, AetCollections const * base) : base_(base) {
     batch.eachLine([this](JsonValue const & each) { line(each); });
+    if (!status_ || (!status_->store && !nodes_.empty())) {
+        throw MirrorError("the batch of version " + std::to_string(batch.start().version) +
+                          " does not say what becomes of the status");
+    }
 }
 
 void BatchChanges::line(JsonValue const & line) {
@@ -96,64 +44,157 @@ void BatchChanges::line(JsonValue const & line) {
         nodeLine(line);
     } else if (line.find("function")) {
         functionLine(line);
+    } else if (line.find("status")) {
+        statusLine(line);
     } else {
-        JsonObjectReader reader(line);
-        JsonValue const keys = reader.require("remove");
-        reader.done();
-        removeLine(keys);
+        removeLine(line);
     }
 }
 
-void BatchChanges::removeLine(JsonValue const & keys) {
+void BatchChanges::removeLine(JsonValue const & line) {
+    JsonObjectReader reader(line);
+    auto const collection = static_cast<U16>(expectClass(reader.require("remove")).number());
+    JsonValue const keys = reader.require("keys");
+    reader.done();
     for (JsonValue const key : keys.expectArray()) {
-        removed_.insert(key.expectU64());
+        CollKey const place{collection, key.expectU64()};
+        if (goes_.insert(place).second) {
+            removed_.push_back(place);
+        }
     }
 }
 
 void BatchChanges::functionLine(JsonValue const & line) {
     JsonObjectReader reader(line);
-    String const name(reader.require("function").expectString());
-    JsonValue const reference = reader.require("ref");
+    String const name = expectWireText(reader.require("function"));
+    auto const loose = reader.optional("loose");
+    auto const key = loose ? std::nullopt : std::optional(reader.require("ref"));
     reader.done();
-    auto const node = reference.isNull() ? nullptr : child(reference, functionReference);
-    functions_[name] = ptrCast<Eval::Function const>(node);
+    if (key && key->isNull()) {
+        functions_[name] = nullptr;
+    } else {
+        auto const node = loose ? looseNode(*loose, functionReference)
+                                : storedNode(*key, nullptr, functionReference);
+        functions_[name] = ptrCast<Eval::Function const>(node);
+    }
+}
+
+void BatchChanges::statusLine(JsonValue const & line) {
+    JsonObjectReader outer(line);
+    JsonObjectReader reader(outer.require("status"), "status");
+    outer.done();
+    StatusFields status;
+    status.dedupedFunctionsPresent = reader.require("dedupedFunctionsPresent").expectBool();
+    status.startMarker = expectU32(reader.require("start"));
+    status.endMarker = expectU32(reader.require("end"));
+    status.store = reader.require("store").expectBool();
+    reader.done();
+    status_ = status;
 }
 
 void BatchChanges::nodeLine(JsonValue const & line) {
     JsonObjectReader reader(line);
+    auto const loose = reader.optional("loose");
     JsonValue const className = reader.require("class");
-    NodeClass const * const nodeClass = Eval::findNodeClass(className.expectString());
-    if (nodeClass == nullptr) {
-        className.fail("name of a node class");
-    }
+    NodeClass const & nodeClass = expectClass(className);
     JsonValue const key = reader.require("key");
-    U64 const number = key.expectU64();
-    LineFields fields(*this, *nodeClass, reader);
-    Ptr<Node> const node = nodeClass->create(number, fields);
+    WireFields::Resolve const resolve = [this](JsonValue const & reference,
+                                               FieldInfo const & field) {
+        return this->resolve(reference, field);
+    };
+    WireFields fields(nodeClass, reader, resolve);
+    Ptr<Node> const node = nodeClass.create(key.expectU64(), fields);
     reader.done();
-    bool const taken = base_ != nullptr && !removed_.contains(number) &&
-                       base_->anyNode(number, [](Node const &) { return true; });
-    if (taken || numbers_.find(number)) {
-        key.fail("key of its own");
+    if (isTooDeep(*node)) {
+        className.fail(nodeClass.name, depthWanted(), "a deeper one");
     }
     keepConstantValue(*node);
-    numbers_.insert(number, static_cast<U32>(nodes_.size()));
+    if (!loose) {
+        addMember(key, node);
+    } else if (loose->expectU64() != loose_.size()) {
+        loose->fail("number " + std::to_string(loose_.size()));
+    } else {
+        loose_.push_back(node);
+    }
+}
+
+void BatchChanges::addMember(JsonValue const & key, Ptr<Node> const & node) {
+    U64 const number = node->aetNodeKey();
+    if (isTaken({static_cast<U16>(node->typeData().number()), number})) {
+        key.fail("key of its own among those of its class");
+    }
+    auto const position = static_cast<U32>(nodes_.size());
+    if (numbers_.find(number)) {
+        more_.emplace(number, position);
+    } else {
+        numbers_.insert(number, position);
+    }
     nodes_.push_back(node);
 }
 
-PtrConst<BatchChanges::Node> BatchChanges::child(JsonValue const & reference,
-                                                 FieldInfo const & field) const {
-    U64 const key = reference.expectU64();
-    if (auto const found = numbers_.find(key)) {
-        if (field.accepts(*nodes_[*found])) {
-            return nodes_[*found];
+bool BatchChanges::isTaken(CollKey const & place) const {
+    auto const isOfClass = [&](Node const & node) {
+        return node.typeData().number() == place.collection;
+    };
+    return static_cast<bool>(member(place.key, isOfClass));
+}
+
+// The writer gives the class where the key alone would not do.
+PtrConst<BatchChanges::Node> BatchChanges::resolve(JsonValue const & reference,
+                                                   FieldInfo const & field) const {
+    reference.expectObject();
+    if (auto const number = reference.find("loose")) {
+        return looseNode(*number, field);
+    }
+    auto const key = reference.find("ref");
+    auto const className = reference.find("class");
+    if (!key || reference.size() != (className ? 2U : 1U)) {
+        reference.fail(field.name, "reference to a node", describe(reference));
+    }
+    return storedNode(*key, className ? &expectClass(*className) : nullptr, field);
+}
+
+PtrConst<BatchChanges::Node> BatchChanges::storedNode(JsonValue const & key,
+                                                      NodeClass const * nodeClass,
+                                                      FieldInfo const & field) const {
+    auto found = member(key.expectU64(), [&](Node const & node) {
+        return field.accepts(node) && (nodeClass == nullptr || nodeClass == &node.typeData());
+    });
+    if (!found) {
+        key.fail(String("key of a node that is ") + field.wants);
+    }
+    return found;
+}
+
+PtrConst<BatchChanges::Node> BatchChanges::looseNode(JsonValue const & number,
+                                                     FieldInfo const & field) const {
+    U64 const at = number.expectU64();
+    if (at >= loose_.size() || !field.accepts(*loose_[at])) {
+        number.fail(String("number of a node that is ") + field.wants);
+    }
+    return loose_[at];
+}
+
+/// The member of that key that fits: one that the batch brings, or one that was there and stays.
+template <typename Fits>
+PtrConst<BatchChanges::Node> BatchChanges::member(U64 key, Fits && fits) const {
+    if (auto const first = numbers_.find(key)) {
+        if (fits(*nodes_[*first])) {
+            return nodes_[*first];
         }
-    } else if (base_ != nullptr && !removed_.contains(key)) {
-        if (auto held = base_->anyNode(key, field.accepts)) {
-            return held;
+        auto const [begin, end] = more_.equal_range(key);
+        for (auto at = begin; at != end; ++at) {
+            if (fits(*nodes_[at->second])) {
+                return nodes_[at->second];
+            }
         }
     }
-    reference.fail(String("key of a node that is ") + field.wants);
+    if (base_ == nullptr) {
+        return nullptr;
+    }
+    return base_->anyNode(key, [&](Node const & node) {
+        return fits(node) && !goes_.contains({static_cast<U16>(node.typeData().number()), key});
+    });
 }
 
 } // namespace Qcf::Mirror

@@ -1,11 +1,21 @@
 #include "Mirror/ChangeBatch.h"
 
-#include "Documents/Program.h"
+#include "Mirror/WireText.h"
+#include "QcfLib/QcfLib.h"
 
 #include <numeric>
 #include <random>
 
 namespace Qcf::Mirror {
+
+StatusFields StatusFields::of(AllFunctionStatus const & status) {
+    return {status.dedupedFunctionsPresent(), status.startOfDedupedFunctionUpdatesMarker(),
+            status.endOfDedupedFunctionUpdatesMarker(), static_cast<bool>(status.aetNodes())};
+}
+
+AetCollections * storeOf(AllFunctionStatus const & status) {
+    return status.aetNodes() ? &status.nodes() : nullptr;
+}
 
 String newBatchId() {
     std::random_device device;
@@ -30,6 +40,8 @@ BatchWriter::BatchWriter(BatchStart start, std::size_t pieceSize) : pieceSize_(p
     line_.beginObject();
     line_.key("start");
     line_.beginObject();
+    line_.key("format");
+    line_.value(batchFormat);
     line_.key("version");
     line_.value(batch_.start.version);
     line_.key("id");
@@ -41,54 +53,77 @@ BatchWriter::BatchWriter(BatchStart start, std::size_t pieceSize) : pieceSize_(p
     endPiece();
 }
 
-void BatchWriter::remove(std::vector<U64> const & keys) {
+void BatchWriter::remove(std::vector<CollKey> const & members) {
     constexpr std::size_t mostInALine = 100;
-    for (std::size_t i = 0; i < keys.size();) {
+    for (std::size_t i = 0; i < members.size();) {
+        U16 const collection = members[i].collection;
         line_.beginObject();
         line_.key("remove");
+        line_.value(Eval::nodeClasses()[collection].name);
+        line_.key("keys");
         line_.beginArray();
-        for (std::size_t const end = std::min(keys.size(), i + mostInALine); i < end; ++i) {
-            line_.value(keys[i]);
+        std::size_t const end = std::min(members.size(), i + mostInALine);
+        for (; i < end && members[i].collection == collection; ++i) {
+            line_.value(members[i].key);
         }
         line_.endArray();
         endLine();
     }
 }
 
-void BatchWriter::node(Eval::AetNodeBase const & node) {
-    Documents::writeNode(node, line_);
-    line_.endDocument();
-    ++lines_;
+void BatchWriter::node(Eval::AetNodeBase const & node, WireStyle const & style) {
+    line_.beginObject();
+    Documents::writeNodeMembers(node, style, line_);
+    endLine();
     ++batch_.movedNodes;
-    if (piece_.size() >= pieceSize_) {
-        endPiece();
-    }
+}
+
+void BatchWriter::looseNode(U64 number, Eval::AetNodeBase const & node, WireStyle const & style) {
+    line_.beginObject();
+    line_.key("loose");
+    line_.value(number);
+    Documents::writeNodeMembers(node, style, line_);
+    endLine();
+    ++batch_.movedNodes;
 }
 
 void BatchWriter::openFunction(String const & name) {
     line_.beginObject();
     line_.key("function");
-    line_.value(name);
-    line_.key("ref");
+    line_.value(wireText(name));
 }
 
-void BatchWriter::function(String const & name, U64 key) {
+void BatchWriter::function(String const & name, NodeReference const & function) {
     openFunction(name);
-    line_.value(key);
+    line_.key(function.loose ? "loose" : "ref");
+    line_.value(function.number);
     endLine();
 }
 
 void BatchWriter::functionDel(String const & name) {
     openFunction(name);
+    line_.key("ref");
     line_.nullValue();
     endLine();
 }
 
-Batch BatchWriter::finish(Digest const & digest, U64 functions, U64 nodes) {
-    endPiece();
-    batch_.digest = digest;
-    batch_.functions = functions;
-    batch_.nodes = nodes;
+void BatchWriter::writeStatus(StatusFields const & status) {
+    line_.beginObject();
+    line_.key("status");
+    line_.beginObject();
+    line_.key("dedupedFunctionsPresent");
+    line_.value(status.dedupedFunctionsPresent);
+    line_.key("start");
+    line_.value(status.startMarker);
+    line_.key("end");
+    line_.value(status.endMarker);
+    line_.key("store");
+    line_.value(status.store);
+    line_.endObject();
+    endLine();
+}
+
+void BatchWriter::writeEnd(Digest const & digest) {
     line_.beginObject();
     line_.key("end");
     line_.beginObject();
@@ -97,9 +132,9 @@ Batch BatchWriter::finish(Digest const & digest, U64 functions, U64 nodes) {
     line_.key("digest");
     line_.value(digest.toString());
     line_.key("functions");
-    line_.value(functions);
+    line_.value(batch_.functions);
     line_.key("nodes");
-    line_.value(nodes);
+    line_.value(batch_.nodes);
     line_.key("lines");
     line_.value(lines_);
     line_.key("sum");
@@ -107,6 +142,16 @@ Batch BatchWriter::finish(Digest const & digest, U64 functions, U64 nodes) {
     line_.endObject();
     line_.endObject();
     line_.endDocument();
+}
+
+Batch BatchWriter::finish(StatusFields const & status, Digest const & digest, U64 functions,
+                          U64 nodes) {
+    writeStatus(status);
+    endPiece();
+    batch_.digest = digest;
+    batch_.functions = functions;
+    batch_.nodes = nodes;
+    writeEnd(digest);
     batch_.pieces.push_back(std::exchange(piece_, String()));
     return std::move(batch_);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Mirror/PolicyVersion.h"
+#include "Mirror/WireFields.h"
 #include "Platform/Render/RendererV2.h"
+#include "QcfLib/QcfLib.h"
 
 #include <vector>
 
@@ -9,12 +11,23 @@ namespace Qcf::Mirror {
 
 /// The text form of one batch of changes: lines of JSON in this order,
 ///
-///     {"start":{"version":7,"id":"9c..","base":"41.."}}   the version made, the one it builds on
-///     {"remove":[12,13]}                                  keys of nodes that go
-///     {"class":"IntIs","key":21,"lhs":{"ref":3},...}      nodes as in flat documents, children
-///     first
-///     {"function":"import","ref":27}                      functions by name; null takes one away
+///     {"start":{"format":2,"version":7,"id":"9c..","base":"41.."}}
+///         the version made, the one it builds on
+///     {"remove":"IntIs","keys":[12,13]}
+///         members of one class that go
+///     {"class":"IntIs","key":21,"lhs":{"ref":3},"rhs":{"loose":0}}
+///         members that come, children first, with their fields as in flat documents
+///     {"loose":0,"class":"IntImmediate","key":5,...}
+///         a node that others or a name hold, but that is no member; numbered within the batch
+///     {"function":"import","ref":27}
+///         functions by name, members or not; a null "ref" takes one away
+///     {"status":{"dedupedFunctionsPresent":true,"start":7,"end":7,"store":true}}
+///         the status's own fields
 ///     {"end":{"version":7,"digest":"3b..","functions":2,"nodes":40,"lines":9,"sum":"77.."}}
+///
+/// A reference gives the class, too, {"ref":3,"class":"Med"}, where members of several classes have
+/// that key. Texts that JSON cannot hold, and numbers that it has none for, stand as texts of their
+/// own (see WireText.h).
 ///
 /// An empty base means: from nothing. Such a batch says everything, as a snapshot does.
 struct BatchStart {
@@ -22,6 +35,23 @@ struct BatchStart {
     String id;
     String base;
 };
+
+/// The format that is written, and the only one that is read. Readers of another one refuse the
+/// start line; the first one was without a number.
+inline constexpr U64 batchFormat = 2;
+
+/// The fields of a status beside functions and nodes.
+struct StatusFields {
+    bool dedupedFunctionsPresent = false;
+    U32 startMarker = 0;
+    U32 endMarker = 0;
+    bool store = true; ///< whether there is a store of nodes
+
+    static StatusFields of(AllFunctionStatus const & status);
+};
+
+/// The store of a status; null when there is none.
+AetCollections * storeOf(AllFunctionStatus const & status);
 
 /// Whether two batches of the same writer could ever be taken for one another: never.
 String newBatchId();
@@ -48,14 +78,19 @@ public:
 
     explicit BatchWriter(BatchStart start, std::size_t pieceSize = usualPieceSize);
 
-    void remove(std::vector<U64> const & keys);
-    void node(Eval::AetNodeBase const & node);
-    void function(String const & name, U64 key);
+    /// Members that go, each class's in a row.
+    void remove(std::vector<CollKey> const & members);
+    void node(Eval::AetNodeBase const & node, WireStyle const & style = WireStyle());
+    /// A node that is no member; numbers count from 0.
+    void looseNode(U64 number, Eval::AetNodeBase const & node, WireStyle const & style);
+    void function(String const & name, NodeReference const & function);
     void functionDel(String const & name);
-    Batch finish(Digest const & digest, U64 functions, U64 nodes);
+    Batch finish(StatusFields const & status, Digest const & digest, U64 functions, U64 nodes);
 
 private:
     void openFunction(String const & name);
+    void writeStatus(StatusFields const & status);
+    void writeEnd(Digest const & digest);
     void endLine();
     void endPiece();
 

@@ -1,25 +1,31 @@
 #include "Mirror/ChangeSource.h"
 
-#include "Documents/KeyTable.h"
-#include "Mirror/NodeWalk.h"
+#include "Mirror/BatchNodes.h"
+#include "Mirror/Publishable.h"
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
 
 namespace Qcf::Mirror {
 
-ChangeSource::ChangeSource(Ptr<AllFunctionStatus> status)
+using Node = Eval::AetNodeBase;
+
+ChangeSource::ChangeSource(Ptr<AllFunctionStatus> status, std::function<void()> changed)
     : status_(std::move(status)),
+      changed_(std::move(changed)),
       statusSubscription_(status_->publisher().subscribe(
           [this](Notification const & notification) { statusChanged(notification); })) {
     watchStore();
-    flush();
 }
 
 ChangeSource::~ChangeSource() {
     status_->publisher().unsubscribe(statusSubscription_);
-    if (store_) {
-        store_->publisher().unsubscribe(storeSubscription_);
+    unwatchStore();
+}
+
+void ChangeSource::changed() const {
+    if (changed_) {
+        changed_();
     }
 }
 
@@ -29,110 +35,98 @@ void ChangeSource::statusChanged(Notification const & notification) {
         names_.insert(notification.name);
     } else if (attribute == "aetNodes") {
         replaced_ = true;
+        unwatchStore();
         watchStore();
+    } else {
+        fields_ = true;
     }
+    changed();
 }
 
 void ChangeSource::watchStore() {
+    store_ = status_->aetNodes();
+    if (!store_) {
+        return;
+    }
+    store_->followerIs(nodes_);
+    if (changed_) {
+        storeSubscription_ =
+            store_->publisher().subscribe([this](Notification const &) { changed(); });
+    }
+}
+
+void ChangeSource::unwatchStore() {
     if (store_) {
+        store_->followerDel(nodes_);
         store_->publisher().unsubscribe(storeSubscription_);
     }
-    store_ = status_->aetNodes();
-    if (store_) {
-        storeSubscription_ = store_->publisher().subscribe([this](Notification const & change) {
-            if (change.kind == Notification::removed) {
-                removed_.insert(change.key);
-            }
-        });
-    }
+    nodes_.clear();
 }
 
 bool ChangeSource::hasChanges() const {
-    return replaced_ || !names_.empty() || (store_ && store_->hasDirtyCollKeys());
+    return replaced_ || fields_ || !names_.empty() || !nodes_.changes().empty();
 }
 
-void ChangeSource::flush() {
+void ChangeSource::checkFunctions() const {
+    for (auto const & [name, function] : status_->aet()) {
+        publishableFunction(name, *function);
+    }
+}
+
+void ChangeSource::changesDel() {
     names_.clear();
-    removed_.clear();
+    nodes_.clear();
+    fields_ = false;
     replaced_ = false;
-    if (store_) {
-        store_->dirtyCollKeysDel();
-    }
-}
-
-std::vector<ChangeSource::Node const *> ChangeSource::dirtyNodes() const {
-    std::vector<Node const *> nodes;
-    for (auto const & dirty : store_->dirtyCollKeys()) {
-        if (auto const node = store_->node(dirty.collection, dirty.key)) {
-            nodes.push_back(node.get());
-        }
-    }
-    return nodes;
 }
 
 Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
     QCF_ASSERT_TEXT(!replaced_ || start.base.empty(), "a replaced store is told from nothing");
-    Batch batch;
     if (start.base.empty()) {
-        batch = snapshot(std::move(start), digest);
-    } else {
-        BatchWriter writer(std::move(start));
-        // A key that is used again goes before it comes.
-        writer.remove({removed_.begin(), removed_.end()});
-        writeNodes(writer, dirtyNodes());
-        for (String const & name : names_) {
-            auto const function = status_->aet(name);
-            function ? writer.function(name, function->aetNodeKey()) : writer.functionDel(name);
-        }
-        batch = writer.finish(digest, status_->aet().size(), store_->size());
+        Batch batch = snapshot(std::move(start), digest);
+        changesDel();
+        return batch;
     }
-    flush();
+    std::vector<CollKey> gone;
+    std::vector<Node const *> come;
+    for (AetChanges::Change const & change : nodes_.changes()) {
+        if (change.kind != Notification::added) {
+            gone.push_back(change.place());
+        }
+        if (auto const node = store_->node(change.collection, change.key)) {
+            come.push_back(node.get());
+        }
+    }
+    BatchWriter writer(std::move(start));
+    // A key that is used again goes before it comes.
+    writer.remove(gone);
+    BatchNodes nodes(writer, store_.get(), std::move(come));
+    nodes.write();
+    for (String const & name : names_) {
+        auto const function = status_->aet(name);
+        function ? nodes.function(name, *function) : writer.functionDel(name);
+    }
+    Batch batch = writer.finish(StatusFields::of(*status_), digest, status_->aet().size(),
+                                store_ ? store_->size() : 0);
+    changesDel();
     return batch;
 }
 
 Batch ChangeSource::snapshot(BatchStart start, Digest const & digest) const {
     start.base.clear();
     BatchWriter writer(std::move(start));
-    std::vector<Node const *> nodes;
+    std::vector<Node const *> all;
     if (store_) {
-        store_->forEachNode([&](Ptr<Node> const & node) { nodes.push_back(node.get()); });
+        all.reserve(store_->size());
+        store_->forEachNode([&](Ptr<Node> const & node) { all.push_back(node.get()); });
     }
-    std::size_t const size = nodes.size();
-    writeNodes(writer, std::move(nodes));
+    std::size_t const size = all.size();
+    BatchNodes nodes(writer, store_.get(), std::move(all));
+    nodes.write();
     for (auto const & [name, function] : status_->aet()) {
-        writer.function(name, function->aetNodeKey());
+        nodes.function(name, *function);
     }
-    return writer.finish(digest, status_->aet().size(), size);
-}
-
-// By keys, so that most children stand before their parents and near them.
-void ChangeSource::writeNodes(BatchWriter & writer, std::vector<Node const *> nodes) const {
-    std::sort(nodes.begin(), nodes.end(),
-              [](Node const * a, Node const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
-    Documents::KeyTable const numbers(nodes);
-    std::vector<bool> written(nodes.size());
-    auto const enter = [&](Node const & node) {
-        auto const number = numbers.find(node.aetNodeKey());
-        if (!number || nodes[*number] != &node || written[*number]) {
-            return false;
-        }
-        written[*number] = true;
-        return true;
-    };
-    for (Node const * const root : nodes) {
-        walkChildrenFirst(*root, enter, [&](Node const & node) { writeNode(writer, node); });
-    }
-}
-
-void ChangeSource::writeNode(BatchWriter & writer, Node const & node) const {
-    bool const shared = static_cast<bool>(
-        store_->anyNode(node.aetNodeKey(), [&](Node const & other) { return &other != &node; }));
-    QCF_ASSERT_TEXT(!shared, "keys of a mirrored store are unique over all classes");
-    node.typeData().visitChildren(node, [&](Eval::FieldInfo const &, Node const * child) {
-        QCF_ASSERT_TEXT(child == nullptr || store_->holds(*child),
-                        "the children of a stored node are stored, too");
-    });
-    writer.node(node);
+    return writer.finish(StatusFields::of(*status_), digest, status_->aet().size(), size);
 }
 
 } // namespace Qcf::Mirror

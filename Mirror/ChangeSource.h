@@ -3,49 +3,57 @@
 #include "Mirror/ChangeBatch.h"
 #include "QcfLib/QcfLib.h"
 
+#include <functional>
 #include <set>
 
 namespace Qcf::Mirror {
 
-/// Follows the effective changes of a status and its store, and writes them as batches.
-///
-/// Keys must be unique over all classes, and the children of every stored node must be stored, too;
-/// both are asserted. Belongs to the publishing thread.
+/// Follows the effective changes of a status and its store, and writes them as batches. Any number
+/// may follow one status. Belongs to the publishing thread.
 class ChangeSource {
 public:
-    /// What is there already counts as known to whoever gets the batches.
-    explicit ChangeSource(Ptr<AllFunctionStatus> status);
+    /// What is there already counts as known to whoever gets the batches. `changed` is called with
+    /// each change, once it is noted.
+    explicit ChangeSource(Ptr<AllFunctionStatus> status, std::function<void()> changed = {});
     ChangeSource(ChangeSource const &) = delete;
     ChangeSource & operator=(ChangeSource const &) = delete;
     ~ChangeSource();
 
+    /// Whether a batch would say anything.
     bool hasChanges() const;
+    /// Whether names mean other functions than at the last batch.
+    bool functionsChanged() const { return replaced_ || !names_.empty(); }
     /// Whether the store was replaced since the last batch, so that only a batch from nothing can
     /// tell what there is.
     bool replaced() const { return replaced_; }
+    /// Throws MirrorError when a function cannot be published; to be called before anything looks
+    /// into the functions, as making their digest does.
+    void checkFunctions() const;
 
     /// The changes since the last batch; everything when `start.base` is empty, which it must be
-    /// after a replacement.
+    /// after a replacement. Throws MirrorError when there is something that cannot be published;
+    /// the changes then stay to be taken.
     Batch takeBatch(BatchStart start, Digest const & digest);
-    /// Everything that there is, as a batch from nothing. The changes stay to be taken.
+    /// Everything that there is, as a batch from nothing. The changes stay to be taken. Throws as
+    /// `takeBatch` does.
     Batch snapshot(BatchStart start, Digest const & digest) const;
+    /// Forgets the changes: whoever gets the batches knows of them.
+    void changesDel();
 
 private:
-    using Node = Eval::AetNodeBase;
-
     void statusChanged(Notification const & notification);
+    void changed() const;
     void watchStore();
-    void flush();
-    void writeNodes(BatchWriter & writer, std::vector<Node const *> nodes) const;
-    void writeNode(BatchWriter & writer, Node const & node) const;
-    std::vector<Node const *> dirtyNodes() const;
+    void unwatchStore();
 
     Ptr<AllFunctionStatus> status_;
+    std::function<void()> changed_;
     SubscriptionId statusSubscription_;
     Ptr<AetCollections> store_; ///< the one that is watched
     SubscriptionId storeSubscription_ = 0;
+    AetChanges nodes_;
     std::set<String> names_;
-    std::set<U64> removed_;
+    bool fields_ = false; ///< markers and flags changed
     bool replaced_ = false;
 };
 

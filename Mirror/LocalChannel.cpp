@@ -22,41 +22,91 @@ void applyTo(Mirror & mirror, StagedBatch const & batch) {
 
 } // namespace
 
-LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status)
-    : status_(status),
-      source_(status),
-      version_{1, newBatchId(), digests_.of(status->aet())},
-      subscription_(status_->publisher().subscribe([this](Notification const & change) {
-          if (std::string_view(change.attribute) == "endOfDedupedFunctionUpdatesMarker" &&
-              !status_->dedupedFunctionUpdatesInProgress()) {
-              batchEnded();
-          }
-      })) {}
-
-LocalChannel::~LocalChannel() { status_->publisher().unsubscribe(subscription_); }
+LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status, Report report)
+    : status_(status), report_(std::move(report)), source_(status, [this] { changed(); }) {}
 
 void LocalChannel::attach(Mirror & mirror) {
     QCF_ASSERT_TEXT(!status_->dedupedFunctionUpdatesInProgress(), "no batch is under way");
+    if (followers_.empty()) {
+        renew();
+    } else if (source_.hasChanges()) {
+        pass();
+    }
     BatchStart const start{version_.number, version_.id, ""};
     applyTo(mirror, staged(source_.snapshot(start, version_.digest)));
-    mirrors_.push_back(&mirror);
+    followers_.push_back({&mirror, true});
 }
 
-void LocalChannel::detach(Mirror & mirror) { std::erase(mirrors_, &mirror); }
+void LocalChannel::detach(Mirror & mirror) {
+    std::erase_if(followers_, [&](Follower const & each) { return each.mirror == &mirror; });
+}
 
-void LocalChannel::batchEnded() {
-    if (!source_.hasChanges()) {
+// While nobody is attached, changes are noted and no more.
+void LocalChannel::changed() {
+    if (followers_.empty() || status_->dedupedFunctionUpdatesInProgress() ||
+        !source_.hasChanges()) {
         return;
     }
-    digests_.keepInUse();
-    BatchStart const start{version_.number + 1, newBatchId(),
-                           source_.replaced() ? String() : version_.id};
-    Batch batch = source_.takeBatch(start, digests_.of(status_->aet()));
-    version_ = batch.version();
-    StagedBatch const change = staged(std::move(batch));
-    for (Mirror * const mirror : mirrors_) {
-        applyTo(*mirror, change);
+    try {
+        pass();
+    } catch (MirrorError const & error) {
+        troubleIs(error.what());
     }
+}
+
+/// The version that the changes make; its digest is the last one's while names mean the same.
+VersionId LocalChannel::nextVersion() {
+    VersionId next{version_.number + 1, newBatchId(), version_.digest};
+    if (version_.number == 0 || source_.functionsChanged()) {
+        source_.checkFunctions();
+        digests_.keepInUse();
+        next.digest = digests_.of(status_->aet());
+    }
+    return next;
+}
+
+/// Takes what there is for a version that nobody has yet.
+void LocalChannel::renew() {
+    if (version_.number == 0 || source_.hasChanges()) {
+        version_ = nextVersion();
+        source_.changesDel();
+    }
+}
+
+void LocalChannel::pass() {
+    VersionId const next = nextVersion();
+    BatchStart const start{next.number, next.id, source_.replaced() ? String() : version_.id};
+    StagedBatch const change = staged(source_.takeBatch(start, next.digest));
+    version_ = next;
+    String trouble;
+    for (Follower & follower : followers_) {
+        trouble += give(follower, change);
+    }
+    troubleIs(trouble);
+}
+
+/// Answers what went wrong. A mirror that something else was done to has everything told anew.
+String LocalChannel::give(Follower & follower, StagedBatch const & change) {
+    try {
+        if (follower.inStep) {
+            applyTo(*follower.mirror, change);
+        } else {
+            BatchStart const start{version_.number, version_.id, ""};
+            applyTo(*follower.mirror, staged(source_.snapshot(start, version_.digest)));
+        }
+        follower.inStep = true;
+        return {};
+    } catch (MirrorError const & error) {
+        follower.inStep = false;
+        return follower.mirror->name() + ": " + error.what();
+    }
+}
+
+void LocalChannel::troubleIs(String trouble) {
+    if (trouble != trouble_ && !trouble.empty() && report_) {
+        report_(trouble);
+    }
+    trouble_ = std::move(trouble);
 }
 
 } // namespace Qcf::Mirror

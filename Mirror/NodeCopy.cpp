@@ -1,8 +1,9 @@
 #include "Mirror/NodeCopy.h"
 
 #include "Documents/FieldVisitors.h"
-#include "Mirror/BatchChanges.h"
+#include "QcfLib/QcfEval.h"
 
+#include <bit>
 #include <vector>
 
 namespace Qcf::Mirror {
@@ -51,6 +52,42 @@ private:
     MapChild const & mapChild_;
 };
 
+/// Compares the fields of one node with those of another one of the same class.
+class FieldComparison final : public Documents::FieldVisitor<FieldComparison> {
+public:
+    using SameChild = std::function<bool(Eval::AetNodeBase const &, Eval::AetNodeBase const &)>;
+
+    FieldComparison(std::vector<void const *> const & places, SameChild const & sameChild)
+        : next_(places.begin()), sameChild_(sameChild) {}
+
+    void writeNode(FieldInfo const &, Eval::AetNodeBase const * child) override {
+        auto const * const other = static_cast<Eval::AetNodeBase const *>(*next_++);
+        bool const bothThere = child != nullptr && other != nullptr;
+        same = same && (bothThere ? sameChild_(*other, *child) : child == other);
+    }
+    template <typename T>
+    void visit(FieldInfo const &, T const & value) {
+        same = same && areSame(*static_cast<T const *>(*next_++), value);
+    }
+
+    bool same = true;
+
+private:
+    template <typename T>
+    static bool areSame(T const & a, T const & b) {
+        return a == b;
+    }
+    static bool areSame(F32 a, F32 b) { return std::bit_cast<U32>(a) == std::bit_cast<U32>(b); }
+
+    std::vector<void const *>::const_iterator next_;
+    SameChild const & sameChild_;
+};
+
+template <typename Literal>
+void keep(Eval::AetNodeBase const & node) {
+    cacheConstantValue(static_cast<Literal const &>(node));
+}
+
 } // namespace
 
 Ptr<Eval::AetNodeBase>
@@ -62,6 +99,35 @@ copyNode(Eval::AetNodeBase const & node, U64 key,
     Ptr<Eval::AetNodeBase> copy = node.typeData().create(key, copies);
     keepConstantValue(*copy);
     return copy;
+}
+
+bool sameFields(
+    Eval::AetNodeBase const & a, Eval::AetNodeBase const & b,
+    std::function<bool(Eval::AetNodeBase const &, Eval::AetNodeBase const &)> const & sameChild) {
+    if (&a.typeData() != &b.typeData()) {
+        return false;
+    }
+    FieldPlaces fields;
+    a.typeData().write(a, fields);
+    FieldComparison comparison(fields.places, sameChild);
+    b.typeData().write(b, comparison);
+    return comparison.same;
+}
+
+void keepConstantValue(Eval::AetNodeBase const & node) {
+    switch (node.typeData().number()) {
+    case Eval::IntListImmediate::classNumber:
+        keep<Eval::IntListImmediate>(node);
+        break;
+    case Eval::IntSetImmediate::classNumber:
+        keep<Eval::IntSetImmediate>(node);
+        break;
+    case Eval::CommunitySetImmediate::classNumber:
+        keep<Eval::CommunitySetImmediate>(node);
+        break;
+    default:
+        break;
+    }
 }
 
 } // namespace Qcf::Mirror

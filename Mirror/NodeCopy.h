@@ -12,4 +12,14 @@ Ptr<Eval::AetNodeBase>
 copyNode(Eval::AetNodeBase const & node, U64 key,
          std::function<PtrConst<Eval::AetNodeBase>(Eval::AetNodeBase const &)> const & mapChild);
 
+/// Whether two nodes are of one class and have equal scalars, floats by their bits, and whether
+/// `sameChild(a, b)` holds of each two children, neither null. Keys do not count.
+bool sameFields(
+    Eval::AetNodeBase const & a, Eval::AetNodeBase const & b,
+    std::function<bool(Eval::AetNodeBase const &, Eval::AetNodeBase const &)> const & sameChild);
+
+/// Keeps the value of a literal list or set whose elements are all constants, as evaluation expects
+/// it. Nothing for other nodes.
+void keepConstantValue(Eval::AetNodeBase const & node);
+
 } // namespace Qcf::Mirror

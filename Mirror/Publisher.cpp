@@ -5,7 +5,10 @@
 #include "Mirror/MirrorError.h"
 #include "Mirror/NodeCopy.h"
 #include "Mirror/NodeWalk.h"
+#include "Mirror/Publishable.h"
+#include "Mirror/TreeDepth.h"
 #include "Platform/Framework/Assert.h"
+#include "QcfLib/QcfAllAetEntities.h"
 
 #include <numeric>
 #include <unordered_set>
@@ -43,7 +46,9 @@ public:
 
 private:
     U32 placeOf(AetNodeBase const & node) const;
+    void checkFunctions() const;
     void compareFunctions();
+    Function const * published(String const & name) const;
     void indexValues();
     AetNodeBase const * equalValue(AetNodeBase const & node) const;
     void collectNewNodes();
@@ -72,9 +77,11 @@ private:
     std::vector<U64> newKeys_; ///< for each of them
     std::unordered_multimap<U32, AetNodeBase const *> values_; ///< of the store, by hash
     std::vector<bool> kept_; ///< by slots of the store, as it was before the first change
+    std::unordered_set<AetNodeBase const *> loose_; ///< kept, too, but no members
 };
 
 PublishCounts Publication::run(U32 marker) {
+    checkFunctions();
     compareFunctions();
     if (changed_.empty() && vanished_.empty()) {
         return counts_;
@@ -98,15 +105,28 @@ U32 Publication::placeOf(AetNodeBase const & node) const {
     return *place;
 }
 
+void Publication::checkFunctions() const {
+    for (auto const & function : program_.functions) {
+        checkPublishable(*function);
+    }
+}
+
+/// What is published under the name, if it could have been published by us.
+Function const * Publication::published(String const & name) const {
+    auto const function = status_.aet(std::string_view(name));
+    bool const isOurs =
+        function && function->typeData().number() == Function::classNumber && !isTooDeep(*function);
+    return isOurs ? static_cast<Function const *>(function.get()) : nullptr;
+}
+
 void Publication::compareFunctions() {
     std::unordered_set<std::string_view> names;
     for (auto const & function : program_.functions) {
         names.insert(function->funcName());
-        auto const published =
-            ptrCast<Function const>(status_.aet(std::string_view(function->funcName())));
-        if (published && digests_.of(*published) == digests_.of(*function)) {
-            stored_[placeOf(*function)] = published.get();
-            keep(*published);
+        auto const * const before = published(function->funcName());
+        if (before != nullptr && digests_.of(*before) == digests_.of(*function)) {
+            stored_[placeOf(*function)] = before;
+            keep(*before);
         } else {
             changed_.push_back(function.get());
         }
@@ -121,7 +141,7 @@ void Publication::compareFunctions() {
 void Publication::indexValues() {
     values_.reserve(store_.size());
     store_.forEachNode([this](Ptr<AetNodeBase> const & node) {
-        if (isSharedValue(*node)) {
+        if (isSharedValue(*node) && !isTooDeep(*node)) {
             values_.emplace(node->hash(0), node.get());
         }
     });
@@ -170,10 +190,13 @@ void Publication::useNode(U32 place, std::vector<bool> & used) {
     });
 }
 
+// A function that was published otherwise may hold nodes that are no members: they stay with it.
 void Publication::keep(AetNodeBase const & root) {
     auto const enter = [this](AetNodeBase const & node) {
         std::size_t const slot = store_.slotOf(node);
-        QCF_ASSERT_TEXT(slot < kept_.size(), "the nodes of a published function are stored");
+        if (slot == AetCollections::noSlot) {
+            return loose_.insert(&node).second;
+        }
         bool const isNew = !kept_[slot];
         kept_[slot] = true;
         return isNew;
@@ -240,7 +263,8 @@ void Publication::removeUnused() {
     }
 }
 
-// A node of the program that needs no other key or child goes in as it is.
+// A node of the program that needs no other key or child goes in as it is, unless it is in a store
+// already.
 void Publication::addNewNodes() {
     auto const mapped = [this](AetNodeBase const & child) {
         return PtrConst<AetNodeBase>(stored_[placeOf(child)]);
@@ -248,7 +272,7 @@ void Publication::addNewNodes() {
     store_.reserveMore(new_.size());
     for (std::size_t i = 0; i < new_.size(); ++i) {
         AetNodeBase const & node = *program_.nodes[new_[i]];
-        bool same = newKeys_[i] == node.aetNodeKey();
+        bool same = newKeys_[i] == node.aetNodeKey() && node.parent() == nullptr;
         node.typeData().visitChildren(
             node, [&](Eval::FieldInfo const &, AetNodeBase const * child) {
                 same = same && (child == nullptr || stored_[placeOf(*child)] == child);
@@ -276,6 +300,7 @@ void Publication::setFunctions() {
 
 PublishCounts publishProgram(Documents::Program const & program, AllFunctionStatus & status,
                              FunctionDigests & digests, U32 marker) {
+    status.aetNodesIs();
     return Publication(program, status, digests).run(marker);
 }
 

@@ -22,7 +22,10 @@ struct PublishCounts {
 /// nodes that are in the store are shared; the new nodes have the program's keys if none of those
 /// is in use, else keys above all others in the program's order, so that the log of an evaluation
 /// reads the same. Nodes that no function uses any more go. The changes are bracketed by the
-/// status's markers; there are none when nothing differs.
+/// status's markers; there are none when nothing differs. The program's nodes become members as
+/// they are where they can: those that are in another store already are copied.
+///
+/// Throws MirrorError before anything is changed when a function cannot be published.
 PublishCounts publishProgram(Documents::Program const & program, AllFunctionStatus & status,
                              FunctionDigests & digests, U32 marker);
 

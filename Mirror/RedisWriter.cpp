@@ -1,5 +1,7 @@
 #include "Mirror/RedisWriter.h"
 
+#include "Mirror/StatusCopy.h"
+
 #include <array>
 #include <thread>
 
@@ -33,12 +35,23 @@ RedisWriter::RedisWriter(RedisOptions options, String const & name, Report repor
       replica_(std::make_unique<Replica>(name)) {}
 
 PublishOutcome RedisWriter::publish(Documents::Program const & program) {
+    return persist([&](Replica & replica, U64 version) {
+        return publishProgram(program, *replica.status(), replica.digests(),
+                              static_cast<U32>(version));
+    });
+}
+
+PublishOutcome RedisWriter::publish(AllFunctionStatus const & status) {
+    return persist([&](Replica & replica, U64) { return copyStatus(status, *replica.status()); });
+}
+
+PublishOutcome RedisWriter::persist(Change const & change) {
     // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): read where an attempt fails
     auto const deadline = std::chrono::steady_clock::now() + settings_.patience;
     for (auto pause = std::chrono::milliseconds(20);; pause *= 2) {
         String trouble;
         try {
-            return attempt(program);
+            return attempt(change);
         } catch (RedisConnectionError const & error) {
             trouble = error.what();
         } catch (RedisRefusal const & refusal) {
@@ -51,6 +64,9 @@ PublishOutcome RedisWriter::publish(Documents::Program const & program) {
                 throw;
             }
             trouble = refusal.what();
+        } catch (MirrorError const &) {
+            connection_.reset();
+            throw;
         }
         connection_.reset();
         if (std::chrono::steady_clock::now() + pause >= deadline) {
@@ -61,11 +77,11 @@ PublishOutcome RedisWriter::publish(Documents::Program const & program) {
     }
 }
 
-PublishOutcome RedisWriter::attempt(Documents::Program const & program) {
+PublishOutcome RedisWriter::attempt(Change const & change) {
     if (!connection_) {
         open();
     }
-    PublishOutcome outcome = publishChanges(program);
+    PublishOutcome outcome = publishChanges(change);
     state_ = readState(*connection_, keys_);
     if (snapshotIsDue()) {
         writeSnapshot();
@@ -75,21 +91,18 @@ PublishOutcome RedisWriter::attempt(Documents::Program const & program) {
     return outcome;
 }
 
-// From here on the replica is ahead of the server, until the last step was answered: whoever throws
-// in between loses the connection, and with it the replica.
-PublishOutcome RedisWriter::publishChanges(Documents::Program const & program) {
+// From the change on the replica is ahead of the server, until the last step was answered: whoever
+// throws in between loses the connection, and with it the replica.
+PublishOutcome RedisWriter::publishChanges(Change const & change) {
     U64 const version = std::max(state_.version.number, replica_->version().number) + 1;
-    AllFunctionStatus & status = *replica_->status();
     PublishOutcome outcome;
-    outcome.counts =
-        publishProgram(program, status, replica_->digests(), static_cast<U32>(version));
-    outcome.functions = status.aet().size();
-    outcome.nodes = status.nodes().size();
-    if (outcome.counts.changed() || !whole_) {
-        BatchStart const start{version, newBatchId(), whole_ ? replica_->version().id : String()};
-        Batch const batch = source_->takeBatch(start, replica_->digest());
+    outcome.counts = change(*replica_, version);
+    if (source_->hasChanges() || !whole_) {
+        Batch const batch = takeBatch(version);
         outcome.changed = true;
         outcome.version = batch.version();
+        outcome.functions = batch.functions;
+        outcome.nodes = batch.nodes;
         outcome.bytes = batch.bytes();
         unconfirmed_ = outcome;
         send(batch);
@@ -98,9 +111,23 @@ PublishOutcome RedisWriter::publishChanges(Documents::Program const & program) {
         whole_ = true;
     } else if (unconfirmed_ && unconfirmed_->version == replica_->version()) {
         outcome = *unconfirmed_; // it was done, only the answer was lost
+    } else {
+        AetCollections const * const store = storeOf(status());
+        outcome.functions = status().aet().size();
+        outcome.nodes = store != nullptr ? store->size() : 0;
     }
     outcome.version = replica_->version();
     return outcome;
+}
+
+Batch RedisWriter::takeBatch(U64 version) {
+    bool const buildsOn = whole_ && !source_->replaced();
+    BatchStart const start{version, newBatchId(), buildsOn ? replica_->version().id : String()};
+    Batch batch = source_->takeBatch(start, replica_->digest());
+    if (AetCollections * const store = storeOf(status())) {
+        store->dirtyCollKeysDel();
+    }
+    return batch;
 }
 
 void RedisWriter::open() {

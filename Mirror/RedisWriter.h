@@ -46,13 +46,23 @@ public:
     /// Makes the program the published state, publishing what differs. Tries again while the server
     /// is away, up to the patience. Throws FencedError, RedisConnectionError, RedisRefusal.
     PublishOutcome publish(Documents::Program const & program);
+    /// Makes what the status holds the published state, however it was filled: its functions under
+    /// all their names, its nodes under their keys, markers and flags. No batch may be under way in
+    /// it. Throws MirrorError, too, when it holds something that cannot be published; what was
+    /// published before stays.
+    PublishOutcome publish(AllFunctionStatus const & status);
 
     /// What this writer holds to be published.
     AllFunctionStatus const & status() const { return *replica_->status(); }
 
 private:
-    PublishOutcome attempt(Documents::Program const & program);
-    PublishOutcome publishChanges(Documents::Program const & program);
+    /// Makes the replica's status what is to be published; `version` is the one that comes next.
+    using Change = std::function<PublishCounts(Replica & replica, U64 version)>;
+
+    PublishOutcome persist(Change const & change);
+    PublishOutcome attempt(Change const & change);
+    PublishOutcome publishChanges(Change const & change);
+    Batch takeBatch(U64 version);
     void open();
     void lead();
     void send(Batch const & batch);

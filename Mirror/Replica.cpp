@@ -13,7 +13,9 @@ PtrConst<PolicyVersion> Replica::policy() const {
     for (auto const & [name, function] : status_->aet()) {
         functions.emplace(name, ptrCast<Eval::Function const>(function));
     }
-    return makePtr<PolicyVersion>(version_, std::move(functions), status_->nodes().size());
+    auto const * const nodes = storeOf(*status_);
+    return makePtr<PolicyVersion>(version_, std::move(functions),
+                                  nodes != nullptr ? nodes->size() : 0);
 }
 
 namespace {
@@ -33,12 +35,12 @@ AllFunctionStatus::Functions changedFunctions(AllFunctionStatus const * base,
 }
 
 /// The size of the store after the changes.
-std::size_t changedSize(AllFunctionStatus const * base, BatchChanges const & changes) {
+std::size_t changedSize(AetCollections const * base, BatchChanges const & changes) {
     std::size_t size = changes.nodes().size();
     if (base != nullptr) {
-        size += base->nodes().size();
-        for (U64 const key : changes.removed()) {
-            size -= base->nodes().anyNode(key, [](auto const &) { return true; }) ? 1 : 0;
+        size += base->size();
+        for (CollKey const & place : changes.removed()) {
+            size -= base->node(place.collection, place.key) ? 1 : 0;
         }
     }
     return size;
@@ -50,6 +52,14 @@ std::size_t changedSize(AllFunctionStatus const * base, BatchChanges const & cha
 
 } // namespace
 
+// Functions that stay under their names need not be looked at: their digest is known.
+bool Replica::isDigest(Digest const & digest, AllFunctionStatus const * base,
+                       BatchChanges const & changes) {
+    return base != nullptr && changes.functions().empty()
+               ? digest == version_.digest
+               : digest == digests_.of(changedFunctions(base, changes));
+}
+
 // Everything that can fail comes first.
 void Replica::apply(StagedBatch const & batch) {
     bool const fromNothing = batch.start().base.empty();
@@ -57,45 +67,55 @@ void Replica::apply(StagedBatch const & batch) {
         refuse(batch, "it builds on another version than " + version_.toString());
     }
     AllFunctionStatus const * const base = fromNothing ? nullptr : status_.get();
+    AetCollections const * const store = base != nullptr ? storeOf(*base) : nullptr;
     try {
-        BatchChanges const changes(batch, base != nullptr ? &base->nodes() : nullptr);
-        if (digests_.of(changedFunctions(base, changes)) != batch.version().digest) {
+        BatchChanges const changes(batch, store);
+        if (!isDigest(batch.version().digest, base, changes)) {
             refuse(batch, "its functions are not those that were published");
         }
-        if (changedSize(base, changes) != batch.nodes()) {
+        if (changedSize(store, changes) != batch.nodes()) {
             refuse(batch, "its nodes are not as many as were published");
         }
-        commit(changes, fromNothing, static_cast<U32>(batch.start().version));
+        commit(changes, fromNothing);
+        if (fromNothing || !changes.functions().empty()) {
+            digests_.keepInUse();
+        }
     } catch (DocumentError const & error) {
         throw MirrorError(error.what());
     }
     version_ = batch.version();
-    digests_.keepInUse();
 }
 
-void Replica::commit(BatchChanges const & changes, bool fromNothing, U32 marker) {
-    // Markers rise within one life of a name; a name that begins anew starts them again.
-    status_->endOfDedupedFunctionUpdatesMarkerIs(marker - 1);
-    status_->startOfDedupedFunctionUpdatesMarkerIs(marker);
+// Between the markers, as the publisher brackets its changes, and with its values of them.
+void Replica::commit(BatchChanges const & changes, bool fromNothing) {
+    StatusFields const & fields = changes.status();
+    status_->startOfDedupedFunctionUpdatesMarkerIs(fields.startMarker);
     if (fromNothing) {
         status_->reset();
     }
+    if (fields.store) {
+        status_->aetNodesIs();
+        changeNodes(changes);
+    } else {
+        status_->aetNodesDel();
+    }
+    for (auto const & [name, function] : changes.functions()) {
+        status_->aetIs(name, function);
+    }
+    status_->dedupedFunctionsPresentIs(fields.dedupedFunctionsPresent);
+    status_->endOfDedupedFunctionUpdatesMarkerIs(fields.endMarker);
+}
+
+void Replica::changeNodes(BatchChanges const & changes) {
     AetCollections & nodes = status_->nodes();
-    for (U64 const key : changes.removed()) {
-        if (auto const node = nodes.anyNode(key, [](auto const &) { return true; })) {
-            nodes.nodeDel(static_cast<U16>(node->typeData().number()), key);
-        }
+    for (CollKey const & place : changes.removed()) {
+        nodes.nodeDel(place.collection, place.key);
     }
     nodes.reserveMore(changes.nodes().size());
     for (auto const & node : changes.nodes()) {
         nodes.nodeIs(node);
     }
-    for (auto const & [name, function] : changes.functions()) {
-        status_->aetIs(name, function);
-    }
     nodes.dirtyCollKeysDel();
-    status_->dedupedFunctionsPresentIs(true);
-    status_->endOfDedupedFunctionUpdatesMarkerIs(marker);
 }
 
 } // namespace Qcf::Mirror

@@ -30,7 +30,10 @@ public:
     PtrConst<PolicyVersion> policy() const;
 
 private:
-    void commit(BatchChanges const & changes, bool fromNothing, U32 marker);
+    bool isDigest(Digest const & digest, AllFunctionStatus const * base,
+                  BatchChanges const & changes);
+    void commit(BatchChanges const & changes, bool fromNothing);
+    void changeNodes(BatchChanges const & changes);
 
     Ptr<AllFunctionStatus> status_;
     VersionId version_;

@@ -32,6 +32,16 @@ void eachTextLine(std::string_view piece, U64 number, Visit && visit) {
     }
 }
 
+/// Before anything else in the start line: other formats may say more, or it differently.
+void checkFormat(JsonObjectReader & start) {
+    auto const format = start.optional("format");
+    U64 const number = format ? format->expectU64() : 1;
+    if (number != batchFormat) {
+        start.object().fail("", "batch of format " + std::to_string(batchFormat),
+                            "one of format " + std::to_string(number));
+    }
+}
+
 U64 lineCount(std::string_view piece) {
     return static_cast<U64>(std::count(piece.begin(), piece.end(), '\n'));
 }
@@ -53,6 +63,7 @@ StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(pla
         JsonDocument line(place_);
         line.parseLine(firstPiece, 1);
         JsonObjectReader reader(onlyMember(line, "start"), "start");
+        checkFormat(reader);
         batch_.start.version = reader.require("version").expectU64(1);
         batch_.start.id = readString(reader, "id");
         batch_.start.base = readString(reader, "base");

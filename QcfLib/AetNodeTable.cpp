@@ -36,6 +36,11 @@ std::size_t AetNodeTable::slotOf(U16 classNumber, U64 key) const {
     return none;
 }
 
+std::size_t AetNodeTable::slotOf(Node const & node) const {
+    std::size_t const slot = slotOf(classNumberOf(node), node.aetNodeKey());
+    return slot != none && slots_[slot].get() == &node ? slot : none;
+}
+
 Ptr<AetNodeTable::Node> const * AetNodeTable::find(U16 classNumber, U64 key) const {
     std::size_t const slot = slotOf(classNumber, key);
     return slot == none ? nullptr : &slots_[slot];

@@ -19,8 +19,8 @@ public:
     std::size_t size() const { return size_; }
     /// Slots there are; one of them is a node's until the table changes.
     std::size_t slots() const { return slots_.size(); }
-    /// The slot of that node; `none` when it is not there.
-    std::size_t slotOf(U16 classNumber, U64 key) const;
+    /// The slot of this very node; `none` when it is not there.
+    std::size_t slotOf(Node const & node) const;
     std::size_t bytes() const { return slots_.capacity() * sizeof(Ptr<Node>) + tags_.capacity(); }
 
     /// The node; null when it is not there. The pointer is good until the table changes.
@@ -56,6 +56,7 @@ private:
     /// A few bits of class and key beside each slot spare most looks at a node that is not the one.
     static U8 tagOf(U16 classNumber, U64 key);
     static U16 classNumberOf(Node const & node);
+    std::size_t slotOf(U16 classNumber, U64 key) const;
     std::size_t home(U64 key) const;
     bool isRoomFor(std::size_t size) const { return size * 4 <= slots_.size() * 3; }
     std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }

@@ -2,8 +2,6 @@
 
 #include "Platform/Framework/Assert.h"
 
-#include <algorithm>
-
 namespace Qcf {
 
 namespace {
@@ -14,7 +12,7 @@ U16 collectionOf(Eval::AetNodeBase const & node) {
 
 } // namespace
 
-AetCollections::AetCollections() : sizes_(Eval::nodeClasses().size()) {}
+AetCollections::AetCollections() : keys_(Eval::nodeClasses().size()) {}
 
 AetCollections::~AetCollections() {
     // Nodes may outlive the store: in a program that was read, or under an evaluation.
@@ -31,8 +29,9 @@ Ptr<AetCollections::Node> AetCollections::nodeIs(Ptr<Node> const & node) {
     if (auto const * present = table_.find(collection, node->aetNodeKey())) {
         return *present;
     }
+    QCF_ASSERT_TEXT(node->parent() == nullptr, "a node is a member of one store at most");
     table_.insert(node);
-    ++sizes_[collection];
+    keys_[collection].add(node->aetNodeKey());
     node->parentIs(this);
     changed(collection, node->aetNodeKey(), Notification::added);
     return node;
@@ -41,7 +40,7 @@ Ptr<AetCollections::Node> AetCollections::nodeIs(Ptr<Node> const & node) {
 Ptr<AetCollections::Node> AetCollections::nodeDel(U16 collection, U64 key) {
     Ptr<Node> removed = table_.remove(collection, key);
     if (removed) {
-        --sizes_[collection];
+        keys_[collection].remove(isMemberOf(collection));
         if (removed->parent() == this) {
             removed->parentIs(nullptr);
         }
@@ -66,63 +65,40 @@ bool AetCollections::holds(Node const & node) const {
     return present != nullptr && *present == &node;
 }
 
-std::size_t AetCollections::slotOf(Node const & member) const {
-    return table_.slotOf(collectionOf(member), member.aetNodeKey());
-}
-
 void AetCollections::reserveMore(std::size_t count) {
     table_.reserve(table_.size() + count);
-    dirty_.reserve(dirty_.size() + count);
+    dirty_.reserveMore(count);
 }
 
 std::vector<U64> AetCollections::keys(U16 collection) const {
-    std::vector<U64> keys;
-    if (sizes_[collection] == 0) {
-        return keys;
-    }
-    keys.reserve(sizes_[collection]);
-    forEachNode([&](Ptr<Node> const & node) {
-        if (collectionOf(*node) == collection) {
-            keys.push_back(node->aetNodeKey());
-        }
-    });
-    std::sort(keys.begin(), keys.end());
-    return keys;
+    return keys_[collection].rising(isMemberOf(collection));
 }
 
 std::size_t AetCollections::bytes() const {
-    return table_.bytes() + sizes_.capacity() * sizeof(U32) + dirty_.capacity() * sizeof(CollKey);
+    std::size_t bytes = table_.bytes() + dirty_.bytes() + keys_.capacity() * sizeof(AetKeyList);
+    for (AetKeyList const & keys : keys_) {
+        bytes += keys.bytes();
+    }
+    return bytes;
 }
 
 void AetCollections::changed(U16 collection, U64 key, Notification::Kind kind) {
-    // One that nobody flushes must not grow with every change for ever: doubles go now and then.
-    if (dirty_.size() >= 1024 && dirty_.size() >= 2 * sortedDirty_ &&
-        dirty_.size() == dirty_.capacity()) {
-        sortDirty();
+    dirty_.add({collection, key}, kind);
+    for (AetChanges * const follower : followers_) {
+        follower->add({collection, key}, kind);
     }
-    dirty_.push_back({collection, key});
     publish({.attribute = Eval::nodeClasses()[collection].collection,
              .kind = kind,
              .key = key,
              .subject = this});
 }
 
-void AetCollections::sortDirty() const {
-    if (sortedDirty_ != dirty_.size()) {
-        std::sort(dirty_.begin(), dirty_.end());
-        dirty_.erase(std::unique(dirty_.begin(), dirty_.end()), dirty_.end());
-        sortedDirty_ = dirty_.size();
+std::vector<CollKey> AetCollections::dirtyCollKeys() const {
+    std::vector<CollKey> places;
+    for (AetChanges::Change const & change : dirty_.changes()) {
+        places.push_back(change.place());
     }
-}
-
-std::vector<AetCollections::CollKey> const & AetCollections::dirtyCollKeys() const {
-    sortDirty();
-    return dirty_;
-}
-
-void AetCollections::dirtyCollKeysDel() {
-    dirty_ = {};
-    sortedDirty_ = 0;
+    return places;
 }
 
 } // namespace Qcf

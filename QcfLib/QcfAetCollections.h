@@ -1,8 +1,9 @@
 #pragma once
 
+#include "QcfLib/AetChanges.h"
+#include "QcfLib/AetKeyList.h"
 #include "QcfLib/AetNodeTable.h"
 
-#include <compare>
 #include <functional>
 
 namespace Qcf {
@@ -10,42 +11,41 @@ namespace Qcf {
 /// The untyped core of the store: every node of every published function, a collection a class, in
 /// the order of Eval::nodeClasses(), keyed by the node's key.
 ///
-/// A member's parent is the store. Each effective change is published by the store's publisher: the
-/// collection's name as the attribute, added or removed, and the key. One publishing thread changes
-/// the store; evaluating threads reach the nodes through the functions that hold them.
+/// A member's parent is the store, and a node is a member of one store at most. Each effective
+/// change is published by the store's publisher: the collection's name as the attribute, added or
+/// removed, and the key. One publishing thread changes the store; evaluating threads reach the
+/// nodes through the functions that hold them.
 class AetCollections : public Entity {
 public:
     using Node = Eval::AetNodeBase;
 
-    /// A member that was added or removed since the last flush.
-    struct CollKey {
-        U16 collection;
-        U64 key;
-        auto operator<=>(CollKey const &) const = default;
-    };
+    using CollKey = Qcf::CollKey;
 
     ~AetCollections() override;
     TypeData const & typeData() const override;
 
     /// Puts a node that was built elsewhere into its class's collection. A member that is there
-    /// under its key already stays, and is returned: a key always denotes the same node.
+    /// under its key already stays, and is returned: a key always denotes the same node. One that
+    /// is put in must not be another store's member, which is asserted.
     Ptr<Node> nodeIs(Ptr<Node> const & node);
     /// Takes a member out; returns it, or null when there is none.
     Ptr<Node> nodeDel(U16 collection, U64 key);
-    /// Takes every member of one collection out.
+    /// Takes every member of one collection out, at a cost in proportion to them.
     void nodeDelAll(U16 collection);
     /// The member; null when there is none.
     Ptr<Node> node(U16 collection, U64 key) const;
     /// Whether this very node is a member.
     bool holds(Node const & node) const;
-    /// Numbers that tell members apart while the store does not change: below `slots()`.
-    std::size_t slotOf(Node const & member) const;
+    /// Numbers that tell members apart while the store does not change: below `slots()`. `noSlot`
+    /// for a node that is none.
+    std::size_t slotOf(Node const & node) const { return table_.slotOf(node); }
+    static constexpr std::size_t noSlot = AetNodeTable::none;
     std::size_t slots() const { return table_.slots(); }
     /// Makes room for so many more members.
     void reserveMore(std::size_t count);
 
     /// A member of that key that `wanted(node)` accepts, of whatever class; null when there is
-    /// none. For publishers whose keys are unique over all classes.
+    /// none.
     template <typename Predicate>
     Ptr<Node> anyNode(U64 key, Predicate && wanted) const {
         auto const * const found = table_.findAny(key, std::forward<Predicate>(wanted));
@@ -53,7 +53,7 @@ public:
     }
 
     std::size_t size() const { return table_.size(); }
-    std::size_t size(U16 collection) const { return sizes_[collection]; }
+    std::size_t size(U16 collection) const { return keys_[collection].size(); }
     /// The keys of a collection, rising.
     std::vector<U64> keys(U16 collection) const;
     /// Calls `visit(Ptr<Node> const &)` for every member, in no particular order. The visitor must
@@ -65,12 +65,19 @@ public:
     /// Memory of the store itself, without the nodes.
     std::size_t bytes() const;
 
-    /// Whether any collection has keys changed since the last flush.
-    bool hasDirtyCollKeys() const { return !dirty_.empty(); }
-    /// Those keys, each once, by collection and key. A member that came and went counts too.
-    std::vector<CollKey> const & dirtyCollKeys() const;
+    /// Whether any collection has keys changed since the last flush, be it that a member only came
+    /// and went.
+    bool hasDirtyCollKeys() const { return dirty_.touched(); }
+    /// The keys under which something else stands than at the last flush, each once, by collection
+    /// and key.
+    std::vector<CollKey> dirtyCollKeys() const;
     /// Flushes: nothing is dirty any more.
-    void dirtyCollKeysDel();
+    void dirtyCollKeysDel() { dirty_.clear(); }
+
+    /// Notes every change in `changes` as well, from here on until `followerDel`: any number may
+    /// follow a store, each at its own pace. It must outlive that.
+    void followerIs(AetChanges & changes) { followers_.push_back(&changes); }
+    void followerDel(AetChanges & changes) { std::erase(followers_, &changes); }
 
 protected:
     AetCollections();
@@ -92,12 +99,15 @@ protected:
 
 private:
     void changed(U16 collection, U64 key, Notification::Kind kind);
-    void sortDirty() const;
+    /// What tells a collection's members among the keys that were.
+    auto isMemberOf(U16 collection) const {
+        return [this, collection](U64 key) { return table_.find(collection, key) != nullptr; };
+    }
 
     AetNodeTable table_;
-    std::vector<U32> sizes_;
-    mutable std::vector<CollKey> dirty_; ///< sorted and free of doubles up to sortedDirty_
-    mutable std::size_t sortedDirty_ = 0;
+    std::vector<AetKeyList> keys_; ///< by collection
+    AetChanges dirty_;
+    std::vector<AetChanges *> followers_;
 };
 
 } // namespace Qcf

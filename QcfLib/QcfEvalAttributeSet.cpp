@@ -79,6 +79,12 @@ FlagSet<Names>::FlagSet(U64 bits) : bits_(bits) {
 }
 
 template <typename Names>
+void FlagSet<Names>::refuse(std::size_t bit) {
+    throw std::out_of_range(String(Names::type) + " has " + std::to_string(width) +
+                            " flags, none of the number " + std::to_string(bit));
+}
+
+template <typename Names>
 FlagSet<Names>::FlagSet(CharRange & text) {
     expect(text, "Value(");
     if (auto const type = quoted(text); type != Names::type) {

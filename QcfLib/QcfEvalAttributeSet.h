@@ -30,8 +30,17 @@ public:
     static FlagSet strepToValue(String const & text);
 
     constexpr U64 value() const { return bits_; }
-    constexpr bool contains(std::size_t bit) const { return ((bits_ >> bit) & 1) != 0; }
-    constexpr void insert(std::size_t bit) { bits_ |= U64{1} << bit; }
+    constexpr bool contains(std::size_t bit) const {
+        return bit < width && ((bits_ >> bit) & 1) != 0;
+    }
+    /// Throws std::out_of_range for a bit at or above the width, which `bitOf` gives for a name
+    /// that no flag has.
+    constexpr void insert(std::size_t bit) {
+        if (bit >= width) {
+            refuse(bit);
+        }
+        bits_ |= U64{1} << bit;
+    }
     constexpr bool empty() const { return bits_ == 0; }
     constexpr bool operator==(FlagSet const &) const = default;
 
@@ -46,6 +55,8 @@ public:
     static char const * nameOf(std::size_t bit) { return Names::name(bit); }
 
 private:
+    [[noreturn]] static void refuse(std::size_t bit);
+
     U64 bits_ = 0;
 };
 

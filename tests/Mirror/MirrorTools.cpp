@@ -1,6 +1,9 @@
 #include "tests/Mirror/MirrorTools.h"
 
+#include "QcfLib/QcfAllAetEntities.h"
+
 #include <algorithm>
+#include <set>
 
 namespace Qcf::Mirror::test {
 
@@ -55,6 +58,98 @@ String flatDocument(AllFunctionStatus const & status) {
     RendererV2 renderer(text);
     Documents::writeProgram(program, renderer);
     return text;
+}
+
+namespace {
+
+using Node = Eval::AetNodeBase;
+
+String nameOf(Node const & node) {
+    return String(node.typeData().name) + " " + std::to_string(node.aetNodeKey());
+}
+
+std::vector<Node const *> childrenOf(Node const & node) {
+    std::vector<Node const *> children;
+    node.typeData().visitChildren(
+        node, [&](Eval::FieldInfo const &, Node const * child) { children.push_back(child); });
+    return children;
+}
+
+/// Trees, node by node, each pair once.
+class TreeComparison {
+public:
+    TreeComparison(AllFunctionStatus const & source, AllFunctionStatus const & copy)
+        : source_(source), copy_(copy) {}
+
+    bool same(Node const & a, Node const & b) {
+        if (!seen_.emplace(&a, &b).second) {
+            return true;
+        }
+        auto const ours = childrenOf(a);
+        auto const theirs = childrenOf(b);
+        bool const alike = &a.typeData() == &b.typeData() && a.aetNodeKey() == b.aetNodeKey() &&
+                           isMember(source_, a) == isMember(copy_, b) &&
+                           a.compare(PtrConst<Node>(&b)) && ours.size() == theirs.size();
+        return alike && std::equal(ours.begin(), ours.end(), theirs.begin(),
+                                   [this](Node const * one, Node const * other) {
+                                       return one == nullptr || other == nullptr
+                                                  ? one == other
+                                                  : same(*one, *other);
+                                   });
+    }
+
+private:
+    static bool isMember(AllFunctionStatus const & status, Node const & node) {
+        return status.aetNodes() && status.nodes().holds(node);
+    }
+
+    AllFunctionStatus const & source_;
+    AllFunctionStatus const & copy_;
+    std::set<std::pair<Node const *, Node const *>> seen_;
+};
+
+String differingField(AllFunctionStatus const & source, AllFunctionStatus const & copy) {
+    if (source.dedupedFunctionsPresent() != copy.dedupedFunctionsPresent()) {
+        return "dedupedFunctionsPresent";
+    }
+    if (source.startOfDedupedFunctionUpdatesMarker() !=
+        copy.startOfDedupedFunctionUpdatesMarker()) {
+        return "start marker " + std::to_string(copy.startOfDedupedFunctionUpdatesMarker());
+    }
+    if (source.endOfDedupedFunctionUpdatesMarker() != copy.endOfDedupedFunctionUpdatesMarker()) {
+        return "end marker " + std::to_string(copy.endOfDedupedFunctionUpdatesMarker());
+    }
+    return !source.aetNodes() == !copy.aetNodes() ? "" : "store";
+}
+
+} // namespace
+
+String difference(AllFunctionStatus const & source, AllFunctionStatus const & copy) {
+    String field = differingField(source, copy);
+    TreeComparison trees(source, copy);
+    if (field.empty() && source.aetNodes()) {
+        if (source.nodes().size() != copy.nodes().size()) {
+            field = "size of the store " + std::to_string(copy.nodes().size());
+        }
+        source.nodes().forEachNode([&](Ptr<Node> const & node) {
+            auto const twin =
+                copy.nodes().node(static_cast<U16>(node->typeData().number()), node->aetNodeKey());
+            if (!twin || !trees.same(*node, *twin)) {
+                field = nameOf(*node);
+            }
+        });
+    }
+    if (field.empty() && source.aet().size() != copy.aet().size()) {
+        field = "number of functions " + std::to_string(copy.aet().size());
+    }
+    for (auto const & [name, function] : source.aet()) {
+        auto const twin = copy.aet(std::string_view(name));
+        if (field.empty() &&
+            (!twin || !trees.same(*function, *twin) || function->funcName() != twin->funcName())) {
+            field = "function " + name;
+        }
+    }
+    return field;
 }
 
 bool Lines::tell(std::string_view text) const {

@@ -23,6 +23,10 @@ std::vector<TestFunction> alike(std::size_t count, U64 value);
 /// The status as a flat document: nodes in key order, functions in name order.
 String flatDocument(AllFunctionStatus const & status);
 
+/// Where a copy of a status is not equal to its source: a field, a name or a node. Empty when it is
+/// equal field by field, down to the keys of the nodes that others hold.
+String difference(AllFunctionStatus const & source, AllFunctionStatus const & copy);
+
 /// An agent that keeps what was written back.
 class TestContext final : public Eval::EvalContext {
 public:

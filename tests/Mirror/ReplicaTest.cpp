@@ -69,7 +69,7 @@ TEST(Replica, smallPiecesSayTheSame) {
     Source source;
     BatchWriter writer({1, "one", ""}, 1);
     writer.node(*Eval::test::NodeMaker::node(*Eval::findNodeClass("IntImmediate"), 5));
-    auto const batch = writer.finish(source.digests.of(AllFunctionStatus::Functions()), 0, 1);
+    auto const batch = writer.finish({}, source.digests.of(AllFunctionStatus::Functions()), 0, 1);
     EXPECT_EQ(batch.pieces.size(), 3U);
     Replica replica("test");
     replica.apply(staged(batch.pieces));
@@ -88,31 +88,67 @@ TEST(Replica, aBatchThatDoesNotFitChangesNothing) {
     auto const node = [](char const * name, U64 key) {
         return Eval::test::NodeMaker::node(*Eval::findNodeClass(name), key);
     };
+    auto const place = [](char const * name, U64 key) {
+        return CollKey{static_cast<U16>(Eval::findNodeClass(name)->number()), key};
+    };
     std::vector<Fault> const faults{
-        [](BatchWriter & writer) { writer.function("a", 424242); },
-        [](BatchWriter & writer) { writer.function("a", 1); },
+        [](BatchWriter & writer) { writer.function("a", {.number = 424242}); },
+        [](BatchWriter & writer) { writer.function("a", {.number = 1}); },
+        [](BatchWriter & writer) { writer.function("a", {.loose = true, .number = 0}); },
         [](BatchWriter & writer) { writer.functionDel("a"); },
-        [](BatchWriter & writer) { writer.remove({1}); },
+        [&](BatchWriter & writer) {
+            writer.remove({place("Med", 1), place("IntImmediate", 2)});
+        },
         [&](BatchWriter & writer) { writer.node(*node("IntImmediate", 1)); },
         [&](BatchWriter & writer) {
             writer.node(*node("IntImmediate", 900));
-            writer.node(*node("Med", 900));
+            writer.node(*node("IntImmediate", 900));
         },
         [&](BatchWriter & writer) {
-            writer.remove({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+            std::vector<CollKey> places;
+            source.status->nodes().forEachNode([&](Ptr<Eval::AetNodeBase> const & each) {
+                places.push_back(place(each->typeData().name, each->aetNodeKey()));
+            });
+            writer.remove(places);
             writer.node(*node("IntIs", 900));
+        },
+        [&](BatchWriter & writer) { writer.looseNode(1, *node("IntImmediate", 900), WireStyle()); },
+        [&](BatchWriter & writer) {
+            writer.node(*node("IntIs", 901), WireStyle([](Eval::AetNodeBase const &) {
+                return NodeReference{.number = 1, .className = "IntIs"};
+            }));
         },
     };
     for (std::size_t i = 0; i < faults.size(); ++i) {
         BatchWriter writer({2, "other", "one"});
         faults[i](writer);
-        auto const batch = writer.finish(source.first.digest, 2, source.first.nodes);
+        auto const batch = writer.finish(StatusFields::of(*source.status), source.first.digest, 2,
+                                         source.first.nodes);
         EXPECT_THROW(replica.apply(staged(batch.pieces)), MirrorError) << i;
         EXPECT_EQ(flatDocument(*replica.status()), source.firstFlat) << i;
     }
     EXPECT_EQ(replica.version(), before);
     replica.apply(staged(source.second.pieces));
     EXPECT_EQ(replica.version().number, 2U);
+}
+
+TEST(StagedBatch, otherFormatsAreRefusedByTheirStart) {
+    struct Case {
+        char const * line;
+        char const * why;
+    };
+    for (Case const & each : std::vector<Case>{
+             {R"({"start":{"version":1,"id":"a","base":""}})", "found one of format 1"},
+             {R"({"start":{"format":3,"version":1,"id":"a","news":[]}})", "found one of format 3"},
+             {R"({"start":{"format":"2","version":1,"id":"a","base":""}})", "/start/format"},
+         }) {
+        try {
+            StagedBatch const batch("changes", String(each.line) + "\n");
+            FAIL() << each.line;
+        } catch (MirrorError const & error) {
+            EXPECT_NE(String(error.what()).find(each.why), String::npos) << error.what();
+        }
+    }
 }
 
 TEST(StagedBatch, anyDamageIsNoticed) {

@@ -33,6 +33,16 @@ void readsBackEveryBit() {
     EXPECT_EQ(Set::bitOf("nothing"), Set::width);
 }
 
+template <typename Set>
+void refusesFlagsThatItHasNot() {
+    Set set(1);
+    for (std::size_t const bit : {Set::bitOf("nothing"), std::size_t{63}, std::size_t{64}}) {
+        EXPECT_THROW(set.insert(bit), std::out_of_range);
+        EXPECT_FALSE(set.contains(bit));
+        EXPECT_EQ(set, Set(1));
+    }
+}
+
 } // namespace
 
 TEST(AttributeSets, ReadBackWhatTheyWrite) {
@@ -47,6 +57,11 @@ TEST(AttributeSets, ReadBackWhatTheyWrite) {
     EXPECT_TRUE(textOf(ModifiableAttributeSet())
                     .starts_with("Value('Qcf::Eval::ModifiableAttributeSet', ** "
                                  "{'aigp_accumulation_metric': False, "));
+}
+
+TEST(AttributeSets, HaveNoFlagsBeyondTheirWidth) {
+    refusesFlagsThatItHasNot<AttributeSet>();
+    refusesFlagsThatItHasNot<ModifiableAttributeSet>();
 }
 
 TEST(AttributeSets, Grammar) {

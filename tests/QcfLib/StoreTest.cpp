@@ -2,6 +2,7 @@
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
 
+#include <chrono>
 #include <map>
 #include <random>
 
@@ -120,7 +121,6 @@ TEST(Store, dirtyKeysAreThoseOfEffectiveChangesSinceTheFlush) {
     store->medCollIs(5);
     store->blockCollIs(9, nullptr);
     store->medCollIs(2);
-    store->medCollDel(5);
     U16 const med = collectionNumber("Med");
     U16 const block = collectionNumber("Block");
     EXPECT_THAT(store->dirtyCollKeys(),
@@ -133,16 +133,97 @@ TEST(Store, dirtyKeysAreThoseOfEffectiveChangesSinceTheFlush) {
     EXPECT_FALSE(store->hasDirtyCollKeys()) << "nothing changed";
     store->medCollDel(2);
     EXPECT_THAT(store->dirtyCollKeys(), ElementsAre(CollKey{med, 2}));
+    store->medCollIs(2);
+    EXPECT_THAT(store->dirtyCollKeys(), ElementsAre(CollKey{med, 2})) << "another node";
+    store->dirtyCollKeysDel();
+
+    store->medCollIs(6);
+    store->medCollDel(6);
+    EXPECT_TRUE(store->hasDirtyCollKeys()) << "changed, and changed back";
+    EXPECT_THAT(store->dirtyCollKeys(), IsEmpty());
 }
 
-TEST(Store, dirtyKeysThatNobodyFlushesStayBounded) {
+TEST(Store, membersThatCameAndWentLeaveNothingBehind) {
     auto const store = allAetEntitiesFactory();
-    for (int i = 0; i < 100'000; ++i) {
-        store->medCollIs(1);
-        store->medCollDel(1);
+    store->medCollIs(1);
+    std::size_t const before = store->bytes();
+    for (U64 key = 2; key < 100'000; ++key) {
+        store->medCollIs(key);
+        store->medCollDel(key);
     }
-    EXPECT_LT(store->bytes(), 100'000U);
-    EXPECT_EQ(store->dirtyCollKeys().size(), 1U);
+    EXPECT_LT(store->bytes(), before + 5000) << "one after the other";
+
+    for (U64 key = 2; key < 20'000; ++key) {
+        store->medCollIs(key);
+        store->blockCollIs(key, nullptr);
+    }
+    for (U64 key = 19'999; key > 1; --key) {
+        store->medCollDel(key);
+    }
+    store->blockCollDelAll();
+    // What stays is the room of the table that all of them stood in at one time.
+    EXPECT_LT(store->bytes(), before + 9 * 65536 + 5000) << "all together";
+    EXPECT_THAT(store->dirtyCollKeys(), ElementsAre(CollKey{collectionNumber("Med"), 1}));
+    EXPECT_THAT(store->keys(collectionNumber("Med")), ElementsAre(1));
+}
+
+TEST(Store, followersNoteChangesEachAtItsOwnPace) {
+    auto const store = allAetEntitiesFactory();
+    store->medCollIs(1);
+    AetChanges early;
+    AetChanges late;
+    store->followerIs(early);
+    store->medCollIs(2);
+    store->followerIs(late);
+    store->medCollDel(1);
+    store->medCollIs(1);
+    store->medCollDel(2);
+    store->dirtyCollKeysDel();
+    auto const kinds = [](AetChanges const & changes) {
+        std::map<U64, Notification::Kind> kinds;
+        for (auto const & change : changes.changes()) {
+            kinds[change.key] = change.kind;
+        }
+        return kinds;
+    };
+    using Kinds = std::map<U64, Notification::Kind>;
+    EXPECT_EQ(kinds(early), (Kinds{{1, Notification::changed}}));
+    EXPECT_EQ(kinds(late), (Kinds{{1, Notification::changed}, {2, Notification::removed}}));
+    early.clear();
+    store->medCollDel(1);
+    store->followerDel(early);
+    store->medCollIs(3);
+    EXPECT_EQ(kinds(early), (Kinds{{1, Notification::removed}}));
+    EXPECT_EQ(
+        kinds(late),
+        (Kinds{{1, Notification::removed}, {2, Notification::removed}, {3, Notification::added}}));
+    store->followerDel(late);
+}
+
+// A walk over the whole store at each call would take a minute here.
+TEST(Store, takingOneCollectionOutCostsNothingOfTheOthers) {
+    auto const store = allAetEntitiesFactory();
+    for (U64 key = 0; key < 300'000; ++key) {
+        store->intImmediateCollIs(key, key, false);
+    }
+    auto const start = std::chrono::steady_clock::now();
+    for (U64 key = 0; key < 5000; ++key) {
+        store->medCollIs(key);
+        store->medCollDelAll();
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(store->size(), 300'000U);
+}
+
+TEST(Store, aNodeIsAMemberOfOneStoreAtMost) {
+    auto const first = allAetEntitiesFactory();
+    auto const second = allAetEntitiesFactory();
+    auto const node = first->medCollIs(1);
+    EXPECT_DEATH(second->nodeIs(node), "a node is a member of one store at most");
+    EXPECT_EQ(node->parent(), first.get());
+    first->medCollDel(1);
+    EXPECT_EQ(second->nodeIs(node), node);
+    EXPECT_EQ(node->parent(), second.get());
 }
 
 TEST(Store, everyCollectionIsInTheOrderOfTheClasses) {

@@ -1,0 +1,41 @@
+#include "Mirror/Publishable.h"
+
+#include "Mirror/MirrorError.h"
+#include "Mirror/TreeDepth.h"
+#include "Platform/Render/Utf8.h"
+#include "QcfLib/QcfEval.h"
+
+#include <functional>
+
+namespace Qcf::Mirror {
+
+String depthWanted() {
+    return "tree of at most " + std::to_string(Eval::maximumTreeDepth) + " levels";
+}
+
+void checkPublishable(Eval::AetNodeBase const & node) {
+    auto const classes = Eval::nodeClasses();
+    Eval::NodeClass const * const nodeClass = &node.typeData();
+    std::less<> const before;
+    if (before(nodeClass, classes.data()) || !before(nodeClass, classes.data() + classes.size())) {
+        throw MirrorError("node " + std::to_string(node.aetNodeKey()) +
+                          ": its class is none that can be published");
+    }
+    if (isTooDeep(node)) {
+        throw MirrorError(String(nodeClass->name) + " " + std::to_string(node.aetNodeKey()) +
+                          " wants a " + depthWanted() + ", found a deeper one");
+    }
+}
+
+Eval::Function const & publishableFunction(String const & name,
+                                           Eval::FunctionBase const & function) {
+    constexpr std::size_t longestName = 100;
+    if (function.typeData().number() != Eval::Function::classNumber) {
+        throw MirrorError("function \"" + oneLine(name, longestName) +
+                          "\": its class is none that can be published");
+    }
+    checkPublishable(function);
+    return static_cast<Eval::Function const &>(function);
+}
+
+} // namespace Qcf::Mirror

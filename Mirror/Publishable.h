@@ -1,0 +1,25 @@
+#pragma once
+
+#include "QcfLib/QcfLib.h"
+
+namespace Qcf::Eval {
+class Function;
+}
+
+namespace Qcf::Mirror {
+
+// What a publisher's status may hold, but no reader can be given: it is refused with a MirrorError
+// that names it, before anything of it is sent.
+
+/// Throws for a node of a class that is none of the engine's, or with a tree under it that is
+/// deeper than any that may be evaluated.
+void checkPublishable(Eval::AetNodeBase const & node);
+
+/// The function as the engine's class; throws for any other, and as above.
+Eval::Function const & publishableFunction(String const & name,
+                                           Eval::FunctionBase const & function);
+
+/// "tree of at most 2048 levels".
+String depthWanted();
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,165 @@
+#include "Mirror/LocalChannel.h"
+#include "Mirror/RedisFollower.h"
+#include "Mirror/RedisWriter.h"
+#include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
+#include "tests/Mirror/CreatorStores.h"
+#include "tests/Mirror/MirrorTools.h"
+#include "tests/Mirror/RedisServer.h"
+
+#include <gtest/gtest.h>
+
+/// Trees that are too deep to be walked come neither in nor out, and end nobody.
+namespace Qcf::Mirror {
+namespace {
+
+using test::deepExpression;
+using test::difference;
+using test::Lines;
+
+/// The levels of `not` above a constant, whose two nodes are levels, too, that just pass.
+constexpr U32 most = 2046;
+
+String refusal(std::function<void()> const & work) {
+    try {
+        work();
+    } catch (MirrorError const & error) {
+        return error.what();
+    }
+    return "";
+}
+
+StagedBatch staged(Batch const & batch) {
+    StagedBatch result("changes", batch.pieces.front());
+    for (std::size_t i = 1; i + 1 < batch.pieces.size(); ++i) {
+        result.add(batch.pieces[i]);
+    }
+    result.finish(batch.pieces.back());
+    return result;
+}
+
+/// A batch of one chain of that depth, as a writer without the limit would make it.
+Batch batchOf(U32 levels, BatchStart const & start) {
+    BatchWriter writer(start);
+    std::vector<Eval::AetNodeBase const *> nodes;
+    auto const top = deepExpression(levels);
+    for (Eval::AetNodeBase const * node = top.get(); node != nullptr;) {
+        nodes.push_back(node);
+        Eval::AetNodeBase const * below = nullptr;
+        node->typeData().visitChildren(
+            *node,
+            [&](Eval::FieldInfo const &, Eval::AetNodeBase const * child) { below = child; });
+        node = below;
+    }
+    std::for_each(nodes.rbegin(), nodes.rend(), [&](auto const * node) { writer.node(*node); });
+    FunctionDigests digests;
+    return writer.finish({}, digests.of(AllFunctionStatus::Functions()), 0, nodes.size());
+}
+
+TEST(Depth, aBatchThatIsTooDeepChangesNothing) {
+    Replica replica("test");
+    replica.apply(staged(batchOf(most, {1, "one", ""})));
+    ASSERT_EQ(replica.status()->nodes().size(), most + 2);
+    for (char const * base : {"one", ""}) {
+        auto const batch = staged(batchOf(most + 1, {2, "two", base}));
+        String const why = refusal([&] { replica.apply(batch); });
+        // Keys fall towards the top, whose key is 0 in the last line but two.
+        EXPECT_TRUE(why.starts_with("changes:" + std::to_string(most + 4) +
+                                    ":/class: NotExpression wants tree of at most 2048 levels"))
+            << why;
+        EXPECT_EQ(replica.status()->nodes().size(), most + 2);
+        EXPECT_EQ(replica.version().id, "one");
+    }
+    replica.apply(staged(batchOf(3, {2, "two", ""})));
+    EXPECT_EQ(replica.status()->nodes().size(), 5U);
+}
+
+/// Ways in which a status may hold such a tree.
+struct DeepStatus {
+    char const * what;
+    std::function<void(AllFunctionStatus &, PtrConst<Eval::Expression> const &)> fill;
+};
+
+PtrConst<Eval::Function> functionOver(PtrConst<Eval::Expression> const & expression) {
+    return Eval::functionFactory(
+        1, "deep", FunctionMetadata{}, Routing::Policy::RouteMapFeatures{},
+        Eval::AccessibleAttributes{}, false,
+        Eval::blockFactory(1, Eval::expressionListFactory(1, expression, nullptr)));
+}
+
+std::vector<DeepStatus> const deepStatuses{
+    {"a node of the store",
+     [](AllFunctionStatus & status, PtrConst<Eval::Expression> const & expression) {
+         status.aetNodesIs()->notExpressionCollIs(1'000'000, expression);
+     }},
+    {"a function that the store does not hold",
+     [](AllFunctionStatus & status, PtrConst<Eval::Expression> const & expression) {
+         status.aetIs("deep", functionOver(expression));
+     }},
+};
+
+void undo(AllFunctionStatus & status) {
+    status.aetDel("deep");
+    status.aetNodesIs()->notExpressionCollDel(1'000'000);
+}
+
+TEST(Depth, whatAPublisherHoldsBeyondItIsRefusedAndToldOnce) {
+    auto const expression = deepExpression(3000);
+    for (DeepStatus const & deep : deepStatuses) {
+        auto const status = allFunctionStatusFactory("test");
+        Lines lines;
+        LocalChannel channel(status, lines.sink());
+        Mirror mirror("test");
+        channel.attach(mirror);
+        status->aetIs("good", test::storedFunction(*status->aetNodesIs(), 1, "good"));
+        auto const good = mirror.version();
+
+        status->startOfDedupedFunctionUpdatesMarkerIs(1);
+        deep.fill(*status, expression);
+        EXPECT_NO_THROW(status->endOfDedupedFunctionUpdatesMarkerIs(1)) << deep.what;
+        status->aetNodesIs()->medCollIs(7);
+        EXPECT_EQ(mirror.version(), good) << deep.what;
+        EXPECT_EQ(mirror.view().current()->functions().size(), 1U) << deep.what;
+        EXPECT_TRUE(lines.tell("wants a tree of at most 2048 levels")) << deep.what << lines.all();
+        EXPECT_EQ(lines.lines.size(), 1U) << lines.all();
+        Mirror late("late");
+        EXPECT_EQ(refusal([&] { channel.attach(late); }), lines.lines.at(0)) << deep.what;
+
+        status->startOfDedupedFunctionUpdatesMarkerIs(2);
+        undo(*status);
+        status->endOfDedupedFunctionUpdatesMarkerIs(2);
+        EXPECT_EQ(difference(*status, mirror.status()), "") << deep.what;
+        EXPECT_EQ(channel.trouble(), "");
+        channel.attach(late);
+        EXPECT_EQ(difference(*status, late.status()), "") << deep.what;
+    }
+}
+
+TEST(Depth, isNotPublishedToRedis) {
+    QCF_NEEDS_REDIS();
+    test::RedisServer const server;
+    Lines lines;
+    RedisWriter writer(server.options(), "edge", lines.sink());
+    auto const status = allFunctionStatusFactory("test");
+    status->aetIs("good", test::storedFunction(*status->aetNodesIs(), 1, "good"));
+    auto const good = writer.publish(*status).version;
+    auto const expression = deepExpression(3000);
+    for (DeepStatus const & deep : deepStatuses) {
+        deep.fill(*status, expression);
+        EXPECT_NE(refusal([&] { writer.publish(*status); }), "") << deep.what;
+        undo(*status);
+        EXPECT_FALSE(writer.publish(*status).changed) << deep.what;
+    }
+    Documents::Program program;
+    program.functions.push_back(functionOver(expression));
+    EXPECT_NE(refusal([&] { writer.publish(program); }), "");
+    status->startOfDedupedFunctionUpdatesMarkerIs(9);
+    EXPECT_NE(refusal([&] { writer.publish(*status); }), "") << "a batch is under way";
+
+    Mirror mirror("edge");
+    RedisFollower follower(server.options(), mirror, lines.sink());
+    follower.poll(std::chrono::milliseconds(100));
+    EXPECT_EQ(mirror.version(), good) << lines.all();
+}
+
+} // namespace
+} // namespace Qcf::Mirror
