@@ -2,7 +2,6 @@
 
 #include "Mirror/NodeCopy.h"
 #include "Mirror/Publishable.h"
-#include "Mirror/TreeDepth.h"
 #include "QcfLib/QcfEval.h"
 
 namespace Qcf::Mirror {

@@ -1,7 +1,6 @@
 #include "Mirror/Publishable.h"
 
 #include "Mirror/MirrorError.h"
-#include "Mirror/TreeDepth.h"
 #include "Platform/Render/Utf8.h"
 #include "QcfLib/QcfEval.h"
 

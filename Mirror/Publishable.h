@@ -11,6 +11,11 @@ namespace Qcf::Mirror {
 // What a publisher's status may hold, but no reader can be given: it is refused with a MirrorError
 // that names it, before anything of it is sent.
 
+/// Whether the tree under the node is deeper than any that is taken from outside.
+inline bool isTooDeep(Eval::AetNodeBase const & node) {
+    return node.treeDepth() > Eval::maximumTreeDepth;
+}
+
 /// Throws for a node of a class that is none of the engine's, or with a tree under it that is
 /// deeper than any that may be evaluated.
 void checkPublishable(Eval::AetNodeBase const & node);

@@ -6,7 +6,6 @@
 #include "Mirror/NodeCopy.h"
 #include "Mirror/NodeWalk.h"
 #include "Mirror/Publishable.h"
-#include "Mirror/TreeDepth.h"
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
 

@@ -103,7 +103,7 @@ void undo(AllFunctionStatus & status) {
 }
 
 TEST(Depth, whatAPublisherHoldsBeyondItIsRefusedAndToldOnce) {
-    auto const expression = deepExpression(3000);
+    auto const expression = deepExpression(500'000);
     for (DeepStatus const & deep : deepStatuses) {
         auto const status = allFunctionStatusFactory("test");
         Lines lines;
@@ -142,7 +142,7 @@ TEST(Depth, isNotPublishedToRedis) {
     auto const status = allFunctionStatusFactory("test");
     status->aetIs("good", test::storedFunction(*status->aetNodesIs(), 1, "good"));
     auto const good = writer.publish(*status).version;
-    auto const expression = deepExpression(3000);
+    auto const expression = deepExpression(500'000);
     for (DeepStatus const & deep : deepStatuses) {
         deep.fill(*status, expression);
         EXPECT_NE(refusal([&] { writer.publish(*status); }), "") << deep.what;
