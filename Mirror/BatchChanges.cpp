@@ -12,9 +12,8 @@ using Eval::NodeClass;
 namespace {
 
 constexpr FieldInfo functionReference{
-    "ref", "PtrConst<Function>", "Function", true, [](Eval::AetNodeBase const & node) {
-        return node.typeData().number() == Eval::Function::classNumber;
-    }};
+    "ref", "PtrConst<Function>", "Function", true,
+    [](Entity const & node) { return dynamic_cast<Eval::Function const *>(&node) != nullptr; }};
 
 NodeClass const & expectClass(JsonValue const & name) {
     NodeClass const * const nodeClass = Eval::findNodeClass(name.expectString());
