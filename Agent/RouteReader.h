@@ -70,8 +70,8 @@ public:
 /// or bzip2. What it is is told by its content alone; an empty file is a table without routes.
 ///
 /// `report` is given the damage that is met and what follows compressed data, one line each, which
-/// names the file; after the first 20 lines only their number is told, at the end. Throws RouteFileError for a file that cannot be
-/// opened or is neither format.
+/// names the file; after the first 20 lines only their number is told, at the end. Throws
+/// RouteFileError for a file that cannot be opened or is neither format.
 std::unique_ptr<RouteReader> openRoutes(String const & path, Reporter report);
 
 /// The same for bytes that are at hand; `name` is what the texts call them.
