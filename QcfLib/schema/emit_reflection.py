@@ -16,6 +16,8 @@ def guarded(owner, name, cpp, shown):
 
 
 def contentField(owner, s):
+    if s.kind.isSet:
+        return guarded(owner, s.stem, s.kind.cpp, f"valueText::of(o.{s.stem}.ptr())")
     # The path may be that of an earlier route, which is gone.
     return guarded(owner, s.stem, s.kind.cpp, f"o.{s.stem} != nullptr") if s.kindName == "asPath" else field(owner, s.stem, s.kind.cpp)
 

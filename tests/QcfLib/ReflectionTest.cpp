@@ -106,6 +106,7 @@ TEST(Reflection, ContextsAndWhatTheyHold) {
     EXPECT_EQ(&type, &TypeDataOf<EvalContext>::get()); // an agent's own class has none
     EXPECT_STREQ(type.base, "GeneratedEvalContext");
     make<Attribute::Med>()->setVal(5, context);
+    make<Attribute::Community>()->setVal(setOf<U64SmallVector>({3, 4}), context);
     context->communityInput();
     context->intSetScratch().push_back(4);
 
@@ -116,6 +117,11 @@ TEST(Reflection, ContextsAndWhatTheyHold) {
     EXPECT_EQ(textOf(layer, "attributeContent", attributes), "AttributeContent");
     auto const & content = *context->attributeContentIs();
     EXPECT_EQ(textOf(content.typeData(), "med", &content), "5");
+    EXPECT_EQ(textOf(content.typeData(), "community", &content), "3,4");
+    EXPECT_EQ(textOf(content.typeData(), "extCommunity", &content), "null");
+    for (FieldInfo const & field : content.typeData().fields) {
+        EXPECT_NE(field.text(&content), "...") << field.name;
+    }
     EvalContext const * const whole = context.get();
     EXPECT_EQ(textOf(type, "stackFrameDataFromCaller", whole), "null");
     EXPECT_EQ(textOf(type, "stackFrameDataFromPOA", whole), "{}");
