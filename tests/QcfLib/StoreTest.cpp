@@ -180,11 +180,11 @@ TEST(Store, followersNoteChangesEachAtItsOwnPace) {
     store->medCollDel(2);
     store->dirtyCollKeysDel();
     auto const kinds = [](AetChanges const & changes) {
-        std::map<U64, Notification::Kind> kinds;
+        std::map<U64, Notification::Kind> byKey;
         for (auto const & change : changes.changes()) {
-            kinds[change.key] = change.kind;
+            byKey[change.key] = change.kind;
         }
-        return kinds;
+        return byKey;
     };
     using Kinds = std::map<U64, Notification::Kind>;
     EXPECT_EQ(kinds(early), (Kinds{{1, Notification::changed}}));
