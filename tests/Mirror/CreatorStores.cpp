@@ -85,7 +85,7 @@ void nodesThatAreNoMembers(AllFunctionStatus & status) {
     store->intIsCollDel(4);
     auto const elsewhere = allAetEntitiesFactory();
     status.aetIs("elsewhere", storedFunction(*elsewhere, 1, "elsewhere"));
-    status.aetIs("twice", elsewhere->functionColl(1));
+    status.aetIs("twice", elsewhere->functionColl(6));
 }
 
 void fields(AllFunctionStatus & status) {
@@ -116,12 +116,12 @@ Ptr<Function> storedFunction(AllAetEntities & store, U64 key, String const & fun
     auto const expression = store.triStateBoolExpressionCollIs(key + 1, truth);
     auto const end = store.returnExpressionCollIs(key + 2, expression);
     auto const body = store.blockCollIs(key + 3, store.expressionListCollIs(key + 4, end, nullptr));
-    return store.functionCollIs(key, funcName, {}, {}, {}, false, body);
+    return store.functionCollIs(key + 5, funcName, {}, {}, {}, false, body);
 }
 
 PtrConst<Expression> deepExpression(U32 levels) {
     PtrConst<Expression> expression = triStateBoolExpressionFactory(
-        levels, triStateBoolImmediateFactory(levels, TriStateBoolValue::true_));
+        levels, triStateBoolImmediateFactory(levels + 1, TriStateBoolValue::true_));
     while (levels-- > 0) {
         expression = notExpressionFactory(levels, expression);
     }
