@@ -30,25 +30,37 @@ Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values
 }
 
 /// One thread's copies of the sets that lists permit, made when they are first asked for, so that
-/// handing one on counts in memory of the thread's own. Good for as long as the lists live.
+/// handing one on counts in memory of the thread's own.
 template <typename Set>
 class PermittedSets {
 public:
     /// Null for none.
     Ptr<Set> const & of(CommunityMatcher<Set> const & list) {
-        auto const [entry, isNew] = copies_.try_emplace(&list);
-        if (isNew && list.permitted()) {
-            entry->second = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
-            entry->second->values().reserve(list.permitted()->count());
-            for (auto const & value : *list.permitted()) {
-                entry->second->insert(value);
-            }
+        Copy & copy = copies_[&list];
+        if (copy.of != list.permitted()) { // new, or of a list that stood at the same address
+            copy.of = list.permitted();
+            copy.set = copy.of ? copyOf(*copy.of) : nullptr;
         }
-        return entry->second;
+        return copy.set;
     }
 
 private:
-    std::unordered_map<CommunityMatcher<Set> const *, Ptr<Set>> copies_;
+    /// It keeps the set that it was made of, which so has its address for itself.
+    struct Copy {
+        Ptr<Set> of;
+        Ptr<Set> set;
+    };
+
+    static Ptr<Set> copyOf(Set const & set) {
+        auto copy = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
+        copy->values().reserve(set.count());
+        for (auto const & value : set) {
+            copy->insert(value);
+        }
+        return copy;
+    }
+
+    std::unordered_map<CommunityMatcher<Set> const *, Copy> copies_;
 };
 
 /// The communities of the list's permitting entries.

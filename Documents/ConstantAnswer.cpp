@@ -64,13 +64,17 @@ bool holds(Order order, Value const & a, Value const & b) {
 }
 
 std::optional<bool> answerOf(Sides<Int> const & sides) {
-    if (sides.lhs == sides.rhs) { // a value is the same however often it is read
-        return holds(sides.order, 0, 0);
-    }
-    auto const lhs = IntSpan::of(*sides.lhs);
+    auto lhs = IntSpan::of(*sides.lhs);
     auto const rhs = IntSpan::of(*sides.rhs);
     if (!lhs || !rhs) {
         return std::nullopt;
+    }
+    if (sides.lhs == sides.rhs && rhs->least() >= 0) {
+        return holds(sides.order, 0, 0); // a value is the same however often it is read
+    }
+    if (lhs->isOne()) { // the sign of the left side is of no account
+        S128 const magnitude = abs(lhs->least());
+        lhs = IntSpan(magnitude, magnitude);
     }
     if (sides.order == Order::is) {
         bool const always = lhs->isOne() && *lhs == *rhs;

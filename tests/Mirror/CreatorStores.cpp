@@ -119,11 +119,12 @@ Ptr<Function> storedFunction(AllAetEntities & store, U64 key, String const & fun
     return store.functionCollIs(key + 5, funcName, {}, {}, {}, false, body);
 }
 
-PtrConst<Expression> deepExpression(U32 levels) {
+PtrConst<Expression> deepExpression(U32 levels, U64 firstKey) {
+    U64 key = firstKey + levels;
     PtrConst<Expression> expression = triStateBoolExpressionFactory(
-        levels, triStateBoolImmediateFactory(levels + 1, TriStateBoolValue::true_));
-    while (levels-- > 0) {
-        expression = notExpressionFactory(levels, expression);
+        key, triStateBoolImmediateFactory(key + 1, TriStateBoolValue::true_));
+    while (key-- > firstKey) {
+        expression = notExpressionFactory(key, expression);
     }
     return expression;
 }

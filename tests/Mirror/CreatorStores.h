@@ -22,6 +22,6 @@ std::vector<Filling> const & fillings();
 Ptr<Eval::Function> storedFunction(AllAetEntities & store, U64 key, String const & funcName);
 
 /// A chain of so many `not` above a constant.
-PtrConst<Eval::Expression> deepExpression(U32 levels);
+PtrConst<Eval::Expression> deepExpression(U32 levels, U64 firstKey = 0);
 
 } // namespace Qcf::Mirror::test

@@ -38,10 +38,10 @@ StagedBatch staged(Batch const & batch) {
 }
 
 /// A batch of one chain of that depth, as a writer without the limit would make it.
-Batch batchOf(U32 levels, BatchStart const & start) {
+Batch batchOf(U32 levels, BatchStart const & start, U64 firstKey = 0) {
     BatchWriter writer(start);
     std::vector<Eval::AetNodeBase const *> nodes;
-    auto const top = deepExpression(levels);
+    auto const top = deepExpression(levels, firstKey);
     for (Eval::AetNodeBase const * node = top.get(); node != nullptr;) {
         nodes.push_back(node);
         Eval::AetNodeBase const * below = nullptr;
@@ -60,9 +60,9 @@ TEST(Depth, aBatchThatIsTooDeepChangesNothing) {
     replica.apply(staged(batchOf(most, {1, "one", ""})));
     ASSERT_EQ(replica.status()->nodes().size(), most + 2);
     for (char const * base : {"one", ""}) {
-        auto const batch = staged(batchOf(most + 1, {2, "two", base}));
+        auto const batch = staged(batchOf(most + 1, {2, "two", base}, 100'000));
         String const why = refusal([&] { replica.apply(batch); });
-        // Keys fall towards the top, whose key is 0 in the last line but two.
+        // Keys fall towards the top, which stands in the last line of a node.
         EXPECT_TRUE(why.starts_with("changes:" + std::to_string(most + 4) +
                                     ":/class: NotExpression wants tree of at most 2048 levels"))
             << why;

@@ -282,10 +282,10 @@ TEST_F(Redis, whateverIsDamagedIsToldAndMended) {
 TEST_F(Redis, aBatchWithAHoleIsNeverApplied) {
     RedisKeys const keys("edge");
     auto writer = this->writer({.smallSnapshot = 0});
-    auto const first = writer.publish(policy(alike(3, 1))).version;
+    auto const first = writer.publish(policy(alike(12, 1))).version;
     Follower follower(*server);
     ASSERT_TRUE(follower.reaches(first));
-    auto functions = alike(3, 1);
+    auto functions = alike(12, 1);
     functions[0].value = 2; // small enough that no snapshot is due
     auto const second = writer.publish(policy(functions));
     ASSERT_FALSE(second.snapshot);

@@ -70,7 +70,7 @@ TEST(Replica, smallPiecesSayTheSame) {
     BatchWriter writer({1, "one", ""}, 1);
     writer.node(*Eval::test::NodeMaker::node(*Eval::findNodeClass("IntImmediate"), 5));
     auto const batch = writer.finish({}, source.digests.of(AllFunctionStatus::Functions()), 0, 1);
-    EXPECT_EQ(batch.pieces.size(), 3U);
+    EXPECT_EQ(batch.pieces.size(), 4U); // start, node, status, end
     Replica replica("test");
     replica.apply(staged(batch.pieces));
     EXPECT_EQ(replica.status()->nodes().size(), 1U);
