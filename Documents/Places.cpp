@@ -20,7 +20,9 @@ void Places::sort() const {
 
 /// The node's first place in the entry, else its first one.
 Places::Noted const * Places::find(Eval::AetNodeBase const & node, U32 entry) const {
-    auto const [first, last] = std::ranges::equal_range(noted_, &node, std::less<>(), &Noted::node);
+    constexpr std::less<> before;
+    auto const first = std::ranges::lower_bound(noted_, &node, before, &Noted::node);
+    auto const last = std::ranges::upper_bound(first, noted_.end(), &node, before, &Noted::node);
     auto const at = std::ranges::lower_bound(first, last, entry, {}, &Noted::entry);
     if (at != last && at->entry == entry) {
         return &*at;
