@@ -45,6 +45,7 @@ public:
         bool const isAddition =
             changes.back().adds && added_.size() == changes.back().constants->count();
         whenEmpty_ = isAddition ? changes.back().constants : nullptr;
+        mostThatVanish_ = added_.empty() ? removed_.size() : 0;
     }
 
     PlanStep const * run(PlanRun run) const override {
@@ -86,8 +87,8 @@ private:
             return false;
         }
         // A set of which nothing is left stays as it is; the nodes store null.
-        bool const mayVanish = added_.empty() && set->count() <= removed_.size();
-        if (mayVanish && scannedAll(set->view(), std::span<Value const>(removed_))) {
+        if (set->count() <= mostThatVanish_ &&
+            scannedAll(set->view(), std::span<Value const>(removed_))) {
             return false;
         }
         // A union that is the constants themselves shares them.
@@ -105,6 +106,7 @@ private:
     std::vector<Value> removed_;
     std::vector<Value> added_;
     Set const * whenEmpty_;
+    std::size_t mostThatVanish_; ///< values of a set that can become empty
 };
 
 } // namespace Qcf::Eval

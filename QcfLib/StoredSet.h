@@ -17,56 +17,48 @@ class StoredSet {
 public:
     StoredSet() = default;
     /// A copy owns its set.
-    StoredSet(StoredSet const & other) : set_(other.set_) {}
-    StoredSet & operator=(StoredSet const & other) { return *this = PtrConst<Set>(other.set_); }
-    ~StoredSet() { clear(); }
+    StoredSet(StoredSet const & other) : StoredSet() { *this = other; }
+    StoredSet & operator=(StoredSet const & other) { return *this = PtrConst<Set>(other.shown_); }
+    ~StoredSet() { show(nullptr); }
 
     StoredSet & operator=(PtrConst<Set> set) {
-        clear();
-        set_ = std::move(set);
+        show(set.get());
+        owned_ = std::move(set);
         return *this;
     }
     /// Stores a set that outlives its being stored here.
     void borrow(Set const * set) {
-        if (set != set_.get()) {
-            clear();
-            set_ = PtrConst<Set>::adopt(set);
-            borrowed_ = set != nullptr;
+        show(set);
+        if (owned_ && owned_.get() != set) {
+            owned_ = nullptr;
         }
     }
     /// Counts a set that was borrowed, for when its owner may go first.
-    void settle() {
-        if (borrowed_) {
-            borrowed_ = false;
-            static_cast<void>(PtrConst<Set>(set_).release());
-        }
-    }
-    void clear() {
-        if (borrowed_) {
-            borrowed_ = false;
-            static_cast<void>(set_.release());
-        } else {
-            set_ = nullptr;
-        }
-    }
+    void settle() { owned_ = shown_; }
+    void clear() { borrow(nullptr); }
 
     /// Whether it keeps this very set alive.
-    bool owns(Set const * set) const { return !borrowed_ && set != nullptr && set == set_.get(); }
-    Set const * get() const { return set_.get(); }
-    Set const * operator->() const { return set_.get(); }
-    explicit operator bool() const { return static_cast<bool>(set_); }
-    PtrConst<Set> const & ptr() const { return set_; }
-    operator PtrConst<Set> const &() const { return set_; } // NOLINT(google-explicit-constructor)
+    bool owns(Set const * set) const { return set != nullptr && set == owned_.get(); }
+    Set const * get() const { return shown_.get(); }
+    Set const * operator->() const { return shown_.get(); }
+    explicit operator bool() const { return static_cast<bool>(shown_); }
+    PtrConst<Set> const & ptr() const { return shown_; }
+    operator PtrConst<Set> const &() const { return shown_; } // NOLINT(google-explicit-constructor)
 
-    friend bool operator==(StoredSet const & stored, std::nullptr_t) { return !stored.set_; }
+    friend bool operator==(StoredSet const & stored, std::nullptr_t) { return !stored.shown_; }
     template <typename Other>
     friend bool operator==(StoredSet const & stored, Ptr<Other> const & other) {
-        return stored.set_ == other;
+        return stored.shown_ == other;
     }
 
 private:
-    PtrConst<Set> set_;
-    bool borrowed_ = false;
+    void show(Set const * set) {
+        static_cast<void>(shown_.release());
+        shown_ = PtrConst<Set>::adopt(set);
+    }
+
+    PtrConst<Set> shown_; ///< never counted
+    PtrConst<Set> owned_; ///< the same set, counted; null while it is borrowed
 };
 
 } // namespace Qcf::Eval
