@@ -185,7 +185,7 @@ int check(Options const & options) {
     addFunctions(document, report);
     addRemarks(document, report);
     addLists(document, options, report);
-    standardOutput().write(options.format == "json" ? report.json() : report.text());
+    standardOutput().write(options.format == "json" ? report.jsonLines() : report.text());
     return report.good(options.strict) ? 0 : 1;
 }
 

@@ -56,6 +56,13 @@ bool CheckReport::good(bool strict) const {
            std::ranges::all_of(findings_, [&](auto const & row) { return row.severity <= most; });
 }
 
+String CheckReport::wrongOf(FunctionRow const & row) {
+    if (row.verdict == Verdict::sane) {
+        return "";
+    }
+    return row.reason.empty() ? String(wordOf(row.verdict)) : row.reason;
+}
+
 String CheckReport::text() const {
     String text;
     for (FunctionRow const & row : functions_) {
@@ -68,34 +75,29 @@ String CheckReport::text() const {
     return text;
 }
 
-String CheckReport::json() const {
+String CheckReport::jsonLines() const {
     String text;
-    RendererV2 out(text, RendererV2::Style::pretty);
-    out.beginObject();
-    out.key("functions");
-    out.beginArray();
+    for (FindingRow const & row : findings_) {
+        auto const colon = std::min(row.place.find(":/"), row.place.size());
+        RendererV2 out(text);
+        out.beginObject();
+        member(out, "file", row.place.substr(0, colon));
+        member(out, "pointer", row.place.substr(std::min(colon + 1, row.place.size())));
+        member(out, "severity", wordOf(row.severity));
+        member(out, "code", row.kind);
+        member(out, "message", row.text);
+        out.endObject();
+        out.endDocument();
+    }
     for (FunctionRow const & row : functions_) {
+        RendererV2 out(text);
         out.beginObject();
         member(out, "function", row.name);
-        member(out, "verdict", wordOf(row.verdict));
-        if (!row.reason.empty()) {
-            member(out, "reason", row.reason);
-        }
+        out.key("sane");
+        out.value(row.verdict == Verdict::sane);
+        member(out, "message", wrongOf(row));
         out.endObject();
+        out.endDocument();
     }
-    out.endArray();
-    out.key("findings");
-    out.beginArray();
-    for (FindingRow const & row : findings_) {
-        out.beginObject();
-        member(out, "severity", wordOf(row.severity));
-        member(out, "kind", row.kind);
-        member(out, "place", row.place);
-        member(out, "text", row.text);
-        out.endObject();
-    }
-    out.endArray();
-    out.endObject();
-    out.endDocument();
     return text;
 }

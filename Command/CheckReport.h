@@ -21,8 +21,9 @@ public:
     /// A line a function: "f: sane", "f: insane: REASON", "f: not read: REASON"; then a line a
     /// finding: "PLACE: warning: TEXT".
     String text() const;
-    /// An object of `functions` and `findings`.
-    String json() const;
+    /// The same for programs, one JSON object a line: what was found, with `file`, `pointer`,
+    /// `severity`, `code` and `message`, then the functions, with `function`, `sane` and `message`.
+    String jsonLines() const;
 
 private:
     struct FunctionRow {
@@ -36,6 +37,8 @@ private:
         String place;
         String text;
     };
+
+    static String wrongOf(FunctionRow const & row);
 
     std::vector<FunctionRow> functions_;
     std::vector<FindingRow> findings_;
