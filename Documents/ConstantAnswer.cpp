@@ -64,25 +64,22 @@ bool holds(Order order, Value const & a, Value const & b) {
 }
 
 std::optional<bool> answerOf(Sides<Int> const & sides) {
-    auto lhs = IntSpan::of(*sides.lhs);
+    bool const isSame = sides.lhs == sides.rhs && sides.lhs->typeData().attribute != nullptr;
+    if (isSame) { // an attribute is the same however often it is read
+        return holds(sides.order, 0, 0);
+    }
+    IntSpan const lhs = IntSpan::ofLeft(*sides.lhs);
     auto const rhs = IntSpan::of(*sides.rhs);
-    if (!lhs || !rhs) {
+    if (!rhs) {
         return std::nullopt;
     }
-    if (sides.lhs == sides.rhs && rhs->least() >= 0) {
-        return holds(sides.order, 0, 0); // a value is the same however often it is read
-    }
-    if (lhs->isOne()) { // the sign of the left side is of no account
-        S128 const magnitude = abs(lhs->least());
-        lhs = IntSpan(magnitude, magnitude);
-    }
     if (sides.order == Order::is) {
-        bool const always = lhs->isOne() && *lhs == *rhs;
-        return always || !lhs->meets(*rhs) ? std::optional(always) : std::nullopt;
+        bool const always = lhs.isOne() && lhs == *rhs;
+        return always || !lhs.meets(*rhs) ? std::optional(always) : std::nullopt;
     }
     // An order that holds, or fails, for both extreme pairs does so for every pair between.
-    bool const low = holds(sides.order, lhs->least(), rhs->most());
-    bool const high = holds(sides.order, lhs->most(), rhs->least());
+    bool const low = holds(sides.order, lhs.least(), rhs->most());
+    bool const high = holds(sides.order, lhs.most(), rhs->least());
     return low == high ? std::optional(low) : std::nullopt;
 }
 
@@ -110,13 +107,14 @@ std::optional<bool> answerOf(TriStateBoolIs const & comparison) {
 /// Never true when no element is among the values; never surely true otherwise.
 std::optional<bool> answerOf(IntInImmediateSet const & membership) {
     auto const * const set = dynamic_cast<IntSetImmediate const *>(membership.rhs().get());
-    auto const values = IntSpan::of(*membership.lhs());
-    if (set == nullptr || !values) {
+    if (set == nullptr) {
         return std::nullopt;
     }
+    IntSpan const values = IntSpan::ofLeft(*membership.lhs());
     for (auto const * link = set->head().get(); link != nullptr; link = link->next().get()) {
         auto const element = IntSpan::of(*link->entry());
-        if (!element || values->meets(element->asElement())) {
+        bool const isKnown = element && element->isOne();
+        if (!isKnown || values.meets(element->asElement())) {
             return std::nullopt;
         }
     }
@@ -155,15 +153,15 @@ String outOfRange(Modifier const & modifier, bool assigns) {
 /// Of a membership that may be true: an element that no value of the left side equals.
 String outOfRange(IntInImmediateSet const & membership) {
     auto const * const set = dynamic_cast<IntSetImmediate const *>(membership.rhs().get());
-    auto const values = IntSpan::of(*membership.lhs());
-    if (set == nullptr || !values || answerOf(membership)) {
+    if (set == nullptr || answerOf(membership)) {
         return {};
     }
+    IntSpan const values = IntSpan::ofLeft(*membership.lhs());
     for (auto const * link = set->head().get(); link != nullptr; link = link->next().get()) {
         auto const element = IntSpan::of(*link->entry());
-        if (element && element->isOne() && !values->meets(element->asElement())) {
+        if (element && element->isOne() && !values.meets(element->asElement())) {
             return nameOf(*link->entry()) + " is out of the range of " +
-                   membership.lhs()->toStrep() + ", " + values->text();
+                   membership.lhs()->toStrep() + ", " + values.text();
         }
     }
     return {};

@@ -40,6 +40,14 @@ std::optional<IntSpan> IntSpan::of(Eval::Int const & value) {
     return span;
 }
 
+IntSpan IntSpan::ofLeft(Eval::Int const & value) {
+    auto const span = of(value);
+    if (!span) {
+        return {0, ~U64{0}};
+    }
+    return span->least_ < 0 ? IntSpan(-span->least_, -span->least_) : *span;
+}
+
 bool IntSpan::meets(IntSpan const & other) const {
     bool const overlap = least_ <= other.most_ && other.least_ <= most_;
     return overlap || (also_ && other.has(*also_)) || (other.also_ && has(*other.also_)) ||

@@ -16,6 +16,8 @@ public:
     /// Of a constant its value, of an attribute its range; nothing for what is not known, such as
     /// an argument.
     static std::optional<IntSpan> of(Eval::Int const & value);
+    /// Of a left side, whose sign is of no account: an argument may be any magnitude.
+    static IntSpan ofLeft(Eval::Int const & value);
     /// What an element of a list or set can be.
     static IntSpan elements() { return {0, 0xFFFFFFFF}; }
 

@@ -153,9 +153,12 @@ TEST(Analysis, ComparisonsThatAnswerTheSameForEveryRoute) {
         {"IntIs", "5", "5", "always true: 5 and 5"},
         {"IntLessThan", med, med, "never true: med (0 to 4294967295) and med (0 to 4294967295)"},
         {"IntIs", med, R"("input.med")", ""},
-        {"IntLessThan", variable, "-170000", ""},
+        {"IntLessThan", variable, "170000", ""},
+        {"IntLessThan", variable, variable, ""},
         {"IntInImmediateSet", origin, "[3, 4]", "never true: origin (0 to 2 or 256) and { 3, 4 }"},
-        {"IntInImmediateSet", origin, "[3, 256]", ""},
+        {"IntInImmediateSet", origin, "[0, 256]", ""},
+        {"IntInImmediateSet", "-5", "[5]", ""},       // the sign is of no account here either
+        {"IntInImmediateSet", "5", R"(["med"])", ""}, // an element need not be a constant
         {"IntInImmediateSet", origin, "[]", "never true: origin (0 to 2 or 256) and {  }"},
         {"BandwidthLessThan", "1.5", "2.5", "always true: 1.5 and 2.5"},
         {"BandwidthIs", R"("ecmp.aggregate_link_bandwidth")", "-1.0", ""},
