@@ -26,7 +26,7 @@ Set * GeneratedEvalContext::fetchSet(Input input, Ptr<Set> & slot, ModifyFlag mo
     if (overrides(populate)) {
         (this->*populate)(slot);
     }
-    cache().populatedIs(input);
+    cache_->populatedIs(input);
     return slot.get();
 }
 

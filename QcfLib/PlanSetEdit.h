@@ -87,13 +87,18 @@ private:
             return false;
         }
         // A set of which nothing is left stays as it is; the nodes store null.
-        if (set->count() <= mostThatVanish_ &&
-            scannedAll(set->view(), std::span<Value const>(removed_))) {
+        if (set->count() <= mostThatVanish_ && vanishes(*set)) {
             return false;
         }
         // A union that is the constants themselves shares them.
         return set->count() >= added_.size() || whenEmpty_ == nullptr ||
                !setIsSubset(set, whenEmpty_);
+    }
+
+    /// Whether all that a set holds is removed.
+    bool vanishes(Set const & set) const {
+        return !(set.front() < removed_.front()) && !(removed_.back() < set.back()) &&
+               scannedAll(set.view(), std::span<Value const>(removed_));
     }
 
     void store(PlanRun run, Set const * set) const {

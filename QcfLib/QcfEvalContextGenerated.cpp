@@ -106,42 +106,42 @@ Routing::Bgp::AspathContainerFromExisting * GeneratedEvalContext::asPathInputMod
 }
 U64SmallVector * GeneratedEvalContext::communityInputFetch() const {
     return fetchSet(
-        Input::communityInput, cache().communityInput, ModifyFlag::copyOnWrite,
+        Input::communityInput, cache_->communityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::communityInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::communityInputModifiableFetch() const {
     return fetchSet(
-        Input::communityInputModifiable, cache().communityInputModifiable,
+        Input::communityInputModifiable, cache_->communityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::communityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::extCommunityInputFetch() const {
     return fetchSet(
-        Input::extCommunityInput, cache().extCommunityInput, ModifyFlag::copyOnWrite,
+        Input::extCommunityInput, cache_->extCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::extCommunityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::extCommunityInputModifiableFetch() const {
     return fetchSet(
-        Input::extCommunityInputModifiable, cache().extCommunityInputModifiable,
+        Input::extCommunityInputModifiable, cache_->extCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::extCommunityInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::isisLevelInputFetch() const {
     return fetchSet(
-        Input::isisLevelInput, cache().isisLevelInput, ModifyFlag::copyOnWrite,
+        Input::isisLevelInput, cache_->isisLevelInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::isisLevelInputPopulate);
 }
 U64SmallVector * GeneratedEvalContext::isisLevelInputModifiableFetch() const {
     return fetchSet(
-        Input::isisLevelInputModifiable, cache().isisLevelInputModifiable,
+        Input::isisLevelInputModifiable, cache_->isisLevelInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::isisLevelInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::largeCommunityInputFetch() const {
     return fetchSet(
-        Input::largeCommunityInput, cache().largeCommunityInput, ModifyFlag::copyOnWrite,
+        Input::largeCommunityInput, cache_->largeCommunityInput, ModifyFlag::copyOnWrite,
         &GeneratedEvalContext::largeCommunityInputPopulate);
 }
 CommunitySmallVector * GeneratedEvalContext::largeCommunityInputModifiableFetch() const {
     return fetchSet(
-        Input::largeCommunityInputModifiable, cache().largeCommunityInputModifiable,
+        Input::largeCommunityInputModifiable, cache_->largeCommunityInputModifiable,
         ModifyFlag::reuseOnWrite, &GeneratedEvalContext::largeCommunityInputPopulate);
 }
 

@@ -387,7 +387,8 @@ def contextSource():
     out += "\n"
     for s in CACHED:
         for suffix, flagged in (("Input", "copyOnWrite"), ("InputModifiable", "reuseOnWrite")):
-            slot = [f"Input::{s.stem}{suffix}", f"cache().{s.stem}{suffix}"]
+            access = "cache_->" if s.kind.isSet else "cache()."  # sets have been asked whether they are there
+            slot = [f"Input::{s.stem}{suffix}", f"{access}{s.stem}{suffix}"]
             if s.kind.isSet:
                 out += define(f"{s.kind.container} * GeneratedEvalContext::{s.stem}{suffix}Fetch(", [], ") const",
                               wrap("return fetchSet(", slot + [f"ModifyFlag::{flagged}", f"&GeneratedEvalContext::{s.stem}InputPopulate"], ");", 4).strip())

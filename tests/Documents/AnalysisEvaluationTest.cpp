@@ -26,7 +26,7 @@ bool isTrue(Eval::Expression const & node, Ptr<RecordingContext> const & context
 std::optional<bool> answerOverMeds(Eval::Expression const & comparison, S64 constant) {
     constexpr S64 largest = 4294967295;
     std::optional<bool> answer;
-    for (S64 const med : {S64{0}, largest, constant - 1, constant, constant + 1}) {
+    for (S64 const med : {S64{0}, largest, constant - 1, constant, constant + 1, -constant}) {
         if (med < 0 || med > largest) {
             continue;
         }
