@@ -27,8 +27,14 @@ if(QCF_SANITIZE STREQUAL "address")
     set(qcfSanitizers address,undefined)
 elseif(QCF_SANITIZE STREQUAL "thread")
     set(qcfSanitizers thread)
+elseif(QCF_SANITIZE STREQUAL "fuzz")
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "QCF_SANITIZE is 'fuzz': wants clang, which brings libFuzzer")
+    endif()
+    # Everything is instrumented, so that the fuzzer sees the paths that an input takes in it.
+    set(qcfSanitizers address,undefined,fuzzer-no-link)
 elseif(QCF_SANITIZE)
-    message(FATAL_ERROR "QCF_SANITIZE is '${QCF_SANITIZE}': wants address, thread or nothing")
+    message(FATAL_ERROR "QCF_SANITIZE is '${QCF_SANITIZE}': wants address, thread, fuzz or nothing")
 endif()
 if(QCF_SANITIZE)
     target_compile_options(QcfCompile INTERFACE
@@ -37,6 +43,9 @@ if(QCF_SANITIZE)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # Instrumented code makes g++ guess wrongly about what is initialised.
         target_compile_options(QcfCompile INTERFACE -Wno-maybe-uninitialized)
+    else()
+        target_compile_options(QcfCompile INTERFACE
+            -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizers.ignore)
     endif()
 endif()
 

@@ -23,6 +23,9 @@
 #include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size);
+/// Null in targets that have no mutations of their own.
+extern "C" [[gnu::weak]] std::size_t LLVMFuzzerCustomMutator(U8 * data, std::size_t size,
+                                                             std::size_t maxSize, unsigned seed);
 
 namespace {
 
@@ -32,6 +35,17 @@ struct Options {
     U32 first = 0;
     std::vector<String> corpus; ///< contents of the files
 };
+
+/// The mutations of bytes of this run.
+Mutator * byteMutator;
+
+extern "C" std::size_t LLVMFuzzerMutate(U8 * data, std::size_t size, std::size_t maxSize) {
+    String const text(reinterpret_cast<char const *>(data), size);
+    String const changed = byteMutator->mutate(text, {});
+    std::size_t const length = std::min(changed.size(), maxSize);
+    std::copy_n(changed.begin(), length, data);
+    return length;
+}
 
 /// What a dying run says of itself.
 char lastWords[64];
@@ -92,6 +106,21 @@ Options read(int argc, char ** argv) {
     return options;
 }
 
+/// An input for the run of that number.
+String mutated(Options const & options, U32 run) {
+    U32 const seed = options.seed * 1000003 + run;
+    String const & input = options.corpus[run % options.corpus.size()];
+    Mutator mutator(seed);
+    if (LLVMFuzzerCustomMutator == nullptr || seed % 4 == 0) {
+        return mutator.mutate(input, options.corpus);
+    }
+    byteMutator = &mutator;
+    std::vector<U8> bytes(input.begin(), input.end());
+    bytes.resize(2 * input.size() + 64);
+    bytes.resize(LLVMFuzzerCustomMutator(bytes.data(), input.size(), bytes.size(), seed));
+    return {bytes.begin(), bytes.end()};
+}
+
 void runOne(String const & input) {
     // A copy of exactly this size, so that a sanitizer sees a read past its end.
     std::vector<U8> const bytes(input.begin(), input.end());
@@ -113,8 +142,7 @@ int main(int argc, char ** argv) {
         std::snprintf(lastWords, sizeof lastWords, "\nfailed at -seed=%u -first=%u\n", options.seed,
                       run);
         ::alarm(secondsOfOneRun);
-        Mutator mutator(options.seed * 1000003 + run);
-        runOne(mutator.mutate(options.corpus[run % options.corpus.size()], options.corpus));
+        runOne(mutated(options, run));
     }
     std::cout << options.runs << " runs over " << options.corpus.size() << " files\n";
 }

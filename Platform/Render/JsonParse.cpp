@@ -20,7 +20,9 @@ public:
 
     explicit TextStream(std::string_view text) : begin_(text.data()), at_(text.data()) {}
     char Peek() const noexcept { return *at_; } // the text ends with NUL and holds no other
-    char Take() noexcept { return *at_++; }
+    /// At the end NUL again and again: RapidJSON takes all bytes that a character's first one calls
+    /// for before it looks at them.
+    char Take() noexcept { return *at_ == '\0' ? '\0' : *at_++; }
     std::size_t Tell() const noexcept { return static_cast<std::size_t>(at_ - begin_); }
 
     // For writing streams only; never called.

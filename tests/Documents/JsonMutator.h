@@ -25,6 +25,21 @@ public:
         return text;
     }
 
+    /// A value of `text` is replaced by one of `other` that stands under the same name there.
+    String cross(String text, String const & other) {
+        auto const values = valuesOf(text);
+        auto const others = valuesOf(other);
+        for (U32 tries = 0; tries < 16 && values.size() > 1 && !others.empty(); ++tries) {
+            Value const & to = values[1 + below(values.size() - 1)];
+            Value const & from = others[below(others.size())];
+            if (kindOf(text, to) == kindOf(other, from)) {
+                text.replace(to.begin, to.end - to.begin, other, from.begin, from.end - from.begin);
+                break;
+            }
+        }
+        return text;
+    }
+
 private:
     /// From the first character of a value up to its end; of a member, the name also.
     struct Value {
@@ -51,19 +66,42 @@ private:
                                                    "{\"class\":\"Med\"}",
                                                    "true",
                                                    "\"??\""};
-        Value const & from = values[1 + below(values.size() - 1)];
         Value const & to = values[1 + below(values.size() - 1)];
-        String const other = text.substr(from.begin, from.end - from.begin);
-        switch (below(4)) {
+        switch (below(6)) {
         case 0:
             text.replace(to.begin, to.end - to.begin, odd[below(std::size(odd))]);
             break;
         case 1:
             cut(text, to);
             break;
+        case 2:
+            replace(text, to, values[1 + below(values.size() - 1)]);
+            break;
         default:
-            text.replace(to.begin, to.end - to.begin, other);
+            replace(text, to, alike(text, values, to));
         }
+    }
+
+    static void replace(String & text, Value const & to, Value const & from) {
+        String const other = text.substr(from.begin, from.end - from.begin);
+        text.replace(to.begin, to.end - to.begin, other);
+    }
+
+    /// A value that stands under the same name, if a few tries find one: most documents stay what
+    /// they are then.
+    Value const & alike(String const & text, std::vector<Value> const & values, Value const & to) {
+        for (U32 tries = 0; tries < 16; ++tries) {
+            Value const & from = values[1 + below(values.size() - 1)];
+            if (kindOf(text, from) == kindOf(text, to)) {
+                return from;
+            }
+        }
+        return to;
+    }
+
+    /// The name before a value, if any, and the value's first character.
+    static std::string_view kindOf(String const & text, Value const & value) {
+        return std::string_view(text).substr(value.member, value.begin + 1 - value.member);
     }
 
     /// Takes a value out together with a comma beside it.
@@ -98,7 +136,7 @@ private:
                 if (!isName) {
                     values.push_back({at, end, member});
                 }
-                if (c == '{' || c == '[') {
+                if (!isName && (c == '{' || c == '[')) {
                     open.push_back(values.size() - 1);
                 }
             }

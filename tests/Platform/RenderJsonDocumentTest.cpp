@@ -43,6 +43,17 @@ struct Refusal {
 
 } // namespace
 
+// Read under the address sanitizer: what stands behind the text is not the text's.
+TEST(JsonDocument, EndsInsideACharacter) {
+    for (char const * const begun : {"\xc3", "\xe2", "\xe2\x82", "\xed", "\xf0", "\xf0\x9f\x98"}) {
+        for (char const * const before : {"\"text of some length ", "{\"key of some length "}) {
+            String const text = String(before) + begun;
+            String const place = "f.json:1:" + std::to_string(String(before).size() + 1);
+            EXPECT_THAT(parseError(text), HasSubstr(place + ": syntax error: Invalid encoding"));
+        }
+    }
+}
+
 TEST(JsonDocument, GivesKindsContentAndOrder) {
     auto const document = JsonDocument::parse(
         R"( {"null":null,"yes":true,"no":false,"text":"a\"\u00e9\n\ud83d\ude00","n":-1.50e+2,)"

@@ -1,0 +1,178 @@
+// Writes the inputs that fuzzing starts from, made by this project's own code from the examples and
+// from invented tables: a folder a target, and the words of documents as a dictionary.
+//
+//     fuzz_seeds FOLDER
+
+#include "Agent/JsonLinesWriter.h"
+#include "Agent/MrtWriter.h"
+#include "Agent/TableGenerator.h"
+#include "Documents/Program.h"
+#include "Mirror/ChangeSource.h"
+#include "Mirror/Publisher.h"
+#include "Platform/Render/ReadFile.h"
+#include "QcfLib/NodeClass.h"
+#include "tests/support/RandomDocument.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <set>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void writeFile(fs::path const & path, String const & text) {
+    fs::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    if (!file.flush()) {
+        throw std::runtime_error(path.string() + ": cannot be written");
+    }
+}
+
+/// A JSON text without the blanks between its tokens: inputs are the better the smaller they are.
+String packed(String const & json) {
+    String text;
+    bool inString = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        bool const isBlank = String(" \n\t\r").find(json[i]) != String::npos;
+        if (inString || !isBlank) {
+            text += json[i];
+        }
+        if (inString && json[i] == '\\') {
+            text += json[++i];
+        } else if (json[i] == '"') {
+            inString = !inString;
+        }
+    }
+    return text;
+}
+
+/// The batches that publish one document after another.
+String batches(std::vector<String> const & documents) {
+    using namespace Qcf::Mirror;
+    auto const status = Qcf::allFunctionStatusFactory("fuzz");
+    FunctionDigests digests;
+    ChangeSource source(status);
+    String text;
+    String base;
+    U32 version = 0;
+    for (String const & document : documents) {
+        auto const program = Qcf::Documents::readProgram(document, "seed");
+        publishProgram(program, *status, digests, ++version);
+        String const id = "v" + std::to_string(version);
+        Batch const batch = source.takeBatch({version, id, base}, digests.of(status->aet()));
+        for (String const & piece : batch.pieces) {
+            text += piece;
+        }
+        base = id;
+    }
+    return text;
+}
+
+class Seeds {
+public:
+    explicit Seeds(fs::path folder) : folder_(std::move(folder)) {}
+
+    void write() const {
+        examples();
+        randomDocuments();
+        tables();
+        dictionary();
+    }
+
+private:
+    void document(String const & name, String const & text) const {
+        writeFile(folder_ / "FuzzDocument" / name, text);
+        writeFile(folder_ / "FuzzEvaluation" / name, text);
+    }
+
+    /// The policies, lists and routes of examples/; the policies, published one after the other,
+    /// too.
+    void examples() const {
+        std::vector<String> policies;
+        for (auto const & entry : fs::directory_iterator(QCF_SOURCE_DIR "/examples")) {
+            String const name = entry.path().filename();
+            if (name.ends_with(".routes.jsonl")) {
+                writeFile(folder_ / "FuzzJsonLines" / name, readFile(entry.path()));
+            } else if (name.ends_with(".lists.json")) {
+                writeFile(folder_ / "FuzzLists" / name, packed(readFile(entry.path())));
+            } else if (name.ends_with(".json")) {
+                policies.push_back(packed(readFile(entry.path())));
+                document(name, policies.back());
+                writeFile(folder_ / "FuzzMirror" / name, batches({policies.back()}));
+            }
+        }
+    }
+
+    /// Small documents of all kinds of nodes, alone and each published after the one before it.
+    void randomDocuments() const {
+        constexpr U32 count = 60;
+        String before;
+        for (U32 seed = 0; seed < count; ++seed) {
+            Qcf::test::RandomDocument::Options const options{
+                .references = seed % 4 == 3, .calls = seed % 3 != 2, .depth = 1 + seed % 3};
+            String const name = "random" + std::to_string(seed) + ".json";
+            String const text =
+                packed(Qcf::test::RandomDocument(seed, options).functions(1 + seed % 2));
+            document(name, text);
+            if (!before.empty()) {
+                writeFile(folder_ / "FuzzMirror" / name, batches({before, text}));
+            }
+            before = text;
+        }
+    }
+
+    /// Small tables of invented routes.
+    void tables() const {
+        for (U32 const routes : {1U, 3U, 10U}) {
+            Qcf::Agent::TableGenerator generator(routes, routes);
+            std::ostringstream mrt;
+            String lines;
+            Qcf::Agent::MrtWriter writer(mrt, generator.peers(), Qcf::Agent::TableGenerator::time);
+            Qcf::Agent::JsonLinesWriter lineWriter(lines);
+            for (Qcf::Agent::Route route; generator.next(route);) {
+                writer.add(route);
+                lineWriter.add(route);
+            }
+            writer.finish();
+            writeFile(folder_ / "FuzzMrt" / std::to_string(routes), mrt.str());
+            writeFile(folder_ / "FuzzJsonLines" / std::to_string(routes), lines);
+        }
+    }
+
+    /// Names of classes and of their fields.
+    void dictionary() const {
+        std::set<String> words;
+        for (auto const & nodeClass : Qcf::Eval::nodeClasses()) {
+            words.insert(nodeClass.name);
+            for (auto const & field : nodeClass.fields) {
+                words.insert(field.name);
+            }
+        }
+        String text;
+        for (String const & word : words) {
+            text += "\"" + word + "\"\n";
+        }
+        writeFile(folder_ / "words.dict", text);
+    }
+
+    fs::path folder_;
+};
+
+} // namespace
+
+int main(int argc, char ** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: fuzz_seeds FOLDER\n";
+        return 2;
+    }
+    try {
+        Seeds(argv[1]).write();
+    } catch (std::exception const & error) {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
+}
