@@ -31,7 +31,8 @@ bool countInPlace(AetNodeBase const & node, std::size_t limit, std::size_t & siz
     node.typeData().visitChildren(node, [&](FieldInfo const & field, AetNodeBase const * child) {
         if (fits && child != nullptr && as<Function>(*child) == nullptr) {
             bool const filled = as<IntVariable>(*child) != nullptr && takesConstant(node, field);
-            fits = child->typeData().effects.looksIntoFrame ? filled : countInPlace(*child, limit, size);
+            fits = child->typeData().effects.looksIntoFrame ? filled
+                                                            : countInPlace(*child, limit, size);
         }
     });
     return fits;

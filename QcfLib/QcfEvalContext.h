@@ -19,9 +19,9 @@ class Function;
 /// EvalContextBase. Without any override every attribute reads as its default and every match
 /// fails.
 ///
-/// What the operations answer must not change within a route: where conditions only read, one answer
-/// may serve for several places of a function. An operation is never asked more often than the
-/// function says; asked in a function that was called, it may find the caller's depth and frame.
+/// What the operations answer must not change within a route: where conditions only read, one
+/// answer may serve several places of a function. An operation is never asked more often than the
+/// function says; asked in a called function, it may find the caller's depth and frame.
 ///
 /// A set handed to a write-back shows the route's values until the next reset, and may be the very
 /// values that the agent lent. Whoever copies the pointer keeps the set alive, but not its values:
