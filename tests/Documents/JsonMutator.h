@@ -110,7 +110,7 @@ private:
         std::size_t begin = value.member;
         if (text[end] == ',') {
             ++end;
-        } else if (text[begin - 1] == ',') {
+        } else if (begin > 0 && text[begin - 1] == ',') {
             --begin;
         }
         text.erase(begin, end - begin);
