@@ -295,8 +295,8 @@ TEST(Arithmetic, AgreesWithWideIntegers) {
 TEST(Arithmetic, AsksForBoundsThenForValues) {
     auto const context = makePtr<RecordingContext>();
     String asked;
-    auto const target = makePtr<Operand>(0, 10, 3, 5);
-    auto const operand = makePtr<Operand>(0, 0, 0, 2);
+    auto const target = makePtr<Operand>(0U, 10U, 3U, 5U);
+    auto const operand = makePtr<Operand>(0U, 0U, 0U, 2U);
     target->asked = operand->asked = &asked;
     auto const askedBy = [&](auto operation) {
         asked.clear();
