@@ -95,7 +95,7 @@ TEST(DumpsDeathTest, ChainsWithAnAbsentEntry) {
     EXPECT_DEATH(make<CommunityLinkedList>(nullptr, nullptr)->toStrep(), text);
     EXPECT_DEATH(make<FunctionArgumentList>(nullptr, nullptr)->toStrep(), text);
     auto const head = makePtr<IntLinkedList>(
-        1, number(1), constCast(PtrConst<IntLinkedList>(make<IntLinkedList>(nullptr, nullptr))));
+        1U, number(1), constCast(PtrConst<IntLinkedList>(make<IntLinkedList>(nullptr, nullptr))));
     EXPECT_DEATH(make<IntSetImmediate>(head, false)->toStrep(), text);
 }
 

@@ -95,7 +95,7 @@ TEST(Reflection, EveryFieldOfEveryNodeReads) {
     auto const literal = make<IntImmediate>(U64{5}, true);
     EXPECT_EQ(fieldsOf(literal->typeData(), literal.get()), "value: 5\nnegative: true\n");
     auto const list =
-        makePtr<IntSetMatchCommList>(3, makePtr<Attribute::Community>(2), "C", U16{9});
+        makePtr<IntSetMatchCommList>(3U, makePtr<Attribute::Community>(2U), "C", U16{9});
     EXPECT_EQ(fieldsOf(list->typeData(), list.get()), "lhs: Community#2\nlistName: C\nindex: 9\n");
 }
 
