@@ -18,7 +18,10 @@ public:
     StoredSet() = default;
     /// A copy owns its set.
     StoredSet(StoredSet const & other) : StoredSet() { *this = other; }
-    StoredSet & operator=(StoredSet const & other) { return *this = PtrConst<Set>(other.shown_); }
+    StoredSet & operator=(StoredSet const & other) {
+        *this = PtrConst<Set>(other.shown_);
+        return *this;
+    }
     ~StoredSet() { show(nullptr); }
 
     StoredSet & operator=(PtrConst<Set> set) {
