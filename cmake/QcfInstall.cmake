@@ -23,11 +23,16 @@ qcf_install(QcfDocumentsTargets QcfDocuments)
 qcf_install(QcfAgentTargets QcfAgent)
 qcf_install(QcfMirrorTargets QcfMirror)
 
-foreach(folder Platform QcfLib Documents Agent Mirror)
+foreach(folder Platform Documents Agent Mirror)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder}
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf
-        FILES_MATCHING PATTERN "*.h" PATTERN "schema" EXCLUDE)
+        FILES_MATCHING PATTERN "*.h")
 endforeach()
+# Of the engine the public headers, which stand outside its wings.
+file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/QcfLib/*.h)
+install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf/QcfLib)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/QcfLib/ClientPlugin
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf/QcfLib FILES_MATCHING PATTERN "*.h")
 
 configure_package_config_file(cmake/QcfConfig.cmake.in ${PROJECT_BINARY_DIR}/QcfConfig.cmake
     INSTALL_DESTINATION ${qcfPackageDir})

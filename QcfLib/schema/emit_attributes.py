@@ -153,8 +153,8 @@ def emitCatalogue(numbered):
     content = "".join(declareAttribute(a, i) for i, a in numbered)
     yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h", header(
         brief, ['"QcfLib/QcfEvalValueBases.h"', '"QcfLib/QcfEvalContextGenerated.h"'], "Qcf::Eval::Attribute", content)
-    yield "QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.cpp", sourceFile(
-        ['"QcfLib/ClientPlugin/AttributeValues.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/NodeContract.h"'], "Qcf::Eval::Attribute",
+    yield "QcfLib/Context/QcfEvalAttributeTypesGenerated.cpp", sourceFile(
+        ['"QcfLib/Context/AttributeValues.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/Nodes/NodeContract.h"'], "Qcf::Eval::Attribute",
         "".join(implementAttribute(a) for _, a in numbered))
 
 
@@ -420,7 +420,7 @@ def contextSource():
 
 def emitContext():
     yield "QcfLib/QcfEvalContextGenerated.h", contextHeader()
-    yield "QcfLib/QcfEvalContextGenerated.cpp", sourceFile(['"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/EvalContextFetch.h"', "<bit>"], "Qcf::Eval", contextSource())
+    yield "QcfLib/Context/QcfEvalContextGenerated.cpp", sourceFile(['"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/Context/EvalContextFetch.h"', "<bit>"], "Qcf::Eval", contextSource())
 
 
 # --- attribute sets ----------------------------------------------------------------------------

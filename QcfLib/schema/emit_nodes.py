@@ -185,7 +185,7 @@ def emit(numbered):
         rows = [(i, n) for i, n in numbered if n.module == module]
         declared = "".join(declare(n, i) for i, n in rows)
         yield f"QcfLib/{module}Generated.h", header(brief, includes, "Qcf::Eval", declared)
-        files = [f'"QcfLib/{module}Generated.h"', '"QcfLib/NodeContract.h"']
+        files = [f'"QcfLib/{module}Generated.h"', '"QcfLib/Nodes/NodeContract.h"']
         if any(n.sanity for _, n in rows):
             files.append('"QcfLib/QcfLibHelpers.h"')
-        yield f"QcfLib/{module}Generated.cpp", sourceFile(files, "Qcf::Eval", "".join(implement(n) for _, n in rows))
+        yield f"QcfLib/Nodes/{module}Generated.cpp", sourceFile(files, "Qcf::Eval", "".join(implement(n) for _, n in rows))

@@ -66,4 +66,4 @@ def emit(collections):
     out += enumeration("Eval::ModifiableAttribute", [s.stem for s in MODIFIABLE])
     out += enumeration("Eval::QcfEvalContextCacheGenerated::Input", [s.stem + suffix for s in CACHED for suffix in SUFFIXES])
     text = sourceFile(['"Platform/Framework/ValueText.h"', '"QcfLib/QcfAllAetEntities.h"', '"QcfLib/Reflection.h"'], "Qcf", out)
-    yield "QcfLib/ReflectionGenerated.cpp", text.replace("namespace Qcf {\n\n", "", 1).replace("\n} // namespace Qcf\n", "", 1)
+    yield "QcfLib/Store/ReflectionGenerated.cpp", text.replace("namespace Qcf {\n\n", "", 1).replace("\n} // namespace Qcf\n", "", 1)

@@ -32,7 +32,7 @@ def attributeRow(a):
 
 def emit(numbered):
     includes = [f'"QcfLib/{m}Generated.h"' for m in MODULES]
-    includes += ['"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/NodeCreation.h"']
+    includes += ['"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/Nodes/NodeCreation.h"']
     tables, rows = "", ""
     for number, row in numbered:
         node = row.node if isinstance(row, AttributeClass) else row
@@ -50,4 +50,4 @@ def emit(numbered):
     content = "namespace {\n\n" + tables + "\n} // namespace\n\n"
     content += "// NOLINTNEXTLINE(readability-function-size): one row a class\nstd::span<NodeClass const> nodeClasses() {\n    static NodeClass const table[] = {\n"
     content += "".join("    " + line + "\n" for line in rows.splitlines()) + "    };\n    return table;\n}\n"
-    yield "QcfLib/NodeRegistryGenerated.cpp", sourceFile(includes, "Qcf::Eval", content)
+    yield "QcfLib/Nodes/NodeRegistryGenerated.cpp", sourceFile(includes, "Qcf::Eval", content)

@@ -66,4 +66,4 @@ def emit(numbered):
     includes = ['"QcfLib/QcfAllAetEntities.h"', '"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"'] + [f'"QcfLib/{m}Generated.h"' for m in MODULES]
     made = body("Ptr<AllAetEntities> AllAetEntities::AllAetEntitiesIs()", "return makePtr<AllAetEntities>();")
     made += body("Ptr<AllAetEntities> allAetEntitiesFactory()", "return makePtr<AllAetEntities>();")
-    yield "QcfLib/QcfAllAetEntitiesGenerated.cpp", sourceFile(includes, "Qcf", made + "\n" + defined)
+    yield "QcfLib/Store/QcfAllAetEntitiesGenerated.cpp", sourceFile(includes, "Qcf", made + "\n" + defined)

@@ -1,6 +1,6 @@
 #include "QcfLib/Reflection.h"
 
-#include "QcfLib/NodeContract.h"
+#include "QcfLib/Nodes/NodeContract.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "tests/support/ListContext.h"
 #include "tests/support/NodeMaker.h"

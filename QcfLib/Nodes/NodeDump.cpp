@@ -1,0 +1,119 @@
+#include "Platform/Framework/Assert.h"
+#include "QcfLib/Nodes/NodeTexts.h"
+#include "QcfLib/QcfEval.h"
+
+/// Functions, control flow, logical operators and calls as source-like text.
+namespace Qcf::Eval {
+
+void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("QCF Function %s, features=<%s>\n", funcName().c_str(),
+                       features().toStrep().c_str());
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("function %s@%p() {\n", funcName().c_str(), static_cast<void const *>(this));
+    if (body_) {
+        body_->dumpState(dumpContext, indent + 2);
+    }
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("}\n");
+}
+
+void Block::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
+        link->entry()->dumpState(dumpContext, indent + 2);
+        dumpIndent(dumpContext, indent);
+        dumpContext->print("\n");
+    }
+}
+
+void IfExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("if ");
+    condition_->dumpState(dumpContext, 0);
+    dumpContext->print(" {\n");
+    thenBlock_->dumpState(dumpContext, indent + 2);
+    if (elseBlock_) {
+        dumpIndent(dumpContext, indent);
+        dumpContext->print("} else {\n");
+        elseBlock_->dumpState(dumpContext, indent + 2);
+    }
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("}");
+}
+
+void NotExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("( not ");
+    expr_->dumpState(dumpContext, 0);
+    dumpContext->print(" )");
+}
+
+void ReturnExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("return ");
+    expr_->dumpState(dumpContext, 0);
+}
+
+void ExitExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("exit ");
+    expr_->dumpState(dumpContext, 0);
+}
+
+void TriStateBoolExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
+                                       U32 indent) const {
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("%s", expr_->toStrep().c_str());
+}
+
+void LogicalOperatorExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
+                                          U32 indent) const {
+    assertWalkable(*this);
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("( ");
+    auto const * operand = expressionList_.get();
+    auto const * op = operatorList_.get();
+    QCF_ASSERT(nullptr != op && "There MUST be at least one operator");
+    QCF_ASSERT_TEXT(operand != nullptr, "nullptr == expr && nullptr == op");
+    operand->entry()->dumpState(dumpContext, 0);
+    auto const * expr = operand->next().get();
+    QCF_ASSERT_TEXT(expr != nullptr, "nullptr == expr && nullptr == op");
+    for (; expr != nullptr && op != nullptr; expr = expr->next().get(), op = op->next().get()) {
+        dumpContext->print(" %s ", op->entry()->toStrep().c_str());
+        expr->entry()->dumpState(dumpContext, 0);
+    }
+    QCF_ASSERT(nullptr == expr && nullptr == op);
+    dumpContext->print(" )");
+}
+
+void FunctionCallExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
+                                       U32 indent) const {
+    dumpIndent(dumpContext, indent);
+    dumpContext->print("%s@%p(%s)", calleeName_.c_str(),
+                       static_cast<void const *>(calleePtr_.get()),
+                       argListHead_ ? argListHead_->toStrep().c_str() : "");
+}
+
+void IntInImmediateSetWithRanges::dumpState(PtrConst<DumpContext> const & dumpContext,
+                                            U32 indent) const {
+    auto const textOrNothing = [](StorageType const * node) {
+        return node != nullptr ? node->toStrep() : String();
+    };
+    auto const line = [&](char const * label, StorageType const * node) {
+        dumpIndent(dumpContext, indent);
+        dumpContext->print("%s: %s\n", label, textOrNothing(node).c_str());
+    };
+    dumpIndent(dumpContext, indent);
+    dumpContext->print(" %s InImmediateSetWithRanges\n", lhs_->toStrep().c_str());
+    line("singleton values", singletons_.get());
+    line("lower bound range values", lowerBounds_.get());
+    line("upper bound range values", upperBounds_.get());
+}
+
+} // namespace Qcf::Eval

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "QcfLib/Plan/PlanClauses.h"
+#include "QcfLib/Plan/PlanConditions.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace Qcf::Eval {
+
+/// Makes one step of the clauses of a chain, at most `maxClauses` of them.
+class PlanChain {
+public:
+    /// Makes the steps of a condition.
+    using Lower = std::function<PlanStep const *(Expression const &, PlanTargets const &)>;
+
+    /// `roomForConstants` says how many constants may be put into tables, and goes down with each.
+    PlanChain(std::span<Expression const * const> conditions, std::size_t & roomForConstants);
+
+    /// The step that goes to the target of the first clause whose condition holds. Null when it is
+    /// not worth while, because hardly any question is shared, or not possible: a condition does
+    /// more than read, or there are too many questions. To be called once.
+    std::unique_ptr<PlanStep const> step(Lower const & lower,
+                                         std::span<PlanStep const * const> targets,
+                                         PlanStep const * otherwise);
+
+private:
+    /// What a question is about: the kind of test, and the operand's identity.
+    using Subject = std::pair<ConstantTest::Kind, void const *>;
+    using Tests = std::vector<Expression const *>;
+    struct Part {
+        ClauseBits clause;
+        ConstantTest test;
+    };
+    /// A shared question is made when all of its parts are known.
+    struct Question {
+        std::unique_ptr<PlanQuestion const> own;
+        std::vector<Part> parts;
+    };
+
+    static Subject subjectOf(ConstantTest const & test);
+    static std::unique_ptr<PlanQuestion const> shared(std::vector<Part> const & parts);
+    bool isShared(Subject const & subject) const;
+    std::vector<U8> questionsOf(std::size_t clause, Lower const & lower);
+    U8 numberOf(Subject const & subject);
+    U8 ownQuestion(Tests const & tests, ClauseBits clause, Lower const & lower);
+
+    std::size_t & roomForConstants_;
+    bool onlyReads_ = true;
+    std::vector<Tests> tests_;            ///< of each clause, which holds when all of them do
+    std::map<Subject, std::size_t> uses_; ///< in how many clauses
+    std::map<Subject, U8> numbers_;       ///< of shared questions
+    std::vector<Question> questions_;
+};
+
+} // namespace Qcf::Eval

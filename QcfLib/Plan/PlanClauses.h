@@ -1,0 +1,236 @@
+#pragma once
+
+#include "QcfLib/Plan/PlanConditions.h"
+#include "QcfLib/Plan/PlanStep.h"
+
+#include <bit>
+#include <memory>
+#include <span>
+#include <vector>
+
+/// A chain of `else if` as one step: which of its clauses is the first that holds.
+///
+/// The conditions of many clauses test the same few attributes against constants. Such tests are
+/// one question of the whole chain: one look at the attribute tells for every clause whether its
+/// tests of it hold. What is left open are tests that only one clause makes.
+namespace Qcf::Eval {
+
+/// Clauses of a chain, bit i for clause i.
+using ClauseBits = U64;
+inline constexpr std::size_t maxClauses = 64;
+
+/// Something that the conditions of clauses ask of the route.
+class PlanQuestion {
+public:
+    PlanQuestion() = default;
+    PlanQuestion(PlanQuestion const &) = delete;
+    PlanQuestion & operator=(PlanQuestion const &) = delete;
+    virtual ~PlanQuestion() = default;
+
+    /// The clauses that the answer does not rule out.
+    virtual ClauseBits clausesLeft(PlanRun run) const = 0;
+};
+
+/// From a constant to the clauses that it satisfies: a table of open addresses behind a filter of
+/// bits, since most values of a route satisfy none.
+template <typename Value>
+class ConstantTable {
+public:
+    void insert(Value const & value, ClauseBits clauses) { entries_.push_back({value, clauses}); }
+    /// To be called after the last insertion.
+    void seal();
+    ClauseBits clausesOf(Value const & value) const {
+        U64 const spread = spreadBits(value);
+        U64 const bit = spread & filterMask_;
+        bool const mayBeIn = ((filter_[bit / 64] >> (bit % 64)) & 1) != 0;
+        return mayBeIn ? found(value, spread) : 0;
+    }
+
+private:
+    struct Entry {
+        Value value;
+        ClauseBits clauses;
+    };
+    ClauseBits found(Value const & value, U64 spread) const {
+        for (std::size_t at = spread & mask_; slots_[at].clauses != 0; at = (at + 1) & mask_) {
+            if (slots_[at].value == value) {
+                return slots_[at].clauses;
+            }
+        }
+        return 0;
+    }
+
+    std::vector<Entry> entries_;
+    std::vector<Entry> slots_;
+    std::vector<U64> filter_;
+    U64 filterMask_ = 0;
+    std::size_t mask_ = 0;
+};
+
+extern template class ConstantTable<U64>;
+extern template class ConstantTable<Acl::CommunityValue>;
+
+/// Whether an integer is one of some constants.
+class IntInSetQuestion final : public PlanQuestion {
+public:
+    /// `others` are the clauses that do not ask this.
+    IntInSetQuestion(Int const & operand, ConstantTable<U64> table, ClauseBits others)
+        : operand_(operand), table_(std::move(table)), others_(others) {}
+    ClauseBits clausesLeft(PlanRun run) const override {
+        return others_ | table_.clausesOf(operand_.read(run));
+    }
+
+private:
+    PlanInt operand_;
+    ConstantTable<U64> table_;
+    ClauseBits others_;
+};
+
+/// Whether a set holds any of some constants.
+template <typename Set>
+class SetHasAnyQuestion final : public PlanQuestion {
+public:
+    SetHasAnyQuestion(SetStorage<Set> const & operand, ConstantTable<typename Set::Value> table,
+                      ClauseBits others)
+        : operand_(operand), table_(std::move(table)), others_(others) {}
+    ClauseBits clausesLeft(PlanRun run) const override {
+        PtrConst<Set> fresh;
+        ClauseBits clauses = others_;
+        if (Set const * const set = operand_.lend(run, fresh)) {
+            for (auto const & value : set->view()) {
+                clauses |= table_.clausesOf(value);
+            }
+        }
+        return clauses;
+    }
+
+private:
+    PlanSet<Set> operand_;
+    ConstantTable<typename Set::Value> table_;
+    ClauseBits others_;
+};
+
+/// Whether an integer lies within bounds.
+class IntBoundsQuestion final : public PlanQuestion {
+public:
+    struct Clause {
+        ClauseBits bit;
+        IntBounds bounds;
+    };
+    IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses, ClauseBits others);
+    ClauseBits clausesLeft(PlanRun run) const override {
+        U64 const value = operand_.read(run);
+        std::size_t at = 0;
+        for (std::size_t step = starts_.size() / 2; step > 0; step /= 2) {
+            at += starts_[at + step] <= value ? step : 0;
+        }
+        return clauses_[at];
+    }
+
+private:
+    PlanInt operand_;
+    /// Where the pieces begin in which all values satisfy the same clauses, from 0 on, repeated at
+    /// the end up to a power of two.
+    std::vector<U64> starts_;
+    std::vector<ClauseBits> clauses_; ///< for each piece
+};
+
+/// What only one clause asks, as steps of their own.
+class ConditionQuestion final : public PlanQuestion {
+public:
+    /// The steps end with the truth of the condition; unknown counts as false.
+    ConditionQuestion(PlanStep const * first, ClauseBits clause) : first_(first), clause_(clause) {}
+    ClauseBits clausesLeft(PlanRun run) const override {
+        return runSteps(first_, run).result().isTrue() ? ~ClauseBits{0} : ~clause_;
+    }
+
+private:
+    PlanStep const * first_;
+    ClauseBits clause_;
+};
+
+/// The chain, when its clauses ask one question and nothing else.
+class OneQuestionStep final : public PlanStep {
+public:
+    OneQuestionStep(std::unique_ptr<PlanQuestion const> question,
+                    std::span<PlanStep const * const> targets, PlanStep const * otherwise)
+        : question_(std::move(question)),
+          targets_(targets.begin(), targets.end()),
+          clauses_(~ClauseBits{0} >> (maxClauses - targets.size())),
+          otherwise_(otherwise) {}
+
+    PlanStep const * run(PlanRun run) const override {
+        ClauseBits const left = question_->clausesLeft(run) & clauses_;
+        return left == 0 ? otherwise_ : targets_[static_cast<std::size_t>(std::countr_zero(left))];
+    }
+
+private:
+    std::unique_ptr<PlanQuestion const> question_;
+    std::vector<PlanStep const *> targets_;
+    ClauseBits clauses_;
+    PlanStep const * otherwise_;
+};
+
+/// The chain with several questions. Each question is asked once, when the tree would first ask any
+/// part of it: a clause is passed over only for an answer that its tree had come to.
+class ClauseStep final : public PlanStep {
+public:
+    static constexpr std::size_t maxQuestions = 64;
+
+    struct Clause {
+        std::vector<U8> questions; ///< numbers, in the order of the condition; at least one
+        PlanStep const * target;
+    };
+    ClauseStep(std::vector<std::unique_ptr<PlanQuestion const>> questions,
+               std::vector<Clause> clauses, PlanStep const * otherwise)
+        : questions_(std::move(questions)),
+          startingWith_(questions_.size()),
+          clauses_(std::move(clauses)),
+          otherwise_(otherwise) {
+        for (std::size_t i = 0; i < clauses_.size(); ++i) {
+            startingWith_[clauses_[i].questions.front()] |= ClauseBits{1} << i;
+        }
+    }
+
+    PlanStep const * run(PlanRun run) const override {
+        Answers answers;
+        answers.open = ~ClauseBits{0} >> (maxClauses - clauses_.size());
+        while (answers.open != 0) {
+            auto const clause = static_cast<std::size_t>(std::countr_zero(answers.open));
+            if (holds(clause, answers, run)) {
+                return clauses_[clause].target;
+            }
+            answers.open &= ~(ClauseBits{1} << clause);
+        }
+        return otherwise_;
+    }
+
+private:
+    struct Answers {
+        ClauseBits open;               ///< clauses of which nothing is known, or only later parts
+        U64 asked = 0;                 ///< bit i for question i
+        ClauseBits left[maxQuestions]; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    };
+
+    bool holds(std::size_t clause, Answers & answers, PlanRun run) const {
+        for (U8 const question : clauses_[clause].questions) {
+            if (((answers.asked >> question) & 1) == 0) {
+                ClauseBits const left = questions_[question]->clausesLeft(run);
+                answers.left[question] = left;
+                answers.asked |= U64{1} << question;
+                answers.open &= left | ~startingWith_[question];
+            }
+            if (((answers.left[question] >> clause) & 1) == 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::vector<std::unique_ptr<PlanQuestion const>> questions_;
+    std::vector<ClauseBits> startingWith_; ///< for each question, the clauses whose first it is
+    std::vector<Clause> clauses_;
+    PlanStep const * otherwise_;
+};
+
+} // namespace Qcf::Eval

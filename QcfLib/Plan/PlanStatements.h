@@ -1,0 +1,97 @@
+#pragma once
+
+#include "QcfLib/Plan/PlanStep.h"
+
+/// The steps that change an attribute.
+namespace Qcf::Eval {
+
+/// A step with one successor.
+class PlanStatement : public PlanStep {
+public:
+    explicit PlanStatement(PlanStep const * next) : next_(next) {}
+
+protected:
+    PlanStep const * next() const { return next_; }
+
+private:
+    PlanStep const * next_;
+};
+
+/// A node that no other step knows, as a statement.
+class NodeStatement final : public PlanStatement {
+public:
+    NodeStatement(Expression const & node, PlanStep const * next)
+        : PlanStatement(next), node_(node) {}
+    PlanStep const * run(PlanRun run) const override {
+        EvalResult const result = node_.eval(run.contextPtr);
+        return result.terminates() ? endOfRun(result) : next();
+    }
+
+private:
+    Expression const & node_;
+};
+
+/// The same in the body of a callee that was lowered where it is called: a node that returns, does
+/// so to the call.
+class CalleeStatement final : public PlanStatement {
+public:
+    CalleeStatement(Expression const & node, PlanStep const * next, PlanTargets const & returns)
+        : PlanStatement(next), node_(node), returns_(returns) {}
+    PlanStep const * run(PlanRun run) const override {
+        EvalResult const result = node_.eval(run.contextPtr);
+        if (!result.terminates()) {
+            return next();
+        }
+        bool const returns = result.termination() == TerminationFlag::returnToCaller;
+        return returns ? returns_.at(result.retVal()) : endOfRun(result);
+    }
+
+private:
+    Expression const & node_;
+    PlanTargets returns_;
+};
+
+/// An integer attribute set to a constant that is within its range already.
+class IntStoreStep final : public PlanStatement {
+public:
+    IntStoreStep(IntSource const & target, U64 value, PlanStep const * next)
+        : PlanStatement(next), target_(target), value_(value) {}
+    PlanStep const * run(PlanRun run) const override {
+        run.context().modify(target_.modifiedFlag).*target_.stored = value_;
+        return next();
+    }
+
+private:
+    IntSource target_;
+    U64 value_;
+};
+
+/// Arithmetic on an integer attribute with a constant.
+class IntArithmeticStep final : public PlanStatement {
+public:
+    using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
+
+    IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand, Arithmetic arithmetic,
+                      PlanStep const * next)
+        : PlanStatement(next),
+          current_(target),
+          target_(target.source()),
+          range_(boundsOf(target)),
+          operand_(operand),
+          arithmetic_(arithmetic) {}
+    PlanStep const * run(PlanRun run) const override {
+        U64 const current = current_.read(run);
+        run.context().modify(target_.modifiedFlag).*target_.stored =
+            arithmetic_(range_, current, operand_);
+        return next();
+    }
+
+private:
+    PlanInt current_;
+    IntSource target_;
+    IntRange range_;
+    SignedMagnitude operand_;
+    Arithmetic arithmetic_;
+};
+
+} // namespace Qcf::Eval
