@@ -107,6 +107,16 @@ public:
     virtual bool verifySanity(FunctionMetadata const & metadata) const;
 };
 
+/// The node as one of that class; null when it is of another.
+template <typename Node>
+Node const * as(AetNodeBase const & node) {
+    return &node.typeData() == &nodeClassOf<Node>() ? static_cast<Node const *>(&node) : nullptr;
+}
+template <typename Node>
+bool is(AetNodeBase const & node) {
+    return &node.typeData() == &nodeClassOf<Node>();
+}
+
 /// The node's class and key: "IntIs#12".
 String referenceText(AetNodeBase const & node);
 

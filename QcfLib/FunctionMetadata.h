@@ -9,6 +9,20 @@ namespace Qcf {
 /// Names of one kind of outside objects with their slots. Slot 0 is never valid.
 using SlotMap = std::map<String, U16>;
 
+/// The kinds of outside objects that a function can name, in the order of FunctionMetadata.
+enum class SlotKind : U8 {
+    commList,
+    extCommList,
+    largeCommList,
+    tagSet,
+    asPathAccessList,
+    v4PrefixList,
+    v6PrefixList,
+    dynamicPrefixList,
+    roaTable,
+    tunnelRib,
+};
+
 /// The outside objects that a function uses: per kind, from name to slot. A slot selects the object
 /// in the tables of the external matchers.
 struct FunctionMetadata {
@@ -25,21 +39,53 @@ struct FunctionMetadata {
 
     bool operator==(FunctionMetadata const &) const = default;
 
-    /// Calls `visit(name, map)` for every kind, in the order above.
+    /// The names of one kind.
+    inline SlotMap const & of(SlotKind kind) const;
+    inline SlotMap & of(SlotKind kind);
+
+    /// Calls `visit(name, map)` for every kind, in the order above; `name` is that of the member.
     template <typename Self, typename Visitor>
-    static void eachKind(Self & self, Visitor && visit) {
-        visit("commListsUsed", self.commListsUsed);
-        visit("extCommListsUsed", self.extCommListsUsed);
-        visit("largeCommListsUsed", self.largeCommListsUsed);
-        visit("tagSetsUsed", self.tagSetsUsed);
-        visit("asPathAccessListsUsed", self.asPathAccessListsUsed);
-        visit("V4PrefixListsUsed", self.V4PrefixListsUsed);
-        visit("V6PrefixListsUsed", self.V6PrefixListsUsed);
-        visit("DynPrefixListsUsed", self.DynPrefixListsUsed);
-        visit("roaTablesUsed", self.roaTablesUsed);
-        visit("tunnelRibsUsed", self.tunnelRibsUsed);
-    }
+    static void eachKind(Self & self, Visitor && visit);
 };
+
+/// A kind of outside objects: the member that holds its names, and that member's name, by which
+/// documents know it.
+struct SlotKindInfo {
+    SlotKind kind;
+    char const * name;
+    SlotMap FunctionMetadata::*slots;
+};
+
+/// All kinds, by their number.
+inline constexpr SlotKindInfo slotKinds[] = {
+    {SlotKind::commList, "commListsUsed", &FunctionMetadata::commListsUsed},
+    {SlotKind::extCommList, "extCommListsUsed", &FunctionMetadata::extCommListsUsed},
+    {SlotKind::largeCommList, "largeCommListsUsed", &FunctionMetadata::largeCommListsUsed},
+    {SlotKind::tagSet, "tagSetsUsed", &FunctionMetadata::tagSetsUsed},
+    {SlotKind::asPathAccessList, "asPathAccessListsUsed", &FunctionMetadata::asPathAccessListsUsed},
+    {SlotKind::v4PrefixList, "V4PrefixListsUsed", &FunctionMetadata::V4PrefixListsUsed},
+    {SlotKind::v6PrefixList, "V6PrefixListsUsed", &FunctionMetadata::V6PrefixListsUsed},
+    {SlotKind::dynamicPrefixList, "DynPrefixListsUsed", &FunctionMetadata::DynPrefixListsUsed},
+    {SlotKind::roaTable, "roaTablesUsed", &FunctionMetadata::roaTablesUsed},
+    {SlotKind::tunnelRib, "tunnelRibsUsed", &FunctionMetadata::tunnelRibsUsed},
+};
+
+/// What is known of a kind.
+constexpr SlotKindInfo const & slotKindInfo(SlotKind kind) {
+    return slotKinds[static_cast<U8>(kind)];
+}
+
+SlotMap const & FunctionMetadata::of(SlotKind kind) const {
+    return this->*slotKindInfo(kind).slots;
+}
+SlotMap & FunctionMetadata::of(SlotKind kind) { return this->*slotKindInfo(kind).slots; }
+
+template <typename Self, typename Visitor>
+void FunctionMetadata::eachKind(Self & self, Visitor && visit) {
+    for (SlotKindInfo const & kind : slotKinds) {
+        visit(kind.name, self.*kind.slots);
+    }
+}
 
 /// The slot of a name; 0 when it is not in the map.
 inline U16 slotOf(SlotMap const & map, String const & name) {

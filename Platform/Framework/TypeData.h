@@ -17,6 +17,8 @@ struct FieldInfo {
     bool (*accepts)(Entity const & child) = nullptr;
     /// The field's value in an object of the type, as text.
     String (*text)(void const * object) = nullptr;
+    /// What the field means to its type: bits that the type's own module defines.
+    U32 roles = 0;
 
     bool isNode() const { return accepts != nullptr; }
 };

@@ -9,9 +9,19 @@
 /// Making, writing and walking a node by its fields. Included by the generated registry alone.
 namespace Qcf::Eval {
 
-template <typename Node>
-bool isNode(Entity const & node) {
-    return dynamic_cast<Node const *>(&node) != nullptr;
+// What a field accepts. Who is asked is a node.
+template <NodeKind kind>
+bool isOfKind(Entity const & node) {
+    return static_cast<AetNodeBase const &>(node).typeData().isKind(kind);
+}
+template <U16 classNumber>
+bool isOfClass(Entity const & node) {
+    return static_cast<AetNodeBase const &>(node).typeData().number() == classNumber;
+}
+
+template <typename Literal>
+void keepConstant(AetNodeBase const & node) {
+    cacheConstantValue(static_cast<Literal const &>(node));
 }
 
 template <typename Field>
@@ -31,7 +41,7 @@ Field readField(FieldInfo const & field, FieldReader & reader) {
 
 template <typename Node, typename... Fields, std::size_t... I>
 Ptr<AetNodeBase> createFrom(U64 aetNodeKey, FieldReader & reader, std::index_sequence<I...>) {
-    [[maybe_unused]] auto const & fields = nodeClasses()[Node::classNumber].fields;
+    [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
     // Braces order the reads; an argument list would not.
     [[maybe_unused]] std::tuple<Fields...> values{readField<Fields>(fields[I], reader)...};
     return makePtr<Node>(aetNodeKey, std::move(std::get<I>(values))...);
@@ -44,7 +54,7 @@ Ptr<AetNodeBase> createNode(U64 aetNodeKey, FieldReader & reader) {
 
 template <typename Node>
 void writeNode(AetNodeBase const & node, FieldWriter & writer) {
-    auto const & fields = nodeClasses()[Node::classNumber].fields;
+    auto const & fields = nodeClassOf<Node>().fields;
     std::size_t i = 0;
     static_cast<Node const &>(node).eachField([&](char const *, auto const & value) {
         if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
@@ -58,7 +68,7 @@ void writeNode(AetNodeBase const & node, FieldWriter & writer) {
 
 template <typename Node>
 void visitChildren(AetNodeBase const & node, NodeClass::ChildVisitor const & visit) {
-    auto const & fields = nodeClasses()[Node::classNumber].fields;
+    auto const & fields = nodeClassOf<Node>().fields;
     std::size_t i = 0;
     static_cast<Node const &>(node).eachField([&](char const *, auto const & value) {
         if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
@@ -84,7 +94,8 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
                         AttributeInfo const * attribute, decltype(NodeClass::create) create,
                         decltype(NodeClass::write) write,
                         decltype(NodeClass::visitChildren) visitChildren,
-                        decltype(NodeClass::memAllocationTracker) tracker, NodeEffects effects) {
+                        decltype(NodeClass::memAllocationTracker) tracker, NodeEffects effects,
+                        ClassFacts const & facts) {
     return {{TypeData::Kind::entity, name, nameSpace, base, fields, {}},
             collection,
             typeCodeOf(nameSpace, name),
@@ -93,7 +104,8 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
             write,
             visitChildren,
             tracker,
-            effects};
+            effects,
+            facts};
 }
 
 } // namespace Qcf::Eval

@@ -38,6 +38,15 @@ std::size_t NodeClass::number() const {
     return static_cast<std::size_t>(this - nodeClasses().data());
 }
 
+FieldInfo const * NodeClass::fieldOf(FieldRole role) const {
+    for (FieldInfo const & field : fields) {
+        if (plays(field, role)) {
+            return &field;
+        }
+    }
+    return nullptr;
+}
+
 NodeClass const * findNodeClass(std::string_view name) {
     static Names const names = classNames();
     return lookUp(names, name);

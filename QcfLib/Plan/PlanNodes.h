@@ -7,13 +7,6 @@
 /// How plans recognise nodes.
 namespace Qcf::Eval {
 
-/// The node as one of that class; null when it is of another.
-template <typename Node>
-Node const * as(AetNodeBase const & node) {
-    bool const same = &node.typeData() == &nodeClasses()[Node::classNumber];
-    return same ? static_cast<Node const *>(&node) : nullptr;
-}
-
 /// Whether the node is of one of those classes.
 template <std::size_t size>
 bool isOneOf(AetNodeBase const & node, U16 const (&classes)[size]) {

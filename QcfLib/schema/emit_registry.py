@@ -2,6 +2,7 @@
 
 from emit_attributes import MODIFIABLE, READABLE, AttributeClass
 from emit_nodes import MODULES, effects, getters
+from model import ARGUMENTS, BASES, lowerFirst
 from text import sourceFile, wrap
 
 
@@ -14,8 +15,43 @@ def getter(node, f):
 
 def fieldRow(node, f):
     optional = "true" if f.optional else "false"
-    accepts = f"&isNode<{f.type}>" if f.isNode else "nullptr"
-    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, {accepts}, &fieldText<{node.cls}, {getter(node, f)}>}}'
+    roles = " | ".join(f"bitOf(FieldRole::{role})" for role in f.roles) or "0"
+    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, {accepts(f)}, &fieldText<{node.cls}, {getter(node, f)}>, {roles}}}'
+
+
+def accepts(f):
+    """What tells whether a node may stand in the field."""
+    if not f.isNode:
+        return "nullptr"
+    return f"&isOfKind<{kind(f.type)}>" if f.type in BASES else f"&isOfClass<{f.type}::classNumber>"
+
+
+def kind(base):
+    return "NodeKind::" + {"Int": "int_"}.get(base, lowerFirst(base))
+
+
+def attributeBits(names, order):
+    """A set of attributes as the word of its bits."""
+    positions = [s.language for s in order]
+    return sum(1 << positions.index(name) for name in names)
+
+
+def facts(row, node):
+    """The class's ClassFacts, what is usual left out."""
+    attribute = row.source if isinstance(row, AttributeClass) else None
+    reads, writes = node.reads, node.writes
+    if attribute:
+        reads = (attribute.language,) if attribute.inSets else ()
+        writes = (attribute.language,) if row.modifiable else ()
+    arguments = [ARGUMENTS[k] for k in node.kinds if k in ARGUMENTS]
+    rows = [("kinds", " | ".join(f"bitOf({kind(k)})" for k in node.kinds)),
+            ("argument", f"ArgumentKind::{(arguments or ['node'])[0]}" if node.isValue else ""),
+            ("list", f"SlotKind::{node.list}" if node.list else ""),
+            ("isLink", node.isChain), ("isShared", node.isValue or node.shared), ("isConstant", node.constant), ("returns", node.returns),
+            ("assigns", node.assigns), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
+            ("writes", f"{attributeBits(writes, MODIFIABLE)}U" if writes else ""), ("integerArguments", str(node.integers) if node.integers else ""),
+            ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
+    return "{" + ", ".join(f".{name} = {str(value).lower() if value is True else value}" for name, value in rows if value) + "}"
 
 
 def attributeRow(a):
@@ -32,7 +68,7 @@ def attributeRow(a):
 
 def emit(numbered):
     includes = [f'"QcfLib/{m}Generated.h"' for m in MODULES]
-    includes += ['"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/Nodes/NodeCreation.h"']
+    includes += ['"QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h"', '"QcfLib/Nodes/NodeCreation.h"', '"QcfLib/QcfEval.h"']
     tables, rows = "", ""
     for number, row in numbered:
         node = row.node if isinstance(row, AttributeClass) else row
@@ -46,7 +82,7 @@ def emit(numbered):
         fields = f"fields{node.cls}" if node.fields else "{}"
         types = [cpp] + [f.cpp for f in node.fields]
         rows += wrap("row(", [f'"{node.cls}"', f'"{node.namespace}"', f'"{base}"', f'"{node.collection}"', fields, info,
-                              f"&createNode<{', '.join(types)}>", f"&writeNode<{cpp}>", f"&visitChildren<{cpp}>", f"&{cpp}::memAllocationTracker", effects(node)], "),", 4)
+                              f"&createNode<{', '.join(types)}>", f"&writeNode<{cpp}>", f"&visitChildren<{cpp}>", f"&{cpp}::memAllocationTracker", effects(node), facts(row, node)], "),", 4)
     content = "namespace {\n\n" + tables + "\n} // namespace\n\n"
     content += "// NOLINTNEXTLINE(readability-function-size): one row a class\nstd::span<NodeClass const> nodeClasses() {\n    static NodeClass const table[] = {\n"
     content += "".join("    " + line + "\n" for line in rows.splitlines()) + "    };\n    return table;\n}\n"

@@ -14,7 +14,7 @@ import emit_nodes
 import emit_reflection
 import emit_registry
 import emit_store
-from model import SchemaError
+from model import BASES, SchemaError
 from nodes import ATTRIBUTES, NODES
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -47,15 +47,11 @@ def check(numbered):
             if (kind, name) in seen:
                 raise SchemaError(f"{row.cls}: {kind} {name!r} twice")
             seen[kind, name] = row
-    known = {row.cls for _, row in numbered} | emit_nodes.VALUE_BASES | set(EXTRA_BASES)
+    known = {row.cls for _, row in numbered} | set(BASES)
     for _, row in numbered:
         for f in getattr(row, "fields", []):
             if f.isNode and f.type not in known:
                 raise SchemaError(f"{row.cls}.{f.name}: no node class {f.type!r}")
-
-
-EXTRA_BASES = ["Expression", "StorageType", "LogicalOperator", "AsPathModifiable", "IntModifiable", "IntSetModifiable",
-               "CommunitySetModifiable", "IpAddressModifiable", "ResolutionRibsModifiable"]
 
 
 def outputs(numbered):

@@ -98,6 +98,7 @@ class Field:
     isNode: bool
     mutable: bool = False
     optional: bool = False
+    roles: tuple = ()
 
     @property
     def cpp(self):
@@ -131,6 +132,16 @@ class Node:
     namespace: str = "Qcf::Eval"
     effect: str = ""
     frame: bool = False
+    list: str = ""
+    shared: bool = False
+    constant: bool = False
+    returns: bool = False
+    assigns: bool = False
+    reads: tuple = ()
+    writes: tuple = ()
+    integers: int = 0
+    nodeArguments: bool = False
+    lowered: bool = False
 
     @property
     def isChain(self):
@@ -141,9 +152,25 @@ class Node:
         return lowerFirst(self.cls) + "Coll"
 
     @property
+    def kinds(self):
+        """The bases that it derives from, the nearest first."""
+        base = self.base
+        while base:
+            yield base
+            base = BASES[base]
+
+    @property
+    def isValue(self):
+        return "StorageType" in self.kinds
+
+    @property
+    def keepsConstant(self):
+        return self.mixin.startswith("CachedConstant")
+
+    @property
     def onlyReads(self):
         """Whether a node of the class, by itself, changes nothing, ends nothing and calls nothing."""
-        return not self.effect and not any(f.type.endswith("Modifiable") for f in self.fields)
+        return not self.effect and not any("target" in f.roles for f in self.fields)
 
     @property
     def isLevel(self):
@@ -167,6 +194,26 @@ def derived(cls, source, suffix, compute, doc):
     return Derived(cls, source, suffix, compute, doc)
 
 
+# The bases of node classes, each with the base that it derives from itself.
+BASES = {
+    "AetNodeBase": None, "Expression": "AetNodeBase", "FunctionBase": "Expression", "LogicalOperator": "AetNodeBase", "StorageType": "AetNodeBase",
+    "Int": "StorageType", "IntModifiable": "Int", "Bandwidth": "StorageType", "TriStateBool": "StorageType", "PrefixList": "StorageType",
+    "IpAddress": "StorageType", "IpAddressModifiable": "IpAddress", "IpPrefix": "StorageType", "MacAddress": "StorageType", "Esi": "StorageType",
+    "Interface": "StorageType", "ResolutionRibs": "StorageType", "ResolutionRibsModifiable": "ResolutionRibs", "CommunityValue": "StorageType",
+    "AsPath": "StorageType", "AsPathModifiable": "AsPath", "IntSet": "StorageType", "IntSetModifiable": "IntSet",
+    "CommunitySet": "StorageType", "CommunitySetModifiable": "CommunitySet",
+}
+
+# How values are passed in calls, by their base; all others by reference to the node.
+ARGUMENTS = {"Int": "integer", "Bandwidth": "bandwidth", "TriStateBool": "triStateBool", "PrefixList": "prefixList"}
+
+# What a field can mean to its node; NodeClass.h has the sentences.
+ROLES = {
+    "operand", "branch", "target", "entry", "next", "elements", "callee", "constantPlace", "argumentIndex", "lowerBounds", "upperBounds", "listName",
+    "listSlot", "isV4", "functionName", "calleeName", "cachable", "orZero",
+}
+LISTS = {"commList", "extCommList", "largeCommList", "tagSet", "asPathAccessList", "v4PrefixList", "dynamicPrefixList", "roaTable"}
+
 SCALARS = {
     "U8", "U16", "U32", "U64", "F32", "bool", "String", "TriStateBoolValue", "FunctionMetadata",
     "AccessibleAttributes", "IpGenAddr", "IpGenPrefix", "EthAddr", "IntfId", "optional<Evpn::Esid>",
@@ -174,25 +221,56 @@ SCALARS = {
 }
 
 
+def parseField(cls, item):
+    """Reads "name:Type#role,role": `?` behind a type: may be null; `*` before it: `Ptr` to a mutable node."""
+    item, _, roles = item.partition("#")
+    name, _, type_ = item.partition(":")
+    roles = tuple(roles.split(",")) if roles else ()
+    optional, mutable = type_.endswith("?"), type_.startswith("*")
+    type_ = type_.strip("*?")
+    isNode = type_ not in SCALARS
+    if optional and not isNode:
+        raise SchemaError(f"node {cls}: {name} is no node and cannot be null")
+    for role in roles:
+        if role not in ROLES:
+            raise SchemaError(f"node {cls}: {name} plays no role {role!r}")
+    if type_.endswith("Modifiable"):
+        roles += ("target",)
+    return Field(name, type_, isNode, mutable, optional, roles)
+
+
 def node(cls, base, fields, doc, module, **more):
-    """A node row. `fields` reads "name:Type ..."; `?` behind a type: may be null; `*` before it: `Ptr`
-    to a mutable node. `dump` is the keyword of an operator's dump, `text` the text form of a value,
-    `sanity` the helper that checks a list operator's slot, `hand` the operations written by hand instead of generated. `effect` is
-    what a node does besides reading, where no modifiable field says it: "control" (ends, branches or calls) or "writes";
-    `frame`: it reads arguments of the running function."""
+    """A node row. `fields` reads "name:Type#role ...", see parseField. Facts beyond the fields, each left out where it is not so:
+
+    dump           keyword of an operator's dump; "!" for the body of a built-in function
+    text           text form of a value, an expression
+    sanity         helper that checks the slot of a list
+    hand           operations written by hand instead of generated
+    effect         what a node does besides reading, where no target says it: "control" (ends, branches or calls) or "writes"
+    frame          it reads arguments of the running function
+    list           the kind of list that it names
+    shared         equal nodes of a document are one, though it is no value
+    constant       a constant element of a literal
+    returns        it can end the function, whatever its children do
+    assigns        it replaces its target without reading it
+    reads, writes  attributes that it reads and writes by itself, by language name
+    integers       integer arguments that it reads by itself; nodeArguments: also a set and two lists
+    lowered        it says how a plan runs it
+    """
     if not doc.endswith("."):
         raise SchemaError(f"node {cls}: the sentence wants a full stop")
-    parsed = []
-    for item in fields.split():
-        name, _, type_ = item.partition(":")
-        optional, mutable = type_.endswith("?"), type_.startswith("*")
-        type_ = type_.strip("*?")
-        isNode = type_ not in SCALARS
-        if optional and not isNode:
-            raise SchemaError(f"node {cls}: {name} is no node and cannot be null")
-        parsed.append(Field(name, type_, isNode, mutable, optional))
+    if base not in BASES:
+        raise SchemaError(f"node {cls}: no base {base!r}")
+    parsed = [parseField(cls, item) for item in fields.split()]
     if len({f.name for f in parsed}) != len(parsed):
         raise SchemaError(f"node {cls}: a field name twice")
     if more.get("effect", "") not in ("", "control", "writes"):
         raise SchemaError(f"node {cls}: no effect {more['effect']!r}")
-    return Node(cls, base, parsed, doc, module, **more)
+    if more.get("list", "") not in {"", *LISTS}:
+        raise SchemaError(f"node {cls}: no kind of list {more['list']!r}")
+    if bool(more.get("list")) != any("listName" in f.roles for f in parsed):
+        raise SchemaError(f"node {cls}: a kind of list and the field with its name go together")
+    made = Node(cls, base, parsed, doc, module, **more)
+    if made.isChain != any("next" in f.roles for f in parsed):
+        raise SchemaError(f"node {cls}: the link that follows plays the role 'next'")
+    return made

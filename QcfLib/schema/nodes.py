@@ -6,7 +6,7 @@ collection is to stand; collection order is part of the published form.
 
 from functools import partial
 
-from model import node
+from model import lowerFirst, node
 
 ATTRIBUTES = object()
 
@@ -21,7 +21,7 @@ def comparisons(type_, names):
     """The rows of one value type's comparisons."""
     words = {"Is": "equal to", "LessThan": "below", "LessThanEq": "at most", "GreaterThan": "above", "GreaterThanEq": "at least"}
     for name in names:
-        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}", dump=name, doc=f"True when `lhs` is {words[name]} `rhs`.")
+        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}{'#constantPlace' if type_ == 'Int' else ''}", dump=name, lowered=type_ == "Int", doc=f"True when `lhs` is {words[name]} `rhs`.")
 
 
 def setTests(type_):
@@ -35,7 +35,7 @@ def setTests(type_):
     }
     for name, doc in texts.items():
         rhs = "" if name == "IsEmpty" else f" rhs:{type_}"
-        yield operator(f"{type_}{name}", fields=f"lhs:{type_}{rhs}", dump=name, doc=doc)
+        yield operator(f"{type_}{name}", fields=f"lhs:{type_}{rhs}", dump=name, lowered=name == "HasAnyImmediate", doc=doc)
 
 
 LIST_TEXTS = {
@@ -57,85 +57,91 @@ SET_TEXTS = {
 def listOperator(type_, verb, kind):
     lhs = type_ if verb.startswith("Match") else f"{type_}Modifiable"
     name = f"{verb}{kind}"
-    return operator(f"{type_}{name}", fields=f"lhs:{lhs} listName:String index:U16", dump=name, sanity=f"verify{kind}Sanity", doc=LIST_TEXTS[verb])
+    return operator(f"{type_}{name}", fields=f"lhs:{lhs} {LIST}", dump=name, list=lowerFirst(kind), assigns=verb == "Assign", sanity=f"verify{kind}Sanity", doc=LIST_TEXTS[verb])
 
 
 def setModifier(type_, verb):
-    return operator(f"{type_}{verb}Immediate", fields=f"lhs:{type_}Modifiable rhs:{type_}", dump=f"{verb}Immediate", doc=SET_TEXTS[verb])
+    return operator(f"{type_}{verb}Immediate", fields=f"lhs:{type_}Modifiable rhs:{type_}", dump=f"{verb}Immediate", assigns=verb == "Assign", lowered=verb in ("Add", "Remove"), doc=SET_TEXTS[verb])
 
 
+def builtIn(cls, doc, **more):
+    """The body of a built-in function, which returns."""
+    return operator(cls, fields="", dump="!", returns=True, doc=doc, **more)
+
+
+LIST = "listName:String#listName index:U16#listSlot"
 INT_ORDER = ["GreaterThan", "GreaterThanEq", "Is", "LessThan", "LessThanEq"]
 VARIABLE = "variableText(name_, argVectorIndex_)"
 
 NODES = [
-    control("Function", "FunctionBase", "funcName:String metadata:FunctionMetadata features:Routing::Policy::RouteMapFeatures accessedAttributes:AccessibleAttributes argumentsExpected:bool body:Block",
+    control("Function", "FunctionBase", "funcName:String#functionName metadata:FunctionMetadata features:Routing::Policy::RouteMapFeatures accessedAttributes:AccessibleAttributes argumentsExpected:bool#orZero body:Block",
             "A compiled policy function; the outermost one writes changes back when it accepts.", inherited=3, mixin="FunctionState", hand=("hash", "verifySanity"), effect="control"),
-    control("ExpressionList", "AetNodeBase", "entry:Expression next:ExpressionList?", "A link of a chain of expressions, in source order."),
-    control("Block", "Expression", "stmts:ExpressionList?", "Statements in order; unknown when none of them terminates.", hand=("verifySanity",), effect="control"),
+    control("ExpressionList", "AetNodeBase", "entry:Expression#entry,branch next:ExpressionList?#next,branch", "A link of a chain of expressions, in source order."),
+    control("Block", "Expression", "stmts:ExpressionList?#branch", "Statements in order; unknown when none of them terminates.", hand=("verifySanity",), effect="control", lowered=True),
     control("AndOperator", "LogicalOperator", "", "Stops at the first operand that is not true."),
     control("OrOperator", "LogicalOperator", "", "Stops at the first operand that is true."),
     control("SequentialOperator", "LogicalOperator", "", "Written ??: stops at the first operand that is known."),
-    control("LogicalOperatorList", "AetNodeBase", "entry:LogicalOperator next:LogicalOperatorList?", "A link of a chain of logical operators."),
-    control("LogicalOperatorExpression", "Expression", "expressionList:ExpressionList? operatorList:LogicalOperatorList", "Operands joined by one kind of logical operator.", hand=("verifySanity",)),
-    control("NotExpression", "Expression", "expr:Expression", "Turns true to false and both false and unknown to true.", hand=("verifySanity",)),
-    control("IfExpression", "Expression", "condition:Expression thenBlock:Block elseBlock:Expression?", "Takes `thenBlock` when the condition is true, else `elseBlock`.", hand=("verifySanity",), effect="control"),
-    control("ReturnExpression", "Expression", "expr:Expression", "Ends the enclosing function with the operand's value.", hand=("verifySanity",), effect="control"),
-    control("ExitExpression", "Expression", "expr:Expression", "Ends the whole evaluation with the operand's value.", hand=("verifySanity",), effect="control"),
-    control("TriStateBoolExpression", "Expression", "expr:TriStateBool", "A tri-state value as a predicate."),
-    control("FunctionArgumentList", "AetNodeBase", "entry:StorageType next:FunctionArgumentList?", "A link of a call's arguments.", methods=(
+    control("LogicalOperatorList", "AetNodeBase", "entry:LogicalOperator#entry next:LogicalOperatorList?#next", "A link of a chain of logical operators."),
+    control("LogicalOperatorExpression", "Expression", "expressionList:ExpressionList?#operand operatorList:LogicalOperatorList", "Operands joined by one kind of logical operator.", hand=("verifySanity",), lowered=True),
+    control("NotExpression", "Expression", "expr:Expression#operand", "Turns true to false and both false and unknown to true.", hand=("verifySanity",), lowered=True),
+    control("IfExpression", "Expression", "condition:Expression#operand thenBlock:Block#branch elseBlock:Expression?#branch", "Takes `thenBlock` when the condition is true, else `elseBlock`.", hand=("verifySanity",), effect="control", lowered=True),
+    control("ReturnExpression", "Expression", "expr:Expression#operand", "Ends the enclosing function with the operand's value.", hand=("verifySanity",), effect="control", returns=True, lowered=True),
+    control("ExitExpression", "Expression", "expr:Expression#operand", "Ends the whole evaluation with the operand's value.", hand=("verifySanity",), effect="control", lowered=True),
+    control("TriStateBoolExpression", "Expression", "expr:TriStateBool", "A tri-state value as a predicate.", lowered=True),
+    control("FunctionArgumentList", "AetNodeBase", "entry:StorageType#entry,constantPlace next:FunctionArgumentList?#next", "A link of a call's arguments.", shared=True, methods=(
         "/// At most so many arguments of one type are passed.", "static constexpr U32 maximumFunctionArgumentCount() { return 16; }",
         "/// Pushes this link's argument onto the frame of a call.", "void pushFuncArgToStack(Ptr<EvalContextBase> const & context, StackFrameDataBase_ * frame) const;",
         "/// The arguments' texts joined by a comma and a blank.", "String toStrep() const;")),
-    control("FunctionCallExpression", "Expression", "calleeName:String calleePtr:Function argListHead:FunctionArgumentList? functionCallId:U32", "Calls a function with arguments on a frame of its own.", hand=("hash",), effect="control"),
-    collection("IntLinkedList", "AetNodeBase", "entry:Int next:*IntLinkedList?", "A link of the elements of a literal integer list or set.", methods=("/// The elements' texts joined by a comma and a blank.", "String toStrep() const;")),
-    collection("IntListImmediate", "StorageType", "head:IntLinkedList? cachable:bool", "An integer list written in a function; order and duplicates are kept.", mixin="CachedConstant<U64UnsortedSmallVector>", text='chainText("[ ", head_, " ]")', methods=(
+    control("FunctionCallExpression", "Expression", "calleeName:String#calleeName calleePtr:Function#callee argListHead:FunctionArgumentList? functionCallId:U32#orZero", "Calls a function with arguments on a frame of its own.", hand=("hash",), effect="control", lowered=True),
+    collection("IntLinkedList", "AetNodeBase", "entry:Int#entry next:*IntLinkedList?#next", "A link of the elements of a literal integer list or set.", shared=True, methods=("/// The elements' texts joined by a comma and a blank.", "String toStrep() const;")),
+    collection("IntListImmediate", "StorageType", "head:IntLinkedList?#elements cachable:bool#cachable", "An integer list written in a function; order and duplicates are kept.", mixin="CachedConstant<U64UnsortedSmallVector>", text='chainText("[ ", head_, " ]")', methods=(
         "/// The list; null when nothing is written in the brackets.", "PtrConst<U64UnsortedSmallVector> getVal(Ptr<EvalContextBase const> const & context) const;",
         "/// The same uncounted; `fresh` keeps a list that had to be built.", "U64UnsortedSmallVector const * lendVal(Ptr<EvalContextBase const> const & context, PtrConst<U64UnsortedSmallVector> & fresh) const;")),
-    collection("IntSetImmediate", "IntSet", "head:IntLinkedList? cachable:bool", "An integer set written in a function.", mixin="CachedConstant<U64SmallVector>", text='chainText("{ ", head_, " }")'),
-    collection("CommunityLinkedList", "AetNodeBase", "entry:CommunityValue next:*CommunityLinkedList?", "A link of the elements of a literal community set.", methods=("/// The elements' texts joined by a comma and a blank.", "String toStrep() const;")),
-    collection("CommunitySetImmediate", "CommunitySet", "head:CommunityLinkedList? cachable:bool", "A community set written in a function.", mixin="CachedConstant<CommunitySmallVector>", text='chainText("{ ", head_, " }")'),
+    collection("IntSetImmediate", "IntSet", "head:IntLinkedList?#elements cachable:bool#cachable", "An integer set written in a function.", mixin="CachedConstant<U64SmallVector>", text='chainText("{ ", head_, " }")'),
+    collection("CommunityLinkedList", "AetNodeBase", "entry:CommunityValue#entry next:*CommunityLinkedList?#next", "A link of the elements of a literal community set.", shared=True, methods=("/// The elements' texts joined by a comma and a blank.", "String toStrep() const;")),
+    collection("CommunitySetImmediate", "CommunitySet", "head:CommunityLinkedList?#elements cachable:bool#cachable", "A community set written in a function.", mixin="CachedConstant<CommunitySmallVector>", text='chainText("{ ", head_, " }")'),
     community("CommunityValueDynamic", "CommunityValue", "val:CommunityValue dynamicVal:CommunityValue dynamicValMask:Acl::CommunityValue", "`val` with the masked bits taken from `dynamicVal`.", hand=("toStrep",)),
     community("BandwidthToCommunityValue", "CommunityValue", "bandwidthVal:Bandwidth offset:U8", "A bandwidth as the bits of a float, bytes per second, shifted by `offset`.", hand=("toStrep",), methods=(
         "/// The 32 bits of an IEEE single-precision float, unchanged.", "static U32 floatToBin(F32 value);")),
     community("ExtCommSetToLinkBandwidthExtCommValue", "CommunityValue", "extCommSet:CommunitySet", "The link-bandwidth community of a set; all zero when it has none.", text='"LBW from " + extCommSet_->toStrep()'),
-    operator("ExtCommunitySetAddImmediate", fields="lhs:CommunitySetModifiable rhs:CommunitySet", dump="AddImmediate", doc="Adds extended communities, keeping at most one link bandwidth; true."),
-    operator("IntInImmediateSetWithRanges", fields="lhs:Int singletons:IntSetImmediate? lowerBounds:IntListImmediate? upperBounds:IntListImmediate?", doc="True when `lhs` is a singleton or lies in a closed range."),
+    operator("ExtCommunitySetAddImmediate", fields="lhs:CommunitySetModifiable rhs:CommunitySet", dump="AddImmediate", lowered=True, doc="Adds extended communities, keeping at most one link bandwidth; true."),
+    operator("IntInImmediateSetWithRanges", fields="lhs:Int singletons:IntSetImmediate? lowerBounds:IntListImmediate?#lowerBounds upperBounds:IntListImmediate?#upperBounds", doc="True when `lhs` is a singleton or lies in a closed range."),
     ATTRIBUTES,
     *comparisons("Bandwidth", INT_ORDER),
     value("BandwidthImmediate", "Bandwidth", "value:F32", "A constant bandwidth, bits per second.", text="textOf(value_)"),
-    value("BandwidthVariable", "Bandwidth", "name:String argVectorIndex:U8", "A bandwidth argument of the running function.", text=VARIABLE, frame=True),
+    value("BandwidthVariable", "Bandwidth", "name:String argVectorIndex:U8#argumentIndex", "A bandwidth argument of the running function.", text=VARIABLE, frame=True),
     *comparisons("Int", INT_ORDER[:2]),
-    operator("IntInImmediateSet", fields="lhs:Int rhs:IntSet", dump="InImmediateSet", doc="True when `lhs` is in the set."),
+    operator("IntInImmediateSet", fields="lhs:Int rhs:IntSet", dump="InImmediateSet", lowered=True, doc="True when `lhs` is in the set."),
     *comparisons("Int", INT_ORDER[2:]),
-    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String index:U16", dump="MatchTagSet", sanity="verifyTagSetSanity", doc="True when the low 32 bits of `lhs` are in the tag set."),
-    operator("IntAssign", fields="lhs:IntModifiable rhs:Int", dump="Assign", doc="Writes `rhs`, forced into the range of `lhs`; true."),
-    operator("IntMinusEq", fields="lhs:IntModifiable rhs:Int", dump="MinusEq", doc="Subtracts `rhs` within the range of `lhs`; true."),
-    operator("IntMultEq", fields="lhs:IntModifiable rhs:Int", dump="MultEq", doc="Multiplies by `rhs` within the range of `lhs`; true."),
-    operator("IntPlusEq", fields="lhs:IntModifiable rhs:Int", dump="PlusEq", doc="Adds `rhs` within the range of `lhs`; true."),
-    value("IntImmediate", "Int", "value:U64 negative:bool", "A constant integer: magnitude and sign.", text="textOf(value_)"),
-    value("IntVariable", "Int", "name:String argVectorIndex:U8", "An integer argument of the running function.", text=VARIABLE, frame=True),
+    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String#listName index:U16#listSlot", dump="MatchTagSet", list="tagSet", sanity="verifyTagSetSanity", doc="True when the low 32 bits of `lhs` are in the tag set."),
+    operator("IntAssign", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="Assign", assigns=True, lowered=True, doc="Writes `rhs`, forced into the range of `lhs`; true."),
+    operator("IntMinusEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="MinusEq", lowered=True, doc="Subtracts `rhs` within the range of `lhs`; true."),
+    operator("IntMultEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="MultEq", lowered=True, doc="Multiplies by `rhs` within the range of `lhs`; true."),
+    operator("IntPlusEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="PlusEq", lowered=True, doc="Adds `rhs` within the range of `lhs`; true."),
+    value("IntImmediate", "Int", "value:U64 negative:bool", "A constant integer: magnitude and sign.", text="textOf(value_)", constant=True),
+    value("IntVariable", "Int", "name:String argVectorIndex:U8#argumentIndex", "An integer argument of the running function.", text=VARIABLE, frame=True),
     operator("CommunityValueIn", fields="lhs:CommunityValue rhs:CommunitySet", dump="In", doc="True when the set holds the community."),
     operator("CommunityValueIs", fields="lhs:CommunityValue rhs:CommunityValue", dump="Is", doc="True when the two communities are equal."),
-    operator("ResolutionRibsAssign", fields="lhs:ResolutionRibsModifiable rhs:ResolutionRibs", dump="Assign", doc="Replaces the resolution RIBs; true."),
+    operator("ResolutionRibsAssign", fields="lhs:ResolutionRibsModifiable rhs:ResolutionRibs", dump="Assign", assigns=True, doc="Replaces the resolution RIBs; true."),
     value("ResolutionRibsImmediate", "ResolutionRibs", "value:Routing::Rib::ResolutionRibProfileConfig", "A constant resolution-RIB profile.", text="textOf(value_)"),
-    value("CommunityValueImmediate", "CommunityValue", "value:Acl::CommunityValue", "A constant community.", text="textOf(value_)"),
+    value("CommunityValueImmediate", "CommunityValue", "value:Acl::CommunityValue", "A constant community.", text="textOf(value_)", constant=True),
     operator("TriStateBoolIs", fields="lhs:TriStateBool rhs:TriStateBool", dump="Is", doc="True when the two values are equal, unknown included."),
-    value("TriStateBoolVariable", "TriStateBool", "name:String argVectorIndex:U8", "A tri-state argument of the running function.", text=VARIABLE, frame=True),
+    value("TriStateBoolVariable", "TriStateBool", "name:String argVectorIndex:U8#argumentIndex", "A tri-state argument of the running function.", text=VARIABLE, frame=True),
     value("TriStateBoolImmediate", "TriStateBool", "value:TriStateBoolValue", "A constant tri-state value.", text="textOf(value_)"),
     operator("MacAddressIs", fields="lhs:MacAddress rhs:MacAddress", dump="Is", doc="True when the six bytes are equal."),
     value("MacAddressImmediate", "MacAddress", "value:EthAddr", "A constant MAC address.", text="textOf(value_)"),
     operator("IpAddressIs", fields="lhs:IpAddress rhs:IpAddress", dump="Is", doc="True when family and address are equal."),
     operator("IpAddressIsAddrZero", fields="lhs:IpAddress", dump="IsAddrZero", doc="True when the address is 0.0.0.0, :: or unset."),
-    operator("IpAddressMatchPrefixList", fields="lhs:IpAddress rhs:PrefixList", dump="MatchPrefixList", hand=("verifySanity",), doc="Matches the address, as a host prefix, against a prefix list."),
-    operator("IpAddressAssign", fields="lhs:IpAddressModifiable rhs:IpAddress", dump="Assign", doc="Replaces the address; true."),
+    operator("IpAddressMatchPrefixList", fields="lhs:IpAddress rhs:PrefixList", dump="MatchPrefixList", lowered=True, hand=("verifySanity",), doc="Matches the address, as a host prefix, against a prefix list."),
+    operator("IpAddressAssign", fields="lhs:IpAddressModifiable rhs:IpAddress", dump="Assign", assigns=True, doc="Replaces the address; true."),
     value("IpAddressImmediate", "IpAddress", "value:IpGenAddr", "A constant address.", text="textOf(value_)"),
     operator("IpPrefixCoveredBy", fields="lhs:IpPrefix rhs:IpPrefix", dump="CoveredBy", doc="True when `lhs` lies inside `rhs`."),
     operator("IpPrefixIs", fields="lhs:IpPrefix rhs:IpPrefix", dump="Is", doc="True when the two prefixes are equal."),
     operator("IpPrefixMatchCoveredPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchCoveredPrefixList", hand=("verifySanity",), doc="Matches the prefix against a prefix list; unknown without a list."),
-    operator("IpPrefixMatchPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchPrefixList", hand=("verifySanity",), doc="Matches the prefix against a prefix list; false without a list."),
+    operator("IpPrefixMatchPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchPrefixList", lowered=True, hand=("verifySanity",), doc="Matches the prefix against a prefix list; false without a list."),
     value("IpPrefixImmediate", "IpPrefix", "value:IpGenPrefix", "A constant prefix.", text="textOf(value_)"),
-    operator("AsPathMatchAsPathAccessList", fields="lhs:AsPath listName:String index:U16", dump="MatchAsPathAccessList", sanity="verifyAsPathAccessListSanity", doc="Matches the path against an AS-path access list."),
-    operator("AsPathAssign", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Assign", doc="Replaces the path by one sequence; true."),
+    operator("AsPathMatchAsPathAccessList", fields=f"lhs:AsPath {LIST}", dump="MatchAsPathAccessList", list="asPathAccessList", sanity="verifyAsPathAccessListSanity", doc="Matches the path against an AS-path access list."),
+    operator("AsPathAssign", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Assign", assigns=True, doc="Replaces the path by one sequence; true."),
     operator("AsPathPrepend", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Prepend", doc="Puts AS numbers in front of the path; true."),
     operator("InterfaceIs", fields="lhs:Interface rhs:Interface", dump="Is", doc="True when the two interfaces are the same."),
     value("InterfaceImmediate", "Interface", "value:IntfId", "A constant interface.", text="textOf(value_)"),
@@ -148,15 +154,15 @@ NODES = [
     listOperator("CommunitySet", "Match", "ExtCommList"),
     *(row for verb in SET_TEXTS for row in (listOperator("CommunitySet", verb, "ExtCommList"), setModifier("CommunitySet", verb))),
     *(listOperator("CommunitySet", verb, "LargeCommList") for verb in LIST_TEXTS),
-    value("RoaTableImmediate", "Int", "number:U64 name:String", "A ROA table; its value is its number.", text='"roa_table " + name_'),
-    value("PrefixListImmediate", "PrefixList", "name:String indexInAet:U16 isV4:bool", "A prefix list of one family.", text='"v4 " + name_', hand=("verifySanity",)),
-    value("PrefixListVariable", "PrefixList", "name:String argVectorIndex:U8", "A prefix-list argument of the running function.", text=VARIABLE, frame=True),
-    value("DynamicPrefixListImmediate", "PrefixList", "name:String indexInAet:U16", "A prefix list in use only for some VRFs.", text='"dynamic_prefix_list " + name_', hand=("verifySanity",)),
+    value("RoaTableImmediate", "Int", "number:U64#listSlot name:String#listName", "A ROA table; its value is its number.", list="roaTable", constant=True, text='"roa_table " + name_'),
+    value("PrefixListImmediate", "PrefixList", "name:String#listName indexInAet:U16#listSlot isV4:bool#isV4", "A prefix list of one family.", list="v4PrefixList", text='"v4 " + name_', hand=("verifySanity",)),
+    value("PrefixListVariable", "PrefixList", "name:String argVectorIndex:U8#argumentIndex", "A prefix-list argument of the running function.", text=VARIABLE, frame=True),
+    value("DynamicPrefixListImmediate", "PrefixList", "name:String#listName indexInAet:U16#listSlot", "A prefix list in use only for some VRFs.", list="dynamicPrefixList", text='"dynamic_prefix_list " + name_', hand=("verifySanity",)),
     operator("EsiIs", fields="lhs:Esi rhs:Esi", dump="Is", doc="True when both are unset, or set and equal."),
-    operator("SetNextHopSelfImplExpr", fields="", dump="!", doc="Body of next-hop-self: unsets the next hop for an outbound session.", effect="writes"),
-    operator("MatchOriginAsValidityImplExpr", fields="", dump="!", doc="Body of the origin-validation test; integer arguments: ROA table, state.", effect="control", frame=True),
-    operator("EvpnIpPrefixRouteSetOverlayIndexImplExpr", fields="", dump="!", doc="Body of the overlay-index setter.", effect="writes"),
-    operator("AsPathReplaceImplExpr", fields="", dump="!", doc="Body of AS-path replace; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True),
-    operator("AsPathRemoveImplExpr", fields="", dump="!", doc="Body of AS-path remove; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True),
+    builtIn("SetNextHopSelfImplExpr", "Body of next-hop-self: unsets the next hop for an outbound session.", effect="writes", writes=("next_hop",)),
+    builtIn("MatchOriginAsValidityImplExpr", "Body of the origin-validation test; integer arguments: ROA table, state.", effect="control", frame=True, reads=("prefix", "as_path"), integers=2),
+    builtIn("EvpnIpPrefixRouteSetOverlayIndexImplExpr", "Body of the overlay-index setter.", effect="writes"),
+    builtIn("AsPathReplaceImplExpr", "Body of AS-path replace; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), integers=1, nodeArguments=True),
+    builtIn("AsPathRemoveImplExpr", "Body of AS-path remove; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), nodeArguments=True),
     value("EsiImmediate", "Esi", "value:optional<Evpn::Esid>", "A constant Ethernet segment; may be unset.", text="textOf(value_)"),
 ]

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "QcfLib/AetNode.h"
+
+#include <algorithm>
+#include <vector>
+
+/// Walking a tree node by node, in the order of the text, without recursion: trees may be deep and
+/// chains a million links long. All walks that do not evaluate go this way.
+///
+///     std::unordered_set<AetNodeBase const *> met;
+///     walkTree(*function, [&](WalkedNode const & at) {
+///         count += is<IntIs>(at.node);
+///         return met.insert(&at.node).second; // whether to go on to its children
+///     });
+///
+/// A node that several places share is met at each of them, and a called function's body under the
+/// call: it is `enter` that bounds a walk.
+namespace Qcf::Eval {
+
+/// A node, and the field of its parent in which it stands; null for the first one.
+struct WalkedNode {
+    AetNodeBase const & node;
+    FieldInfo const * field;
+};
+
+/// Calls `enter(WalkedNode)` for `root` and what stands below it, parents before children. Where it
+/// answers true the walk goes on to the node's children, and then calls `leave(node)`.
+template <typename Enter, typename Leave>
+void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
+    struct Place {
+        AetNodeBase const * node;
+        FieldInfo const * field;
+        bool isEntered;
+    };
+    std::vector<Place> places{{&root, nullptr, false}};
+    while (!places.empty()) {
+        Place const at = places.back();
+        if (at.isEntered || !enter(WalkedNode{*at.node, at.field})) {
+            places.pop_back();
+            if (at.isEntered) {
+                leave(*at.node);
+            }
+            continue;
+        }
+        places.back().isEntered = true;
+        auto const firstChild = static_cast<std::ptrdiff_t>(places.size());
+        at.node->typeData().visitChildren(*at.node,
+                                          [&](FieldInfo const & field, AetNodeBase const * child) {
+                                              if (child != nullptr) {
+                                                  places.push_back({child, &field, false});
+                                              }
+                                          });
+        std::reverse(places.begin() + firstChild, places.end());
+    }
+}
+
+/// The same without looking at nodes when they are left.
+template <typename Enter>
+void walkTree(AetNodeBase const & root, Enter && enter) {
+    walkTree(root, std::forward<Enter>(enter), [](AetNodeBase const &) {});
+}
+
+} // namespace Qcf::Eval
