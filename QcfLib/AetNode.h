@@ -16,6 +16,7 @@
 namespace Qcf::Eval {
 
 class EvalContextBase;
+class Lowering;
 class StackFrameData_;
 /// A frame as value nodes push their arguments onto it.
 using StackFrameDataBase_ = StackFrameData_;
@@ -85,6 +86,10 @@ public:
 
     /// Prints the tree as source-like text. Lines begin with `indent` blanks.
     virtual void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const = 0;
+
+    /// Says by which form a plan can run the node without asking it, at most one; nothing for a
+    /// node that has to be evaluated as it stands. What it says must do what `eval` does.
+    virtual void lower(Lowering & /*to*/) const {}
 };
 
 /// A node that holds or yields a typed value.

@@ -15,23 +15,33 @@ inline U64 spreadBits(Acl::CommunityValue const & value) {
     return spreadBits(value.value() ^ (U64{value.type()} << 20));
 }
 
-/// Finds values in a large constant set. A route's few values are rarely in such a set: a filter of
-/// bits, small enough to stay in the cache, says so by one probe. A table of open addresses finds
-/// the others; a bisection of thousands would cost a dozen steps that no processor foresees.
+/// Finds values among many constants, which stay where they are: the index knows their positions
+/// alone, and is told where they stand with every question.
+///
+///     MembershipIndex const index(set.view());
+///     if (index.contains(set.view(), value)) { ... }
+///
+/// A route's few values are rarely among the constants: a filter of bits, small enough to stay in
+/// the cache, says so by one probe. A table of open addresses finds the others; a bisection of
+/// thousands would cost a dozen steps that no processor foresees. Immutable, read by any thread.
 class MembershipIndex {
 public:
-    /// The values must stay the same as long as the index; there are less than 2^32 - 1.
+    /// What is the position of a value that is not there.
+    static constexpr U32 none = ~U32{0};
+
+    /// The values must stay the same as long as the index, and differ from each other; there are
+    /// less than 2^32 - 1.
     template <typename Values>
     explicit MembershipIndex(Values const & values)
         : bits_(std::bit_ceil(bitsPerValue * values.size() + wordBits) / wordBits),
-          places_(std::bit_ceil(2 * values.size() + 1), empty) {
+          places_(std::bit_ceil(2 * values.size() + 1), none) {
         U32 position = 0;
         for (auto const & value : values) {
             U64 const spread = spreadBits(value);
             std::size_t const bit = spread & bitMask();
             bits_[bit / wordBits] |= U64{1} << (bit % wordBits);
             std::size_t at = spread & placeMask();
-            while (places_[at] != empty) {
+            while (places_[at] != none) {
                 at = (at + 1) & placeMask();
             }
             places_[at] = position++;
@@ -41,34 +51,37 @@ public:
     /// Whether `value` is one of the values that the index was made of.
     template <typename Value>
     bool contains(std::span<Value const> values, Value const & value) const {
+        return positionOf(values, value) != none;
+    }
+
+    /// Where among the values it stands; `none` when it is not there.
+    template <typename Value>
+    U32 positionOf(std::span<Value const> values, Value const & value) const {
         U64 const spread = spreadBits(value);
         std::size_t const bit = spread & bitMask();
         bool const mayBe = ((bits_[bit / wordBits] >> (bit % wordBits)) & 1) != 0;
-        return mayBe && isFound(values, value, spread);
+        return mayBe ? placeOf(values, value, spread) : none;
     }
 
 private:
     // Sixteen bits a value: about one false alarm in sixteen, in two bytes a value.
     static constexpr std::size_t bitsPerValue = 16;
     static constexpr std::size_t wordBits = 64;
-    static constexpr U32 empty = ~U32{0};
 
     template <typename Value>
-    bool isFound(std::span<Value const> values, Value const & value, U64 spread) const {
-        for (std::size_t at = spread & placeMask(); places_[at] != empty;
-             at = (at + 1) & placeMask()) {
-            if (values[places_[at]] == value) {
-                return true;
-            }
+    U32 placeOf(std::span<Value const> values, Value const & value, U64 spread) const {
+        std::size_t at = spread & placeMask();
+        while (places_[at] != none && !(values[places_[at]] == value)) {
+            at = (at + 1) & placeMask();
         }
-        return false;
+        return places_[at];
     }
 
     std::size_t bitMask() const { return bits_.size() * wordBits - 1; }
     std::size_t placeMask() const { return places_.size() - 1; }
 
     std::vector<U64> bits_;
-    std::vector<U32> places_; ///< positions among the values
+    std::vector<U32> places_; ///< positions among the values; at most half are taken
 };
 
 } // namespace Qcf::Eval

@@ -105,6 +105,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -238,6 +239,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -271,6 +273,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -309,6 +312,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -343,6 +347,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -373,6 +378,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -404,6 +410,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -484,6 +491,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

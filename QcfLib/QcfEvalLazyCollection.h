@@ -1,13 +1,22 @@
 #pragma once
 
-#include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEvalCollections.h"
 
+/// Results of set operations that are made only when there is something in them.
+///
+///     LazySmallVector<U64SmallVector> result(a, scratch, a->count());
+///     std::set_difference(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(result));
+///     PtrConst<U64SmallVector> difference = result.get(); // null when it is empty
+///
+/// Both belong to one operation on one thread.
 namespace Qcf::Eval {
 
-/// The result of a set operation, made when its first value arrives. Where the first operand may be
-/// overwritten the values gather in the scratch buffer (the operand is still being read) and move
-/// into it at the end; else a new `reuseOnWrite` set takes them.
+/// The result of a set operation, made when its first value arrives. Where the first operand is
+/// `reuseOnWrite` and at most `inlineSetCapacity` values are expected, it is overwritten: the
+/// values gather in the scratch buffer (the operand is still being read) and move into it at the
+/// end. Else a new `reuseOnWrite` set takes them.
+///
+/// `firstOperand` and `scratch` must outlive the object; the former may be null.
 template <typename Set>
 class LazySmallVector {
 public:
@@ -25,7 +34,7 @@ public:
         target_->push_back(value);
     }
 
-    /// The finished set; null when nothing was pushed. To be called once.
+    /// The finished set; null when nothing was pushed. To be called once: it hands the set over.
     PtrConst<Set> get() {
         if (target_ == &scratch_) {
             copyBack();
@@ -34,34 +43,8 @@ public:
     }
 
 private:
-    // The bound is what the buffer holds in place, however far its users have grown it: what
-    // becomes of one route must not depend on those before it.
-    bool reuses() const {
-        return firstOperand_ && firstOperand_->modifyFlag() == ModifyFlag::reuseOnWrite &&
-               expectedSize_ <= inlineSetCapacity;
-    }
-
-    void chooseTarget() {
-        if (reuses()) {
-            result_ = constCast(firstOperand_);
-            scratch_.clear();
-            target_ = &scratch_;
-            return;
-        }
-        result_ = makePtr<Set>(ModifyFlag::reuseOnWrite);
-        if (expectedSize_ > inlineSetCapacity) {
-            result_->values().reserve(expectedSize_);
-        }
-        target_ = &result_->values();
-    }
-
-    void copyBack() {
-        result_->clear();
-        result_->values().reserve(expectedSize_);
-        for (auto const & value : scratch_) {
-            result_->insert(value);
-        }
-    }
+    void chooseTarget();
+    void copyBack();
 
     PtrConst<Set> const & firstOperand_;
     Buffer & scratch_;
@@ -69,6 +52,10 @@ private:
     Ptr<Set> result_;
     Buffer * target_ = nullptr;
 };
+
+extern template class LazySmallVector<U64SmallVector>;
+extern template class LazySmallVector<U64UnsortedSmallVector>;
+extern template class LazySmallVector<CommunitySmallVector>;
 
 /// The union of extended communities with one link-bandwidth community: every other one is dropped,
 /// and the new one takes the place of the first value whose type and subtype are 0x4004 or above.
@@ -91,13 +78,8 @@ public:
         }
     }
 
-    PtrConst<CommunitySmallVector> get() {
-        insertLinkBandwidth();
-        auto newVector = constCast(values_.get());
-        QCF_ASSERT(nullptr != newVector && "We must have at least inserted the LBW");
-        newVector->lbwValueIs(linkBandwidth_);
-        return newVector;
-    }
+    /// The finished set, which holds the link bandwidth at least. To be called once.
+    PtrConst<CommunitySmallVector> get();
 
 private:
     void insertLinkBandwidth() {

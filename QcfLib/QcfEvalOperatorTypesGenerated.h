@@ -30,6 +30,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -278,6 +279,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -311,6 +313,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -344,6 +347,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -377,6 +381,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -409,6 +414,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -441,6 +447,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -512,6 +519,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -545,6 +553,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -578,6 +587,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -611,6 +621,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -878,6 +889,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1050,6 +1062,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1293,6 +1306,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1538,6 +1552,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1684,6 +1699,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1862,6 +1878,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2113,6 +2130,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2261,6 +2279,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

@@ -83,17 +83,17 @@ inline IntRange rangeOf(IntModifiable const & target) {
 }
 
 // What the arithmetic operators write for a current value and an operand; they never fail.
-inline U64 added(IntRange const & range, U64 current, SignedMagnitude operand) {
+inline U64 sumWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
                                       : range.sum(current, operand.magnitude);
 }
-inline U64 subtracted(IntRange const & range, U64 current, SignedMagnitude operand) {
+inline U64 differenceWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.sum(current, operand.magnitude)
                                       : range.difference(current, operand.magnitude);
 }
-U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand);
+U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand);
 /// The default value may be assigned even where it lies outside the range.
-inline U64 assigned(IntRange const & range, SignedMagnitude operand) {
+inline U64 valueWithin(IntRange const & range, SignedMagnitude operand) {
     if (operand.strictlyNegative()) {
         return range.min;
     }

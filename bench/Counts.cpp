@@ -1,6 +1,6 @@
 #include "bench/Counts.h"
 
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "bench/Allocations.h"
 #include "bench/SharedWrites.h"

@@ -1,5 +1,5 @@
 #include "Agent/AgentContextGenerated.h"
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "bench/Contenders.h"
 #include "bench/EngineTrees.h"
 #include "bench/SharedWrites.h"

@@ -1,7 +1,7 @@
 #include "bench/Micro.h"
 
 #include "Agent/AgentContextGenerated.h"
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "bench/EngineTrees.h"
 #include "bench/Table.h"
 #include "bench/TreeBuilder.h"

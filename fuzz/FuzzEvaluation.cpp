@@ -3,7 +3,7 @@
 #include "Agent/RouteReader.h"
 #include "Agent/ValueRenderer.h"
 #include "Documents/Program.h"
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "QcfLib/QcfDebugEvaluationLog.h"
 #include "fuzz/JsonMutation.h"
 #include "fuzz/Require.h"

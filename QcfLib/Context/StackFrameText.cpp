@@ -164,8 +164,8 @@ private:
         auto const [stop, error] = std::from_chars(digits, end, key);
         if (nodeClass != nullptr && error == std::errc() && stop == end) {
             auto const found = nodes_->node(static_cast<U16>(nodeClass->number()), key);
-            if (auto const * const value = dynamic_cast<StorageType const *>(found.get())) {
-                return value;
+            if (found && nodeClass->isKind(NodeKind::storageType)) {
+                return static_cast<StorageType const *>(found.get());
             }
         }
         throw ParseError("CLASS#KEY of a value node of the store", text);

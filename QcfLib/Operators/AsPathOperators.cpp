@@ -1,4 +1,3 @@
-#include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// Operators on AS paths.
@@ -40,7 +39,7 @@ private:
         if (index >= arguments.size() || arguments[index] == nullptr) {
             return nullptr;
         }
-        auto const * const node = dynamic_cast<Node const *>(arguments[index]);
+        auto const * const node = as<Node>(*arguments[index]);
         QCF_ASSERT_TEXT(node != nullptr, "node arguments are an integer set and two integer lists");
         return node;
     }

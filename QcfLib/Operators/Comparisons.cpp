@@ -1,5 +1,4 @@
-#include "Platform/Framework/Assert.h"
-#include "QcfLib/QcfEval.h"
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 #include <functional>
@@ -33,55 +32,73 @@ EvalResult compareEqual(Node const & node, Ptr<EvalContextBase> const & context)
     return EvalResult::fromBool(node.lhs()->getVal(context) == rhs);
 }
 
+/// The values that compare so with a constant.
+template <typename Compare>
+IntBounds boundsFor(U64 constant) {
+    constexpr Compare compare;
+    constexpr U64 largest = ~U64{0};
+    constexpr bool equal = compare(1, 1);
+    U64 const below = equal ? constant : constant - 1;
+    U64 const above = equal ? constant : constant + 1;
+    if constexpr (compare(0, 1)) {
+        return !equal && constant == 0 ? IntBounds{1, 0} : IntBounds{0, below};
+    } else if constexpr (compare(1, 0)) {
+        return !equal && constant == largest ? IntBounds{1, 0} : IntBounds{above, largest};
+    } else {
+        return {constant, constant};
+    }
+}
+
+/// Against a negative constant the answer does not depend on the left side, which is read all the
+/// same: the node is left to do so.
+template <typename Compare, typename Node>
+void lowerComparison(Node const & node, Lowering & to) {
+    auto const constant = to.constantOf(*node.rhs());
+    if (constant && !constant->strictlyNegative()) {
+        to.test(ConstantTest::of(*node.lhs(), boundsFor<Compare>(constant->magnitude)));
+    }
+}
+
 } // namespace
 
 using Context = Ptr<EvalContextBase>;
 
-EvalResult IntIs::eval(Context const & context) const {
-    return compareInts<std::equal_to<U64>>(*this, context);
-}
-EvalResult IntLessThan::eval(Context const & context) const {
-    return compareInts<std::less<U64>>(*this, context);
-}
-EvalResult IntLessThanEq::eval(Context const & context) const {
-    return compareInts<std::less_equal<U64>>(*this, context);
-}
-EvalResult IntGreaterThan::eval(Context const & context) const {
-    return compareInts<std::greater<U64>>(*this, context);
-}
-EvalResult IntGreaterThanEq::eval(Context const & context) const {
-    return compareInts<std::greater_equal<U64>>(*this, context);
-}
+#define QCF_INT_COMPARISON(Class, compare)                                                         \
+    EvalResult Class::eval(Context const & context) const {                                        \
+        return compareInts<std::compare<U64>>(*this, context);                                     \
+    }                                                                                              \
+    void Class::lower(Lowering & to) const { lowerComparison<std::compare<U64>>(*this, to); }
 
-EvalResult BandwidthIs::eval(Context const & context) const {
-    return compareBandwidths<std::equal_to<F32>>(*this, context);
-}
-EvalResult BandwidthLessThan::eval(Context const & context) const {
-    return compareBandwidths<std::less<F32>>(*this, context);
-}
-EvalResult BandwidthLessThanEq::eval(Context const & context) const {
-    return compareBandwidths<std::less_equal<F32>>(*this, context);
-}
-EvalResult BandwidthGreaterThan::eval(Context const & context) const {
-    return compareBandwidths<std::greater<F32>>(*this, context);
-}
-EvalResult BandwidthGreaterThanEq::eval(Context const & context) const {
-    return compareBandwidths<std::greater_equal<F32>>(*this, context);
-}
+QCF_INT_COMPARISON(IntIs, equal_to)
+QCF_INT_COMPARISON(IntLessThan, less)
+QCF_INT_COMPARISON(IntLessThanEq, less_equal)
+QCF_INT_COMPARISON(IntGreaterThan, greater)
+QCF_INT_COMPARISON(IntGreaterThanEq, greater_equal)
+#undef QCF_INT_COMPARISON
 
-EvalResult TriStateBoolIs::eval(Context const & context) const {
-    return compareEqual(*this, context);
-}
-EvalResult MacAddressIs::eval(Context const & context) const {
-    return compareEqual(*this, context);
-}
-EvalResult IpAddressIs::eval(Context const & context) const { return compareEqual(*this, context); }
-EvalResult InterfaceIs::eval(Context const & context) const { return compareEqual(*this, context); }
-EvalResult EsiIs::eval(Context const & context) const { return compareEqual(*this, context); }
-EvalResult CommunityValueIs::eval(Context const & context) const {
-    return compareEqual(*this, context);
-}
-EvalResult IpPrefixIs::eval(Context const & context) const { return compareEqual(*this, context); }
+#define QCF_BANDWIDTH_COMPARISON(Class, compare)                                                   \
+    EvalResult Class::eval(Context const & context) const {                                        \
+        return compareBandwidths<std::compare<F32>>(*this, context);                               \
+    }
+
+QCF_BANDWIDTH_COMPARISON(BandwidthIs, equal_to)
+QCF_BANDWIDTH_COMPARISON(BandwidthLessThan, less)
+QCF_BANDWIDTH_COMPARISON(BandwidthLessThanEq, less_equal)
+QCF_BANDWIDTH_COMPARISON(BandwidthGreaterThan, greater)
+QCF_BANDWIDTH_COMPARISON(BandwidthGreaterThanEq, greater_equal)
+#undef QCF_BANDWIDTH_COMPARISON
+
+#define QCF_EQUALITY(Class)                                                                        \
+    EvalResult Class::eval(Context const & context) const { return compareEqual(*this, context); }
+
+QCF_EQUALITY(TriStateBoolIs)
+QCF_EQUALITY(MacAddressIs)
+QCF_EQUALITY(IpAddressIs)
+QCF_EQUALITY(InterfaceIs)
+QCF_EQUALITY(EsiIs)
+QCF_EQUALITY(CommunityValueIs)
+QCF_EQUALITY(IpPrefixIs)
+#undef QCF_EQUALITY
 
 EvalResult IpAddressIsAddrZero::eval(Context const & context) const {
     return EvalResult::fromBool(lhs_->getVal(context).isAddrZero());
@@ -92,6 +109,11 @@ EvalResult IntInImmediateSet::eval(Context const & context) const {
     PtrConst<U64SmallVector> fresh;
     auto const * const set = rhs_->lendVal(context, fresh);
     return EvalResult::fromBool(set != nullptr && set->contains(value));
+}
+void IntInImmediateSet::lower(Lowering & to) const {
+    if (auto const * const set = constantSet<IntSetImmediate>(*rhs_)) {
+        to.test(ConstantTest::of(*lhs_, *set));
+    }
 }
 
 EvalResult CommunityValueIn::eval(Context const & context) const {

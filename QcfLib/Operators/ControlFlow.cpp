@@ -1,141 +1,25 @@
-#include "Platform/Framework/Assert.h"
-#include "Platform/Framework/Hash.h"
-#include "QcfLib/Nodes/NodeContract.h"
-#include "QcfLib/Plan/Plan.h"
-#include "QcfLib/QcfEval.h"
+#include "QcfLib/Operators/LoggedEvaluation.h"
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
-/// Evaluation of functions and control flow.
+/// Blocks, branches, and what leaves them.
 namespace Qcf::Eval {
-
-namespace {
-
-void logResult(Ptr<EvalContextBase> const & context, AetNodeBase const & node,
-               EvalResult const & result) {
-    if (context->shouldLogEval()) [[unlikely]] {
-        evalContext(context).log(node.aetNodeKey(), result);
-    }
-}
-
-EvalResult evalLogged(Expression const & expression, Ptr<EvalContextBase> const & context) {
-    EvalResult const result = expression.eval(context);
-    logResult(context, expression, result);
-    return result;
-}
-
-/// Whether anybody looks on. Evaluations that nobody looks at log and trace nothing; they are the
-/// rule, and take the short way through a node.
-bool isObserved(Ptr<EvalContextBase> const & context) {
-    return context->shouldLogEval() || traceQcfEval.on(1);
-}
-
-} // namespace
 
 EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
-    bool const logs = context->shouldLogEval();
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
-        auto const & statement = *link->entry();
-        EvalResult const result = logs ? evalLogged(statement, context) : statement.eval(context);
+        EvalResult const result = evalLogged(*link->entry(), context);
         if (result.terminates()) {
             return result;
         }
     }
     return {};
 }
+void Block::lower(Lowering & to) const { to.block(*this); }
 
-namespace {
-
-void traceStart(Function const & function) {
-    QCF_TRACE(traceQcfEval, 1, "Evaluating function " << function.funcName());
-}
-
-// Here and below, rare ways are kept out of line: their texts would cost every evaluation
-// registers.
-
-/// A function that expects arguments was evaluated without a caller.
-[[gnu::noinline]] EvalResult refused(Function const & function,
-                                     Ptr<EvalContextBase> const & context) {
-    traceStart(function);
-    auto const refusal = EvalResult::fromBoolWithReturn(false);
-    logResult(context, function, refusal);
-    return refusal;
-}
-
-[[gnu::noinline]] EvalResult observedBody(Function const & function,
-                                          Ptr<EvalContextBase> const & context) {
-    traceStart(function);
-    EvalResult const result = evalLogged(*function.body(), context);
-    logResult(context, function, result);
-    return result;
-}
-
-/// What a function yields of its body's result; a true one hands the route's changes back.
-EvalResult ended(EvalContext & context, EvalResult result) {
-    if (!result.terminates()) [[unlikely]] {
-        QCF_ASSERT(result.retVal() == QcfUnknown());
-        return result;
-    }
-    if (result.isTrue() && context.functionCallDepth() == 0) {
-        context.flushModifiedAttributes();
-    }
-    return result.returned();
-}
-
-/// An evaluation that may be the first one, observed, refused, or inside a call.
-[[gnu::noinline]] EvalResult evalAtLength(Function const & function,
-                                          Ptr<EvalContextBase> const & context) {
-    auto & c = evalContext(context);
-    assertWalkable(function);
-    if (c.functionCallDepth() == 0) {
-        if (function.argumentsExpected()) {
-            return refused(function, context);
-        }
-        c.evaluatedFunctionIs(function);
-    }
-    return ended(c, isObserved(context) ? observedBody(function, context)
-                    : Plan::enabled()   ? function.planFor(function).run(context).result()
-                                        : function.body()->eval(context));
-}
-
-} // namespace
-
-EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
-    auto & c = evalContext(context);
-    // An agent's next route by the same function: what there is to find out, is found out.
-    bool const isNext =
-        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isObserved(context);
-    Plan const * const plan = keptPlan();
-    if (isNext && plan != nullptr && plan->isCurrent()) [[likely]] {
-        PlanStep const & end = plan->run(context);
-        if (end.result().isTrue()) {
-            c.flushModifiedAttributes();
-        }
-        return end.returned();
-    }
-    return isNext && !Plan::enabled() ? ended(c, body_->eval(context))
-                                      : evalAtLength(*this, context);
-}
-
-U32 Function::hash(U32 seed) const {
-    if (cachedHashValueSet()) {
-        return cachedHashValue();
-    }
+EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
-    cachedHashValueSetIs(true);
-    Hash hash(seed);
-    hash.hashMix(typeData().typeCode);
-    contract::mixChild(hash, body_.get());
-    hash.hashMix(argumentsExpected_);
-    cachedHashValueIs(hash.result());
-    return cachedHashValue();
-}
-
-namespace {
-
-[[gnu::noinline]] EvalResult observedIf(IfExpression const & node,
-                                        Ptr<EvalContextBase> const & context) {
-    EvalResult const condition = evalLogged(*node.condition(), context);
+    EvalResult const condition = evalLogged(*condition_, context);
     QCF_TRACE(traceQcfEval, 1,
               "Evaluating IfExpression, condition evaluated to " << condition.retVal());
     assertNoReturn(condition);
@@ -144,51 +28,14 @@ namespace {
     }
     EvalResult result = condition;
     if (condition.isTrue()) {
-        result = evalLogged(*node.thenBlock(), context);
-    } else if (node.elseBlock()) {
-        result = evalLogged(*node.elseBlock(), context);
+        result = evalLogged(*thenBlock_, context);
+    } else if (elseBlock_) {
+        result = evalLogged(*elseBlock_, context);
     }
-    logResult(context, node, condition);
+    logResult(context, *this, condition);
     return result;
 }
-
-template <typename Node>
-[[gnu::noinline]] EvalResult observedOperand(Node const & node, char const * name,
-                                             Ptr<EvalContextBase> const & context) {
-    EvalResult const result = evalLogged(*node.expr(), context);
-    logResult(context, node, result);
-    QCF_TRACE(traceQcfEval, 1, name << " returning " << result.retVal());
-    return result;
-}
-
-/// What `return` and `exit` make of their operand's result: an exit inside the operand wins.
-template <typename Node>
-EvalResult terminated(Node const & node, char const * name, TerminationFlag flag,
-                      Ptr<EvalContextBase> const & context) {
-    assertWalkable(node);
-    EvalResult const result =
-        isObserved(context) ? observedOperand(node, name, context) : node.expr()->eval(context);
-    assertNoReturn(result);
-    return result.terminates() ? result : result.with(flag);
-}
-
-} // namespace
-
-EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
-    assertWalkable(*this);
-    if (isObserved(context)) [[unlikely]] {
-        return observedIf(*this, context);
-    }
-    EvalResult const condition = condition_->eval(context);
-    if (condition.terminates()) [[unlikely]] {
-        assertNoReturn(condition);
-        return condition;
-    }
-    if (condition.isTrue()) {
-        return thenBlock_->eval(context);
-    }
-    return elseBlock_ ? elseBlock_->eval(context) : condition;
-}
+void IfExpression::lower(Lowering & to) const { to.branch(*this); }
 
 EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
@@ -196,17 +43,42 @@ EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertNoReturn(result);
     return result.terminates() ? result : EvalResult::fromBool(!result.isTrue());
 }
+void NotExpression::lower(Lowering & to) const { to.negation(*expr_); }
+
+namespace {
+
+/// What `return` and `exit` make of their operand's result: an exit inside the operand wins.
+template <typename Node>
+EvalResult leaveBy(Node const & node, TerminationFlag flag, Ptr<EvalContextBase> const & context) {
+    assertWalkable(node);
+    EvalResult const result = evalLogged(*node.expr(), context);
+    logResult(context, node, result);
+    QCF_TRACE(traceQcfEval, 1, node.typeData().name << " returning " << result.retVal());
+    assertNoReturn(result);
+    return result.terminates() ? result : result.with(flag);
+}
+
+} // namespace
 
 EvalResult ReturnExpression::eval(Ptr<EvalContextBase> const & context) const {
-    return terminated(*this, "ReturnExpression", TerminationFlag::returnToCaller, context);
+    return leaveBy(*this, TerminationFlag::returnToCaller, context);
+}
+void ReturnExpression::lower(Lowering & to) const {
+    to.leave(*expr_, TerminationFlag::returnToCaller);
 }
 
 EvalResult ExitExpression::eval(Ptr<EvalContextBase> const & context) const {
-    return terminated(*this, "ExitExpression", TerminationFlag::exitToPoa, context);
+    return leaveBy(*this, TerminationFlag::exitToPoa, context);
 }
+void ExitExpression::lower(Lowering & to) const { to.leave(*expr_, TerminationFlag::exitToPoa); }
 
 EvalResult TriStateBoolExpression::eval(Ptr<EvalContextBase> const & context) const {
     return EvalResult(expr_->getVal(context));
+}
+void TriStateBoolExpression::lower(Lowering & to) const {
+    if (auto const * const constant = as<TriStateBoolImmediate>(*expr_)) {
+        to.truth(constant->value());
+    }
 }
 
 } // namespace Qcf::Eval

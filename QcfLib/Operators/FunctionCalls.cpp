@@ -1,7 +1,6 @@
-#include "Platform/Framework/Hash.h"
-#include "QcfLib/Nodes/NodeContract.h"
-#include "QcfLib/QcfEval.h"
+#include "QcfLib/Operators/Lowering.h"
 
+/// Calls, on a frame of their own.
 namespace Qcf::Eval {
 
 namespace {
@@ -57,14 +56,6 @@ EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) co
     return result;
 }
 
-// The callee counts as an object, its name does not.
-U32 FunctionCallExpression::hash(U32 seed) const {
-    Hash hash(seed);
-    hash.hashMix(typeData().typeCode);
-    hash.hashMixIdentity(calleePtr_.get());
-    contract::mixChild(hash, argListHead_.get());
-    hash.hashMix(functionCallId_);
-    return hash.result();
-}
+void FunctionCallExpression::lower(Lowering & to) const { to.call(*this); }
 
 } // namespace Qcf::Eval

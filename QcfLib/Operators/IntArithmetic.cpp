@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// Assignment and arithmetic on integer attributes, within their range.
@@ -5,11 +6,9 @@ namespace Qcf::Eval {
 
 namespace {
 
-using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
-
 /// The reads have this order: the target's bounds, its current value, then the operand.
 void compute(IntModifiable const & target, Int const & operand,
-             Ptr<EvalContextBase> const & context, Arithmetic arithmetic) {
+             Ptr<EvalContextBase> const & context, IntArithmetic arithmetic) {
     IntRange const bounds = boundsOf(target);
     U64 const current = target.getVal(context);
     SignedMagnitude const change = operand.signedVal(context);
@@ -18,7 +17,7 @@ void compute(IntModifiable const & target, Int const & operand,
 
 } // namespace
 
-U64 multiplied(IntRange const & range, U64 current, SignedMagnitude operand) {
+U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     U64 product = 0;
     bool const tooLarge = __builtin_mul_overflow(current, operand.magnitude, &product);
     if (operand.strictlyNegative() && (tooLarge || product != 0)) {
@@ -31,36 +30,45 @@ void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context) {
     IntRange const range = rangeOf(target);
     SignedMagnitude const value = operand.signedVal(context);
-    target.setVal(assigned(range, value), context);
+    target.setVal(valueWithin(range, value), context);
 }
 void addWithinRange(IntModifiable const & target, Int const & operand,
                     Ptr<EvalContextBase> const & context) {
-    compute(target, operand, context, added);
+    compute(target, operand, context, sumWithin);
 }
 void subtractWithinRange(IntModifiable const & target, Int const & operand,
                          Ptr<EvalContextBase> const & context) {
-    compute(target, operand, context, subtracted);
+    compute(target, operand, context, differenceWithin);
 }
 void multiplyWithinRange(IntModifiable const & target, Int const & operand,
                          Ptr<EvalContextBase> const & context) {
-    compute(target, operand, context, multiplied);
+    compute(target, operand, context, productWithin);
 }
 
 EvalResult IntAssign::eval(Ptr<EvalContextBase> const & context) const {
     assignWithinRange(*lhs_, *rhs_, context);
     return EvalResult::fromBool(true);
 }
-EvalResult IntPlusEq::eval(Ptr<EvalContextBase> const & context) const {
-    addWithinRange(*lhs_, *rhs_, context);
-    return EvalResult::fromBool(true);
+void IntAssign::lower(Lowering & to) const {
+    if (auto const constant = to.constantOf(*rhs_)) {
+        to.assign(*lhs_, *constant);
+    }
 }
-EvalResult IntMinusEq::eval(Ptr<EvalContextBase> const & context) const {
-    subtractWithinRange(*lhs_, *rhs_, context);
-    return EvalResult::fromBool(true);
-}
-EvalResult IntMultEq::eval(Ptr<EvalContextBase> const & context) const {
-    multiplyWithinRange(*lhs_, *rhs_, context);
-    return EvalResult::fromBool(true);
-}
+
+#define QCF_INT_ARITHMETIC(Class, computeWithinRange, operation)                                   \
+    EvalResult Class::eval(Ptr<EvalContextBase> const & context) const {                           \
+        computeWithinRange(*lhs_, *rhs_, context);                                                 \
+        return EvalResult::fromBool(true);                                                         \
+    }                                                                                              \
+    void Class::lower(Lowering & to) const {                                                       \
+        if (auto const constant = to.constantOf(*rhs_)) {                                          \
+            to.compute(*lhs_, *constant, operation);                                               \
+        }                                                                                          \
+    }
+
+QCF_INT_ARITHMETIC(IntPlusEq, addWithinRange, sumWithin)
+QCF_INT_ARITHMETIC(IntMinusEq, subtractWithinRange, differenceWithin)
+QCF_INT_ARITHMETIC(IntMultEq, multiplyWithinRange, productWithin)
+#undef QCF_INT_ARITHMETIC
 
 } // namespace Qcf::Eval

@@ -1,5 +1,5 @@
 #include "QcfLib/QcfEval.h"
-#include "QcfLib/Sets/StoreSet.h"
+#include "QcfLib/Sets/SetEdits.h"
 
 /// The community-list operators. What a list holds and how it matches is the agent's: the status of
 /// the node's slot is passed on as it is, null included.
@@ -27,7 +27,7 @@ EvalResult edit(Node const & node, Context const & context, MatcherTable<Status>
     PtrConst<Set> fresh;
     Set const * const lent = node.lhs()->lendVal(context, fresh);
     // A set that others see is copyOnWrite; the agent's edit honours the flag.
-    BorrowedPtr<Set> const current(const_cast<Set *>(lent));
+    BorrowedPtr<Set> const current(lent == nullptr ? nullptr : &writable(*lent));
     Ptr<Set> result = (*context.*operation)(current, status);
     if (result.get() == lent) {
         storeLent(*node.lhs(), lent, context);

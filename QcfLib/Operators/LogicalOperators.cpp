@@ -1,6 +1,8 @@
-#include "QcfLib/QcfEval.h"
+#include "QcfLib/Operators/LoggedEvaluation.h"
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
+/// The operators between conditions, and the chains that they join.
 namespace Qcf::Eval {
 
 bool LogicalOperator::compare(PtrConst<AetNodeBase> const & other) const {
@@ -37,15 +39,14 @@ EvalResult SequentialOperator::maybeCastUnknownToFalse(EvalResult const & result
 
 namespace {
 
-/// Walks the operator nodes for the log alone; it stops at the last one.
+/// The operator nodes, which stand between the operands in the log and nowhere else. It stops at
+/// the last one.
 class OperatorCursor {
 public:
     OperatorCursor(LogicalOperatorList const & list, Ptr<EvalContextBase> const & context)
         : link_(&list), context_(context) {}
 
-    void log(EvalResult const & result) const {
-        evalContext(context_).log(link_->entry()->aetNodeKey(), result);
-    }
+    void log(EvalResult const & result) const { logResult(context_, *link_->entry(), result); }
     void advance() {
         if (link_->next()) {
             link_ = link_->next().get();
@@ -59,22 +60,18 @@ private:
 
 } // namespace
 
-namespace {
-
-EvalResult loggedOperands(LogicalOperatorExpression const & node,
-                          Ptr<EvalContextBase> const & context) {
-    LogicalOperator const & op = *node.operatorList()->entry();
-    OperatorCursor cursor(*node.operatorList(), context);
+EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
+    assertWalkable(*this);
+    LogicalOperator const & op = *operatorList_->entry();
+    OperatorCursor cursor(*operatorList_, context);
     EvalResult result;
     U32 position = 1;
-    for (auto const * link = node.expressionList().get(); link != nullptr;
-         link = link->next().get()) {
+    for (auto const * link = expressionList_.get(); link != nullptr; link = link->next().get()) {
         if (position >= 3) {
             cursor.log(result);
             cursor.advance();
         }
-        result = link->entry()->eval(context);
-        evalContext(context).log(link->entry()->aetNodeKey(), result);
+        result = evalLogged(*link->entry(), context);
         assertNoReturn(result);
         if (result.terminates()) {
             if (position >= 2) {
@@ -91,27 +88,6 @@ EvalResult loggedOperands(LogicalOperatorExpression const & node,
     cursor.log(result);
     return result;
 }
-
-} // namespace
-
-EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
-    assertWalkable(*this);
-    if (context->shouldLogEval()) [[unlikely]] {
-        return loggedOperands(*this, context);
-    }
-    LogicalOperator const & op = *operatorList_->entry();
-    EvalResult result;
-    for (auto const * link = expressionList_.get(); link != nullptr; link = link->next().get()) {
-        result = link->entry()->eval(context);
-        if (result.terminates()) [[unlikely]] {
-            assertNoReturn(result);
-            return result;
-        }
-        if (op.shouldShortCircuit(result)) {
-            break;
-        }
-    }
-    return op.maybeCastUnknownToFalse(result);
-}
+void LogicalOperatorExpression::lower(Lowering & to) const { to.chain(*this); }
 
 } // namespace Qcf::Eval

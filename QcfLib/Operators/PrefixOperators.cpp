@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// Tests of prefixes and addresses against prefixes, prefix lists and ROA tables.
@@ -12,6 +13,13 @@ EvalResult matchList(PrefixList const & list, Routing::Policy::MatchInput_ const
         return withoutList;
     }
     return tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
+}
+
+template <typename Node>
+void lowerListTest(Node const & node, Lowering & to) {
+    if (auto const * const list = as<PrefixListImmediate>(*node.rhs())) {
+        to.listTest(*node.lhs(), *list);
+    }
 }
 
 bool listOperandIsSane(char const * label, PrefixList const & list,
@@ -32,6 +40,8 @@ EvalResult IpPrefixCoveredBy::eval(Ptr<EvalContextBase> const & context) const {
 EvalResult IpPrefixMatchPrefixList::eval(Ptr<EvalContextBase> const & context) const {
     return matchList(*rhs_, {lhs_->getVal(context)}, EvalResult::fromBool(false), context);
 }
+void IpPrefixMatchPrefixList::lower(Lowering & to) const { lowerListTest(*this, to); }
+
 EvalResult IpPrefixMatchCoveredPrefixList::eval(Ptr<EvalContextBase> const & context) const {
     // Without a list the decision is left to the logical operators around.
     return matchList(*rhs_, {lhs_->getVal(context)}, EvalResult(), context);
@@ -40,6 +50,7 @@ EvalResult IpAddressMatchPrefixList::eval(Ptr<EvalContextBase> const & context) 
     Routing::Policy::MatchInput_ const host{IpGenPrefix::host(lhs_->getVal(context))};
     return matchList(*rhs_, host, EvalResult::fromBool(false), context);
 }
+void IpAddressMatchPrefixList::lower(Lowering & to) const { lowerListTest(*this, to); }
 
 bool IpPrefixMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {
     return listOperandIsSane("IpPrefixMatchPrefixList", *rhs_, metadata);

@@ -1,9 +1,5 @@
-#include "QcfLib/QcfEval.h"
-#include "QcfLib/Sets/SetAlgebra.h"
-#include "QcfLib/Sets/StoreSet.h"
-
-#include <algorithm>
-#include <iterator>
+#include "QcfLib/Operators/Lowering.h"
+#include "QcfLib/Sets/SetEdits.h"
 
 /// The set operators, once over both element types.
 namespace Qcf::Eval {
@@ -12,64 +8,82 @@ namespace {
 
 using Context = Ptr<EvalContextBase>;
 
-/// Reads the operands, `rhs` first unless told otherwise, and asks `test(lhs, rhs)`.
+/// An operand's set, lent, or built for this call.
+template <typename Set>
+struct SetOperand {
+    SetOperand(SetStorage<Set> const & node, Context const & context)
+        : set(node.lendVal(context, fresh)) {}
+
+    PtrConst<Set> fresh;
+    Set const * set;
+};
+
+/// Reads the operands, `rhs` first, and asks `test(lhs, rhs)`.
 template <typename Set, typename Node, typename Test>
 EvalResult testSets(Node const & node, Context const & context, Test test) {
-    PtrConst<Set> freshRhs;
-    PtrConst<Set> freshLhs;
-    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
-    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
-    return EvalResult::fromBool(test(lhs, rhs));
+    SetOperand<Set> const rhs(*node.rhs(), context);
+    SetOperand<Set> const lhs(*node.lhs(), context);
+    return EvalResult::fromBool(test(lhs.set, rhs.set));
 }
 
+/// The one test that reads `lhs` first.
 template <typename Set, typename Node>
 EvalResult hasAll(Node const & node, Context const & context) {
-    PtrConst<Set> freshRhs;
-    PtrConst<Set> freshLhs;
-    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
-    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
-    return EvalResult::fromBool(Set::isSubset(rhs, lhs));
+    SetOperand<Set> const lhs(*node.lhs(), context);
+    SetOperand<Set> const rhs(*node.rhs(), context);
+    return EvalResult::fromBool(Set::isSubset(rhs.set, lhs.set));
 }
 
 template <typename Set, typename Node>
 EvalResult isEmpty(Node const & node, Context const & context) {
-    PtrConst<Set> fresh;
-    Set const * const lhs = node.lhs()->lendVal(context, fresh);
-    return EvalResult::fromBool(lhs == nullptr || lhs->empty());
+    SetOperand<Set> const lhs(*node.lhs(), context);
+    return EvalResult::fromBool(isEmptySet(lhs.set));
 }
 
-/// Writes `combine(lhs, rhs, scratch, fresh)` to the target, whose value is `lhs`. A right operand
-/// that was built for this call stands in `freshRhs`.
+/// Writes `combine(lhs, rhs, scratch, fresh)` to the target, whose value is `lhs`.
 template <typename Target, typename Set, typename Combine>
-void modify(Target const & target, Set const * lhs, Set const * rhs, PtrConst<Set> & freshRhs,
-            Context const & context, Combine combine) {
+EvalResult modify(Target const & target, SetOperand<Set> const & lhs, SetOperand<Set> & rhs,
+                  Context const & context, Combine combine) {
     PtrConst<Set> fresh;
-    Set const * const result = combine(lhs, rhs, setScratch(evalContext(context), lhs), fresh);
+    auto & scratch = setScratch(evalContext(context), lhs.set);
+    Set const * const result = combine(lhs.set, rhs.set, scratch, fresh);
     if (fresh) {
         target.setVal(std::move(fresh), context);
-    } else if (result == rhs && result != lhs) {
-        storeRightOperand(target, rhs, freshRhs, context);
+    } else if (result == rhs.set && result != lhs.set) {
+        storeRightOperand(target, rhs.set, rhs.fresh, context);
     } else {
         storeLent(target, result, context);
     }
+    return EvalResult::fromBool(true);
 }
 
 template <typename Set, typename Node, typename Combine>
 EvalResult modifySet(Node const & node, Context const & context, Combine combine) {
-    PtrConst<Set> freshLhs;
-    PtrConst<Set> freshRhs;
-    Set const * const lhs = node.lhs()->lendVal(context, freshLhs);
-    Set const * const rhs = node.rhs()->lendVal(context, freshRhs);
-    modify(*node.lhs(), lhs, rhs, freshRhs, context, combine);
-    return EvalResult::fromBool(true);
+    SetOperand<Set> const lhs(*node.lhs(), context);
+    SetOperand<Set> rhs(*node.rhs(), context);
+    return modify(*node.lhs(), lhs, rhs, context, combine);
 }
 
 template <typename Set, typename Node>
 EvalResult assignSet(Node const & node, Context const & context) {
-    PtrConst<Set> fresh;
-    Set const * const rhs = node.rhs()->lendVal(context, fresh);
-    storeRightOperand(*node.lhs(), rhs, fresh, context);
+    SetOperand<Set> rhs(*node.rhs(), context);
+    storeRightOperand(*node.lhs(), rhs.set, rhs.fresh, context);
     return EvalResult::fromBool(true);
+}
+
+template <typename Immediate, typename Node>
+void lowerHasAny(Node const & node, Lowering & to) {
+    if (auto const * const anyOf = constantSet<Immediate>(*node.rhs())) {
+        to.test(ConstantTest::of(*node.lhs(), *anyOf));
+    }
+}
+
+template <typename Set, typename Immediate, typename Node>
+void lowerChange(Node const & node, Lowering & to, bool adds) {
+    Set const * const constants = constantSet<Immediate>(*node.rhs());
+    if (!isEmptySet(constants) && constants->count() <= fewValues) {
+        to.change(SetChange<Set>{&node, node.lhs().get(), constants, adds});
+    }
 }
 
 } // namespace
@@ -91,6 +105,9 @@ EvalResult assignSet(Node const & node, Context const & context) {
     EvalResult Kind##HasAnyImmediate::eval(Context const & context) const {                        \
         return testSets<Set>(*this, context, Set::hasAny);                                         \
     }                                                                                              \
+    void Kind##HasAnyImmediate::lower(Lowering & to) const {                                       \
+        lowerHasAny<Kind##Immediate>(*this, to);                                                   \
+    }                                                                                              \
     EvalResult Kind##HasNoneImmediate::eval(Context const & context) const {                       \
         return testSets<Set>(*this, context,                                                       \
                              [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
@@ -98,8 +115,14 @@ EvalResult assignSet(Node const & node, Context const & context) {
     EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
         return modifySet<Set>(*this, context, setAdd<Set>);                                        \
     }                                                                                              \
+    void Kind##AddImmediate::lower(Lowering & to) const {                                          \
+        lowerChange<Set, Kind##Immediate>(*this, to, true);                                        \
+    }                                                                                              \
     EvalResult Kind##RemoveImmediate::eval(Context const & context) const {                        \
         return modifySet<Set>(*this, context, setRemove<Set>);                                     \
+    }                                                                                              \
+    void Kind##RemoveImmediate::lower(Lowering & to) const {                                       \
+        lowerChange<Set, Kind##Immediate>(*this, to, false);                                       \
     }                                                                                              \
     EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
         return modifySet<Set>(*this, context, setRetain<Set>);                                     \
@@ -112,40 +135,22 @@ QCF_SET_OPERATORS(IntSet, U64SmallVector)
 QCF_SET_OPERATORS(CommunitySet, CommunitySmallVector)
 #undef QCF_SET_OPERATORS
 
-namespace {
-
-/// The union of extended communities in which the link bandwidth of `added` takes the place of
-/// every other one.
-CommunitySmallVector const * addedWithLinkBandwidth(CommunitySmallVector const * current,
-                                                    CommunitySmallVector const * added,
-                                                    CommunityBuffer & scratch,
-                                                    PtrConst<CommunitySmallVector> & fresh) {
-    if (isEmptySet(current) || isEmptySet(added)) {
-        return isEmptySet(current) ? added : current;
-    }
-    BorrowedPtr<CommunitySmallVector const> const first(current);
-    LazyCommunitySmallVectorInsertingLBW result(first, scratch, current->count() + added->count(),
-                                                added->lbwValue());
-    std::set_union(current->begin(), current->end(), added->begin(), added->end(),
-                   std::back_inserter(result));
-    return finished(result, current, fresh);
-}
-
-} // namespace
-
+// What is added is read first; when there is nothing, the attribute is left alone.
 EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
     using Set = CommunitySmallVector;
-    // What is added is read first; when there is nothing, the attribute is left alone.
-    PtrConst<Set> freshRhs;
-    Set const * const added = rhs_->lendVal(context, freshRhs);
-    if (isEmptySet(added)) {
+    SetOperand<Set> added(*rhs_, context);
+    if (isEmptySet(added.set)) {
         return EvalResult::fromBool(true);
     }
-    PtrConst<Set> freshLhs;
-    Set const * const current = lhs_->lendVal(context, freshLhs);
-    auto const combine = added->lbwValue().isZero() ? setAdd<Set> : addedWithLinkBandwidth;
-    modify(*lhs_, current, added, freshRhs, context, combine);
-    return EvalResult::fromBool(true);
+    SetOperand<Set> const current(*lhs_, context);
+    bool const isPlainUnion = added.set->lbwValue().isZero();
+    return modify(*lhs_, current, added, context, isPlainUnion ? setAdd<Set> : setAddLinkBandwidth);
+}
+void ExtCommunitySetAddImmediate::lower(Lowering & to) const {
+    auto const * const added = constantSet<CommunitySetImmediate>(*rhs_);
+    if (added != nullptr && added->lbwValue().isZero()) {
+        lowerChange<CommunitySmallVector, CommunitySetImmediate>(*this, to, true);
+    }
 }
 
 } // namespace Qcf::Eval

@@ -1,7 +1,7 @@
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 
+#include "QcfLib/KeptPlan.h"
 #include "QcfLib/Plan/PlanLowering.h"
-#include "QcfLib/QcfEval.h"
 
 namespace Qcf::Eval {
 
@@ -11,6 +11,11 @@ class PlanEnd final : public PlanStep {
 public:
     constexpr explicit PlanEnd(EvalResult result) : PlanStep(result) {}
     PlanStep const * run(PlanRun /*run*/) const override { return this; }
+    StepText describe() const override {
+        static constexpr char const * ways[] = {"ends ", "returns ", "exits "};
+        auto const way = ways[static_cast<U8>(result().termination())];
+        return {String(way) + toString(result().retVal())};
+    }
 };
 
 /// By value, then by termination.
@@ -35,9 +40,14 @@ PlanStep const * endOfRun(EvalResult result) {
 // The epoch is asked before any constant is.
 Plan::Plan(Function const & function, std::unique_ptr<Plan const> earlier)
     : epoch_(PlanEpoch::number()), earlier_(std::move(earlier)) {
-    PlanLowering lowering(function, steps_);
-    first_ = lowering.block(*function.body(), endOfRun({}));
+    auto steps = std::make_unique<PlanSteps>();
+    first_ = PlanLowering(function, *steps).body();
+    steps_ = std::move(steps);
 }
+
+Plan::~Plan() = default;
+
+std::size_t Plan::stepCount() const { return steps_->size(); }
 
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }
 

@@ -1,15 +1,18 @@
 #include "QcfLib/Plan/PlanLowering.h"
 
-#include "QcfLib/Plan/PlanChain.h"
-#include "QcfLib/Plan/PlanNodes.h"
+#include "QcfLib/Plan/Inlining.h"
+#include "QcfLib/Plan/SetChangeStep.h"
+#include "QcfLib/Plan/TestSteps.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace Qcf::Eval {
 
 namespace {
+
+/// Changes of one attribute that one step makes.
+constexpr std::size_t changesOfStep = 16;
 
 /// The links of a list, last first.
 template <typename Link>
@@ -22,49 +25,7 @@ std::vector<Link const *> fromLast(Link const * link) {
     return links;
 }
 
-TriStateBoolImmediate const * truthOf(Expression const & node) {
-    auto const * const predicate = as<TriStateBoolExpression>(node);
-    return predicate == nullptr ? nullptr : as<TriStateBoolImmediate>(*predicate->expr());
-}
-
-// Bounds of a plan, for trees that share much, call much, or are deep. Without sharing a tree has
-// as many parts as nodes at most.
-constexpr std::size_t smallestBudget = 64;
-constexpr std::size_t partsPerNode = 4;
-constexpr std::size_t largestCallee = 128;
-constexpr std::size_t deepestLevel = 100;
-constexpr std::size_t changesOfStep = 16;
-
-} // namespace
-
-PlanLowering::PlanLowering(Function const & function,
-                           std::vector<std::unique_ptr<PlanStep const>> & steps)
-    : steps_(steps),
-      parts_(smallestBudget + partsPerNode * ownNodes(function)),
-      roomForCallees_(parts_),
-      roomForConstants_(parts_) {}
-
-// Each link is walked once, however many places share it.
-template <typename Link, typename Next>
-std::size_t PlanLowering::lengthOf(Link const * link, Next next) {
-    std::vector<Link const *> unknown;
-    for (; link != nullptr && !lengths_.contains(link); link = next(*link)) {
-        unknown.push_back(link);
-    }
-    std::size_t length = link == nullptr ? 0 : lengths_.at(link);
-    while (!unknown.empty()) {
-        lengths_.emplace(unknown.back(), ++length);
-        unknown.pop_back();
-    }
-    return length;
-}
-
-template <typename Link>
-std::size_t PlanLowering::lengthOf(Link const * link) {
-    return lengthOf(link, [](Link const & at) { return at.next().get(); });
-}
-
-namespace {
+ExpressionList const * nextLink(ExpressionList const & link) { return link.next().get(); }
 
 /// The `if` that stands in the else branch.
 IfExpression const * elseIf(IfExpression const & node) {
@@ -73,129 +34,112 @@ IfExpression const * elseIf(IfExpression const & node) {
 
 } // namespace
 
-bool PlanLowering::isTooDeep() const { return depth_ > deepestLevel; }
+/// Takes the form that a node has in one place; what it makes of it stands in `step`.
+class PlanLowering::Form : public Lowering {
+public:
+    Form(PlanLowering & ofPlan, Expression const & ofNode) : plan(ofPlan), node(ofNode) {}
+    std::optional<SignedMagnitude> constantOf(Int const & operand) const override {
+        return plan.constantOf(operand);
+    }
+
+    PlanLowering & plan;
+    Expression const & node;
+    PlanStep const * step = nullptr; ///< null for a form that does not fit here
+};
+
+class PlanLowering::StatementForm final : public Form {
+public:
+    StatementForm(PlanLowering & ofPlan, Expression const & ofNode, PlanStep const * next)
+        : Form(ofPlan, ofNode), next_(next) {}
+
+    void block(Block const & block) override { step = plan.block(block, next_); }
+    void branch(IfExpression const & head) override { step = plan.branch(head, next_); }
+    void leave(Expression const & operand, TerminationFlag how) override {
+        step = plan.leave(operand, how);
+    }
+    void call(FunctionCallExpression const & call) override {
+        step = plan.call(call, {next_, next_, next_});
+    }
+    void assign(IntModifiable const & target, SignedMagnitude value) override {
+        if (target.source().stored != nullptr) {
+            U64 const stored = valueWithin(rangeOf(target), value);
+            step = plan.make<IntStoreStep>(node, target, stored, next_);
+        }
+    }
+    void compute(IntModifiable const & target, SignedMagnitude operand,
+                 IntArithmetic operation) override {
+        if (target.source().stored != nullptr) {
+            step = plan.make<IntArithmeticStep>(node, target, operand, operation, next_);
+        }
+    }
+    // Integer sets wait for the others of their block.
+    void change(SetChange<CommunitySmallVector> const & change) override {
+        if (change.target->source().stored != nullptr) {
+            std::vector<SetChange<CommunitySmallVector>> const changes{change};
+            step = plan.make<SetChangeStep<CommunitySmallVector>>(node, changes, next_);
+        }
+    }
+
+private:
+    PlanStep const * next_;
+};
+
+class PlanLowering::ConditionForm final : public Form {
+public:
+    ConditionForm(PlanLowering & ofPlan, Expression const & ofNode, PlanTargets const & targets)
+        : Form(ofPlan, ofNode), targets_(targets) {}
+
+    void truth(TriStateBoolValue value) override { step = targets_.at(value); }
+    void test(ConstantTest const & test) override { step = plan.test(node, test, targets_); }
+    void listTest(IpPrefix const & candidate, PrefixListImmediate const & list) override {
+        if (candidate.source() != nullptr) {
+            step =
+                plan.make<PrefixListTest<PlanPrefix>>(node, PlanPrefix(candidate), list, targets_);
+        }
+    }
+    void listTest(IpAddress const & candidate, PrefixListImmediate const & list) override {
+        step = plan.make<PrefixListTest<PlanHost>>(node, PlanHost(candidate), list, targets_);
+    }
+    void negation(Expression const & operand) override {
+        PlanBudget::Level const level(plan.budget_);
+        if (plan.affords(1)) {
+            step = plan.condition(operand, {targets_.onTrue, targets_.onTrue, targets_.onFalse});
+        }
+    }
+    void chain(LogicalOperatorExpression const & chain) override {
+        step = plan.chain(chain, targets_);
+    }
+    void call(FunctionCallExpression const & call) override { step = plan.call(call, targets_); }
+
+private:
+    PlanTargets targets_;
+};
+
+/// Notes the test or the change that a node is, and makes nothing of it.
+class PlanLowering::TestForm final : public Form {
+public:
+    using Form::Form;
+
+    void test(ConstantTest const & test) override { constantTest = test; }
+    void change(SetChange<U64SmallVector> const & change) override {
+        if (change.target->source().stored != nullptr) {
+            intSetChange = change;
+        }
+    }
+
+    std::optional<ConstantTest> constantTest;
+    std::optional<SetChange<U64SmallVector>> intSetChange;
+};
+
+PlanLowering::PlanLowering(Function const & function, PlanSteps & steps)
+    : function_(function), steps_(steps), budget_(ownNodes(function)) {}
+
+PlanStep const * PlanLowering::body() { return block(*function_.body(), endOfRun({})); }
 
 // Whether so many parts of a node may be lowered here; if so, they count. Callees have a room of
 // their own.
 bool PlanLowering::affords(std::size_t parts) {
-    if (isTooDeep() || (callee_ == nullptr && parts > parts_)) {
-        return false;
-    }
-    parts_ -= callee_ == nullptr ? parts : 0;
-    return true;
-}
-
-PlanStep const * PlanLowering::nodeStatement(Expression const & node, PlanStep const * next) {
-    if (callee_ == nullptr) {
-        return make<NodeStatement>(node, next);
-    }
-    callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
-    return make<CalleeStatement>(node, next, callee_->returns);
-}
-
-PlanStep const * PlanLowering::nodeTest(Expression const & node, PlanTargets const & targets) {
-    if (callee_ != nullptr) {
-        callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
-    }
-    return make<NodeTest>(node, targets);
-}
-
-PlanStep const * PlanLowering::block(Block const & block, PlanStep const * next) {
-    Level const level(*this);
-    if (!affords(lengthOf(block.stmts().get()))) {
-        return nodeStatement(block, next);
-    }
-    // Changes of one set attribute that stand together, last first.
-    std::vector<SetChange<U64SmallVector>> changes;
-    auto const makeChanges = [&] {
-        if (!changes.empty()) {
-            std::reverse(changes.begin(), changes.end());
-            next = make<SetEditStep<U64SmallVector>>(changes, next);
-            changes.clear();
-        }
-    };
-    for (auto const * const link : fromLast(block.stmts().get())) {
-        auto const change = setChangeOf<U64SmallVector>(*link->entry());
-        bool const joins = change && changes.size() < changesOfStep && !changes.empty() &&
-                           identity(*change->target) == identity(*changes.front().target);
-        if (!joins) {
-            makeChanges();
-        }
-        if (change) {
-            changes.push_back(*change);
-        } else {
-            next = statement(*link->entry(), next);
-        }
-    }
-    makeChanges();
-    return next;
-}
-
-PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const * next) {
-    if (auto const * const n = as<Block>(node)) {
-        return block(*n, next);
-    }
-    if (auto const * const n = as<IfExpression>(node)) {
-        return ifChain(*n, next);
-    }
-    if (auto const * const n = as<ReturnExpression>(node)) {
-        return termination(*n->expr(), TerminationFlag::returnToCaller);
-    }
-    if (auto const * const n = as<ExitExpression>(node)) {
-        return termination(*n->expr(), TerminationFlag::exitToPoa);
-    }
-    if (auto const * const n = as<FunctionCallExpression>(node)) {
-        if (PlanStep const * const step = call(*n, {next, next, next})) {
-            return step;
-        }
-    }
-    PlanStep const * const step = change(node, next);
-    return step != nullptr ? step : nodeStatement(node, next);
-}
-
-PlanStep const * PlanLowering::termination(Expression const & operand, TerminationFlag flag) {
-    bool const toCall = callee_ != nullptr && flag == TerminationFlag::returnToCaller;
-    return condition(operand, toCall ? callee_->returns
-                                     : PlanTargets{endOfRun(EvalResult(QcfUnknown(), flag)),
-                                                   endOfRun(EvalResult(QcfFalse(), flag)),
-                                                   endOfRun(EvalResult(QcfTrue(), flag))});
-}
-
-// The callee's body in the call's place; null when it needs a frame.
-PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
-                                    PlanTargets const & targets) {
-    Level const level(*this);
-    auto arguments = argumentsOf(node);
-    std::size_t const room = std::min(roomForCallees_, largestCallee);
-    auto const size = arguments ? sizeInPlace(*node.calleePtr(), room) : std::nullopt;
-    if (!size || isTooDeep()) {
-        return nullptr;
-    }
-    std::size_t const stepsBefore = steps_.size();
-    roomForCallees_ -= *size;
-    Callee callee{std::move(*arguments), targets};
-    Callee * const caller = std::exchange(callee_, &callee);
-    PlanStep const * const step = block(*node.calleePtr()->body(), targets.onUnknown);
-    callee_ = caller;
-    if (!callee.fits) {
-        steps_.resize(stepsBefore);
-        return nullptr;
-    }
-    return step;
-}
-
-std::optional<std::vector<SignedMagnitude>>
-PlanLowering::argumentsOf(FunctionCallExpression const & node) {
-    std::vector<SignedMagnitude> arguments;
-    for (auto const * link = node.argListHead().get(); link != nullptr; link = link->next().get()) {
-        auto const * const operand = dynamic_cast<Int const *>(link->entry().get());
-        auto const constant = operand == nullptr ? std::nullopt : constantOf(*operand);
-        if (!constant) {
-            return std::nullopt;
-        }
-        arguments.push_back(*constant);
-    }
-    return arguments;
+    return !budget_.isTooDeep() && (callee_ != nullptr || budget_.take(parts));
 }
 
 std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) const {
@@ -209,9 +153,122 @@ std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) con
     return known ? std::optional(callee_->arguments[variable->argVectorIndex()]) : std::nullopt;
 }
 
-PlanStep const * PlanLowering::ifChain(IfExpression const & head, PlanStep const * next) {
-    Level const level(*this);
-    if (!affords(2 * lengthOf(&head, elseIf))) {
+std::optional<ConstantTest> PlanLowering::constantTestOf(Expression const & node) {
+    TestForm form(*this, node);
+    node.lower(form);
+    return form.constantTest;
+}
+
+void PlanLowering::noteNode(Expression const & node) {
+    if (callee_ != nullptr) {
+        callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
+    }
+}
+
+PlanStep const * PlanLowering::nodeStatement(Expression const & node, PlanStep const * next) {
+    noteNode(node);
+    return callee_ == nullptr ? make<NodeStatement>(node, node, next)
+                              : make<CalleeStatement>(node, node, next, callee_->returns);
+}
+
+PlanStep const * PlanLowering::nodeTest(Expression const & node, PlanTargets const & targets) {
+    noteNode(node);
+    return make<NodeTest>(node, node, targets);
+}
+
+PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const * next) {
+    StatementForm form(*this, node, next);
+    node.lower(form);
+    return form.step != nullptr ? form.step : nodeStatement(node, next);
+}
+
+// Changes of one integer set that stand together are one step.
+PlanStep const * PlanLowering::block(Block const & node, PlanStep const * next) {
+    using Change = SetChange<U64SmallVector>;
+    PlanBudget::Level const level(budget_);
+    if (!affords(budget_.lengthOf(node.stmts().get(), nextLink))) {
+        return nodeStatement(node, next);
+    }
+    std::vector<Change> changes; // last first
+    auto const makeChanges = [&] {
+        if (changes.empty()) {
+            return;
+        }
+        std::reverse(changes.begin(), changes.end());
+        std::vector<Expression const *> nodes;
+        std::transform(changes.begin(), changes.end(), std::back_inserter(nodes),
+                       [](Change const & change) { return change.node; });
+        next = make<SetChangeStep<U64SmallVector>>(PlanSteps::Nodes(nodes), changes, next);
+        changes.clear();
+    };
+    for (auto const * const link : fromLast(node.stmts().get())) {
+        TestForm form(*this, *link->entry());
+        link->entry()->lower(form);
+        auto const & change = form.intSetChange;
+        bool const joins = change && !changes.empty() && changes.size() < changesOfStep &&
+                           &change->target->typeData() == &changes.front().target->typeData();
+        if (!joins) {
+            makeChanges();
+        }
+        if (change) {
+            changes.push_back(*change);
+        } else {
+            next = statement(*link->entry(), next);
+        }
+    }
+    makeChanges();
+    return next;
+}
+
+PlanStep const * PlanLowering::leave(Expression const & operand, TerminationFlag how) {
+    bool const toCall = callee_ != nullptr && how == TerminationFlag::returnToCaller;
+    return condition(operand, toCall ? callee_->returns
+                                     : PlanTargets{endOfRun(EvalResult(QcfUnknown(), how)),
+                                                   endOfRun(EvalResult(QcfFalse(), how)),
+                                                   endOfRun(EvalResult(QcfTrue(), how))});
+}
+
+// The callee's body in the call's place; null when it needs a frame.
+PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
+                                    PlanTargets const & targets) {
+    PlanBudget::Level const level(budget_);
+    auto arguments = argumentsOf(node);
+    auto const size =
+        arguments ? sizeInlined(*node.calleePtr(), budget_.roomForCallee()) : std::nullopt;
+    if (!size || budget_.isTooDeep()) {
+        return nullptr;
+    }
+    std::size_t const stepsBefore = steps_.size();
+    budget_.takeCallee(*size);
+    Callee callee{std::move(*arguments), targets};
+    Callee * const caller = std::exchange(callee_, &callee);
+    PlanStep const * const step = block(*node.calleePtr()->body(), targets.onUnknown);
+    callee_ = caller;
+    if (!callee.fits) {
+        steps_.shrinkTo(stepsBefore);
+        return nullptr;
+    }
+    return step;
+}
+
+std::optional<std::vector<SignedMagnitude>>
+PlanLowering::argumentsOf(FunctionCallExpression const & node) {
+    std::vector<SignedMagnitude> arguments;
+    for (auto const * link = node.argListHead().get(); link != nullptr; link = link->next().get()) {
+        StorageType const & entry = *link->entry();
+        bool const isInt = entry.typeData().isKind(NodeKind::int_);
+        auto const constant = isInt ? constantOf(static_cast<Int const &>(entry)) : std::nullopt;
+        if (!constant) {
+            return std::nullopt;
+        }
+        arguments.push_back(*constant);
+    }
+    return arguments;
+}
+
+PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const * next) {
+    PlanBudget::Level const level(budget_);
+    if (!affords(2 * budget_.lengthOf(&head, elseIf))) {
         return nodeStatement(head, next);
     }
     std::vector<IfExpression const *> links;
@@ -237,13 +294,9 @@ PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> lin
         conditions.push_back(link->condition().get());
         targets.push_back(block(*link->thenBlock(), next));
     }
-    auto const lower = [this](Expression const & node, PlanTargets const & where) {
-        return condition(node, where);
-    };
-    PlanChain chain(conditions, roomForConstants_);
-    if (auto step = chain.step(lower, targets, otherwise)) {
-        steps_.push_back(std::move(step));
-        return steps_.back().get();
+    DecisionTableBuilder table(*this, conditions, budget_.roomForConstants);
+    if (auto step = table.step(targets, otherwise)) {
+        return steps_.add(std::move(step), conditions);
     }
     PlanStep const * step = otherwise;
     for (std::size_t i = links.size(); i-- > 0;) {
@@ -252,80 +305,21 @@ PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> lin
     return step;
 }
 
-PlanStep const * PlanLowering::assignment(IntAssign const & node, PlanStep const * next) {
-    auto const constant = constantOf(*node.rhs());
-    if (!constant || node.lhs()->source().stored == nullptr) {
-        return nullptr;
-    }
-    U64 const value = assigned(rangeOf(*node.lhs()), *constant);
-    return make<IntStoreStep>(node.lhs()->source(), value, next);
-}
-
-template <typename Node>
-PlanStep const * PlanLowering::arithmetic(Node const & node,
-                                          IntArithmeticStep::Arithmetic operation,
-                                          PlanStep const * next) {
-    auto const constant = constantOf(*node.rhs());
-    if (!constant || node.lhs()->source().stored == nullptr) {
-        return nullptr;
-    }
-    return make<IntArithmeticStep>(*node.lhs(), *constant, operation, next);
-}
-
-PlanStep const * PlanLowering::change(Expression const & node, PlanStep const * next) {
-    if (auto const * const n = as<IntAssign>(node)) {
-        return assignment(*n, next);
-    }
-    if (auto const * const n = as<IntPlusEq>(node)) {
-        return arithmetic(*n, added, next);
-    }
-    if (auto const * const n = as<IntMinusEq>(node)) {
-        return arithmetic(*n, subtracted, next);
-    }
-    if (auto const * const n = as<IntMultEq>(node)) {
-        return arithmetic(*n, multiplied, next);
-    }
-    if (auto const change = setChangeOf<CommunitySmallVector>(node)) {
-        return make<SetEditStep<CommunitySmallVector>>(std::vector{*change}, next);
-    }
-    return nullptr;
-}
-
 PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets const & targets) {
-    if (auto const * const constant = truthOf(node)) {
-        return targets.at(constant->value());
-    }
-    if (auto const * const n = as<NotExpression>(node)) {
-        Level const level(*this);
-        return affords(1) ? condition(*n->expr(), {targets.onTrue, targets.onTrue, targets.onFalse})
-                          : nodeTest(node, targets);
-    }
-    if (auto const * const n = as<LogicalOperatorExpression>(node)) {
-        return logical(*n, targets);
-    }
-    if (auto const * const n = as<FunctionCallExpression>(node)) {
-        if (PlanStep const * const step = call(*n, targets)) {
-            return step;
-        }
-    }
-    for (auto const lower :
-         {&PlanLowering::intTest, &PlanLowering::setTest, &PlanLowering::prefixTest}) {
-        if (PlanStep const * const step = (this->*lower)(node, targets)) {
-            return step;
-        }
-    }
-    return nodeTest(node, targets);
+    ConditionForm form(*this, node, targets);
+    node.lower(form);
+    return form.step != nullptr ? form.step : nodeTest(node, targets);
 }
 
-PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
-                                       PlanTargets const & targets) {
-    Level const level(*this);
-    if (!affords(lengthOf(node.expressionList().get()))) {
-        return nodeTest(node, targets);
+PlanStep const * PlanLowering::chain(LogicalOperatorExpression const & node,
+                                     PlanTargets const & targets) {
+    PlanBudget::Level const level(budget_);
+    if (!affords(budget_.lengthOf(node.expressionList().get(), nextLink))) {
+        return nullptr;
     }
     LogicalOperator const & op = *node.operatorList()->entry();
-    bool const isAnd = as<AndOperator>(op) != nullptr;
-    bool const isOr = as<OrOperator>(op) != nullptr;
+    bool const isAnd = is<AndOperator>(op);
+    bool const isOr = is<OrOperator>(op);
     // What follows the last operand, unless it decided: `and` and `or` have no unknown value.
     PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
     PlanTargets last{undecided, targets.onFalse, targets.onTrue};
@@ -338,66 +332,27 @@ PlanStep const * PlanLowering::logical(LogicalOperatorExpression const & node,
     return next;
 }
 
-template <typename Compare, typename Node>
-PlanStep const * PlanLowering::comparison(Node const & node, PlanTargets const & targets) {
-    auto const constant = constantOf(*node.rhs());
-    // Against a negative constant the answer does not depend on the left side, which is still read.
-    if (!constant || constant->strictlyNegative()) {
-        return nullptr;
+PlanStep const * PlanLowering::test(Expression const & node, ConstantTest const & test,
+                                    PlanTargets const & targets) {
+    using Kind = ConstantTest::Kind;
+    switch (test.kind) {
+    case Kind::intBounds: {
+        PlanInt const operand(static_cast<Int const &>(*test.operand));
+        return test.bounds.low == test.bounds.high
+                   ? make<IntEqualTest>(node, operand, test.bounds.low, targets)
+                   : make<IntBoundsTest>(node, operand, test.bounds, targets);
     }
-    return make<IntTest<Compare>>(PlanInt(*node.lhs()), constant->magnitude, targets);
-}
-
-PlanStep const * PlanLowering::intTest(Expression const & node, PlanTargets const & targets) {
-    if (auto const * const n = as<IntIs>(node)) {
-        return comparison<std::equal_to<U64>>(*n, targets);
-    }
-    if (auto const * const n = as<IntLessThan>(node)) {
-        return comparison<std::less<U64>>(*n, targets);
-    }
-    if (auto const * const n = as<IntLessThanEq>(node)) {
-        return comparison<std::less_equal<U64>>(*n, targets);
-    }
-    if (auto const * const n = as<IntGreaterThan>(node)) {
-        return comparison<std::greater<U64>>(*n, targets);
-    }
-    if (auto const * const n = as<IntGreaterThanEq>(node)) {
-        return comparison<std::greater_equal<U64>>(*n, targets);
-    }
-    if (auto const * const n = as<IntInImmediateSet>(node)) {
-        auto const * const set = constantSet<IntSetImmediate>(*n->rhs());
-        return set == nullptr ? nullptr : make<IntInSetTest>(PlanInt(*n->lhs()), *set, targets);
-    }
-    return nullptr;
-}
-
-template <typename Set, typename Immediate, bool test(Set const *, Set const *), typename Node>
-PlanStep const * PlanLowering::constantTest(Node const * node, PlanTargets const & targets) {
-    auto const * const set = node == nullptr ? nullptr : constantSet<Immediate>(*node->rhs());
-    return set == nullptr ? nullptr
-                          : make<SetTest<Set, test>>(PlanSet<Set>(*node->lhs()), set, targets);
-}
-
-PlanStep const * PlanLowering::setTest(Expression const & node, PlanTargets const & targets) {
-    using Ints = U64SmallVector;
-    using Communities = CommunitySmallVector;
-    if (auto const * const step = constantTest<Ints, IntSetImmediate, setHasAny<Ints>>(
-            as<IntSetHasAnyImmediate>(node), targets)) {
-        return step;
-    }
-    return constantTest<Communities, CommunitySetImmediate, setHasAny<Communities>>(
-        as<CommunitySetHasAnyImmediate>(node), targets);
-}
-
-PlanStep const * PlanLowering::prefixTest(Expression const & node, PlanTargets const & targets) {
-    if (auto const * const n = as<IpPrefixMatchPrefixList>(node)) {
-        auto const * const list = as<PrefixListImmediate>(*n->rhs());
-        bool const known = list != nullptr && n->lhs()->source() != nullptr;
-        return known ? make<PrefixListTest<PlanPrefix>>(*n, *list, targets) : nullptr;
-    }
-    if (auto const * const n = as<IpAddressMatchPrefixList>(node)) {
-        auto const * const list = as<PrefixListImmediate>(*n->rhs());
-        return list != nullptr ? make<PrefixListTest<PlanHost>>(*n, *list, targets) : nullptr;
+    case Kind::intInSet:
+        return make<IntInSetTest>(node, PlanInt(static_cast<Int const &>(*test.operand)),
+                                  *test.ints, targets);
+    case Kind::setHasAny:
+        return make<SetHasAnyTest<U64SmallVector>>(
+            node, PlanSet<U64SmallVector>(static_cast<IntSet const &>(*test.operand)), test.ints,
+            targets);
+    case Kind::communitySetHasAny:
+        return make<SetHasAnyTest<CommunitySmallVector>>(
+            node, PlanSet<CommunitySmallVector>(static_cast<CommunitySet const &>(*test.operand)),
+            test.communities, targets);
     }
     return nullptr;
 }

@@ -3,6 +3,9 @@
 #include "QcfLib/QcfEvalContext.h"
 #include "QcfLib/QcfLibHelpers.h"
 
+#include <utility>
+#include <vector>
+
 /// What the steps of a plan have in common: the run that they take part in, and how they read
 /// attributes.
 namespace Qcf::Eval {
@@ -16,6 +19,16 @@ struct PlanRun {
     Ptr<EvalContextBase> const & contextPtr;
 };
 
+class PlanStep;
+
+/// What a step is, for dumps.
+struct StepText {
+    String kind;
+    String detail = {};
+    /// Where it goes, by outcome.
+    std::vector<std::pair<String, PlanStep const *>> next = {};
+};
+
 /// One step. Each does what the nodes that it stands for do, through the same functions, and knows
 /// which step comes next for each outcome. A run ends at a step that is an end.
 class PlanStep {
@@ -27,6 +40,7 @@ public:
 
     /// The next step. Not to be called at an end.
     virtual PlanStep const * run(PlanRun run) const = 0;
+    virtual StepText describe() const = 0;
 
     bool isEnd() const { return isEnd_; }
     /// The result of a run that ends here, and what its function yields of it.
@@ -63,6 +77,9 @@ struct PlanTargets {
     PlanStep const * at(TriStateBoolValue value) const {
         return value == QcfTrue() ? onTrue : value == QcfFalse() ? onFalse : onUnknown;
     }
+    std::vector<std::pair<String, PlanStep const *>> texts() const {
+        return {{"true", onTrue}, {"false", onFalse}, {"unknown", onUnknown}};
+    }
 };
 
 /// An integer operand.
@@ -80,6 +97,7 @@ public:
         bool const isInside = value - source_.min <= source_.max - source_.min;
         return isInside ? value : node_->checkedVal(value);
     }
+    String text() const { return node_->toStrep(); }
 
 private:
     Int const * node_;
@@ -101,6 +119,7 @@ public:
         return modified ? (run.context().attributeContentConst().*source_.stored).get()
                         : (run.context().*source_.input)();
     }
+    String text() const { return node_->toStrep(); }
 
 private:
     SetStorage<Set> const * node_;

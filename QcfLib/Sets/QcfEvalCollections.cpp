@@ -1,10 +1,19 @@
 #include "QcfLib/QcfEvalCollections.h"
 
-#include "QcfLib/Sets/SetAlgebra.h"
+#include "QcfLib/Sets/SetEdits.h"
 
 namespace Qcf::Eval {
 
 namespace {
+
+/// A set operation with counted operands and result.
+template <typename Set, typename Operation>
+PtrConst<Set> counted(Operation operation, PtrConst<Set> const & a, PtrConst<Set> const & b,
+                      typename Set::Buffer & scratch) {
+    PtrConst<Set> fresh;
+    Set const * const result = operation(a.get(), b.get(), scratch, fresh);
+    return fresh ? std::move(fresh) : PtrConst<Set>(result);
+}
 
 template <typename Set>
 void sortWithoutDuplicates(Set & set) {

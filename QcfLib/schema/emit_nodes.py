@@ -70,6 +70,8 @@ def overrides(node):
         yield "U32 hash(U32 seed) const", "" if "hash" in node.hand else f"return hash{chain}(*this, seed);"
     if node.base in ("Expression", "FunctionBase"):
         yield f"EvalResult eval({CONTEXT}) const", ""
+        if node.lowered:
+            yield "void lower(Lowering & to) const", ""
         yield "void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const", dumpBody(node)
     if node.sanity or "verifySanity" in node.hand:
         yield "bool verifySanity(FunctionMetadata const & metadata) const", sanityBody(node)

@@ -1,5 +1,5 @@
 #include "Documents/Program.h"
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "tests/Documents/JsonMutator.h"
 #include "tests/support/RandomDocument.h"
 #include "tests/support/RandomRoute.h"

@@ -1,4 +1,4 @@
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "tests/support/Trees.h"
 
 #include <cstdlib>

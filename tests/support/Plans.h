@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QcfLib/Plan/Plan.h"
+#include "QcfLib/Plan.h"
 #include "tests/support/RecordingContext.h"
 #include "tests/support/Trees.h"
 

@@ -1,37 +1,49 @@
 #pragma once
 
-#include "QcfLib/Plan/PlanClauses.h"
-#include "QcfLib/Plan/PlanConditions.h"
+#include "QcfLib/Plan/DecisionTable.h"
 
-#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
 
 namespace Qcf::Eval {
 
-/// Makes one step of the clauses of a chain, at most `maxClauses` of them.
-class PlanChain {
+/// How a plan looks at conditions.
+class ConditionLowering {
 public:
+    virtual ~ConditionLowering() = default;
     /// Makes the steps of a condition.
-    using Lower = std::function<PlanStep const *(Expression const &, PlanTargets const &)>;
+    virtual PlanStep const * condition(Expression const & node, PlanTargets const & targets) = 0;
+    /// The test against constants that a condition is; nothing for others.
+    virtual std::optional<ConstantTest> constantTestOf(Expression const & node) = 0;
+};
 
+/// Makes one step of the clauses of a chain, at most `maxClauses` of them.
+class DecisionTableBuilder {
+public:
     /// `roomForConstants` says how many constants may be put into tables, and goes down with each.
-    PlanChain(std::span<Expression const * const> conditions, std::size_t & roomForConstants);
+    DecisionTableBuilder(ConditionLowering & lowering,
+                         std::span<Expression const * const> conditions,
+                         std::size_t & roomForConstants);
 
     /// The step that goes to the target of the first clause whose condition holds. Null when it is
     /// not worth while, because hardly any question is shared, or not possible: a condition does
     /// more than read, or there are too many questions. To be called once.
-    std::unique_ptr<PlanStep const> step(Lower const & lower,
-                                         std::span<PlanStep const * const> targets,
+    std::unique_ptr<PlanStep const> step(std::span<PlanStep const * const> targets,
                                          PlanStep const * otherwise);
 
 private:
     /// What a question is about: the kind of test, and the operand's identity.
     using Subject = std::pair<ConstantTest::Kind, void const *>;
-    using Tests = std::vector<Expression const *>;
+    /// A part of a condition, and the test against constants that it is, if it is one.
+    struct Test {
+        Expression const * node;
+        std::optional<ConstantTest> constant;
+    };
+    using Tests = std::vector<Test>;
     struct Part {
         ClauseBits clause;
         ConstantTest test;
@@ -45,10 +57,13 @@ private:
     static Subject subjectOf(ConstantTest const & test);
     static std::unique_ptr<PlanQuestion const> shared(std::vector<Part> const & parts);
     bool isShared(Subject const & subject) const;
-    std::vector<U8> questionsOf(std::size_t clause, Lower const & lower);
+    std::vector<U8> questionsOf(std::size_t clause);
     U8 numberOf(Subject const & subject);
-    U8 ownQuestion(Tests const & tests, ClauseBits clause, Lower const & lower);
+    U8 ownQuestion(Tests const & tests, ClauseBits clause);
 
+    Tests testsOf(Expression const & condition);
+
+    ConditionLowering & lowering_;
     std::size_t & roomForConstants_;
     bool onlyReads_ = true;
     std::vector<Tests> tests_;            ///< of each clause, which holds when all of them do

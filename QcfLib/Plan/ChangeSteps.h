@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/Plan/PlanStep.h"
 
 /// The steps that change an attribute.
@@ -12,6 +13,9 @@ public:
 
 protected:
     PlanStep const * next() const { return next_; }
+    StepText text(String kind, String detail = {}) const {
+        return {std::move(kind), std::move(detail), {{"then", next_}}};
+    }
 
 private:
     PlanStep const * next_;
@@ -26,13 +30,13 @@ public:
         EvalResult const result = node_.eval(run.contextPtr);
         return result.terminates() ? endOfRun(result) : next();
     }
+    StepText describe() const override { return text("node"); }
 
 private:
     Expression const & node_;
 };
 
-/// The same in the body of a callee that was lowered where it is called: a node that returns, does
-/// so to the call.
+/// The same in the body of a callee that is inlined: a node that returns, does so to the call.
 class CalleeStatement final : public PlanStatement {
 public:
     CalleeStatement(Expression const & node, PlanStep const * next, PlanTargets const & returns)
@@ -45,6 +49,13 @@ public:
         bool const returns = result.termination() == TerminationFlag::returnToCaller;
         return returns ? returns_.at(result.retVal()) : endOfRun(result);
     }
+    StepText describe() const override {
+        StepText described = text("node of a callee");
+        for (auto const & [outcome, step] : returns_.texts()) {
+            described.next.emplace_back("returns " + outcome, step);
+        }
+        return described;
+    }
 
 private:
     Expression const & node_;
@@ -54,14 +65,18 @@ private:
 /// An integer attribute set to a constant that is within its range already.
 class IntStoreStep final : public PlanStatement {
 public:
-    IntStoreStep(IntSource const & target, U64 value, PlanStep const * next)
-        : PlanStatement(next), target_(target), value_(value) {}
+    IntStoreStep(IntModifiable const & target, U64 value, PlanStep const * next)
+        : PlanStatement(next), node_(target), target_(target.source()), value_(value) {}
     PlanStep const * run(PlanRun run) const override {
         run.context().modify(target_.modifiedFlag).*target_.stored = value_;
         return next();
     }
+    StepText describe() const override {
+        return text("store integer", node_.toStrep() + " = " + std::to_string(value_));
+    }
 
 private:
+    IntModifiable const & node_;
     IntSource target_;
     U64 value_;
 };
@@ -69,10 +84,8 @@ private:
 /// Arithmetic on an integer attribute with a constant.
 class IntArithmeticStep final : public PlanStatement {
 public:
-    using Arithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
-
-    IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand, Arithmetic arithmetic,
-                      PlanStep const * next)
+    IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand,
+                      IntArithmetic arithmetic, PlanStep const * next)
         : PlanStatement(next),
           current_(target),
           target_(target.source()),
@@ -85,13 +98,18 @@ public:
             arithmetic_(range_, current, operand_);
         return next();
     }
+    StepText describe() const override {
+        return text("compute integer", current_.text() + ", by " +
+                                           (operand_.strictlyNegative() ? "-" : "") +
+                                           std::to_string(operand_.magnitude));
+    }
 
 private:
     PlanInt current_;
     IntSource target_;
     IntRange range_;
     SignedMagnitude operand_;
-    Arithmetic arithmetic_;
+    IntArithmetic arithmetic_;
 };
 
 } // namespace Qcf::Eval

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/Plan/PlanStep.h"
-#include "QcfLib/QcfEval.h"
 #include "QcfLib/Sets/SetAlgebra.h"
 
 /// The steps that ask something of the route and change nothing.
@@ -15,6 +15,9 @@ public:
 
 protected:
     PlanStep const * next(bool holds) const { return holds ? onTrue_ : onFalse_; }
+    StepText text(String kind, String detail) const {
+        return {std::move(kind), std::move(detail), {{"true", onTrue_}, {"false", onFalse_}}};
+    }
 
 private:
     PlanStep const * onFalse_;
@@ -34,25 +37,44 @@ public:
         }
         return targets_.at(result.retVal());
     }
+    StepText describe() const override { return {"node as condition", "", targets_.texts()}; }
 
 private:
     Expression const & node_;
     PlanTargets targets_;
 };
 
-/// An integer compared with a constant by `Compare`, a standard comparison.
-template <typename Compare>
-class IntTest final : public PlanTest {
+/// An integer compared with one constant.
+class IntEqualTest final : public PlanTest {
 public:
-    IntTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
+    IntEqualTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
-    PlanStep const * run(PlanRun run) const override {
-        return next(Compare()(lhs_.read(run), rhs_));
+    PlanStep const * run(PlanRun run) const override { return next(lhs_.read(run) == rhs_); }
+    StepText describe() const override {
+        return text("integer is", lhs_.text() + " = " + std::to_string(rhs_));
     }
 
 private:
     PlanInt lhs_;
     U64 rhs_;
+};
+
+/// Whether an integer lies within bounds.
+class IntBoundsTest final : public PlanTest {
+public:
+    IntBoundsTest(PlanInt lhs, IntBounds const & bounds, PlanTargets const & targets)
+        : PlanTest(targets), lhs_(lhs), bounds_(bounds) {}
+    PlanStep const * run(PlanRun run) const override {
+        return next(bounds_.contain(lhs_.read(run)));
+    }
+    StepText describe() const override {
+        return text("integer within", lhs_.text() + " in " + std::to_string(bounds_.low) + ".." +
+                                          std::to_string(bounds_.high));
+    }
+
+private:
+    PlanInt lhs_;
+    IntBounds bounds_;
 };
 
 /// An integer looked up in a constant set.
@@ -63,21 +85,29 @@ public:
     PlanStep const * run(PlanRun run) const override {
         return next(setContains(set_, lhs_.read(run)));
     }
+    StepText describe() const override {
+        return text("integer in set",
+                    lhs_.text() + " in " + std::to_string(set_.count()) + " values");
+    }
 
 private:
     PlanInt lhs_;
     U64SmallVector const & set_;
 };
 
-/// A set tested against a constant set by `test(lhs, rhs)`.
-template <typename Set, bool test(Set const *, Set const *)>
-class SetTest final : public PlanTest {
+/// Whether a set shares a value with a constant set.
+template <typename Set>
+class SetHasAnyTest final : public PlanTest {
 public:
-    SetTest(PlanSet<Set> lhs, Set const * rhs, PlanTargets const & targets)
+    SetHasAnyTest(PlanSet<Set> lhs, Set const * rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
     PlanStep const * run(PlanRun run) const override {
         PtrConst<Set> fresh;
-        return next(test(lhs_.lend(run, fresh), rhs_));
+        return next(setHasAny(lhs_.lend(run, fresh), rhs_));
+    }
+    StepText describe() const override {
+        return text("set has any",
+                    lhs_.text() + " of " + std::to_string(rhs_->count()) + " values");
     }
 
 private:
@@ -88,10 +118,12 @@ private:
 /// A prefix attribute as what is looked up in a prefix list.
 class PlanPrefix {
 public:
-    explicit PlanPrefix(IpPrefix const & node) : source_(node.source()) {}
+    explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
     IpGenPrefix read(PlanRun run) const { return (run.context().*source_)(); }
+    String text() const { return node_->toStrep(); }
 
 private:
+    IpPrefix const * node_;
     PrefixSource source_;
 };
 
@@ -100,6 +132,7 @@ class PlanHost {
 public:
     explicit PlanHost(IpAddress const & node) : node_(&node) {}
     IpGenPrefix read(PlanRun run) const { return IpGenPrefix::host(node_->getVal(run.contextPtr)); }
+    String text() const { return node_->toStrep(); }
 
 private:
     IpAddress const * node_;
@@ -109,12 +142,14 @@ private:
 class PlanPrefixList {
 public:
     explicit PlanPrefixList(PrefixListImmediate const & node)
-        : isV4_(node.isV4()), slot_(node.indexInAet()) {}
+        : node_(&node), isV4_(node.isV4()), slot_(node.indexInAet()) {}
     Routing::Policy::PrefixListMatcher const * matcher(PlanRun run, AddressFamily family) const {
         return run.context().externalMatchers()->prefixList(isV4_, slot_, family);
     }
+    String text() const { return node_->name(); }
 
 private:
+    PrefixListImmediate const * node_;
     bool isV4_;
     U16 slot_;
 };
@@ -123,9 +158,9 @@ private:
 template <typename Candidate>
 class PrefixListTest final : public PlanStep {
 public:
-    template <typename Node>
-    PrefixListTest(Node const & node, PrefixListImmediate const & list, PlanTargets const & targets)
-        : candidate_(*node.lhs()), list_(list), targets_(targets) {}
+    PrefixListTest(Candidate candidate, PrefixListImmediate const & list,
+                   PlanTargets const & targets)
+        : candidate_(candidate), list_(list), targets_(targets) {}
     PlanStep const * run(PlanRun run) const override {
         Routing::Policy::MatchInput_ const input{candidate_.read(run)};
         auto const * const matcher = list_.matcher(run, input.prefix.af());
@@ -134,6 +169,9 @@ public:
         }
         auto const answer = tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
         return targets_.at(answer.retVal());
+    }
+    StepText describe() const override {
+        return {"prefix list", candidate_.text() + " in " + list_.text(), targets_.texts()};
     }
 
 private:

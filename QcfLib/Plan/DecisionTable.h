@@ -1,6 +1,7 @@
 #pragma once
 
-#include "QcfLib/Plan/PlanConditions.h"
+#include "QcfLib/MembershipIndex.h"
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/Plan/PlanStep.h"
 
 #include <bit>
@@ -8,7 +9,7 @@
 #include <span>
 #include <vector>
 
-/// A chain of `else if` as one step: which of its clauses is the first that holds.
+/// A chain of `else if` as one decision table: which of its clauses is the first that holds.
 ///
 /// The conditions of many clauses test the same few attributes against constants. Such tests are
 /// one question of the whole chain: one look at the attribute tells for every clause whether its
@@ -29,42 +30,32 @@ public:
 
     /// The clauses that the answer does not rule out.
     virtual ClauseBits clausesLeft(PlanRun run) const = 0;
+    /// What it asks, for dumps.
+    virtual String text() const = 0;
+    /// The steps that it runs to find the answer; null for most.
+    virtual PlanStep const * steps() const { return nullptr; }
 };
 
-/// From a constant to the clauses that it satisfies: a table of open addresses behind a filter of
-/// bits, since most values of a route satisfy none.
+/// From a constant to the clauses that it satisfies.
 template <typename Value>
 class ConstantTable {
 public:
-    void insert(Value const & value, ClauseBits clauses) { entries_.push_back({value, clauses}); }
-    /// To be called after the last insertion.
-    void seal();
-    ClauseBits clausesOf(Value const & value) const {
-        U64 const spread = spreadBits(value);
-        U64 const bit = spread & filterMask_;
-        bool const mayBeIn = ((filter_[bit / 64] >> (bit % 64)) & 1) != 0;
-        return mayBeIn ? found(value, spread) : 0;
-    }
-
-private:
     struct Entry {
         Value value;
         ClauseBits clauses;
     };
-    ClauseBits found(Value const & value, U64 spread) const {
-        for (std::size_t at = spread & mask_; slots_[at].clauses != 0; at = (at + 1) & mask_) {
-            if (slots_[at].value == value) {
-                return slots_[at].clauses;
-            }
-        }
-        return 0;
+    /// A value may have several entries.
+    explicit ConstantTable(std::vector<Entry> entries);
+
+    ClauseBits clausesOf(Value const & value) const {
+        U32 const at = index_.positionOf(std::span<Value const>(values_), value);
+        return at == MembershipIndex::none ? 0 : clauses_[at];
     }
 
-    std::vector<Entry> entries_;
-    std::vector<Entry> slots_;
-    std::vector<U64> filter_;
-    U64 filterMask_ = 0;
-    std::size_t mask_ = 0;
+private:
+    std::vector<Value> values_;
+    std::vector<ClauseBits> clauses_; ///< by the position of the value
+    MembershipIndex index_;
 };
 
 extern template class ConstantTable<U64>;
@@ -79,6 +70,7 @@ public:
     ClauseBits clausesLeft(PlanRun run) const override {
         return others_ | table_.clausesOf(operand_.read(run));
     }
+    String text() const override { return operand_.text() + " among constants"; }
 
 private:
     PlanInt operand_;
@@ -103,6 +95,7 @@ public:
         }
         return clauses;
     }
+    String text() const override { return operand_.text() + " has any of constants"; }
 
 private:
     PlanSet<Set> operand_;
@@ -126,6 +119,7 @@ public:
         }
         return clauses_[at];
     }
+    String text() const override { return operand_.text() + " within bounds"; }
 
 private:
     PlanInt operand_;
@@ -143,11 +137,17 @@ public:
     ClauseBits clausesLeft(PlanRun run) const override {
         return runSteps(first_, run).result().isTrue() ? ~ClauseBits{0} : ~clause_;
     }
+    String text() const override { return "a condition of its own"; }
+    PlanStep const * steps() const override { return first_; }
 
 private:
     PlanStep const * first_;
     ClauseBits clause_;
 };
+
+/// What a table with those questions is, for dumps.
+StepText describeTable(std::span<std::unique_ptr<PlanQuestion const> const> questions,
+                       std::span<PlanStep const * const> targets, PlanStep const * otherwise);
 
 /// The chain, when its clauses ask one question and nothing else.
 class OneQuestionStep final : public PlanStep {
@@ -163,6 +163,9 @@ public:
         ClauseBits const left = question_->clausesLeft(run) & clauses_;
         return left == 0 ? otherwise_ : targets_[static_cast<std::size_t>(std::countr_zero(left))];
     }
+    StepText describe() const override {
+        return describeTable({&question_, 1}, targets_, otherwise_);
+    }
 
 private:
     std::unique_ptr<PlanQuestion const> question_;
@@ -173,7 +176,7 @@ private:
 
 /// The chain with several questions. Each question is asked once, when the tree would first ask any
 /// part of it: a clause is passed over only for an answer that its tree had come to.
-class ClauseStep final : public PlanStep {
+class DecisionTableStep final : public PlanStep {
 public:
     static constexpr std::size_t maxQuestions = 64;
 
@@ -181,8 +184,8 @@ public:
         std::vector<U8> questions; ///< numbers, in the order of the condition; at least one
         PlanStep const * target;
     };
-    ClauseStep(std::vector<std::unique_ptr<PlanQuestion const>> questions,
-               std::vector<Clause> clauses, PlanStep const * otherwise)
+    DecisionTableStep(std::vector<std::unique_ptr<PlanQuestion const>> questions,
+                      std::vector<Clause> clauses, PlanStep const * otherwise)
         : questions_(std::move(questions)),
           startingWith_(questions_.size()),
           clauses_(std::move(clauses)),
@@ -204,6 +207,7 @@ public:
         }
         return otherwise_;
     }
+    StepText describe() const override;
 
 private:
     struct Answers {

@@ -1,6 +1,4 @@
-#include "QcfLib/Plan/PlanChain.h"
-
-#include "QcfLib/Plan/PlanNodes.h"
+#include "QcfLib/Plan/DecisionTableBuilder.h"
 
 #include <algorithm>
 #include <set>
@@ -39,29 +37,40 @@ bool collectTests(Expression const & condition, std::vector<Expression const *> 
     return true;
 }
 
-std::vector<Expression const *> testsOf(Expression const & condition) {
-    std::vector<Expression const *> tests;
-    std::size_t room = mostPieces;
-    if (!collectTests(condition, tests, room)) {
-        return {&condition};
-    }
-    return tests;
+/// Operands with one identity have one value: they are one node, or one attribute.
+void const * identity(StorageType const & operand) {
+    NodeClass const & nodeClass = operand.typeData();
+    return nodeClass.attribute != nullptr ? static_cast<void const *>(&nodeClass) : &operand;
 }
 
 } // namespace
 
-PlanChain::PlanChain(std::span<Expression const * const> conditions, std::size_t & roomForConstants)
-    : roomForConstants_(roomForConstants) {
+DecisionTableBuilder::Tests DecisionTableBuilder::testsOf(Expression const & condition) {
+    std::vector<Expression const *> nodes;
+    std::size_t room = mostPieces;
+    if (!collectTests(condition, nodes, room)) {
+        nodes = {&condition};
+    }
+    Tests tests;
+    for (Expression const * const node : nodes) {
+        tests.push_back({node, lowering_.constantTestOf(*node)});
+    }
+    return tests;
+}
+
+DecisionTableBuilder::DecisionTableBuilder(ConditionLowering & lowering,
+                                           std::span<Expression const * const> conditions,
+                                           std::size_t & roomForConstants)
+    : lowering_(lowering), roomForConstants_(roomForConstants) {
     for (Expression const * const condition : conditions) {
         if (!condition->treeFacts().onlyReads) {
             onlyReads_ = false;
             return;
         }
-        Tests const & tests = tests_.emplace_back(testsOf(*condition));
         std::set<Subject> subjects;
-        for (Expression const * const node : tests) {
-            if (auto const test = constantTestOf(*node)) {
-                subjects.insert(subjectOf(*test));
+        for (Test const & test : tests_.emplace_back(testsOf(*condition))) {
+            if (test.constant) {
+                subjects.insert(subjectOf(*test.constant));
             }
         }
         for (Subject const & subject : subjects) {
@@ -70,27 +79,26 @@ PlanChain::PlanChain(std::span<Expression const * const> conditions, std::size_t
     }
 }
 
-PlanChain::Subject PlanChain::subjectOf(ConstantTest const & test) {
+DecisionTableBuilder::Subject DecisionTableBuilder::subjectOf(ConstantTest const & test) {
     return {test.kind, identity(*test.operand)};
 }
 
-bool PlanChain::isShared(Subject const & subject) const {
+bool DecisionTableBuilder::isShared(Subject const & subject) const {
     auto const found = uses_.find(subject);
     return found != uses_.end() && found->second >= clausesThatShare;
 }
 
-std::unique_ptr<PlanStep const> PlanChain::step(Lower const & lower,
-                                                std::span<PlanStep const * const> targets,
-                                                PlanStep const * otherwise) {
+std::unique_ptr<PlanStep const>
+DecisionTableBuilder::step(std::span<PlanStep const * const> targets, PlanStep const * otherwise) {
     bool const worthWhile = std::any_of(uses_.begin(), uses_.end(),
                                         [&](auto const & use) { return isShared(use.first); });
     if (!onlyReads_ || !worthWhile) {
         return nullptr;
     }
-    std::vector<ClauseStep::Clause> clauses;
+    std::vector<DecisionTableStep::Clause> clauses;
     for (std::size_t i = 0; i < tests_.size(); ++i) {
-        clauses.push_back({questionsOf(i, lower), targets[i]});
-        if (questions_.size() > ClauseStep::maxQuestions) {
+        clauses.push_back({questionsOf(i), targets[i]});
+        if (questions_.size() > DecisionTableStep::maxQuestions) {
             return nullptr;
         }
     }
@@ -102,25 +110,26 @@ std::unique_ptr<PlanStep const> PlanChain::step(Lower const & lower,
         return std::make_unique<OneQuestionStep const>(std::move(questions.front()), targets,
                                                        otherwise);
     }
-    return std::make_unique<ClauseStep const>(std::move(questions), std::move(clauses), otherwise);
+    return std::make_unique<DecisionTableStep const>(std::move(questions), std::move(clauses),
+                                                     otherwise);
 }
 
 // A clause takes part in a shared question once, but that bounds which follow one another narrow:
 // whatever else it asks of the attribute is its own.
-std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) {
+std::vector<U8> DecisionTableBuilder::questionsOf(std::size_t clause) {
     ClauseBits const bit = ClauseBits{1} << clause;
     std::vector<U8> questions;
     Tests own;
     auto const askOwn = [&] {
         if (!own.empty()) {
-            questions.push_back(ownQuestion(own, bit, lower));
+            questions.push_back(ownQuestion(own, bit));
             own.clear();
         }
     };
-    for (Expression const * const node : tests_[clause]) {
-        auto const test = constantTestOf(*node);
+    for (Test const & part : tests_[clause]) {
+        auto const & test = part.constant;
         if (!test || !isShared(subjectOf(*test)) || test->size() > roomForConstants_) {
-            own.push_back(node);
+            own.push_back(part);
             continue;
         }
         U8 const number = numberOf(subjectOf(*test));
@@ -128,7 +137,7 @@ std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) 
         bool const narrows = asks && own.empty() && questions.back() == number &&
                              test->kind == ConstantTest::Kind::intBounds;
         if (asks && !narrows) {
-            own.push_back(node);
+            own.push_back(part);
             continue;
         }
         if (!asks) {
@@ -142,7 +151,7 @@ std::vector<U8> PlanChain::questionsOf(std::size_t clause, Lower const & lower) 
     return questions;
 }
 
-U8 PlanChain::numberOf(Subject const & subject) {
+U8 DecisionTableBuilder::numberOf(Subject const & subject) {
     auto const [entry, isNew] = numbers_.emplace(subject, static_cast<U8>(questions_.size()));
     if (isNew) {
         questions_.emplace_back();
@@ -150,13 +159,13 @@ U8 PlanChain::numberOf(Subject const & subject) {
     return entry->second;
 }
 
-U8 PlanChain::ownQuestion(Tests const & tests, ClauseBits clause, Lower const & lower) {
+U8 DecisionTableBuilder::ownQuestion(Tests const & tests, ClauseBits clause) {
     auto const end = [](TriStateBoolValue value) {
         return endOfRun(EvalResult(value, TerminationFlag::noTermination));
     };
     PlanStep const * first = end(QcfTrue());
-    for (Expression const * const test : Tests(tests.rbegin(), tests.rend())) {
-        first = lower(*test, {end(QcfFalse()), end(QcfFalse()), first});
+    for (auto test = tests.rbegin(); test != tests.rend(); ++test) {
+        first = lowering_.condition(*test->node, {end(QcfFalse()), end(QcfFalse()), first});
     }
     questions_.push_back({std::make_unique<ConditionQuestion const>(first, clause), {}});
     return static_cast<U8>(questions_.size() - 1);
@@ -166,14 +175,13 @@ namespace {
 
 template <typename Value, typename Parts, typename Set>
 ConstantTable<Value> tableOf(Parts const & parts, Set const * ConstantTest::*constants) {
-    ConstantTable<Value> table;
+    std::vector<typename ConstantTable<Value>::Entry> entries;
     for (auto const & [clause, test] : parts) {
         for (Value const & constant : *(test.*constants)) {
-            table.insert(constant, clause);
+            entries.push_back({constant, clause});
         }
     }
-    table.seal();
-    return table;
+    return ConstantTable<Value>(std::move(entries));
 }
 
 template <typename Parts>
@@ -183,9 +191,7 @@ std::vector<IntBoundsQuestion::Clause> boundsOf(Parts const & parts) {
         if (clauses.empty() || clauses.back().bit != clause) {
             clauses.push_back({clause, test.bounds});
         } else {
-            IntBounds & bounds = clauses.back().bounds;
-            bounds = {std::max(bounds.low, test.bounds.low),
-                      std::min(bounds.high, test.bounds.high)};
+            clauses.back().bounds = clauses.back().bounds & test.bounds;
         }
     }
     return clauses;
@@ -193,7 +199,7 @@ std::vector<IntBoundsQuestion::Clause> boundsOf(Parts const & parts) {
 
 } // namespace
 
-std::unique_ptr<PlanQuestion const> PlanChain::shared(std::vector<Part> const & parts) {
+std::unique_ptr<PlanQuestion const> DecisionTableBuilder::shared(std::vector<Part> const & parts) {
     auto const & operand = *parts.front().test.operand;
     ClauseBits others = ~ClauseBits{0};
     for (Part const & part : parts) {

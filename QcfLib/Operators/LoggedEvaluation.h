@@ -1,0 +1,23 @@
+#pragma once
+
+#include "QcfLib/AetNode.h"
+#include "QcfLib/QcfEvalContext.h"
+
+/// How control flow logs what it evaluates.
+namespace Qcf::Eval {
+
+inline void logResult(Ptr<EvalContextBase> const & context, AetNodeBase const & node,
+                      EvalResult const & result) {
+    if (context->shouldLogEval()) [[unlikely]] {
+        evalContext(context).log(node.aetNodeKey(), result);
+    }
+}
+
+/// The result of an expression, noted under its key.
+inline EvalResult evalLogged(Expression const & expression, Ptr<EvalContextBase> const & context) {
+    EvalResult const result = expression.eval(context);
+    logResult(context, expression, result);
+    return result;
+}
+
+} // namespace Qcf::Eval

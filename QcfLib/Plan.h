@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Platform/Framework/DumpContext.h"
+#include "QcfLib/EvalResult.h"
+#include "QcfLib/PlanEpoch.h"
+
+#include <memory>
+
+namespace Qcf::Eval {
+
+class Function;
+class PlanStep;
+class PlanSteps;
+
+/// A function lowered for speed: steps that read attributes without asking their nodes, have their
+/// constants in place and know what comes next for each outcome; the conditions of a chain of
+/// `else if` are one decision table.
+///
+///     Plan::enabledIs(false);                 // evaluate by the tree, to compare
+///     function->planFor(*function).dump(out); // what a plan makes of its function
+///
+/// The tree is what a function means, the plan is how it runs. A plan gives the results and
+/// write-backs of its tree and nothing else: evaluations that are logged or traced walk the tree,
+/// and a node without a step of its own is evaluated as it stands. In conditions that only read, an
+/// attribute that many of them test against constants is fetched once. A small callee whose
+/// arguments are constants is inlined. A plan takes memory in proportion to its function's nodes,
+/// shared ones counted once; what would take more, or nests too deep, stays as it stands.
+///
+/// Immutable once built; run by any number of threads. It refers to the nodes of its function,
+/// which must outlive it.
+class Plan {
+public:
+    /// `earlier` is the plan that this one takes the place of, which somebody may still be running.
+    explicit Plan(Function const & function, std::unique_ptr<Plan const> earlier = nullptr);
+    ~Plan();
+    Plan(Plan const &) = delete;
+    Plan & operator=(Plan const &) = delete;
+
+    /// Where a run starts.
+    PlanStep const & first() const { return *first_; }
+
+    /// Steps that were made, for reports on memory.
+    std::size_t stepCount() const;
+
+    /// Prints the steps in the order in which they can be reached: what each does, the nodes that
+    /// it stands for, where it goes for which outcome.
+    void dump(PtrConst<DumpContext> const & dumpContext) const;
+
+    /// Process-wide switch, on at the start: whether functions are evaluated by their plans.
+    static bool enabled() { return PlanEpoch::enabled(); }
+    static void enabledIs(bool enabled) { PlanEpoch::enabledIs(enabled); }
+
+    /// Whether it is to be run: plans are switched on, and it has the present constants in place.
+    bool isCurrent() const { return epoch_ == PlanEpoch::current(); }
+
+private:
+    friend class KeptPlan;
+
+    U32 epoch_;
+    PlanStep const * first_ = nullptr;
+    std::unique_ptr<PlanSteps const> steps_;
+    std::unique_ptr<Plan const> earlier_;
+};
+
+} // namespace Qcf::Eval

@@ -1,0 +1,92 @@
+#include "QcfLib/Plan/DecisionTable.h"
+
+#include <algorithm>
+
+namespace Qcf::Eval {
+
+namespace {
+
+/// The entries in the order of their values, those of one value as one.
+template <typename Entry>
+std::vector<Entry> joinEqual(std::vector<Entry> entries) {
+    std::sort(entries.begin(), entries.end(),
+              [](Entry const & a, Entry const & b) { return a.value < b.value; });
+    std::vector<Entry> joined;
+    for (Entry const & entry : entries) {
+        if (joined.empty() || !(joined.back().value == entry.value)) {
+            joined.push_back(entry);
+        } else {
+            joined.back().clauses |= entry.clauses;
+        }
+    }
+    return joined;
+}
+
+template <typename Field, typename Entry>
+std::vector<Field> column(std::vector<Entry> const & entries, Field Entry::*field) {
+    std::vector<Field> fields;
+    for (Entry const & entry : entries) {
+        fields.push_back(entry.*field);
+    }
+    return fields;
+}
+
+} // namespace
+
+template <typename Value>
+ConstantTable<Value>::ConstantTable(std::vector<Entry> entries)
+    : values_(column(entries = joinEqual(std::move(entries)), &Entry::value)),
+      clauses_(column(entries, &Entry::clauses)),
+      index_(values_) {}
+
+template class ConstantTable<U64>;
+template class ConstantTable<Acl::CommunityValue>;
+
+IntBoundsQuestion::IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses,
+                                     ClauseBits others)
+    : operand_(operand), starts_{0} {
+    for (auto const & [bit, bounds] : clauses) {
+        starts_.push_back(bounds.low);
+        if (bounds.high != ~U64{0}) {
+            starts_.push_back(bounds.high + 1);
+        }
+    }
+    std::sort(starts_.begin(), starts_.end());
+    starts_.erase(std::unique(starts_.begin(), starts_.end()), starts_.end());
+    starts_.resize(std::bit_ceil(starts_.size()), starts_.back());
+    for (U64 const start : starts_) {
+        ClauseBits satisfied = others;
+        for (auto const & [bit, bounds] : clauses) {
+            satisfied |= bounds.low <= start && start <= bounds.high ? bit : 0;
+        }
+        clauses_.push_back(satisfied);
+    }
+}
+
+StepText describeTable(std::span<std::unique_ptr<PlanQuestion const> const> questions,
+                       std::span<PlanStep const * const> targets, PlanStep const * otherwise) {
+    StepText text{"decision table of " + std::to_string(targets.size()) + " clauses"};
+    char const * separator = "";
+    for (auto const & question : questions) {
+        text.detail += separator + question->text();
+        separator = "; ";
+        if (question->steps() != nullptr) {
+            text.next.emplace_back("asks", question->steps());
+        }
+    }
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        text.next.emplace_back("clause " + std::to_string(i + 1), targets[i]);
+    }
+    text.next.emplace_back("otherwise", otherwise);
+    return text;
+}
+
+StepText DecisionTableStep::describe() const {
+    std::vector<PlanStep const *> targets;
+    for (Clause const & clause : clauses_) {
+        targets.push_back(clause.target);
+    }
+    return describeTable(questions_, targets, otherwise_);
+}
+
+} // namespace Qcf::Eval

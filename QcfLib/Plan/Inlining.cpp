@@ -1,0 +1,34 @@
+#include "QcfLib/Plan/Inlining.h"
+
+#include "QcfLib/NodeWalk.h"
+
+#include <unordered_set>
+
+namespace Qcf::Eval {
+
+std::size_t ownNodes(Function const & function) {
+    std::unordered_set<AetNodeBase const *> met;
+    walkTree(*function.body(), [&](WalkedNode const & at) {
+        return !is<Function>(at.node) && met.insert(&at.node).second;
+    });
+    return met.size();
+}
+
+std::optional<std::size_t> sizeInlined(Function const & function, std::size_t limit) {
+    std::size_t size = 0;
+    bool fits = true;
+    walkTree(*function.body(), [&](WalkedNode const & at) {
+        if (!fits || is<Function>(at.node)) {
+            return false;
+        }
+        if (at.node.typeData().effects.looksIntoFrame) {
+            fits = is<IntVariable>(at.node) && plays(*at.field, FieldRole::constantPlace);
+            return false;
+        }
+        fits = ++size <= limit;
+        return fits;
+    });
+    return fits ? std::optional(size) : std::nullopt;
+}
+
+} // namespace Qcf::Eval

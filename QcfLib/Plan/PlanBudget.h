@@ -1,0 +1,75 @@
+#pragma once
+
+#include "QcfLib/QcfEval.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace Qcf::Eval {
+
+/// How much a plan may still take. A tree may share nodes, of which every place has steps of its
+/// own, call much, and be deep: what would make too many steps, or stands too deep, is evaluated as
+/// it stands. Without sharing a tree has as many parts as nodes at most.
+class PlanBudget {
+public:
+    explicit PlanBudget(std::size_t ownNodes)
+        : parts_(smallestBudget + partsPerNode * ownNodes),
+          callees_(parts_),
+          roomForConstants(parts_) {}
+
+    /// One level deeper for as long as it lives.
+    class Level {
+    public:
+        explicit Level(PlanBudget & budget) : budget_(budget) { ++budget_.depth_; }
+        Level(Level const &) = delete;
+        Level & operator=(Level const &) = delete;
+        ~Level() { --budget_.depth_; }
+
+    private:
+        PlanBudget & budget_;
+    };
+    bool isTooDeep() const { return depth_ > deepestLevel; }
+
+    /// Takes so many statements, conditions or operands; false when they are too many.
+    bool take(std::size_t parts) {
+        bool const fits = parts <= parts_;
+        parts_ -= fits ? parts : 0;
+        return fits;
+    }
+
+    /// Nodes that the next callee may have at most, and what it took.
+    std::size_t roomForCallee() const { return std::min(callees_, largestCallee); }
+    void takeCallee(std::size_t nodes) { callees_ -= nodes; }
+
+    /// The links of a chain from this one on; each is walked once, however many places share it.
+    /// `next` gives a link's successor.
+    template <typename Link, typename Next>
+    std::size_t lengthOf(Link const * link, Next next) {
+        std::vector<Link const *> unknown;
+        for (; link != nullptr && !lengths_.contains(link); link = next(*link)) {
+            unknown.push_back(link);
+        }
+        std::size_t length = link == nullptr ? 0 : lengths_.at(link);
+        while (!unknown.empty()) {
+            lengths_.emplace(unknown.back(), ++length);
+            unknown.pop_back();
+        }
+        return length;
+    }
+
+private:
+    static constexpr std::size_t smallestBudget = 64;
+    static constexpr std::size_t partsPerNode = 4;
+    static constexpr std::size_t largestCallee = 128;
+    static constexpr std::size_t deepestLevel = 100;
+
+    std::size_t parts_;
+    std::size_t callees_; ///< nodes of callees that may still be inlined
+    std::unordered_map<void const *, std::size_t> lengths_; ///< of chains, from a link on
+    std::size_t depth_ = 0;
+
+public:
+    std::size_t roomForConstants; ///< constants that may still be put into tables of their own
+};
+
+} // namespace Qcf::Eval

@@ -1,0 +1,81 @@
+#include "QcfLib/Plan.h"
+#include "QcfLib/Plan/PlanSteps.h"
+
+#include <unordered_map>
+
+/// Plans as text, for whoever suspects one.
+namespace Qcf::Eval {
+
+namespace {
+
+class PlanText {
+public:
+    PlanText(PlanSteps const & steps, DumpContext const & out) : steps_(steps), out_(out) {
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            places_.emplace(&steps.at(i), i);
+        }
+    }
+
+    void print(PlanStep const & first) {
+        numberOf(first);
+        out_.print("plan of %zu steps\n", steps_.size());
+        for (std::size_t i = 0; i < order_.size(); ++i) {
+            printStep(*order_[i], i + 1);
+        }
+    }
+
+private:
+    /// Steps are numbered as they are first spoken of, and printed in that order.
+    std::size_t numberOf(PlanStep const & step) {
+        auto const [at, isNew] = numbers_.emplace(&step, order_.size() + 1);
+        if (isNew) {
+            order_.push_back(&step);
+        }
+        return at->second;
+    }
+
+    void printStep(PlanStep const & step, std::size_t number) {
+        StepText const text = step.describe();
+        out_.print("%5zu %s%s%s", number, text.kind.c_str(), text.detail.empty() ? "" : ": ",
+                   text.detail.c_str());
+        printNodes(step);
+        if (!text.next.empty()) {
+            out_.print("\n     ");
+        }
+        for (auto const & [outcome, next] : text.next) {
+            out_.print(" %s: %s", outcome.c_str(), targetText(*next).c_str());
+        }
+        out_.print("\n");
+    }
+
+    void printNodes(PlanStep const & step) const {
+        char const * separator = " [";
+        for (Expression const * const node : steps_.nodesOf(places_.at(&step))) {
+            out_.print("%s%s", separator, referenceText(*node).c_str());
+            separator = " ";
+        }
+        out_.print("]");
+    }
+
+    String targetText(PlanStep const & step) {
+        return step.isEnd() ? step.describe().kind : std::to_string(numberOf(step));
+    }
+
+    PlanSteps const & steps_;
+    DumpContext const & out_;
+    std::unordered_map<PlanStep const *, std::size_t> places_; ///< among the plan's steps
+    std::unordered_map<PlanStep const *, std::size_t> numbers_;
+    std::vector<PlanStep const *> order_;
+};
+
+} // namespace
+
+void Plan::dump(PtrConst<DumpContext> const & dumpContext) const {
+    if (first_->isEnd()) {
+        dumpContext->print("plan of 0 steps: %s\n", first_->describe().kind.c_str());
+        return;
+    }
+    PlanText(*steps_, *dumpContext).print(*first_);
+}
+
+} // namespace Qcf::Eval
