@@ -1,14 +1,14 @@
-#include "Agent/AgentContext.h"
-#include "Agent/ListsDocument.h"
+#include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
 #include "Documents/Program.h"
+#include "Lists/ListsDocument.h"
 #include "Mirror/NodeCopy.h"
 #include "Mirror/NodeWalk.h"
-#include "Mirror/RedisFollower.h"
+#include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/WireText.h"
 
 #include <cmath>
@@ -128,7 +128,7 @@ void checkFunction(Function const & function) {
 /// Evaluates the routes with one version, whatever is published meanwhile; false, and told why,
 /// when a name that the function reaches is not defined.
 bool evaluate(PolicyVersion const & version, Options const & options,
-              Qcf::Agent::Lists const * lists) {
+              Qcf::Lists::NamedLists const * lists) {
     auto const * const function = version.find(options.function);
     if (function == nullptr) {
         throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
@@ -143,7 +143,7 @@ bool evaluate(PolicyVersion const & version, Options const & options,
     if (!Readiness(subject, options.allowUndefinedLists).of(*function, placeOf, lists)) {
         return false;
     }
-    auto const matchers = Qcf::Agent::bindLists(version.slots(), lists);
+    auto const matchers = Qcf::Lists::bindLists(version.slots(), lists);
     runRoutes(options.run, PtrConst<Function>(function),
               [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
     standardOutput().flush();
@@ -152,7 +152,7 @@ bool evaluate(PolicyVersion const & version, Options const & options,
 
 /// Evaluates with a version as far as it is good; whether it is.
 bool tryVersion(PolicyVersion const & version, Options const & options,
-                Qcf::Agent::Lists const * lists) {
+                Qcf::Lists::NamedLists const * lists) {
     try {
         return evaluate(version, options, lists);
     } catch (DocumentError const & error) {
@@ -161,7 +161,7 @@ bool tryVersion(PolicyVersion const & version, Options const & options,
     }
 }
 
-int follow(Options const & options, Following & following, Qcf::Agent::Lists const * lists) {
+int follow(Options const & options, Following & following, Qcf::Lists::NamedLists const * lists) {
     constexpr std::chrono::seconds forEver{std::chrono::hours(24 * 365)};
     String last;
     U64 good = 0; ///< the version that was evaluated last
@@ -197,9 +197,9 @@ int agent(Options const & options) {
         throw UsageError("routes on standard input want --once, and no other file there");
     }
     auto const redis = options.redis.options();
-    PtrConst<Qcf::Agent::Lists> lists;
+    PtrConst<Qcf::Lists::NamedLists> lists;
     if (!options.lists.empty()) {
-        lists = Qcf::Agent::readListsFile(options.lists, tellLine);
+        lists = Qcf::Lists::readListsFile(options.lists, tellLine);
     }
     stopOnSignals();
     Following following(redis, options.redis.name);

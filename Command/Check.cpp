@@ -1,5 +1,3 @@
-#include "Agent/ListBinding.h"
-#include "Agent/ListsDocument.h"
 #include "Command/CheckReport.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
@@ -7,6 +5,8 @@
 #include "Documents/Analysis.h"
 #include "Documents/Places.h"
 #include "Documents/Program.h"
+#include "Lists/ListBinding.h"
+#include "Lists/ListsDocument.h"
 #include "Platform/Framework/Trace.h"
 #include "Platform/Render/Utf8.h"
 
@@ -16,10 +16,10 @@
 
 namespace {
 
-using Qcf::Agent::Finding;
 using Qcf::Documents::Program;
 using Qcf::Documents::UnreadFunction;
 using Qcf::Eval::Function;
+using Qcf::Lists::Finding;
 
 struct Options {
     String document;
@@ -154,7 +154,7 @@ ListFinding listFinding(Finding::Kind kind) {
 }
 
 void addLists(Document const & document, Options const & options, CheckReport & report) {
-    std::vector<Qcf::Agent::ListUse> uses;
+    std::vector<Qcf::Lists::ListUse> uses;
     for (auto const & list : document.program.lists) {
         uses.push_back({list.kind, list.name, list.slot, options.document + ':' + list.pointer});
     }
@@ -167,7 +167,7 @@ void addLists(Document const & document, Options const & options, CheckReport & 
         }
         return;
     }
-    auto const lists = Qcf::Agent::readListsFile(options.lists, tellLine);
+    auto const lists = Qcf::Lists::readListsFile(options.lists, tellLine);
     for (Finding const & finding : checkLists(document.program.slots, uses, *lists)) {
         auto const [severity, name] = listFinding(finding.kind);
         report.findingIs(severity, name, finding.place, finding.text);

@@ -1,10 +1,10 @@
-#include "Agent/AgentContext.h"
-#include "Agent/ListsDocument.h"
+#include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
 #include "Command/ProgramFile.h"
 #include "Command/Readiness.h"
 #include "Command/RouteRun.h"
 #include "Documents/Places.h"
+#include "Lists/ListsDocument.h"
 
 #include <memory>
 
@@ -41,12 +41,12 @@ PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options co
 /// Reads document and lists and puts everything in place for the function's evaluation; nothing
 /// when it may not be evaluated, which was told then.
 PtrConst<Qcf::Eval::Function> prepare(Options const & options, Program & program,
-                                      PtrConst<Qcf::Agent::Lists> & lists) {
+                                      PtrConst<Qcf::Lists::NamedLists> & lists) {
     Qcf::Documents::Places places;
     program = Qcf::Documents::readProgramFile(options.document, {.places = &places});
     auto function = chosenFunction(program, options);
     if (!options.lists.empty()) {
-        lists = Qcf::Agent::readListsFile(options.lists, tellLine);
+        lists = Qcf::Lists::readListsFile(options.lists, tellLine);
     }
     auto const placeOf = [&places](auto const &... at) { return places.of(at...); };
     Readiness const readiness(options.document, options.allowUndefinedLists);
@@ -56,12 +56,12 @@ PtrConst<Qcf::Eval::Function> prepare(Options const & options, Program & program
 int eval(Options const & options) {
     checkInputs(options);
     Program program;
-    PtrConst<Qcf::Agent::Lists> lists;
+    PtrConst<Qcf::Lists::NamedLists> lists;
     auto const function = prepare(options, program, lists);
     if (!function) {
         return 1;
     }
-    auto const matchers = Qcf::Agent::bindLists(program.slots, lists.get());
+    auto const matchers = Qcf::Lists::bindLists(program.slots, lists.get());
     runRoutes(options.run, function,
               [&matchers] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
     return 0;

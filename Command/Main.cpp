@@ -1,6 +1,6 @@
-#include "Agent/ByteSource.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Lists/ByteSource.h"
 #include "Platform/Render/DocumentError.h"
 #include "Platform/Render/Utf8.h"
 #include "Platform/Routing/TextPieces.h"
@@ -74,7 +74,7 @@ int guarded(CLI::App & app, int argc, char ** argv) {
         return complain(commandName(app) + ": " + error.what(), kUsage);
     } catch (DocumentError const & error) {
         return complain(error.what(), kFailed);
-    } catch (Qcf::Agent::RouteFileError const & error) {
+    } catch (Qcf::Lists::FileError const & error) {
         return complain(error.what(), kFailed);
     } catch (std::bad_alloc const &) {
         return complain(commandName(app) + ": out of memory", kFailed);

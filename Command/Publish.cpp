@@ -3,7 +3,7 @@
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Documents/Analysis.h"
-#include "Mirror/RedisWriter.h"
+#include "Mirror/Redis/RedisWriter.h"
 
 #include <memory>
 

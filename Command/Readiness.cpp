@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-using Qcf::Agent::Finding;
+using Qcf::Lists::Finding;
 
 void tell(String const & lines) { std::cerr << lines << std::flush; }
 void tellLine(String const & line) { tell(line + '\n'); }
@@ -14,12 +14,12 @@ void addAllowUndefinedLists(CLI::App & command, bool & target) {
                      "Take a name that nothing defines for an empty list, with a warning");
 }
 
-bool Readiness::of(Qcf::Eval::Function const & function, Qcf::Agent::PlaceOf const & placeOf,
-                   Qcf::Agent::Lists const * lists) const {
+bool Readiness::of(Qcf::Eval::Function const & function, Qcf::Lists::PlaceOf const & placeOf,
+                   Qcf::Lists::NamedLists const * lists) const {
     bool ready = true;
     String text;
     for (Finding const & finding :
-         Qcf::Agent::unboundUses(Qcf::Agent::reachedLists(function, placeOf), lists)) {
+         Qcf::Lists::unboundUses(Qcf::Lists::reachedLists(function, placeOf), lists)) {
         bool const undefined = finding.kind == Finding::Kind::undefinedList;
         bool const refused = undefined && !allowUndefined_;
         text += finding.place + (refused ? ": " : ": warning: ") + finding.text;

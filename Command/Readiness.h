@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/ListUses.h"
+#include "Lists/ListUses.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,8 +20,8 @@ public:
     Readiness(String subject, bool allowUndefinedLists)
         : subject_(std::move(subject)), allowUndefined_(allowUndefinedLists) {}
 
-    bool of(Qcf::Eval::Function const & function, Qcf::Agent::PlaceOf const & placeOf,
-            Qcf::Agent::Lists const * lists) const;
+    bool of(Qcf::Eval::Function const & function, Qcf::Lists::PlaceOf const & placeOf,
+            Qcf::Lists::NamedLists const * lists) const;
 
 private:
     String subject_;

@@ -1,6 +1,6 @@
 #include "Command/RedisArguments.h"
 
-#include "Mirror/RedisScripts.h"
+#include "Mirror/Redis/RedisScripts.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Command/Command.h"
-#include "Mirror/RedisUrl.h"
+#include "Mirror/Redis/RedisUrl.h"
 
 /// Where a published store is: the options that say so.
 struct RedisArguments {

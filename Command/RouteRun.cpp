@@ -1,6 +1,7 @@
 #include "Command/RouteRun.h"
 
-#include "Agent/ValueRenderer.h"
+#include "Agent/Routes/ValueRenderer.h"
+#include "Agent/Tables/RouteFile.h"
 #include "Command/Output.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/ParallelEvaluation.h"
+#include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Command/Command.h"
 
 /// How a table of routes is evaluated and what is told of it; the options that say so.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/ParallelEvaluation.h"
+#include "Agent/Evaluation/ParallelEvaluation.h"
 
 #include <array>
 

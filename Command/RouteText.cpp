@@ -1,6 +1,6 @@
 #include "Command/RouteText.h"
 
-#include "Agent/ValueRenderer.h"
+#include "Agent/Routes/ValueRenderer.h"
 #include "Platform/Routing/CommunityText.h"
 #include "Platform/Routing/TextPieces.h"
 

@@ -1,7 +1,7 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/RedisArguments.h"
-#include "Mirror/RedisStore.h"
+#include "Mirror/Redis/RedisStore.h"
 #include "Platform/Render/DocumentError.h"
 #include "Platform/Render/RendererV2.h"
 

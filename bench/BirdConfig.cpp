@@ -38,13 +38,13 @@ String setText(Values const & values, Text text) {
 }
 String setText(std::span<U64 const> communities) { return setText(communities, text); }
 String prefixSetText(PrefixEntries const & entries) {
-    return setText(entries, [](Agent::PrefixListEntry const & entry) {
+    return setText(entries, [](Lists::PrefixListEntry const & entry) {
         return entry.prefix.toString() + "{" + std::to_string(entry.minLength) + "," +
                std::to_string(entry.maxLength) + "}";
     });
 }
 String addressSetText(PrefixEntries const & entries) {
-    return setText(entries, [](Agent::PrefixListEntry const & entry) {
+    return setText(entries, [](Lists::PrefixListEntry const & entry) {
         U32 const first = entry.prefix.addr().v4Value();
         U32 const last = first + (1U << (32U - entry.prefix.len())) - 1;
         return entry.prefix.addr().toString() + ".." + IpGenAddr::v4(last).toString();

@@ -1,4 +1,4 @@
-#include "Agent/AgentContextGenerated.h"
+#include "Agent/Evaluation/AgentContextGenerated.h"
 #include "QcfLib/Plan.h"
 #include "bench/Contenders.h"
 #include "bench/EngineTrees.h"

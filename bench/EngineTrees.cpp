@@ -188,7 +188,7 @@ PtrConst<ExternalMatchersBase> PolicyTrees::matchers() const {
     auto const matchers = makePtr<ExternalMatchersBase>();
     for (auto const & [name, slot] : build_.prefixLists()) {
         matchers->ipv4PrefixLists.entryIs(
-            slot, makePtr<Agent::PrefixListTrie>(AddressFamily::ipv4, *lists_.at(name)));
+            slot, makePtr<Lists::PrefixListTrie>(AddressFamily::ipv4, *lists_.at(name)));
     }
     return matchers;
 }

@@ -1,6 +1,6 @@
 #include "bench/HandWritten.h"
 
-#include "Agent/AgentContextGenerated.h"
+#include "Agent/Evaluation/AgentContextGenerated.h"
 #include "bench/Contenders.h"
 
 namespace Qcf::Bench {

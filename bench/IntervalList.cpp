@@ -18,9 +18,9 @@ U64 bits(U32 low, U32 high) { return low > high ? 0 : (~U64{0} >> (63 - high)) &
 
 } // namespace
 
-IntervalList::IntervalList(std::span<Agent::PrefixListEntry const> entries) {
+IntervalList::IntervalList(std::span<Lists::PrefixListEntry const> entries) {
     for (auto const & entry : entries) {
-        QCF_ASSERT(entry.action == Agent::ListAction::permit);
+        QCF_ASSERT(entry.action == Lists::ListAction::permit);
         starts_.push_back(static_cast<U32>(firstOf(entry.prefix)));
         if (behind(entry.prefix) <= ~U32{0}) {
             starts_.push_back(static_cast<U32>(behind(entry.prefix)));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/PrefixListTrie.h"
+#include "Lists/PrefixListTrie.h"
 
 #include <span>
 #include <vector>
@@ -13,7 +13,7 @@ namespace Qcf::Bench {
 class IntervalList {
 public:
     IntervalList() = default;
-    explicit IntervalList(std::span<Agent::PrefixListEntry const> entries);
+    explicit IntervalList(std::span<Lists::PrefixListEntry const> entries);
 
     bool permits(IpGenPrefix const & candidate) const {
         return candidate.af() == AddressFamily::ipv4 &&

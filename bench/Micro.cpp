@@ -1,6 +1,6 @@
 #include "bench/Micro.h"
 
-#include "Agent/AgentContextGenerated.h"
+#include "Agent/Evaluation/AgentContextGenerated.h"
 #include "QcfLib/Plan.h"
 #include "bench/EngineTrees.h"
 #include "bench/Table.h"

@@ -85,7 +85,7 @@ private:
 
 void permit(PrefixEntries & entries, IpGenPrefix const & prefix, U32 minLength, U32 maxLength) {
     entries.push_back({.seq = static_cast<U32>(10 * (entries.size() + 1)),
-                       .action = Agent::ListAction::permit,
+                       .action = Lists::ListAction::permit,
                        .prefix = prefix,
                        .minLength = static_cast<U8>(minLength),
                        .maxLength = static_cast<U8>(maxLength)});

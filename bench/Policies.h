@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/PrefixListTrie.h"
+#include "Lists/PrefixListTrie.h"
 #include "Platform/Routing/CommunityValue.h"
 
 #include <array>
@@ -29,7 +29,7 @@ enum class Policy : U8 { p0, p1, p2, p3, p4 };
 inline constexpr U32 policyCount = 5;
 inline constexpr std::array<char const *, policyCount> policyNames{"P0", "P1", "P2", "P3", "P4"};
 
-using PrefixEntries = std::vector<Agent::PrefixListEntry>;
+using PrefixEntries = std::vector<Lists::PrefixListEntry>;
 
 /// A clause of P3. Sets are ascending, without duplicates.
 struct Clause {

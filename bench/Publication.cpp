@@ -1,11 +1,11 @@
 #include "bench/Publication.h"
 
 #include "Mirror/LocalChannel.h"
-#include "Mirror/RedisFollower.h"
-#include "Mirror/RedisWriter.h"
+#include "Mirror/Redis/RedisFollower.h"
+#include "Mirror/Redis/RedisWriter.h"
 #include "bench/Allocations.h"
 #include "bench/Process.h"
-#include "tests/Mirror/RedisServer.h"
+#include "tests/Mirror/Redis/RedisServer.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/Route.h"
+#include "Agent/Routes/Route.h"
 #include "bench/Policies.h"
 #include "bench/Table.h"
 

@@ -1,6 +1,6 @@
 #include "bench/Table.h"
 
-#include "Agent/TableGenerator.h"
+#include "Agent/Tables/TableGenerator.h"
 
 namespace Qcf::Bench {
 

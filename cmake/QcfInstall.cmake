@@ -1,5 +1,5 @@
 # What `cmake --install` puts down: the libraries with their headers, and a package that
-# find_package(Qcf [COMPONENTS Documents Agent Mirror]) reads. The engine is one export set, every
+# find_package(Qcf [COMPONENTS Documents Lists Agent Mirror]) reads. The engine is one export set, every
 # component another, so that nothing is looked for unasked.
 include(CMakePackageConfigHelpers)
 
@@ -20,10 +20,11 @@ endfunction()
 
 qcf_install(QcfTargets QcfPlatform QcfLib)
 qcf_install(QcfDocumentsTargets QcfDocuments)
+qcf_install(QcfListsTargets QcfLists)
 qcf_install(QcfAgentTargets QcfAgent)
 qcf_install(QcfMirrorTargets QcfMirror)
 
-foreach(folder Platform Documents Agent Mirror)
+foreach(folder Platform Documents Lists Agent Mirror)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder}
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf
         FILES_MATCHING PATTERN "*.h")

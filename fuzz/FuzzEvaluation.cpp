@@ -1,8 +1,8 @@
-#include "Agent/AgentContext.h"
-#include "Agent/ListsDocument.h"
-#include "Agent/RouteReader.h"
-#include "Agent/ValueRenderer.h"
+#include "Agent/Evaluation/AgentContext.h"
+#include "Agent/Routes/ValueRenderer.h"
+#include "Agent/Tables/RouteFile.h"
 #include "Documents/Program.h"
+#include "Lists/ListsDocument.h"
 #include "QcfLib/Plan.h"
 #include "QcfLib/QcfDebugEvaluationLog.h"
 #include "fuzz/JsonMutation.h"
@@ -13,6 +13,7 @@
 namespace {
 
 using namespace Qcf::Agent;
+using namespace Qcf::Lists;
 using Qcf::Documents::Program;
 using Qcf::Eval::EvalContextBase;
 using Qcf::Eval::Function;
@@ -21,7 +22,7 @@ using Qcf::Eval::Plan;
 /// The routes and the lists of the examples, which the seeds are evaluated with.
 struct Scene {
     std::vector<Route> routes;
-    Ptr<Lists> lists = makePtr<Lists>();
+    Ptr<NamedLists> lists = makePtr<NamedLists>();
 
     Scene() {
         std::filesystem::path const folder = QCF_SOURCE_DIR "/examples";
@@ -42,7 +43,7 @@ private:
             requireThat(reader->next(routes.back()), "the examples have routes");
         }
     }
-    void addLists(Lists const & more) {
+    void addLists(NamedLists const & more) {
         add(lists->prefixLists, more.prefixLists);
         add(lists->dynamicPrefixLists, more.dynamicPrefixLists);
         add(lists->communityLists, more.communityLists);

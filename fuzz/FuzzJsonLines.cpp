@@ -1,4 +1,4 @@
-#include "Agent/RouteReader.h"
+#include "Agent/Routes/JsonLinesReader.h"
 #include "Platform/Render/DocumentError.h"
 
 #include <utility>
@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size) {
     String bytes(reinterpret_cast<char const *>(data), size);
     auto const reader = Qcf::Agent::makeJsonLinesReader(
-        Qcf::Agent::ByteSource(Qcf::Agent::makeMemoryStream(std::move(bytes))), "fuzz", {});
+        Qcf::Lists::ByteSource(Qcf::Lists::makeMemoryStream(std::move(bytes))), "fuzz", {});
     Qcf::Agent::Route route;
     try {
         while (reader->next(route)) {

@@ -1,10 +1,10 @@
-#include "Agent/ListsDocument.h"
-#include "Agent/RoaExport.h"
+#include "Lists/ListsDocument.h"
+#include "Lists/RoaExport.h"
 #include "fuzz/Require.h"
 
 namespace {
 
-using namespace Qcf::Agent;
+using namespace Qcf::Lists;
 
 /// Candidates at the ends of both families and where the seeds have entries.
 std::vector<IpGenPrefix> const & candidates() {
@@ -51,7 +51,7 @@ void askTable(std::vector<Roa> const & roas) {
     }
 }
 
-void askLists(Lists const & lists) {
+void askLists(NamedLists const & lists) {
     for (auto const & [name, list] : lists.prefixLists) {
         ask(*list);
     }

@@ -1,4 +1,4 @@
-#include "Agent/RouteReader.h"
+#include "Agent/Mrt/MrtReader.h"
 
 #include <utility>
 
@@ -6,7 +6,7 @@
 extern "C" int LLVMFuzzerTestOneInput(U8 const * data, std::size_t size) {
     String bytes(reinterpret_cast<char const *>(data), size);
     auto const reader = Qcf::Agent::makeMrtReader(
-        Qcf::Agent::ByteSource(Qcf::Agent::makeMemoryStream(std::move(bytes))), "fuzz",
+        Qcf::Lists::ByteSource(Qcf::Lists::makeMemoryStream(std::move(bytes))), "fuzz",
         [](String const &) {});
     Qcf::Agent::Route route;
     while (reader->next(route)) {

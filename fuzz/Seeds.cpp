@@ -3,9 +3,9 @@
 //
 //     fuzz_seeds FOLDER
 
-#include "Agent/JsonLinesWriter.h"
-#include "Agent/MrtWriter.h"
-#include "Agent/TableGenerator.h"
+#include "Agent/Mrt/MrtWriter.h"
+#include "Agent/Routes/JsonLinesWriter.h"
+#include "Agent/Tables/TableGenerator.h"
 #include "Documents/Program.h"
 #include "Mirror/ChangeSource.h"
 #include "Mirror/Publisher.h"

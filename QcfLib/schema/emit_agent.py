@@ -105,7 +105,7 @@ private:
         out += f'        if (changed(Attribute::{s.stem})) visit(Attribute::{s.stem}, "{s.language}", {s.stem});\n'
     out += "    }\n};\n\n" + doc("Language names of the modifiable attributes, by ModifiableAttribute.")
     out += "std::span<char const * const> modifiableAttributeNames();\n"
-    includes = ["<span>", "<boost/container/small_vector.hpp>", '"Agent/Boxed.h"', '"Agent/Session.h"', '"QcfLib/EvalResult.h"', '"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/RoutingTypes.h"']
+    includes = ["<span>", "<boost/container/small_vector.hpp>", '"Agent/Routes/Boxed.h"', '"Agent/Routes/Session.h"', '"QcfLib/EvalResult.h"', '"QcfLib/QcfEvalContextGenerated.h"', '"QcfLib/RoutingTypes.h"']
     return header("A route of the agent: a member an attribute.", includes, "Qcf::Agent", out)
 
 
@@ -148,7 +148,7 @@ public:
         args, _, const = rest.rpartition(")")
         out += wrap(qualified(head) + "(", [qualified(args)] if args else [], f"){const} override;", 4)
     out += "\nprivate:\n    Route const * route_ = nullptr;\n    U64 routeNumber_ = 0;\n    RouteChanges changes_;\n};\n"
-    return header("The agent's side of the evaluation context.", ['"Agent/RouteGenerated.h"', '"QcfLib/QcfEvalContext.h"'], "Qcf::Agent", out)
+    return header("The agent's side of the evaluation context.", ['"Agent/Routes/RouteGenerated.h"', '"QcfLib/QcfEvalContext.h"'], "Qcf::Agent", out)
 
 
 def qualified(text):
@@ -195,7 +195,7 @@ void record(RouteChanges & changes, Attribute attribute, Member & member, Value 
 
 
 def emit():
-    yield "Agent/RouteGenerated.h", routeHeader()
-    yield "Agent/RouteGenerated.cpp", sourceFile(['"Agent/RouteGenerated.h"'], "Qcf::Agent", routeSource())
-    yield "Agent/AgentContextGenerated.h", contextHeader()
-    yield "Agent/AgentContextGenerated.cpp", sourceFile(['"Agent/AgentContextGenerated.h"'], "Qcf::Agent", contextSource())
+    yield "Agent/Routes/RouteGenerated.h", routeHeader()
+    yield "Agent/Routes/RouteGenerated.cpp", sourceFile(['"Agent/Routes/RouteGenerated.h"'], "Qcf::Agent", routeSource())
+    yield "Agent/Evaluation/AgentContextGenerated.h", contextHeader()
+    yield "Agent/Evaluation/AgentContextGenerated.cpp", sourceFile(['"Agent/Evaluation/AgentContextGenerated.h"'], "Qcf::Agent", contextSource())

@@ -1,5 +1,5 @@
-#include "tests/Agent/Compressed.h"
 #include "tests/Command/CommandTools.h"
+#include "tests/support/Compressed.h"
 
 #include <gmock/gmock.h>
 
@@ -206,9 +206,8 @@ TEST(Lists, EntriesOfAnExportThatAreNoPayloadsAreLeftOutWithOneWarning) {
 TEST(Lists, ExportsMayBeCompressed) {
     Workshop const workshop;
     String const text = R"({"roas": [)" + kPayload + "]}";
-    String const gzip = Agent::Test::gzipped(text);
-    String const parts =
-        Agent::Test::bzipped(text.substr(0, 20)) + Agent::Test::bzipped(text.substr(20));
+    String const gzip = test::gzipped(text);
+    String const parts = test::bzipped(text.substr(0, 20)) + test::bzipped(text.substr(20));
     for (String const & file : {text, gzip, parts, gzip + "tail"}) {
         Outcome const outcome = validate(workshop, file);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;

@@ -1,10 +1,10 @@
 #include "Mirror/LocalChannel.h"
-#include "Mirror/RedisFollower.h"
-#include "Mirror/RedisWriter.h"
+#include "Mirror/Redis/RedisFollower.h"
+#include "Mirror/Redis/RedisWriter.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
 #include "tests/Mirror/CreatorStores.h"
 #include "tests/Mirror/MirrorTools.h"
-#include "tests/Mirror/RedisServer.h"
+#include "tests/Mirror/Redis/RedisServer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,107 @@
+#include "Agent/Evaluation/AgentContext.h"
+
+#include <limits>
+
+namespace Qcf::Agent {
+
+using Eval::CommunitySmallVector;
+using Eval::U64SmallVector;
+
+AgentContext::AgentContext(PtrConst<ExternalMatchersBase> const & matchers)
+    : AgentContextBase(matchers, nullptr, nullptr) {}
+
+AgentContext::~AgentContext() = default;
+
+bool AgentContext::isBgpOutbound() const { return route().session.outbound; }
+U32 AgentContext::localAs() const { return route().session.localAs; }
+bool AgentContext::peerConfed() const { return route().session.peerConfed; }
+U32 AgentContext::vrfId() const { return route().session.vrfId; }
+
+std::string_view
+AgentContext::pathText(Routing::Bgp::AspathContainerFromExisting const * path) const {
+    bool const asItCame =
+        path != nullptr && path->expanded() == nullptr && path->existingPath() == &route().asPath;
+    if (asItCame && inputPathRoute_ == routeNumber()) {
+        return inputPathText_;
+    }
+    String & text = asItCame ? inputPathText_ : text_;
+    text.clear();
+    if (path != nullptr) {
+        Routing::Bgp::appendAsPathPatternText(text, path->asns());
+    }
+    if (asItCame) {
+        inputPathRoute_ = routeNumber();
+    }
+    return text;
+}
+
+bool AgentContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
+                                         U64 /*aetNodeKey*/,
+                                         PtrConst<AsPathListStatus> const & status) const {
+    auto const * const list = static_cast<Lists::AsPathList const *>(status.get());
+    return list != nullptr && list->permits(pathText(path), route().origin);
+}
+
+bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
+    bool known = false;
+    auto const & path = route().asPath;
+    U32 const origin = Routing::Bgp::originAs(path, route().session.localAs, known);
+    // A slot that no name has acts as an empty table.
+    bool const isSlot = slot <= std::numeric_limits<U16>::max();
+    auto const * const table = static_cast<Lists::RoaTable const *>(
+        isSlot ? externalMatchers()->roaTables.at(static_cast<U16>(slot)).get() : nullptr);
+    auto const validity = table != nullptr ? table->validate(route().ipPrefix, known ? origin : 0)
+                                           : Lists::OriginValidity::notFound;
+    return static_cast<U32>(validity) == state;
+}
+
+namespace {
+
+/// The entries of a list; null for the empty list.
+template <typename List, typename Status>
+typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
+    return status ? &static_cast<List const &>(*status).matcher() : nullptr;
+}
+
+} // namespace
+
+// The six operations of one kind of community.
+#define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, permitted, match, matchExact, assign, add, \
+                            remove, retain)                                                        \
+    bool AgentContext::match(PtrConst<Set> const & set, PtrConst<Status> const & status) const {   \
+        auto const * const list = matcherOf<List>(status);                                         \
+        return list != nullptr && list->matches(set.get(), text_);                                 \
+    }                                                                                              \
+    bool AgentContext::matchExact(PtrConst<Set> const & set, PtrConst<Status> const & status)      \
+        const {                                                                                    \
+        auto const * const list = matcherOf<List>(status);                                         \
+        return list != nullptr && list->matchesExactly(set.get());                                 \
+    }                                                                                              \
+    Ptr<Set> AgentContext::assign(PtrConst<Status> const & status) {                               \
+        return Lists::assignedBy(matcherOf<List>(status), permitted);                              \
+    }                                                                                              \
+    Ptr<Set> AgentContext::add(Ptr<Set> const & set, PtrConst<Status> const & status) {            \
+        return Lists::addedBy(matcherOf<List>(status), permitted, set, scratch());                 \
+    }                                                                                              \
+    Ptr<Set> AgentContext::remove(Ptr<Set> const & set, PtrConst<Status> const & status) {         \
+        return Lists::keptBy(matcherOf<List>(status), false, set, scratch(), text_);               \
+    }                                                                                              \
+    Ptr<Set> AgentContext::retain(Ptr<Set> const & set, PtrConst<Status> const & status) {         \
+        return Lists::keptBy(matcherOf<List>(status), true, set, scratch(), text_);                \
+    }
+
+QCF_COMMUNITY_LISTS(Lists::StandardCommunityList, U64SmallVector, CommListStatus, intSetScratch,
+                    permittedInts_, matchCommList, matchExactCommList, commAssignCommList,
+                    commAddCommList, commRemoveCommList, commRetainCommList)
+QCF_COMMUNITY_LISTS(Lists::ExtCommunityList, CommunitySmallVector, ExtCommListStatus,
+                    communitySetScratch, permittedCommunities_, matchExtCommList,
+                    matchExactExtCommList, extCommAssignExtCommList, extCommAddExtCommList,
+                    extCommRemoveExtCommList, extCommRetainExtCommList)
+QCF_COMMUNITY_LISTS(Lists::LargeCommunityList, CommunitySmallVector, LargeCommListStatus,
+                    communitySetScratch, permittedCommunities_, matchLargeCommList,
+                    matchExactLargeCommList, largeCommAssignLargeCommList,
+                    largeCommAddLargeCommList, largeCommRemoveLargeCommList,
+                    largeCommRetainLargeCommList)
+#undef QCF_COMMUNITY_LISTS
+
+} // namespace Qcf::Agent

@@ -1,0 +1,143 @@
+#include "Agent/Mrt/MrtFormat.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <span>
+
+namespace Qcf::Agent {
+
+namespace Mrt {
+
+namespace {
+
+constexpr char const * kBgpNames[] = {"NULL", "UPDATE", "PREF_UPDATE", "STATE_CHANGE",
+                                      "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
+constexpr char const * kTableDumpNames[] = {nullptr, "AFI_IPv4", "AFI_IPv6"};
+constexpr char const * kTableDumpV2Names[] = {nullptr,
+                                              "PEER_INDEX_TABLE",
+                                              "RIB_IPV4_UNICAST",
+                                              "RIB_IPV4_MULTICAST",
+                                              "RIB_IPV6_UNICAST",
+                                              "RIB_IPV6_MULTICAST",
+                                              "RIB_GENERIC",
+                                              "GEO_PEER_TABLE",
+                                              "RIB_IPV4_UNICAST_ADDPATH",
+                                              "RIB_IPV4_MULTICAST_ADDPATH",
+                                              "RIB_IPV6_UNICAST_ADDPATH",
+                                              "RIB_IPV6_MULTICAST_ADDPATH",
+                                              "RIB_GENERIC_ADDPATH"};
+constexpr char const * kBgp4mpNames[] = {"STATE_CHANGE",
+                                         "MESSAGE",
+                                         "ENTRY",
+                                         "SNAPSHOT",
+                                         "MESSAGE_AS4",
+                                         "STATE_CHANGE_AS4",
+                                         "MESSAGE_LOCAL",
+                                         "MESSAGE_AS4_LOCAL",
+                                         "MESSAGE_ADDPATH",
+                                         "MESSAGE_AS4_ADDPATH",
+                                         "MESSAGE_LOCAL_ADDPATH",
+                                         "MESSAGE_AS4_LOCAL_ADDPATH"};
+
+/// A type with the names of its subtypes; those without a name are not defined.
+struct TypeRow {
+    U16 type;
+    char const * name;
+    std::span<char const * const> subtypes;
+};
+
+constexpr TypeRow kTypes[] = {
+    {bgp, "BGP", kBgpNames},
+    {ospfv2, "OSPFv2", {}},
+    {tableDump, "TABLE_DUMP", kTableDumpNames},
+    {tableDumpV2, "TABLE_DUMP_V2", kTableDumpV2Names},
+    {bgp4mp, "BGP4MP", kBgp4mpNames},
+    {bgp4mpEt, "BGP4MP_ET", kBgp4mpNames},
+    {isis, "ISIS", {}},
+    {isisEt, "ISIS_ET", {}},
+    {ospfv3, "OSPFv3", {}},
+    {ospfv3Et, "OSPFv3_ET", {}},
+};
+
+TypeRow const * findType(U16 type) {
+    auto const row = std::ranges::find(kTypes, type, &TypeRow::type);
+    return row == std::end(kTypes) ? nullptr : &*row;
+}
+
+char const * subtypeName(TypeRow const & row, U16 subtype) {
+    return subtype < row.subtypes.size() ? row.subtypes[subtype] : nullptr;
+}
+
+} // namespace
+
+bool isPlausible(Header const & header) {
+    return header.length <= maxRecordLength && findType(header.type) != nullptr;
+}
+
+bool isWellKnown(Header const & header) {
+    TypeRow const * const row = findType(header.type);
+    return row != nullptr && header.length <= maxRecordLength &&
+           subtypeName(*row, header.subtype) != nullptr;
+}
+
+String recordName(U16 type, U16 subtype) {
+    TypeRow const * const row = findType(type);
+    if (row == nullptr) {
+        return "type " + std::to_string(type) + "/" + std::to_string(subtype);
+    }
+    char const * const name = subtypeName(*row, subtype);
+    return String(row->name) + "/" + (name != nullptr ? String(name) : std::to_string(subtype));
+}
+
+} // namespace Mrt
+
+IpGenAddr readAddress(ByteCursor & from, AddressFamily family) {
+    if (family == AddressFamily::ipv4) {
+        return IpGenAddr::v4(from.u32());
+    }
+    if (family == AddressFamily::ipv6) {
+        std::array<U8, 16> octets;
+        std::memcpy(octets.data(), from.advance(octets.size()), octets.size());
+        return IpGenAddr::v6(octets);
+    }
+    return {};
+}
+
+IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family) {
+    U8 const bits = from.u8();
+    if (bits > addressWidth(family)) {
+        throw Damage("prefix", "is longer than an address");
+    }
+    std::size_t const size = (bits + 7U) / 8U;
+    if (family == AddressFamily::ipv4 && from.left() >= 4) {
+        // Bytes behind the prefix do no harm: the bits beyond its length are cleared.
+        U32 const value = loadU32(from.data());
+        from.skip(size);
+        return {IpGenAddr::v4(value), bits};
+    }
+    U8 const * const bytes = from.advance(size);
+    std::array<U8, 16> octets{};
+    std::memcpy(octets.data(), bytes, size);
+    if (family == AddressFamily::ipv4) {
+        return {IpGenAddr::v4(loadU32(octets.data())), bits};
+    }
+    return {IpGenAddr::v6(octets), bits};
+}
+
+U64 countPrefixes(ByteCursor from, AddressFamily family, bool addPath) {
+    U64 count = 0;
+    if (family == AddressFamily::none) {
+        return count;
+    }
+    for (; !from.atEnd(); ++count) {
+        if (addPath) {
+            from.skip(4);
+        }
+        readPrefix(from, family);
+    }
+    return count;
+}
+
+} // namespace Qcf::Agent

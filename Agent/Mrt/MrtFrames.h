@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Agent/Mrt/MrtRecords.h"
+#include "Lists/ByteSource.h"
+
+namespace Qcf::Agent {
+
+/// Cuts an MRT file into stretches of whole records, which takes a look at their headers alone.
+///
+/// Where the frame of the records is broken it looks for the next place where a record starts that
+/// is followed by another one or by the end of the data.
+class MrtFrames {
+public:
+    /// A stretch has up to `most` bytes, or one record.
+    MrtFrames(Lists::ByteSource source, std::size_t most)
+        : source_(std::move(source)), most_(most) {}
+
+    /// Cuts the next stretch; false at the end of the data. What the findings are given stands
+    /// before the stretch, peer index tables included. Waits for no more data than one record
+    /// needs.
+    bool next(MrtFindings & findings);
+
+    /// The current stretch, until `next` is called again.
+    MrtStretch const & stretch() const { return stretch_; }
+
+    bool compressed() const { return source_.compressed(); }
+
+private:
+    bool findRecord(MrtFindings & findings);
+    void extendStretch();
+    void leaveStretch(MrtFindings & findings);
+    bool lastIsDamaged(std::size_t size);
+    void readPeers(MrtFindings & findings);
+    /// A record that the cut itself has to look at: it starts a stretch.
+    bool isSpecial(Mrt::Header const & header) const;
+
+    void recordIsCut(String const & what, std::size_t wanted, MrtFindings & findings);
+    void noRecordIsHere(Mrt::Header const & header, MrtFindings & findings);
+    void recoverFrame(String const & problem, MrtFindings & findings);
+    void finish(MrtFindings & findings);
+
+    Lists::ByteSource source_;
+    std::size_t most_;
+    MrtStretch stretch_;            ///< stands at the source
+    std::size_t last_ = 0;          ///< where the last record of the stretch starts
+    MrtRecords looked_;             ///< for the records that the cut looks at
+    bool unknownPeersTold_ = false; ///< since the last peer index table
+    bool finished_ = false;
+    /// Bytes of damaged records that may still be searched for records in their midst; without a
+    /// bound, nested false records would be read over and over.
+    U64 searchBudget_ = U64{64} << 20;
+};
+
+/// True when the data are MRT: they start with a record, or one starts within the first 64 KiB.
+bool looksLikeMrt(Lists::ByteSource & source);
+
+} // namespace Qcf::Agent

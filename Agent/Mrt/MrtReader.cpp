@@ -1,0 +1,98 @@
+#include "Agent/Mrt/MrtReader.h"
+
+#include <utility>
+
+namespace Qcf::Agent {
+
+namespace {
+
+/// Puts the file's name before every line.
+Lists::Reporter reporterOf(String const & name, Lists::Reporter report) {
+    if (!report) {
+        return {};
+    }
+    return [name, report = std::move(report)](String const & line) { report(name + ": " + line); };
+}
+
+} // namespace
+
+/// Decodes stretches of its own. What is met in them is kept back until it is its turn to be told.
+class MrtReader::Share final : public RouteShare {
+public:
+    explicit Share(MrtReader & reader)
+        : reader_(reader), findings_(reader.findings_.compressed, [this](String const & line) {
+              lines_.push_back(line);
+          }) {}
+
+    bool take() override {
+        if (reader_.ended_) {
+            return false;
+        }
+        last_ = !reader_.nextStretch(findings_);
+        MrtStretch stretch;
+        if (!last_) {
+            stretch = reader_.frames_.stretch();
+            bytes_.assign(stretch.data, stretch.data + stretch.size);
+            stretch.data = bytes_.data();
+        }
+        records_.stretchIs(stretch);
+        return true;
+    }
+
+    bool next(Route & route) override { return records_.next(route, findings_); }
+
+    void settle() override {
+        MrtFindings & all = reader_.findings_;
+        for (String const & line : lines_) {
+            all.log.add(line);
+        }
+        all.log.addUnsaid(findings_.log.unsaid());
+        all.statistics.add(std::exchange(findings_.statistics, {}));
+        lines_.clear();
+        findings_.log.restart();
+        if (std::exchange(last_, false)) {
+            all.log.close();
+        }
+    }
+
+private:
+    MrtReader & reader_;
+    MrtRecords records_;
+    std::vector<U8> bytes_;
+    MrtFindings findings_;
+    std::vector<String> lines_;
+    bool last_ = false; ///< there is no stretch any more, only how the data ended
+};
+
+std::unique_ptr<RouteReader> makeMrtReader(Lists::ByteSource source, String const & name,
+                                           Lists::Reporter report) {
+    return std::make_unique<MrtReader>(std::move(source), name, std::move(report));
+}
+
+MrtReader::MrtReader(Lists::ByteSource source, String const & name, Lists::Reporter report,
+                     std::size_t stretch)
+    : frames_(std::move(source), stretch),
+      findings_(frames_.compressed(), reporterOf(name, std::move(report))) {}
+
+bool MrtReader::next(Route & route) {
+    while (!records_.next(route, findings_)) {
+        if (ended_) {
+            return false;
+        }
+        if (!nextStretch(findings_)) {
+            findings_.log.close();
+            return false;
+        }
+        records_.stretchIs(frames_.stretch());
+    }
+    return true;
+}
+
+bool MrtReader::nextStretch(MrtFindings & findings) {
+    ended_ = !frames_.next(findings);
+    return !ended_;
+}
+
+std::unique_ptr<RouteShare> MrtReader::makeShare() { return std::make_unique<Share>(*this); }
+
+} // namespace Qcf::Agent

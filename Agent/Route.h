@@ -1,4 +1,0 @@
-#pragma once
-
-/// The agent's route. Its members follow from the table of route attributes.
-#include "Agent/RouteGenerated.h"

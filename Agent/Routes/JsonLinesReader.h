@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Agent/Routes/RouteReader.h"
+#include "Lists/ByteSource.h"
+#include "Lists/Reporter.h"
+#include "Platform/Render/JsonDocument.h"
+
+#include <exception>
+#include <optional>
+#include <string_view>
+
+namespace Qcf::Agent {
+
+/// Reads the routes of a file with one JSON object a line. Use it through `openRoutes` or
+/// `makeJsonLinesReader`.
+///
+/// Empty lines are passed over. The first line that is no route ends the reading: `next` throws the
+/// DocumentError that names the line and the place in it, and from then on answers false.
+class JsonLinesReader final : public RouteReader {
+public:
+    /// Longest line that is read, in bytes.
+    static constexpr std::size_t maxLine = std::size_t{16} << 20;
+
+    JsonLinesReader(Lists::ByteSource source, String name, Lists::Reporter report);
+
+    bool next(Route & route) override;
+    ReadStatistics const & statistics() const override { return statistics_; }
+    /// The line that ends the reading is told by the share that takes or decodes it.
+    std::unique_ptr<RouteShare> makeShare() override;
+
+private:
+    class Share;
+
+    bool readLine(Route & route);
+    std::optional<std::string_view> findLine(ReadStatistics & statistics);
+    std::string_view takeLine(std::size_t length, bool withEnd);
+    void checkLength(std::size_t length) const;
+    String lineName() const;
+
+    Lists::ByteSource source_;
+    String name_;
+    JsonDocument document_;
+    ReadStatistics statistics_;
+    U64 line_ = 0;          ///< number of the current line, from 1
+    std::size_t taken_ = 0; ///< bytes of the current line, still in the source's window
+    bool finished_ = false;
+    Lists::Reporter report_;   ///< told once what follows compressed data
+    std::exception_ptr fault_; ///< behind the lines that the shares took
+};
+
+/// A reader of data that are known to be JSON lines; `name` is what its texts call them.
+std::unique_ptr<RouteReader> makeJsonLinesReader(Lists::ByteSource source, String const & name,
+                                                 Lists::Reporter report);
+
+} // namespace Qcf::Agent

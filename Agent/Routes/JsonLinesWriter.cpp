@@ -1,0 +1,50 @@
+#include "Agent/Routes/JsonLinesWriter.h"
+
+namespace Qcf::Agent {
+
+JsonLinesWriter::JsonLinesWriter(String & out)
+    : renderer_(out), values_(renderer_), defaultRoute_() {
+    defaultRoute_.eachAttribute(
+        [this](std::size_t, auto const & value) { defaults_.push_back(&value); });
+}
+
+void JsonLinesWriter::add(Route const & route) {
+    renderer_.beginObject();
+    route.eachAttribute([this]<typename Value>(std::size_t index, Value const & value) {
+        if (value == *static_cast<Value const *>(defaults_[index])) {
+            return;
+        }
+        RouteAttribute const & attribute = routeAttributes()[index];
+        renderer_.key(attribute.name);
+        values_.render(value, attribute.form);
+    });
+    addSession(route.session);
+    renderer_.endObject();
+    renderer_.endDocument();
+}
+
+void JsonLinesWriter::addSession(Session const & session) {
+    Session const usual;
+    bool begun = false;
+    auto const member = [&](char const * name, auto value, auto usualValue) {
+        if (value == usualValue) {
+            return;
+        }
+        if (!begun) {
+            renderer_.key("session");
+            renderer_.beginObject();
+            begun = true;
+        }
+        renderer_.key(name);
+        renderer_.value(value);
+    };
+    member("outbound", session.outbound, usual.outbound);
+    member("local_as", session.localAs, usual.localAs);
+    member("peer_confed", session.peerConfed, usual.peerConfed);
+    member("vrf_id", session.vrfId, usual.vrfId);
+    if (begun) {
+        renderer_.endObject();
+    }
+}
+
+} // namespace Qcf::Agent

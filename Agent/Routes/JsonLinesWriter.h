@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Agent/Routes/ValueRenderer.h"
+
+#include <vector>
+
+namespace Qcf::Agent {
+
+/// Writes routes as JSON lines, which read back to the same routes: of each the attributes and
+/// session facts that do not have their default value. (The words beside a community's 64 bits are
+/// not kept for elements of `ext_community`.)
+class JsonLinesWriter {
+public:
+    /// `out` must outlive the writer.
+    explicit JsonLinesWriter(String & out);
+
+    /// Appends the line of one route, with its end.
+    void add(Route const & route);
+
+private:
+    void addSession(Session const & session);
+
+    RendererV2 renderer_;
+    ValueRenderer values_;
+    Route const defaultRoute_;
+    std::vector<void const *> defaults_; ///< each attribute of it, by index
+};
+
+} // namespace Qcf::Agent

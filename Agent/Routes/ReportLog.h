@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Lists/Reporter.h"
+
+#include <utility>
+
+namespace Qcf::Agent {
+
+/// Passes the first lines of diagnostics on and counts the rest, so that a file of noise does not
+/// bury what was said first.
+class ReportLog {
+public:
+    static constexpr U64 maxLines = 20;
+
+    explicit ReportLog(Lists::Reporter report) : report_(std::move(report)) {}
+
+    /// Whether a line added now would be passed on; spares the caller making its text.
+    bool wantsLine() const { return count_ < maxLines; }
+
+    void add(String const & line) {
+        if (wantsLine()) {
+            say(line);
+        }
+        ++count_;
+    }
+
+    /// Only counts lines.
+    void addUnsaid(U64 lines = 1) { count_ += lines; }
+    /// How many lines were counted and not passed on.
+    U64 unsaid() const { return count_ > maxLines ? count_ - maxLines : 0; }
+
+    /// Tells how many lines were held back; to be called once, at the end.
+    void close() {
+        if (unsaid() > 0) {
+            say(std::to_string(unsaid()) + " more reports of this kind not shown");
+        }
+    }
+
+    /// Forgets what was counted.
+    void restart() { count_ = 0; }
+
+private:
+    void say(String const & line) {
+        if (report_) {
+            report_(line);
+        }
+    }
+
+    Lists::Reporter report_;
+    U64 count_ = 0;
+};
+
+} // namespace Qcf::Agent

@@ -1,0 +1,63 @@
+#include "Agent/Routes/RouteAttributes.h"
+
+#include "QcfLib/NodeClass.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace Qcf::Agent {
+
+namespace {
+
+RouteAttribute makeRouteAttribute(char const * name) {
+    RouteAttribute attribute;
+    attribute.name = name;
+    attribute.form = setFormOf(name);
+    if (attribute.name == "isis.levels") {
+        attribute.least = 1;
+        attribute.most = 2;
+    }
+    if (Eval::NodeClass const * const node = Eval::findAttribute(name)) {
+        attribute.least = node->attribute->min.value_or(attribute.least);
+        attribute.most = node->attribute->max.value_or(attribute.most);
+        attribute.also = node->attribute->defaultValue;
+    }
+    return attribute;
+}
+
+} // namespace
+
+SetForm setFormOf(std::string_view languageName) {
+    if (languageName == "community") {
+        return SetForm::standardCommunities;
+    }
+    if (languageName == "large_community") {
+        return SetForm::largeCommunities;
+    }
+    return languageName == "ext_community" ? SetForm::extCommunities : SetForm::numbers;
+}
+
+std::span<RouteAttribute const> routeAttributes() {
+    static std::vector<RouteAttribute> const attributes = [] {
+        std::vector<RouteAttribute> made;
+        for (char const * const name : routeAttributeNames()) {
+            made.push_back(makeRouteAttribute(name));
+        }
+        return made;
+    }();
+    return attributes;
+}
+
+std::optional<std::size_t> findRouteAttribute(std::string_view languageName) {
+    static std::unordered_map<std::string_view, std::size_t> const byName = [] {
+        std::unordered_map<std::string_view, std::size_t> made;
+        for (RouteAttribute const & attribute : routeAttributes()) {
+            made.emplace(attribute.name, made.size());
+        }
+        return made;
+    }();
+    auto const found = byName.find(languageName);
+    return found == byName.end() ? std::nullopt : std::optional(found->second);
+}
+
+} // namespace Qcf::Agent

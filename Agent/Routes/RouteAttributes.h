@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Agent/Routes/Route.h"
+
+#include <string_view>
+
+namespace Qcf::Agent {
+
+/// How the elements of a set are written as text; other values have one form only.
+enum class SetForm : U8 {
+    numbers,
+    standardCommunities, ///< `A:B`
+    extCommunities,      ///< `0x` and 16 digits
+    largeCommunities,    ///< `A:B:C`
+};
+
+/// The form of the attribute of that language name.
+SetForm setFormOf(std::string_view languageName);
+
+/// What a value of an attribute of a route may be.
+struct RouteAttribute {
+    std::string_view name; ///< the language name
+    SetForm form = SetForm::numbers;
+    U64 least = 0; ///< of numbers and of the elements of number sets
+    U64 most = ~U64{0};
+    std::optional<U64> also; ///< a number outside these limits that is allowed as well
+};
+
+/// One record an attribute, by the index of routeAttributeNames(). The limits are those that the
+/// engine asserts: a value beyond them must never get into a route.
+std::span<RouteAttribute const> routeAttributes();
+
+/// The index of an attribute; nothing when a route has none of that name.
+std::optional<std::size_t> findRouteAttribute(std::string_view languageName);
+
+} // namespace Qcf::Agent

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Agent/Routes/Route.h"
+
+class JsonValue;
+
+namespace Qcf::Agent {
+
+/// Fills a route from an object whose members are attributes by language name, and `session`.
+/// Attributes that are left out get their defaults; storage is reused. Throws DocumentError, which
+/// names the place, for anything that is no attribute or does not fit one.
+void readRoute(JsonValue const & object, Route & route);
+
+} // namespace Qcf::Agent

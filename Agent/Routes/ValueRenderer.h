@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Agent/Routes/RouteAttributes.h"
+#include "Platform/Render/RendererV2.h"
+
+namespace Qcf::Agent {
+
+/// Writes values of attributes as JSON in the texts that routes are read from. Keeps a buffer, so
+/// that writing many allocates nothing; belongs to one thread.
+class ValueRenderer {
+public:
+    explicit ValueRenderer(RendererV2 & renderer) : renderer_(renderer) {}
+
+    void render(U64 value) { renderer_.value(value); }
+    void render(F32 value) { renderer_.value(value); }
+    void render(Eval::TriStateBoolValue value);
+    void render(IpGenAddr const & value);
+    void render(IpGenPrefix const & value);
+    void render(EthAddr const & value) { renderer_.value(value.toString()); }
+    void render(IntfId const & value) { renderer_.value(value.name()); }
+    void render(std::optional<Evpn::Esid> const & value);
+    void render(Acl::CommunityValue const & value);
+    void render(Routing::Bgp::AsnVector const & value);
+    void render(Routing::Bgp::AsPath const & value) { render(value.asns()); }
+    void render(Routing::Rib::ResolutionRibProfileConfig const & value);
+
+    /// Sets, by the form of their elements.
+    void render(std::span<U64 const> values, SetForm form);
+    void render(std::span<Acl::CommunityValue const> values, SetForm form);
+    /// Any other value, for callers that write all of them alike.
+    template <typename Value>
+    void render(Value const & value, SetForm form) {
+        if constexpr (requires { typename Value::allocator_type; } &&
+                      !std::is_same_v<Value, Routing::Bgp::AsnVector>) {
+            render(viewOf(value), form);
+        } else {
+            render(value);
+        }
+    }
+
+private:
+    RendererV2 & renderer_;
+    String text_;
+};
+
+} // namespace Qcf::Agent

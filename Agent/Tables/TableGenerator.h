@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Agent/Mrt/MrtTable.h"
+
+#include <array>
+#include <vector>
+
+namespace Qcf::Agent {
+
+/// Makes a routing table of invented routes that is shaped like the table of the Internet.
+///
+/// The same number and seed give the same routes on every machine, and a longer table starts with
+/// the shorter one. About four fifths are IPv4, with 60% of /24; paths have 2 to 7 AS numbers, some
+/// prepended, few ending in a set; 0 to 20 communities, some large and extended ones. A prefix
+/// comes from 1 to 3 peers, one after the other, and no peer announces a prefix twice. Some routes
+/// carry the well-known communities no-export (65535:65281) and blackhole (65535:666).
+class TableGenerator {
+public:
+    TableGenerator(U64 routes, U64 seed);
+
+    /// The next route, which overwrites `route`; false after the last one.
+    bool next(Route & route);
+
+    /// The sessions that the routes come over.
+    std::vector<MrtPeer> const & peers() const { return peers_; }
+
+    /// The time of the table, the same for every seed: the first second of 2024.
+    static constexpr U32 time = 1704067200;
+
+private:
+    /// A small generator of its own (splitmix64): those of the standard library promise no
+    /// particular numbers once a distribution is involved.
+    class Random {
+    public:
+        explicit Random(U64 seed) : state_(seed) {}
+        U64 next();
+        /// 0 to `bound` - 1.
+        U32 below(U32 bound) { return static_cast<U32>(((next() >> 32) * bound) >> 32); }
+        bool oneIn(U32 n) { return below(n) == 0; }
+        /// An AS number as they are assigned, two fifths beyond 16 bits.
+        U32 asn();
+
+    private:
+        U64 state_;
+    };
+
+    void startPrefix();
+    IpGenPrefix nextPrefix(AddressFamily family);
+    void fillPath(Route & route, U32 peerAs);
+    void fillCommunities(Route & route);
+
+    U64 left_;
+    Random random_;
+    U64 offset_; ///< where in the permuted prefixes of a length this seed starts
+    std::vector<MrtPeer> peers_;
+    std::vector<U32> transits_;
+    std::array<U64, 33> usedV4_{};  ///< prefixes handed out, by length
+    std::array<U64, 129> usedV6_{}; ///< likewise
+    IpGenPrefix prefix_;
+    U32 originAs_ = 0;
+    U32 peersLeft_ = 0; ///< of the current prefix
+    U32 peerAt_ = 0;
+    Routing::Bgp::AsnVector path_;
+};
+
+} // namespace Qcf::Agent

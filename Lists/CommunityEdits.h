@@ -1,0 +1,105 @@
+#pragma once
+
+#include "Lists/CommunityMatcher.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+/// What community lists do to the communities of a route. Null stands for the empty set and for the
+/// empty list.
+///
+/// Where nothing changes the result is the current set, where it is just the list's communities it
+/// is the list's own set. Otherwise the current set is written where it may be, and a new set is
+/// made where others see it; either is filled by `insert` in ascending order.
+namespace Qcf::Lists {
+
+template <typename Set>
+Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values) {
+    if (values.empty()) {
+        return nullptr;
+    }
+    bool const reuse = current && current->modifyFlag() == Eval::ModifyFlag::reuseOnWrite;
+    Ptr<Set> result = reuse ? current : makePtr<Set>(Eval::ModifyFlag::reuseOnWrite);
+    result->clear();
+    result->values().reserve(values.size());
+    for (auto const & value : values) {
+        result->insert(value);
+    }
+    return result;
+}
+
+/// One thread's copies of the sets that lists permit, made when they are first asked for, so that
+/// handing one on counts in memory of the thread's own.
+template <typename Set>
+class PermittedSets {
+public:
+    /// Null for none.
+    Ptr<Set> const & of(CommunityMatcher<Set> const & list) {
+        Copy & copy = copies_[&list];
+        if (copy.of != list.permitted()) { // new, or of a list that stood at the same address
+            copy.of = list.permitted();
+            copy.set = copy.of ? copyOf(*copy.of) : nullptr;
+        }
+        return copy.set;
+    }
+
+private:
+    /// It keeps the set that it was made of, which so has its address for itself.
+    struct Copy {
+        Ptr<Set> of;
+        Ptr<Set> set;
+    };
+
+    static Ptr<Set> copyOf(Set const & set) {
+        auto copy = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
+        copy->values().reserve(set.count());
+        for (auto const & value : set) {
+            copy->insert(value);
+        }
+        return copy;
+    }
+
+    std::unordered_map<CommunityMatcher<Set> const *, Copy> copies_;
+};
+
+/// The communities of the list's permitting entries.
+template <typename Set>
+Ptr<Set> assignedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets) {
+    return list != nullptr ? sets.of(*list) : Ptr<Set>();
+}
+
+/// The current communities and those of the list's permitting entries.
+template <typename Set>
+Ptr<Set> addedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets,
+                 Ptr<Set> const & current, typename Set::Buffer & scratch) {
+    Ptr<Set> added = assignedBy(list, sets);
+    if (Set::isSubset(added.get(), current.get())) {
+        return current;
+    }
+    if (Set::isSubset(current.get(), added.get())) {
+        return added;
+    }
+    scratch.clear();
+    std::set_union(current->begin(), current->end(), added->begin(), added->end(),
+                   std::back_inserter(scratch));
+    return filledSet(current, scratch);
+}
+
+/// Those of the current communities for which the list alone answers `kept`.
+template <typename Set>
+Ptr<Set> keptBy(CommunityMatcher<Set> const * list, bool kept, Ptr<Set> const & current,
+                typename Set::Buffer & scratch, String & text) {
+    if (current == nullptr || current->empty()) {
+        return nullptr;
+    }
+    scratch.clear();
+    for (auto const & community : *current) {
+        if ((list != nullptr && list->permits(community, text)) == kept) {
+            scratch.push_back(community);
+        }
+    }
+    return scratch.size() == current->count() ? current : filledSet(current, scratch);
+}
+
+} // namespace Qcf::Lists

@@ -1,0 +1,20 @@
+#include "Lists/CommunityList.h"
+
+#include "Platform/Routing/CommunityText.h"
+
+namespace Qcf::Lists {
+
+template <>
+StandardCommunityList::Matcher::AppendText StandardCommunityList::appendText() {
+    return [](String & out, U64 const & community) { appendStandardCommunityText(out, community); };
+}
+template <>
+ExtCommunityList::Matcher::AppendText ExtCommunityList::appendText() {
+    return appendExtCommunityText;
+}
+template <>
+LargeCommunityList::Matcher::AppendText LargeCommunityList::appendText() {
+    return appendLargeCommunityText;
+}
+
+} // namespace Qcf::Lists

@@ -1,0 +1,203 @@
+#include "Lists/CommunityMatcher.h"
+
+#include <algorithm>
+#include <map>
+
+namespace Qcf::Lists {
+
+namespace {
+
+/// Calls `visit(i, value)` for every value of the set that is the community of anchor `i`. Searches
+/// the larger of the two for the members of the smaller.
+template <typename Set, typename Anchors, typename Visit>
+void eachCommon(Set const & set, Anchors const & anchors, Visit const & visit) {
+    auto const community = [](auto const & anchor) { return anchor.community; };
+    if (set.count() <= anchors.size()) {
+        auto at = anchors.begin();
+        for (auto const & value : set) {
+            at = std::ranges::lower_bound(at, anchors.end(), value, {}, community);
+            if (at == anchors.end()) {
+                return;
+            }
+            if (at->community == value) {
+                visit(static_cast<std::size_t>(at - anchors.begin()));
+            }
+        }
+        return;
+    }
+    auto at = set.begin();
+    for (std::size_t i = 0; i < anchors.size() && at != set.end(); ++i) {
+        at = std::lower_bound(at, set.end(), anchors[i].community);
+        if (at != set.end() && *at == anchors[i].community) {
+            visit(i);
+        }
+    }
+}
+
+template <typename Set, typename Values>
+bool carriesAll(Set const & set, Values const & values) {
+    return values.size() <= set.count() &&
+           std::includes(set.begin(), set.end(), values.begin(), values.end());
+}
+
+} // namespace
+
+template <typename Set>
+CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText appendText)
+    : appendText_(appendText) {
+    always_ = static_cast<Number>(entries.size());
+    for (Number number = 0; number < entries.size(); ++number) {
+        Entry & entry = entries[number];
+        std::ranges::sort(entry.communities);
+        entry.communities.erase(std::unique(entry.communities.begin(), entry.communities.end()),
+                                entry.communities.end());
+        actions_.push_back(entry.action);
+        literals_.push_back(
+            {static_cast<U32>(communities_.size()), static_cast<U32>(entry.communities.size())});
+        communities_.insert(communities_.end(), entry.communities.begin(), entry.communities.end());
+        if (entry.pattern) {
+            patterns_.emplace_back(number, std::move(*entry.pattern));
+        } else if (entry.communities.empty()) {
+            always_ = std::min(always_, number);
+        }
+    }
+    fileLiterals();
+    unitePermitted();
+}
+
+template <typename Set>
+void CommunityMatcher<Set>::fileLiterals() {
+    std::map<Value, U32> entriesWith;
+    for (Value const & community : communities_) {
+        ++entriesWith[community];
+    }
+    std::map<Value, std::vector<Number>> filed;
+    for (Number entry = 0; entry < entryCount(); ++entry) {
+        auto const communities = communitiesOf(entry);
+        if (!communities.empty()) {
+            filed[*std::ranges::min_element(communities, {}, [&](Value const & community) {
+                return entriesWith.at(community);
+            })].push_back(entry);
+        }
+    }
+    for (auto const & [community, entries] : filed) {
+        Anchor anchor{community, entryCount(), static_cast<U32>(filed_.size())};
+        for (Number const entry : entries) {
+            if (literals_[entry].count == 1) {
+                anchor.single = std::min(anchor.single, entry);
+            } else {
+                filed_.push_back(entry);
+            }
+        }
+        anchors_.push_back(anchor);
+    }
+    anchors_.push_back({Value(), entryCount(), static_cast<U32>(filed_.size())});
+}
+
+template <typename Set>
+void CommunityMatcher<Set>::unitePermitted() {
+    std::vector<Value> values;
+    for (Number entry = 0; entry < entryCount(); ++entry) {
+        if (permitsEntry(entry)) {
+            auto const communities = communitiesOf(entry);
+            values.insert(values.end(), communities.begin(), communities.end());
+        }
+    }
+    if (values.empty()) {
+        return;
+    }
+    std::ranges::sort(values);
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    permitted_ = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
+    permitted_->values().reserve(values.size());
+    for (Value const & value : values) {
+        permitted_->insert(value);
+    }
+}
+
+template <typename Set>
+auto CommunityMatcher<Set>::firstSingle(Value const & community) const -> Number {
+    std::span<Anchor const> const anchors(anchors_.data(), anchorCount());
+    auto const at = std::ranges::lower_bound(anchors, community, {}, &Anchor::community);
+    return at != anchors.end() && at->community == community ? at->single : entryCount();
+}
+
+/// The first literal entry for which `matches(communities)` holds.
+template <typename Set>
+template <typename Matches>
+auto CommunityMatcher<Set>::firstFiled(Set const & set, Matches const & matches) const -> Number {
+    Number best = entryCount();
+    eachCommon(set, std::span<Anchor const>(anchors_.data(), anchorCount()), [&](std::size_t i) {
+        Number const single = anchors_[i].single;
+        if (single < best && matches(std::span(&anchors_[i].community, 1))) {
+            best = single;
+        }
+        for (Number const entry : filedUnder(i)) {
+            if (entry >= best || matches(communitiesOf(entry))) {
+                best = std::min(best, entry);
+                break;
+            }
+        }
+    });
+    return best;
+}
+
+/// The first pattern entry before `before` whose pattern is found in the text; else `before`.
+template <typename Set>
+template <typename AppendAll>
+auto CommunityMatcher<Set>::firstPattern(Number before, String & text,
+                                         AppendAll const & appendAll) const -> Number {
+    if (patterns_.empty() || patterns_.front().first >= before) {
+        return before;
+    }
+    text.clear();
+    appendAll();
+    for (auto const & [entry, pattern] : patterns_) {
+        if (entry >= before) {
+            return before;
+        }
+        if (pattern.foundIn(text)) {
+            return entry;
+        }
+    }
+    return before;
+}
+
+template <typename Set>
+bool CommunityMatcher<Set>::matches(Set const * set, String & text) const {
+    bool const isEmpty = set == nullptr || set->empty();
+    Number first = always_;
+    if (!isEmpty) {
+        first = std::min(first, firstFiled(*set, [&](auto const & communities) {
+                             return carriesAll(*set, communities);
+                         }));
+    }
+    return permitsEntry(firstPattern(first, text, [&] {
+        for (std::size_t i = 0; !isEmpty && i < set->count(); ++i) {
+            text.append(i == 0 ? 0 : 1, ' ');
+            appendText_(text, set->at(i));
+        }
+    }));
+}
+
+template <typename Set>
+bool CommunityMatcher<Set>::matchesExactly(Set const * set) const {
+    if (set == nullptr || set->empty()) {
+        return permitsEntry(always_);
+    }
+    return permitsEntry(firstFiled(*set, [&](auto const & communities) {
+        return communities.size() == set->count() &&
+               std::equal(communities.begin(), communities.end(), set->begin());
+    }));
+}
+
+template <typename Set>
+bool CommunityMatcher<Set>::permits(Value const & community, String & text) const {
+    Number const first = std::min(always_, firstSingle(community));
+    return permitsEntry(firstPattern(first, text, [&] { appendText_(text, community); }));
+}
+
+template class CommunityMatcher<Eval::U64SmallVector>;
+template class CommunityMatcher<Eval::CommunitySmallVector>;
+
+} // namespace Qcf::Lists

@@ -1,0 +1,204 @@
+#include "Lists/ListBinding.h"
+
+#include <algorithm>
+#include <set>
+#include <tuple>
+
+namespace Qcf::Lists {
+
+namespace {
+
+using Kind = Finding::Kind;
+
+/// What the members of FunctionMetadata speak of.
+struct UseKind {
+    std::string_view metadataKind;
+    ListKind kind;
+    AddressFamily family = AddressFamily::none; ///< of prefix lists that are of one family
+};
+constexpr UseKind useKinds[] = {
+    {"commListsUsed", ListKind::communityList},
+    {"extCommListsUsed", ListKind::extCommunityList},
+    {"largeCommListsUsed", ListKind::largeCommunityList},
+    {"tagSetsUsed", ListKind::tagSet},
+    {"asPathAccessListsUsed", ListKind::asPathAccessList},
+    {"V4PrefixListsUsed", ListKind::prefixList, AddressFamily::ipv4},
+    {"V6PrefixListsUsed", ListKind::prefixList, AddressFamily::ipv6},
+    {"DynPrefixListsUsed", ListKind::dynamicPrefixList},
+    {"roaTablesUsed", ListKind::roaTable},
+};
+
+UseKind const * findUseKind(std::string_view metadataKind) {
+    auto const * const found = std::ranges::find(useKinds, metadataKind, &UseKind::metadataKind);
+    return found == std::end(useKinds) ? nullptr : found;
+}
+
+String listText(ListKind kind, std::string_view name) {
+    return String(kindText(kind)) + " \"" + String(name) + '"';
+}
+
+bool isEmpty(Routing::RouteMap::TagSetStatus const & tags) { return tags.tags().empty(); }
+bool isEmpty(DynamicPrefixList const & list) { return list.empty(); }
+template <typename List>
+bool isEmpty(List const & list) {
+    return list.empty();
+}
+template <typename List>
+bool isEmpty(PtrConst<List> const & list) {
+    return isEmpty(*list);
+}
+
+bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
+    bool defined = false;
+    lists.eachKind([&](ListKind each, auto const & byName) {
+        defined = defined || (each == kind && byName.contains(name));
+    });
+    return defined;
+}
+
+/// A member of an object as a JSON pointer writes it.
+String pointerStep(std::string_view key) {
+    String step = "/";
+    for (char const c : key) {
+        step += c == '~' ? "~0" : c == '/' ? "~1" : String(1, c);
+    }
+    return step;
+}
+
+class Check {
+public:
+    Check(FunctionMetadata const & metadata, NamedLists const & lists)
+        : metadata_(metadata), lists_(lists) {}
+
+    void use(ListUse const & use) {
+        auto const * const kind = findUseKind(use.metadataKind);
+        if (kind == nullptr) {
+            return;
+        }
+        used_.emplace(kind->kind, use.name);
+        spokenOf_.emplace(use.metadataKind, use.name);
+        name(use);
+        U64 const slot = metadataSlot(use);
+        if (use.slot == 0 || use.slot != slot) {
+            add(Kind::wrongSlot, use.place,
+                listText(kind->kind, use.name) + " is used with slot " + std::to_string(use.slot) +
+                    ", the metadata has " + std::to_string(slot));
+        }
+    }
+
+    void name(ListUse const & use) {
+        if (auto const * const kind = findUseKind(use.metadataKind)) {
+            checkName(*kind, use.name, use.place);
+        }
+    }
+
+    void metadata() {
+        FunctionMetadata::eachKind(metadata_, [&](String const & metadataKind, auto & slots) {
+            if (auto const * const kind = findUseKind(metadataKind)) {
+                metadataOf(metadataKind, *kind, slots);
+            }
+        });
+    }
+
+    void lists() {
+        lists_.eachKind([&](ListKind kind, auto const & byName) {
+            for (auto const & [name, list] : byName) {
+                String const place = lists_.fileName + ":/" + sectionName(kind) + pointerStep(name);
+                if (isEmpty(list)) {
+                    add(Kind::emptyList, place, listText(kind, name) + " is empty");
+                }
+                if (!used_.contains({kind, name})) {
+                    add(Kind::unusedList, place, listText(kind, name) + " is not used");
+                }
+            }
+        });
+    }
+
+    std::vector<Finding> findings() && { return std::move(findings_); }
+
+private:
+    void add(Kind kind, String const & place, String text) {
+        Finding finding{kind, place, std::move(text)};
+        if (told_.insert(finding.line()).second) {
+            findings_.push_back(std::move(finding));
+        }
+    }
+
+    U64 metadataSlot(ListUse const & use) const {
+        U64 slot = 0;
+        FunctionMetadata::eachKind(metadata_, [&](String const & kind, auto & slots) {
+            slot = kind == use.metadataKind ? slotOf(slots, use.name) : slot;
+        });
+        return slot;
+    }
+
+    void checkName(UseKind const & kind, String const & name, String const & place) {
+        if (!isDefined(lists_, kind.kind, name)) {
+            add(Kind::undefinedList, place, listText(kind.kind, name) + " is not defined");
+            return;
+        }
+        if (kind.family == AddressFamily::none) {
+            return;
+        }
+        bool const isV4 = lists_.prefixLists.at(name)->af() == AddressFamily::ipv4;
+        if (isV4 != (kind.family == AddressFamily::ipv4)) {
+            add(Kind::wrongFamily, place,
+                listText(kind.kind, name) + " is used as a " + (isV4 ? "v6" : "v4") +
+                    " list, its family is " + (isV4 ? "v4" : "v6"));
+        }
+    }
+
+    void metadataOf(String const & metadataKind, UseKind const & kind, SlotMap const & slots) {
+        String const place = "metadata " + metadataKind;
+        std::map<U16, String> nameOfSlot;
+        for (auto const & [name, slot] : slots) {
+            used_.emplace(kind.kind, name);
+            if (!spokenOf_.contains({metadataKind, name})) {
+                checkName(kind, name, place);
+            }
+            auto const [at, isFirst] = nameOfSlot.emplace(slot, name);
+            if (!isFirst) {
+                add(Kind::wrongSlot, place,
+                    listText(kind.kind, name) + " has slot " + std::to_string(slot) +
+                        ", and so has \"" + at->second + '"');
+            }
+        }
+    }
+
+    FunctionMetadata const & metadata_;
+    NamedLists const & lists_;
+    std::set<std::pair<ListKind, String>> used_;
+    std::set<std::pair<String, String>> spokenOf_;
+    std::set<String> told_;
+    std::vector<Finding> findings_;
+};
+
+} // namespace
+
+std::vector<Finding> checkLists(FunctionMetadata const & metadata,
+                                std::vector<ListUse> const & uses, NamedLists const & lists) {
+    Check check(metadata, lists);
+    for (ListUse const & use : uses) {
+        check.use(use);
+    }
+    check.metadata();
+    check.lists();
+    return std::move(check).findings();
+}
+
+std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, NamedLists const * lists) {
+    PtrConst<NamedLists> const none = makePtr<NamedLists>();
+    FunctionMetadata const noSlots;
+    Check check(noSlots, lists != nullptr ? *lists : *none);
+    for (ListUse const & use : uses) {
+        check.name(use);
+    }
+    return std::move(check).findings();
+}
+
+String listText(ListUse const & use) {
+    auto const * const kind = findUseKind(use.metadataKind);
+    return kind == nullptr ? String() : listText(kind->kind, use.name);
+}
+
+} // namespace Qcf::Lists

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Lists/Reporter.h"
+#include "Platform/Render/ReadFile.h"
+
+namespace Qcf::Lists {
+
+/// The content of a file that may be compressed by gzip or bzip2, which its first bytes tell; `-`
+/// is standard input.
+///
+/// Throws DocumentError for a file that cannot be read, for compressed data that are cut or
+/// damaged, and for more than `limit` bytes of either. `warn` is told what follows the end of
+/// compressed data.
+String readPlainText(String const & path, Reporter const & warn, U64 limit = largestDocument);
+
+} // namespace Qcf::Lists

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Platform/Routing/IpPrefix.h"
+
+#include <span>
+#include <vector>
+
+namespace Qcf::Lists {
+
+/// A set of prefixes of one family that tells the longest one containing a candidate.
+///
+/// It is a path-compressed trie in arrays: the prefixes in ascending order, which is the order in
+/// which a walk through the trie meets them, and for each the longest other one that contains it.
+/// A candidate's place among them is found by bisection behind a table over the leading address
+/// bits; from there its containing prefixes are the next ones up. Nodes are numbered from 0 in
+/// ascending order of their prefixes. Immutable once made: any number of threads may ask.
+class PrefixTrie {
+public:
+    static constexpr U32 none = ~U32{0};
+
+    PrefixTrie() = default;
+    /// The prefixes must be ascending, without duplicates, and all of one family, IPv4 or IPv6.
+    explicit PrefixTrie(std::span<IpGenPrefix const> prefixes);
+
+    std::size_t size() const { return parents_.size(); }
+
+    /// The longest prefix that contains the candidate; `none` where no prefix does.
+    U32 longestMatch(IpGenPrefix const & candidate) const {
+        switch (candidate.af()) {
+        case AddressFamily::ipv4:
+            return longest(v4_, Key4(candidate));
+        case AddressFamily::ipv6:
+            return longest(v6_, Key6(candidate));
+        case AddressFamily::none:
+            break;
+        }
+        return none;
+    }
+
+    /// The longest other prefix that contains that of the node; `none` at the top.
+    U32 parent(U32 node) const { return parents_[node]; }
+
+private:
+    // Keys compare as prefixes do: by address, then by length.
+    struct Key4 {
+        explicit Key4(IpGenPrefix const & prefix)
+            : bits(U64{prefix.addr().v4Value()} << 8 | prefix.len()) {}
+        auto operator<=>(Key4 const &) const = default;
+        U32 len() const { return bits & 0xff; }
+        U32 leading() const { return static_cast<U32>(bits >> 24); }
+        bool contains(Key4 const & other) const {
+            return len() <= other.len() && ((bits ^ other.bits) >> 8 >> (32 - len())) == 0;
+        }
+        U64 bits;
+    };
+    struct Key6 {
+        explicit Key6(IpGenPrefix const & prefix)
+            : high(prefix.addr().halfValue(0)),
+              low(prefix.addr().halfValue(1)),
+              length(prefix.len()) {}
+        auto operator<=>(Key6 const &) const = default;
+        U32 len() const { return length; }
+        U32 leading() const { return static_cast<U32>(high >> 48); }
+        bool contains(Key6 const & other) const;
+        U64 high;
+        U64 low;
+        U32 length;
+    };
+
+    /// Width of what `leading` yields.
+    static constexpr U32 leadingBits = 16;
+
+    template <typename Key>
+    void build(std::vector<Key> & keys, std::span<IpGenPrefix const> from);
+    template <typename Key>
+    U32 longest(std::vector<Key> const & keys, Key const & candidate) const;
+
+    std::vector<Key4> v4_;
+    std::vector<Key6> v6_;
+    std::vector<U32> parents_;
+    std::vector<U32> firstByLeading_; ///< bounds of the nodes that share leading bits
+    U32 leadingShift_ = 0;            ///< bits of `leading` that the table does not look at
+};
+
+} // namespace Qcf::Lists

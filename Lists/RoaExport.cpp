@@ -1,0 +1,109 @@
+#include "Lists/RoaExport.h"
+
+#include "Platform/Render/JsonObjectReader.h"
+#include "Platform/Routing/TextPieces.h"
+
+#include <limits>
+
+namespace Qcf::Lists {
+
+namespace {
+
+constexpr U64 max32 = std::numeric_limits<U32>::max();
+
+std::string_view withoutAs(std::string_view text) {
+    bool const isPrefixed = text.starts_with("AS") || text.starts_with("as");
+    return text.substr(isPrefixed ? 2 : 0);
+}
+
+/// An AS number as exports write it: 65001, "65001" or "AS65001".
+U32 readAsn(JsonValue const & value) {
+    std::optional<U64> asn = value.asU64();
+    if (value.isString()) {
+        asn = Routing::TextPieces::parseDecimal(withoutAs(value.asString()), max32);
+    }
+    if (!asn || *asn > max32) {
+        value.fail("AS number");
+    }
+    return static_cast<U32>(*asn);
+}
+
+/// Reads a payload; keys that say nothing of it are the caller's to judge.
+Roa readRoa(JsonObjectReader & reader) {
+    Roa roa;
+    roa.prefix = readPrefix(reader.require("prefix"), AddressFamily::none);
+    auto const maxLength = reader.optional("maxLength");
+    roa.asn = readAsn(reader.require("asn"));
+    U8 const own = roa.prefix.len();
+    U8 const width = addressWidth(roa.prefix.af());
+    roa.maxLength = maxLength ? static_cast<U8>(maxLength->expectU64(own, width)) : own;
+    return roa;
+}
+
+/// What keeps an export's entry from being a payload: a prefix that is none, or an AS number.
+std::optional<JsonValue> missingIn(JsonValue const & entry) {
+    auto const prefix = entry.find("prefix");
+    if (prefix && (prefix->isNull() || (prefix->isString() && prefix->asString().empty()))) {
+        return prefix;
+    }
+    auto const asn = entry.find("asn");
+    bool const isMissing =
+        asn && (asn->isNull() || (asn->isString() && withoutAs(asn->asString()).empty()));
+    return isMissing ? asn : std::nullopt;
+}
+
+} // namespace
+
+IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family) {
+    std::string_view const wanted = family == AddressFamily::ipv4   ? "IPv4 prefix"
+                                    : family == AddressFamily::ipv6 ? "IPv6 prefix"
+                                                                    : "prefix";
+    auto const prefix = IpGenPrefix::parse(value.expectString(wanted));
+    bool const fits = prefix && prefix->af() != AddressFamily::none &&
+                      (family == AddressFamily::none || prefix->af() == family);
+    if (!fits) {
+        value.fail(wanted);
+    }
+    return *prefix;
+}
+
+std::vector<Roa> readRoas(JsonValue const & array) {
+    std::vector<Roa> roas;
+    roas.reserve(array.expectArray().size());
+    for (JsonValue const element : array) {
+        JsonObjectReader reader(element);
+        roas.push_back(readRoa(reader));
+        reader.done();
+    }
+    return roas;
+}
+
+std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
+    auto const json = JsonDocument::parse(std::move(text), fileName);
+    JsonValue const root = json.root().expectObject();
+    if (root.find("slurmVersion")) {
+        root.fail({}, "export of validated ROAs", "SLURM file of local exceptions");
+    }
+    JsonValue const array = JsonObjectReader(root).require("roas");
+    std::vector<Roa> roas;
+    roas.reserve(array.expectArray().size());
+    std::optional<JsonValue> firstMissing;
+    for (JsonValue const element : array) {
+        if (auto const missing = missingIn(element)) {
+            firstMissing = firstMissing ? firstMissing : missing;
+            continue;
+        }
+        JsonObjectReader reader(element);
+        roas.push_back(readRoa(reader));
+    }
+    if (firstMissing && warn) {
+        std::size_t const left = array.size() - roas.size();
+        warn(
+            fileName + ":" + firstMissing->pointer() + ": found " + describe(*firstMissing) +
+            ", which is no payload: " + std::to_string(left) +
+            (left == 1 ? " entry of this kind is left out" : " entries of this kind are left out"));
+    }
+    return roas;
+}
+
+} // namespace Qcf::Lists

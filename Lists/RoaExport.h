@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Lists/Reporter.h"
+#include "Lists/RoaTable.h"
+#include "Platform/Render/JsonDocument.h"
+
+namespace Qcf::Lists {
+
+/// Reads an array of payloads written by hand: `{"prefix": TEXT, "maxLength": N, "asn": N or "ASN"
+/// or "N"}` and no other keys. Without `maxLength` only the prefix itself is granted. Failures are
+/// DocumentErrors.
+std::vector<Roa> readRoas(JsonValue const & array);
+
+/// Reads a relying party's JSON export of validated payloads: an object with `roas`, beside which
+/// and in whose entries other members may stand. Files of local exceptions (SLURM) are refused by
+/// name.
+///
+/// Entries that are no payload are left out: those whose prefix is null or empty, or whose AS
+/// number is null or lacks its digits. `warn` is told how many there are, and the place of the
+/// first.
+std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn);
+
+/// Reads a prefix of the family; of either one for `none`. Bits beyond the length must be zero.
+IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family);
+
+} // namespace Qcf::Lists

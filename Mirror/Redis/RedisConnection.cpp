@@ -1,0 +1,110 @@
+#include "Mirror/Redis/RedisConnection.h"
+
+#include "Platform/Framework/Assert.h"
+
+#include <charconv>
+
+#include <hiredis.h>
+
+namespace Qcf::Mirror {
+
+bool RedisRefusal::is(std::string_view code) const {
+    return std::string_view(what()).starts_with(code);
+}
+
+bool RedisReply::isNull() const { return !reply_ || reply_->type == REDIS_REPLY_NIL; }
+bool RedisReply::isError() const { return reply_ && reply_->type == REDIS_REPLY_ERROR; }
+
+std::size_t RedisReply::size() const {
+    return reply_ && reply_->type == REDIS_REPLY_ARRAY ? reply_->elements : 0;
+}
+
+RedisReply RedisReply::at(std::size_t i) const {
+    return i < size() ? RedisReply({reply_, reply_->element[i]}) : RedisReply();
+}
+
+std::string_view RedisReply::text() const {
+    bool const hasText = reply_ && (reply_->type == REDIS_REPLY_STRING ||
+                                    reply_->type == REDIS_REPLY_STATUS || isError());
+    return hasText ? std::string_view(reply_->str, static_cast<std::size_t>(reply_->len))
+                   : std::string_view();
+}
+
+std::optional<U64> RedisReply::number() const {
+    if (reply_ && reply_->type == REDIS_REPLY_INTEGER && reply_->integer >= 0) {
+        return static_cast<U64>(reply_->integer);
+    }
+    auto const digits = text();
+    U64 value = 0;
+    auto const read = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    bool const whole =
+        !digits.empty() && read.ec == std::errc() && read.ptr == digits.data() + digits.size();
+    return whole ? std::optional(value) : std::nullopt;
+}
+
+std::map<String, String, std::less<>> RedisReply::pairs() const {
+    std::map<String, String, std::less<>> pairs;
+    for (std::size_t i = 0; i + 1 < size(); i += 2) {
+        pairs.emplace(String(at(i).text()), String(at(i + 1).text()));
+    }
+    return pairs;
+}
+
+RedisConnection::RedisConnection(RedisOptions options)
+    : options_(std::move(options)),
+      socket_(options_),
+      reader_(redisReaderCreate(), redisReaderFree) {
+    try {
+        if (!options_.password.empty()) {
+            options_.user.empty() ? command({"AUTH", options_.password})
+                                  : command({"AUTH", options_.user, options_.password});
+        }
+        if (options_.database != 0) {
+            command({"SELECT", std::to_string(options_.database)});
+        }
+        command({"PING"});
+    } catch (RedisRefusal const & refusal) {
+        throw RedisConnectionError("redis at " + options_.place() + ": " + refusal.what());
+    }
+}
+
+RedisConnection::~RedisConnection() = default;
+
+RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::milliseconds longer) {
+    std::vector<char const *> texts;
+    std::vector<std::size_t> sizes;
+    for (std::string_view const argument : arguments) {
+        texts.push_back(argument.data() == nullptr ? "" : argument.data());
+        sizes.push_back(argument.size());
+    }
+    char * formatted = nullptr;
+    int const length = redisFormatCommandArgv(&formatted, static_cast<int>(texts.size()),
+                                              texts.data(), sizes.data());
+    QCF_ASSERT_TEXT(length >= 0, "a command can be formatted");
+    std::unique_ptr<char, void (*)(char *)> const command(formatted, &redisFreeCommand);
+    socket_.write({formatted, static_cast<std::size_t>(length)}, options_.replyTimeout);
+    RedisReply reply = receive(options_.replyTimeout + longer);
+    if (reply.isError()) {
+        throw RedisRefusal(String(reply.text()));
+    }
+    return reply;
+}
+
+RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
+    for (;;) {
+        void * reply = nullptr;
+        if (redisReaderGetReply(reader_.get(), &reply) != REDIS_OK) {
+            throw RedisConnectionError("redis at " + options_.place() +
+                                       ": what answers is no redis server");
+        }
+        if (reply != nullptr) {
+            return RedisReply(std::shared_ptr<redisReply const>(
+                static_cast<redisReply *>(reply),
+                [](redisReply const * each) { freeReplyObject(const_cast<redisReply *>(each)); }));
+        }
+        auto const bytes = socket_.read(timeout);
+        redisReaderFeed(reader_.get(), bytes.data(), bytes.size());
+    }
+}
+
+} // namespace Qcf::Mirror

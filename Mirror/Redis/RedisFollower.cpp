@@ -1,0 +1,192 @@
+#include "Mirror/Redis/RedisFollower.h"
+
+#include "Platform/Render/RendererV2.h"
+
+#include <array>
+#include <thread>
+
+#include <unistd.h>
+
+namespace Qcf::Mirror {
+
+namespace {
+
+String hostAndProcess() {
+    std::array<char, 256> host{};
+    ::gethostname(host.data(), host.size() - 1);
+    return String(host.data()) + ":" + std::to_string(::getpid());
+}
+
+} // namespace
+
+RedisFollower::RedisFollower(RedisOptions options, Mirror & mirror, Report report,
+                             FollowerSettings settings)
+    : options_(std::move(options)),
+      keys_(mirror.name()),
+      mirror_(mirror),
+      report_(std::move(report)),
+      settings_(std::move(settings)),
+      reader_(std::make_unique<StreamReader>(mirror_.replica(), report_)) {
+    if (settings_.reader.empty()) {
+        settings_.reader = hostAndProcess();
+    }
+}
+
+RedisFollower::~RedisFollower() {
+    try {
+        if (connection_) {
+            runScript(*connection_, scripts::report, {keys_.readers}, {settings_.reader, "", "0"});
+        }
+    } catch (std::exception const & error) {
+        report_(error.what());
+    }
+}
+
+String RedisFollower::standing() const {
+    return mirror_.version().number == 0 ? String("waiting for a first version")
+                                         : "keeping " + mirror_.version().toString();
+}
+
+bool RedisFollower::poll(std::chrono::milliseconds wait) {
+    auto const end = Clock::now() + wait; // NOLINT(clang-analyzer-deadcode.DeadStores): read below
+    try {
+        return step(wait);
+    } catch (RedisConnectionError const & error) {
+        disconnect(error.what());
+    } catch (RedisRefusal const & refusal) {
+        disconnect("redis at " + options_.place() + ": " + refusal.what());
+    }
+    auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    std::this_thread::sleep_for(
+        std::clamp(left, std::chrono::milliseconds(0), settings_.retryDelay));
+    return false;
+}
+
+void RedisFollower::connect() {
+    connection_ = std::make_unique<RedisConnection>(options_);
+    if (!trouble_.empty()) {
+        report_("redis at " + options_.place() + ": connected again");
+    }
+    trouble_.clear();
+    checkNow_ = true;
+}
+
+void RedisFollower::disconnect(String const & trouble) {
+    connection_.reset();
+    if (trouble != trouble_) {
+        report_(trouble + "; " + standing());
+        trouble_ = trouble;
+    }
+}
+
+bool RedisFollower::step(std::chrono::milliseconds wait) {
+    if (!connection_) {
+        connect();
+    }
+    if (checkNow_ || Clock::now() >= nextCheck_) {
+        checkNow_ = false;
+        nextCheck_ = Clock::now() + settings_.checkInterval;
+        if (checkState()) {
+            return true;
+        }
+    }
+    auto const untilCheck =
+        std::chrono::duration_cast<std::chrono::milliseconds>(nextCheck_ - Clock::now());
+    auto const zero = std::chrono::milliseconds(0);
+    auto const entries = readEntries(*connection_, keys_, reader_->position(),
+                                     std::max(zero, std::min(untilCheck, wait)));
+    bool const applied = reader_->take(entries);
+    bool const doubt = reader_->takeDoubt();
+    if (doubt || (reader_->lost() && entries.size() != 0)) {
+        checkNow_ = true;
+    }
+    if (applied) {
+        show();
+    }
+    return applied;
+}
+
+// Following the stream is the usual way. This is what finds out when it was not enough: entries
+// that were trimmed or damaged, a server that came back with less, a name that began anew.
+bool RedisFollower::checkState() {
+    auto const state = readState(*connection_, keys_);
+    bool const seenBefore = std::exchange(lastSeenId_, state.version.id) == state.version.id;
+    announce();
+    if (state.version.id == mirror_.version().id) {
+        if (reader_->lost()) {
+            reader_ = std::make_unique<StreamReader>(mirror_.replica(), report_);
+            reader_->positionIs(state.position);
+        }
+        return false;
+    }
+    if (!state.exists()) {
+        if (!seenBefore) {
+            report_("nothing is published under " + keys_.name + " any more; " + standing());
+        }
+        return false;
+    }
+    bool const behind = state.position > reader_->position() && !reader_->lost();
+    if (mirror_.version().number != 0 && behind && !seenBefore) {
+        return false; // the stream will tell
+    }
+    return load(state);
+}
+
+bool RedisFollower::load(PublishedState const & state) {
+    auto const attempt = std::pair(state.version.id, readSnapshotState(*connection_, keys_).id);
+    if (attempt == hopeless_) {
+        return false;
+    }
+    if (mirror_.version().number != 0) {
+        report_("the changes do not lead from " + mirror_.version().toString() +
+                " to the published version " + std::to_string(state.version.number) +
+                "; loading the snapshot");
+    }
+    auto fresh = mirror_.fresh();
+    auto reader = std::make_unique<StreamReader>(*fresh, report_);
+    loadReplica(*connection_, keys_, *fresh, *reader, report_);
+    auto const now = readState(*connection_, keys_);
+    if (fresh->version() == state.version || fresh->version() == now.version) {
+        mirror_.adopt(std::move(fresh));
+        reader_ = std::move(reader);
+        show();
+        return true;
+    }
+    if (now.version.id == state.version.id) {
+        hopeless_ = attempt;
+        stuck_ = true;
+        announce();
+        report_("version " + std::to_string(state.version.number) +
+                " cannot be put together before it is published anew; " + standing());
+    } else {
+        checkNow_ = true;
+    }
+    reader->replicaIs(mirror_.replica());
+    reader_ = std::move(reader);
+    return false;
+}
+
+void RedisFollower::show() {
+    stuck_ = false;
+    mirror_.show();
+    announce();
+}
+
+void RedisFollower::announce() {
+    String record;
+    RendererV2 renderer(record);
+    renderer.beginObject();
+    renderer.key("version");
+    renderer.value(mirror_.version().number);
+    renderer.key("digest");
+    renderer.value(mirror_.version().digest.toString());
+    renderer.key("position");
+    renderer.value(reader_->position().toString());
+    renderer.key("stuck");
+    renderer.value(stuck_);
+    renderer.endObject();
+    runScript(*connection_, scripts::report, {keys_.readers},
+              {settings_.reader, record, std::to_string(settings_.forgetAfter.count())});
+}
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Mirror/Mirror.h"
+#include "Mirror/Redis/RedisStore.h"
+
+namespace Qcf::Mirror {
+
+struct FollowerSettings {
+    /// What the reader is called in `status`; empty for host and process.
+    String reader;
+    /// How often a quiet reader compares itself with the published state, and says that it is
+    /// there.
+    std::chrono::milliseconds checkInterval{5000};
+    /// How long it waits before it connects again.
+    std::chrono::milliseconds retryDelay{500};
+    /// Silent readers are forgotten after this time.
+    std::chrono::seconds forgetAfter{600};
+};
+
+/// A reader of a published store in Redis: keeps a mirror in step with it.
+///
+/// Faults never throw: what goes wrong is told by `report` (once, not at every try), the mirror
+/// keeps its last complete version, and the follower connects, catches up or loads the snapshot by
+/// itself. Belongs to one thread, as the mirror does.
+class RedisFollower {
+public:
+    RedisFollower(RedisOptions options, Mirror & mirror, Report report,
+                  FollowerSettings settings = {});
+    /// Takes the reader out of the status, if the server is there.
+    ~RedisFollower();
+    RedisFollower(RedisFollower const &) = delete;
+    RedisFollower & operator=(RedisFollower const &) = delete;
+
+    /// Waits for news for at most so long (servers look at their clock ten times a second), or does
+    /// not wait at all for 0; answers whether a new version became visible.
+    bool poll(std::chrono::milliseconds wait);
+
+    bool connected() const { return static_cast<bool>(connection_); }
+    /// Why there is no connection; empty while there is one.
+    String const & trouble() const { return trouble_; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool step(std::chrono::milliseconds wait);
+    void connect();
+    void disconnect(String const & trouble);
+    bool checkState();
+    bool load(PublishedState const & state);
+    void show();
+    void announce();
+    String standing() const;
+
+    RedisOptions options_;
+    RedisKeys keys_;
+    Mirror & mirror_;
+    Report report_;
+    FollowerSettings settings_;
+    std::unique_ptr<RedisConnection> connection_;
+    String trouble_;
+    std::unique_ptr<StreamReader> reader_;
+    bool checkNow_ = true;
+    Clock::time_point nextCheck_;
+    String lastSeenId_;  ///< of the state at the last check
+    bool stuck_ = false; ///< told to the writer, whose next publication then brings a snapshot
+    std::pair<String, String> hopeless_; ///< state and snapshot that did not make a version
+};
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Mirror/Redis/RedisConnection.h"
+
+namespace Qcf::Mirror {
+
+/// The keys under which a published store stands in Redis. The braces keep them on one node of a
+/// cluster.
+struct RedisKeys {
+    /// Throws RedisUrlError unless the name is 1 to 128 of letters, digits and `._-`.
+    explicit RedisKeys(String const & named);
+
+    String name;
+    String writer;   ///< hash: epoch, token, who, since
+    String changes;  ///< stream: entries b (batch id), n (piece number), k (kind), d (piece)
+    String state;    ///< hash: version, id, digest, position, functions, nodes, markers, bytes
+    String snapshot; ///< hash: version, id, digest, position, pieces, and the pieces by number
+    String staging;  ///< the next snapshot while it is written
+    String readers;  ///< hash: reader -> JSON of what it holds
+};
+
+/// A step over several keys that is done wholly or not at all.
+///
+/// Every step of a writer proves with its token that it still leads the name; a writer that another
+/// one has followed is refused with FENCED and can change nothing any more.
+struct RedisScript {
+    char const * name;
+    char const * text;
+};
+
+namespace scripts {
+extern RedisScript const lead;   ///< takes the lead of a name; answers the epoch
+extern RedisScript const append; ///< puts a piece of a batch into the stream
+extern RedisScript const
+    finish;                     ///< the last piece, and with it the new state; answers its position
+extern RedisScript const stage; ///< puts pieces of the next snapshot aside
+extern RedisScript const snapshot; ///< makes what was put aside the snapshot, trims the stream
+extern RedisScript const report;   ///< notes what a reader holds, forgets silent ones
+} // namespace scripts
+
+/// Runs scripts by their hash; a server that does not know one yet is given its text.
+RedisReply runScript(RedisConnection & connection, RedisScript const & script,
+                     RedisConnection::Arguments const & keys,
+                     RedisConnection::Arguments const & arguments);
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Mirror/Redis/RedisUrl.h"
+
+#include <memory>
+
+#include <sys/types.h>
+
+struct ssl_st;
+struct ssl_ctx_st;
+
+namespace Qcf::Mirror {
+
+/// TLS over a connected, non-blocking socket. Throws std::runtime_error with one line.
+class RedisTls {
+public:
+    RedisTls(RedisOptions const & options, int fd);
+    ~RedisTls();
+    RedisTls(RedisTls const &) = delete;
+    RedisTls & operator=(RedisTls const &) = delete;
+
+    /// Goes on with agreeing on keys: 0 when that is done, else the events to poll for before the
+    /// next call.
+    short handshake();
+    /// Bytes written or read; 0 for a closed connection. -1 with EAGAIN in errno where `wanted`
+    /// events have to come first, -1 with EPROTO where the protocol is broken.
+    ssize_t write(std::string_view bytes, short & wanted);
+    ssize_t read(String & into, short & wanted);
+
+private:
+    ssize_t result(int answer, short & wanted);
+
+    std::unique_ptr<ssl_ctx_st, void (*)(ssl_ctx_st *)> context_;
+    std::unique_ptr<ssl_st, void (*)(ssl_st *)> session_;
+};
+
+} // namespace Qcf::Mirror

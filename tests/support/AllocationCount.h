@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Platform/Framework/Types.h"
+
+namespace Qcf::test {
+
+/// Number of blocks that this thread has taken from the heap by `new` since it started;
+/// always 0 under AddressSanitizer.
+U64 allocationCount();
+
+} // namespace Qcf::test
