@@ -73,6 +73,13 @@ enum class NodeKind : U8 {
 };
 constexpr U32 bitOf(NodeKind kind) { return U32{1} << static_cast<U8>(kind); }
 
+/// A field's `wanted`: nodes of a kind, or those of one class, by its number.
+constexpr U16 wanting(NodeKind kind) { return static_cast<U16>(1 + static_cast<U16>(kind)); }
+inline constexpr U16 firstWantedClass = 0x100;
+constexpr U16 wantingClass(U16 classNumber) {
+    return static_cast<U16>(firstWantedClass + classNumber);
+}
+
 /// What a field means to its node. A field may play several roles, most play none.
 enum class FieldRole : U8 {
     operand,       ///< evaluated; a `return` of it is malformed
@@ -90,6 +97,8 @@ enum class FieldRole : U8 {
     listSlot,     ///< its slot
     isV4,         ///< whether it is the IPv4 list of that name
     functionName, ///< the name of the function itself
+    metadata,     ///< the lists that the function names, with their slots
+    body,         ///< what the function evaluates
     calleeName,   ///< the name by which the callee is called
     cachable,     ///< whether the literal's value may be kept
     orZero,       ///< false or 0 unless something else is said
@@ -109,6 +118,9 @@ enum class ArgumentKind : U8 {
     node, ///< as a reference to the node
 };
 
+/// How the left side of a comparison has to stand to the right one.
+enum class ComparisonOrder : U8 { none, is, lessThan, lessThanEq, greaterThan, greaterThanEq };
+
 /// What a class is, beyond its fields. Of the bodies of built-in functions, whose fields show
 /// nothing, it says what they read and write.
 struct ClassFacts {
@@ -120,6 +132,8 @@ struct ClassFacts {
     bool isConstant = false;           ///< a constant element of a literal
     bool returns = false;              ///< can end the function, whatever its children do
     bool assigns = false;              ///< replaces its target without reading it
+    /// Of a comparison of two integers or two bandwidths, its only children; else `none`.
+    ComparisonOrder compares = ComparisonOrder::none;
     U64 reads = 0;                     ///< bits of AttributeSet, its own alone
     U32 writes = 0;                    ///< bits of ModifiableAttributeSet, its own alone
     U8 integerArguments = 0;           ///< that it reads, each of 32 bits
@@ -165,6 +179,12 @@ std::span<NodeClass const> nodeClasses();
 template <typename Node>
 NodeClass const & nodeClassOf() {
     return nodeClasses()[Node::classNumber];
+}
+
+/// The one class whose nodes the field wants; null when it wants a kind of nodes, or no node.
+inline NodeClass const * classWanted(FieldInfo const & field) {
+    bool const isClass = field.wanted >= firstWantedClass;
+    return isClass ? &nodeClasses()[field.wanted - firstWantedClass] : nullptr;
 }
 
 /// The class of that name; null when there is none.

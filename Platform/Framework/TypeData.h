@@ -19,6 +19,8 @@ struct FieldInfo {
     String (*text)(void const * object) = nullptr;
     /// What the field means to its type: bits that the type's own module defines.
     U32 roles = 0;
+    /// Of children of a node: what may stand here, in the module's own numbers. 0 for other fields.
+    U16 wanted = 0;
 
     bool isNode() const { return accepts != nullptr; }
 };

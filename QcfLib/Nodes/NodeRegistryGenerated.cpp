@@ -14,96 +14,96 @@ namespace Qcf::Eval {
 namespace {
 
 constexpr FieldInfo fieldsFunction[] = {
-    {"funcName", "String", "String", false, nullptr, &fieldText<Function, &Function::funcName>, bitOf(FieldRole::functionName)},
-    {"metadata", "FunctionMetadata", "FunctionMetadata", false, nullptr, &fieldText<Function, &Function::metadata>, 0},
-    {"features", "Routing::Policy::RouteMapFeatures", "Routing::Policy::RouteMapFeatures", false, nullptr, &fieldText<Function, &Function::features>, 0},
-    {"accessedAttributes", "AccessibleAttributes", "AccessibleAttributes", false, nullptr, &fieldText<Function, &Function::accessedAttributes>, 0},
-    {"argumentsExpected", "bool", "bool", false, nullptr, &fieldText<Function, &Function::argumentsExpected>, bitOf(FieldRole::orZero)},
-    {"body", "PtrConst<Block>", "Block", false, &isOfClass<Block::classNumber>, &fieldText<Function, &Function::body>, 0},
+    {"funcName", "String", "String", false, nullptr, &fieldText<Function, &Function::funcName>, bitOf(FieldRole::functionName), 0},
+    {"metadata", "FunctionMetadata", "FunctionMetadata", false, nullptr, &fieldText<Function, &Function::metadata>, bitOf(FieldRole::metadata), 0},
+    {"features", "Routing::Policy::RouteMapFeatures", "Routing::Policy::RouteMapFeatures", false, nullptr, &fieldText<Function, &Function::features>, 0, 0},
+    {"accessedAttributes", "AccessibleAttributes", "AccessibleAttributes", false, nullptr, &fieldText<Function, &Function::accessedAttributes>, 0, 0},
+    {"argumentsExpected", "bool", "bool", false, nullptr, &fieldText<Function, &Function::argumentsExpected>, bitOf(FieldRole::orZero), 0},
+    {"body", "PtrConst<Block>", "Block", false, &isOfClass<Block::classNumber>, &fieldText<Function, &Function::body>, bitOf(FieldRole::body), wantingClass(Block::classNumber)},
 };
 constexpr FieldInfo fieldsExpressionList[] = {
-    {"entry", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ExpressionList, &ExpressionList::entry>, bitOf(FieldRole::entry) | bitOf(FieldRole::branch)},
-    {"next", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<ExpressionList, &ExpressionList::next>, bitOf(FieldRole::next) | bitOf(FieldRole::branch)},
+    {"entry", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ExpressionList, &ExpressionList::entry>, bitOf(FieldRole::entry) | bitOf(FieldRole::branch), wanting(NodeKind::expression)},
+    {"next", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<ExpressionList, &ExpressionList::next>, bitOf(FieldRole::next) | bitOf(FieldRole::branch), wantingClass(ExpressionList::classNumber)},
 };
 constexpr FieldInfo fieldsBlock[] = {
-    {"stmts", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<Block, &Block::stmts>, bitOf(FieldRole::branch)},
+    {"stmts", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<Block, &Block::stmts>, bitOf(FieldRole::branch), wantingClass(ExpressionList::classNumber)},
 };
 constexpr FieldInfo fieldsLogicalOperatorList[] = {
-    {"entry", "PtrConst<LogicalOperator>", "LogicalOperator", false, &isOfKind<NodeKind::logicalOperator>, &fieldText<LogicalOperatorList, &LogicalOperatorList::entry>, bitOf(FieldRole::entry)},
-    {"next", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", true, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorList, &LogicalOperatorList::next>, bitOf(FieldRole::next)},
+    {"entry", "PtrConst<LogicalOperator>", "LogicalOperator", false, &isOfKind<NodeKind::logicalOperator>, &fieldText<LogicalOperatorList, &LogicalOperatorList::entry>, bitOf(FieldRole::entry), wanting(NodeKind::logicalOperator)},
+    {"next", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", true, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorList, &LogicalOperatorList::next>, bitOf(FieldRole::next), wantingClass(LogicalOperatorList::classNumber)},
 };
 constexpr FieldInfo fieldsLogicalOperatorExpression[] = {
-    {"expressionList", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::expressionList>, bitOf(FieldRole::operand)},
-    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::operatorList>, 0},
+    {"expressionList", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::expressionList>, bitOf(FieldRole::operand), wantingClass(ExpressionList::classNumber)},
+    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::operatorList>, 0, wantingClass(LogicalOperatorList::classNumber)},
 };
 constexpr FieldInfo fieldsNotExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<NotExpression, &NotExpression::expr>, bitOf(FieldRole::operand)},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<NotExpression, &NotExpression::expr>, bitOf(FieldRole::operand), wanting(NodeKind::expression)},
 };
 constexpr FieldInfo fieldsIfExpression[] = {
-    {"condition", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<IfExpression, &IfExpression::condition>, bitOf(FieldRole::operand)},
-    {"thenBlock", "PtrConst<Block>", "Block", false, &isOfClass<Block::classNumber>, &fieldText<IfExpression, &IfExpression::thenBlock>, bitOf(FieldRole::branch)},
-    {"elseBlock", "PtrConst<Expression>", "Expression", true, &isOfKind<NodeKind::expression>, &fieldText<IfExpression, &IfExpression::elseBlock>, bitOf(FieldRole::branch)},
+    {"condition", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<IfExpression, &IfExpression::condition>, bitOf(FieldRole::operand), wanting(NodeKind::expression)},
+    {"thenBlock", "PtrConst<Block>", "Block", false, &isOfClass<Block::classNumber>, &fieldText<IfExpression, &IfExpression::thenBlock>, bitOf(FieldRole::branch), wantingClass(Block::classNumber)},
+    {"elseBlock", "PtrConst<Expression>", "Expression", true, &isOfKind<NodeKind::expression>, &fieldText<IfExpression, &IfExpression::elseBlock>, bitOf(FieldRole::branch), wanting(NodeKind::expression)},
 };
 constexpr FieldInfo fieldsReturnExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ReturnExpression, &ReturnExpression::expr>, bitOf(FieldRole::operand)},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ReturnExpression, &ReturnExpression::expr>, bitOf(FieldRole::operand), wanting(NodeKind::expression)},
 };
 constexpr FieldInfo fieldsExitExpression[] = {
-    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ExitExpression, &ExitExpression::expr>, bitOf(FieldRole::operand)},
+    {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<ExitExpression, &ExitExpression::expr>, bitOf(FieldRole::operand), wanting(NodeKind::expression)},
 };
 constexpr FieldInfo fieldsTriStateBoolExpression[] = {
-    {"expr", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolExpression, &TriStateBoolExpression::expr>, 0},
+    {"expr", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolExpression, &TriStateBoolExpression::expr>, 0, wanting(NodeKind::triStateBool)},
 };
 constexpr FieldInfo fieldsFunctionArgumentList[] = {
-    {"entry", "PtrConst<StorageType>", "StorageType", false, &isOfKind<NodeKind::storageType>, &fieldText<FunctionArgumentList, &FunctionArgumentList::entry>, bitOf(FieldRole::entry) | bitOf(FieldRole::constantPlace)},
-    {"next", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isOfClass<FunctionArgumentList::classNumber>, &fieldText<FunctionArgumentList, &FunctionArgumentList::next>, bitOf(FieldRole::next)},
+    {"entry", "PtrConst<StorageType>", "StorageType", false, &isOfKind<NodeKind::storageType>, &fieldText<FunctionArgumentList, &FunctionArgumentList::entry>, bitOf(FieldRole::entry) | bitOf(FieldRole::constantPlace), wanting(NodeKind::storageType)},
+    {"next", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isOfClass<FunctionArgumentList::classNumber>, &fieldText<FunctionArgumentList, &FunctionArgumentList::next>, bitOf(FieldRole::next), wantingClass(FunctionArgumentList::classNumber)},
 };
 constexpr FieldInfo fieldsFunctionCallExpression[] = {
-    {"calleeName", "String", "String", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleeName>, bitOf(FieldRole::calleeName)},
-    {"calleePtr", "PtrConst<Function>", "Function", false, &isOfClass<Function::classNumber>, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleePtr>, bitOf(FieldRole::callee)},
-    {"argListHead", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isOfClass<FunctionArgumentList::classNumber>, &fieldText<FunctionCallExpression, &FunctionCallExpression::argListHead>, 0},
-    {"functionCallId", "U32", "U32", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::functionCallId>, bitOf(FieldRole::orZero)},
+    {"calleeName", "String", "String", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleeName>, bitOf(FieldRole::calleeName), 0},
+    {"calleePtr", "PtrConst<Function>", "Function", false, &isOfClass<Function::classNumber>, &fieldText<FunctionCallExpression, &FunctionCallExpression::calleePtr>, bitOf(FieldRole::callee), wantingClass(Function::classNumber)},
+    {"argListHead", "PtrConst<FunctionArgumentList>", "FunctionArgumentList", true, &isOfClass<FunctionArgumentList::classNumber>, &fieldText<FunctionCallExpression, &FunctionCallExpression::argListHead>, 0, wantingClass(FunctionArgumentList::classNumber)},
+    {"functionCallId", "U32", "U32", false, nullptr, &fieldText<FunctionCallExpression, &FunctionCallExpression::functionCallId>, bitOf(FieldRole::orZero), 0},
 };
 constexpr FieldInfo fieldsIntLinkedList[] = {
-    {"entry", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLinkedList, &IntLinkedList::entry>, bitOf(FieldRole::entry)},
-    {"next", "Ptr<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntLinkedList, &IntLinkedList::next>, bitOf(FieldRole::next)},
+    {"entry", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLinkedList, &IntLinkedList::entry>, bitOf(FieldRole::entry), wanting(NodeKind::int_)},
+    {"next", "Ptr<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntLinkedList, &IntLinkedList::next>, bitOf(FieldRole::next), wantingClass(IntLinkedList::classNumber)},
 };
 constexpr FieldInfo fieldsIntListImmediate[] = {
-    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntListImmediate, &IntListImmediate::head>, bitOf(FieldRole::elements)},
-    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntListImmediate, &IntListImmediate::cachable>, bitOf(FieldRole::cachable)},
+    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntListImmediate, &IntListImmediate::head>, bitOf(FieldRole::elements), wantingClass(IntLinkedList::classNumber)},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntListImmediate, &IntListImmediate::cachable>, bitOf(FieldRole::cachable), 0},
 };
 constexpr FieldInfo fieldsIntSetImmediate[] = {
-    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntSetImmediate, &IntSetImmediate::head>, bitOf(FieldRole::elements)},
-    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntSetImmediate, &IntSetImmediate::cachable>, bitOf(FieldRole::cachable)},
+    {"head", "PtrConst<IntLinkedList>", "IntLinkedList", true, &isOfClass<IntLinkedList::classNumber>, &fieldText<IntSetImmediate, &IntSetImmediate::head>, bitOf(FieldRole::elements), wantingClass(IntLinkedList::classNumber)},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<IntSetImmediate, &IntSetImmediate::cachable>, bitOf(FieldRole::cachable), 0},
 };
 constexpr FieldInfo fieldsCommunityLinkedList[] = {
-    {"entry", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityLinkedList, &CommunityLinkedList::entry>, bitOf(FieldRole::entry)},
-    {"next", "Ptr<CommunityLinkedList>", "CommunityLinkedList", true, &isOfClass<CommunityLinkedList::classNumber>, &fieldText<CommunityLinkedList, &CommunityLinkedList::next>, bitOf(FieldRole::next)},
+    {"entry", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityLinkedList, &CommunityLinkedList::entry>, bitOf(FieldRole::entry), wanting(NodeKind::communityValue)},
+    {"next", "Ptr<CommunityLinkedList>", "CommunityLinkedList", true, &isOfClass<CommunityLinkedList::classNumber>, &fieldText<CommunityLinkedList, &CommunityLinkedList::next>, bitOf(FieldRole::next), wantingClass(CommunityLinkedList::classNumber)},
 };
 constexpr FieldInfo fieldsCommunitySetImmediate[] = {
-    {"head", "PtrConst<CommunityLinkedList>", "CommunityLinkedList", true, &isOfClass<CommunityLinkedList::classNumber>, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::head>, bitOf(FieldRole::elements)},
-    {"cachable", "bool", "bool", false, nullptr, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::cachable>, bitOf(FieldRole::cachable)},
+    {"head", "PtrConst<CommunityLinkedList>", "CommunityLinkedList", true, &isOfClass<CommunityLinkedList::classNumber>, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::head>, bitOf(FieldRole::elements), wantingClass(CommunityLinkedList::classNumber)},
+    {"cachable", "bool", "bool", false, nullptr, &fieldText<CommunitySetImmediate, &CommunitySetImmediate::cachable>, bitOf(FieldRole::cachable), 0},
 };
 constexpr FieldInfo fieldsCommunityValueDynamic[] = {
-    {"val", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::val>, 0},
-    {"dynamicVal", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicVal>, 0},
-    {"dynamicValMask", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicValMask>, 0},
+    {"val", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::val>, 0, wanting(NodeKind::communityValue)},
+    {"dynamicVal", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicVal>, 0, wanting(NodeKind::communityValue)},
+    {"dynamicValMask", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueDynamic, &CommunityValueDynamic::dynamicValMask>, 0, 0},
 };
 constexpr FieldInfo fieldsBandwidthToCommunityValue[] = {
-    {"bandwidthVal", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::bandwidthVal>, 0},
-    {"offset", "U8", "U8", false, nullptr, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::offset>, 0},
+    {"bandwidthVal", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::bandwidthVal>, 0, wanting(NodeKind::bandwidth)},
+    {"offset", "U8", "U8", false, nullptr, &fieldText<BandwidthToCommunityValue, &BandwidthToCommunityValue::offset>, 0, 0},
 };
 constexpr FieldInfo fieldsExtCommSetToLinkBandwidthExtCommValue[] = {
-    {"extCommSet", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<ExtCommSetToLinkBandwidthExtCommValue, &ExtCommSetToLinkBandwidthExtCommValue::extCommSet>, 0},
+    {"extCommSet", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<ExtCommSetToLinkBandwidthExtCommValue, &ExtCommSetToLinkBandwidthExtCommValue::extCommSet>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsExtCommunitySetAddImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<ExtCommunitySetAddImmediate, &ExtCommunitySetAddImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsIntInImmediateSetWithRanges[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lhs>, 0},
-    {"singletons", "PtrConst<IntSetImmediate>", "IntSetImmediate", true, &isOfClass<IntSetImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::singletons>, 0},
-    {"lowerBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isOfClass<IntListImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lowerBounds>, bitOf(FieldRole::lowerBounds)},
-    {"upperBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isOfClass<IntListImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::upperBounds>, bitOf(FieldRole::upperBounds)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lhs>, 0, wanting(NodeKind::int_)},
+    {"singletons", "PtrConst<IntSetImmediate>", "IntSetImmediate", true, &isOfClass<IntSetImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::singletons>, 0, wantingClass(IntSetImmediate::classNumber)},
+    {"lowerBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isOfClass<IntListImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::lowerBounds>, bitOf(FieldRole::lowerBounds), wantingClass(IntListImmediate::classNumber)},
+    {"upperBounds", "PtrConst<IntListImmediate>", "IntListImmediate", true, &isOfClass<IntListImmediate::classNumber>, &fieldText<IntInImmediateSetWithRanges, &IntInImmediateSetWithRanges::upperBounds>, bitOf(FieldRole::upperBounds), wantingClass(IntListImmediate::classNumber)},
 };
 constexpr AttributeInfo attributeAdminAs{
     "_internal.admin_as", false, std::nullopt, std::nullopt, std::nullopt, -1, -1};
@@ -306,369 +306,369 @@ constexpr AttributeInfo attributeWeight{"weight", true, 0ULL, 65535ULL, std::nul
 constexpr AttributeInfo attributeWeightInput{
     "input.weight", false, std::nullopt, std::nullopt, std::nullopt, 50, -1};
 constexpr FieldInfo fieldsBandwidthGreaterThan[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::lhs>, 0},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::rhs>, 0},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::lhs>, 0, wanting(NodeKind::bandwidth)},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThan, &BandwidthGreaterThan::rhs>, 0, wanting(NodeKind::bandwidth)},
 };
 constexpr FieldInfo fieldsBandwidthGreaterThanEq[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::lhs>, 0},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::rhs>, 0},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::lhs>, 0, wanting(NodeKind::bandwidth)},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthGreaterThanEq, &BandwidthGreaterThanEq::rhs>, 0, wanting(NodeKind::bandwidth)},
 };
 constexpr FieldInfo fieldsBandwidthIs[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::lhs>, 0},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::rhs>, 0},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::lhs>, 0, wanting(NodeKind::bandwidth)},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthIs, &BandwidthIs::rhs>, 0, wanting(NodeKind::bandwidth)},
 };
 constexpr FieldInfo fieldsBandwidthLessThan[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::lhs>, 0},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::rhs>, 0},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::lhs>, 0, wanting(NodeKind::bandwidth)},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThan, &BandwidthLessThan::rhs>, 0, wanting(NodeKind::bandwidth)},
 };
 constexpr FieldInfo fieldsBandwidthLessThanEq[] = {
-    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::lhs>, 0},
-    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::rhs>, 0},
+    {"lhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::lhs>, 0, wanting(NodeKind::bandwidth)},
+    {"rhs", "PtrConst<Bandwidth>", "Bandwidth", false, &isOfKind<NodeKind::bandwidth>, &fieldText<BandwidthLessThanEq, &BandwidthLessThanEq::rhs>, 0, wanting(NodeKind::bandwidth)},
 };
 constexpr FieldInfo fieldsBandwidthImmediate[] = {
-    {"value", "F32", "F32", false, nullptr, &fieldText<BandwidthImmediate, &BandwidthImmediate::value>, 0},
+    {"value", "F32", "F32", false, nullptr, &fieldText<BandwidthImmediate, &BandwidthImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsBandwidthVariable[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::name>, 0},
-    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex)},
+    {"name", "String", "String", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::name>, 0, 0},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<BandwidthVariable, &BandwidthVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex), 0},
 };
 constexpr FieldInfo fieldsIntGreaterThan[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThan, &IntGreaterThan::lhs>, 0},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThan, &IntGreaterThan::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThan, &IntGreaterThan::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThan, &IntGreaterThan::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntGreaterThanEq[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::lhs>, 0},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntGreaterThanEq, &IntGreaterThanEq::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntInImmediateSet[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntInImmediateSet, &IntInImmediateSet::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntInImmediateSet, &IntInImmediateSet::rhs>, 0},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntInImmediateSet, &IntInImmediateSet::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntInImmediateSet, &IntInImmediateSet::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntIs[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntIs, &IntIs::lhs>, 0},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntIs, &IntIs::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntIs, &IntIs::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntIs, &IntIs::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntLessThan[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThan, &IntLessThan::lhs>, 0},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThan, &IntLessThan::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThan, &IntLessThan::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThan, &IntLessThan::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntLessThanEq[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThanEq, &IntLessThanEq::lhs>, 0},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThanEq, &IntLessThanEq::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThanEq, &IntLessThanEq::lhs>, 0, wanting(NodeKind::int_)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntLessThanEq, &IntLessThanEq::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntMatchTagSet[] = {
-    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMatchTagSet, &IntMatchTagSet::lhs>, 0},
-    {"tagSetName", "String", "String", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::tagSetName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMatchTagSet, &IntMatchTagSet::lhs>, 0, wanting(NodeKind::int_)},
+    {"tagSetName", "String", "String", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::tagSetName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntMatchTagSet, &IntMatchTagSet::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntAssign[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntAssign, &IntAssign::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntAssign, &IntAssign::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntAssign, &IntAssign::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intModifiable)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntAssign, &IntAssign::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntMinusEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntMinusEq, &IntMinusEq::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMinusEq, &IntMinusEq::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntMinusEq, &IntMinusEq::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intModifiable)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMinusEq, &IntMinusEq::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntMultEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntMultEq, &IntMultEq::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMultEq, &IntMultEq::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntMultEq, &IntMultEq::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intModifiable)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntMultEq, &IntMultEq::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntPlusEq[] = {
-    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntPlusEq, &IntPlusEq::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntPlusEq, &IntPlusEq::rhs>, bitOf(FieldRole::constantPlace)},
+    {"lhs", "PtrConst<IntModifiable>", "IntModifiable", false, &isOfKind<NodeKind::intModifiable>, &fieldText<IntPlusEq, &IntPlusEq::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intModifiable)},
+    {"rhs", "PtrConst<Int>", "Int", false, &isOfKind<NodeKind::int_>, &fieldText<IntPlusEq, &IntPlusEq::rhs>, bitOf(FieldRole::constantPlace), wanting(NodeKind::int_)},
 };
 constexpr FieldInfo fieldsIntImmediate[] = {
-    {"value", "U64", "U64", false, nullptr, &fieldText<IntImmediate, &IntImmediate::value>, 0},
-    {"negative", "bool", "bool", false, nullptr, &fieldText<IntImmediate, static_cast<bool const & (IntImmediate::*)() const>(&IntImmediate::negative)>, 0},
+    {"value", "U64", "U64", false, nullptr, &fieldText<IntImmediate, &IntImmediate::value>, 0, 0},
+    {"negative", "bool", "bool", false, nullptr, &fieldText<IntImmediate, static_cast<bool const & (IntImmediate::*)() const>(&IntImmediate::negative)>, 0, 0},
 };
 constexpr FieldInfo fieldsIntVariable[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<IntVariable, &IntVariable::name>, 0},
-    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<IntVariable, &IntVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex)},
+    {"name", "String", "String", false, nullptr, &fieldText<IntVariable, &IntVariable::name>, 0, 0},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<IntVariable, &IntVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex), 0},
 };
 constexpr FieldInfo fieldsCommunityValueIn[] = {
-    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIn, &CommunityValueIn::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunityValueIn, &CommunityValueIn::rhs>, 0},
+    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIn, &CommunityValueIn::lhs>, 0, wanting(NodeKind::communityValue)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunityValueIn, &CommunityValueIn::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunityValueIs[] = {
-    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::lhs>, 0},
-    {"rhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::rhs>, 0},
+    {"lhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::lhs>, 0, wanting(NodeKind::communityValue)},
+    {"rhs", "PtrConst<CommunityValue>", "CommunityValue", false, &isOfKind<NodeKind::communityValue>, &fieldText<CommunityValueIs, &CommunityValueIs::rhs>, 0, wanting(NodeKind::communityValue)},
 };
 constexpr FieldInfo fieldsResolutionRibsAssign[] = {
-    {"lhs", "PtrConst<ResolutionRibsModifiable>", "ResolutionRibsModifiable", false, &isOfKind<NodeKind::resolutionRibsModifiable>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<ResolutionRibs>", "ResolutionRibs", false, &isOfKind<NodeKind::resolutionRibs>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::rhs>, 0},
+    {"lhs", "PtrConst<ResolutionRibsModifiable>", "ResolutionRibsModifiable", false, &isOfKind<NodeKind::resolutionRibsModifiable>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::lhs>, bitOf(FieldRole::target), wanting(NodeKind::resolutionRibsModifiable)},
+    {"rhs", "PtrConst<ResolutionRibs>", "ResolutionRibs", false, &isOfKind<NodeKind::resolutionRibs>, &fieldText<ResolutionRibsAssign, &ResolutionRibsAssign::rhs>, 0, wanting(NodeKind::resolutionRibs)},
 };
 constexpr FieldInfo fieldsResolutionRibsImmediate[] = {
-    {"value", "Routing::Rib::ResolutionRibProfileConfig", "Routing::Rib::ResolutionRibProfileConfig", false, nullptr, &fieldText<ResolutionRibsImmediate, &ResolutionRibsImmediate::value>, 0},
+    {"value", "Routing::Rib::ResolutionRibProfileConfig", "Routing::Rib::ResolutionRibProfileConfig", false, nullptr, &fieldText<ResolutionRibsImmediate, &ResolutionRibsImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsCommunityValueImmediate[] = {
-    {"value", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueImmediate, &CommunityValueImmediate::value>, 0},
+    {"value", "Acl::CommunityValue", "Acl::CommunityValue", false, nullptr, &fieldText<CommunityValueImmediate, &CommunityValueImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsTriStateBoolIs[] = {
-    {"lhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::lhs>, 0},
-    {"rhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::rhs>, 0},
+    {"lhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::lhs>, 0, wanting(NodeKind::triStateBool)},
+    {"rhs", "PtrConst<TriStateBool>", "TriStateBool", false, &isOfKind<NodeKind::triStateBool>, &fieldText<TriStateBoolIs, &TriStateBoolIs::rhs>, 0, wanting(NodeKind::triStateBool)},
 };
 constexpr FieldInfo fieldsTriStateBoolVariable[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::name>, 0},
-    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex)},
+    {"name", "String", "String", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::name>, 0, 0},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<TriStateBoolVariable, &TriStateBoolVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex), 0},
 };
 constexpr FieldInfo fieldsTriStateBoolImmediate[] = {
-    {"value", "TriStateBoolValue", "TriStateBoolValue", false, nullptr, &fieldText<TriStateBoolImmediate, &TriStateBoolImmediate::value>, 0},
+    {"value", "TriStateBoolValue", "TriStateBoolValue", false, nullptr, &fieldText<TriStateBoolImmediate, &TriStateBoolImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsMacAddressIs[] = {
-    {"lhs", "PtrConst<MacAddress>", "MacAddress", false, &isOfKind<NodeKind::macAddress>, &fieldText<MacAddressIs, &MacAddressIs::lhs>, 0},
-    {"rhs", "PtrConst<MacAddress>", "MacAddress", false, &isOfKind<NodeKind::macAddress>, &fieldText<MacAddressIs, &MacAddressIs::rhs>, 0},
+    {"lhs", "PtrConst<MacAddress>", "MacAddress", false, &isOfKind<NodeKind::macAddress>, &fieldText<MacAddressIs, &MacAddressIs::lhs>, 0, wanting(NodeKind::macAddress)},
+    {"rhs", "PtrConst<MacAddress>", "MacAddress", false, &isOfKind<NodeKind::macAddress>, &fieldText<MacAddressIs, &MacAddressIs::rhs>, 0, wanting(NodeKind::macAddress)},
 };
 constexpr FieldInfo fieldsMacAddressImmediate[] = {
-    {"value", "EthAddr", "EthAddr", false, nullptr, &fieldText<MacAddressImmediate, &MacAddressImmediate::value>, 0},
+    {"value", "EthAddr", "EthAddr", false, nullptr, &fieldText<MacAddressImmediate, &MacAddressImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsIpAddressIs[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIs, &IpAddressIs::lhs>, 0},
-    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIs, &IpAddressIs::rhs>, 0},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIs, &IpAddressIs::lhs>, 0, wanting(NodeKind::ipAddress)},
+    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIs, &IpAddressIs::rhs>, 0, wanting(NodeKind::ipAddress)},
 };
 constexpr FieldInfo fieldsIpAddressIsAddrZero[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIsAddrZero, &IpAddressIsAddrZero::lhs>, 0},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressIsAddrZero, &IpAddressIsAddrZero::lhs>, 0, wanting(NodeKind::ipAddress)},
 };
 constexpr FieldInfo fieldsIpAddressMatchPrefixList[] = {
-    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::lhs>, 0},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::rhs>, 0},
+    {"lhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::lhs>, 0, wanting(NodeKind::ipAddress)},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpAddressMatchPrefixList, &IpAddressMatchPrefixList::rhs>, 0, wanting(NodeKind::prefixList)},
 };
 constexpr FieldInfo fieldsIpAddressAssign[] = {
-    {"lhs", "PtrConst<IpAddressModifiable>", "IpAddressModifiable", false, &isOfKind<NodeKind::ipAddressModifiable>, &fieldText<IpAddressAssign, &IpAddressAssign::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressAssign, &IpAddressAssign::rhs>, 0},
+    {"lhs", "PtrConst<IpAddressModifiable>", "IpAddressModifiable", false, &isOfKind<NodeKind::ipAddressModifiable>, &fieldText<IpAddressAssign, &IpAddressAssign::lhs>, bitOf(FieldRole::target), wanting(NodeKind::ipAddressModifiable)},
+    {"rhs", "PtrConst<IpAddress>", "IpAddress", false, &isOfKind<NodeKind::ipAddress>, &fieldText<IpAddressAssign, &IpAddressAssign::rhs>, 0, wanting(NodeKind::ipAddress)},
 };
 constexpr FieldInfo fieldsIpAddressImmediate[] = {
-    {"value", "IpGenAddr", "IpGenAddr", false, nullptr, &fieldText<IpAddressImmediate, &IpAddressImmediate::value>, 0},
+    {"value", "IpGenAddr", "IpGenAddr", false, nullptr, &fieldText<IpAddressImmediate, &IpAddressImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsIpPrefixCoveredBy[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::lhs>, 0},
-    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::rhs>, 0},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::lhs>, 0, wanting(NodeKind::ipPrefix)},
+    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixCoveredBy, &IpPrefixCoveredBy::rhs>, 0, wanting(NodeKind::ipPrefix)},
 };
 constexpr FieldInfo fieldsIpPrefixIs[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::lhs>, 0},
-    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::rhs>, 0},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::lhs>, 0, wanting(NodeKind::ipPrefix)},
+    {"rhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixIs, &IpPrefixIs::rhs>, 0, wanting(NodeKind::ipPrefix)},
 };
 constexpr FieldInfo fieldsIpPrefixMatchCoveredPrefixList[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::lhs>, 0},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::rhs>, 0},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::lhs>, 0, wanting(NodeKind::ipPrefix)},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpPrefixMatchCoveredPrefixList, &IpPrefixMatchCoveredPrefixList::rhs>, 0, wanting(NodeKind::prefixList)},
 };
 constexpr FieldInfo fieldsIpPrefixMatchPrefixList[] = {
-    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::lhs>, 0},
-    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::rhs>, 0},
+    {"lhs", "PtrConst<IpPrefix>", "IpPrefix", false, &isOfKind<NodeKind::ipPrefix>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::lhs>, 0, wanting(NodeKind::ipPrefix)},
+    {"rhs", "PtrConst<PrefixList>", "PrefixList", false, &isOfKind<NodeKind::prefixList>, &fieldText<IpPrefixMatchPrefixList, &IpPrefixMatchPrefixList::rhs>, 0, wanting(NodeKind::prefixList)},
 };
 constexpr FieldInfo fieldsIpPrefixImmediate[] = {
-    {"value", "IpGenPrefix", "IpGenPrefix", false, nullptr, &fieldText<IpPrefixImmediate, &IpPrefixImmediate::value>, 0},
+    {"value", "IpGenPrefix", "IpGenPrefix", false, nullptr, &fieldText<IpPrefixImmediate, &IpPrefixImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsAsPathMatchAsPathAccessList[] = {
-    {"lhs", "PtrConst<AsPath>", "AsPath", false, &isOfKind<NodeKind::asPath>, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<AsPath>", "AsPath", false, &isOfKind<NodeKind::asPath>, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::lhs>, 0, wanting(NodeKind::asPath)},
+    {"listName", "String", "String", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<AsPathMatchAsPathAccessList, &AsPathMatchAsPathAccessList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsAsPathAssign[] = {
-    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isOfKind<NodeKind::asPathModifiable>, &fieldText<AsPathAssign, &AsPathAssign::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isOfClass<IntListImmediate::classNumber>, &fieldText<AsPathAssign, &AsPathAssign::rhs>, 0},
+    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isOfKind<NodeKind::asPathModifiable>, &fieldText<AsPathAssign, &AsPathAssign::lhs>, bitOf(FieldRole::target), wanting(NodeKind::asPathModifiable)},
+    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isOfClass<IntListImmediate::classNumber>, &fieldText<AsPathAssign, &AsPathAssign::rhs>, 0, wantingClass(IntListImmediate::classNumber)},
 };
 constexpr FieldInfo fieldsAsPathPrepend[] = {
-    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isOfKind<NodeKind::asPathModifiable>, &fieldText<AsPathPrepend, &AsPathPrepend::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isOfClass<IntListImmediate::classNumber>, &fieldText<AsPathPrepend, &AsPathPrepend::rhs>, 0},
+    {"lhs", "PtrConst<AsPathModifiable>", "AsPathModifiable", false, &isOfKind<NodeKind::asPathModifiable>, &fieldText<AsPathPrepend, &AsPathPrepend::lhs>, bitOf(FieldRole::target), wanting(NodeKind::asPathModifiable)},
+    {"rhs", "PtrConst<IntListImmediate>", "IntListImmediate", false, &isOfClass<IntListImmediate::classNumber>, &fieldText<AsPathPrepend, &AsPathPrepend::rhs>, 0, wantingClass(IntListImmediate::classNumber)},
 };
 constexpr FieldInfo fieldsInterfaceIs[] = {
-    {"lhs", "PtrConst<Interface>", "Interface", false, &isOfKind<NodeKind::interface>, &fieldText<InterfaceIs, &InterfaceIs::lhs>, 0},
-    {"rhs", "PtrConst<Interface>", "Interface", false, &isOfKind<NodeKind::interface>, &fieldText<InterfaceIs, &InterfaceIs::rhs>, 0},
+    {"lhs", "PtrConst<Interface>", "Interface", false, &isOfKind<NodeKind::interface>, &fieldText<InterfaceIs, &InterfaceIs::lhs>, 0, wanting(NodeKind::interface)},
+    {"rhs", "PtrConst<Interface>", "Interface", false, &isOfKind<NodeKind::interface>, &fieldText<InterfaceIs, &InterfaceIs::rhs>, 0, wanting(NodeKind::interface)},
 };
 constexpr FieldInfo fieldsInterfaceImmediate[] = {
-    {"value", "IntfId", "IntfId", false, nullptr, &fieldText<InterfaceImmediate, &InterfaceImmediate::value>, 0},
+    {"value", "IntfId", "IntfId", false, nullptr, &fieldText<InterfaceImmediate, &InterfaceImmediate::value>, 0, 0},
 };
 constexpr FieldInfo fieldsIntSetAllInImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::lhs>, 0, wanting(NodeKind::intSet)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAllInImmediate, &IntSetAllInImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetHasAllImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::lhs>, 0, wanting(NodeKind::intSet)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAllImmediate, &IntSetHasAllImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetHasAnyImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::lhs>, 0, wanting(NodeKind::intSet)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasAnyImmediate, &IntSetHasAnyImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetHasNoneImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::lhs>, 0, wanting(NodeKind::intSet)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetHasNoneImmediate, &IntSetHasNoneImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetIsEmpty[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsEmpty, &IntSetIsEmpty::lhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsEmpty, &IntSetIsEmpty::lhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetIsImmediate[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::lhs>, 0},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::lhs>, 0, wanting(NodeKind::intSet)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetIsImmediate, &IntSetIsImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetMatchCommList[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::lhs>, 0, wanting(NodeKind::intSet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchCommList, &IntSetMatchCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetMatchExactCommList[] = {
-    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::lhs>, 0, wanting(NodeKind::intSet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetMatchExactCommList, &IntSetMatchExactCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetAddCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAddCommList, &IntSetAddCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAddCommList, &IntSetAddCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAddCommList, &IntSetAddCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetAddImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAddImmediate, &IntSetAddImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetAssignCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetAssignCommList, &IntSetAssignCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetAssignImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetAssignImmediate, &IntSetAssignImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetRemoveCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRemoveCommList, &IntSetRemoveCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetRemoveImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetRemoveImmediate, &IntSetRemoveImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsIntSetRetainCommList[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<IntSetRetainCommList, &IntSetRetainCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsIntSetRetainImmediate[] = {
-    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::rhs>, 0},
+    {"lhs", "PtrConst<IntSetModifiable>", "IntSetModifiable", false, &isOfKind<NodeKind::intSetModifiable>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::intSetModifiable)},
+    {"rhs", "PtrConst<IntSet>", "IntSet", false, &isOfKind<NodeKind::intSet>, &fieldText<IntSetRetainImmediate, &IntSetRetainImmediate::rhs>, 0, wanting(NodeKind::intSet)},
 };
 constexpr FieldInfo fieldsCommunitySetAllInImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAllInImmediate, &CommunitySetAllInImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetHasAllImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAllImmediate, &CommunitySetHasAllImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetHasAnyImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasAnyImmediate, &CommunitySetHasAnyImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetHasNoneImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetHasNoneImmediate, &CommunitySetHasNoneImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetIsEmpty[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsEmpty, &CommunitySetIsEmpty::lhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsEmpty, &CommunitySetIsEmpty::lhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetIsImmediate[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::lhs>, 0},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetIsImmediate, &CommunitySetIsImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExactExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactExtCommList, &CommunitySetMatchExactExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExtCommList, &CommunitySetMatchExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetAddExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddExtCommList, &CommunitySetAddExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetAddImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAddImmediate, &CommunitySetAddImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetAssignExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignExtCommList, &CommunitySetAssignExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetAssignImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetAssignImmediate, &CommunitySetAssignImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveExtCommList, &CommunitySetRemoveExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetRemoveImmediate, &CommunitySetRemoveImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetRetainExtCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainExtCommList, &CommunitySetRetainExtCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetRetainImmediate[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::lhs>, bitOf(FieldRole::target)},
-    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::rhs>, 0},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"rhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetRetainImmediate, &CommunitySetRetainImmediate::rhs>, 0, wanting(NodeKind::communitySet)},
 };
 constexpr FieldInfo fieldsCommunitySetMatchExactLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchExactLargeCommList, &CommunitySetMatchExactLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetMatchLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::lhs>, 0},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySet>", "CommunitySet", false, &isOfKind<NodeKind::communitySet>, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::lhs>, 0, wanting(NodeKind::communitySet)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetMatchLargeCommList, &CommunitySetMatchLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetAddLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAddLargeCommList, &CommunitySetAddLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetAssignLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetAssignLargeCommList, &CommunitySetAssignLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetRemoveLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRemoveLargeCommList, &CommunitySetRemoveLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsCommunitySetRetainLargeCommList[] = {
-    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::lhs>, bitOf(FieldRole::target)},
-    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::listName>, bitOf(FieldRole::listName)},
-    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::index>, bitOf(FieldRole::listSlot)},
+    {"lhs", "PtrConst<CommunitySetModifiable>", "CommunitySetModifiable", false, &isOfKind<NodeKind::communitySetModifiable>, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::lhs>, bitOf(FieldRole::target), wanting(NodeKind::communitySetModifiable)},
+    {"listName", "String", "String", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::listName>, bitOf(FieldRole::listName), 0},
+    {"index", "U16", "U16", false, nullptr, &fieldText<CommunitySetRetainLargeCommList, &CommunitySetRetainLargeCommList::index>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsRoaTableImmediate[] = {
-    {"number", "U64", "U64", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::number>, bitOf(FieldRole::listSlot)},
-    {"name", "String", "String", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::name>, bitOf(FieldRole::listName)},
+    {"number", "U64", "U64", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::number>, bitOf(FieldRole::listSlot), 0},
+    {"name", "String", "String", false, nullptr, &fieldText<RoaTableImmediate, &RoaTableImmediate::name>, bitOf(FieldRole::listName), 0},
 };
 constexpr FieldInfo fieldsPrefixListImmediate[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::name>, bitOf(FieldRole::listName)},
-    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::indexInAet>, bitOf(FieldRole::listSlot)},
-    {"isV4", "bool", "bool", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::isV4>, bitOf(FieldRole::isV4)},
+    {"name", "String", "String", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::name>, bitOf(FieldRole::listName), 0},
+    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::indexInAet>, bitOf(FieldRole::listSlot), 0},
+    {"isV4", "bool", "bool", false, nullptr, &fieldText<PrefixListImmediate, &PrefixListImmediate::isV4>, bitOf(FieldRole::isV4), 0},
 };
 constexpr FieldInfo fieldsPrefixListVariable[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::name>, 0},
-    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex)},
+    {"name", "String", "String", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::name>, 0, 0},
+    {"argVectorIndex", "U8", "U8", false, nullptr, &fieldText<PrefixListVariable, &PrefixListVariable::argVectorIndex>, bitOf(FieldRole::argumentIndex), 0},
 };
 constexpr FieldInfo fieldsDynamicPrefixListImmediate[] = {
-    {"name", "String", "String", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::name>, bitOf(FieldRole::listName)},
-    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::indexInAet>, bitOf(FieldRole::listSlot)},
+    {"name", "String", "String", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::name>, bitOf(FieldRole::listName), 0},
+    {"indexInAet", "U16", "U16", false, nullptr, &fieldText<DynamicPrefixListImmediate, &DynamicPrefixListImmediate::indexInAet>, bitOf(FieldRole::listSlot), 0},
 };
 constexpr FieldInfo fieldsEsiIs[] = {
-    {"lhs", "PtrConst<Esi>", "Esi", false, &isOfKind<NodeKind::esi>, &fieldText<EsiIs, &EsiIs::lhs>, 0},
-    {"rhs", "PtrConst<Esi>", "Esi", false, &isOfKind<NodeKind::esi>, &fieldText<EsiIs, &EsiIs::rhs>, 0},
+    {"lhs", "PtrConst<Esi>", "Esi", false, &isOfKind<NodeKind::esi>, &fieldText<EsiIs, &EsiIs::lhs>, 0, wanting(NodeKind::esi)},
+    {"rhs", "PtrConst<Esi>", "Esi", false, &isOfKind<NodeKind::esi>, &fieldText<EsiIs, &EsiIs::rhs>, 0, wanting(NodeKind::esi)},
 };
 constexpr FieldInfo fieldsEsiImmediate[] = {
-    {"value", "optional<Evpn::Esid>", "optional<Evpn::Esid>", false, nullptr, &fieldText<EsiImmediate, &EsiImmediate::value>, 0},
+    {"value", "optional<Evpn::Esid>", "optional<Evpn::Esid>", false, nullptr, &fieldText<EsiImmediate, &EsiImmediate::value>, 0, 0},
 };
 
 } // namespace
@@ -1499,33 +1499,34 @@ std::span<NodeClass const> nodeClasses() {
             &createNode<BandwidthGreaterThan, PtrConst<Bandwidth>, PtrConst<Bandwidth>>,
             &writeNode<BandwidthGreaterThan>, &visitChildren<BandwidthGreaterThan>,
             &BandwidthGreaterThan::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::greaterThan}),
         row(
             "BandwidthGreaterThanEq", "Qcf::Eval", "Expression", "bandwidthGreaterThanEqColl",
             fieldsBandwidthGreaterThanEq, nullptr,
             &createNode<BandwidthGreaterThanEq, PtrConst<Bandwidth>, PtrConst<Bandwidth>>,
             &writeNode<BandwidthGreaterThanEq>, &visitChildren<BandwidthGreaterThanEq>,
             &BandwidthGreaterThanEq::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::greaterThanEq}),
         row(
             "BandwidthIs", "Qcf::Eval", "Expression", "bandwidthIsColl", fieldsBandwidthIs, nullptr,
             &createNode<BandwidthIs, PtrConst<Bandwidth>, PtrConst<Bandwidth>>,
             &writeNode<BandwidthIs>, &visitChildren<BandwidthIs>, &BandwidthIs::memAllocationTracker,
-            {}, {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::is}),
         row(
             "BandwidthLessThan", "Qcf::Eval", "Expression", "bandwidthLessThanColl",
             fieldsBandwidthLessThan, nullptr,
             &createNode<BandwidthLessThan, PtrConst<Bandwidth>, PtrConst<Bandwidth>>,
             &writeNode<BandwidthLessThan>, &visitChildren<BandwidthLessThan>,
             &BandwidthLessThan::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::lessThan}),
         row(
             "BandwidthLessThanEq", "Qcf::Eval", "Expression", "bandwidthLessThanEqColl",
             fieldsBandwidthLessThanEq, nullptr,
             &createNode<BandwidthLessThanEq, PtrConst<Bandwidth>, PtrConst<Bandwidth>>,
             &writeNode<BandwidthLessThanEq>, &visitChildren<BandwidthLessThanEq>,
             &BandwidthLessThanEq::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::lessThanEq}),
         row(
             "BandwidthImmediate", "Qcf::Eval", "Bandwidth", "bandwidthImmediateColl",
             fieldsBandwidthImmediate, nullptr, &createNode<BandwidthImmediate, F32>,
@@ -1543,13 +1544,13 @@ std::span<NodeClass const> nodeClasses() {
             nullptr, &createNode<IntGreaterThan, PtrConst<Int>, PtrConst<Int>>,
             &writeNode<IntGreaterThan>, &visitChildren<IntGreaterThan>,
             &IntGreaterThan::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::greaterThan}),
         row(
             "IntGreaterThanEq", "Qcf::Eval", "Expression", "intGreaterThanEqColl",
             fieldsIntGreaterThanEq, nullptr,
             &createNode<IntGreaterThanEq, PtrConst<Int>, PtrConst<Int>>, &writeNode<IntGreaterThanEq>,
             &visitChildren<IntGreaterThanEq>, &IntGreaterThanEq::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::greaterThanEq}),
         row(
             "IntInImmediateSet", "Qcf::Eval", "Expression", "intInImmediateSetColl",
             fieldsIntInImmediateSet, nullptr,
@@ -1561,18 +1562,18 @@ std::span<NodeClass const> nodeClasses() {
             "IntIs", "Qcf::Eval", "Expression", "intIsColl", fieldsIntIs, nullptr,
             &createNode<IntIs, PtrConst<Int>, PtrConst<Int>>, &writeNode<IntIs>, &visitChildren<IntIs>,
             &IntIs::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::is}),
         row(
             "IntLessThan", "Qcf::Eval", "Expression", "intLessThanColl", fieldsIntLessThan, nullptr,
             &createNode<IntLessThan, PtrConst<Int>, PtrConst<Int>>, &writeNode<IntLessThan>,
             &visitChildren<IntLessThan>, &IntLessThan::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::lessThan}),
         row(
             "IntLessThanEq", "Qcf::Eval", "Expression", "intLessThanEqColl", fieldsIntLessThanEq,
             nullptr, &createNode<IntLessThanEq, PtrConst<Int>, PtrConst<Int>>,
             &writeNode<IntLessThanEq>, &visitChildren<IntLessThanEq>,
             &IntLessThanEq::memAllocationTracker, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .compares = ComparisonOrder::lessThanEq}),
         row(
             "IntMatchTagSet", "Qcf::Eval", "Expression", "intMatchTagSetColl", fieldsIntMatchTagSet,
             nullptr, &createNode<IntMatchTagSet, PtrConst<Int>, String, U16>,

@@ -16,7 +16,7 @@ def getter(node, f):
 def fieldRow(node, f):
     optional = "true" if f.optional else "false"
     roles = " | ".join(f"bitOf(FieldRole::{role})" for role in f.roles) or "0"
-    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, {accepts(f)}, &fieldText<{node.cls}, {getter(node, f)}>, {roles}}}'
+    return f'{{"{f.name}", "{f.published}", "{f.type}", {optional}, {accepts(f)}, &fieldText<{node.cls}, {getter(node, f)}>, {roles}, {wanted(f)}}}'
 
 
 def accepts(f):
@@ -24,6 +24,12 @@ def accepts(f):
     if not f.isNode:
         return "nullptr"
     return f"&isOfKind<{kind(f.type)}>" if f.type in BASES else f"&isOfClass<{f.type}::classNumber>"
+
+
+def wanted(f):
+    if not f.isNode:
+        return "0"
+    return f"wanting({kind(f.type)})" if f.type in BASES else f"wantingClass({f.type}::classNumber)"
 
 
 def kind(base):
@@ -48,7 +54,7 @@ def facts(row, node):
             ("argument", f"ArgumentKind::{(arguments or ['node'])[0]}" if node.isValue else ""),
             ("list", f"SlotKind::{node.list}" if node.list else ""),
             ("isLink", node.isChain), ("isShared", node.isValue or node.shared), ("isConstant", node.constant), ("returns", node.returns),
-            ("assigns", node.assigns), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
+            ("assigns", node.assigns), ("compares", f"ComparisonOrder::{node.compares}" if node.compares else ""), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
             ("writes", f"{attributeBits(writes, MODIFIABLE)}U" if writes else ""), ("integerArguments", str(node.integers) if node.integers else ""),
             ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
     return "{" + ", ".join(f".{name} = {str(value).lower() if value is True else value}" for name, value in rows if value) + "}"

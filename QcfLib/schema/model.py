@@ -137,6 +137,7 @@ class Node:
     constant: bool = False
     returns: bool = False
     assigns: bool = False
+    compares: str = ""
     reads: tuple = ()
     writes: tuple = ()
     integers: int = 0
@@ -210,8 +211,9 @@ ARGUMENTS = {"Int": "integer", "Bandwidth": "bandwidth", "TriStateBool": "triSta
 # What a field can mean to its node; NodeClass.h has the sentences.
 ROLES = {
     "operand", "branch", "target", "entry", "next", "elements", "callee", "constantPlace", "argumentIndex", "lowerBounds", "upperBounds", "listName",
-    "listSlot", "isV4", "functionName", "calleeName", "cachable", "orZero",
+    "listSlot", "isV4", "functionName", "metadata", "body", "calleeName", "cachable", "orZero",
 }
+ORDERS = {"is", "lessThan", "lessThanEq", "greaterThan", "greaterThanEq"}
 LISTS = {"commList", "extCommList", "largeCommList", "tagSet", "asPathAccessList", "v4PrefixList", "dynamicPrefixList", "roaTable"}
 
 SCALARS = {
@@ -253,6 +255,7 @@ def node(cls, base, fields, doc, module, **more):
     constant       a constant element of a literal
     returns        it can end the function, whatever its children do
     assigns        it replaces its target without reading it
+    compares       of a comparison of two integers or bandwidths: its order
     reads, writes  attributes that it reads and writes by itself, by language name
     integers       integer arguments that it reads by itself; nodeArguments: also a set and two lists
     lowered        it says how a plan runs it
@@ -266,6 +269,8 @@ def node(cls, base, fields, doc, module, **more):
         raise SchemaError(f"node {cls}: a field name twice")
     if more.get("effect", "") not in ("", "control", "writes"):
         raise SchemaError(f"node {cls}: no effect {more['effect']!r}")
+    if more.get("compares", "") not in {"", *ORDERS}:
+        raise SchemaError(f"node {cls}: no order {more['compares']!r}")
     if more.get("list", "") not in {"", *LISTS}:
         raise SchemaError(f"node {cls}: no kind of list {more['list']!r}")
     if bool(more.get("list")) != any("listName" in f.roles for f in parsed):

@@ -21,7 +21,7 @@ def comparisons(type_, names):
     """The rows of one value type's comparisons."""
     words = {"Is": "equal to", "LessThan": "below", "LessThanEq": "at most", "GreaterThan": "above", "GreaterThanEq": "at least"}
     for name in names:
-        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}{'#constantPlace' if type_ == 'Int' else ''}", dump=name, lowered=type_ == "Int", doc=f"True when `lhs` is {words[name]} `rhs`.")
+        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}{'#constantPlace' if type_ == 'Int' else ''}", dump=name, compares=lowerFirst(name), lowered=type_ == "Int", doc=f"True when `lhs` is {words[name]} `rhs`.")
 
 
 def setTests(type_):
@@ -74,7 +74,7 @@ INT_ORDER = ["GreaterThan", "GreaterThanEq", "Is", "LessThan", "LessThanEq"]
 VARIABLE = "variableText(name_, argVectorIndex_)"
 
 NODES = [
-    control("Function", "FunctionBase", "funcName:String#functionName metadata:FunctionMetadata features:Routing::Policy::RouteMapFeatures accessedAttributes:AccessibleAttributes argumentsExpected:bool#orZero body:Block",
+    control("Function", "FunctionBase", "funcName:String#functionName metadata:FunctionMetadata#metadata features:Routing::Policy::RouteMapFeatures accessedAttributes:AccessibleAttributes argumentsExpected:bool#orZero body:Block#body",
             "A compiled policy function; the outermost one writes changes back when it accepts.", inherited=3, mixin="FunctionState", hand=("hash", "verifySanity"), effect="control"),
     control("ExpressionList", "AetNodeBase", "entry:Expression#entry,branch next:ExpressionList?#next,branch", "A link of a chain of expressions, in source order."),
     control("Block", "Expression", "stmts:ExpressionList?#branch", "Statements in order; unknown when none of them terminates.", hand=("verifySanity",), effect="control", lowered=True),
