@@ -1,0 +1,74 @@
+# All gates, one after the other.
+
+# step NAME COMMAND...: runs a gate in a shell of its own. The next one follows whatever comes of it.
+step() {
+    local name=$1 started=$SECONDS code
+    shift
+    echo "check: $name" >&2
+    set +e
+    (
+        set -e
+        "$@"
+    )
+    code=$?
+    set -e
+    if ((code)); then
+        failedSteps+=("$name")
+        echo "check: $name FAILED after $((SECONDS - started)) s" >&2
+    else
+        echo "check: $name passed in $((SECONDS - started)) s" >&2
+    fi
+}
+
+# Everything that there is to compile; the preset makes warnings of clang errors.
+clangBuild() {
+    setup
+    needs "${fuzzPackages[@]}" "${benchPackages[@]}"
+    configure clang -DQCF_BUILD_TESTS=ON -DQCF_BUILD_BENCH=ON -DQCF_BUILD_FUZZ=ON
+    cmake --build build/clang --parallel "$jobs"
+}
+
+# The programs in which threads meet, and only they: tests/CMakeLists.txt labels them.
+threadTests() {
+    setup
+    configure tsan -DQCF_BUILD_TESTS=ON
+    cmake --build build/tsan --parallel "$jobs" --target test_threads
+    ctest --test-dir build/tsan --output-on-failure --parallel "$jobs" --label-regex '^threads$'
+}
+
+check() {
+    local commit='' seconds=60 lintStep=(tidy) failedSteps=() started=$SECONDS
+    case ${1:-} in
+    '') ;;
+    --changed | --changed=?*)
+        commit=${1#--changed}
+        commit=${commit#=}
+        # A commit that was asked for by name has to be known; the default need not be.
+        commit=${commit:-${QCF_BASE:-}}
+        if [[ -n $commit ]] && ! git rev-parse --quiet --verify "$commit^{commit}" >/dev/null; then
+            echo "check: there is no commit $commit here" >&2
+            return 2
+        fi
+        lintStep=(tidyChanged "${commit:-HEAD~1}")
+        seconds=10
+        ;;
+    *)
+        usage >&2
+        return 2
+        ;;
+    esac
+    step formatting isFormatted
+    step "generated files" isGenerated
+    step clang-tidy "${lintStep[@]}"
+    step "build and tests" runTests --exclude-regex '^CompileFail/'
+    step "misuse that must not compile" runTests --tests-regex '^CompileFail/'
+    step "build by clang" clangBuild
+    step "address and undefined-behaviour sanitizers" runTests --asan
+    step "thread sanitizer" threadTests
+    step "fuzz targets" fuzz all "$seconds"
+    if ((${#failedSteps[@]})); then
+        printf 'check: FAILED: %s\n' "${failedSteps[@]}" >&2
+        return 1
+    fi
+    echo "check: everything passed in $(((SECONDS - started) / 60)) min" >&2
+}
