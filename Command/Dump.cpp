@@ -2,6 +2,7 @@
 #include "Command/Output.h"
 #include "Command/ProgramFile.h"
 #include "Platform/Framework/DumpContext.h"
+#include "QcfLib/Plan.h"
 
 #include <memory>
 
@@ -14,15 +15,23 @@ struct Options {
     String document;
     String function;
     String format = "text";
+    bool plan = false;
 };
+
+PtrConst<DumpContext> toStandardOutput() {
+    return makePtr<DumpContext>([](std::string_view piece) { standardOutput().write(piece); });
+}
 
 void dumpText(Function const & function, Program const & program, String const & document) {
     if (auto const & fault = program.faultOf(function).dump; !fault.empty()) {
         throw DocumentError(document + ": function " + function.funcName() + ": " + fault);
     }
-    PtrConst<DumpContext> const dump =
-        makePtr<DumpContext>([](std::string_view piece) { standardOutput().write(piece); });
-    function.dumpState(dump, 0);
+    function.dumpState(toStandardOutput(), 0);
+}
+
+void dumpPlan(Function const & function) {
+    standardOutput().write("function " + function.funcName() + ": ");
+    function.planFor(function).dump(toStandardOutput());
 }
 
 void dumpJson(Program const & program) {
@@ -44,7 +53,12 @@ int dump(Options const & options) {
         return 0;
     }
     for (PtrConst<Function> const & function : program.functions) {
-        if (!only || function == only) {
+        if (only && function != only) {
+            continue;
+        }
+        if (options.plan) {
+            dumpPlan(*function);
+        } else {
             dumpText(*function, program, options.document);
         }
     }
@@ -60,14 +74,18 @@ void addDumpCommand(Commands & commands) {
         "As source-like text, or as a document in flat form: every node once, children first, "
         "each\n"
         "with its key. The flat form reads back to an equal store. With --function only that\n"
-        "function, in flat form with what it calls.",
+        "function, in flat form with what it calls. With --plan as the steps that evaluation "
+        "runs,\n"
+        "each with the nodes that it stands for.",
         "qcf dump policy.json --function import --format text",
         [options] { return dump(*options); });
     command.add_option("document", options->document, "Evaluation-tree document")
         ->required()
         ->type_name("DOC");
     command.add_option("--function", options->function, "Only this function")->type_name("NAME");
-    command.add_option("--format", options->format, "text or json")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->capture_default_str();
+    auto * const format = command.add_option("--format", options->format, "text or json")
+                              ->check(CLI::IsMember({"text", "json"}))
+                              ->capture_default_str();
+    command.add_flag("--plan", options->plan, "The steps of each function's plan instead")
+        ->excludes(format);
 }

@@ -39,11 +39,15 @@ private:
         out_.print("%5zu %s%s%s", number, text.kind.c_str(), text.detail.empty() ? "" : ": ",
                    text.detail.c_str());
         printNodes(step);
-        if (!text.next.empty()) {
-            out_.print("\n     ");
-        }
-        for (auto const & [outcome, next] : text.next) {
-            out_.print(" %s: %s", outcome.c_str(), targetText(*next).c_str());
+        String separator = "\n          ";
+        for (std::size_t at = 0; at < text.next.size(); ++at) {
+            auto const & [outcome, next] = text.next[at];
+            bool const sameAsNext = at + 1 < text.next.size() && text.next[at + 1].second == next;
+            out_.print("%s%s", separator.c_str(), outcome.c_str());
+            separator = sameAsNext ? ", " : "; ";
+            if (!sameAsNext) {
+                out_.print(": %s", targetText(*next).c_str());
+            }
         }
         out_.print("\n");
     }

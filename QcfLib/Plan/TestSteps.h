@@ -68,8 +68,13 @@ public:
         return next(bounds_.contain(lhs_.read(run)));
     }
     StepText describe() const override {
-        return text("integer within", lhs_.text() + " in " + std::to_string(bounds_.low) + ".." +
-                                          std::to_string(bounds_.high));
+        String const low = std::to_string(bounds_.low);
+        String const high = std::to_string(bounds_.high);
+        bool const isOpen = bounds_.high == ~U64{0};
+        return text("integer within",
+                    lhs_.text() + (isOpen             ? " >= " + low
+                                   : bounds_.low == 0 ? " <= " + high
+                                                      : " in " + low + ".." + high));
     }
 
 private:

@@ -151,6 +151,8 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
                 ElementsAre("QCF Function callee, features=<>",
                             testing::MatchesRegex("function callee@0x[0-9a-f]+\\(\\) \\{"),
                             "    return true  ", "}"));
+    Outcome const plan = workshop.run({"dump", "d.json", "--function", "callee", "--plan"});
+    EXPECT_EQ(plan.out, "function callee: plan of 0 steps: returns true\n");
     Outcome const unknown = workshop.run({"dump", "d.json", "--function", "f"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_EQ(unknown.err, "d.json: has no function \"f\"; its functions: other, callee, caller\n");

@@ -1,6 +1,8 @@
 #include "tests/support/Plans.h"
 #include "tests/support/Trees.h"
 
+#include <regex>
+
 #include <gtest/gtest.h>
 
 using namespace Qcf::Eval;
@@ -38,6 +40,70 @@ TEST(Plans, ChangesOfTwoSetsStayApart) {
     for (bool const plans : {false, true}) {
         PlansEnabled const on(plans);
         EXPECT_EQ(outcome(*f, context), "true; communityIs 5,7; isisLevelIs 1,2") << plans;
+    }
+}
+
+/// The plan as text, with the classes of nodes and without their keys.
+static String dumpOf(Function const & function) {
+    auto const out = makePtr<DumpContext>();
+    function.planFor(function).dump(out);
+    return std::regex_replace(out->text(), std::regex("#[0-9]+"), "");
+}
+
+TEST(Plans, AreShownWithTheNodesThatStepsStandFor) {
+    auto const med = make<Attribute::Med>();
+    auto const community = make<Attribute::Community>();
+    PtrConst<Expression> chain = make<IntMultEq>(med, med);
+    for (U64 i = 0; i < 3; ++i) {
+        chain = make<IfExpression>(
+            logical("and", {make<IntIs>(med, number(i)), make<IntSetIsEmpty>(community)}),
+            block({make<IntAssign>(med, number(10 + i))}), chain);
+    }
+    auto const set = function(
+        {make<IntSetAddImmediate>(community, intSet({7})),
+         make<IntSetRemoveImmediate>(community, intSet({1, 2})),
+         make<IfExpression>(make<IntLessThanEq>(med, number(9)), block({accepts()}), nullptr)});
+    auto const inlined = call(function({make<IntPlusEq>(med, make<IntVariable>("i", U8{0}))}, true),
+                              {number(3, true)});
+    struct Case {
+        PtrConst<Function> function;
+        char const * text;
+    };
+    Case const cases[] = {
+        {function({accepts()}), "plan of 0 steps: returns true\n"},
+        {function({inlined}), "plan of 1 steps\n"
+                              "    1 compute integer: med, by -3 [IntPlusEq]\n"
+                              "          then: ends unknown\n"},
+        {set, "plan of 2 steps\n"
+              "    1 change set: community, 2 values out, 1 in "
+              "[IntSetAddImmediate IntSetRemoveImmediate]\n"
+              "          then: 2\n"
+              "    2 integer within: med <= 9 [IntLessThanEq]\n"
+              "          true: returns true; false: ends unknown\n"},
+        {function({chain}),
+         "plan of 8 steps\n"
+         "    1 decision table of 3 clauses: med within bounds; a condition of its own; "
+         "a condition of its own; a condition of its own [LogicalOperatorExpression "
+         "LogicalOperatorExpression LogicalOperatorExpression]\n"
+         "          asks: 2; asks: 3; asks: 4; clause 1: 5; clause 2: 6; clause 3: 7; "
+         "otherwise: 8\n"
+         "    2 node as condition [IntSetIsEmpty]\n"
+         "          true: ends true; false, unknown: ends false\n"
+         "    3 node as condition [IntSetIsEmpty]\n"
+         "          true: ends true; false, unknown: ends false\n"
+         "    4 node as condition [IntSetIsEmpty]\n"
+         "          true: ends true; false, unknown: ends false\n"
+         "    5 store integer: med = 12 [IntAssign]\n"
+         "          then: ends unknown\n"
+         "    6 store integer: med = 11 [IntAssign]\n"
+         "          then: ends unknown\n"
+         "    7 store integer: med = 10 [IntAssign]\n"
+         "          then: ends unknown\n"
+         "    8 node [IntMultEq]\n"
+         "          then: ends unknown\n"},
+    };
+    for (auto const & c : cases) {
+        EXPECT_EQ(dumpOf(*c.function), c.text);
     }
 }
 
