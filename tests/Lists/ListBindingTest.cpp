@@ -179,14 +179,14 @@ TEST(ListBinding, NothingIsAllocatedPerRoute) {
     }
     U64 before = 0;
     for (U32 round = 0; round < 20; ++round) {
-        before = round == 10 ? test::allocationCount() : before;
+        before = round == 10 ? Qcf::test::allocationCount() : before;
         for (Agent::Route const & route : routes) {
             agent(context).routeIs(route);
             ASSERT_EQ(Eval::test::textOf(program->eval(context)), "true");
         }
     }
 #if !QCF_SLAB_PASSES_THROUGH
-    EXPECT_EQ(test::allocationCount() - before, 0U);
+    EXPECT_EQ(Qcf::test::allocationCount() - before, 0U);
 #endif
     // 65000:7 went by pattern and 65000:1 with it; the added one came back.
     EXPECT_EQ(agent(context).changes().community.size(), 9U);

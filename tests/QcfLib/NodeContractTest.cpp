@@ -1,4 +1,5 @@
 #include "Platform/Framework/Slab.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/support/NodeMaker.h"
 #include "tests/support/Trees.h"
 
@@ -120,6 +121,22 @@ TEST(NodeClasses, KeepTheContract) {
         }
     }
     EXPECT_EQ(hashes.size(), all.size());
+}
+
+TEST(NodeClasses, AreComparedWithoutAllocating) {
+    std::map<U64, String> classesByAllocations;
+    for (NodeClass const & nodeClass : nodeClasses()) {
+        auto const node = NodeMaker::node(nodeClass, 7);
+        PtrConst<AetNodeBase> const twin = NodeMaker::node(nodeClass, 8);
+        U64 const before = Qcf::test::allocationCount();
+        EXPECT_TRUE(node->compare(twin)) << nodeClass.name;
+        U64 const allocations = Qcf::test::allocationCount() - before;
+        classesByAllocations[allocations] += String(" ") + nodeClass.name;
+    }
+    classesByAllocations.erase(0);
+    for (auto const & [allocations, classes] : classesByAllocations) {
+        ADD_FAILURE() << allocations << " allocations to compare two of:" << classes;
+    }
 }
 
 // Every field but those named is part of the hash.

@@ -1,36 +1,15 @@
 #include "QcfLib/Plan.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/support/Trees.h"
 
-#include <cstdlib>
-#include <new>
 #include <thread>
 
 #include <gtest/gtest.h>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QCF_TEST_COUNTS_ALLOCATIONS 0
-#else
-#define QCF_TEST_COUNTS_ALLOCATIONS 1
-#endif
 
 using namespace Qcf::Eval;
 using namespace Qcf::Eval::test;
 
 namespace {
-
-#if QCF_TEST_COUNTS_ALLOCATIONS
-thread_local bool counting = false;
-thread_local U64 allocations = 0;
-
-void * counted(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
-    allocations += counting ? 1 : 0;
-    std::size_t const rounded = (size + alignment - 1) / alignment * alignment;
-    if (void * const memory = std::aligned_alloc(alignment, std::max(rounded, alignment))) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-#endif
 
 /// A route of an agent that allocates nothing itself.
 class QuietContext final : public EvalContext {
@@ -97,16 +76,6 @@ U64 evaluate(Function const & function, Ptr<QuietContext> const & context, U64 r
 
 } // namespace
 
-#if QCF_TEST_COUNTS_ALLOCATIONS
-void * operator new(std::size_t size) { return counted(size); }
-void * operator new(std::size_t size, std::align_val_t alignment) {
-    return counted(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void * memory) noexcept { std::free(memory); }
-void operator delete(void * memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void * memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void * memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-
 TEST(Allocations, NonePerRouteAfterTheFirstOnes) {
     auto const f = policy();
     auto const context = makePtr<QuietContext>();
@@ -114,16 +83,14 @@ TEST(Allocations, NonePerRouteAfterTheFirstOnes) {
     for (bool const plans : {true, false}) {
         Plan::enabledIs(plans);
         evaluate(*f, context, 500);
-        allocations = 0;
-        counting = true;
+        U64 const allocations = Qcf::test::allocationCount();
         evaluate(*f, context, 2000);
-        counting = false;
-        EXPECT_EQ(allocations, 0U) << (plans ? "by plan" : "by tree");
+        EXPECT_EQ(Qcf::test::allocationCount() - allocations, 0U)
+            << (plans ? "by plan" : "by tree");
     }
     Plan::enabledIs(before);
     EXPECT_GT(context->written, 0U);
 }
-#endif
 
 // Several threads, each with its context, over one tree whose constants are not counted. Functions
 // are switched, die under the contexts, and are planned by whoever comes first.

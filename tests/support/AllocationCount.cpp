@@ -2,6 +2,8 @@
 
 #include "Platform/Framework/Slab.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -14,9 +16,10 @@ thread_local U64 allocations = 0;
 
 namespace {
 
-void * counted(std::size_t size) {
+void * counted(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
     ++allocations;
-    if (void * const memory = std::malloc(size == 0 ? 1 : size)) {
+    std::size_t const rounded = (size + alignment - 1) / alignment * alignment;
+    if (void * const memory = std::aligned_alloc(alignment, std::max(rounded, alignment))) {
         return memory;
     }
     throw std::bad_alloc();
@@ -26,10 +29,15 @@ void * counted(std::size_t size) {
 
 void * operator new(std::size_t size) { return counted(size); }
 void * operator new[](std::size_t size) { return counted(size); }
+void * operator new(std::size_t size, std::align_val_t alignment) {
+    return counted(size, static_cast<std::size_t>(alignment));
+}
 void operator delete(void * memory) noexcept { std::free(memory); }
 void operator delete[](void * memory) noexcept { std::free(memory); }
 void operator delete(void * memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void * memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void * memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void * memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
 
 #endif
 
