@@ -7,7 +7,13 @@
 #include <string_view>
 #include <unordered_set>
 
-/// What a dump of objects is written to: formatted text, and a memory of what was dumped already.
+/// What a dump of objects is written to: formatted text, and a memory of what was dumped already,
+/// so that what several objects share is shown once.
+///
+///     auto const context = makePtr<DumpContext>();
+///     function->dumpState(context, 0);
+///     std::cout << context->text();
+///
 /// Printing is const because a dump is handed from object to object as a constant; one thread uses
 /// it.
 class DumpContext : public PtrInterface {
@@ -27,6 +33,7 @@ public:
     String const & text() const noexcept { return text_; }
 
 private:
+    /// Where all pieces go through.
     void write(std::string_view piece) const;
 
     Sink sink_;

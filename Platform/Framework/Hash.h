@@ -18,8 +18,10 @@
 /// tables and for telling trees apart, not against adversaries.
 class Hash {
 public:
+    /// Another seed makes another function.
     explicit constexpr Hash(U32 seed) noexcept : state_(seed + 0x9e3779b97f4a7c15U) {}
 
+    /// Integers count with their width: the same number of another type is another value.
     constexpr void hashMix(bool v) noexcept { mix(v ? 1 : 0, 1); }
     constexpr void hashMix(U8 v) noexcept { mix(v, 1); }
     constexpr void hashMix(U16 v) noexcept { mix(v, 2); }
@@ -39,9 +41,10 @@ public:
     void hashMixIdentity(void const * object) noexcept {
         mix(static_cast<U64>(std::bit_cast<std::uintptr_t>(object)), 8);
     }
-    /// Bytes without their length.
+    /// Bytes without their length. For whoever mixes in the length itself, or has a fixed one.
     void hashMixBytes(void const * data, std::size_t size) noexcept;
 
+    /// The hash of what was mixed in so far; more may follow.
     constexpr U32 result() const noexcept {
         U64 h = state_;
         h ^= h >> 31;
@@ -67,6 +70,7 @@ private:
 ///
 ///     template <>
 ///     struct std::hash<EthAddr> : HashOfValue<EthAddr> {};
+/// The seed is 0: maps need no secret.
 template <typename Value>
 struct HashOfValue {
     std::size_t operator()(Value const & value) const noexcept { return value.hash(0); }

@@ -5,10 +5,19 @@
 #include <atomic>
 
 /// Process-wide switch: whether reference counts are changed atomically (the default) or by plain
-/// load and store. A process that keeps all counted objects in one thread may switch it off before
-/// it makes the first one; it must not be switched while several threads hold pointers.
+/// load and store.
+///
+///     int main() {
+///         ThreadSafePtrs::enabledIs(false); // before the first counted object
+///         ...
+///     }
+///
+/// A process that keeps all counted objects in one thread may switch it off before it makes the
+/// first one; it must not be switched while several threads hold pointers. Every change of a count
+/// looks at the switch, which costs a load that is never written.
 class ThreadSafePtrs {
 public:
+    /// Whether counts are changed atomically.
     static bool enabled() noexcept { return enabled_.load(std::memory_order_relaxed); }
     static void enabledIs(bool enabled) noexcept {
         enabled_.store(enabled, std::memory_order_relaxed);
@@ -20,6 +29,15 @@ private:
 
 /// Base of every object that `Ptr` counts. Objects start with no users; the object is freed,
 /// through `lastUserGone`, when the last `Ptr` to it goes. Only `Ptr` changes the count.
+///
+///     class Policy : public PtrInterface {
+///     public:
+///         ~Policy() override = default;
+///     };
+///     Ptr<Policy> const policy = makePtr<Policy>();
+///
+/// The count is a part of the object and mutable: constant objects are counted as well. An object
+/// is never copied, since its count is not.
 class PtrInterface {
 public:
     PtrInterface(PtrInterface const &) = delete;
@@ -31,6 +49,7 @@ public:
 
 protected:
     PtrInterface() noexcept = default;
+    /// Objects are destroyed by their last pointer, by nobody else.
     virtual ~PtrInterface() = default;
 
     /// Called when the last pointer went and the count is 0 again; deletes the object unless
@@ -40,6 +59,7 @@ protected:
 private:
     friend class RefCounting;
 
+    /// At most 2^32 - 1 pointers; nothing looks whether there are more.
     mutable std::atomic<U32> count_{0};
 };
 
@@ -47,6 +67,7 @@ private:
 /// them.
 class RefCounting {
 public:
+    /// One user more. Relaxed is enough: whoever adds holds a pointer already.
     static void add(PtrInterface const & object) noexcept {
         if (ThreadSafePtrs::enabled()) {
             object.count_.fetch_add(1, std::memory_order_relaxed);
@@ -66,6 +87,7 @@ public:
         }
     }
 
+    /// One user less; the last one frees the object, and sees all that others wrote to it before.
     static void drop(PtrInterface const & object) noexcept {
         // A count of one is the caller's own: nobody else can raise it any more, so the common end
         // of a short-lived object needs no locked instruction. Acquire pairs with the releases of

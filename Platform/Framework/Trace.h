@@ -14,11 +14,15 @@
 ///     TraceFacility facility("QcfEval");
 ///     QCF_TRACE(facility, 1, "IfExpression: condition=" << value);
 ///
+///     TraceFacility::find("QcfEval")->levelIs(1); // from now on, in all threads
+///
 /// Facilities are made at namespace scope, live as long as the process and may be used from any
-/// thread. While a facility is off a trace statement costs one relaxed load and one branch.
+/// thread. While a facility is off a trace statement costs one relaxed load and one branch, and its
+/// message is not made.
 class TraceFacility {
 public:
-    /// Where messages go; called from whatever thread traces, one call at a time.
+    /// Where messages go; called from whatever thread traces, one call at a time. Messages come as
+    /// they were made, without facility, time or line end.
     using Sink = std::function<void(int level, String const & message)>;
 
     /// Makes the facility known under `name`, which must be a literal and not yet taken.
@@ -27,10 +31,13 @@ public:
     TraceFacility(TraceFacility const &) = delete;
     TraceFacility & operator=(TraceFacility const &) = delete;
 
+    /// The name that it was made with.
     char const * name() const noexcept { return name_; }
+    /// The highest level of messages that are wanted.
     int level() const noexcept { return level_.load(std::memory_order_relaxed); }
     void levelIs(int level) noexcept { level_.store(level, std::memory_order_relaxed); }
-    /// Whether messages of `level` (1 and up) are wanted.
+    /// Whether messages of `level` (1 and up) are wanted. Level 1 is for what an operator asks
+    /// first, higher levels tell more.
     bool on(int level) const noexcept { return level <= this->level(); }
     /// Hands a message to the sink, whatever the level.
     void trace(int level, String const & message) const;
@@ -46,7 +53,8 @@ private:
     std::atomic<int> level_{0};
 };
 
-/// A message under construction; only QCF_TRACE makes one.
+/// A message under construction; only QCF_TRACE makes one. It is a member of the macro only so that
+/// the code at its place stays small.
 class TraceMessage {
 public:
     TraceMessage();
@@ -54,7 +62,9 @@ public:
     TraceMessage(TraceMessage const &) = delete;
     TraceMessage & operator=(TraceMessage const &) = delete;
 
+    /// What the message is written to.
     std::ostream & stream() noexcept;
+    /// Hands the message to the facility's sink.
     void send(TraceFacility const & facility, int level) const;
 
 private:

@@ -5,7 +5,7 @@
 namespace {
 
 template <typename Rows, typename Predicate>
-auto const * found(Rows const & rows, Predicate predicate) {
+auto const * findRow(Rows const & rows, Predicate predicate) {
     auto const row = std::find_if(rows.begin(), rows.end(), predicate);
     return row == rows.end() ? nullptr : &*row;
 }
@@ -17,15 +17,15 @@ String TypeData::qualifiedName() const {
 }
 
 FieldInfo const * TypeData::field(std::string_view fieldName) const {
-    return found(fields, [&](FieldInfo const & f) { return f.name == fieldName; });
+    return findRow(fields, [&](FieldInfo const & f) { return f.name == fieldName; });
 }
 
 EnumeratorInfo const * TypeData::enumerator(U64 number) const {
-    return found(enumerators, [&](EnumeratorInfo const & e) { return e.number == number; });
+    return findRow(enumerators, [&](EnumeratorInfo const & e) { return e.number == number; });
 }
 
 EnumeratorInfo const * TypeData::enumerator(std::string_view enumeratorName) const {
-    return found(enumerators, [&](EnumeratorInfo const & e) { return e.name == enumeratorName; });
+    return findRow(enumerators, [&](EnumeratorInfo const & e) { return e.name == enumeratorName; });
 }
 
 bool TypeData::isSameType(TypeData const & other) const {

@@ -7,7 +7,7 @@
 
 class Entity;
 
-/// One field of a type, as reflection tells of it.
+/// One field of a type, as reflection tells of it. All texts are literals.
 struct FieldInfo {
     char const * name;     ///< "lhs"
     char const * type;     ///< the declared type, "PtrConst<IntModifiable>"
@@ -22,9 +22,11 @@ struct FieldInfo {
     /// Of children of a node: what may stand here, in the module's own numbers. 0 for other fields.
     U16 wanted = 0;
 
+    /// Whether the field is a child of a node.
     bool isNode() const { return accepts != nullptr; }
 };
 
+/// One enumerator of an enumeration, by the name that it has in the source.
 struct EnumeratorInfo {
     char const * name;
     U64 number;
@@ -32,7 +34,14 @@ struct EnumeratorInfo {
 
 /// What is known of a type at run time: one constant record a type, generated or written beside it.
 /// See ValueText.h for the text of a whole value, and a library's Reflection.h for its types.
+///
+///     for (FieldInfo const & field : node.typeData().fields) {
+///         std::cout << field.name << " is a " << field.wants << '\n';
+///     }
+///
+/// Records are constant, live as long as the process and are read by any thread.
 struct TypeData {
+    /// What an object of the type is.
     enum class Kind : U8 {
         entity,      ///< counted, with a place in a tree of entities, and publishes its changes
         object,      ///< counted
@@ -40,6 +49,8 @@ struct TypeData {
         enumeration, ///< one of its enumerators
     };
 
+    /// A record by itself says as little as possible: fields and enumerators are those of the type
+    /// alone.
     Kind kind = Kind::value;
     char const * name = "";
     char const * nameSpace = ""; ///< "Qcf::Eval"; empty for the global one

@@ -16,16 +16,27 @@
 /// point to: "null", or for an entity a reference such as "IntIs#12".
 
 /// Text of a value of a type that has a record: `EvalResult{retVal: true, ...}`, or the name of an
-/// enumerator.
+/// enumerator. `value` must point to an object of just that type.
 String recordText(TypeData const & type, void const * value);
+/// The enumerator of that number by name; the number where there is none.
 String enumeratorText(TypeData const & type, U64 number);
 
 /// How a field that points to an entity shows it: by the name of its class. Overloads for entities
-/// that have a name or a key of their own are found beside their class.
+/// that have a name or a key of their own are found beside their class. It is found by the type of
+/// the argument where a pointer is shown.
 String referenceText(Entity const & entity);
 
+/// How the text of a value comes about. `valueText::of(value)` is what sources call; what stands
+/// before it are the forms that it chooses from.
+///
+///     valueText::of(std::vector<U64>{1, 2}); // "[1, 2]"
+///
+/// A type gets a text by having one of those forms; nothing is registered. Values of a type that
+/// has none show as "...", so that a record with a field of a host's own can still be shown. Making
+/// text allocates; it is meant for messages, logs and debuggers.
 namespace valueText {
 
+/// What can be tested and followed.
 template <typename T>
 concept PointerLike = requires(T const & p) {
     static_cast<bool>(p);
@@ -33,11 +44,13 @@ concept PointerLike = requires(T const & p) {
 }
 &&!std::is_arithmetic_v<T>;
 
+/// What has an output operator.
 template <typename T>
 concept Streamable = requires(std::ostream & out, T const & value) {
     out << value;
 };
 
+/// What has a record of its type.
 template <typename T>
 concept Reflected = requires {
     TypeDataOf<T>::get();
@@ -46,13 +59,15 @@ concept Reflected = requires {
 template <typename T>
 String of(T const & value);
 
+/// What the output operator writes.
 template <typename T>
-String streamed(T const & value) {
+String streamedText(T const & value) {
     std::ostringstream out;
     out << value;
     return out.str();
 }
 
+/// "[a, b]": the elements in order.
 template <typename Collection>
 String elements(Collection const & collection) {
     String text = "[";
@@ -63,6 +78,7 @@ String elements(Collection const & collection) {
     return text + "]";
 }
 
+/// What a pointer points to: "null", the reference to an entity, or the text of the object.
 template <typename Pointer>
 String pointee(Pointer const & pointer) {
     using Pointee = std::remove_cvref_t<decltype(*pointer)>;
@@ -76,6 +92,7 @@ String pointee(Pointer const & pointer) {
     }
 }
 
+/// Tries the forms from the most to the least special; the first that the type has counts.
 template <typename T>
 String of(T const & value) {
     if constexpr (std::same_as<T, bool>) {
@@ -94,7 +111,7 @@ String of(T const & value) {
     } else if constexpr (PointerLike<T>) {
         return pointee(value);
     } else if constexpr (Streamable<T>) {
-        return streamed(value);
+        return streamedText(value);
     } else if constexpr (requires { value.first, value.second; }) {
         return of(value.first) + ": " + of(value.second);
     } else if constexpr (requires { value.begin() != value.end(); }) {
@@ -108,13 +125,15 @@ String of(T const & value) {
 
 } // namespace valueText
 
-/// The `text` of a field: what `getter`, a member or a function of the object, yields.
+/// The `text` of a field: what `getter`, a member or a function of the object, yields. Instances of
+/// it stand in records, by which a field is read without knowing its type.
 template <typename Owner, auto getter>
 String fieldText(void const * object) {
     return valueText::of(std::invoke(getter, *static_cast<Owner const *>(object)));
 }
 
-/// A field that is no child of a node.
+/// A field that is no child of a node, for the records that are written by hand:
+/// `fieldOf<EvalResult, &EvalResult::retVal>("retVal", "TriStateBoolValue")`.
 template <typename Owner, auto getter>
 constexpr FieldInfo fieldOf(char const * name, char const * type) {
     return {.name = name, .type = type, .wants = type, .text = &fieldText<Owner, getter>};

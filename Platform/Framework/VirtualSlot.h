@@ -15,9 +15,14 @@
 #endif
 
 /// The virtual functions of the class that an object is at the moment: in a base's constructor, the
-/// base's own.
+/// base's own. A base that wants to know what a derived class overrides keeps its own there, and
+/// compares later:
+///
+///     Base::Base() : ownSlots_(virtualSlotsOf(*this)) {}
+///     bool const isOverridden = overridesSlot(*this, ownSlots_, &Base::operation);
 using VirtualSlots = unsigned char const *;
 
+/// Where an object's table starts. Not to be followed, only compared and handed to `overridesSlot`.
 template <typename Object>
 VirtualSlots virtualSlotsOf(Object const & object) {
     VirtualSlots slots = nullptr;
@@ -45,7 +50,8 @@ std::ptrdiff_t virtualSlotOffset(Operation operation) {
 #endif
 
 /// Whether the object's class has another function than `baseSlots` in the place of `operation`, as
-/// above.
+/// above. The answer is that of the most derived class, and the same for all its objects. It costs
+/// a comparison of two words: ask once an object rather than once a call.
 template <typename Object, typename Operation>
 bool overridesSlot(Object const & object, VirtualSlots baseSlots, Operation operation) {
 #if QCF_VIRTUAL_SLOTS_READABLE

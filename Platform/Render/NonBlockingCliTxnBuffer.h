@@ -8,10 +8,20 @@
 
 /// Output on its way to a file descriptor: grows in chunks as it is appended to and shrinks as the
 /// descriptor takes it. Belongs to one thread.
+///
+///     NonBlockingCliTxnBuffer buffer;
+///     buffer.append("text");
+///     while (buffer.writeSome(fd)) {
+///     }
+///
+/// Nothing is moved once it stands in a chunk, and what was taken frees its chunks: memory follows
+/// what waits, not what went through.
 class NonBlockingCliTxnBuffer {
 public:
+    /// `chunkSize` bytes are what is allocated and written at once.
     explicit NonBlockingCliTxnBuffer(std::size_t chunkSize = 4096);
 
+    /// Adds at the end.
     void append(char c) {
         if (end_ == chunkSize_) [[unlikely]] {
             addChunk();
@@ -22,6 +32,7 @@ public:
 
     /// Bytes not yet written.
     std::size_t size() const noexcept;
+    /// Whether everything was written.
     bool empty() const noexcept { return size() == 0; }
 
     /// Writes as much as the descriptor takes, and waits once, however long, where it would block.
@@ -33,7 +44,9 @@ public:
     void flush(int fd);
 
 private:
+    /// Room for more at the end.
     void addChunk();
+    /// Lets go of bytes that were written.
     void consume(std::size_t count);
 
     std::size_t chunkSize_;

@@ -6,7 +6,9 @@
 
 #include "Platform/Framework/Assert.h"
 
+/// The library asserts; that must not depend on how an embedder builds.
 #define RAPIDJSON_ASSERT(condition) QCF_ASSERT(condition)
+/// Two copies of one inline function with different settings would be one function by chance.
 #define RAPIDJSON_NAMESPACE qcfRapidJson
 #define RAPIDJSON_NAMESPACE_BEGIN namespace qcfRapidJson {
 #define RAPIDJSON_NAMESPACE_END }

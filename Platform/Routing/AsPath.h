@@ -24,9 +24,15 @@ U32 originAs(AsnVector const & path, U32 localAs, bool & known);
 U32 lastAs(AsnVector const & path);
 
 /// The path of a route as it came, with its length worked out once.
+///
+///     AsPath path(*parseAsPath("65001 65002 {65003,65004}"));
+///     path.length(); // 3: the set counts 1
+///
+/// A value; copying keeps the target's storage. Equal paths have equal segments in the same order.
 class AsPath {
 public:
     AsPath() = default;
+    /// Takes the segments over.
     explicit AsPath(AsnVector asns) : asns_(std::move(asns)), length_(pathLength(asns_)) {}
 
     AsnVector const & asns() const { return asns_; }
@@ -57,6 +63,7 @@ public:
 
     bool operator==(AsPath const & other) const { return asns_ == other.asns_; }
 
+    /// The path as text, see `appendAsPathText`.
     String toString() const { return asns_.toString(); }
 
 private:
@@ -64,6 +71,7 @@ private:
     U32 length_ = 0;
 };
 
+/// The same questions to a path that knows its length.
 inline U32 pathLength(AsPath const & path) { return path.length(); }
 inline U32 originAs(AsPath const & path, U32 localAs, bool & known) {
     return originAs(path.asns(), localAs, known);
@@ -76,6 +84,13 @@ inline U32 lastAs(AsPath const & path) { return lastAs(path.asns()); }
 /// next route's path, which must outlive that use; `expand` copies that path once into the
 /// container's own storage for changing, and from then on the copy is what holds. The storage of
 /// the copy is kept, so a container that has seen its longest path allocates no more.
+///
+///     AspathContainerFromExisting path;
+///     path.existingPathIs(&route.asPath);  // nothing is copied
+///     path.expand().prepend(own);          // copied now, and changed
+///     path.asns();                         // the changed path
+///
+/// Belongs to one thread.
 class AspathContainerFromExisting {
 public:
     /// The path pointed at, not owned; null is the empty path.
@@ -158,6 +173,7 @@ std::optional<AsnVector> parseAsPath(std::string_view text);
 /// ignored. `out` is overwritten, reusing its storage, and must be neither of the inputs.
 void mergeAs4Path(AsnVector const & asPath, AsnVector const & as4Path, AsnVector & out);
 
+/// Writes the text of `appendAsPathText`.
 std::ostream & operator<<(std::ostream & out, AsnVector const & path);
 
 } // namespace Routing::Bgp

@@ -69,7 +69,7 @@ std::optional<std::array<std::string_view, N>> colonParts(std::string_view text)
 
 /// The value word of an extended community from its four fields; `administrator` and `number` share
 /// the six octets, `numberBits` of them for the number.
-CommunityValue extended(U64 type, U64 subType, U64 administrator, U64 number, U32 numberBits) {
+CommunityValue makeExtended(U64 type, U64 subType, U64 administrator, U64 number, U32 numberBits) {
     return {(type << 56) | (subType << 48) | (administrator << numberBits) | number, 0};
 }
 
@@ -89,7 +89,7 @@ std::optional<CommunityValue> parseAdministered(U64 subType, std::string_view ad
         return std::nullopt;
     }
     U64 const type = byAddress ? 0x01 : wideNumber ? 0x00 : 0x02;
-    return extended(type, subType, *administrator, *number, wideNumber ? 32 : 16);
+    return makeExtended(type, subType, *administrator, *number, wideNumber ? 32 : 16);
 }
 
 /// A float in decimal, with or without exponent, that is finite and not negative.
@@ -113,7 +113,7 @@ std::optional<CommunityValue> parseLinkBandwidth(std::string_view asnText,
     if (!asn || !bandwidth) {
         return std::nullopt;
     }
-    return extended(0x40, 0x04, *asn, std::bit_cast<U32>(*bandwidth), 32);
+    return makeExtended(0x40, 0x04, *asn, std::bit_cast<U32>(*bandwidth), 32);
 }
 
 std::optional<CommunityValue> parseHexWord(std::string_view digits) {

@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-IpGenAddr IpGenPrefix::maskedV6(IpGenAddr const & addr, U8 length) {
+IpGenAddr IpGenPrefix::maskV6(IpGenAddr const & addr, U8 length) {
     std::array<U8, 16> octets;
     for (U32 i = 0; i < octets.size(); ++i) {
         U32 const kept = length >= 8 * (i + 1) ? 8 : length > 8 * i ? length - 8 * i : 0;

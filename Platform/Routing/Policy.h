@@ -10,12 +10,15 @@
 #include <string_view>
 #include <utility>
 
-/// A boolean that may be unset. `value` counts only while `isSet` is not zero.
+/// A boolean that may be unset, as hosts hand it over. `value` counts only while `isSet` is not
+/// zero; all unset ones are equal.
 struct TristateBoolean {
     U8 value = 0;
     U8 isSet = 0;
 
+    /// No answer.
     static constexpr TristateBoolean unset() { return {}; }
+    /// An answer.
     static constexpr TristateBoolean of(bool value) { return {static_cast<U8>(value), 1}; }
 
     constexpr bool operator==(TristateBoolean const & other) const {
@@ -43,6 +46,15 @@ struct Result_ {};
 
 /// A prefix list as the engine asks it. Objects are shared between evaluating threads: questions
 /// must not change them.
+///
+///     class OwnList final : public Routing::Policy::PrefixListMatcher {
+///     public:
+///         AddressFamily af() const override { return AddressFamily::ipv4; }
+///         TristateBoolean matchWithTristate(MatchInput_ const & input,
+///                                           Ptr<PolicyEvalContext> const &) const override {
+///             return TristateBoolean::of(permits(input.prefix));
+///         }
+///     };
 class PrefixListMatcher : public PtrInterface {
 public:
     ~PrefixListMatcher() override = default;
@@ -56,19 +68,22 @@ public:
                                               Ptr<PolicyEvalContext> const & context) const = 0;
 };
 
-/// Names of the features that a policy function makes use of, each once and in order.
+/// Names of the features that a policy function makes use of, each once and in order. A host may
+/// look there before it takes a function; the engine keeps them and reads nothing into them.
 class RouteMapFeatures {
 public:
     RouteMapFeatures() = default;
     RouteMapFeatures(std::initializer_list<String> features) : features_(features) {}
 
+    /// The names, in the order of their bytes.
     std::set<String, std::less<>> const & features() const { return features_; }
 
+    /// Adds a name; one that is there already changes nothing.
     void featureIs(String feature) { features_.insert(std::move(feature)); }
 
     bool operator==(RouteMapFeatures const &) const = default;
 
-    /// The names joined by ",", without blanks.
+    /// The names joined by ",", without blanks. Empty where there are none.
     String toStrep() const;
 
 private:

@@ -15,6 +15,7 @@ struct ResolutionRibEntry {
     String name;
     U8 kind = 0; ///< a code of the host's; 0 with an empty name means no entry
 
+    /// Whether the entry is not in use.
     bool isUnset() const { return name.empty() && kind == 0; }
     bool operator==(ResolutionRibEntry const &) const = default;
 };
@@ -22,6 +23,11 @@ struct ResolutionRibEntry {
 /// The RIBs, in order of preference, in which a route's next hop is resolved.
 ///
 /// A value; names of up to 15 characters are copied without an allocation.
+///
+///     ResolutionRibProfileConfig profile;
+///     profile.entryIs(0, {"system-connected", 1});
+///     profile.entryIs(1, {"tunnel-rib", 2});
+///     profile.toString(); // "system-connected:1,tunnel-rib:2"
 class ResolutionRibProfileConfig {
 public:
     static constexpr std::size_t maxEntries = 3;
@@ -32,9 +38,11 @@ public:
     /// A profile without entries that stands for the system's default, or not.
     explicit ResolutionRibProfileConfig(bool useDefault) : useDefault_(useDefault) {}
 
+    /// All three places, those that are not in use included.
     std::array<ResolutionRibEntry, maxEntries> const & entries() const { return entries_; }
 
-    /// Sets entry `index`, which must be below `maxEntries`.
+    /// Sets entry `index`, which must be below `maxEntries`. An entry with neither name nor kind
+    /// takes it out of use.
     void entryIs(std::size_t index, ResolutionRibEntry entry);
 
     /// Number of entries up to the last one in use.
@@ -44,10 +52,12 @@ public:
     bool useDefault() const { return useDefault_; }
     void useDefaultIs(bool useDefault) { useDefault_ = useDefault; }
 
+    /// Entry by entry, unused ones included, and the flag.
     bool operator==(ResolutionRibProfileConfig const &) const = default;
 
     /// Mixes name and kind of the three entries, then the default flag as one byte.
     void hash(Hash & hash) const;
+    /// The same as a number of its own.
     U32 hash(U32 seed) const;
 
     /// The entries as "name:kind" and "default" when that flag is set, joined by ","; "" for the
@@ -59,6 +69,7 @@ private:
     bool useDefault_ = false;
 };
 
+/// Writes what `toString` returns.
 std::ostream & operator<<(std::ostream & out, ResolutionRibProfileConfig const & profile);
 
 } // namespace Routing::Rib

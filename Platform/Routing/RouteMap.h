@@ -12,6 +12,15 @@ namespace Routing::RouteMap {
 
 /// Current content of a list of standard communities. What it holds and how it matches is the
 /// host's: it derives from this and gets its own objects back in the matcher operations.
+///
+///     class OwnList final : public Routing::RouteMap::StandardCommListStatus {
+///         ... what it holds ...
+///     };
+///     // in the host's evaluation context
+///     bool matchCommList(PtrConst<U64SmallVector> const & set,
+///                        PtrConst<CommListStatus> const & status) const override {
+///         return static_cast<OwnList const &>(*status).matches(*set);
+///     }
 class StandardCommListStatus : public PtrInterface {
 public:
     ~StandardCommListStatus() override = default;
@@ -41,13 +50,16 @@ public:
     ~RoaTableStatus() override = default;
 };
 
-/// Content of a named set of tags; a new one is empty.
+/// Content of a named set of tags; a new one is empty. The engine itself looks into it, so that it
+/// is the same for all hosts.
 class TagSetStatus : public PtrInterface {
 public:
+    /// All tags, in no particular order.
     std::unordered_set<U32> const & tags() const { return tags_; }
 
     /// Adds a tag; one that is there already stays as it is.
     void tagIs(U32 tag) { tags_.insert(tag); }
+    /// Takes a tag out; nothing happens where it is not there.
     void tagDel(U32 tag) { tags_.erase(tag); }
 
     /// One hash probe.
@@ -63,7 +75,9 @@ public:
     /// VRF id to whether the list is active there.
     std::unordered_map<U32, bool> const & vrfs() const { return vrfs_; }
 
+    /// Lists a VRF as active or as not active; the last word counts.
     void vrfIs(U32 vrfId, bool active) { vrfs_[vrfId] = active; }
+    /// Takes a VRF out of the list, which makes it not active.
     void vrfDel(U32 vrfId) { vrfs_.erase(vrfId); }
 
     /// True when the VRF is listed as active.

@@ -10,16 +10,18 @@
 /// whole text or nothing.
 namespace Routing::TextPieces {
 
-/// Appends a number in decimal.
+/// Appends a number in decimal, without leading zeros. Allocates only when `out` must grow; the
+/// others likewise.
 void appendDecimal(String & out, U64 number);
 
-/// Appends a number as lower-case hexadecimal of exactly `digits` digits (1 to 16).
+/// Appends a number as lower-case hexadecimal of exactly `digits` digits (1 to 16). Leading zeros
+/// fill up.
 void appendHex(String & out, U64 number, U32 digits);
 
 /// Reads decimal digits alone (no sign, no blank) as a number of at most `max`.
 std::optional<U64> parseDecimal(std::string_view text, U64 max);
 
-/// Value of a hexadecimal digit of either case, or -1.
+/// Value of a hexadecimal digit of either case, or -1. For every `char`, whatever its sign.
 constexpr int hexDigitValue(char c) {
     if (c >= '0' && c <= '9') {
         return c - '0';
@@ -30,7 +32,7 @@ constexpr int hexDigitValue(char c) {
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-/// Appends octets as two hexadecimal digits each, joined by colons.
+/// Appends octets as two lower-case hexadecimal digits each, joined by colons: "00:1c:73".
 void appendOctets(String & out, std::span<U8 const> octets);
 
 /// Reads exactly `octets.size()` octets of two hexadecimal digits joined by colons; on failure the
