@@ -7,9 +7,9 @@
 #include "Documents/Program.h"
 #include "Lists/ListsDocument.h"
 #include "Mirror/NodeCopy.h"
-#include "Mirror/NodeWalk.h"
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/WireText.h"
+#include "QcfLib/NodeWalk.h"
 
 #include <cmath>
 #include <condition_variable>
@@ -79,7 +79,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable news_;
-    Qcf::Mirror::Mirror mirror_;
+    Qcf::Mirror::FollowedStore mirror_;
     Qcf::Mirror::RedisFollower follower_;
     std::jthread thread_;
 };
@@ -105,13 +105,14 @@ void checkFunction(Function const & function) {
     Qcf::Documents::Program program;
     std::unordered_map<AetNodeBase const *, PtrConst<AetNodeBase>> copies;
     auto const copyOf = [&](AetNodeBase const & child) { return copies.at(&child); };
-    Qcf::Mirror::walkChildrenFirst(
-        function, [&](AetNodeBase const & node) { return copies.try_emplace(&node).second; },
+    walkTree(
+        function,
+        [&](Qcf::Eval::WalkedNode const & at) { return copies.try_emplace(&at.node).second; },
         [&](AetNodeBase const & node) {
             auto const copy = Qcf::Mirror::copyNode(node, program.nodes.size() + 1, copyOf);
             copies[&node] = copy;
             program.nodes.push_back(copy);
-            if (dynamic_cast<Function const *>(&node) != nullptr) {
+            if (Qcf::Eval::is<Function>(node)) {
                 program.functions.push_back(ptrCast<Function const>(copy));
             }
         });

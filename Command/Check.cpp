@@ -153,11 +153,21 @@ ListFinding listFinding(Finding::Kind kind) {
     return {Severity::error, ""};
 }
 
-void addLists(Document const & document, Options const & options, CheckReport & report) {
+/// The document's references in the terms of the lists, each with its place as messages tell it.
+std::vector<Qcf::Lists::ListUse> usesIn(Document const & document, String const & fileName) {
     std::vector<Qcf::Lists::ListUse> uses;
     for (auto const & list : document.program.lists) {
-        uses.push_back({list.kind, list.name, list.slot, options.document + ':' + list.pointer});
+        for (Qcf::SlotKindInfo const & kind : Qcf::slotKinds) {
+            if (kind.name == list.kind) {
+                uses.push_back({kind.kind, list.name, list.slot, fileName + ':' + list.pointer});
+            }
+        }
     }
+    return uses;
+}
+
+void addLists(Document const & document, Options const & options, CheckReport & report) {
+    auto const uses = usesIn(document, options.document);
     if (options.lists.empty()) {
         for (auto const & use : uses) {
             if (String const text = listText(use); !text.empty()) {

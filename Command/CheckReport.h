@@ -4,10 +4,13 @@
 
 #include <vector>
 
-/// What a check found, and how it is told.
+/// What a check found, and how it is told: to people as text, to programs as lines of JSON. Filled
+/// first, in the order in which it is to be told, then asked. Belongs to one thread.
 class CheckReport {
 public:
+    /// What is said of a function.
     enum class Verdict : U8 { sane, insane, unread };
+    /// What a finding means: a note never fails a check, a warning only a strict one.
     enum class Severity : U8 { note, warning, error };
 
     /// A function, in the order of the document. `reason` says what is wrong with it.
@@ -15,7 +18,8 @@ public:
     /// Something found at a place; `kind` is a word for programs, `text` a sentence.
     void findingIs(Severity severity, char const * kind, String const & place, String const & text);
 
-    /// Whether nothing is an error, and with `strict` no warning either.
+    /// Whether nothing is an error, and with `strict` no warning either. Functions that are insane
+    /// or could not be read are errors.
     bool good(bool strict) const;
 
     /// A line a function: "f: sane", "f: insane: REASON", "f: not read: REASON"; then a line a
@@ -26,6 +30,7 @@ public:
     String jsonLines() const;
 
 private:
+    /// What was given, a row each.
     struct FunctionRow {
         String name;
         Verdict verdict;
@@ -34,10 +39,12 @@ private:
     struct FindingRow {
         Severity severity;
         char const * kind;
+        /// "FILE:POINTER", as messages begin.
         String place;
         String text;
     };
 
+    /// What the row says is wrong: nothing for a sane function.
     static String wrongOf(FunctionRow const & row);
 
     std::vector<FunctionRow> functions_;

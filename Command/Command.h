@@ -11,15 +11,24 @@
 
 /// The `qcf` command: a file a sub-command, which declares its options and what it runs.
 
-/// Arguments that cannot be meant: exit code 2. `what` is one line.
+/// Arguments that cannot be meant, which the parser of the command line let pass: exit code 2.
+/// `what` is one line.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
 /// The sub-commands of `qcf`.
+///
+///     auto const options = std::make_shared<Options>();
+///     CLI::App & command = commands.add("dump", "Print ...", "...", "qcf dump policy.json",
+///                                       [options] { return dump(*options); });
+///     command.add_option("document", options->document, "...")->required();
+///
+/// Options live as long as the command, which holds them.
 class Commands {
 public:
+    /// The application must outlive it.
     explicit Commands(CLI::App & app) : app_(app) {}
 
     /// What a sub-command does; answers the exit code. Bad input is an exception whose text is one
@@ -45,6 +54,7 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
                         std::string const & description, U64 least = 0, U64 most = ~U64{0});
 
 // Each in the file of its name; Main.cpp calls them in the order of the help.
+/// Adds `qcf eval`; the others likewise. Each in the file of its name.
 void addEvalCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
 void addDumpCommand(Commands & commands);

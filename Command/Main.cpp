@@ -63,7 +63,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     return commands.run();
 }
 
-int guarded(CLI::App & app, int argc, char ** argv) {
+int exitCodeOf(CLI::App & app, int argc, char ** argv) {
     try {
         int const exitCode = parseAndRun(app, argc, argv);
         standardOutput().flush();
@@ -119,5 +119,5 @@ int main(int argc, char ** argv) {
     app.require_subcommand(1);
     app.footer("Exit codes: 0 done, 1 bad input or failed check, 2 bad usage.\n"
                "Files named - are standard input. See qcf COMMAND --help for each command.\n");
-    return guarded(app, argc, argv);
+    return exitCodeOf(app, argc, argv);
 }

@@ -7,6 +7,7 @@
 PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & program,
                                            String const & document, String const & name);
 
-/// The function and whatever it refers to, functions that it calls included.
+/// The function and whatever it refers to, functions that it calls included, as a program of its
+/// own.
 Qcf::Documents::Program reachedFrom(PtrConst<Qcf::Eval::Function> const & function,
                                     Qcf::Documents::Program const & program);

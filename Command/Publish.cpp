@@ -15,7 +15,7 @@ struct Options {
     U64 wait = 10;
 };
 
-String told(Qcf::Mirror::PublishOutcome const & outcome, String const & name) {
+String outcomeText(Qcf::Mirror::PublishOutcome const & outcome, String const & name) {
     auto const count = [](U64 number, char const * what) {
         return std::to_string(number) + ' ' + what;
     };
@@ -54,7 +54,7 @@ int publish(Options const & options) {
     Qcf::Mirror::WriterSettings settings;
     settings.patience = std::chrono::seconds(options.wait);
     Qcf::Mirror::RedisWriter writer(redis, options.redis.name, tellLine, std::move(settings));
-    standardOutput().write(told(writer.publish(program), options.redis.name));
+    standardOutput().write(outcomeText(writer.publish(program), options.redis.name));
     return 0;
 }
 

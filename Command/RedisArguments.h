@@ -3,13 +3,16 @@
 #include "Command/Command.h"
 #include "Mirror/Redis/RedisUrl.h"
 
-/// Where a published store is: the options that say so.
+/// Where a published store is: the options that say so, the same for every sub-command.
 struct RedisArguments {
+    /// As the options say it; `options()` reads it.
     String url;
     String name;
+    /// Files for TLS; empty where they are not given.
     String caFile;
     String certificateFile;
     String keyFile;
+    /// Whether the server need not prove who it is.
     bool insecure = false;
 
     /// Adds --redis, --name and the TLS options; must outlive the parsing.

@@ -115,15 +115,15 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Run run;
     run.log = options.log;
-    Qcf::Agent::EvaluationPlan plan;
-    plan.function = std::move(function);
-    plan.makeContext = std::move(makeContext);
-    plan.makeSink = [&] { return makeSink(options.output, run); };
-    plan.threads = static_cast<U32>(options.threads);
-    plan.limit = options.limit;
-    plan.log = options.log;
+    Qcf::Agent::TableRun tableRun;
+    tableRun.function = std::move(function);
+    tableRun.makeContext = std::move(makeContext);
+    tableRun.makeSink = [&] { return makeSink(options.output, run); };
+    tableRun.threads = static_cast<U32>(options.threads);
+    tableRun.limit = options.limit;
+    tableRun.log = options.log;
     try {
-        evaluateTable(*reader, plan);
+        evaluateTable(*reader, tableRun);
     } catch (ClosedOutput const &) {
         throw;
     } catch (...) {

@@ -3,12 +3,16 @@
 #include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Command/Command.h"
 
-/// How a table of routes is evaluated and what is told of it; the options that say so.
+/// How a table of routes is evaluated and what is told of it; the options that say so, the same for
+/// `eval` and `agent`.
 struct RouteRunOptions {
+    /// A file, or "-" for standard input.
     String routes;
     String output = "table"; ///< table, jsonl or none
     bool log = false;
+    /// From 1 on.
     U64 threads = 1;
+    /// Routes to evaluate at most.
     U64 limit = ~U64{0};
 
     /// Adds --routes, --output, --log, --threads and --limit; must outlive the parsing.

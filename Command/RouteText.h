@@ -9,7 +9,8 @@ namespace Qcf::Agent {
 class ValueRenderer;
 }
 
-/// Writes one evaluated route as an object; with its log when `withLog`.
+/// Writes one evaluated route as an object; with its log when `withLog`. The values of the changes
+/// are what `values` writes of them.
 void renderRoute(Qcf::Agent::Evaluated const & evaluated, bool withLog, RendererV2 & renderer,
                  Qcf::Agent::ValueRenderer & values);
 

@@ -10,18 +10,29 @@
 namespace Qcf::Lists {
 
 /// An AS-path access list: entries in their order, the first that matches decides, none matching is
-/// false. Immutable once made.
+/// false.
+///
+/// Patterns see a path as text, `65001 65002 {65003,65004}`: whoever asks makes that text once a
+/// route (`Routing::Bgp::appendAsPathPatternText`) and asks all lists with it. A question costs
+/// time linear in the text for each entry that it comes to.
+///
+/// Immutable once made: any number of threads may ask. The engine holds it as the status of a slot,
+/// which comes back to the agent's context with each question.
 class AsPathList final : public Routing::RouteMap::AsPathListStatus {
 public:
+    /// One line of the list. It matches where the pattern is found and the origin fits.
     struct Entry {
+        /// What the list answers where this entry is the first that matches.
         ListAction action = ListAction::permit;
         Pattern pattern;           ///< made from what `asPathExpression` returns
         std::optional<U64> origin; ///< matches only routes of that BGP origin; any where absent
     };
 
+    /// Takes the entries in the order in which they are tried; there may be none.
     explicit AsPathList(std::vector<Entry> entries) : entries_(std::move(entries)) {}
 
-    /// `pathText` is the path as patterns see it, `origin` the route's as it came.
+    /// Whether the list permits a route with this path. `pathText` is the path as patterns see it,
+    /// `origin` the BGP origin (0 IGP, 1 EGP, 2 incomplete) of the route as it came.
     bool permits(std::string_view pathText, U64 origin) const {
         for (Entry const & entry : entries_) {
             bool const comparable = !entry.origin || *entry.origin == origin;
@@ -32,9 +43,11 @@ public:
         return false;
     }
 
+    /// Whether there is no entry, so that every answer is no.
     bool empty() const { return entries_.empty(); }
 
 private:
+    /// In the order in which they are tried.
     std::vector<Entry> entries_;
 };
 

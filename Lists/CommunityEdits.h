@@ -14,6 +14,8 @@
 /// made where others see it; either is filled by `insert` in ascending order.
 namespace Qcf::Lists {
 
+/// A set of these values, which must be ascending; null when there are none. Writes into the
+/// current set where that one says that it may be written, and so keeps its storage.
 template <typename Set>
 Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values) {
     if (values.empty()) {
@@ -30,11 +32,18 @@ Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values
 }
 
 /// One thread's copies of the sets that lists permit, made when they are first asked for, so that
-/// handing one on counts in memory of the thread's own.
+/// handing one on counts in memory of the thread's own. A set is shared with the operations that it
+/// is handed to, and says so by its flag: none of them writes to it. A list that goes is forgotten
+/// when another one comes to stand at its address.
+///
+///     PermittedSets<Eval::U64SmallVector> sets; // a member of the thread's context
+///     Ptr<Eval::U64SmallVector> const & permitted = sets.of(list->matcher());
+///
+/// Asking again costs a look-up. Belongs to one thread.
 template <typename Set>
 class PermittedSets {
 public:
-    /// Null for none.
+    /// The set of that list; null for a list that permits none. Valid until the next call.
     Ptr<Set> const & of(CommunityMatcher<Set> const & list) {
         Copy & copy = copies_[&list];
         if (copy.of != list.permitted()) { // new, or of a list that stood at the same address
@@ -47,10 +56,13 @@ public:
 private:
     /// It keeps the set that it was made of, which so has its address for itself.
     struct Copy {
+        /// The list's own set, by which the list is recognised.
         Ptr<Set> of;
+        /// The copy, which this thread hands on.
         Ptr<Set> set;
     };
 
+    /// A set of its own that whoever writes has to copy first.
     static Ptr<Set> copyOf(Set const & set) {
         auto copy = makePtr<Set>(Eval::ModifyFlag::copyOnWrite);
         copy->values().reserve(set.count());
@@ -60,16 +72,20 @@ private:
         return copy;
     }
 
+    /// By the list that was asked; as many as the functions of this thread have named.
     std::unordered_map<CommunityMatcher<Set> const *, Copy> copies_;
 };
 
-/// The communities of the list's permitting entries.
+/// The communities of the list's permitting entries: what remains of the current ones when a
+/// function assigns the list. What is answered is shared and must not be written.
 template <typename Set>
 Ptr<Set> assignedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets) {
     return list != nullptr ? sets.of(*list) : Ptr<Set>();
 }
 
-/// The current communities and those of the list's permitting entries.
+/// The current communities and those of the list's permitting entries. `scratch` is any buffer of
+/// this thread; it is overwritten. Where one of both has all the communities, it is the answer, and
+/// nothing is copied.
 template <typename Set>
 Ptr<Set> addedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets,
                  Ptr<Set> const & current, typename Set::Buffer & scratch) {
@@ -86,7 +102,10 @@ Ptr<Set> addedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets,
     return filledSet(current, scratch);
 }
 
-/// Those of the current communities for which the list alone answers `kept`.
+/// Those of the current communities for which the list alone answers `kept`: true to retain what
+/// the list permits, false to remove it. `scratch` and `text` are any buffers of this thread; they
+/// are overwritten. Asks the list about each community alone; allocates nothing where all of them
+/// stay.
 template <typename Set>
 Ptr<Set> keptBy(CommunityMatcher<Set> const * list, bool kept, Ptr<Set> const & current,
                 typename Set::Buffer & scratch, String & text) {

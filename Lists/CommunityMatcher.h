@@ -20,25 +20,33 @@ namespace Qcf::Lists {
 /// Literal entries cost a search, however many they are: each is filed under the one of its
 /// communities that the fewest entries share. Immutable once made; the text buffer that questions
 /// are given is the asking thread's, and nothing is allocated once it has grown.
+///
+///     CommunityMatcher<Eval::U64SmallVector> const matcher(std::move(entries), appendText);
+///     matcher.matches(&communities, text); // `text` is any buffer of this thread
 template <typename Set_>
 class CommunityMatcher {
 public:
     using Set = Set_;
     using Value = typename Set::Value;
-    /// Appends a community as patterns see it.
+    /// Appends a community as patterns see it. It is called for each community of a route, at most
+    /// once a question.
     using AppendText = void (*)(String & out, Value const & community);
 
+    /// One line of the list: either communities or a pattern, or neither.
     struct Entry {
         ListAction action = ListAction::permit;
         std::vector<Value> communities;
         std::optional<Pattern> pattern;
     };
 
+    /// Files the entries; costs in proportion to all their communities, with a sort.
     CommunityMatcher(std::vector<Entry> entries, AppendText appendText);
+    /// Not to be copied: others know a list by its address.
     CommunityMatcher(CommunityMatcher const &) = delete;
     CommunityMatcher & operator=(CommunityMatcher const &) = delete;
 
-    /// Whether the list permits a route with these communities; null is the empty set.
+    /// Whether the list permits a route with these communities; null is the empty set. `text` is
+    /// written to where there are patterns.
     bool matches(Set const * set, String & text) const;
     /// The same with entries that match only where the route carries just their communities.
     /// Entries with a pattern never do.
@@ -51,14 +59,17 @@ public:
     Ptr<Set> const & permitted() const { return permitted_; }
 
 private:
+    /// Entries are known by their numbers in the order of the list.
     using Number = U32; ///< of an entry; entryCount() for none
 
+    /// Where the communities of an entry stand.
     struct Literal {
         U32 first; ///< in communities_
         U32 count;
     };
 
-    /// A community and the literal entries filed under it.
+    /// A community and the literal entries filed under it. An entry of several communities matches
+    /// only routes that carry its anchor, so that no others need be looked at.
     struct Anchor {
         Value community;
         Number single;  ///< the first entry of just this community
@@ -66,30 +77,43 @@ private:
     };
 
     Number entryCount() const { return static_cast<Number>(actions_.size()); }
+    /// What is answered when that entry is the first that matches.
     bool permitsEntry(Number entry) const {
         return entry < entryCount() && actions_[entry] == ListAction::permit;
     }
+    /// All of them must be there for the entry to match.
     std::span<Value const> communitiesOf(Number entry) const {
         return {communities_.data() + literals_[entry].first, literals_[entry].count};
     }
+    /// The entries to look at where a route carries the anchor's community, ascending.
     std::span<Number const> filedUnder(std::size_t anchor) const {
         U32 const first = anchors_[anchor].firstFiled;
         return {filed_.data() + first, anchors_[anchor + 1].firstFiled - first};
     }
+    /// Different communities under which entries are filed.
     std::size_t anchorCount() const { return anchors_.size() - 1; }
 
+    /// Chooses the anchor of each literal entry and files it there.
     void fileLiterals();
+    /// Gathers what `permitted` answers.
     void unitePermitted();
+    /// The first entry of just this community; entryCount() for none.
     Number firstSingle(Value const & community) const;
+    /// The first literal entry that matches by `matches(number)`, of those filed under a community
+    /// of the set.
     template <typename Matches>
     Number firstFiled(Set const & set, Matches const & matches) const;
+    /// The first entry before `before` whose pattern is found in the text that `appendAll` writes.
     template <typename AppendAll>
     Number firstPattern(Number before, String & text, AppendAll const & appendAll) const;
 
+    /// How the communities of this kind read.
     AppendText appendText_;
+    /// By the number of the entry.
     std::vector<ListAction> actions_;
     std::vector<Literal> literals_;  ///< of every entry; count 0 for patterns
     std::vector<Value> communities_; ///< ascending within an entry
+    /// Entries with a pattern, ascending.
     std::vector<std::pair<Number, Pattern>> patterns_;
     Number always_ = 0;           ///< the first entry that matches every route
     std::vector<Anchor> anchors_; ///< ascending, with one more at the end for its firstFiled

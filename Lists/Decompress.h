@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Lists/ByteSource.h"
+#include "Lists/ByteStream.h"
 
 namespace Qcf::Lists {
 
@@ -12,7 +12,8 @@ using MakeDecompressor = std::unique_ptr<ByteStream> (*)(std::unique_ptr<ByteStr
 ///
 /// Several compressed parts one after the other read as one, as the tools themselves do; anything
 /// else behind a part ends the stream with a note. Damaged or cut data end it with a fault; what
-/// was good before them is delivered.
+/// was good before them is delivered. The compressed stream is read in pieces as the result is
+/// asked for: memory does not grow with it.
 MakeDecompressor decompressorFor(U8 const * bytes, std::size_t size);
 
 } // namespace Qcf::Lists

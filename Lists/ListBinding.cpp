@@ -8,7 +8,7 @@ namespace {
 
 /// The list of that name; a null pointer where there is none.
 template <typename List>
-List named(ListsByName<List> const & lists, String const & name) {
+List findNamed(ListsByName<List> const & lists, String const & name) {
     auto const found = lists.find(name);
     return found == lists.end() ? List() : found->second;
 }
@@ -17,7 +17,7 @@ template <typename Status, typename List>
 void bind(MatcherTable<Status> & table, SlotMap const & slots, ListsByName<List> const & lists,
           PtrConst<Status> const & undefined = nullptr) {
     for (auto const & [name, slot] : slots) {
-        PtrConst<Status> const list = named(lists, name);
+        PtrConst<Status> const list = findNamed(lists, name);
         table.entryIs(slot, list ? list : undefined);
     }
 }
@@ -26,7 +26,7 @@ void bindPrefixLists(MatcherTable<Routing::Policy::PrefixListMatcher> & table,
                      SlotMap const & slots, AddressFamily family, NamedLists const & lists) {
     PtrConst<PrefixListTrie> const undefined = makePtr<PrefixListTrie>(family);
     for (auto const & [name, slot] : slots) {
-        auto const list = named(lists.prefixLists, name);
+        auto const list = findNamed(lists.prefixLists, name);
         bool const isOfOtherFamily = list && list->af() != family;
         table.entryIs(slot, isOfOtherFamily ? nullptr : list ? list : undefined);
     }
@@ -35,7 +35,7 @@ void bindPrefixLists(MatcherTable<Routing::Policy::PrefixListMatcher> & table,
 void bindDynamicPrefixLists(ExternalMatchersBase & matchers, SlotMap const & slots,
                             NamedLists const & lists) {
     for (auto const & [name, slot] : slots) {
-        DynamicPrefixList const list = named(lists.dynamicPrefixLists, name);
+        DynamicPrefixList const list = findNamed(lists.dynamicPrefixLists, name);
         matchers.dynamicPrefixLists.entryIs(slot, list.status);
         matchers.dynamicIpv4PrefixLists.entryIs(slot, list.v4);
         matchers.dynamicIpv6PrefixLists.entryIs(slot, list.v6);

@@ -8,21 +8,28 @@ namespace Qcf::Lists {
 
 /// Puts the lists where the slots of a program's functions select them by name.
 ///
+///     PtrConst<ExternalMatchersBase> const matchers = bindLists(program.slots, lists.get());
+///
 /// A name that no list has acts as an empty list: whoever evaluates asks `unboundUses` first, lest
 /// a misspelt name goes unseen. A prefix list of the other family than the slot's acts as no list
 /// at all. `lists` may be null: then there are none.
+///
+/// The matchers hold the lists by count and never change; any number of contexts in any number of
+/// threads may share them. They outlive both arguments.
 PtrConst<ExternalMatchersBase> bindLists(FunctionMetadata const & metadata,
                                          NamedLists const * lists);
 
-/// A place in a program that refers to a list.
+/// A place in a program that refers to a list, with the slot under which the program selects it.
 struct ListUse {
-    String metadataKind; ///< the member of FunctionMetadata that speaks of it: "commListsUsed"
+    SlotKind kind; ///< by which table of the external matchers the slot counts
+    /// The name as the program has it; no list need have it.
     String name;
     U64 slot = 0; ///< what the referring node holds; slots beyond 65535 select nothing
     String place; ///< put before messages: "policy.json:/functions/0/body/stmts/1/rhs"
 };
 
-/// Something about a program and its lists that is hardly meant.
+/// Something about a program and its lists that is hardly meant. It never stops an evaluation by
+/// itself: what follows from it is for the caller to decide.
 struct Finding {
     enum class Kind : U8 {
         undefinedList, ///< no list of that kind has the name
@@ -43,8 +50,8 @@ struct Finding {
 };
 
 /// What is wrong between a program (its joined metadata and every place that uses a list) and the
-/// lists: first by use in the order given, then by name in the metadata that no use speaks of, then
-/// by list in the order of the kinds and names.
+/// lists: first the uses in their order, then the metadata, then the lists. Each finding once.
+/// Costs in proportion to uses and names.
 std::vector<Finding> checkLists(FunctionMetadata const & metadata,
                                 std::vector<ListUse> const & uses, NamedLists const & lists);
 

@@ -10,27 +10,27 @@ namespace {
 
 using Kind = Finding::Kind;
 
-/// What the members of FunctionMetadata speak of.
+/// Which lists the slots of a kind select; of tunnel RIBs there are no lists.
 struct UseKind {
-    std::string_view metadataKind;
+    SlotKind slots;
     ListKind kind;
     AddressFamily family = AddressFamily::none; ///< of prefix lists that are of one family
 };
 constexpr UseKind useKinds[] = {
-    {"commListsUsed", ListKind::communityList},
-    {"extCommListsUsed", ListKind::extCommunityList},
-    {"largeCommListsUsed", ListKind::largeCommunityList},
-    {"tagSetsUsed", ListKind::tagSet},
-    {"asPathAccessListsUsed", ListKind::asPathAccessList},
-    {"V4PrefixListsUsed", ListKind::prefixList, AddressFamily::ipv4},
-    {"V6PrefixListsUsed", ListKind::prefixList, AddressFamily::ipv6},
-    {"DynPrefixListsUsed", ListKind::dynamicPrefixList},
-    {"roaTablesUsed", ListKind::roaTable},
+    {SlotKind::commList, ListKind::communityList},
+    {SlotKind::extCommList, ListKind::extCommunityList},
+    {SlotKind::largeCommList, ListKind::largeCommunityList},
+    {SlotKind::tagSet, ListKind::tagSet},
+    {SlotKind::asPathAccessList, ListKind::asPathAccessList},
+    {SlotKind::v4PrefixList, ListKind::prefixList, AddressFamily::ipv4},
+    {SlotKind::v6PrefixList, ListKind::prefixList, AddressFamily::ipv6},
+    {SlotKind::dynamicPrefixList, ListKind::dynamicPrefixList},
+    {SlotKind::roaTable, ListKind::roaTable},
 };
 
-UseKind const * findUseKind(std::string_view metadataKind) {
-    auto const * const found = std::ranges::find(useKinds, metadataKind, &UseKind::metadataKind);
-    return found == std::end(useKinds) ? nullptr : found;
+UseKind const * findUseKind(SlotKind slots) {
+    auto const * const row = std::ranges::find(useKinds, slots, &UseKind::slots);
+    return row == std::end(useKinds) ? nullptr : row;
 }
 
 String listText(ListKind kind, std::string_view name) {
@@ -71,14 +71,14 @@ public:
         : metadata_(metadata), lists_(lists) {}
 
     void use(ListUse const & use) {
-        auto const * const kind = findUseKind(use.metadataKind);
+        auto const * const kind = findUseKind(use.kind);
         if (kind == nullptr) {
             return;
         }
         used_.emplace(kind->kind, use.name);
-        spokenOf_.emplace(use.metadataKind, use.name);
+        spokenOf_.emplace(use.kind, use.name);
         name(use);
-        U64 const slot = metadataSlot(use);
+        U64 const slot = slotOf(metadata_.of(use.kind), use.name);
         if (use.slot == 0 || use.slot != slot) {
             add(Kind::wrongSlot, use.place,
                 listText(kind->kind, use.name) + " is used with slot " + std::to_string(use.slot) +
@@ -87,17 +87,17 @@ public:
     }
 
     void name(ListUse const & use) {
-        if (auto const * const kind = findUseKind(use.metadataKind)) {
+        if (auto const * const kind = findUseKind(use.kind)) {
             checkName(*kind, use.name, use.place);
         }
     }
 
     void metadata() {
-        FunctionMetadata::eachKind(metadata_, [&](String const & metadataKind, auto & slots) {
-            if (auto const * const kind = findUseKind(metadataKind)) {
-                metadataOf(metadataKind, *kind, slots);
+        for (SlotKindInfo const & slots : slotKinds) {
+            if (auto const * const kind = findUseKind(slots.kind)) {
+                metadataOf(slots, *kind);
             }
-        });
+        }
     }
 
     void lists() {
@@ -124,14 +124,6 @@ private:
         }
     }
 
-    U64 metadataSlot(ListUse const & use) const {
-        U64 slot = 0;
-        FunctionMetadata::eachKind(metadata_, [&](String const & kind, auto & slots) {
-            slot = kind == use.metadataKind ? slotOf(slots, use.name) : slot;
-        });
-        return slot;
-    }
-
     void checkName(UseKind const & kind, String const & name, String const & place) {
         if (!isDefined(lists_, kind.kind, name)) {
             add(Kind::undefinedList, place, listText(kind.kind, name) + " is not defined");
@@ -148,12 +140,12 @@ private:
         }
     }
 
-    void metadataOf(String const & metadataKind, UseKind const & kind, SlotMap const & slots) {
-        String const place = "metadata " + metadataKind;
+    void metadataOf(SlotKindInfo const & slots, UseKind const & kind) {
+        String const place = String("metadata ") + slots.name;
         std::map<U16, String> nameOfSlot;
-        for (auto const & [name, slot] : slots) {
+        for (auto const & [name, slot] : metadata_.*slots.slots) {
             used_.emplace(kind.kind, name);
-            if (!spokenOf_.contains({metadataKind, name})) {
+            if (!spokenOf_.contains({slots.kind, name})) {
                 checkName(kind, name, place);
             }
             auto const [at, isFirst] = nameOfSlot.emplace(slot, name);
@@ -168,7 +160,7 @@ private:
     FunctionMetadata const & metadata_;
     NamedLists const & lists_;
     std::set<std::pair<ListKind, String>> used_;
-    std::set<std::pair<String, String>> spokenOf_;
+    std::set<std::pair<SlotKind, String>> spokenOf_;
     std::set<String> told_;
     std::vector<Finding> findings_;
 };
@@ -197,7 +189,7 @@ std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, NamedLists c
 }
 
 String listText(ListUse const & use) {
-    auto const * const kind = findUseKind(use.metadataKind);
+    auto const * const kind = findUseKind(use.kind);
     return kind == nullptr ? String() : listText(kind->kind, use.name);
 }
 

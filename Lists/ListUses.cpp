@@ -2,8 +2,8 @@
 
 #include "QcfLib/NodeClass.h"
 #include "QcfLib/NodeFields.h"
+#include "QcfLib/NodeWalk.h"
 
-#include <algorithm>
 #include <set>
 #include <unordered_set>
 
@@ -11,63 +11,38 @@ namespace Qcf::Lists {
 
 namespace {
 
-/// Where classes of nodes name a list.
-struct Reference {
-    std::string_view classSuffix;
-    std::string_view nameField;
-    std::string_view slotField;
-    char const * metadataKind;
-};
+using Eval::AetNodeBase;
+using Eval::FieldInfo;
+using Eval::FieldRole;
+using Eval::Function;
 
-/// The first whose suffix fits counts.
-constexpr Reference references[] = {
-    {"LargeCommList", "listName", "index", "largeCommListsUsed"},
-    {"ExtCommList", "listName", "index", "extCommListsUsed"},
-    {"CommList", "listName", "index", "commListsUsed"},
-    {"AsPathAccessList", "listName", "index", "asPathAccessListsUsed"},
-    {"MatchTagSet", "tagSetName", "index", "tagSetsUsed"},
-    {"DynamicPrefixListImmediate", "name", "indexInAet", "DynPrefixListsUsed"},
-    {"PrefixListImmediate", "name", "indexInAet", "V4PrefixListsUsed"},
-    {"RoaTableImmediate", "name", "number", "roaTablesUsed"},
-};
-
-Reference const * referenceOf(Eval::NodeClass const & nodeClass) {
-    auto const * const found = std::ranges::find_if(references, [&](Reference const & reference) {
-        return std::string_view(nodeClass.name).ends_with(reference.classSuffix);
-    });
-    return found == std::end(references) ? nullptr : found;
-}
-
-/// Picks the name and the slot out of a node's fields.
+/// Picks the name and the slot out of the fields of a node whose class names a list.
 class ReferenceFields final : public Eval::FieldWriter {
 public:
-    explicit ReferenceFields(Reference const & reference) : reference_(reference) {
-        use.metadataKind = reference.metadataKind;
-    }
+    explicit ReferenceFields(SlotKind kind) { use.kind = kind; }
 
     ListUse use;
 
 private:
-    using FieldInfo = Eval::FieldInfo;
     using TriStateBoolValue = Eval::TriStateBoolValue;
     using AccessibleAttributes = Eval::AccessibleAttributes;
 
     template <typename Value>
     void take(FieldInfo const &, Value const &) {}
     void take(FieldInfo const & field, String const & value) {
-        if (field.name == reference_.nameField) {
+        if (plays(field, FieldRole::listName)) {
             use.name = value;
         }
     }
     void take(FieldInfo const & field, U16 const & value) { takeSlot(field, value); }
     void take(FieldInfo const & field, U64 const & value) { takeSlot(field, value); }
     void take(FieldInfo const & field, bool const & value) {
-        if (field.name == std::string_view("isV4") && !value) {
-            use.metadataKind = "V6PrefixListsUsed";
+        if (plays(field, FieldRole::isV4) && !value) {
+            use.kind = SlotKind::v6PrefixList;
         }
     }
     void takeSlot(FieldInfo const & field, U64 value) {
-        if (field.name == reference_.slotField) {
+        if (plays(field, FieldRole::listSlot)) {
             use.slot = value;
         }
     }
@@ -76,72 +51,40 @@ private:
     void write(FieldInfo const & field, Type const & value) override { take(field, value); }
     QCF_FOR_EACH_SCALAR(QCF_TAKE)
 #undef QCF_TAKE
-    void writeNode(FieldInfo const &, Eval::AetNodeBase const *) override {}
-
-    Reference const & reference_;
-};
-
-/// Collects what a function refers to. Trees may be deep: nothing recurses.
-class Walk {
-public:
-    explicit Walk(PlaceOf const & placeOf) : placeOf_(placeOf) {}
-
-    std::vector<ListUse> from(Eval::Function const & function) && {
-        push(&function, function);
-        while (!pending_.empty()) {
-            Pending const at = pending_.back();
-            pending_.pop_back();
-            take(at);
-            auto const * const callee = dynamic_cast<Eval::Function const *>(at.node);
-            pushChildren(*at.node, callee == nullptr ? *at.within : *callee);
-        }
-        return std::move(uses_);
-    }
-
-private:
-    struct Pending {
-        Eval::AetNodeBase const * node;
-        Eval::Function const * within;
-    };
-
-    void push(Eval::AetNodeBase const * node, Eval::Function const & within) {
-        if (node != nullptr && met_.insert(node).second) {
-            pending_.push_back({node, &within});
-        }
-    }
-
-    void pushChildren(Eval::AetNodeBase const & node, Eval::Function const & within) {
-        std::size_t const firstChild = pending_.size();
-        node.typeData().visitChildren(
-            node,
-            [&](Eval::FieldInfo const &, Eval::AetNodeBase const * child) { push(child, within); });
-        std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(firstChild), pending_.end());
-    }
-
-    void take(Pending const & at) {
-        auto const * const reference = referenceOf(at.node->typeData());
-        if (reference == nullptr) {
-            return;
-        }
-        ReferenceFields fields(*reference);
-        at.node->typeData().write(*at.node, fields);
-        if (named_.emplace(fields.use.metadataKind, fields.use.name).second) {
-            fields.use.place = placeOf_(*at.node, *at.within);
-            uses_.push_back(std::move(fields.use));
-        }
-    }
-
-    PlaceOf const & placeOf_;
-    std::vector<ListUse> uses_;
-    std::vector<Pending> pending_;
-    std::unordered_set<Eval::AetNodeBase const *> met_;
-    std::set<std::pair<String, String>> named_;
+    void writeNode(FieldInfo const &, AetNodeBase const *) override {}
 };
 
 } // namespace
 
-std::vector<ListUse> reachedLists(Eval::Function const & function, PlaceOf const & placeOf) {
-    return Walk(placeOf).from(function);
+std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & placeOf) {
+    std::vector<ListUse> uses;
+    std::set<std::pair<SlotKind, String>> told;
+    std::unordered_set<AetNodeBase const *> met;
+    // The functions that the walk is in; a node's place is told within the innermost one.
+    std::vector<Function const *> within;
+    auto const enter = [&](Eval::WalkedNode const & at) {
+        if (!met.insert(&at.node).second) {
+            return false;
+        }
+        if (auto const * const entered = Eval::as<Function>(at.node)) {
+            within.push_back(entered);
+        } else if (auto const kind = at.node.typeData().facts.list) {
+            ReferenceFields fields(*kind);
+            at.node.typeData().write(at.node, fields);
+            if (told.emplace(fields.use.kind, fields.use.name).second) {
+                fields.use.place = placeOf(at.node, *within.back());
+                uses.push_back(std::move(fields.use));
+            }
+        }
+        return true;
+    };
+    auto const leave = [&](AetNodeBase const & node) {
+        if (Eval::is<Function>(node)) {
+            within.pop_back();
+        }
+    };
+    walkTree(function, enter, leave);
+    return uses;
 }
 
 } // namespace Qcf::Lists

@@ -7,13 +7,17 @@
 
 namespace Qcf::Lists {
 
-/// Tells the place of a node that the function `within` reaches without a call, as messages name
-/// it.
+/// Tells the place of a node as messages name it. `within` is the function that reaches the node
+/// without a call: by key alone a node that functions share could be told in either.
 using PlaceOf =
     std::function<String(Eval::AetNodeBase const & node, Eval::Function const & within)>;
 
-/// The lists that evaluating the function refers to, functions that it calls included: each name
-/// once, with the first node that has it.
+/// The lists that evaluating the function refers to, functions that it calls included: each name of
+/// a kind once, with the first node that has it, in the order of the text. A callee's lists stand
+/// at the call, those of its arguments behind them.
+///
+/// Walks the tree without recursion, each node once, whatever the depth; asks `placeOf` only for
+/// what it lists. Which classes name a list, and by which fields, is a fact of the class.
 std::vector<ListUse> reachedLists(Eval::Function const & function, PlaceOf const & placeOf);
 
 } // namespace Qcf::Lists

@@ -6,13 +6,23 @@
 
 namespace Qcf::Lists {
 
-/// Reads a lists document ("qcf": "lists/1"). Throws DocumentError with one line that names the
-/// file, the place in it, what was wanted and what was found; a ROA table that stands in a file of
-/// its own is looked for beside `fileName`, and its faults are told under its own name. `warn` is
-/// told what such a file has that is left out.
+/// Reads a lists document ("qcf": "lists/1"), which holds named lists by kind:
+///
+///     {"qcf": "lists/1",
+///      "communityLists": {"C": [{"action": "permit", "communities": ["65000:1"]}]},
+///      "asPathAccessLists": {"A": [{"action": "permit", "regex": "_65001$"}]}}
+///
+/// Throws DocumentError with one line that names the file, the place in it, what was wanted and
+/// what was found; nothing is taken from a document that has a fault, and unknown keys are faults.
+/// A ROA table that stands in a file of its own is looked for beside `fileName`, and its faults are
+/// told under its own name. `warn` is told what such a file has that is left out; without it nobody
+/// is.
+///
+/// `text` is handed over; what is answered is the caller's alone until it is shared.
 PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn = {});
 
-/// The same for a file; `-` is standard input.
+/// The same for a file; `-` is standard input. A file that cannot be read is a DocumentError as
+/// well.
 PtrConst<NamedLists> readListsFile(String const & path, Reporter const & warn = {});
 
 } // namespace Qcf::Lists

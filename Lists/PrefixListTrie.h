@@ -10,6 +10,7 @@
 namespace Qcf::Lists {
 
 /// One entry of a prefix list: it matches what lies in its prefix and has a length in its range.
+/// The plain form "this prefix and nothing else" has both lengths equal to the prefix's own.
 struct PrefixListEntry {
     U32 seq = 0; ///< unique in a list; entries are tried in rising order
     ListAction action = ListAction::permit;
@@ -25,30 +26,44 @@ struct PrefixListEntry {
 /// prefix that occurs in the list the lengths that it permits are worked out beforehand, with the
 /// entries of all prefixes around it taken into account. Of an IPv4 list they are kept by address.
 /// Immutable once made.
+///
+/// As the engine asks it, the answer of a list without entries is "unset".
+///
+///     PrefixListTrie const list(AddressFamily::ipv4, entries);
+///     list.match(IpGenPrefix::parse("10.1.0.0/16").value()); // true, false, or nothing
 class PrefixListTrie final : public Routing::Policy::PrefixListMatcher {
 public:
     /// A list without entries.
     explicit PrefixListTrie(AddressFamily family) : family_(family) {}
-    /// The entries may come in any order; each must be of the family.
+    /// The entries may come in any order; each must be of the family, with lengths that fit it:
+    /// readers of documents see to that.
     PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry> entries);
 
+    /// The family that every candidate must have to be matched.
     AddressFamily af() const override { return family_; }
     TristateBoolean
+    /// The answer as the engine wants it; the context is not looked at.
     matchWithTristate(Routing::Policy::MatchInput_ const & input,
                       Ptr<Routing::Policy::PolicyEvalContext> const & context) const override;
 
-    /// The answer for a candidate; nothing for a list without entries.
+    /// The answer for a candidate; nothing for a list without entries. A candidate of the other
+    /// family is not matched by any entry.
     std::optional<bool> match(IpGenPrefix const & candidate) const;
 
+    /// Whether the list has no entries, and so no answers.
     bool empty() const { return trie_.size() == 0; }
 
 private:
+    /// Works out what each prefix of the list permits, around it taken into account.
     void permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
                 std::span<U32 const> firstOfNode);
+    /// Makes the pieces of an IPv4 list from that.
     void cutAddresses(std::span<IpGenPrefix const> prefixes);
+    /// Whether the question can be answered by address alone.
     bool hasPiecesFor(IpGenPrefix const & candidate) const {
         return hasPieces_ && candidate.af() == AddressFamily::ipv4 && candidate.len() != 0;
     }
+    /// The answer by address alone; a candidate of length 0 has no bit in a piece.
     bool permittedByPiece(IpGenPrefix const & candidate) const {
         U32 const bits = pieces_.bitsOf(candidate.addr().v4Value());
         return (bits >> (candidate.len() - 1U) & 1) != 0;
@@ -56,6 +71,7 @@ private:
 
     AddressFamily family_;
     bool hasPieces_ = false; ///< an IPv4 list with entries
+    /// Words of `permitted_` that a node has: one for IPv4, more for IPv6.
     U32 wordsPerNode_ = 1;
     PrefixTrie trie_;
     std::vector<U64> permitted_; ///< per node a bit for every length of a candidate

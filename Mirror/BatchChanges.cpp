@@ -13,7 +13,7 @@ namespace {
 
 constexpr FieldInfo functionReference{
     "ref", "PtrConst<Function>", "Function", true,
-    [](Entity const & node) { return dynamic_cast<Eval::Function const *>(&node) != nullptr; }};
+    [](Entity const & node) { return &node.typeData() == &Eval::nodeClassOf<Eval::Function>(); }};
 
 NodeClass const & expectClass(JsonValue const & name) {
     NodeClass const * const nodeClass = Eval::findNodeClass(name.expectString());

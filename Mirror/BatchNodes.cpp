@@ -1,8 +1,8 @@
 #include "Mirror/BatchNodes.h"
 
 #include "Mirror/MirrorError.h"
-#include "Mirror/NodeWalk.h"
 #include "Mirror/Publishable.h"
+#include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfEval.h"
 
 namespace Qcf::Mirror {
@@ -39,8 +39,8 @@ void BatchNodes::function(String const & name, Eval::FunctionBase const & functi
 }
 
 void BatchNodes::writeTree(Node const & root) {
-    walkChildrenFirst(
-        root, [this](Node const & node) { return enter(node); },
+    walkTree(
+        root, [this](Eval::WalkedNode const & at) { return enter(at.node); },
         [this](Node const & node) { writeNode(node); });
 }
 

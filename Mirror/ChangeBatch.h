@@ -47,6 +47,7 @@ struct StatusFields {
     U32 endMarker = 0;
     bool store = true; ///< whether there is a store of nodes
 
+    /// Those of a status as it is.
     static StatusFields of(AllFunctionStatus const & status);
 };
 
@@ -56,6 +57,7 @@ AetCollections * storeOf(AllFunctionStatus const & status);
 /// Whether two batches of the same writer could ever be taken for one another: never.
 String newBatchId();
 
+/// A batch as it is sent.
 struct Batch {
     BatchStart start;
     Digest digest;      ///< over the functions after the batch
@@ -66,11 +68,14 @@ struct Batch {
     /// alone, the last the end line.
     std::vector<String> pieces;
 
+    /// Of all pieces.
     std::size_t bytes() const;
+    /// The version that the batch makes.
     VersionId version() const { return {start.version, start.id, digest}; }
 };
 
-/// Writes a batch line by line, in the order above.
+/// Writes a batch line by line, in the order above. Children before parents, and loose nodes by
+/// rising numbers, are the caller's to keep: BatchNodes does.
 class BatchWriter {
 public:
     /// The size that a piece may have before the next one starts.
@@ -80,11 +85,15 @@ public:
 
     /// Members that go, each class's in a row.
     void remove(std::vector<CollKey> const & members);
+    /// A member with its fields.
     void node(Eval::AetNodeBase const & node, WireStyle const & style = WireStyle());
     /// A node that is no member; numbers count from 0.
     void looseNode(U64 number, Eval::AetNodeBase const & node, WireStyle const & style);
+    /// The function that a name means from here on.
     void function(String const & name, NodeReference const & function);
+    /// Takes a name away.
     void functionDel(String const & name);
+    /// The last two lines; the writer is of no more use.
     Batch finish(StatusFields const & status, Digest const & digest, U64 functions, U64 nodes);
 
 private:

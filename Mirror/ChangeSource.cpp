@@ -23,7 +23,7 @@ ChangeSource::~ChangeSource() {
     unwatchStore();
 }
 
-void ChangeSource::changed() const {
+void ChangeSource::tellChange() const {
     if (changed_) {
         changed_();
     }
@@ -40,7 +40,7 @@ void ChangeSource::statusChanged(Notification const & notification) {
     } else {
         fields_ = true;
     }
-    changed();
+    tellChange();
 }
 
 void ChangeSource::watchStore() {
@@ -51,7 +51,7 @@ void ChangeSource::watchStore() {
     store_->followerIs(nodes_);
     if (changed_) {
         storeSubscription_ =
-            store_->publisher().subscribe([this](Notification const &) { changed(); });
+            store_->publisher().subscribe([this](Notification const &) { tellChange(); });
     }
 }
 

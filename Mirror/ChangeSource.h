@@ -10,6 +10,15 @@ namespace Qcf::Mirror {
 
 /// Follows the effective changes of a status and its store, and writes them as batches. Any number
 /// may follow one status. Belongs to the publishing thread.
+///
+///     ChangeSource source(status);
+///     ... changes of the status ...
+///     if (source.hasChanges()) {
+///         send(source.takeBatch({version, newBatchId(), lastId}, digest));
+///     }
+///
+/// A member that came and went within a batch is not told. Costs a note a change, and in a batch
+/// what it says.
 class ChangeSource {
 public:
     /// What is there already counts as known to whoever gets the batches. `changed` is called with
@@ -41,8 +50,11 @@ public:
     void changesDel();
 
 private:
+    /// Notes a change of the status.
     void statusChanged(Notification const & notification);
-    void changed() const;
+    /// Calls `changed`, where there is one.
+    void tellChange() const;
+    /// Follows the store that the status has now.
     void watchStore();
     void unwatchStore();
 
@@ -51,7 +63,9 @@ private:
     SubscriptionId statusSubscription_;
     Ptr<AetCollections> store_; ///< the one that is watched
     SubscriptionId storeSubscription_ = 0;
+    /// Members that came and went since the last batch.
     AetChanges nodes_;
+    /// Names that mean another function than at the last batch.
     std::set<String> names_;
     bool fields_ = false; ///< markers and flags changed
     bool replaced_ = false;

@@ -2,7 +2,7 @@
 
 #include "Documents/FieldVisitors.h"
 #include "Documents/StructureTable.h"
-#include "Mirror/NodeWalk.h"
+#include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfEval.h"
 
 #include <bit>
@@ -80,11 +80,6 @@ private:
     std::function<void(AetNodeBase const *)> child_;
 };
 
-Eval::Function const * asFunction(AetNodeBase const & node) {
-    bool const is = node.typeData().number() == Eval::Function::classNumber;
-    return is ? static_cast<Eval::Function const *>(&node) : nullptr;
-}
-
 } // namespace
 
 Digest FunctionDigests::of(Eval::Function const & function) {
@@ -105,18 +100,19 @@ Digest FunctionDigests::compute(Eval::Function const & function) {
     Digester digester;
     String content;
     auto const writeChild = [&](AetNodeBase const * child) {
-        if (child != nullptr && asFunction(*child) != nullptr) {
-            content += of(*asFunction(*child)).toString();
+        auto const * const callee = child == nullptr ? nullptr : Eval::as<Eval::Function>(*child);
+        if (callee != nullptr) {
+            content += of(*callee).toString();
         } else {
             content += std::to_string(child == nullptr ? 0 : numbers.at(child)) + ';';
         }
     };
     Content writer(content, writeChild);
-    auto const enter = [&](AetNodeBase const & node) {
-        bool const isCallee = &node != &function && asFunction(node) != nullptr;
-        return !isCallee && numbers.try_emplace(&node, 0).second;
+    auto const enter = [&](Eval::WalkedNode const & at) {
+        bool const isCallee = &at.node != &function && Eval::is<Eval::Function>(at.node);
+        return !isCallee && numbers.try_emplace(&at.node, 0).second;
     };
-    walkChildrenFirst(function, enter, [&](AetNodeBase const & node) {
+    walkTree(function, enter, [&](AetNodeBase const & node) {
         content = String(node.typeData().name) + ';';
         node.typeData().write(node, writer);
         U32 const before = contents.count();

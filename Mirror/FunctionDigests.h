@@ -14,8 +14,15 @@ namespace Qcf::Mirror {
 /// Digests of functions by their content: classes, scalars and structure, callees included. Neither
 /// keys nor sharing nor addresses count, so that every process that holds equal functions computes
 /// the same. A function is walked once, however often it is asked about.
+///
+///     FunctionDigests digests;
+///     bool const same = digests.of(mine) == digests.of(theirs);
+///
+/// Known functions are held, so that asking again costs a look-up; `keepInUse` lets those go that
+/// nobody else holds. Belongs to one thread.
 class FunctionDigests {
 public:
+    /// The digest of a function; costs a walk over what is not known of it yet.
     Digest of(Eval::Function const & function);
     /// The digest over names and functions of a whole status, in name order.
     Digest of(AllFunctionStatus::Functions const & functions);
@@ -24,11 +31,13 @@ public:
     void keepInUse();
 
 private:
+    /// A function that was walked.
     struct Known {
         PtrConst<Eval::FunctionBase> function; ///< held, so that its address stays its own
         Digest digest;
     };
 
+    /// Walks the function, callees aside.
     Digest compute(Eval::Function const & function);
 
     std::unordered_map<Eval::AetNodeBase const *, Known> known_;

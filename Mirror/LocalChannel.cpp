@@ -6,7 +6,7 @@ namespace Qcf::Mirror {
 
 namespace {
 
-StagedBatch staged(Batch batch) {
+StagedBatch stage(Batch batch) {
     StagedBatch result("in process", std::move(batch.pieces.front()));
     for (std::size_t i = 1; i + 1 < batch.pieces.size(); ++i) {
         result.add(std::move(batch.pieces[i]));
@@ -15,7 +15,7 @@ StagedBatch staged(Batch batch) {
     return result;
 }
 
-void applyTo(Mirror & mirror, StagedBatch const & batch) {
+void applyTo(FollowedStore & mirror, StagedBatch const & batch) {
     mirror.replica().apply(batch);
     mirror.show();
 }
@@ -23,32 +23,32 @@ void applyTo(Mirror & mirror, StagedBatch const & batch) {
 } // namespace
 
 LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status, Report report)
-    : status_(status), report_(std::move(report)), source_(status, [this] { changed(); }) {}
+    : status_(status), report_(std::move(report)), source_(status, [this] { passChanges(); }) {}
 
-void LocalChannel::attach(Mirror & mirror) {
+void LocalChannel::attach(FollowedStore & mirror) {
     QCF_ASSERT_TEXT(!status_->dedupedFunctionUpdatesInProgress(), "no batch is under way");
     if (followers_.empty()) {
         renew();
     } else if (source_.hasChanges()) {
-        pass();
+        passBatch();
     }
     BatchStart const start{version_.number, version_.id, ""};
-    applyTo(mirror, staged(source_.snapshot(start, version_.digest)));
+    applyTo(mirror, stage(source_.snapshot(start, version_.digest)));
     followers_.push_back({&mirror, true});
 }
 
-void LocalChannel::detach(Mirror & mirror) {
+void LocalChannel::detach(FollowedStore & mirror) {
     std::erase_if(followers_, [&](Follower const & each) { return each.mirror == &mirror; });
 }
 
 // While nobody is attached, changes are noted and no more.
-void LocalChannel::changed() {
+void LocalChannel::passChanges() {
     if (followers_.empty() || status_->dedupedFunctionUpdatesInProgress() ||
         !source_.hasChanges()) {
         return;
     }
     try {
-        pass();
+        passBatch();
     } catch (MirrorError const & error) {
         troubleIs(error.what());
     }
@@ -73,10 +73,10 @@ void LocalChannel::renew() {
     }
 }
 
-void LocalChannel::pass() {
+void LocalChannel::passBatch() {
     VersionId const next = nextVersion();
     BatchStart const start{next.number, next.id, source_.replaced() ? String() : version_.id};
-    StagedBatch const change = staged(source_.takeBatch(start, next.digest));
+    StagedBatch const change = stage(source_.takeBatch(start, next.digest));
     version_ = next;
     String trouble;
     for (Follower & follower : followers_) {
@@ -92,7 +92,7 @@ String LocalChannel::give(Follower & follower, StagedBatch const & change) {
             applyTo(*follower.mirror, change);
         } else {
             BatchStart const start{version_.number, version_.id, ""};
-            applyTo(*follower.mirror, staged(source_.snapshot(start, version_.digest)));
+            applyTo(*follower.mirror, stage(source_.snapshot(start, version_.digest)));
         }
         follower.inStep = true;
         return {};

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Mirror/ChangeSource.h"
-#include "Mirror/Mirror.h"
+#include "Mirror/FollowedStore.h"
 
 namespace Qcf::Mirror {
 
@@ -28,8 +28,8 @@ public:
     /// The mirror gets what there is, then every batch; it must outlive the channel or be detached.
     /// No batch may be under way. Throws MirrorError when there is something that cannot be
     /// published; the mirror is not attached then.
-    void attach(Mirror & mirror);
-    void detach(Mirror & mirror);
+    void attach(FollowedStore & mirror);
+    void detach(FollowedStore & mirror);
 
     /// The last version that the mirrors were given.
     VersionId const & version() const { return version_; }
@@ -38,16 +38,21 @@ public:
     String const & trouble() const { return trouble_; }
 
 private:
+    /// A store that follows, and whether the next batch fits it.
     struct Follower {
-        Mirror * mirror;
+        FollowedStore * mirror;
         bool inStep; ///< has what batches build on
     };
 
-    void changed();
+    /// A change came: passes a batch on when one is complete.
+    void passChanges();
+    /// The version that the changes make.
     VersionId nextVersion();
     void renew();
-    void pass();
+    void passBatch();
+    /// Applies the batch to one store; answers what went wrong.
     String give(Follower & follower, StagedBatch const & change);
+    /// Reports trouble that is new.
     void troubleIs(String trouble);
 
     Ptr<AllFunctionStatus> status_;

@@ -83,11 +83,6 @@ private:
     SameChild const & sameChild_;
 };
 
-template <typename Literal>
-void keep(Eval::AetNodeBase const & node) {
-    cacheConstantValue(static_cast<Literal const &>(node));
-}
-
 } // namespace
 
 Ptr<Eval::AetNodeBase>
@@ -115,18 +110,8 @@ bool sameFields(
 }
 
 void keepConstantValue(Eval::AetNodeBase const & node) {
-    switch (node.typeData().number()) {
-    case Eval::IntListImmediate::classNumber:
-        keep<Eval::IntListImmediate>(node);
-        break;
-    case Eval::IntSetImmediate::classNumber:
-        keep<Eval::IntSetImmediate>(node);
-        break;
-    case Eval::CommunitySetImmediate::classNumber:
-        keep<Eval::CommunitySetImmediate>(node);
-        break;
-    default:
-        break;
+    if (auto const keep = node.typeData().facts.keepConstant) {
+        keep(node);
     }
 }
 

@@ -9,6 +9,7 @@ namespace Qcf::Mirror {
 /// A node of the same class and scalars under another key, with `mapChild(child)` in each child's
 /// place; null children stay null.
 Ptr<Eval::AetNodeBase>
+/// Of a literal the copy keeps its value, as evaluation expects it. The copy belongs to no store.
 copyNode(Eval::AetNodeBase const & node, U64 key,
          std::function<PtrConst<Eval::AetNodeBase>(Eval::AetNodeBase const &)> const & mapChild);
 

@@ -8,7 +8,8 @@
 
 namespace Qcf::Mirror {
 
-/// What all readers of a published store can compare: which batch they hold.
+/// What all readers of a published store can compare: which batch they hold. Two readers with equal
+/// ids evaluate alike.
 struct VersionId {
     U64 number = 0; ///< rises by one a batch; 0 before the first
     String id;      ///< unique to the batch; empty before the first
@@ -20,21 +21,31 @@ struct VersionId {
 };
 
 /// The functions of one complete batch. Immutable, and shared by any number of threads.
+///
+///     if (Eval::Function const * const import = version.find("import")) {
+///         import->eval(context);
+///     }
+///
+/// It holds its functions by count, and they their nodes: a version works on whatever becomes of
+/// the store that it was taken from. Evaluating threads get it from a VersionedView.
 class PolicyVersion final : public PtrInterface {
 public:
     using Functions = std::map<String, PtrConst<Eval::Function>, std::less<>>;
 
+    /// No function may be null.
     PolicyVersion(VersionId id, Functions functions, U64 nodes)
         : id_(std::move(id)), functions_(std::move(functions)), nodes_(nodes) {}
 
+    /// Which batch it is.
     VersionId const & id() const { return id_; }
+    /// All functions by name.
     Functions const & functions() const { return functions_; }
     /// Nodes in the store that the version was taken from.
     U64 nodes() const { return nodes_; }
-    /// The function of that name; null when there is none.
+    /// The function of that name; null when there is none. Valid as long as the version.
     Eval::Function const * find(std::string_view name) const;
     /// The names that the functions use, with their slots. Where functions disagree, which no
-    /// document lets them, the first in name order counts.
+    /// document lets them, the first in name order counts. For binding the agent's lists.
     FunctionMetadata slots() const;
 
 private:

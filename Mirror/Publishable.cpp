@@ -29,7 +29,7 @@ void checkPublishable(Eval::AetNodeBase const & node) {
 Eval::Function const & publishableFunction(String const & name,
                                            Eval::FunctionBase const & function) {
     constexpr std::size_t longestName = 100;
-    if (function.typeData().number() != Eval::Function::classNumber) {
+    if (!Eval::is<Eval::Function>(function)) {
         throw MirrorError("function \"" + oneLine(name, longestName) +
                           "\": its class is none that can be published");
     }

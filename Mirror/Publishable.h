@@ -11,7 +11,8 @@ namespace Qcf::Mirror {
 // What a publisher's status may hold, but no reader can be given: it is refused with a MirrorError
 // that names it, before anything of it is sent.
 
-/// Whether the tree under the node is deeper than any that is taken from outside.
+/// Whether the tree under the node is deeper than any that is taken from outside. Costs nothing:
+/// nodes know their depth.
 inline bool isTooDeep(Eval::AetNodeBase const & node) {
     return node.treeDepth() > Eval::maximumTreeDepth;
 }
@@ -20,7 +21,8 @@ inline bool isTooDeep(Eval::AetNodeBase const & node) {
 /// deeper than any that may be evaluated.
 void checkPublishable(Eval::AetNodeBase const & node);
 
-/// The function as the engine's class; throws for any other, and as above.
+/// The function as the engine's class; throws for any other, and as above. `name` is for the
+/// message.
 Eval::Function const & publishableFunction(String const & name,
                                            Eval::FunctionBase const & function);
 

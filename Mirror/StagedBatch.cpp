@@ -48,7 +48,7 @@ U64 lineCount(std::string_view piece) {
 
 /// Faults of the text are told as faults of what was received.
 template <typename Work>
-void guarded(Work && work) {
+void asMirrorErrors(Work && work) {
     try {
         work();
     } catch (DocumentError const & error) {
@@ -59,7 +59,7 @@ void guarded(Work && work) {
 } // namespace
 
 StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(place)) {
-    guarded([&] {
+    asMirrorErrors([&] {
         JsonDocument line(place_);
         line.parseLine(firstPiece, 1);
         JsonObjectReader reader(onlyMember(line, "start"), "start");
@@ -85,7 +85,7 @@ void StagedBatch::take(String piece) {
 void StagedBatch::add(String piece) { take(std::move(piece)); }
 
 void StagedBatch::finish(String piece) {
-    guarded([&] { parseEnd(piece); });
+    asMirrorErrors([&] { parseEnd(piece); });
     batch_.pieces.push_back(std::move(piece));
     complete_ = true;
 }

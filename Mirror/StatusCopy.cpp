@@ -4,8 +4,8 @@
 #include "Mirror/ChangeBatch.h"
 #include "Mirror/MirrorError.h"
 #include "Mirror/NodeCopy.h"
-#include "Mirror/NodeWalk.h"
 #include "Mirror/Publishable.h"
+#include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
 
@@ -40,8 +40,8 @@ std::vector<Node const *> allNodes(AllFunctionStatus const & status) {
     std::unordered_set<Node const *> seen;
     std::vector<Node const *> nodes;
     for (Node const * const root : roots) {
-        walkChildrenFirst(
-            *root, [&](Node const & node) { return seen.insert(&node).second; },
+        walkTree(
+            *root, [&](Eval::WalkedNode const & at) { return seen.insert(&at.node).second; },
             [&](Node const & node) { nodes.push_back(&node); });
     }
     return nodes;
@@ -61,14 +61,14 @@ public:
         return numbers_[&node] = contents_.numberOf(content);
     }
     /// Of a node that was numbered; 0 for one that was not.
-    U32 known(Node const & node) const {
+    U32 knownNumber(Node const & node) const {
         auto const found = numbers_.find(&node);
         return found == numbers_.end() ? 0 : found->second;
     }
 
 private:
     NodeReference referenceTo(Node const & child) const {
-        U32 const number = known(child);
+        U32 const number = knownNumber(child);
         if (number != 0) {
             return {.loose = true, .number = number};
         }
@@ -189,8 +189,9 @@ PtrConst<Node> Copy::twinInTarget(Node const & node) {
         store != nullptr ? store->node(collectionOf(node), node.aetNodeKey()) : nullptr;
     bool const same =
         there && sameFields(node, *there, [this](Node const & own, Node const & child) {
-            U32 const loose = loose_.known(child);
-            return loose != 0 ? loose == loose_.known(own) : twins_.at(&own).node.get() == &child;
+            U32 const loose = loose_.knownNumber(child);
+            return loose != 0 ? loose == loose_.knownNumber(own)
+                              : twins_.at(&own).node.get() == &child;
         });
     return same ? PtrConst<Node>(there) : nullptr;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 
 namespace Qcf::Mirror {
 

@@ -6,7 +6,7 @@
 
 namespace Qcf::Mirror {
 
-VersionedView::Reader::~Reader() { view_.slotDel(slot_); }
+VersionedView::Reader::~Reader() { view_.hazardPointerDel(hazard_); }
 
 VersionedView::VersionedView()
     : held_(makePtr<PolicyVersion>(VersionId(), PolicyVersion::Functions(), U64{0})) {
@@ -14,7 +14,7 @@ VersionedView::VersionedView()
 }
 
 VersionedView::~VersionedView() {
-    QCF_ASSERT_TEXT(slots_.empty(), "readers end before their view");
+    QCF_ASSERT_TEXT(hazards_.empty(), "readers end before their view");
 }
 
 void VersionedView::currentIs(PtrConst<PolicyVersion> version) {
@@ -32,19 +32,19 @@ PtrConst<PolicyVersion> VersionedView::current() {
     return held_;
 }
 
-VersionedView::Slot & VersionedView::slotIs() {
+VersionedView::HazardPointer & VersionedView::hazardPointerIs() {
     std::lock_guard const lock(mutex_);
-    return slots_.emplace_back();
+    return hazards_.emplace_back();
 }
 
-void VersionedView::slotDel(Slot & slot) {
+void VersionedView::hazardPointerDel(HazardPointer & hazard) {
     std::lock_guard const lock(mutex_);
-    QCF_ASSERT_TEXT(slot.pinned.load() == nullptr, "a reader's pin ends before the reader");
-    slots_.remove_if([&](Slot const & each) { return &each == &slot; });
+    QCF_ASSERT_TEXT(hazard.version.load() == nullptr, "a reader's pin ends before the reader");
+    hazards_.remove_if([&](HazardPointer const & each) { return &each == &hazard; });
 }
 
-// One thread at a time looks for versions that nobody pins; whoever comes meanwhile does not wait
-// for it but has it look again.
+// One thread at a time looks for versions that no hazard pointer protects; whoever comes meanwhile
+// does not wait for it but has it look again.
 void VersionedView::reclaim() {
     do {
         lookAgain_.store(true);
@@ -52,21 +52,22 @@ void VersionedView::reclaim() {
             return;
         }
         lookAgain_.store(false);
-        auto const unpinned = takeUnpinned();
+        auto const unprotected = takeUnprotected(); // let go of at the end of this round
         reclaiming_.store(false);
     } while (lookAgain_.load());
 }
 
-std::vector<PtrConst<PolicyVersion>> VersionedView::takeUnpinned() {
+std::vector<PtrConst<PolicyVersion>> VersionedView::takeUnprotected() {
     std::lock_guard const lock(mutex_);
-    auto const isPinned = [this](PtrConst<PolicyVersion> const & version) {
-        return std::any_of(slots_.begin(), slots_.end(),
-                           [&](Slot const & slot) { return slot.pinned.load() == version.get(); });
+    auto const isProtected = [this](PtrConst<PolicyVersion> const & version) {
+        return std::any_of(hazards_.begin(), hazards_.end(), [&](HazardPointer const & hazard) {
+            return hazard.version.load() == version.get();
+        });
     };
-    auto const unpinned = std::partition(retired_.begin(), retired_.end(), isPinned);
-    std::vector<PtrConst<PolicyVersion>> taken(std::make_move_iterator(unpinned),
+    auto const unprotected = std::partition(retired_.begin(), retired_.end(), isProtected);
+    std::vector<PtrConst<PolicyVersion>> taken(std::make_move_iterator(unprotected),
                                                std::make_move_iterator(retired_.end()));
-    retired_.erase(unpinned, retired_.end());
+    retired_.erase(unprotected, retired_.end());
     retiredCount_.store(retired_.size());
     return taken;
 }

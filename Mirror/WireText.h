@@ -22,6 +22,7 @@ std::optional<String> parseWireText(std::string_view wire);
 
 /// The bits of a float that is no finite number: "0x7f800000".
 String wireBits(F32 value);
+/// The float of such a text; nothing for any other.
 std::optional<F32> parseWireBits(std::string_view wire);
 
 } // namespace Qcf::Mirror

@@ -101,7 +101,7 @@ void inProcess(Texts const & texts, bool memory) {
     }
     before = HeapUse::now().bytes;
     Mirror::LocalChannel channel(status);
-    Mirror::Mirror reader("bench");
+    Mirror::FollowedStore reader("bench");
     timed("copy-to-reader", [&] { channel.attach(reader); });
     if (memory) {
         printMemory("reader", heapSince(before));
@@ -123,7 +123,7 @@ double redisMemory(Mirror::test::RedisServer const & server) {
 }
 
 /// Lets a reader follow until it has a version.
-void follow(Mirror::RedisFollower & follower, Mirror::Mirror & mirror,
+void follow(Mirror::RedisFollower & follower, Mirror::FollowedStore & mirror,
             Mirror::VersionId const & version) {
     auto const end = Clock::now() + std::chrono::seconds(60);
     while (!(mirror.version() == version) && Clock::now() < end) {
@@ -146,7 +146,7 @@ void overRedis(Texts const & texts, bool memory) {
     if (memory) {
         printMemory("redis", redisMemory(server) - empty);
     }
-    Mirror::Mirror reader("bench");
+    Mirror::FollowedStore reader("bench");
     Mirror::RedisFollower follower(server.options(), reader, report);
     timed("redis-reader", [&] { follow(follower, reader, version); });
     timed("redis-change", [&] { version = writer.publish(changed).version; });

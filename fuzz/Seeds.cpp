@@ -8,7 +8,7 @@
 #include "Agent/Tables/TableGenerator.h"
 #include "Documents/Program.h"
 #include "Mirror/ChangeSource.h"
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 #include "Platform/Render/ReadFile.h"
 #include "QcfLib/NodeClass.h"
 #include "tests/support/RandomDocument.h"

@@ -18,24 +18,34 @@ struct Evaluated {
     AgentContextBase const & context;
 };
 
-/// What becomes of the routes of a run. Every thread has one of its own, which it uses for one run
-/// of consecutive routes after the other.
+/// What becomes of the evaluated routes. Every thread has a sink of its own, which it uses for one
+/// stretch of consecutive routes after the other.
 class EvaluationSink {
 public:
     virtual ~EvaluationSink() = default;
 
-    /// Takes the next evaluated route of the current run of routes: the place for work that may go
-    /// on side by side, such as making text.
+    /// Takes the next evaluated route of the current stretch: the place for work that may go on
+    /// side by side, such as making text.
     virtual void take(Evaluated const & evaluated) = 0;
 
-    /// The current run of routes is complete. The calls of all sinks together come one at a time
-    /// and in the order of the table, from any thread: the place for what must keep that order,
-    /// such as writing. The next run starts empty.
+    /// The current stretch is complete. The calls of all sinks together come one at a time and in
+    /// the order of the table, from any thread: the place for what must keep that order, such as
+    /// writing. The next stretch starts empty.
     virtual void deliver() = 0;
 };
 
-/// How a table is evaluated.
-struct EvaluationPlan {
+/// How a table is evaluated: one function for all its routes, by one thread or several.
+///
+///     TableRun run;
+///     run.function = function;
+///     run.makeContext = [&] { return makePtr<AgentContext>(matchers); };
+///     run.makeSink = [&] { return std::make_unique<PrintingSink>(out); };
+///     run.threads = 4;
+///     evaluateTable(*openRoutes(path, report), run);
+///
+/// The result does not depend on the number of threads: sinks deliver in the order of the table.
+struct TableRun {
+    /// Not null. All threads evaluate the same object.
     PtrConst<Eval::Function> function;
     /// Makes the context of a thread; called on the thread that starts the evaluation.
     std::function<Ptr<AgentContextBase>()> makeContext;
@@ -43,15 +53,16 @@ struct EvaluationPlan {
     std::function<std::unique_ptr<EvaluationSink>()> makeSink;
     U32 threads = 1;     ///< at least 1; with 1 no thread is started
     U64 limit = ~U64{0}; ///< routes to evaluate at most
+    /// Whether each evaluation keeps a log, which the context then has.
     bool log = false;
 };
 
-/// Evaluates the plan's function for the routes of the reader, which is used by one thread at a
+/// Evaluates the run's function for the routes of the reader, which is used by one thread at a
 /// time. Memory is bounded whatever the table's size; after the first routes nothing is allocated
 /// per route.
 ///
 /// An exception of the reader, of a context or of a sink ends the evaluation and reaches the
 /// caller after the routes before it were delivered; those behind it are not.
-void evaluateTable(RouteReader & reader, EvaluationPlan const & plan);
+void evaluateTable(RouteReader & reader, TableRun const & run);
 
 } // namespace Qcf::Agent

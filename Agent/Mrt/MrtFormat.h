@@ -9,6 +9,7 @@ namespace Qcf::Agent {
 /// files. Plain numbers in a namespace, because every one of them is compared with outside data.
 namespace Mrt {
 
+/// Types of records. A type is counted as skipped where it is known and carries no routes of BGP.
 enum Type : U16 {
     bgp = 5, ///< deprecated by RFC 6396, found in dumps of before 2001
     ospfv2 = 11,
@@ -22,6 +23,9 @@ enum Type : U16 {
     ospfv3Et = 49,
 };
 
+/// Subtypes of TABLE_DUMP_V2: a peer index table, and behind it records with the routes to a prefix
+/// each. The generic ones name their family themselves; those with ADDPATH have a path identifier
+/// an entry.
 enum TableDumpV2 : U16 {
     peerIndexTable = 1,
     ribIpv4Unicast = 2,
@@ -37,8 +41,10 @@ enum TableDumpV2 : U16 {
     ribGenericAddPath = 12,
 };
 
+/// Types of BGP messages; only updates carry routes.
 enum MessageType : U8 { open = 1, update = 2, notification = 3, keepAlive = 4 };
 
+/// Path attributes that are read, by their code.
 enum Attribute : U8 {
     origin = 1,
     asPath = 2,
@@ -56,51 +62,63 @@ enum Attribute : U8 {
     largeCommunities = 32,
 };
 
+/// Flags before an attribute's code; the last one says that its length has two bytes.
 enum AttributeFlags : U8 { optional = 0x80, transitive = 0x40, extendedLength = 0x10 };
 
-/// Bits of a peer's type in the peer index table.
+/// Bits of a peer's type in the peer index table: how its address and its AS number are written.
 enum PeerFlags : U8 { ipv6Peer = 0x01, as4Peer = 0x02 };
 
+/// The AS number that stands for one that does not fit in 16 bits (RFC 6793).
 constexpr U32 asTrans = 23456;
 
 /// The common header of a record.
 struct Header {
+    /// Bytes in the file.
     static constexpr std::size_t size = 12;
 
+    /// Seconds since 1970, by the collector's clock.
     U32 time;
     U16 type;
     U16 subtype;
     U32 length; ///< of what follows the header
 
+    /// Reads the 12 bytes at `from`, which must be there.
     static Header load(U8 const * from) {
         return {loadU32(from), loadU16(from + 4), loadU16(from + 6), loadU32(from + 8)};
     }
 };
 
 /// The longest record that is read. A prefix announced by every one of 65,535 peers with usual
-/// attributes takes about half of it; collectors write records of some hundred kilobytes.
+/// attributes takes about half of it; collectors write records of some hundred kilobytes. A longer
+/// length is taken for a broken frame.
 constexpr U32 maxRecordLength = U32{16} << 20;
 
-/// True for a type that files are known to hold and a length that a record may have.
+/// True for a type that files are known to hold and a length that a record may have. Data may look
+/// so by chance.
 bool isPlausible(Header const & header);
 
-/// The same, and the subtype is one that is defined for the type.
+/// The same, and the subtype is one that is defined for the type. A search for a lost frame trusts
+/// only such headers.
 bool isWellKnown(Header const & header);
 
-/// True for a record of TABLE_DUMP_V2 that holds routes.
+/// True for a record of TABLE_DUMP_V2 that holds routes, which can be read only with the peers of
+/// the table before it.
 constexpr bool holdsTableRoutes(Header const & header) {
     return header.type == tableDumpV2 && header.subtype >= ribIpv4Unicast &&
            header.subtype <= ribGenericAddPath && header.subtype != geoPeerTable;
 }
 
-/// "TABLE_DUMP_V2/RIB_IPV4_UNICAST", "BGP4MP_ET/MESSAGE_AS4", "type 32305/28353".
+/// The name for reports: "TABLE_DUMP_V2/RIB_IPV4_UNICAST", "BGP4MP_ET/MESSAGE_AS4", "type
+/// 32305/28353".
 String recordName(U16 type, U16 subtype);
 
 } // namespace Mrt
 
-/// An address or prefix family with its sub-family, as BGP numbers them.
+/// An address or prefix family with its sub-family, as BGP numbers them: 1/1 is IPv4 unicast.
 struct FamilyCode {
+    /// 1 for IPv4, 2 for IPv6; all others are not read.
     U16 afi = 0;
+    /// 1 for unicast, 2 for multicast.
     U8 safi = 0;
 
     /// IPv4 or IPv6 for unicast and multicast routes, none for every other family.
@@ -111,6 +129,7 @@ struct FamilyCode {
         return addressFamily(afi);
     }
 
+    /// The family of an AFI alone; none for all but 1 and 2.
     static AddressFamily addressFamily(U16 afi) {
         return afi == 1   ? AddressFamily::ipv4
                : afi == 2 ? AddressFamily::ipv6
@@ -118,7 +137,8 @@ struct FamilyCode {
     }
 };
 
-/// Reads an address of the family, 4 or 16 bytes; none for family none.
+/// Reads an address of the family, 4 or 16 bytes; none for family none. Damage where they are not
+/// there.
 IpGenAddr readAddress(ByteCursor & from, AddressFamily family);
 
 /// Reads a length in bits and as many bytes as it takes. Bits beyond the length are cleared; a
@@ -126,7 +146,8 @@ IpGenAddr readAddress(ByteCursor & from, AddressFamily family);
 IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family);
 
 /// Counts the prefixes, each behind a path identifier where `addPath` says so, to the end; none of
-/// a family that is not read.
+/// a family that is not read. Looks at every prefix, so that a damaged one is found before any is
+/// used.
 U64 countPrefixes(ByteCursor from, AddressFamily family, bool addPath);
 
 } // namespace Qcf::Agent

@@ -6,9 +6,12 @@
 namespace Qcf::Agent {
 
 /// Cuts an MRT file into stretches of whole records, which takes a look at their headers alone.
+/// Decoding, which is the work, can so be done by several threads at once.
 ///
 /// Where the frame of the records is broken it looks for the next place where a record starts that
-/// is followed by another one or by the end of the data.
+/// is followed by another one or by the end of the data. How much of damaged records is
+/// searched for others is bounded over the whole file, so that false records within each other do
+/// not make it quadratic. Used by one thread at a time.
 class MrtFrames {
 public:
     /// A stretch has up to `most` bytes, or one record.
@@ -26,17 +29,25 @@ public:
     bool compressed() const { return source_.compressed(); }
 
 private:
+    /// Comes to the next record that can be read; false at the end of the data.
     bool findRecord(MrtFindings & findings);
+    /// Takes further records that are in the window already.
     void extendStretch();
+    /// Steps over the current stretch.
     void leaveStretch(MrtFindings & findings);
+    /// Whether the last record of the stretch, of so many bytes, cannot be decoded.
     bool lastIsDamaged(std::size_t size);
+    /// Keeps the peers of a table that begins here, for the stretches behind it.
     void readPeers(MrtFindings & findings);
     /// A record that the cut itself has to look at: it starts a stretch.
     bool isSpecial(Mrt::Header const & header) const;
 
+    /// The kinds of trouble, each told once where it is met.
     void recordIsCut(String const & what, std::size_t wanted, MrtFindings & findings);
     void noRecordIsHere(Mrt::Header const & header, MrtFindings & findings);
+    /// Searches for the next record and tells how much was passed over.
     void recoverFrame(String const & problem, MrtFindings & findings);
+    /// Tells how the data ended.
     void finish(MrtFindings & findings);
 
     Lists::ByteSource source_;

@@ -7,8 +7,16 @@
 
 namespace Qcf::Agent {
 
-/// The announcements of one BGP message: a record of BGP4MP, BGP4MP_ET or the old type BGP.
-/// Points into the record that it was given last.
+/// The announcements of one BGP message: a record of BGP4MP, BGP4MP_ET or the old type BGP. Points
+/// into the record that it was given last.
+///
+///     message.startBgp4mp(subtype, body, statistics);
+///     while (message.next(route)) {
+///         ...
+///     }
+///
+/// Prefixes stand in up to two places of a message, the NLRI of IPv4 unicast and MP_REACH_NLRI, in
+/// this order. All have the attributes of the message and differ in prefix and next hop.
 class MrtMessage {
 public:
     /// Takes a record, past the microseconds where it has them. Counts withdrawals, families that
@@ -22,17 +30,20 @@ public:
     bool next(Route & route);
 
 private:
+    /// The prefixes of one place.
     struct Announced {
         AddressFamily family = AddressFamily::none;
         IpGenAddr nextHop;
         ByteCursor nlri;
     };
 
+    /// Decodes attributes and places of an UPDATE; `as4` as the record's subtype says.
     void readUpdate(ByteCursor body, bool as4, ReadStatistics & statistics);
 
     PathAttributes attributes_;
     Route shared_; ///< what all prefixes of the message have in common
     std::array<Announced, 2> announced_;
+    /// Whether a path identifier stands before each prefix.
     bool addPath_ = false;
 };
 

@@ -6,7 +6,8 @@
 
 namespace Qcf::Agent {
 
-/// Whole records that stand one behind the other in memory.
+/// Whole records that stand one behind the other in memory, and what is to be known to read them
+/// apart from the rest of the file. The bytes are somebody else's.
 struct MrtStretch {
     U8 const * data = nullptr;
     std::size_t size = 0;
@@ -14,8 +15,10 @@ struct MrtStretch {
     std::shared_ptr<MrtPeers const> peers; ///< that hold at its start
 };
 
-/// What is met while records are read: the counts and the reports.
+/// What is met while records are read: the counts and the reports. Shares gather their own, which
+/// are joined in the order of the file.
 struct MrtFindings {
+    /// An empty `report` drops the lines.
     MrtFindings(bool ofCompressed, Lists::Reporter report)
         : log(std::move(report)), compressed(ofCompressed) {}
 
@@ -29,26 +32,33 @@ struct MrtFindings {
 
 /// Reads the routes of the records of a stretch.
 ///
-/// A damaged record costs that record: no route comes out of it.
+/// A damaged record costs that record: no route comes out of it, so that nobody acts on half of
+/// what it said. Records of types without routes are counted as skipped. Used by one thread at a
+/// time; after the largest record nothing is allocated.
 class MrtRecords {
 public:
     /// The stretch to read next; it must stay where it is until then.
     void stretchIs(MrtStretch const & stretch);
 
-    /// The next route; false when the stretch has no more. Damage goes into the findings.
+    /// The next route; false when the stretch has no more. Damage goes into the findings. The route
+    /// is overwritten, reusing its storage.
     bool next(Route & route, MrtFindings & findings);
 
     /// The peers that hold at the place that was reached.
     std::shared_ptr<MrtPeers const> const & peers() const { return table_.peers(); }
 
 private:
+    /// What the current record hands out.
     enum class Content : U8 { nothing, table, message };
 
+    /// Comes to the next record; its damage goes into the findings.
     void openRecord(MrtFindings & findings);
+    /// Hands the current record to the decoder of its type.
     Content startRecord(ReadStatistics & statistics);
     Content startOther(ByteCursor body, ReadStatistics & statistics);
     void recordIsDamaged(Damage const & damage, MrtFindings & findings);
 
+    /// One decoder a kind of record, each with storage that is kept.
     MrtTable table_;
     MrtMessage message_;
     U8 const * at_ = nullptr; ///< the record after the current one

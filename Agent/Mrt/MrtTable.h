@@ -8,7 +8,7 @@
 
 namespace Qcf::Agent {
 
-/// The session that a route came over.
+/// The session that a route came over: the peer's address and AS.
 struct MrtPeer {
     IpGenAddr address;
     U32 as = 0;
@@ -42,13 +42,19 @@ public:
     bool next(Route & route);
 
 private:
+    /// The peer of an index; one without AS and address before the first table. Throws Damage for
+    /// an index that the table lacks.
     MrtPeer const & peer(U16 index) const;
+    /// Throws Damage unless every entry can be read: a record is handed out whole or not at all.
     void checkEntries();
+    /// Takes an entry of the record, sets its peer's index and answers its attributes.
     std::span<U8 const> entryOfV2(ByteCursor & from, U16 & peerIndex) const;
 
     std::shared_ptr<MrtPeers const> peers_;
+    /// The form of the current record: TABLE_DUMP_V2 or TABLE_DUMP.
     bool v2_ = false;
     bool addPath_ = false;
+    /// Entries that were not handed out.
     U32 left_ = 0;
     IpGenPrefix prefix_;
     MrtPeer ownPeer_; ///< of a TABLE_DUMP record, which names its peer itself

@@ -32,6 +32,7 @@ public:
 
 private:
     void writePeers();
+    /// Writes the header and the body.
     void writeRecord(U16 subtype, String const & body);
     U16 peerIndex(Route const & route) const;
 

@@ -13,9 +13,15 @@ struct AttributeForm {
 
 /// Decodes path attributes straight into a route. Reused from record to record; what it hands out
 /// points into the record.
+///
+///     attributes.decode(bytes, {.as4 = true}, route);
+///
+/// Damage is thrown as soon as it is met, and the route is then to be thrown away: a record of
+/// several entries is checked before any of its routes is handed out.
 class PathAttributes {
 public:
-    /// MP_REACH_NLRI or MP_UNREACH_NLRI.
+    /// MP_REACH_NLRI or MP_UNREACH_NLRI as it stands in the attributes: its prefixes are not
+    /// decoded here.
     struct MpNlri {
         bool present = false;
         FamilyCode family; ///< 0/0 in the reduced form
@@ -34,6 +40,8 @@ public:
     /// Throws the Damage that `decode` would throw, without making paths and sets.
     void check(std::span<U8 const> bytes, AttributeForm form);
 
+    /// What MP_REACH_NLRI and MP_UNREACH_NLRI of the attributes decoded last say; points into the
+    /// record.
     MpNlri const & reach() const { return reach_; }
     MpNlri const & unreach() const { return unreach_; }
 
@@ -42,22 +50,28 @@ private:
     /// What a walk over the attributes is for: a route, or to see that they are whole.
     enum class Aim : U8 { route, check };
 
+    /// Goes through the attributes once; with `check` no paths and sets are made.
     template <Aim aim>
     void walk(std::span<U8 const> bytes, AttributeForm form, Route & route);
+    /// Decodes a value by its code: those that nearly every route has here, the others in
+    /// `readRare`.
     template <Aim aim>
     void readOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
     template <Aim aim>
     void readRare(U8 code, std::span<U8 const> bytes, Route & route);
     template <Aim aim>
     void readPath(std::span<U8 const> bytes, AttributeForm form, Route & route);
+    /// Reads the family and the next hop; prefixes stay as they are.
     void readReach(std::span<U8 const> bytes, bool rib);
     void readUnreach(ByteCursor value);
+    /// Merges AS4_PATH, once both paths are known.
     void finishPath(Route & route);
     bool has(U8 code) const { return ((seen_ >> code) & 1) != 0; }
 
     U64 seen_ = 0; ///< the codes below 64 that were met
     MpNlri reach_;
     MpNlri unreach_;
+    /// Storage that is kept from record to record.
     AsnVector path_;
     AsnVector as4Path_;
     AsnVector merged_;

@@ -11,16 +11,22 @@
 
 namespace Qcf::Agent {
 
-/// Reads the routes of a file with one JSON object a line. Use it through `openRoutes` or
-/// `makeJsonLinesReader`.
+/// Reads the routes of a file with one JSON object a line, of attributes by language name. Use it
+/// through `openRoutes` or `makeJsonLinesReader`.
+///
+///     {"prefix": "10.0.0.0/8", "as_path": "65001 65002", "med": 50}
 ///
 /// Empty lines are passed over. The first line that is no route ends the reading: `next` throws the
-/// DocumentError that names the line and the place in it, and from then on answers false.
+/// DocumentError that names the line and the place in it, and from then on answers false. Routes
+/// before it were handed out.
+///
+/// Memory follows the longest line; after it nothing is allocated.
 class JsonLinesReader final : public RouteReader {
 public:
     /// Longest line that is read, in bytes.
     static constexpr std::size_t maxLine = std::size_t{16} << 20;
 
+    /// `name` stands before the line numbers of messages.
     JsonLinesReader(Lists::ByteSource source, String name, Lists::Reporter report);
 
     bool next(Route & route) override;
@@ -29,12 +35,18 @@ public:
     std::unique_ptr<RouteShare> makeShare() override;
 
 private:
+    /// Decodes runs of lines in a thread of its own, see RouteShare.
     class Share;
 
+    /// Reads up to the next line that holds a route.
     bool readLine(Route & route);
+    /// The next line without its end, in the source's window; nothing at the end of the data.
     std::optional<std::string_view> findLine(ReadStatistics & statistics);
+    /// Makes those bytes the current line.
     std::string_view takeLine(std::size_t length, bool withEnd);
+    /// Throws where a line gets too long to be kept.
     void checkLength(std::size_t length) const;
+    /// "FILE:LINE: ", for messages.
     String lineName() const;
 
     Lists::ByteSource source_;

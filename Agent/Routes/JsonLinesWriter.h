@@ -9,6 +9,10 @@ namespace Qcf::Agent {
 /// Writes routes as JSON lines, which read back to the same routes: of each the attributes and
 /// session facts that do not have their default value. (The words beside a community's 64 bits are
 /// not kept for elements of `ext_community`.)
+///
+///     String text;
+///     JsonLinesWriter writer(text);
+///     writer.add(route); // {"prefix":"10.0.0.0/8","med":50}
 class JsonLinesWriter {
 public:
     /// `out` must outlive the writer.
@@ -18,6 +22,7 @@ public:
     void add(Route const & route);
 
 private:
+    /// Writes what differs from the session of a fresh route.
     void addSession(Session const & session);
 
     RendererV2 renderer_;

@@ -8,8 +8,19 @@ namespace Qcf::Agent {
 
 /// Passes the first lines of diagnostics on and counts the rest, so that a file of noise does not
 /// bury what was said first.
+///
+///     ReportLog log(report);
+///     if (log.wantsLine()) {
+///         log.add("record at 4711: ends too early");
+///     } else {
+///         log.addUnsaid();
+///     }
+///     log.close();
+///
+/// Belongs to one thread.
 class ReportLog {
 public:
+    /// Lines that are passed on.
     static constexpr U64 maxLines = 20;
 
     explicit ReportLog(Lists::Reporter report) : report_(std::move(report)) {}
@@ -17,6 +28,7 @@ public:
     /// Whether a line added now would be passed on; spares the caller making its text.
     bool wantsLine() const { return count_ < maxLines; }
 
+    /// Passes the line on, or only counts it.
     void add(String const & line) {
         if (wantsLine()) {
             say(line);
@@ -40,6 +52,7 @@ public:
     void restart() { count_ = 0; }
 
 private:
+    /// To the reporter, if there is one.
     void say(String const & line) {
         if (report_) {
             report_(line);

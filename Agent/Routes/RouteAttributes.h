@@ -6,7 +6,8 @@
 
 namespace Qcf::Agent {
 
-/// How the elements of a set are written as text; other values have one form only.
+/// How the elements of a set are written as text; other values have one form only. Sets of one C++
+/// type have different forms: tags and standard communities are both sets of numbers.
 enum class SetForm : U8 {
     numbers,
     standardCommunities, ///< `A:B`
@@ -14,10 +15,10 @@ enum class SetForm : U8 {
     largeCommunities,    ///< `A:B:C`
 };
 
-/// The form of the attribute of that language name.
+/// The form of the attribute of that language name; numbers for one that is not known.
 SetForm setFormOf(std::string_view languageName);
 
-/// What a value of an attribute of a route may be.
+/// What a value of an attribute of a route may be: what readers check, since the engine asserts it.
 struct RouteAttribute {
     std::string_view name; ///< the language name
     SetForm form = SetForm::numbers;
@@ -27,10 +28,12 @@ struct RouteAttribute {
 };
 
 /// One record an attribute, by the index of routeAttributeNames(). The limits are those that the
-/// engine asserts: a value beyond them must never get into a route.
+/// engine asserts: a value beyond them must never get into a route. The same object for all
+/// threads.
 std::span<RouteAttribute const> routeAttributes();
 
-/// The index of an attribute; nothing when a route has none of that name.
+/// The index of an attribute; nothing when a route has none of that name. Costs one look-up by
+/// hash.
 std::optional<std::size_t> findRouteAttribute(std::string_view languageName);
 
 } // namespace Qcf::Agent

@@ -14,8 +14,14 @@ namespace Qcf::Agent {
 /// prepended, few ending in a set; 0 to 20 communities, some large and extended ones. A prefix
 /// comes from 1 to 3 peers, one after the other, and no peer announces a prefix twice. Some routes
 /// carry the well-known communities no-export (65535:65281) and blackhole (65535:666).
+///
+///     TableGenerator table(200000, 1);
+///     for (Route route; table.next(route);) {
+///         ...
+///     }
 class TableGenerator {
 public:
+    /// How many routes in all, and which ones.
     TableGenerator(U64 routes, U64 seed);
 
     /// The next route, which overwrites `route`; false after the last one.
@@ -33,6 +39,7 @@ private:
     class Random {
     public:
         explicit Random(U64 seed) : state_(seed) {}
+        /// 64 bits, equally likely each.
         U64 next();
         /// 0 to `bound` - 1.
         U32 below(U32 bound) { return static_cast<U32>(((next() >> 32) * bound) >> 32); }
@@ -44,11 +51,15 @@ private:
         U64 state_;
     };
 
+    /// Chooses the next prefix, its origin and how many peers announce it.
     void startPrefix();
+    /// A prefix that was not used, of a length that is common in tables.
     IpGenPrefix nextPrefix(AddressFamily family);
+    /// The parts of a route, each drawn from the one stream of random numbers, in this order.
     void fillPath(Route & route, U32 peerAs);
     void fillCommunities(Route & route);
 
+    /// Routes still to be made.
     U64 left_;
     Random random_;
     U64 offset_; ///< where in the permuted prefixes of a length this seed starts

@@ -19,7 +19,7 @@ String hostAndProcess() {
 
 } // namespace
 
-RedisFollower::RedisFollower(RedisOptions options, Mirror & mirror, Report report,
+RedisFollower::RedisFollower(RedisOptions options, FollowedStore & mirror, Report report,
                              FollowerSettings settings)
     : options_(std::move(options)),
       keys_(mirror.name()),

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "Mirror/Mirror.h"
+#include "Mirror/FollowedStore.h"
 #include "Mirror/Redis/RedisStore.h"
 
 namespace Qcf::Mirror {
 
+/// How a follower behaves; good as it is.
 struct FollowerSettings {
     /// What the reader is called in `status`; empty for host and process.
     String reader;
@@ -19,12 +20,23 @@ struct FollowerSettings {
 
 /// A reader of a published store in Redis: keeps a mirror in step with it.
 ///
+///     FollowedStore store("policies"); // the name that it is published under
+///     RedisFollower follower(RedisOptions::parse(url), store, report);
+///     while (running) {
+///         follower.poll(std::chrono::milliseconds(200));
+///     }
+///
 /// Faults never throw: what goes wrong is told by `report` (once, not at every try), the mirror
 /// keeps its last complete version, and the follower connects, catches up or loads the snapshot by
-/// itself. Belongs to one thread, as the mirror does.
+/// itself. Belongs to one thread, as the mirror does; evaluating threads use the mirror's view.
+///
+/// How it catches up: changes come as batches from a stream, from the place where the last one
+/// ended. When that place is gone, or a batch does not fit, the snapshot is loaded beside the
+/// present copy and takes its place only when it has made the published version.
 class RedisFollower {
 public:
-    RedisFollower(RedisOptions options, Mirror & mirror, Report report,
+    /// Does not connect yet; the mirror must outlive it.
+    RedisFollower(RedisOptions options, FollowedStore & mirror, Report report,
                   FollowerSettings settings = {});
     /// Takes the reader out of the status, if the server is there.
     ~RedisFollower();
@@ -35,6 +47,7 @@ public:
     /// not wait at all for 0; answers whether a new version became visible.
     bool poll(std::chrono::milliseconds wait);
 
+    /// Whether there is a connection at the moment.
     bool connected() const { return static_cast<bool>(connection_); }
     /// Why there is no connection; empty while there is one.
     String const & trouble() const { return trouble_; }
@@ -42,18 +55,25 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    /// `poll` without the care for faults.
     bool step(std::chrono::milliseconds wait);
+    /// Signs in and goes on from where the mirror is.
     void connect();
     void disconnect(String const & trouble);
+    /// Compares the mirror with the published state; loads the snapshot where they cannot meet
+    /// otherwise.
     bool checkState();
+    /// Fills a fresh copy from snapshot and stream; whether it made the version.
     bool load(PublishedState const & state);
+    /// Makes what was applied visible.
     void show();
+    /// Notes in the server which version this reader holds.
     void announce();
     String standing() const;
 
     RedisOptions options_;
     RedisKeys keys_;
-    Mirror & mirror_;
+    FollowedStore & mirror_;
     Report report_;
     FollowerSettings settings_;
     std::unique_ptr<RedisConnection> connection_;

@@ -5,7 +5,7 @@
 namespace Qcf::Mirror {
 
 /// The keys under which a published store stands in Redis. The braces keep them on one node of a
-/// cluster.
+/// cluster. All of them begin with the name of the store; what each holds is said once, here.
 struct RedisKeys {
     /// Throws RedisUrlError unless the name is 1 to 128 of letters, digits and `._-`.
     explicit RedisKeys(String const & named);
@@ -19,15 +19,21 @@ struct RedisKeys {
     String readers;  ///< hash: reader -> JSON of what it holds
 };
 
-/// A step over several keys that is done wholly or not at all.
+/// A step over several keys that is done wholly or not at all: a script that the server runs.
 ///
 /// Every step of a writer proves with its token that it still leads the name; a writer that another
-/// one has followed is refused with FENCED and can change nothing any more.
+/// one has followed is refused with FENCED and can change nothing any more. So two writers never
+/// mix their batches, even if one was only slow.
+///
+///     RedisReply const epoch = runScript(connection, scripts::lead, scriptKeys, arguments);
 struct RedisScript {
+    /// For messages and for tests of what happens in between.
     char const * name;
+    /// The script itself, in the server's language.
     char const * text;
 };
 
+/// Each says beside its text what keys and arguments it takes and what it answers.
 namespace scripts {
 extern RedisScript const lead;   ///< takes the lead of a name; answers the epoch
 extern RedisScript const append; ///< puts a piece of a batch into the stream
@@ -38,7 +44,8 @@ extern RedisScript const snapshot; ///< makes what was put aside the snapshot, t
 extern RedisScript const report;   ///< notes what a reader holds, forgets silent ones
 } // namespace scripts
 
-/// Runs scripts by their hash; a server that does not know one yet is given its text.
+/// Runs scripts by their hash; a server that does not know one yet is given its text. Throws as
+/// RedisConnection::command does.
 RedisReply runScript(RedisConnection & connection, RedisScript const & script,
                      RedisConnection::Arguments const & keys,
                      RedisConnection::Arguments const & arguments);

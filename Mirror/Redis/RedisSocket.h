@@ -7,40 +7,53 @@
 
 namespace Qcf::Mirror {
 
-/// The server cannot be reached, or the connection broke or stalled. `what` is one line.
+/// The server cannot be reached, or the connection broke or stalled. `what` is one line that names
+/// the server. Trying again later may help; whoever follows a store does so by itself.
 class RedisConnectionError : public std::runtime_error {
 public:
     explicit RedisConnectionError(String const & line) : std::runtime_error(line) {}
 };
 
-/// A stream of bytes to a server: TCP, TCP with TLS, or a socket in the file system. Every wait has
-/// an end. Faults throw RedisConnectionError, after which the socket is of no more use.
+/// A stream of bytes to a server: TCP, TCP with TLS, or a socket in the file system.
+///
+/// Every wait has an end, the one for a name to be resolved excepted. Faults throw
+/// RedisConnectionError, after which the socket is of no more use. Nothing raises SIGPIPE. Belongs
+/// to one thread.
 class RedisSocket {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
-    /// Connects, and agrees on keys where TLS is asked for.
+    /// Connects within the options' time, and agrees on keys where TLS is asked for.
     explicit RedisSocket(RedisOptions const & options);
     ~RedisSocket();
     RedisSocket(RedisSocket const &) = delete;
     RedisSocket & operator=(RedisSocket const &) = delete;
 
+    /// Writes all of it, or throws when the time is over.
     void write(std::string_view bytes, Milliseconds timeout);
-    /// Some bytes, at least one. Waits for at most `timeout`.
+    /// Some bytes, at least one. Waits for at most `timeout`. They are valid until the next call.
     std::string_view read(Milliseconds timeout);
 
 private:
+    /// The session over the socket, where there is one.
     class Tls;
 
+    /// The two kinds of places; each leaves a connected socket that does not block.
     void connectPath(RedisOptions const & options);
     void connectHost(RedisOptions const & options);
+    /// Connects a socket within the time.
     void connectTo(int fd, void const * address, U32 size, Milliseconds timeout);
+    /// Waits until one of the events comes; throws when the time is over.
     void waitFor(int fd, short events, Milliseconds timeout) const;
+    /// Throws with the place before the reason.
     [[noreturn]] void fail(String const & why) const;
 
+    /// What messages call the server.
     String place_;
+    /// Does not block; the waits are this class's.
     int fd_ = -1;
     std::unique_ptr<Tls> tls_;
+    /// What was read last.
     String input_;
 };
 

@@ -11,9 +11,14 @@ struct ssl_ctx_st;
 
 namespace Qcf::Mirror {
 
-/// TLS over a connected, non-blocking socket. Throws std::runtime_error with one line.
+/// TLS over a connected, non-blocking socket, which stays the caller's. Throws std::runtime_error
+/// with one line.
+///
+/// The server's certificate is checked against the authorities and against the host's name, unless
+/// the options say not to. Belongs to one thread.
 class RedisTls {
 public:
+    /// Reads the files that the options name. Nothing is sent yet.
     RedisTls(RedisOptions const & options, int fd);
     ~RedisTls();
     RedisTls(RedisTls const &) = delete;
@@ -28,8 +33,10 @@ public:
     ssize_t read(String & into, short & wanted);
 
 private:
+    /// What a call of the library means: bytes, or events to wait for.
     ssize_t result(int answer, short & wanted);
 
+    /// What the options said, and the session made of it.
     std::unique_ptr<ssl_ctx_st, void (*)(ssl_ctx_st *)> context_;
     std::unique_ptr<ssl_st, void (*)(ssl_st *)> session_;
 };

@@ -23,7 +23,7 @@ U32 readNumber(std::string_view text, U32 most, char const * what) {
     return value;
 }
 
-String decoded(std::string_view text) {
+String decodePercent(std::string_view text) {
     String plain;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '%') {
@@ -51,8 +51,8 @@ void readCredentials(std::string_view & rest, RedisOptions & options) {
     std::string_view const both = rest.substr(0, at);
     rest.remove_prefix(at + 1);
     std::size_t const colon = std::min(both.find(':'), both.size());
-    options.user = decoded(both.substr(0, colon));
-    options.password = colon < both.size() ? decoded(both.substr(colon + 1)) : String();
+    options.user = decodePercent(both.substr(0, colon));
+    options.password = colon < both.size() ? decodePercent(both.substr(colon + 1)) : String();
     if (options.password.empty()) {
         fail("a user wants a password, as USER:PASSWORD@");
     }
@@ -92,7 +92,7 @@ RedisOptions RedisOptions::parse(std::string_view url) {
     }
     readCredentials(rest, options);
     if (name == "unix") {
-        options.socketPath = decoded(rest);
+        options.socketPath = decodePercent(rest);
         if (!options.socketPath.starts_with('/')) {
             fail("a socket wants an absolute path");
         }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Mirror/ChangeSource.h"
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 #include "Mirror/Redis/RedisStore.h"
 
 namespace Qcf::Mirror {
@@ -12,6 +12,7 @@ public:
     explicit FencedError(String const & line) : std::runtime_error(line) {}
 };
 
+/// How a writer behaves; good as it is.
 struct WriterSettings {
     /// How long a publication goes on trying while the server is away.
     std::chrono::milliseconds patience{10000};
@@ -22,7 +23,9 @@ struct WriterSettings {
     std::function<void(char const * step)> afterStep = [](char const *) {};
 };
 
+/// What a publication came to.
 struct PublishOutcome {
+    /// Whether there is a new version.
     bool changed = false;
     VersionId version;
     PublishCounts counts;
@@ -34,10 +37,16 @@ struct PublishOutcome {
 
 /// The writer of a published store in Redis.
 ///
+///     RedisWriter writer(RedisOptions::parse(url), "policies", report);
+///     PublishOutcome const outcome = writer.publish(program);
+///
 /// A writer takes the lead when it first publishes, and whoever led before is fenced off: each step
 /// is refused from a writer that no longer leads. A batch becomes the published state with its last
 /// step; one that is cut short is never seen by readers, and the next publication starts from the
 /// last complete one. Belongs to one thread.
+///
+/// What it publishes is kept in a replica of its own, so that only what differs travels. Publishing
+/// what is there already makes no version.
 class RedisWriter {
 public:
     RedisWriter(RedisOptions options, String const & name, Report report,
@@ -59,17 +68,26 @@ private:
     /// Makes the replica's status what is to be published; `version` is the one that comes next.
     using Change = std::function<PublishCounts(Replica & replica, U64 version)>;
 
+    /// Tries until it succeeds, the patience ends or trying is of no use.
     PublishOutcome persist(Change const & change);
+    /// One try: leads, catches up, changes the replica and sends what changed.
     PublishOutcome attempt(Change const & change);
     PublishOutcome publishChanges(Change const & change);
+    /// The changes as a batch that makes that version.
     Batch takeBatch(U64 version);
+    /// Connects where there is no connection.
     void open();
+    /// Takes the lead of the name.
     void lead();
+    /// Puts a batch into the stream piece by piece.
     void send(Batch const & batch);
+    /// Runs a script and calls `afterStep`.
     void step(char const * name, RedisScript const & script,
               RedisConnection::Arguments const & keys,
               RedisConnection::Arguments const & arguments);
+    /// Whether the stream has grown enough.
     bool snapshotIsDue() const;
+    /// Writes what is published as the new snapshot, piece by piece, aside until it is whole.
     void writeSnapshot();
 
     RedisOptions options_;
@@ -80,6 +98,7 @@ private:
     std::unique_ptr<RedisConnection> connection_;
     std::unique_ptr<Replica> replica_;
     std::unique_ptr<ChangeSource> source_;
+    /// As this writer knows the server's.
     PublishedState state_;
     bool whole_ = false; ///< whether the replica is what the server's state says
     std::optional<PublishOutcome> unconfirmed_;

@@ -1,5 +1,5 @@
 #include "Mirror/LocalChannel.h"
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
@@ -25,7 +25,7 @@ TEST(AnyStore, isFollowedOutsideTheMarkers) {
     for (Filling const & filling : fillings()) {
         auto const status = allFunctionStatusFactory("test");
         LocalChannel channel(status);
-        Mirror mirror("test");
+        FollowedStore mirror("test");
         channel.attach(mirror);
         auto const listener = status->publisher().subscribe([&](Notification const & change) {
             if (!status->dedupedFunctionUpdatesInProgress()) {
@@ -48,7 +48,7 @@ TEST(AnyStore, isFollowedWithinTheMarkersAndByWhoComesLate) {
         }
         auto const status = allFunctionStatusFactory("test");
         LocalChannel channel(status);
-        Mirror mirror("test");
+        FollowedStore mirror("test");
         channel.attach(mirror);
         for (U32 marker = 1; marker < 3; ++marker) {
             status->startOfDedupedFunctionUpdatesMarkerIs(marker);
@@ -57,7 +57,7 @@ TEST(AnyStore, isFollowedWithinTheMarkersAndByWhoComesLate) {
             EXPECT_NO_THROW(status->endOfDedupedFunctionUpdatesMarkerIs(marker)) << filling.what;
             EXPECT_EQ(difference(*status, mirror.status()), "") << filling.what;
         }
-        Mirror late("late");
+        FollowedStore late("late");
         channel.attach(late);
         EXPECT_EQ(difference(*status, late.status()), "") << filling.what;
         EXPECT_EQ(late.version(), mirror.version());
@@ -68,8 +68,8 @@ TEST(AnyStore, anyNumberOfStreamsFollowsOneStatus) {
     auto const status = allFunctionStatusFactory("test");
     LocalChannel first(status);
     LocalChannel second(status);
-    Mirror one("one");
-    Mirror two("two");
+    FollowedStore one("one");
+    FollowedStore two("two");
     first.attach(one);
     second.attach(two);
     ChangeSource const third(status);
@@ -102,7 +102,7 @@ struct Reader {
     }
 
     Lines lines;
-    Mirror mirror{"edge"};
+    FollowedStore mirror{"edge"};
     RedisFollower follower;
 };
 
@@ -144,7 +144,7 @@ TEST(AnyStore, takesAProgramWhateverItHeld) {
         auto const status = allFunctionStatusFactory("test");
         filling.fill(*status);
         LocalChannel channel(status);
-        Mirror mirror("test");
+        FollowedStore mirror("test");
         channel.attach(mirror);
         FunctionDigests digests;
         auto functions = test::alike(3, 1);

@@ -108,7 +108,7 @@ TEST(Depth, whatAPublisherHoldsBeyondItIsRefusedAndToldOnce) {
         auto const status = allFunctionStatusFactory("test");
         Lines lines;
         LocalChannel channel(status, lines.sink());
-        Mirror mirror("test");
+        FollowedStore mirror("test");
         channel.attach(mirror);
         status->aetIs("good", test::storedFunction(*status->aetNodesIs(), 1, "good"));
         auto const good = mirror.version();
@@ -121,7 +121,7 @@ TEST(Depth, whatAPublisherHoldsBeyondItIsRefusedAndToldOnce) {
         EXPECT_EQ(mirror.view().current()->functions().size(), 1U) << deep.what;
         EXPECT_TRUE(lines.tell("wants a tree of at most 2048 levels")) << deep.what << lines.all();
         EXPECT_EQ(lines.lines.size(), 1U) << lines.all();
-        Mirror late("late");
+        FollowedStore late("late");
         EXPECT_EQ(refusal([&] { channel.attach(late); }), lines.lines.at(0)) << deep.what;
 
         status->startOfDedupedFunctionUpdatesMarkerIs(2);
@@ -155,7 +155,7 @@ TEST(Depth, isNotPublishedToRedis) {
     status->startOfDedupedFunctionUpdatesMarkerIs(9);
     EXPECT_NE(refusal([&] { writer.publish(*status); }), "") << "a batch is under way";
 
-    Mirror mirror("edge");
+    FollowedStore mirror("edge");
     RedisFollower follower(server.options(), mirror, lines.sink());
     follower.poll(std::chrono::milliseconds(100));
     EXPECT_EQ(mirror.version(), good) << lines.all();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Documents/Program.h"
-#include "Mirror/Mirror.h"
+#include "Mirror/FollowedStore.h"
 #include "QcfLib/QcfEvalContext.h"
 
 namespace Qcf::Mirror::test {

@@ -1,7 +1,7 @@
 #include "Mirror/ChangeSource.h"
 #include "Mirror/LocalChannel.h"
 #include "Mirror/NodeCopy.h"
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
@@ -202,7 +202,7 @@ TEST(Replica, everyClassAndEveryFieldIsMirrored) {
     using Eval::test::NodeMaker;
     auto const status = allFunctionStatusFactory("test");
     LocalChannel channel(status);
-    Mirror mirror("test");
+    FollowedStore mirror("test");
     channel.attach(mirror);
     U64 key = 0;
     U32 marker = 0;
@@ -235,7 +235,7 @@ TEST(LocalChannel, aStoreThatWasReplacedIsToldFromNothing) {
     auto const status = allFunctionStatusFactory("test");
     FunctionDigests digests;
     LocalChannel channel(status);
-    Mirror mirror("test");
+    FollowedStore mirror("test");
     channel.attach(mirror);
     publishProgram(test::policy(test::alike(3, 1)), *status, digests, 1);
     status->startOfDedupedFunctionUpdatesMarkerIs(2);
@@ -253,7 +253,7 @@ TEST(LocalChannel, aStoreThatWasReplacedIsToldFromNothing) {
     status->endOfDedupedFunctionUpdatesMarkerIs(3);
     EXPECT_EQ(flatDocument(mirror.status()), flatDocument(*status));
 
-    Mirror late("test");
+    FollowedStore late("test");
     channel.attach(late);
     EXPECT_EQ(flatDocument(late.status()), flatDocument(*status));
     EXPECT_EQ(late.version(), mirror.version());

@@ -1,5 +1,5 @@
 #include "Mirror/LocalChannel.h"
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 #include "tests/Mirror/MirrorTools.h"
 
 #include <thread>
@@ -61,7 +61,8 @@ TEST(VersionedView, misuseIsAsserted) {
 }
 
 /// Evaluates until told to stop; every result must belong to one version, the one that was pinned.
-void evaluate(Mirror & mirror, std::atomic<bool> const & stop, std::atomic<U64> & evaluated) {
+void evaluate(FollowedStore & mirror, std::atomic<bool> const & stop,
+              std::atomic<U64> & evaluated) {
     VersionedView::Reader reader(mirror.view());
     auto const context = makePtr<test::TestContext>();
     Ptr<Eval::EvalContextBase> const base = context;
@@ -89,7 +90,7 @@ TEST(VersionedView, threadsSeeWholeVersionsWhileTheySwitch) {
     auto const status = allFunctionStatusFactory("test");
     FunctionDigests digests;
     LocalChannel channel(status);
-    Mirror mirror("test");
+    FollowedStore mirror("test");
     U32 marker = 0;
     auto const publish = [&](U64 value) {
         publishProgram(test::policy(test::alike(2, value)), *status, digests, ++marker);

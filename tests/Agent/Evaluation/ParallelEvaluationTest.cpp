@@ -128,15 +128,15 @@ Seen run(RunCase const & one, String & error) {
     Seen seen;
     seen.faultAt = one.sinkFault;
     NumberedRoutes reader(one.routes, one.readerFault);
-    EvaluationPlan plan;
-    plan.function = copyMed();
-    plan.makeContext = [&] { return makePtr<TestContext>(one.contextFault); };
-    plan.makeSink = [&] { return std::make_unique<TestSink>(seen); };
-    plan.threads = one.threads;
-    plan.limit = one.limit;
-    plan.log = one.log;
+    TableRun run;
+    run.function = copyMed();
+    run.makeContext = [&] { return makePtr<TestContext>(one.contextFault); };
+    run.makeSink = [&] { return std::make_unique<TestSink>(seen); };
+    run.threads = one.threads;
+    run.limit = one.limit;
+    run.log = one.log;
     try {
-        evaluateTable(reader, plan);
+        evaluateTable(reader, run);
     } catch (TestError const & thrown) {
         error = thrown.what();
     }
@@ -208,14 +208,14 @@ Outcome evaluate(String const & bytes, U32 threads, U64 limit) {
     auto const reader =
         openRoutes(Lists::makeMemoryStream(bytes), "t",
                    [&outcome](String const & line) { outcome.reports.push_back(line); });
-    EvaluationPlan plan;
-    plan.function = copyMed();
-    plan.makeContext = [] { return makePtr<TestContext>(~U64{0}); };
-    plan.makeSink = [&] { return std::make_unique<TextSink>(outcome.routes); };
-    plan.threads = threads;
-    plan.limit = limit;
+    TableRun run;
+    run.function = copyMed();
+    run.makeContext = [] { return makePtr<TestContext>(~U64{0}); };
+    run.makeSink = [&] { return std::make_unique<TextSink>(outcome.routes); };
+    run.threads = threads;
+    run.limit = limit;
     try {
-        evaluateTable(*reader, plan);
+        evaluateTable(*reader, run);
     } catch (DocumentError const & error) {
         outcome.reports.push_back(error.what());
     }

@@ -49,7 +49,7 @@ bool publishAndDie(RedisOptions const & options, std::vector<TestFunction> const
 pid_t forkReader(RedisOptions const & options) {
     pid_t const child = ::fork();
     if (child == 0) {
-        Mirror mirror("edge");
+        FollowedStore mirror("edge");
         RedisFollower follower(options, mirror, [](String const &) {}, {.reader = "doomed"});
         for (;;) {
             follower.poll(5ms);
@@ -86,7 +86,7 @@ public:
     }
 
     test::Lines lines;
-    Mirror mirror{"edge"};
+    FollowedStore mirror{"edge"};
     RedisFollower follower;
     Ptr<test::TestContext> context = makePtr<test::TestContext>();
     Ptr<Eval::EvalContextBase> base = context;

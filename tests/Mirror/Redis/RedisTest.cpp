@@ -46,7 +46,7 @@ struct Follower {
     }
 
     Lines lines;
-    Mirror mirror{"edge"};
+    FollowedStore mirror{"edge"};
     RedisFollower follower;
 };
 

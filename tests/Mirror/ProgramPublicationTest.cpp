@@ -1,4 +1,4 @@
-#include "Mirror/Publisher.h"
+#include "Mirror/ProgramPublication.h"
 
 #include "Mirror/LocalChannel.h"
 #include "QcfLib/QcfAllAetEntities.h"
@@ -33,7 +33,7 @@ public:
 
     Ptr<AllFunctionStatus> status = allFunctionStatusFactory("test");
     FunctionDigests digests;
-    Mirror mirror{"test"};
+    FollowedStore mirror{"test"};
     LocalChannel channel{status};
     U32 marker = 0;
 
