@@ -135,6 +135,8 @@ bool evaluate(PolicyVersion const & version, Options const & options,
         throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
                             options.function);
     }
+    // A published store may come from another writer than `qcf publish`, which would have refused
+    // it.
     checkFunction(*function);
     String const subject = options.redis.name + " version " + std::to_string(version.id().number);
     auto const placeOf = [&](AetNodeBase const & node, Function const & within) {
@@ -168,6 +170,7 @@ int follow(Options const & options, Following & following, Qcf::Lists::NamedList
     U64 good = 0; ///< the version that was evaluated last
     for (;;) {
         auto const patience = options.once ? std::chrono::seconds(options.wait) : forEver;
+        // Versions that came and went while this one was evaluated are passed over.
         auto const version = following.next(last, patience);
         if (!version) {
             if (options.once && stopAsked == 0) {

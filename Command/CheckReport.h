@@ -47,6 +47,8 @@ private:
     /// What the row says is wrong: nothing for a sane function.
     static String wrongOf(FunctionRow const & row);
 
+    /// In the order of the document.
     std::vector<FunctionRow> functions_;
+    /// In the order in which they were given.
     std::vector<FindingRow> findings_;
 };

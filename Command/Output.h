@@ -26,5 +26,6 @@ private:
     NonBlockingCliTxnBuffer buffer_{chunk};
 };
 
-/// The one of this process; what it still holds is written at the end of `main`.
+/// The one of this process; what it still holds is written at the end of `main`. Threads take turns
+/// with it.
 Output & standardOutput();

@@ -27,6 +27,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     char const * what_;
+    /// Whether standard error is one.
     bool terminal_;
     /// Whether there is a line to wipe.
     bool shown_ = false;

@@ -7,6 +7,7 @@
 struct RedisArguments {
     /// As the options say it; `options()` reads it.
     String url;
+    /// What the store is published under.
     String name;
     /// Files for TLS; empty where they are not given.
     String caFile;

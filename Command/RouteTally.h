@@ -21,6 +21,6 @@ struct RouteTally {
     void add(RouteTally const & other);
 
     /// The closing summary: a line a count, `name: number`. Kinds of records that the reader did
-    /// not meet are left out.
+    /// not meet are left out. `seconds` is the time that the whole run took.
     String summary(Qcf::Agent::ReadStatistics const & read, F64 seconds) const;
 };

@@ -18,6 +18,9 @@ namespace Qcf::Lists {
 ///
 /// Immutable once made: any number of threads may ask. The engine holds it as the status of a slot,
 /// which comes back to the agent's context with each question.
+///
+///     AsPathList const list({{ListAction::permit, Pattern(asPathExpression("_65001$")), {}}});
+///     list.permits("65002 65001", 0); // true
 class AsPathList final : public Routing::RouteMap::AsPathListStatus {
 public:
     /// One line of the list. It matches where the pattern is found and the origin fits.

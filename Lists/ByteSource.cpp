@@ -17,12 +17,14 @@ constexpr std::size_t kChunk = std::size_t{256} << 10;
 } // namespace
 
 ByteSource::ByteSource(std::unique_ptr<ByteStream> stream) : stream_(std::move(stream)) {
+    // As many bytes as the longest mark of a format has; a shorter stream is no such format.
     constexpr std::size_t longestMagic = 4;
     ensure(longestMagic);
     auto const make = decompressorFor(data(), available());
     if (!make) {
         return;
     }
+    // What was looked at goes to the decompressor; the window starts anew with what it yields.
     String head(reinterpret_cast<char const *>(data()), available());
     stream_ = make(std::move(stream_), std::move(head));
     begin_ = end_ = 0;
@@ -61,6 +63,7 @@ bool ByteSource::fill(std::size_t size) {
         return false;
     }
     makeRoom(size);
+    // A stream may hand out less than it is asked for, as a pipe does.
     while (available() < size) {
         std::size_t const got = stream_->read(buffer_.get() + end_, capacity_ - end_);
         if (got == 0) {

@@ -12,6 +12,7 @@ namespace Qcf::Lists {
 
 namespace {
 
+// The file itself, without a buffer: the window above it reads in large pieces.
 class FileStream final : public ByteStream {
 public:
     FileStream(int fd, bool owned) : fd_(fd), owned_(owned) {}
@@ -29,6 +30,7 @@ public:
             if (got >= 0) {
                 return static_cast<std::size_t>(got);
             }
+            // A signal is no fault. Anything else ends the stream, and its reader says where.
             if (errno != EINTR) {
                 fault_ = String("reading failed: ") + std::strerror(errno);
                 return 0;
@@ -41,6 +43,7 @@ private:
     bool owned_;
 };
 
+// Bytes that are there.
 class MemoryStream final : public ByteStream {
 public:
     explicit MemoryStream(String bytes) : bytes_(std::move(bytes)) {}

@@ -15,7 +15,9 @@
 namespace Qcf::Lists {
 
 /// A set of these values, which must be ascending; null when there are none. Writes into the
-/// current set where that one says that it may be written, and so keeps its storage.
+/// current set where that one says that it may be written, and so keeps its storage. The storage
+/// grows once, to what is wanted, and is kept by a set that is written again. Elements go in by
+/// `insert`, which keeps what the container knows of them besides, such as a link bandwidth.
 template <typename Set>
 Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values) {
     if (values.empty()) {
@@ -43,7 +45,9 @@ Ptr<Set> filledSet(Ptr<Set> const & current, typename Set::Buffer const & values
 template <typename Set>
 class PermittedSets {
 public:
-    /// The set of that list; null for a list that permits none. Valid until the next call.
+    /// The set of that list; null for a list that permits none. Valid until the next call. The
+    /// reference is to the copy of this thread, so that taking part in it counts there and nowhere
+    /// else.
     Ptr<Set> const & of(CommunityMatcher<Set> const & list) {
         Copy & copy = copies_[&list];
         if (copy.of != list.permitted()) { // new, or of a list that stood at the same address

@@ -65,6 +65,9 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
     unitePermitted();
 }
 
+// Long lists have a community of its own in most entries and some that many entries share. An
+// entry is filed under its rarest community, so that a route with a common one does not make it
+// look at every entry that has it.
 template <typename Set>
 void CommunityMatcher<Set>::fileLiterals() {
     std::map<Value, U32> entriesWith;
@@ -91,9 +94,11 @@ void CommunityMatcher<Set>::fileLiterals() {
         }
         anchors_.push_back(anchor);
     }
+    // One more at the end, so that each anchor ends where the next one starts.
     anchors_.push_back({Value(), entryCount(), static_cast<U32>(filed_.size())});
 }
 
+// Sorted first: `insert` then only appends.
 template <typename Set>
 void CommunityMatcher<Set>::unitePermitted() {
     std::vector<Value> values;
@@ -127,6 +132,8 @@ template <typename Set>
 template <typename Matches>
 auto CommunityMatcher<Set>::firstFiled(Set const & set, Matches const & matches) const -> Number {
     Number best = entryCount();
+    // Entries of an anchor ascend: the first that matches is its best, and behind `best` none
+    // counts.
     eachCommon(set, std::span<Anchor const>(anchors_.data(), anchorCount()), [&](std::size_t i) {
         Number const single = anchors_[i].single;
         if (single < best && matches(std::span(&anchors_[i].community, 1))) {
@@ -147,6 +154,7 @@ template <typename Set>
 template <typename AppendAll>
 auto CommunityMatcher<Set>::firstPattern(Number before, String & text,
                                          AppendAll const & appendAll) const -> Number {
+    // Most lists need no text; making it is what costs most.
     if (patterns_.empty() || patterns_.front().first >= before) {
         return before;
     }
@@ -180,6 +188,7 @@ bool CommunityMatcher<Set>::matches(Set const * set, String & text) const {
     }));
 }
 
+// Sets are sorted and without duplicates on both sides, so that equal sets are equal sequences.
 template <typename Set>
 bool CommunityMatcher<Set>::matchesExactly(Set const * set) const {
     if (set == nullptr || set->empty()) {

@@ -49,9 +49,10 @@ public:
     /// written to where there are patterns.
     bool matches(Set const * set, String & text) const;
     /// The same with entries that match only where the route carries just their communities.
-    /// Entries with a pattern never do.
+    /// Entries with a pattern never do. Needs no text.
     bool matchesExactly(Set const * set) const;
-    /// Whether the list permits a route that carries this community alone.
+    /// Whether the list permits a route that carries this community alone. It is what decides about
+    /// each community when a list is retained or removed.
     bool permits(Value const & community, String & text) const;
 
     /// The communities of all permitting entries; null when there are none. Threads that hand it on

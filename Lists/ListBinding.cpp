@@ -24,6 +24,7 @@ void bind(MatcherTable<Status> & table, SlotMap const & slots, ListsByName<List>
 
 void bindPrefixLists(MatcherTable<Routing::Policy::PrefixListMatcher> & table,
                      SlotMap const & slots, AddressFamily family, NamedLists const & lists) {
+    // One empty list stands for all names that nothing defines.
     PtrConst<PrefixListTrie> const undefined = makePtr<PrefixListTrie>(family);
     for (auto const & [name, slot] : slots) {
         auto const list = findNamed(lists.prefixLists, name);
@@ -53,6 +54,8 @@ PtrConst<ExternalMatchersBase> bindLists(FunctionMetadata const & metadata,
     bind(matchers->extCommLists, metadata.extCommListsUsed, from.extCommunityLists);
     bind(matchers->largeCommLists, metadata.largeCommListsUsed, from.largeCommunityLists);
     bind(matchers->asPathLists, metadata.asPathAccessListsUsed, from.asPathAccessLists);
+    // The engine looks into tag sets itself, and the agent into tables of ROAs: what nothing
+    // defines must be there and be empty.
     PtrConst<Routing::RouteMap::TagSetStatus> const noTags =
         makePtr<Routing::RouteMap::TagSetStatus>();
     bind(matchers->tagSets, metadata.tagSetsUsed, from.tagSets, noTags);

@@ -48,6 +48,7 @@ bool isEmpty(PtrConst<List> const & list) {
     return isEmpty(*list);
 }
 
+// The maps are of different types, so that the kind is found by visiting all.
 bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
     bool defined = false;
     lists.eachKind([&](ListKind each, auto const & byName) {
@@ -117,6 +118,7 @@ public:
     std::vector<Finding> findings() && { return std::move(findings_); }
 
 private:
+    // Places that several functions share come up several times.
     void add(Kind kind, String const & place, String text) {
         Finding finding{kind, place, std::move(text)};
         if (told_.insert(finding.line()).second) {
@@ -178,6 +180,7 @@ std::vector<Finding> checkLists(FunctionMetadata const & metadata,
     return std::move(check).findings();
 }
 
+// Slots do not matter to an evaluation that is about to bind them, only names do.
 std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, NamedLists const * lists) {
     PtrConst<NamedLists> const none = makePtr<NamedLists>();
     FunctionMetadata const noSlots;

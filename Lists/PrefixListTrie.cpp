@@ -20,6 +20,8 @@ using FirstEntries = std::array<U32, lengths>;
 
 PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry> entries)
     : family_(family), wordsPerNode_(family == AddressFamily::ipv4 ? 1 : 3) {
+    // From here on an entry is its place in the order of sequence numbers: the smaller one
+    // decides.
     std::ranges::stable_sort(entries, {}, &PrefixListEntry::seq);
     std::vector<U32> byPrefix(entries.size());
     std::iota(byPrefix.begin(), byPrefix.end(), 0);
@@ -62,6 +64,7 @@ void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U3
                 first[len] = std::min(first[len], entry);
             }
         }
+        // Only permits are noted: that nothing matches and that a deny matches answer alike.
         for (U32 len = 0; len < lengths; ++len) {
             if (first[len] != noEntry && bySeq[first[len]].action == ListAction::permit) {
                 permitted_[node * wordsPerNode_ + len / 64] |= U64{1} << len % 64;

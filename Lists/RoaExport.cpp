@@ -78,9 +78,13 @@ std::vector<Roa> readRoas(JsonValue const & array) {
     return roas;
 }
 
+// Exports are written by programs and by the hundred thousand. Entries that are plainly empty are
+// left out with one warning; anything else that does not fit is a fault, lest a change of the
+// format goes unseen.
 std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
     auto const json = JsonDocument::parse(std::move(text), fileName);
     JsonValue const root = json.root().expectObject();
+    // Such a file has ROAs, too, under other names: read as an export it would grant nothing.
     if (root.find("slurmVersion")) {
         root.fail({}, "export of validated ROAs", "SLURM file of local exceptions");
     }

@@ -56,6 +56,7 @@ void BatchChanges::removeLine(JsonValue const & line) {
     reader.done();
     for (JsonValue const key : keys.expectArray()) {
         CollKey const place{collection, key.expectU64()};
+        // Lines may say so twice; a member goes once.
         if (goes_.insert(place).second) {
             removed_.push_back(place);
         }
@@ -100,9 +101,13 @@ void BatchChanges::nodeLine(JsonValue const & line) {
                                                FieldInfo const & field) {
         return this->resolve(reference, field);
     };
+    // Fields are taken in declared order, whatever the order of the line; what is left over is a
+    // fault.
     WireFields fields(nodeClass, reader, resolve);
     Ptr<Node> const node = nodeClass.create(key.expectU64(), fields);
     reader.done();
+    // Checked node by node: a tree gets deep one line at a time, and its depth is known from its
+    // children.
     if (isTooDeep(*node)) {
         className.fail(nodeClass.name, depthWanted(), "a deeper one");
     }
@@ -190,6 +195,7 @@ PtrConst<BatchChanges::Node> BatchChanges::member(U64 key, Fits && fits) const {
     if (base_ == nullptr) {
         return nullptr;
     }
+    // What goes with this batch can no longer be referred to.
     return base_->anyNode(key, [&](Node const & node) {
         return fits(node) && !goes_.contains({static_cast<U16>(node.typeData().number()), key});
     });

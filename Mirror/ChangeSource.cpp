@@ -43,6 +43,8 @@ void ChangeSource::statusChanged(Notification const & notification) {
     tellChange();
 }
 
+// Changes are noted by the store itself, in a record that it knows; the notification is asked for
+// only where somebody wants to act at once.
 void ChangeSource::watchStore() {
     store_ = status_->aetNodes();
     if (!store_) {
@@ -63,6 +65,7 @@ void ChangeSource::unwatchStore() {
     nodes_.clear();
 }
 
+// Markers and flags alone are worth a batch, too.
 bool ChangeSource::hasChanges() const {
     return replaced_ || fields_ || !names_.empty() || !nodes_.changes().empty();
 }
@@ -73,6 +76,7 @@ void ChangeSource::checkFunctions() const {
     }
 }
 
+// The store that is followed stays the same; only what was noted of it goes.
 void ChangeSource::changesDel() {
     names_.clear();
     nodes_.clear();
@@ -82,6 +86,7 @@ void ChangeSource::changesDel() {
 
 Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
     QCF_ASSERT_TEXT(!replaced_ || start.base.empty(), "a replaced store is told from nothing");
+    // From nothing: what changed is a part of what there is.
     if (start.base.empty()) {
         Batch batch = snapshot(std::move(start), digest);
         changesDel();

@@ -25,6 +25,8 @@ void applyTo(FollowedStore & mirror, StagedBatch const & batch) {
 LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status, Report report)
     : status_(status), report_(std::move(report)), source_(status, [this] { passChanges(); }) {}
 
+// What others have been given is brought up to date first, so that all that are attached stand at
+// one version.
 void LocalChannel::attach(FollowedStore & mirror) {
     QCF_ASSERT_TEXT(!status_->dedupedFunctionUpdatesInProgress(), "no batch is under way");
     if (followers_.empty()) {
@@ -43,6 +45,7 @@ void LocalChannel::detach(FollowedStore & mirror) {
 
 // While nobody is attached, changes are noted and no more.
 void LocalChannel::passChanges() {
+    // Between the markers the status is not what anybody should see.
     if (followers_.empty() || status_->dedupedFunctionUpdatesInProgress() ||
         !source_.hasChanges()) {
         return;
@@ -77,6 +80,8 @@ void LocalChannel::passBatch() {
     VersionId const next = nextVersion();
     BatchStart const start{next.number, next.id, source_.replaced() ? String() : version_.id};
     StagedBatch const change = stage(source_.takeBatch(start, next.digest));
+    // From here on the version counts as given: a mirror that cannot take it is told everything
+    // next time.
     version_ = next;
     String trouble;
     for (Follower & follower : followers_) {

@@ -111,6 +111,7 @@ private:
 };
 
 PublishCounts Copy::run() {
+    // Nothing is changed before all that can fail has been tried.
     check();
     findLoose();
     findTwins();
@@ -175,7 +176,9 @@ bool Copy::hasNewChild(Node const & node) const {
 
 /// The equal node of the target over children that stay; null when there is none.
 PtrConst<Node> Copy::twinInTarget(Node const & node) {
+    // Members are told by class and key, others by what they say.
     bool const member = isMember(source_, node);
+    // Numbered even where it is new: nodes above it refer to it by that number.
     U32 const number = member ? 0 : loose_.numberOf(node);
     if (hasNewChild(node)) {
         return nullptr;
@@ -206,6 +209,7 @@ void Copy::changeNodes(PublishCounts & counts) {
             gone.push_back({collectionOf(*node), node->aetNodeKey()});
         }
     });
+    // Those that go make room for others under their keys.
     for (CollKey const & place : gone) {
         store.nodeDel(place.collection, place.key);
     }
@@ -218,6 +222,7 @@ void Copy::changeNodes(PublishCounts & counts) {
 }
 
 void Copy::changeFunctions(PublishCounts & counts) {
+    // Collected first: a status must not change while it is walked.
     std::vector<String> vanished;
     for (auto const & [name, function] : target_.aet()) {
         if (!source_.aet().contains(name)) {

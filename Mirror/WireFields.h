@@ -60,6 +60,7 @@ public:
     WireFields(Eval::NodeClass const & nodeClass, JsonObjectReader & line, Resolve const & resolve)
         : class_(nodeClass), line_(line), resolve_(resolve) {}
 
+/// A scalar from the member of its name, failing with the place where it does not fit.
 #define QCF_READ_MEMBER(Type) void read(FieldInfo const & field, Type & value) override;
     QCF_FOR_EACH_SCALAR(QCF_READ_MEMBER)
 #undef QCF_READ_MEMBER
@@ -68,6 +69,7 @@ public:
 
 private:
     Eval::NodeClass const & class_;
+    /// Knows which members were read, so that others are found.
     JsonObjectReader & line_;
     Resolve const & resolve_;
 };

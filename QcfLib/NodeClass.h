@@ -134,10 +134,10 @@ struct ClassFacts {
     bool assigns = false;              ///< replaces its target without reading it
     /// Of a comparison of two integers or two bandwidths, its only children; else `none`.
     ComparisonOrder compares = ComparisonOrder::none;
-    U64 reads = 0;                     ///< bits of AttributeSet, its own alone
-    U32 writes = 0;                    ///< bits of ModifiableAttributeSet, its own alone
-    U8 integerArguments = 0;           ///< that it reads, each of 32 bits
-    bool readsNodeArguments = false;   ///< singletons and bounds of ranges
+    U64 reads = 0;                   ///< bits of AttributeSet, its own alone
+    U32 writes = 0;                  ///< bits of ModifiableAttributeSet, its own alone
+    U8 integerArguments = 0;         ///< that it reads, each of 32 bits
+    bool readsNodeArguments = false; ///< singletons and bounds of ranges
     /// Of a literal: keeps its value, if all elements are constants.
     void (*keepConstant)(AetNodeBase const & node) = nullptr;
 };

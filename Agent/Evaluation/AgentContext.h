@@ -28,6 +28,7 @@ public:
     /// The lists as bindLists puts them; null matchers mean that there are none. They are held as
     /// long as the context.
     explicit AgentContext(PtrConst<ExternalMatchersBase> const & matchers);
+    /// The route need not be there any more.
     ~AgentContext() override;
 
     // Facts of the route's session.

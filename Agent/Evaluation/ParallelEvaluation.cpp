@@ -43,6 +43,7 @@ void evaluateAlone(RouteReader & reader, TableRun const & run) {
     Route route;
     U64 number = 0;
     for (bool more = true; more;) {
+        // Delivered in stretches, as with several threads: sinks see no difference.
         U64 const end = number + std::min<U64>(stretchLength, run.limit - number);
         std::exception_ptr fault;
         try {
@@ -121,6 +122,7 @@ void evaluateTogether(RouteReader & reader, TableRun const & run) {
         for (U32 i = 1; i < run.threads; ++i) {
             threads.emplace_back([&, i] { workers[i]->work(source, sequencer); });
         }
+        // The calling thread is one of them.
         workers[0]->work(source, sequencer);
     } catch (...) {
         source.close(); // a thread could not be started: let the others stop

@@ -74,14 +74,15 @@ public:
     /// Steps over `n` bytes.
     void skip(std::size_t n) { advance(n); }
 
-    /// The next `n` bytes as a cursor of their own, under their own name.
+    /// The next `n` bytes as a cursor of their own, under their own name. This cursor then stands
+    /// behind them, whatever is read of them.
     ByteCursor take(std::size_t n, char const * subject) {
         return ByteCursor(advance(n), n, subject);
     }
 
     /// Steps over the next `n` bytes and answers them. They are not copied.
     std::span<U8 const> bytes(std::size_t n) { return {advance(n), n}; }
-    /// All that is left.
+    /// All that is left. This cursor stays where it is.
     std::span<U8 const> rest() const { return {at_, end_}; }
 
     /// Steps over `n` bytes and answers where they start.

@@ -68,10 +68,12 @@ enum AttributeFlags : U8 { optional = 0x80, transitive = 0x40, extendedLength = 
 /// Bits of a peer's type in the peer index table: how its address and its AS number are written.
 enum PeerFlags : U8 { ipv6Peer = 0x01, as4Peer = 0x02 };
 
-/// The AS number that stands for one that does not fit in 16 bits (RFC 6793).
+/// The AS number that stands for one that does not fit in 16 bits (RFC 6793). The number itself is
+/// in AS4_PATH then.
 constexpr U32 asTrans = 23456;
 
-/// The common header of a record.
+/// The common header of a record. It says how long the record is, and nothing proves that it is
+/// one: where a frame may be broken, the headers behind it are looked at, too.
 struct Header {
     /// Bytes in the file.
     static constexpr std::size_t size = 12;
@@ -82,7 +84,7 @@ struct Header {
     U16 subtype;
     U32 length; ///< of what follows the header
 
-    /// Reads the 12 bytes at `from`, which must be there.
+    /// Reads the 12 bytes at `from`, which must be there. All fields are big-endian.
     static Header load(U8 const * from) {
         return {loadU32(from), loadU16(from + 4), loadU16(from + 6), loadU32(from + 8)};
     }
@@ -121,7 +123,8 @@ struct FamilyCode {
     /// 1 for unicast, 2 for multicast.
     U8 safi = 0;
 
-    /// IPv4 or IPv6 for unicast and multicast routes, none for every other family.
+    /// IPv4 or IPv6 for unicast and multicast routes, none for every other family. Others are
+    /// counted and passed over.
     AddressFamily routeFamily() const {
         if (safi != 1 && safi != 2) {
             return AddressFamily::none;

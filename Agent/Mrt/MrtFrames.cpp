@@ -80,6 +80,7 @@ bool MrtFrames::next(MrtFindings & findings) {
     }
 }
 
+// The peers that hold are a matter of the order of the file, which only the cut sees.
 bool MrtFrames::isSpecial(Header const & header) const {
     return isPeerTable(header) ||
            (!stretch_.peers && !unknownPeersTold_ && Mrt::holdsTableRoutes(header));
@@ -144,6 +145,7 @@ bool MrtFrames::findRecord(MrtFindings & findings) {
         std::size_t const size = Header::size + header.length;
         if (!isPlausible(header)) {
             noRecordIsHere(header, findings);
+            // A record is handed out whole or not at all.
         } else if (!source_.ensure(size)) {
             recordIsCut(nameOf(header) + " record", size, findings);
         } else {

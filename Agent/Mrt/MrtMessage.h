@@ -40,6 +40,7 @@ private:
     /// Decodes attributes and places of an UPDATE; `as4` as the record's subtype says.
     void readUpdate(ByteCursor body, bool as4, ReadStatistics & statistics);
 
+    /// Kept from message to message for its storage.
     PathAttributes attributes_;
     Route shared_; ///< what all prefixes of the message have in common
     std::array<Announced, 2> announced_;

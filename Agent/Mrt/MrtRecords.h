@@ -22,10 +22,12 @@ struct MrtFindings {
     MrtFindings(bool ofCompressed, Lists::Reporter report)
         : log(std::move(report)), compressed(ofCompressed) {}
 
-    /// A report about what stands at the offset.
+    /// A report about what stands at the offset. Only counted when the log has enough.
     void reportAt(U64 offset, String const & text);
 
+    /// What programs are told.
     ReadStatistics statistics;
+    /// What people are told, up to a bound.
     ReportLog log;
     bool compressed; ///< offsets are those of the decompressed data
 };
@@ -56,6 +58,7 @@ private:
     /// Hands the current record to the decoder of its type.
     Content startRecord(ReadStatistics & statistics);
     Content startOther(ByteCursor body, ReadStatistics & statistics);
+    /// Counts the current record as damaged and reports why.
     void recordIsDamaged(Damage const & damage, MrtFindings & findings);
 
     /// One decoder a kind of record, each with storage that is kept.

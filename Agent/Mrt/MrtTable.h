@@ -32,7 +32,7 @@ public:
     /// not read. Throws Damage when anything in a record of several entries cannot be read.
     bool startV2(U16 subtype, std::span<U8 const> body);
 
-    /// Takes a record of TABLE_DUMP.
+    /// Takes a record of TABLE_DUMP. Its only entry names its peer itself.
     void startV1(U16 subtype, ByteCursor body);
 
     /// The next entry; false when there is none left. Throws Damage for the only entry of a record
@@ -59,6 +59,7 @@ private:
     IpGenPrefix prefix_;
     MrtPeer ownPeer_; ///< of a TABLE_DUMP record, which names its peer itself
     ByteCursor rest_; ///< entries, or the attributes of a TABLE_DUMP record
+    /// Decodes all entries, one after the other.
     PathAttributes attributes_;
 };
 

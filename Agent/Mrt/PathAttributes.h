@@ -5,7 +5,7 @@
 
 namespace Qcf::Agent {
 
-/// How the record around them writes path attributes.
+/// How the record around them writes path attributes. Nothing in the attributes themselves says so.
 struct AttributeForm {
     bool as4 = false; ///< AS_PATH has AS numbers of four bytes instead of two
     bool rib = false; ///< an entry of a table: MP_REACH_NLRI may be reduced to the next hop
@@ -63,9 +63,11 @@ private:
     void readPath(std::span<U8 const> bytes, AttributeForm form, Route & route);
     /// Reads the family and the next hop; prefixes stay as they are.
     void readReach(std::span<U8 const> bytes, bool rib);
+    /// Reads the family; prefixes stay as they are.
     void readUnreach(ByteCursor value);
     /// Merges AS4_PATH, once both paths are known.
     void finishPath(Route & route);
+    /// Whether an attribute of that code was met.
     bool has(U8 code) const { return ((seen_ >> code) & 1) != 0; }
 
     U64 seen_ = 0; ///< the codes below 64 that were met

@@ -23,7 +23,7 @@ namespace Qcf::Agent {
 /// Memory follows the longest line; after it nothing is allocated.
 class JsonLinesReader final : public RouteReader {
 public:
-    /// Longest line that is read, in bytes.
+    /// Longest line that is read, in bytes. A longer one is a fault.
     static constexpr std::size_t maxLine = std::size_t{16} << 20;
 
     /// `name` stands before the line numbers of messages.
@@ -49,8 +49,10 @@ private:
     /// "FILE:LINE: ", for messages.
     String lineName() const;
 
+    /// Stands at the current line, whose bytes are skipped when the next one is looked for.
     Lists::ByteSource source_;
     String name_;
+    /// Kept from line to line for its storage.
     JsonDocument document_;
     ReadStatistics statistics_;
     U64 line_ = 0;          ///< number of the current line, from 1

@@ -27,6 +27,7 @@ private:
 
     RendererV2 renderer_;
     ValueRenderer values_;
+    /// What is left out is what a route has that nobody said anything of.
     Route const defaultRoute_;
     std::vector<void const *> defaults_; ///< each attribute of it, by index
 };

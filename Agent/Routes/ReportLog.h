@@ -23,6 +23,7 @@ public:
     /// Lines that are passed on.
     static constexpr U64 maxLines = 20;
 
+    /// An empty reporter drops the lines, which are counted all the same.
     explicit ReportLog(Lists::Reporter report) : report_(std::move(report)) {}
 
     /// Whether a line added now would be passed on; spares the caller making its text.
@@ -38,7 +39,7 @@ public:
 
     /// Only counts lines.
     void addUnsaid(U64 lines = 1) { count_ += lines; }
-    /// How many lines were counted and not passed on.
+    /// How many lines were counted and not passed on. They are told at the end as one line.
     U64 unsaid() const { return count_ > maxLines ? count_ - maxLines : 0; }
 
     /// Tells how many lines were held back; to be called once, at the end.

@@ -19,6 +19,7 @@ enum class SetForm : U8 {
 SetForm setFormOf(std::string_view languageName);
 
 /// What a value of an attribute of a route may be: what readers check, since the engine asserts it.
+/// Limits are inclusive; types that are no numbers have none.
 struct RouteAttribute {
     std::string_view name; ///< the language name
     SetForm form = SetForm::numbers;
@@ -29,7 +30,7 @@ struct RouteAttribute {
 
 /// One record an attribute, by the index of routeAttributeNames(). The limits are those that the
 /// engine asserts: a value beyond them must never get into a route. The same object for all
-/// threads.
+/// threads. Made at the first call.
 std::span<RouteAttribute const> routeAttributes();
 
 /// The index of an attribute; nothing when a route has none of that name. Costs one look-up by

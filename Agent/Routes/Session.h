@@ -8,7 +8,7 @@ namespace Qcf::Agent {
 /// change them, and ask for them by operations of the context, not by name.
 ///
 /// A route carries them because readers find them beside it: JSON lines have them in `session`, a
-/// routing table leaves them as they are here.
+/// routing table leaves them as they are here. Copied with the route; a plain value.
 struct Session {
     bool outbound = false; ///< the route is about to be sent, not received
     /// The AS of this speaker; 0 where nobody said.

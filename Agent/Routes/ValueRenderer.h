@@ -17,6 +17,8 @@ namespace Qcf::Agent {
 /// The caller writes the keys around the values. The renderer must outlive it.
 class ValueRenderer {
 public:
+    /// Keys, objects and what else stands around the values are the caller's, who writes them by
+    /// the same renderer.
     explicit ValueRenderer(RendererV2 & renderer) : renderer_(renderer) {}
 
     /// Scalars: numbers as they are, everything with a text form as that text.

@@ -38,6 +38,7 @@ private:
     /// particular numbers once a distribution is involved.
     class Random {
     public:
+        /// Equal seeds make equal numbers.
         explicit Random(U64 seed) : state_(seed) {}
         /// 64 bits, equally likely each.
         U64 next();

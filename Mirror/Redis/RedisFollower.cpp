@@ -32,6 +32,7 @@ RedisFollower::RedisFollower(RedisOptions options, FollowedStore & mirror, Repor
     }
 }
 
+// Readers that say nothing are forgotten after some time; this one says that it goes.
 RedisFollower::~RedisFollower() {
     try {
         if (connection_) {
@@ -47,6 +48,8 @@ String RedisFollower::standing() const {
                                          : "keeping " + mirror_.version().toString();
 }
 
+// A fault must not make the caller spin: what is left of the wait is spent, up to the delay
+// between tries.
 bool RedisFollower::poll(std::chrono::milliseconds wait) {
     auto const end = Clock::now() + wait; // NOLINT(clang-analyzer-deadcode.DeadStores): read below
     try {
@@ -97,6 +100,7 @@ bool RedisFollower::step(std::chrono::milliseconds wait) {
                                      std::max(zero, std::min(untilCheck, wait)));
     bool const applied = reader_->take(entries);
     bool const doubt = reader_->takeDoubt();
+    // Something came that the stream alone does not explain.
     if (doubt || (reader_->lost() && entries.size() != 0)) {
         checkNow_ = true;
     }
@@ -133,6 +137,7 @@ bool RedisFollower::checkState() {
 }
 
 bool RedisFollower::load(PublishedState const & state) {
+    // Loading the same again would fail in the same way.
     auto const attempt = std::pair(state.version.id, readSnapshotState(*connection_, keys_).id);
     if (attempt == hopeless_) {
         return false;
@@ -142,9 +147,12 @@ bool RedisFollower::load(PublishedState const & state) {
                 " to the published version " + std::to_string(state.version.number) +
                 "; loading the snapshot");
     }
+    // Beside the present copy: threads go on with that one until the new one is whole.
     auto fresh = mirror_.fresh();
     auto reader = std::make_unique<StreamReader>(*fresh, report_);
     loadReplica(*connection_, keys_, *fresh, *reader, report_);
+    // While this was read the writer may have gone on, and what was loaded is then the newer
+    // version.
     auto const now = readState(*connection_, keys_);
     if (fresh->version() == state.version || fresh->version() == now.version) {
         mirror_.adopt(std::move(fresh));
@@ -172,6 +180,7 @@ void RedisFollower::show() {
     announce();
 }
 
+// A writer looks here for readers that are stuck, an operator for those that are behind.
 void RedisFollower::announce() {
     String record;
     RendererV2 renderer(record);

@@ -7,7 +7,8 @@ namespace Qcf::Mirror {
 /// The keys under which a published store stands in Redis. The braces keep them on one node of a
 /// cluster. All of them begin with the name of the store; what each holds is said once, here.
 struct RedisKeys {
-    /// Throws RedisUrlError unless the name is 1 to 128 of letters, digits and `._-`.
+    /// Throws RedisUrlError unless the name is 1 to 128 of letters, digits and `._-`. Names are
+    /// part of keys, and of what people type.
     explicit RedisKeys(String const & named);
 
     String name;

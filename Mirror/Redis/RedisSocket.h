@@ -19,6 +19,10 @@ public:
 /// Every wait has an end, the one for a name to be resolved excepted. Faults throw
 /// RedisConnectionError, after which the socket is of no more use. Nothing raises SIGPIPE. Belongs
 /// to one thread.
+///
+///     RedisSocket socket(options);
+///     socket.write(request, std::chrono::seconds(1));
+///     std::string_view const answer = socket.read(std::chrono::seconds(1));
 class RedisSocket {
 public:
     using Milliseconds = std::chrono::milliseconds;

@@ -15,7 +15,8 @@ namespace Qcf::Mirror {
 /// with one line.
 ///
 /// The server's certificate is checked against the authorities and against the host's name, unless
-/// the options say not to. Belongs to one thread.
+/// the options say not to. Belongs to one thread. Whoever uses it waits for the socket: nothing
+/// here blocks.
 class RedisTls {
 public:
     /// Reads the files that the options name. Nothing is sent yet.

@@ -27,8 +27,10 @@ public:
 struct RedisOptions {
     String host; ///< empty for a socket in the file system
     String port = "6379";
+    /// Of a socket in the file system; empty for a host.
     String socketPath;
     String user;
+    /// Never shown in a message.
     String password;
     U32 database = 0;
 

@@ -48,6 +48,7 @@ PublishOutcome RedisWriter::publish(AllFunctionStatus const & status) {
 PublishOutcome RedisWriter::persist(Change const & change) {
     // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): read where an attempt fails
     auto const deadline = std::chrono::steady_clock::now() + settings_.patience;
+    // Waits double, so that a server that starts is not held up by those who ask whether it has.
     for (auto pause = std::chrono::milliseconds(20);; pause *= 2) {
         String trouble;
         try {
@@ -77,6 +78,8 @@ PublishOutcome RedisWriter::persist(Change const & change) {
     }
 }
 
+// The snapshot comes after the version counts: a writer that dies in between leaves readers with
+// the stream, which leads there.
 PublishOutcome RedisWriter::attempt(Change const & change) {
     if (!connection_) {
         open();
@@ -94,6 +97,8 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
 // From the change on the replica is ahead of the server, until the last step was answered: whoever
 // throws in between loses the connection, and with it the replica.
 PublishOutcome RedisWriter::publishChanges(Change const & change) {
+    // Above both: the server may know a version that could not be put together, the replica one
+    // whose last step was not answered.
     U64 const version = std::max(state_.version.number, replica_->version().number) + 1;
     PublishOutcome outcome;
     outcome.counts = change(*replica_, version);
@@ -125,6 +130,7 @@ Batch RedisWriter::takeBatch(U64 version) {
     BatchStart const start{version, newBatchId(), buildsOn ? replica_->version().id : String()};
     Batch batch = source_->takeBatch(start, replica_->digest());
     if (AetCollections * const store = storeOf(status())) {
+        // The store's own record of changes is of no use here and would grow.
         store->dirtyCollKeysDel();
     }
     return batch;
@@ -135,6 +141,7 @@ void RedisWriter::open() {
     std::swap(connection_, connection);
     lead();
     source_.reset();
+    // What the server has is the truth, whatever this writer had before.
     replica_ = std::make_unique<Replica>(keys_.name);
     StreamReader reader(*replica_, report_);
     loadReplica(*connection_, keys_, *replica_, reader, report_);
@@ -167,6 +174,7 @@ void RedisWriter::step(char const * name, RedisScript const & script,
 void RedisWriter::send(Batch const & batch) {
     String const version = std::to_string(batch.start.version);
     RedisConnection::Arguments const keys{keys_.writer, keys_.changes, keys_.state};
+    // The last piece makes the batch the published state in the same step.
     for (std::size_t i = 0; i + 1 < batch.pieces.size(); ++i) {
         char const * const kind = i == 0 ? "start" : "part";
         step(kind, scripts::append, keys,
@@ -177,6 +185,8 @@ void RedisWriter::send(Batch const & batch) {
           batch.digest.toString(), std::to_string(batch.functions), std::to_string(batch.nodes)});
 }
 
+// A reader that comes late reads the snapshot and the stream behind it: the longer that is, the
+// more a new snapshot saves. A reader that is stuck cannot go on without one.
 bool RedisWriter::snapshotIsDue() const {
     auto const snapshot = readSnapshotState(*connection_, keys_);
     if (snapshot.id == state_.version.id) {
@@ -191,6 +201,7 @@ bool RedisWriter::snapshotIsDue() const {
                        [](ReaderState const & reader) { return reader.stuck; });
 }
 
+// Aside first: until the last step readers have the one before.
 void RedisWriter::writeSnapshot() {
     VersionId const & version = replica_->version();
     Batch const all = source_->snapshot({version.number, version.id, ""}, version.digest);

@@ -37,7 +37,7 @@ public:
     template <class T>
     void hashMix(T) = delete;
 
-    /// The identity of an object, 8 bytes.
+    /// The identity of an object, 8 bytes. It differs from run to run: never to be stored.
     void hashMixIdentity(void const * object) noexcept {
         mix(static_cast<U64>(std::bit_cast<std::uintptr_t>(object)), 8);
     }

@@ -234,5 +234,6 @@ public:
 private:
     /// Ready before any code runs, and never destroyed.
     inline static constinit SlabCore core_{sizeof(T), alignof(T)};
+    /// Given back when the thread ends.
     inline static constinit thread_local slabDetail::Magazine magazine_{};
 };

@@ -87,7 +87,9 @@ private:
 
     JsonValue(JsonTree const & tree, U32 index) noexcept : tree_(&tree), index_(index) {}
 
+    /// Owned by the document.
     JsonTree const * tree_;
+    /// Of the value among all values of the text.
     U32 index_;
 };
 

@@ -39,6 +39,7 @@ public:
     /// The parent of the root.
     static constexpr U32 noParent = ~U32{0};
 
+    /// What messages begin with.
     String fileName;
     U64 line = 0; ///< of a file of one-line documents; 0 for a whole document
     String text;
@@ -67,7 +68,8 @@ public:
     }
     /// The key's hash as it orders the members of large objects. Equal keys have equal hashes.
     static U32 keyHash(std::string_view key) noexcept;
-    /// Whether the elements of an array follow each other, each one node.
+    /// Whether the elements of an array follow each other, each one node. Elements of such an array
+    /// are found by adding.
     static bool isFlat(Node const & array, U32 index) noexcept {
         return array.end - index - 1 == array.content.length;
     }
@@ -76,7 +78,7 @@ public:
 
     /// Where a value stands (RFC 6901).
     String pointer(U32 index) const;
-    /// `FILE:POINTER: ` or `FILE:LINE:POINTER: `, on one line.
+    /// `FILE:POINTER: ` or `FILE:LINE:POINTER: `, on one line. Messages begin with it.
     String place(U32 index) const;
 
 private:

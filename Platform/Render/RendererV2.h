@@ -47,7 +47,6 @@ public:
     void value(std::string_view text);
     void value(char const * text) { value(std::string_view(text)); }
     void value(String const & text) { value(std::string_view(text)); }
-    /// true or false.
     void value(bool b);
     /// Integers are written exactly, whatever their size.
     template <std::unsigned_integral T>
@@ -60,7 +59,6 @@ public:
     /// it is seen to be one; null for infinities and NaN, which JSON cannot say.
     void value(F64 x);
     void value(F32 x);
-    /// null.
     void nullValue();
     /// Ends a complete document with a newline; another one may follow. Everything that was opened
     /// must be closed.
@@ -72,7 +70,9 @@ private:
 
     void unsignedValue(U64 n);
     void signedValue(S64 n);
+    /// Writes a number that was made text here.
     void floatText(std::string_view digits);
 
+    /// Hides the library that writes.
     std::unique_ptr<Writer> writer_;
 };

@@ -73,6 +73,7 @@ private:
 
 /// The same questions to a path that knows its length.
 inline U32 pathLength(AsPath const & path) { return path.length(); }
+/// As for the segments.
 inline U32 originAs(AsPath const & path, U32 localAs, bool & known) {
     return originAs(path.asns(), localAs, known);
 }
@@ -148,6 +149,7 @@ inline U32 pathLength(AspathContainerFromExisting const & path) {
     }
     return path.existingPath() != nullptr ? path.existingPath()->length() : 0;
 }
+/// Over the path that holds.
 inline U32 originAs(AspathContainerFromExisting const & path, U32 localAs, bool & known) {
     return originAs(path.asns(), localAs, known);
 }

@@ -14,8 +14,7 @@ namespace Evpn {
 /// An Ethernet segment identifier (RFC 7432): a plain value of ten octets, all zero by default.
 /// A route without a segment has no `Esid` at all, which is not the same as the all-zero one.
 ///
-///     std::optional<Evpn::Esid> const segment =
-///     Evpn::Esid::parse("00:11:22:33:44:55:66:77:88:99");
+///     auto const segment = Evpn::Esid::parse("00:11:22:33:44:55:66:77:88:99");
 ///
 /// Compared, hashed and copied by value on any thread.
 class Esid {
@@ -45,6 +44,7 @@ public:
     static std::optional<Esid> parse(std::string_view text);
 
 private:
+    /// In network order.
     Octets octets_{};
 };
 

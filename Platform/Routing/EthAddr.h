@@ -41,6 +41,7 @@ public:
     static std::optional<EthAddr> parse(std::string_view text);
 
 private:
+    /// In the order in which they are sent.
     Octets octets_{};
 };
 

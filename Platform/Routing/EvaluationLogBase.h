@@ -8,7 +8,8 @@ class RendererV2;
 namespace Routing::Policy {
 
 /// A record of how a policy was evaluated, of whatever kind of policy, so that a host can keep and
-/// show logs without knowing the engine that wrote them. Read-only once it is handed out.
+/// show logs without knowing the engine that wrote them. Read-only once it is handed out. It holds
+/// all that it tells and may be kept when the route is gone.
 class EvaluationLogBase : public PtrInterface {
 public:
     ~EvaluationLogBase() override = default;

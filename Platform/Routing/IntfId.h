@@ -36,6 +36,7 @@ public:
     static std::optional<IntfId> parse(std::string_view text);
 
 private:
+    /// As it was given: no case is folded and no blank taken off.
     String name_;
 };
 

@@ -59,7 +59,7 @@ class PrefixListMatcher : public PtrInterface {
 public:
     ~PrefixListMatcher() override = default;
 
-    /// Family of the prefixes in the list.
+    /// Family of the prefixes in the list. It does not change.
     virtual AddressFamily af() const = 0;
 
     /// Whether the list permits the candidate; unset when the list has no answer. The context may

@@ -11,6 +11,7 @@
 namespace Routing::Rib {
 
 /// One RIB in which a next hop may be resolved. An entry with neither name nor kind is not in use.
+/// What names and kinds mean is the host's.
 struct ResolutionRibEntry {
     String name;
     U8 kind = 0; ///< a code of the host's; 0 with an empty name means no entry

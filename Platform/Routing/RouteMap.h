@@ -66,6 +66,7 @@ public:
     bool contains(U32 tag) const { return tags_.contains(tag); }
 
 private:
+    /// Of 32 bits, as routes carry them.
     std::unordered_set<U32> tags_;
 };
 
@@ -87,6 +88,7 @@ public:
     }
 
 private:
+    /// Those that were named; all others are not active.
     std::unordered_map<U32, bool> vrfs_;
 };
 

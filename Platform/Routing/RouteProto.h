@@ -6,7 +6,8 @@ namespace Routing {
 
 /// Code of the protocol that a route came from. The codes are the host's and are known by number
 /// only: every value from 0 to 255 is a valid `RouteProto`, written as `RouteProto{52}`. Comparing
-/// and showing it is all that is done with it.
+/// and showing it is all that is done with it. A route that carries a code which nobody knows is a
+/// route all the same.
 enum class RouteProto : U8 {};
 
 namespace Isis {

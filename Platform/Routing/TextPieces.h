@@ -36,7 +36,7 @@ constexpr int hexDigitValue(char c) {
 void appendOctets(String & out, std::span<U8 const> octets);
 
 /// Reads exactly `octets.size()` octets of two hexadecimal digits joined by colons; on failure the
-/// octets are left as they were.
+/// octets are left as they were. Digits may be of either case.
 bool parseOctets(std::string_view text, std::span<U8> octets);
 
 } // namespace Routing::TextPieces

@@ -12,7 +12,7 @@ YARDS = ["bench", "tests", "fuzz", "examples"]
 # The wings of a folder, lowest first. "" is the folder itself, where it stands in the order.
 WINGS = {
     "QcfLib": ["Nodes", "Context", "Sets", "Operators", "Plan", "Store"],
-    "Agent": ["", "Routes", "Mrt", "Evaluation"],
+    "Agent": ["", "Routes", "Mrt", "Tables", "Evaluation"],
     "Mirror": ["", "Redis"],
 }
 # The folder whose root is its public interface and no wing.
