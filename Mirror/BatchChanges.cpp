@@ -11,9 +11,17 @@ using Eval::NodeClass;
 
 namespace {
 
-constexpr FieldInfo functionReference{
-    "ref", "PtrConst<Function>", "Function", true,
-    [](Entity const & node) { return &node.typeData() == &Eval::nodeClassOf<Eval::Function>(); }};
+/// The reference of a function line, as if it were a field: it takes nothing but functions.
+FieldInfo const & functionReference() {
+    static NodeClass const & function = Eval::nodeClassOf<Eval::Function>();
+    static FieldInfo const field{
+        .name = "ref",
+        .type = "PtrConst<Function>",
+        .wants = function.name,
+        .optional = true,
+        .accepts = [](Entity const & node) { return &node.typeData() == &function; }};
+    return field;
+}
 
 NodeClass const & expectClass(JsonValue const & name) {
     NodeClass const * const nodeClass = Eval::findNodeClass(name.expectString());
@@ -72,8 +80,8 @@ void BatchChanges::functionLine(JsonValue const & line) {
     if (key && key->isNull()) {
         functions_[name] = nullptr;
     } else {
-        auto const node = loose ? looseNode(*loose, functionReference)
-                                : storedNode(*key, nullptr, functionReference);
+        auto const node = loose ? looseNode(*loose, functionReference())
+                                : storedNode(*key, nullptr, functionReference());
         functions_[name] = ptrCast<Eval::Function const>(node);
     }
 }

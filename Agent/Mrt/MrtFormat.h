@@ -132,7 +132,8 @@ struct FamilyCode {
         return addressFamily(afi);
     }
 
-    /// The family of an AFI alone; none for all but 1 and 2.
+    /// The family of an AFI alone; none for all but 1 and 2. Old records have an AFI and no
+    /// sub-family.
     static AddressFamily addressFamily(U16 afi) {
         return afi == 1   ? AddressFamily::ipv4
                : afi == 2 ? AddressFamily::ipv6
@@ -145,7 +146,8 @@ struct FamilyCode {
 IpGenAddr readAddress(ByteCursor & from, AddressFamily family);
 
 /// Reads a length in bits and as many bytes as it takes. Bits beyond the length are cleared; a
-/// length beyond the family's width is Damage.
+/// length beyond the family's width is Damage. That is how routes of IPv4 and IPv6 stand in every
+/// message and record.
 IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family);
 
 /// Counts the prefixes, each behind a path identifier where `addPath` says so, to the end; none of

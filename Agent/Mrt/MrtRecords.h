@@ -39,7 +39,8 @@ struct MrtFindings {
 /// time; after the largest record nothing is allocated.
 class MrtRecords {
 public:
-    /// The stretch to read next; it must stay where it is until then.
+    /// The stretch to read next; it must stay where it is until then. What was left of the one
+    /// before is forgotten.
     void stretchIs(MrtStretch const & stretch);
 
     /// The next route; false when the stretch has no more. Damage goes into the findings. The route

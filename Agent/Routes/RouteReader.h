@@ -6,7 +6,7 @@
 
 namespace Qcf::Agent {
 
-/// What a reader has met so far.
+/// What a reader has met so far. Counts of a file that is read by several shares come to the same.
 struct ReadStatistics {
     U64 records = 0;         ///< records of the file (lines, for a text), whatever they held
     U64 routes = 0;          ///< routes handed out
@@ -25,6 +25,13 @@ struct ReadStatistics {
 
 /// One thread's share in reading a file together with others. Each takes piece after piece of the
 /// data and decodes it by itself. The shares must not outlive their reader.
+///
+///     while (share->take()) {         // one share at a time
+///         while (share->next(route)) { // side by side
+///             ...
+///         }
+///         share->settle();            // in the order in which they took
+///     }
 class RouteShare {
 public:
     virtual ~RouteShare() = default;
@@ -41,7 +48,14 @@ public:
     virtual void settle() = 0;
 };
 
-/// Hands out the routes of a file one by one, in the order of the file.
+/// Hands out the routes of a file one by one, in the order of the file. `openRoutes` makes the one
+/// that a file's content asks for.
+///
+///     Route route; // one object for all routes
+///     while (reader->next(route)) {
+///         ...
+///     }
+///     reader->statistics().damagedRecords;
 ///
 /// Memory does not grow with the file, and once the longest record and the largest route were met
 /// nothing is allocated any more. One thread at a time.
@@ -57,6 +71,7 @@ public:
     /// `route` in no particular state.
     virtual bool next(Route & route) = 0;
 
+    /// What was met so far; whole once `next` has answered false.
     virtual ReadStatistics const & statistics() const = 0;
 
     /// A share in reading the file, by as many threads as there are shares and instead of `next`.

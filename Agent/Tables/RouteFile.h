@@ -9,9 +9,14 @@ namespace Qcf::Agent {
 /// Opens a file of routes ("-" is standard input): MRT or JSON lines, plain or compressed by gzip
 /// or bzip2. What it is is told by its content alone; an empty file is a table without routes.
 ///
+///     auto const reader = openRoutes("rib.mrt.bz2", report);
+///     for (Route route; reader->next(route);) {
+///         ...
+///     }
+///
 /// `report` is given the damage that is met and what follows compressed data, one line each, which
-/// names the file; after the first 20 lines only their number is told, at the end. Throws
-/// FileError for a file that cannot be opened or is neither format.
+/// names the file; after the first 20 lines only their number is told, at the end. Throws FileError
+/// for a file that cannot be opened or is neither format.
 std::unique_ptr<RouteReader> openRoutes(String const & path, Lists::Reporter report);
 
 /// The same for bytes that are at hand; `name` is what the texts call them.
