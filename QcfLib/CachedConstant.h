@@ -8,6 +8,11 @@
 
 #include <forward_list>
 
+/// Values of literals that are computed once, when the tree is built.
+///
+///     auto const set = intSetImmediateFactory(key, elements, true);
+///     cacheConstantValue(*set);                // QcfEval.h: builds the value from the elements
+///     set->cachedGetVal()->contains(65000);    // what evaluations read
 namespace Qcf::Eval {
 
 /// The precomputed value of a literal list or set whose elements are all constants.
@@ -22,6 +27,8 @@ public:
     CachedConstant(CachedConstant const &) = delete;
     CachedConstant & operator=(CachedConstant const &) = delete;
 
+    /// Null while there is none: the value is then built at each evaluation. Uncounted; good as
+    /// long as the node.
     Container const * cachedGetVal() const { return cachedGetVal_.get(); }
 
     /// Takes the value over, which every evaluation shares: asserts that it is `copyOnWrite`. Plans

@@ -6,6 +6,10 @@
 
 #include <iosfwd>
 
+/// What evaluating a node yields: a value, and whether evaluation goes on after it.
+///
+///     EvalResult const result = function->eval(context);
+///     bool const accepted = result.isTrue();   // false and unknown both reject
 namespace Qcf::Eval {
 
 /// The value of a predicate or a statement.
@@ -42,9 +46,12 @@ public:
         return EvalResult(b ? QcfTrue() : QcfFalse(), TerminationFlag::returnToCaller);
     }
 
+    /// The value that the node, or what ended it, yields.
     constexpr TriStateBoolValue retVal() const { return retVal_; }
     constexpr TerminationFlag termination() const { return termination_; }
+    /// Accepted, for a function: its changes are written back.
     constexpr bool isTrue() const { return retVal_ == QcfTrue(); }
+    /// Whether the statements behind are passed over.
     constexpr bool terminates() const { return termination_ != TerminationFlag::noTermination; }
 
     /// The same value with another termination.

@@ -2,6 +2,9 @@
 
 #include <atomic>
 
+/// Where a function's plan lives. Agents need not care: `eval` builds and uses it.
+///
+///     function->planFor(*function); // before the first route, so that it need not wait
 namespace Qcf::Eval {
 
 class Function;
@@ -17,9 +20,10 @@ public:
     KeptPlan & operator=(KeptPlan const &) = delete;
     ~KeptPlan();
 
-    /// Null as long as it is not built.
+    /// Null as long as it is not built; else good as long as the function, current or not.
     Plan const * keptPlan() const { return plan_.load(std::memory_order_acquire); }
-    /// The plan with the present constants in place.
+    /// The plan with the present constants in place, built if need be. `function` is the one that
+    /// keeps this. From any thread.
     Plan const & planFor(Function const & function) const;
 
 private:

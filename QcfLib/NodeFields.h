@@ -27,6 +27,15 @@
 
 namespace Qcf::Eval {
 
+/// Nodes as records of typed fields, for whoever turns them into another form and back: documents,
+/// change streams, copies.
+///
+///     Ptr<AetNodeBase> node = nodeClass.create(key, reader); // asks the reader for each field
+///     node->typeData().write(*node, writer);                 // hands each field to the writer
+///
+/// A FieldInfo says which field it is, what it wants, and what it means to the node (see
+/// NodeClass.h). Both work on one thread and keep nothing.
+///
 /// Where NodeClass::create takes a node's fields from, in declared order. Whoever implements it
 /// throws when the outside form does not hold what the field wants.
 class FieldReader {

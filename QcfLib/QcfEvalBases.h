@@ -4,6 +4,9 @@
 #include "QcfLib/KeptPlan.h"
 #include "QcfLib/QcfEvalAttributeSet.h"
 
+/// The bases of functions and of logical operators: what the classes of QcfEval.h share beyond
+/// being nodes. Compilers make the concrete classes by their creators; these bases are for who
+/// holds a function without caring how it was made.
 namespace Qcf::Eval {
 
 class Block;
@@ -13,7 +16,8 @@ class FunctionArgumentList;
 class LogicalOperatorList;
 class TriStateBool;
 
-/// Base of Function: what a function is known by.
+/// Base of Function: what a function is known by, and what it needs from outside. A published store
+/// holds functions as this type.
 class FunctionBase : public Expression {
 public:
     FunctionBase(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
@@ -23,8 +27,11 @@ public:
           metadata_(std::move(metadata)),
           features_(std::move(features)) {}
 
+    /// The name under which it is published and called.
     String const & funcName() const { return funcName_; }
+    /// The outside lists that its tree names, by kind, each with its slot.
     FunctionMetadata const & metadata() const { return metadata_; }
+    /// What it asks of a host's route maps; told in dumps, of no meaning to evaluation.
     Routing::Policy::RouteMapFeatures const & features() const { return features_; }
 
 private:
@@ -39,8 +46,10 @@ class CachedHash {
 public:
     explicit CachedHash(Entity const & owner) : owner_(owner) {}
 
+    /// Whether there is one; a mirrored copy says so before it has the value.
     bool cachedHashValueSet() const { return cachedHashValueSet_; }
     U32 cachedHashValue() const { return cachedHashValue_; }
+    /// Both publish a change, and nothing when there is none.
     void cachedHashValueSetIs(bool set) const;
     void cachedHashValueIs(U32 value) const;
 
@@ -50,13 +59,16 @@ private:
     mutable U32 cachedHashValue_ = 0;
 };
 
-/// What a function keeps beside its declared fields.
+/// What a function keeps beside its declared fields: neither is part of its content, so that equal
+/// functions may differ in both.
 class FunctionState : public CachedHash, public KeptPlan {
 public:
     using CachedHash::CachedHash;
 };
 
-/// Base of the operators between the operands of a LogicalOperatorExpression.
+/// Base of the operators between the operands of a LogicalOperatorExpression: `and`, `or` and `??`.
+/// A chain has operators of one kind; the first one decides, the others stand for themselves in
+/// logs and dumps.
 class LogicalOperator : public AetNodeBase {
 public:
     using AetNodeBase::AetNodeBase;

@@ -11,6 +11,16 @@
 
 #include <boost/container/small_vector.hpp>
 
+/// The containers that set values travel in: two kinds of sets and a list, 128 values inside.
+///
+///     auto const set = u64SmallVectorFactory(ModifyFlag::reuseOnWrite);
+///     set->insert(3);
+///     set->insert(1);
+///     set->normalize();                       // ascending, each once
+///     set->contains(3);                       // a search; an index where there are many
+///
+/// A container belongs to one thread, or is constant and read by any number. Evaluations allocate
+/// none after their first routes.
 namespace Qcf::Eval {
 
 /// Values that a container or a scratch buffer holds without a heap block.
@@ -98,6 +108,7 @@ public:
     using ValueVector::ValueVector;
     static Ptr<U64SmallVector> U64SmallVectorIs(ModifyFlag modifyFlag);
 
+    /// Appends. The caller sees to the order.
     void insert(U64 value) { values().push_back(value); }
     /// Sorts and drops duplicates.
     void normalize();
@@ -105,8 +116,11 @@ public:
     void noteOverwritten() {}
     bool contains(U64 value) const;
 
+    // Either operand may be null.
     static bool isEqual(U64SmallVector const * a, U64SmallVector const * b);
+    /// `a` within `b`.
     static bool isSubset(U64SmallVector const * a, U64SmallVector const * b);
+    /// Whether they share a value.
     static bool hasAny(U64SmallVector const * a, U64SmallVector const * b);
     /// Union, difference and intersection: one of the operands itself where it is the answer, else
     /// the first operand overwritten where it is `reuseOnWrite`, else a new set; null when empty.
@@ -131,7 +145,9 @@ public:
     using ValueVector::ValueVector;
     static Ptr<U64UnsortedSmallVector> U64UnsortedSmallVectorIs(ModifyFlag modifyFlag);
 
+    /// Appends.
     void insert(U64 value) { values().push_back(value); }
+    /// The same values in the same order; null is the empty list.
     static bool isEqual(U64UnsortedSmallVector const * a, U64UnsortedSmallVector const * b);
     /// The values in order, joined by ",".
     String toStrep() const;
@@ -159,6 +175,7 @@ public:
         lbwFollowsValues_ = false;
     }
 
+    /// As of ValueVector; `lbwValue` stays what it was.
     CommunityBuffer & values() {
         lbwValueIs(lbwValue());
         return ValueVector::values();
@@ -167,6 +184,7 @@ public:
         ValueVector::clear();
         lbwValueIs({});
     }
+    /// Appends, and notes a link bandwidth.
     void insert(Acl::CommunityValue const & value) {
         values().push_back(value);
         if (value.isLinkBandwidth()) {
@@ -179,6 +197,7 @@ public:
     void noteOverwritten() { lbwFollowsValues_ = true; }
     bool contains(Acl::CommunityValue const & value) const;
 
+    // As of U64SmallVector.
     static bool isEqual(CommunitySmallVector const * a, CommunitySmallVector const * b);
     static bool isSubset(CommunitySmallVector const * a, CommunitySmallVector const * b);
     static bool hasAny(CommunitySmallVector const * a, CommunitySmallVector const * b);

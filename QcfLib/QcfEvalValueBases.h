@@ -1,66 +1,30 @@
 #pragma once
 
 #include "QcfLib/AetNode.h"
+#include "QcfLib/AttributeSource.h"
+#include "QcfLib/IntRange.h"
 #include "QcfLib/QcfEvalCollections.h"
 #include "QcfLib/RoutingTypes.h"
-#include "QcfLib/StoredSet.h"
 
 /// The typed value nodes that operators read: a base a value type, and a modifiable one for
 /// attributes that can be written. Operators never care whether an operand is a constant, an
 /// argument or a route attribute.
+///
+///     U64 const value = node.lhs()->getVal(context);      // Int: asks the agent, or the store
+///     node.lhs()->setVal(value + 1, context);             // IntModifiable: into the store
+///
+/// Values are read by the thread that owns the context. Each read of a scalar attribute asks the
+/// agent again, unless the function wrote it; sets and paths are fetched once a route. Reading an
+/// argument asserts that the running function has it; an accessor's exception passes through.
 namespace Qcf::Eval {
-
-class AttributeContent;
-class GeneratedEvalContext;
-
-/// How the value of an integer attribute is read without asking its node: from the store of the
-/// context while the flag is set, by the accessor otherwise. A value outside the bounds is the
-/// node's business. Without an accessor the node has to be asked.
-struct IntSource {
-    U32 modifiedFlag = 0;
-    U64 AttributeContent::*stored = nullptr;
-    U64 (GeneratedEvalContext::*input)() const = nullptr;
-    U64 min = 0;
-    U64 max = ~U64{0};
-};
-
-/// The same for a set attribute.
-template <typename Set>
-struct SetSource {
-    U32 modifiedFlag = 0;
-    StoredSet<Set> AttributeContent::*stored = nullptr;
-    Set * (GeneratedEvalContext::*input)() const = nullptr;
-};
-
-/// An integer's value. A negative zero is zero.
-struct SignedMagnitude {
-    bool negative;
-    U64 magnitude;
-
-    bool strictlyNegative() const { return negative && magnitude != 0; }
-};
-
-/// What an integer attribute may be set to; results are forced into it. The default value may lie
-/// outside.
-struct IntRange {
-    U64 min;
-    U64 max;
-    U64 defaultValue;
-
-    U64 clamp(U64 value) const { return value < min ? min : value > max ? max : value; }
-    U64 sum(U64 a, U64 b) const {
-        // A sum of two magnitudes that wraps lies above every range.
-        U64 const result = a + b;
-        return result < a ? max : clamp(result);
-    }
-    U64 difference(U64 a, U64 b) const { return a < b ? min : clamp(a - b); }
-};
 
 /// An integer: an unsigned magnitude with a separate sign.
 class Int : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Where a plan reads it; without an accessor for constants, arguments and derived values.
     virtual IntSource source() const { return {}; }
+    /// The magnitude.
     virtual U64 getVal(Ptr<EvalContextBase const> const & context) const = 0;
     /// A value of this node that was read elsewhere; asserts what getVal does.
     virtual U64 checkedVal(U64 value) const { return value; }
@@ -79,15 +43,17 @@ public:
 class IntModifiable : public Int {
 public:
     using Int::Int;
+    /// The range, both ends included; constants of the class.
     virtual U64 min() const = 0;
     virtual U64 max() const = 0;
     /// The attribute's default value, which may lie outside the range; min() where it has none.
     virtual U64 defaultValue() const { return min(); }
-    /// Asserts that the value is in range, or the default value.
+    /// Stores the value in the context, to be written back if the function accepts. Asserts that it
+    /// is in range, or the default value.
     virtual void setVal(U64 value, Ptr<EvalContextBase> const & context) const = 0;
 };
 
-/// A bandwidth in bits per second.
+/// A bandwidth in bits per second. NaN is possible, and makes every comparison false.
 class Bandwidth : public StorageType {
 public:
     using StorageType::StorageType;
@@ -96,6 +62,7 @@ public:
                             StackFrameDataBase_ * frame) const override;
 };
 
+/// True, false or unknown.
 class TriStateBool : public StorageType {
 public:
     using StorageType::StorageType;
@@ -116,28 +83,30 @@ public:
                             StackFrameDataBase_ * frame) const override;
 };
 
+/// An address of either family, or an unset one.
 class IpAddress : public StorageType {
 public:
     using StorageType::StorageType;
     virtual IpGenAddr getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// An address that can be written: the next hop.
 class IpAddressModifiable : public IpAddress {
 public:
     using IpAddress::IpAddress;
     virtual void setVal(IpGenAddr value, Ptr<EvalContextBase> const & context) const = 0;
 };
 
-/// The accessor of a prefix attribute; null where its node has to be asked.
-using PrefixSource = IpGenPrefix (GeneratedEvalContext::*)() const;
-
+/// A prefix of either family, or an unset one.
 class IpPrefix : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Where a plan reads it; null for constants.
     virtual PrefixSource source() const { return nullptr; }
     virtual IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// An Ethernet address, six bytes.
 class MacAddress : public StorageType {
 public:
     using StorageType::StorageType;
@@ -151,12 +120,14 @@ public:
     virtual std::optional<Evpn::Esid> getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// An interface, by its name.
 class Interface : public StorageType {
 public:
     using StorageType::StorageType;
     virtual IntfId getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// The RIBs in which next hops are resolved, in order.
 class ResolutionRibs : public StorageType {
 public:
     using StorageType::StorageType;
@@ -164,6 +135,7 @@ public:
     getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// The same as an attribute that can be written.
 class ResolutionRibsModifiable : public ResolutionRibs {
 public:
     using ResolutionRibs::ResolutionRibs;
@@ -171,6 +143,7 @@ public:
                         Ptr<EvalContextBase> const & context) const = 0;
 };
 
+/// One community: a constant, or computed while a function runs.
 class CommunityValue : public StorageType {
 public:
     using StorageType::StorageType;
@@ -185,6 +158,7 @@ public:
     getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
+/// The route's AS path as an attribute that can be written.
 class AsPathModifiable : public AsPath {
 public:
     using AsPath::AsPath;
@@ -203,6 +177,7 @@ class SetStorage : public StorageType {
 public:
     using Set = Set_;
     using StorageType::StorageType;
+    /// Where a plan reads it; without an accessor for literals.
     virtual SetSource<Set> source() const { return {}; }
     virtual Set const * lendVal(Ptr<EvalContextBase const> const & context,
                                 PtrConst<Set> & fresh) const = 0;
@@ -214,11 +189,13 @@ public:
     }
 };
 
+/// A set of integers: communities in their 32 bits, levels, and literals.
 class IntSet : public SetStorage<U64SmallVector> {
 public:
     using SetStorage::SetStorage;
 };
 
+/// A set of integers that can be written.
 class IntSetModifiable : public IntSet {
 public:
     using IntSet::IntSet;
@@ -233,14 +210,17 @@ public:
     }
 };
 
+/// A set of extended or large communities.
 class CommunitySet : public SetStorage<CommunitySmallVector> {
 public:
     using SetStorage::SetStorage;
 };
 
+/// A set of communities that can be written.
 class CommunitySetModifiable : public CommunitySet {
 public:
     using CommunitySet::CommunitySet;
+    /// As of IntSetModifiable.
     virtual void setVal(PtrConst<CommunitySmallVector> value,
                         Ptr<EvalContextBase> const & context) const = 0;
     virtual void lentValIs(CommunitySmallVector const * value,

@@ -6,7 +6,12 @@
 #include <limits>
 #include <stdexcept>
 
-/// What operators of several families share.
+/// What operators of several families share: reading arguments and ranges, arithmetic within a
+/// range, the sanity of names. Everything works on what the caller holds, keeps nothing, and can be
+/// called from any thread; what asserts, ends the process.
+///
+///     U32 const slot = getIntFromArgVector<U32>(context, 0); // of the running function
+///     addWithinRange(*lhs, *rhs, context);                   // the whole of `lhs += rhs`
 namespace Qcf::Eval {
 
 /// A tree that lets `return` stand in an operand's place is malformed.
@@ -29,7 +34,8 @@ extern template bool containedInSingletonsOrRanges(U32, U64SmallVector const *,
                                                    U64UnsortedSmallVector const *,
                                                    U64UnsortedSmallVector const *);
 
-/// Singletons and ranges as an operator's nodes give them, read once; any node may be null.
+/// Singletons and ranges as an operator's nodes give them, read once; any node may be null. Lives
+/// within one evaluation: what it holds was lent.
 class LentRanges {
 public:
     LentRanges(IntSetImmediate const * singletons, IntListImmediate const * lowerBounds,
@@ -82,7 +88,8 @@ inline IntRange rangeOf(IntModifiable const & target) {
     return range;
 }
 
-// What the arithmetic operators write for a current value and an operand; they never fail.
+// What the arithmetic operators write for a current value and an operand. They never fail: a result
+// outside the range becomes its nearer end, and one that does not fit 64 bits lies outside.
 inline U64 sumWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
                                       : range.sum(current, operand.magnitude);
@@ -101,7 +108,8 @@ inline U64 valueWithin(IntRange const & range, SignedMagnitude operand) {
     return isDefault ? range.defaultValue : range.clamp(operand.magnitude);
 }
 
-// The operators' whole work: read, compute, write once.
+// The operators' whole work: read, compute, write once. An agent sees the reads in the order in
+// which they stand: bounds, current value, operand, and then the write.
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context);
 void addWithinRange(IntModifiable const & target, Int const & operand,

@@ -4,6 +4,11 @@
 
 #include <utility>
 
+/// How a context holds the sets that a function stored, without touching counts that threads share.
+///
+///     content.community.borrow(constant);          // held by the function's literal
+///     content.community = std::move(fresh);        // held here
+///     PtrConst<U64SmallVector> mine = content.community; // counted: stays as long as one likes
 namespace Qcf::Eval {
 
 /// The set that a function stored as an attribute's new value; null stands for the empty set.
@@ -16,7 +21,7 @@ template <typename Set>
 class StoredSet {
 public:
     StoredSet() = default;
-    /// A copy owns its set.
+    /// A copy owns its set: it may outlive whoever the original borrowed from.
     StoredSet(StoredSet const & other) : StoredSet() { *this = other; }
     StoredSet & operator=(StoredSet const & other) {
         *this = PtrConst<Set>(other.shown_);
@@ -24,6 +29,7 @@ public:
     }
     ~StoredSet() { show(nullptr); }
 
+    /// Stores a set and keeps it alive; null stores the empty set.
     StoredSet & operator=(PtrConst<Set> set) {
         show(set.get());
         owned_ = std::move(set);
@@ -42,9 +48,11 @@ public:
 
     /// Whether it keeps this very set alive.
     bool owns(Set const * set) const { return set != nullptr && set == owned_.get(); }
+    /// The set, uncounted; null for the empty one. Good until another is stored.
     Set const * get() const { return shown_.get(); }
     Set const * operator->() const { return shown_.get(); }
     explicit operator bool() const { return static_cast<bool>(shown_); }
+    /// The same as a counted pointer that can be copied.
     PtrConst<Set> const & ptr() const { return shown_; }
     operator PtrConst<Set> const &() const { return shown_; } // NOLINT(google-explicit-constructor)
 

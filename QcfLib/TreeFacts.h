@@ -6,6 +6,10 @@
 #include <initializer_list>
 #include <limits>
 
+/// How large and deep a tree is, and what it can do, known at each node from its construction on.
+/// Whoever bounds its work by this need not walk, and cannot be led astray by sharing.
+///
+///     if (node.treeFacts().size > limit || !node.treeFacts().onlyReads) { ... }
 namespace Qcf::Eval {
 
 /// The deepest tree that is accepted from outside: nodes above each other, through references and
@@ -28,6 +32,7 @@ struct NodeEffects {
 /// What is known of a node together with all that stands below it, from its construction on:
 /// whoever asks this of a tree need not walk it, however often the tree shares its nodes.
 struct TreeFacts {
+    /// All counted as if each place had a tree of its own.
     U32 size = 1;  ///< nodes, shared ones counted at each place; ends at the largest number
     U16 depth = 1; ///< levels, callees included; ends at the largest number
     bool onlyReads = true;

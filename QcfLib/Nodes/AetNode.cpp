@@ -2,7 +2,6 @@
 
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEvalBases.h"
-#include "QcfLib/QcfEvalStackFrameData.h"
 
 namespace Qcf::Eval {
 
@@ -33,13 +32,6 @@ bool StorageType::verifySanity(FunctionMetadata const & /*metadata*/) const { re
 
 String referenceText(AetNodeBase const & node) {
     return String(node.typeData().name) + "#" + std::to_string(node.aetNodeKey());
-}
-
-void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
-                                     StackFrameDataBase_ * frame) const {
-    // The callee would read its own frame through such a node.
-    QCF_ASSERT(!valueDependsOnStackFrameData());
-    frame->pushAetNodePtrArgToStack(*this);
 }
 
 void CachedHash::cachedHashValueSetIs(bool set) const {

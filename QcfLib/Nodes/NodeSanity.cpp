@@ -23,11 +23,11 @@ bool statementsAreSane(ExpressionList const * link, FunctionMetadata const & met
     return true;
 }
 
-bool operandIsSane(char const * className, Expression const & operand,
+bool operandIsSane(Expression const & node, Expression const & operand,
                    FunctionMetadata const & metadata) {
     assertWalkable(operand);
     bool const sane = isSane(operand, metadata);
-    QCF_TRACE(traceQcfEval, 2, className << ": exprSane=" << sane);
+    QCF_TRACE(traceQcfEval, 2, node.typeData().name << ": exprSane=" << sane);
     return sane;
 }
 
@@ -56,13 +56,13 @@ bool IfExpression::verifySanity(FunctionMetadata const & metadata) const {
 }
 
 bool NotExpression::verifySanity(FunctionMetadata const & metadata) const {
-    return operandIsSane("NotExpression", *expr_, metadata);
+    return operandIsSane(*this, *expr_, metadata);
 }
 bool ReturnExpression::verifySanity(FunctionMetadata const & metadata) const {
-    return operandIsSane("ReturnExpression", *expr_, metadata);
+    return operandIsSane(*this, *expr_, metadata);
 }
 bool ExitExpression::verifySanity(FunctionMetadata const & metadata) const {
-    return operandIsSane("ExitExpression", *expr_, metadata);
+    return operandIsSane(*this, *expr_, metadata);
 }
 bool LogicalOperatorExpression::verifySanity(FunctionMetadata const & metadata) const {
     assertWalkable(*this);

@@ -14,6 +14,13 @@ SignedMagnitude IntImmediate::signedVal(Ptr<EvalContextBase const> const & /*con
     return {negative_, value_};
 }
 
+void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
+                                     StackFrameDataBase_ * frame) const {
+    // The callee would read its own frame through such a node.
+    QCF_ASSERT(!valueDependsOnStackFrameData());
+    frame->pushAetNodePtrArgToStack(*this);
+}
+
 void Int::pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                              StackFrameDataBase_ * frame) const {
     frame->pushIntTypeArgToStack(context, *this);

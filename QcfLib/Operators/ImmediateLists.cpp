@@ -58,18 +58,12 @@ Container const * lend(Immediate const & node, Ptr<EvalContextBase const> const 
     return fresh.get();
 }
 
-/// Values that need no context: what a list is built from before any route is seen.
-bool isConstant(AetNodeBase const & element) {
-    NodeClass const & nodeClass = element.typeData();
-    return nodeClass.number() == IntImmediate::classNumber ||
-           nodeClass.number() == RoaTableImmediate::classNumber ||
-           nodeClass.number() == CommunityValueImmediate::classNumber;
-}
-
+/// Whether all elements are values that need no context, so that the literal can be built before
+/// any route is seen.
 template <typename Link>
 bool allConstant(Link const * link) {
     for (; link != nullptr; link = link->next().get()) {
-        if (!isConstant(*link->entry())) {
+        if (!link->entry()->typeData().facts.isConstant) {
             return false;
         }
     }

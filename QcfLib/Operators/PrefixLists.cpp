@@ -8,12 +8,12 @@ namespace {
 
 using Routing::Policy::PrefixListMatcher;
 
-bool indexIsSane(char const * className, SlotMap const & slots, String const & name,
+bool indexIsSane(PrefixList const & node, SlotMap const & slots, String const & name,
                  U16 indexInAet) {
     U16 const indexInMetadata = slotOf(slots, name);
     QCF_TRACE(traceQcfEval, 2,
-              className << "::verifySanity: indexInAet=" << indexInAet
-                        << " indexInMetadata=" << indexInMetadata);
+              node.typeData().name << "::verifySanity: indexInAet=" << indexInAet
+                                   << " indexInMetadata=" << indexInMetadata);
     return indexInAet != 0 && indexInAet == indexInMetadata;
 }
 
@@ -30,7 +30,7 @@ PrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
 
 bool PrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const {
     auto const & slots = isV4_ ? metadata.V4PrefixListsUsed : metadata.V6PrefixListsUsed;
-    return indexIsSane("PrefixListImmediate", slots, name_, indexInAet_);
+    return indexIsSane(*this, slots, name_, indexInAet_);
 }
 
 PrefixListMatcher const *
@@ -69,8 +69,7 @@ DynamicPrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & co
 }
 
 bool DynamicPrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const {
-    return indexIsSane("DynamicPrefixListImmediate", metadata.DynPrefixListsUsed, name_,
-                       indexInAet_);
+    return indexIsSane(*this, metadata.DynPrefixListsUsed, name_, indexInAet_);
 }
 
 } // namespace Qcf::Eval

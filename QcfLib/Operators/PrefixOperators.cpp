@@ -53,14 +53,14 @@ EvalResult IpAddressMatchPrefixList::eval(Ptr<EvalContextBase> const & context) 
 void IpAddressMatchPrefixList::lower(Lowering & to) const { lowerListTest(*this, to); }
 
 bool IpPrefixMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {
-    return listOperandIsSane("IpPrefixMatchPrefixList", *rhs_, metadata);
+    return listOperandIsSane(typeData().name, *rhs_, metadata);
 }
 bool IpPrefixMatchCoveredPrefixList::verifySanity(FunctionMetadata const & metadata) const {
     // The label is not the class's name, but the one that is looked for in traces.
     return listOperandIsSane("IpAddressCoveredPrefixList", *rhs_, metadata);
 }
 bool IpAddressMatchPrefixList::verifySanity(FunctionMetadata const & metadata) const {
-    return listOperandIsSane("IpAddressMatchPrefixList", *rhs_, metadata);
+    return listOperandIsSane(typeData().name, *rhs_, metadata);
 }
 
 EvalResult MatchOriginAsValidityImplExpr::eval(Ptr<EvalContextBase> const & context) const {
