@@ -3,8 +3,8 @@
 #include "Documents/ConstantAnswer.h"
 #include "Documents/Flow.h"
 #include "Platform/Render/Utf8.h"
+#include "QcfLib/NodeWalk.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 namespace Qcf::Documents {
@@ -14,26 +14,17 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 namespace {
 
 /// Visits the nodes of a function once each, in the order of the text, called functions too but not
-/// what is in them. Trees may be deep: nothing recurses.
+/// what is in them.
 template <typename Visit>
 void eachNode(Function const & function, Visit const & visit) {
-    std::unordered_set<AetNodeBase const *> met{&function};
-    std::vector<AetNodeBase const *> open{&function};
-    while (!open.empty()) {
-        AetNodeBase const & node = *open.back();
-        open.pop_back();
-        visit(node);
-        if (&node != &function && dynamic_cast<Function const *>(&node) != nullptr) {
-            continue;
+    std::unordered_set<AetNodeBase const *> met;
+    walkTree(function, [&](WalkedNode const & at) {
+        if (!met.insert(&at.node).second) {
+            return false;
         }
-        auto const firstChild = static_cast<std::ptrdiff_t>(open.size());
-        node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
-            if (child != nullptr && met.insert(child).second) {
-                open.push_back(child);
-            }
-        });
-        std::reverse(open.begin() + firstChild, open.end());
-    }
+        visit(at.node);
+        return &at.node == &function || !is<Function>(at.node);
+    });
 }
 
 class Analysis {
@@ -56,10 +47,10 @@ public:
 
 private:
     void node(AetNodeBase const & node) {
-        if (auto const * const block = dynamic_cast<Block const *>(&node)) {
+        if (auto const * const block = as<Block>(node)) {
             statements(*block);
-        } else if (auto const * const expression = dynamic_cast<Expression const *>(&node)) {
-            comparison(*expression);
+        } else if (node.typeData().isKind(NodeKind::expression)) {
+            comparison(static_cast<Expression const &>(node));
         }
         if (String const text = constantsOutOfRange(node); !text.empty()) {
             add(Remark::Kind::outOfRange, node, "the constant " + text);

@@ -2,102 +2,100 @@
 
 #include "Documents/IntSpan.h"
 
+#include <vector>
+
 namespace Qcf::Documents {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
 
 namespace {
 
-/// How the two sides of a comparison are compared.
-enum class Order : U8 { is, less, lessEq, greater, greaterEq };
-
-/// A comparison's sides; null where the node is none of that type.
+/// The operands of a node that has two of one type.
 template <typename Value>
-struct Sides {
-    Value const * lhs = nullptr;
-    Value const * rhs = nullptr;
-    Order order = Order::is;
+struct Operands {
+    Value const & lhs;
+    Value const & rhs;
 };
 
-template <typename Comparison, typename Value>
-void take(AetNodeBase const & node, Order order, Sides<Value> & sides) {
-    if (auto const * const comparison = dynamic_cast<Comparison const *>(&node)) {
-        sides = {comparison->lhs().get(), comparison->rhs().get(), order};
-    }
+/// The node's children, if it has two of that kind, which `Value` is the base of.
+template <typename Value>
+std::optional<Operands<Value>> operandsOf(AetNodeBase const & node, NodeKind kind) {
+    std::vector<Value const *> operands;
+    node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
+        if (child != nullptr && child->typeData().isKind(kind)) {
+            operands.push_back(static_cast<Value const *>(child));
+        }
+    });
+    return operands.size() == 2 ? std::optional(Operands<Value>{*operands[0], *operands[1]})
+                                : std::nullopt;
 }
 
-Sides<Int> intSides(AetNodeBase const & node) {
-    Sides<Int> sides;
-    take<IntIs>(node, Order::is, sides);
-    take<IntLessThan>(node, Order::less, sides);
-    take<IntLessThanEq>(node, Order::lessEq, sides);
-    take<IntGreaterThan>(node, Order::greater, sides);
-    take<IntGreaterThanEq>(node, Order::greaterEq, sides);
-    return sides;
+/// The sides of a comparison of two integers; nothing for other nodes.
+std::optional<Operands<Int>> comparedInts(AetNodeBase const & node) {
+    bool const compares = node.typeData().facts.compares != ComparisonOrder::none;
+    return compares ? operandsOf<Int>(node, NodeKind::int_) : std::nullopt;
 }
 
-Sides<Bandwidth> bandwidthSides(AetNodeBase const & node) {
-    Sides<Bandwidth> sides;
-    take<BandwidthIs>(node, Order::is, sides);
-    take<BandwidthLessThan>(node, Order::less, sides);
-    take<BandwidthLessThanEq>(node, Order::lessEq, sides);
-    take<BandwidthGreaterThan>(node, Order::greater, sides);
-    take<BandwidthGreaterThanEq>(node, Order::greaterEq, sides);
-    return sides;
+/// The same for bandwidths.
+std::optional<Operands<Bandwidth>> comparedBandwidths(AetNodeBase const & node) {
+    bool const compares = node.typeData().facts.compares != ComparisonOrder::none;
+    return compares ? operandsOf<Bandwidth>(node, NodeKind::bandwidth) : std::nullopt;
 }
 
 template <typename Value>
-bool holds(Order order, Value const & a, Value const & b) {
+bool holds(ComparisonOrder order, Value const & a, Value const & b) {
     switch (order) {
-    case Order::is:
+    case ComparisonOrder::is:
         return a == b;
-    case Order::less:
+    case ComparisonOrder::lessThan:
         return a < b;
-    case Order::lessEq:
+    case ComparisonOrder::lessThanEq:
         return a <= b;
-    case Order::greater:
+    case ComparisonOrder::greaterThan:
         return a > b;
-    case Order::greaterEq:
+    case ComparisonOrder::greaterThanEq:
         return a >= b;
+    case ComparisonOrder::none:
+        break;
     }
     return false;
 }
 
-std::optional<bool> answerOf(Sides<Int> const & sides) {
-    bool const isSame = sides.lhs == sides.rhs && sides.lhs->typeData().attribute != nullptr;
+std::optional<bool> answerOf(ComparisonOrder order, Operands<Int> const & sides) {
+    bool const isSame = &sides.lhs == &sides.rhs && sides.lhs.typeData().attribute != nullptr;
     if (isSame) { // an attribute is the same however often it is read
-        return holds(sides.order, 0, 0);
+        return holds(order, 0, 0);
     }
-    IntSpan const lhs = IntSpan::ofLeft(*sides.lhs);
-    auto const rhs = IntSpan::of(*sides.rhs);
+    IntSpan const lhs = IntSpan::ofLeft(sides.lhs);
+    auto const rhs = IntSpan::of(sides.rhs);
     if (!rhs) {
         return std::nullopt;
     }
-    if (sides.order == Order::is) {
+    if (order == ComparisonOrder::is) {
         bool const always = lhs.isOne() && lhs == *rhs;
         return always || !lhs.meets(*rhs) ? std::optional(always) : std::nullopt;
     }
     // An order that holds, or fails, for both extreme pairs does so for every pair between.
-    bool const low = holds(sides.order, lhs.least(), rhs->most());
-    bool const high = holds(sides.order, lhs.most(), rhs->least());
+    bool const low = holds(order, lhs.least(), rhs->most());
+    bool const high = holds(order, lhs.most(), rhs->least());
     return low == high ? std::optional(low) : std::nullopt;
 }
 
 /// NaN makes every comparison false, so a value is not always equal to itself.
-std::optional<bool> answerOf(Sides<Bandwidth> const & sides) {
-    auto const * const lhs = dynamic_cast<BandwidthImmediate const *>(sides.lhs);
-    auto const * const rhs = dynamic_cast<BandwidthImmediate const *>(sides.rhs);
+std::optional<bool> answerOf(ComparisonOrder order, Operands<Bandwidth> const & sides) {
+    auto const * const lhs = as<BandwidthImmediate>(sides.lhs);
+    auto const * const rhs = as<BandwidthImmediate>(sides.rhs);
     if (lhs == nullptr || rhs == nullptr) {
         return std::nullopt;
     }
-    return holds(sides.order, lhs->value(), rhs->value());
+    return holds(order, lhs->value(), rhs->value());
 }
 
 std::optional<bool> answerOf(TriStateBoolIs const & comparison) {
     auto const & lhs = *comparison.lhs();
     auto const & rhs = *comparison.rhs();
-    auto const * const left = dynamic_cast<TriStateBoolImmediate const *>(&lhs);
-    auto const * const right = dynamic_cast<TriStateBoolImmediate const *>(&rhs);
+    auto const * const left = as<TriStateBoolImmediate>(lhs);
+    auto const * const right = as<TriStateBoolImmediate>(rhs);
     if (left != nullptr && right != nullptr) {
         return left->value() == right->value();
     }
@@ -106,7 +104,7 @@ std::optional<bool> answerOf(TriStateBoolIs const & comparison) {
 
 /// Never true when no element is among the values; never surely true otherwise.
 std::optional<bool> answerOf(IntInImmediateSet const & membership) {
-    auto const * const set = dynamic_cast<IntSetImmediate const *>(membership.rhs().get());
+    auto const * const set = as<IntSetImmediate>(*membership.rhs());
     if (set == nullptr) {
         return std::nullopt;
     }
@@ -123,36 +121,48 @@ std::optional<bool> answerOf(IntInImmediateSet const & membership) {
 
 /// A constant as it is written, with its sign, any other value by its name.
 String nameOf(Int const & value) {
-    bool const isNumber = dynamic_cast<IntImmediate const *>(&value) != nullptr;
-    return isNumber ? IntSpan::of(value)->text() : value.toStrep();
+    return is<IntImmediate>(value) ? IntSpan::of(value)->text() : value.toStrep();
 }
 
-String described(Int const & value) {
+String textWithRange(Int const & value) {
     auto const span = IntSpan::of(value);
     bool const isConstant = span && span->isOne();
     return nameOf(value) + (span && !isConstant ? " (" + span->text() + ")" : "");
 }
 
-/// Of a node that writes a constant to an attribute, or reckons with one.
-template <typename Modifier>
-String outOfRange(Modifier const & modifier, bool assigns) {
-    auto const constant = IntSpan::of(*modifier.rhs());
+/// Of a constant that is assigned to an attribute, or that its value is reckoned with.
+String outOfRange(IntModifiable const & target, Int const & operand, bool assigns) {
+    auto const constant = IntSpan::of(operand);
     if (!constant || !constant->isOne()) {
         return {};
     }
-    IntModifiable const & target = *modifier.lhs();
     S128 const value = constant->least();
     bool const isDefault = assigns && value == S128(target.defaultValue());
     bool const fits = isDefault || (assigns ? value >= target.min() && value <= target.max()
                                             : abs(value) <= S128(target.max()));
     return fits ? String()
-                : nameOf(*modifier.rhs()) + " is out of the range of " + target.toStrep() + ", " +
+                : nameOf(operand) + " is out of the range of " + target.toStrep() + ", " +
                       IntSpan(target.min(), target.max()).text();
+}
+
+/// Of a node that writes to an integer attribute; empty for others.
+String writtenOutOfRange(AetNodeBase const & node) {
+    IntModifiable const * target = nullptr;
+    Int const * operand = nullptr;
+    node.typeData().visitChildren(node, [&](FieldInfo const & field, AetNodeBase const * child) {
+        if (field.wanted == wanting(NodeKind::intModifiable)) {
+            target = static_cast<IntModifiable const *>(child);
+        } else if (field.wanted == wanting(NodeKind::int_)) {
+            operand = static_cast<Int const *>(child);
+        }
+    });
+    bool const writes = target != nullptr && operand != nullptr;
+    return writes ? outOfRange(*target, *operand, node.typeData().facts.assigns) : String();
 }
 
 /// Of a membership that may be true: an element that no value of the left side equals.
 String outOfRange(IntInImmediateSet const & membership) {
-    auto const * const set = dynamic_cast<IntSetImmediate const *>(membership.rhs().get());
+    auto const * const set = as<IntSetImmediate>(*membership.rhs());
     if (set == nullptr || answerOf(membership)) {
         return {};
     }
@@ -182,25 +192,25 @@ String outOfRange(IntLinkedList const * link) {
 } // namespace
 
 std::optional<bool> constantAnswer(Expression const & predicate) {
-    if (auto const sides = intSides(predicate); sides.lhs != nullptr) {
-        return answerOf(sides);
+    ComparisonOrder const order = predicate.typeData().facts.compares;
+    if (auto const ints = comparedInts(predicate)) {
+        return answerOf(order, *ints);
     }
-    if (auto const sides = bandwidthSides(predicate); sides.lhs != nullptr) {
-        return answerOf(sides);
+    if (auto const bandwidths = comparedBandwidths(predicate)) {
+        return answerOf(order, *bandwidths);
     }
-    if (auto const * const comparison = dynamic_cast<TriStateBoolIs const *>(&predicate)) {
+    if (auto const * const comparison = as<TriStateBoolIs>(predicate)) {
         return answerOf(*comparison);
     }
-    if (auto const * const membership = dynamic_cast<IntInImmediateSet const *>(&predicate)) {
+    if (auto const * const membership = as<IntInImmediateSet>(predicate)) {
         return answerOf(*membership);
     }
-    if (auto const * const constant = dynamic_cast<TriStateBoolExpression const *>(&predicate)) {
-        auto const * const value =
-            dynamic_cast<TriStateBoolImmediate const *>(constant->expr().get());
+    if (auto const * const constant = as<TriStateBoolExpression>(predicate)) {
+        auto const * const value = as<TriStateBoolImmediate>(*constant->expr());
         return value == nullptr ? std::nullopt
                                 : std::optional(value->value() == TriStateBoolValue::true_);
     }
-    if (auto const * const negation = dynamic_cast<NotExpression const *>(&predicate)) {
+    if (auto const * const negation = as<NotExpression>(predicate)) {
         auto const answer = constantAnswer(*negation->expr());
         return answer ? std::optional(!*answer) : std::nullopt;
     }
@@ -208,41 +218,32 @@ std::optional<bool> constantAnswer(Expression const & predicate) {
 }
 
 String comparedValues(Expression const & comparison) {
-    if (auto const sides = intSides(comparison); sides.lhs != nullptr) {
-        return described(*sides.lhs) + " and " + described(*sides.rhs);
+    if (auto const ints = comparedInts(comparison)) {
+        return textWithRange(ints->lhs) + " and " + textWithRange(ints->rhs);
     }
-    if (auto const sides = bandwidthSides(comparison); sides.lhs != nullptr) {
-        return sides.lhs->toStrep() + " and " + sides.rhs->toStrep();
+    if (auto const bandwidths = comparedBandwidths(comparison)) {
+        return bandwidths->lhs.toStrep() + " and " + bandwidths->rhs.toStrep();
     }
-    if (auto const * const tests = dynamic_cast<TriStateBoolIs const *>(&comparison)) {
+    if (auto const * const tests = as<TriStateBoolIs>(comparison)) {
         return tests->lhs()->toStrep() + " and " + tests->rhs()->toStrep();
     }
-    if (auto const * const membership = dynamic_cast<IntInImmediateSet const *>(&comparison)) {
-        return described(*membership->lhs()) + " and " + membership->rhs()->toStrep();
+    if (auto const * const membership = as<IntInImmediateSet>(comparison)) {
+        return textWithRange(*membership->lhs()) + " and " + membership->rhs()->toStrep();
     }
     return {};
 }
 
 String constantsOutOfRange(AetNodeBase const & node) {
-    if (auto const * const assign = dynamic_cast<IntAssign const *>(&node)) {
-        return outOfRange(*assign, true);
+    if (node.typeData().fieldOf(FieldRole::target) != nullptr) {
+        return writtenOutOfRange(node);
     }
-    if (auto const * const plus = dynamic_cast<IntPlusEq const *>(&node)) {
-        return outOfRange(*plus, false);
-    }
-    if (auto const * const minus = dynamic_cast<IntMinusEq const *>(&node)) {
-        return outOfRange(*minus, false);
-    }
-    if (auto const * const times = dynamic_cast<IntMultEq const *>(&node)) {
-        return outOfRange(*times, false);
-    }
-    if (auto const * const membership = dynamic_cast<IntInImmediateSet const *>(&node)) {
+    if (auto const * const membership = as<IntInImmediateSet>(node)) {
         return outOfRange(*membership);
     }
-    if (auto const * const set = dynamic_cast<IntSetImmediate const *>(&node)) {
+    if (auto const * const set = as<IntSetImmediate>(node)) {
         return outOfRange(set->head().get());
     }
-    if (auto const * const list = dynamic_cast<IntListImmediate const *>(&node)) {
+    if (auto const * const list = as<IntListImmediate>(node)) {
         return outOfRange(list->head().get());
     }
     return {};

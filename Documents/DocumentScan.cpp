@@ -1,10 +1,13 @@
 #include "Documents/DocumentScan.h"
 
-#include "Documents/ObjectFields.h"
+#include "Documents/Position.h"
 #include "Documents/ScalarReader.h"
+#include "Documents/Words.h"
 
 namespace Qcf::Documents {
 
+using Eval::FieldRole;
+using Eval::Function;
 using Eval::NodeClass;
 
 DocumentScan::DocumentScan(std::optional<JsonValue> const & nodes, JsonValue const & functions,
@@ -13,8 +16,8 @@ DocumentScan::DocumentScan(std::optional<JsonValue> const & nodes, JsonValue con
     std::size_t count = 0;
     for (JsonValue const function : functions) {
         ++count;
-        auto const name = function.find("name");
-        auto const key = function.find("key");
+        auto const name = function.find(word::functionName);
+        auto const key = function.find(word::key);
         if (name && name->isString()) {
             waitByName_.emplace(String(name->asString()), count);
         }
@@ -24,28 +27,30 @@ DocumentScan::DocumentScan(std::optional<JsonValue> const & nodes, JsonValue con
     }
     if (nodes) {
         for (JsonValue const node : *nodes) {
-            nodeIs(node);
+            scanEntry(node);
         }
     }
     for (JsonValue const function : functions) {
-        functionIs(function);
+        scanMetadata(function);
         scan(function);
     }
     // Metadata goes before what single nodes give.
     for (GivenSlot const & given : givenSlots_) {
-        names_.slotGiven(given.kind, given.name, given.slot);
+        names_.slotIs(given.list.kind, given.list.name, given.slot);
     }
 }
 
-void DocumentScan::functionIs(JsonValue const & function) {
-    if (auto const json = function.find("metadata")) {
+void DocumentScan::scanMetadata(JsonValue const & function) {
+    static Position const position =
+        Position::of(Eval::nodeClassOf<Function>(), FieldRole::metadata);
+    if (auto const json = function.find(position.field.name)) {
         FunctionMetadata metadata;
-        readScalar(*json, "Function.metadata", metadata);
+        readScalar(*json, position.subject(), metadata);
         names_.metadataIs(*json, metadata);
     }
 }
 
-void DocumentScan::nodeIs(JsonValue const & node) {
+void DocumentScan::scanEntry(JsonValue const & node) {
     wait_ = 0;
     keys_.clear();
     scan(node);
@@ -68,9 +73,9 @@ void DocumentScan::scan(JsonValue const & json) {
 }
 
 void DocumentScan::scanObject(JsonValue const & json) {
-    auto const reference = json.find("ref");
-    auto const key = json.find("key");
-    auto const name = json.find("class");
+    auto const reference = json.find(word::reference);
+    auto const key = json.find(word::key);
+    auto const name = json.find(word::nodeClass);
     if (reference && reference->asU64()) {
         auto const wait = waitByKey_.find(*reference->asU64());
         waitFor(wait == waitByKey_.end() ? 0 : wait->second);
@@ -81,26 +86,29 @@ void DocumentScan::scanObject(JsonValue const & json) {
     NodeClass const * const nodeClass =
         name && name->isString() ? Eval::findNodeClass(name->asString()) : nullptr;
     if (nodeClass != nullptr) {
-        scanClass(json, *nodeClass);
+        scanNode({json, *nodeClass});
     }
 }
 
-void DocumentScan::scanClass(JsonValue const & json, NodeClass const & nodeClass) {
-    std::string_view const name = nodeClass.name;
-    if (SlotRule const * const rule = ClassRules::of(nodeClass).slot) {
-        auto const slot = json.find(rule->slotField);
-        ListUse list = listUseOf(json, *rule);
-        if (list.kind != nullptr && slot && slot->asU64()) {
-            givenSlots_.push_back({list.kind, std::move(list.name), *slot->asU64()});
+void DocumentScan::scanNode(NodeObject const & node) {
+    if (auto list = mentionedList(node)) {
+        auto const slot = node.find(FieldRole::listSlot);
+        if (slot && slot->asU64()) {
+            givenSlots_.push_back({*std::move(list), *slot->asU64()});
         }
-    } else if (name == "FunctionCallExpression") {
-        auto const callee = json.find("calleeName");
-        if (callee && callee->isString() && !json.find("calleePtr")) {
-            auto const wait = waitByName_.find(String(callee->asString()));
-            waitFor(wait == waitByName_.end() ? 0 : wait->second);
-        }
-    } else if (name == "Function") {
-        functionIs(json);
+    } else if (node.nodeClass.fieldOf(FieldRole::callee) != nullptr) {
+        scanCall(node);
+    } else if (&node.nodeClass == &Eval::nodeClassOf<Function>()) {
+        scanMetadata(node.json);
+    }
+}
+
+// A callee that is given otherwise than by its name is no matter of names.
+void DocumentScan::scanCall(NodeObject const & call) {
+    auto const name = call.find(FieldRole::calleeName);
+    if (name && name->isString() && !call.find(FieldRole::callee)) {
+        auto const wait = waitByName_.find(String(name->asString()));
+        waitFor(wait == waitByName_.end() ? 0 : wait->second);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Documents/ListNames.h"
+#include "Documents/NodeObject.h"
 
 #include <unordered_map>
 #include <vector>
@@ -9,9 +10,13 @@ namespace Qcf::Documents {
 
 /// A look over a whole document before its nodes are read: which slots it gives to names, and which
 /// entries of `nodes` must wait for a function because they call it.
+///
+/// It judges nothing: what it cannot make sense of is left to whoever reads the nodes. Only
+/// metadata are read, and refused with a DocumentError. The document must outlive it.
 class DocumentScan {
 public:
-    /// `nodes` may be missing. Hands metadata and given slots to `names`.
+    /// `nodes` and `functions` are the document's two arrays; `nodes` may be missing. Hands
+    /// metadata and given slots to `names`.
     DocumentScan(std::optional<JsonValue> const & nodes, JsonValue const & functions,
                  ListNames & names);
 
@@ -22,16 +27,16 @@ public:
 
 private:
     struct GivenSlot {
-        SlotMapMember kind;
-        String name;
+        ListMention list;
         U64 slot;
     };
 
-    void functionIs(JsonValue const & function);
-    void nodeIs(JsonValue const & node);
+    void scanMetadata(JsonValue const & function);
+    void scanEntry(JsonValue const & node);
     void scan(JsonValue const & json);
     void scanObject(JsonValue const & json);
-    void scanClass(JsonValue const & json, Eval::NodeClass const & nodeClass);
+    void scanNode(NodeObject const & node);
+    void scanCall(NodeObject const & call);
     void waitFor(std::size_t functions) { wait_ = std::max(wait_, functions); }
 
     ListNames & names_;

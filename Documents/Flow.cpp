@@ -1,32 +1,22 @@
 #include "Documents/Flow.h"
 
-#include "Documents/ClassRules.h"
 #include "Documents/ConstantAnswer.h"
 
 namespace Qcf::Documents {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
 
-namespace {
-
-template <typename Node>
-Node const * as(Expression const & node) {
-    return dynamic_cast<Node const *>(&node);
-}
-
-} // namespace
-
 Flow FlowAnalysis::of(Expression const & node) {
     auto const known = known_.find(&node);
     if (known != known_.end()) {
         return known->second;
     }
-    Flow const flow = find(node);
+    Flow const flow = workOut(node);
     known_.emplace(&node, flow);
     return flow;
 }
 
-Flow FlowAnalysis::find(Expression const & node) {
+Flow FlowAnalysis::workOut(Expression const & node) {
     if (auto const * const block = as<Block>(node)) {
         return ofBlock(*block);
     }
@@ -36,7 +26,7 @@ Flow FlowAnalysis::find(Expression const & node) {
     if (auto const * const leave = as<ReturnExpression>(node)) {
         return {.completes = false, .returns = of(*leave->expr()).completes};
     }
-    if (as<ExitExpression>(node) != nullptr) {
+    if (is<ExitExpression>(node)) {
         return {.completes = false, .returns = false};
     }
     if (auto const * const negation = as<NotExpression>(node)) {
@@ -50,7 +40,7 @@ Flow FlowAnalysis::find(Expression const & node) {
         return {.completes = callee.completes || callee.returns, .returns = false};
     }
     // Of the other nodes only the bodies of built-in functions leave.
-    bool const returns = ClassRules::of(node.typeData()).returns;
+    bool const returns = node.typeData().facts.returns;
     return {.completes = !returns, .returns = returns};
 }
 

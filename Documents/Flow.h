@@ -19,7 +19,7 @@ public:
     Flow of(Eval::Expression const & node);
 
 private:
-    Flow find(Eval::Expression const & node);
+    Flow workOut(Eval::Expression const & node);
     Flow ofBlock(Eval::Block const & block);
     Flow ofIf(Eval::IfExpression const & node);
 

@@ -21,12 +21,12 @@ Eval::AttributeInfo const & rangeOf(Eval::AttributeInfo const & attribute) {
 } // namespace
 
 std::optional<IntSpan> IntSpan::of(Eval::Int const & value) {
-    if (auto const * const constant = dynamic_cast<Eval::IntImmediate const *>(&value)) {
+    if (auto const * const constant = Eval::as<Eval::IntImmediate>(value)) {
         S128 const magnitude = constant->value();
         S128 const number = constant->negative() ? -magnitude : magnitude;
         return IntSpan(number, number);
     }
-    if (auto const * const table = dynamic_cast<Eval::RoaTableImmediate const *>(&value)) {
+    if (auto const * const table = Eval::as<Eval::RoaTableImmediate>(value)) {
         return IntSpan(table->number(), table->number());
     }
     if (value.typeData().attribute == nullptr) {

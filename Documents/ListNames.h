@@ -1,38 +1,36 @@
 #pragma once
 
-#include "Documents/ClassRules.h"
 #include "Documents/Program.h"
 #include "Platform/Render/JsonDocument.h"
 
-#include <map>
+#include <array>
 #include <unordered_map>
 #include <vector>
 
 namespace Qcf::Documents {
 
-using SlotMapMember = SlotMap FunctionMetadata::*;
-
-/// The kind of list that a node of a class with a slot rule names.
-SlotMapMember listKindOf(SlotRule const & rule, bool isV4);
-
 /// The names of outside lists in a document: their slots, and which tree uses which.
 ///
 /// Slots come from metadata first, then from nodes that give one without it; all others are counted
 /// per kind, in the order of first use, past those that are taken.
+///
+/// Which names a tree uses is known by the number of a set: joining two sets costs nothing, and
+/// only a function's set is ever gone through. Failures are DocumentErrors at the place given.
 class ListNames {
 public:
     /// Joins the metadata of a function, given at `place`. Fails on a contradiction.
     void metadataIs(JsonValue const & place, FunctionMetadata const & metadata);
     /// Notes that a node gives a list this slot. Call for all nodes before the first `use`.
-    void slotGiven(SlotMapMember kind, String const & name, U64 slot);
+    void slotIs(SlotKind kind, String const & name, U64 slot);
 
-    /// Notes that the node at `place` uses a list; answers the set of just this name.
-    U32 use(JsonValue const & place, SlotMapMember kind, String const & name);
+    /// Notes that the node at `place` uses a list; answers the set of just this name. Fails when no
+    /// slot is left for it.
+    U32 use(JsonValue const & place, SlotKind kind, String const & name);
     /// The slot of a name that was used.
-    U16 slotOf(SlotMapMember kind, String const & name) const;
+    U16 slotOf(SlotKind kind, String const & name) const;
 
     /// The set of the names of both; 0 is the empty set.
-    U32 joined(U32 a, U32 b);
+    U32 join(U32 a, U32 b);
     /// Metadata of a function whose tree uses this set. `place` is for the failure when a document
     /// wants more work than a limit for this.
     FunctionMetadata metadataOf(JsonValue const & place, U32 set);
@@ -50,19 +48,24 @@ private:
         U32 visit; ///< the last walk that came by
     };
     struct Use {
-        SlotMapMember kind;
+        SlotKind kind;
         String name;
         U32 set;
     };
 
-    static std::size_t number(SlotMapMember kind);
-    bool take(SlotMapMember kind, String const & name, U16 slot);
-    U16 countedSlot(JsonValue const & place, SlotMapMember kind);
+    /// What is known of one kind of lists.
+    struct Kind {
+        std::unordered_map<U16, String> taken; ///< by slot: its name
+        std::unordered_map<String, U32> uses;  ///< by name: its use
+        U32 lastCounted = 0;
+    };
+
+    Kind & known(SlotKind kind) { return kinds_[static_cast<std::size_t>(kind)]; }
+    bool take(SlotKind kind, String const & name, U16 slot);
+    U16 nextSlot(JsonValue const & place, SlotKind kind);
 
     FunctionMetadata slots_;
-    std::vector<std::unordered_map<U16, String>> taken_{10}; ///< by kind: slot to name
-    std::vector<U32> lastCounted_ = std::vector<U32>(10);
-    std::vector<std::unordered_map<String, U32>> byName_{10}; ///< by kind: name to use
+    std::array<Kind, std::size(slotKinds)> kinds_;
     std::vector<Use> uses_;
     std::vector<Set> sets_{1};
     std::vector<NamedList> lists_;

@@ -1,6 +1,6 @@
 #include "Documents/Literals.h"
 
-#include "Documents/ScalarReader.h"
+#include "Documents/ObjectFields.h"
 #include "Platform/Routing/CommunityText.h"
 #include "QcfLib/QcfEval.h"
 
@@ -12,159 +12,159 @@ namespace {
 
 constexpr U32 none = NodeBuilder::none;
 
-using L = LiteralReader;
+/// A value at a position. Readers of a type answer `none` for what is no literal of that type.
+struct Literal {
+    NodeBuilder & builder;
+    JsonValue const & json;
+    Position const & position;
 
-struct LiteralRule {
-    std::string_view wants;
-    U32 (LiteralReader::*read)();
-};
-constexpr LiteralRule literalRules[] = {
-    {"Int", &L::integer},
-    {"Bandwidth", &L::bandwidth},
-    {"TriStateBool", &L::triStateBool},
-    {"Expression", &L::expression},
-    {"StorageType", &L::argument},
-    {"LogicalOperator", &L::logicalOperator},
-    {"IpAddress", &L::text<IpGenAddr, &ipAddressImmediateFactory>},
-    {"IpPrefix", &L::text<IpGenPrefix, &ipPrefixImmediateFactory>},
-    {"MacAddress", &L::text<EthAddr, &macAddressImmediateFactory>},
-    {"Esi", &L::text<std::optional<Evpn::Esid>, &esiImmediateFactory>},
-    {"Interface", &L::text<IntfId, &interfaceImmediateFactory>},
-    {"CommunityValue", &L::text<Acl::CommunityValue, &communityValueImmediateFactory>},
-    {"IntSet", &L::elements<IntLinkedList, &intSetImmediateFactory>},
-    {"IntSetImmediate", &L::elements<IntLinkedList, &intSetImmediateFactory>},
-    {"IntListImmediate", &L::elements<IntLinkedList, &intListImmediateFactory>},
-    {"CommunitySet", &L::elements<CommunityLinkedList, &communitySetImmediateFactory>},
-    {"CommunitySetImmediate", &L::elements<CommunityLinkedList, &communitySetImmediateFactory>},
-};
-
-struct OperatorRule {
-    std::string_view text;
-    Ptr<AetNodeBase> (*create)(U64 key);
-};
-constexpr OperatorRule operatorRules[] = {
-    {"and", [](U64 key) -> Ptr<AetNodeBase> { return andOperatorFactory(key); }},
-    {"or", [](U64 key) -> Ptr<AetNodeBase> { return orOperatorFactory(key); }},
-    {"??", [](U64 key) -> Ptr<AetNodeBase> { return sequentialOperatorFactory(key); }},
-};
-
-} // namespace
-
-U64 LiteralReader::key() const { return reader_.builder_.keyFor(json_, std::nullopt); }
-
-U32 LiteralReader::add(Ptr<AetNodeBase> const & node, std::initializer_list<U32> children) {
-    return reader_.builder_.add(json_, node, {children.begin(), children.size()}, false);
-}
-
-/// The attribute that the text names, if that fits the position.
-std::optional<U32> LiteralReader::languageName() {
-    NodeClass const * const nodeClass =
-        json_.isString() ? findAttribute(json_.asString()) : nullptr;
-    return nodeClass == nullptr ? std::nullopt
-                                : reader_.fittingAttribute(json_, *nodeClass, position_);
-}
-
-U32 LiteralReader::read() {
-    if (auto const attribute = languageName()) {
-        return *attribute;
+    U64 key() const { return builder.keyFor(json, std::nullopt); }
+    U32 add(Ptr<AetNodeBase> const & node, std::span<U32 const> children = {}) const {
+        return builder.add(json, node, children, false);
     }
-    for (LiteralRule const & rule : literalRules) {
-        if (rule.wants == position_.field.wants) {
-            U32 const number = (this->*rule.read)();
-            if (number != none) {
-                return number;
-            }
-        }
-    }
-    NodeClass const * const other = json_.isString() ? findAttribute(json_.asString()) : nullptr;
-    position_.fail(json_, other == nullptr ? describe(json_)
-                                           : String(other->name) + " (" + describe(json_) + ")");
+};
+
+U32 integer(Literal const & literal) {
+    auto const number = literal.json.asSigned();
+    return number ? literal.add(intImmediateFactory(literal.key(), number->first, number->second))
+                  : none;
 }
 
-U32 LiteralReader::readSetElement() {
-    auto const community = parseStandardCommunity(json_.asString());
-    if (auto const attribute = languageName()) {
-        return *attribute;
-    }
-    return community ? add(intImmediateFactory(key(), *community, false)) : read();
+U32 bandwidth(Literal const & literal) {
+    auto const number = literal.json.asFloat();
+    return number ? literal.add(bandwidthImmediateFactory(literal.key(), *number)) : none;
 }
 
-U32 LiteralReader::integer() {
-    auto const number = json_.asSigned();
-    return number ? add(intImmediateFactory(key(), number->first, number->second)) : none;
-}
-
-U32 LiteralReader::bandwidth() {
-    auto const number = json_.asFloat();
-    return number ? add(bandwidthImmediateFactory(key(), *number)) : none;
-}
-
-U32 LiteralReader::triStateBool() {
-    bool const isUnknown = json_.isString() && json_.asString() == "unknown";
-    if (!isUnknown && !json_.isBool()) {
+/// The immediate of a value that reads itself.
+template <typename Value, auto factory>
+U32 scalar(Literal const & literal) {
+    Value value{};
+    try {
+        readScalar(literal.json, literal.position.subject(), value);
+    } catch (DocumentError const &) {
         return none;
     }
-    TriStateBoolValue value = QcfUnknown();
-    readScalar(json_, position_.subject(), value);
-    return add(triStateBoolImmediateFactory(key(), value));
+    return literal.add(factory(literal.key(), value));
 }
 
-U32 LiteralReader::expression() {
-    U32 const value = triStateBool();
+// Of texts only that of the unknown value.
+U32 triStateBool(Literal const & literal) {
+    JsonValue const & json = literal.json;
+    bool const isUnknown = json.isString() && json.asString() == toString(QcfUnknown());
+    return isUnknown || json.isBool()
+               ? scalar<TriStateBoolValue, &triStateBoolImmediateFactory>(literal)
+               : none;
+}
+
+U32 expression(Literal const & literal) {
+    U32 const value = triStateBool(literal);
     if (value == none) {
         return none;
     }
-    auto const & node = reader_.builder_.node(value);
-    return add(triStateBoolExpressionFactory(key(), ptrCast<TriStateBool const>(node)), {value});
+    auto const node = ptrCast<TriStateBool const>(literal.builder.node(value));
+    return literal.add(triStateBoolExpressionFactory(literal.key(), node), std::span(&value, 1));
 }
 
 // Any value may be an argument; numbers and booleans say by themselves of which type they are.
-U32 LiteralReader::argument() {
-    if (json_.isBool()) {
-        return triStateBool();
+U32 argument(Literal const & literal) {
+    if (literal.json.isBool()) {
+        return triStateBool(literal);
     }
-    U32 const number = integer();
-    return number == none ? bandwidth() : number;
+    U32 const number = integer(literal);
+    return number == none ? bandwidth(literal) : number;
 }
 
-U32 LiteralReader::logicalOperator() {
-    for (OperatorRule const & rule : operatorRules) {
-        if (json_.isString() && json_.asString() == rule.text) {
-            return add(rule.create(key()));
+struct OperatorRule {
+    String text;
+    Ptr<LogicalOperator> (*make)(U64 key);
+};
+template <auto factory>
+OperatorRule operatorRule() {
+    return {factory(1)->toStrep(), [](U64 key) -> Ptr<LogicalOperator> { return factory(key); }};
+}
+
+/// Operators stand as the texts by which they call themselves.
+U32 logicalOperator(Literal const & literal) {
+    static OperatorRule const rules[] = {operatorRule<&andOperatorFactory>(),
+                                         operatorRule<&orOperatorFactory>(),
+                                         operatorRule<&sequentialOperatorFactory>()};
+    for (OperatorRule const & rule : rules) {
+        if (literal.json.isString() && literal.json.asString() == rule.text) {
+            return literal.add(rule.make(literal.key()));
         }
     }
     return none;
 }
 
-template <typename Value, auto factory>
-U32 LiteralReader::text() {
-    Value value{};
-    try {
-        readScalar(json_, position_.subject(), value);
-    } catch (DocumentError const &) {
-        return none;
+struct LiteralRule {
+    NodeKind wanted;
+    U32 (*read)(Literal const & literal);
+};
+constexpr LiteralRule literalRules[] = {
+    {NodeKind::int_, integer},
+    {NodeKind::bandwidth, bandwidth},
+    {NodeKind::triStateBool, triStateBool},
+    {NodeKind::expression, expression},
+    {NodeKind::storageType, argument},
+    {NodeKind::logicalOperator, logicalOperator},
+    {NodeKind::ipAddress, scalar<IpGenAddr, &ipAddressImmediateFactory>},
+    {NodeKind::ipPrefix, scalar<IpGenPrefix, &ipPrefixImmediateFactory>},
+    {NodeKind::macAddress, scalar<EthAddr, &macAddressImmediateFactory>},
+    {NodeKind::esi, scalar<std::optional<Evpn::Esid>, &esiImmediateFactory>},
+    {NodeKind::interface, scalar<IntfId, &interfaceImmediateFactory>},
+    {NodeKind::communityValue, scalar<Acl::CommunityValue, &communityValueImmediateFactory>},
+};
+
+} // namespace
+
+/// The attribute that a text names, if it may stand there.
+std::optional<U32> Literals::attribute(JsonValue const & json, Position const & position) {
+    NodeClass const * const nodeClass = json.isString() ? findAttribute(json.asString()) : nullptr;
+    if (nodeClass == nullptr) {
+        return std::nullopt;
     }
-    return add(factory(key(), value));
+    auto const known = attributes_.find(nodeClass);
+    if (known != attributes_.end()) {
+        bool const fits = position.field.accepts(*builder_.node(known->second));
+        return fits ? std::optional(known->second) : std::nullopt;
+    }
+    // Whether it fits shows on a node; one that does not is dropped before it is taken in.
+    NodeObject const object{json, *nodeClass};
+    ObjectFields fields(builder_, object, {});
+    auto const node = nodeClass->create(builder_.keyFor(json, std::nullopt), fields);
+    if (!position.field.accepts(*node)) {
+        return std::nullopt;
+    }
+    return attributes_[nodeClass] = builder_.add(json, node, {}, false);
 }
 
-template <typename Link, auto factory>
-U32 LiteralReader::elements() {
-    if (!json_.isArray()) {
-        return none;
+U32 Literals::read(JsonValue const & json, Position const & position) {
+    if (auto const number = attribute(json, position)) {
+        return *number;
     }
-    NodeReader::Chain chain;
-    chain.linkClass = &nodeClasses()[Link::classNumber];
-    chain.communityTexts = std::string_view(position_.field.wants).starts_with("IntSet");
-    for (JsonValue const entry : json_) {
-        chain.links.push_back({entry, entry, std::nullopt});
+    for (LiteralRule const & rule : literalRules) {
+        if (position.field.wanted == wanting(rule.wanted)) {
+            U32 const number = rule.read({builder_, json, position});
+            if (number != none) {
+                return number;
+            }
+        }
     }
-    U32 const head = reader_.readChain(std::move(chain));
-    if (head == none) {
-        return add(factory(key(), nullptr, true), {none});
+    NodeClass const * const other = json.isString() ? findAttribute(json.asString()) : nullptr;
+    position.fail(json, other == nullptr ? describe(json)
+                                         : String(other->name) + " (" + describe(json) + ")");
+}
+
+U32 Literals::readSetElement(JsonValue const & text, Position const & position) {
+    auto const community = parseStandardCommunity(text.asString());
+    if (auto const number = attribute(text, position)) {
+        return *number;
     }
-    bool const cachable = reader_.builder_.facts(head).constant;
-    auto const & node = reader_.builder_.node(head);
-    return add(factory(key(), ptrCast<Link const>(node), cachable), {head});
+    if (!community) {
+        return read(text, position);
+    }
+    Literal const literal{builder_, text, position};
+    return literal.add(intImmediateFactory(literal.key(), *community, false));
 }
 
 } // namespace Qcf::Documents

@@ -1,41 +1,32 @@
 #pragma once
 
-#include "Documents/NodeReader.h"
+#include "Documents/NodeBuilder.h"
+#include "Documents/Position.h"
+
+#include <unordered_map>
 
 namespace Qcf::Documents {
 
-/// A value that stands for a node, by the type that its position wants.
-class LiteralReader {
+/// Values that stand for a whole node, by what their position wants: `5` for a constant integer,
+/// `true` for a predicate, `"med"` for a route attribute, `"or"` for a logical operator. Literal
+/// lists and sets hold nodes, so that NodeReader reads them.
+///
+/// Answers are node numbers of the builder, which must outlive this. Failures are DocumentErrors.
+class Literals {
 public:
-    LiteralReader(NodeReader & reader, JsonValue const & json, Position const & position)
-        : reader_(reader), json_(json), position_(position) {}
+    explicit Literals(NodeBuilder & builder) : builder_(builder) {}
 
-    U32 read();
+    /// The node that the value stands for.
+    U32 read(JsonValue const & json, Position const & position);
     /// The same for a text within an integer set's array, where communities stand for integers.
-    U32 readSetElement();
-
-    // By wanted type; answer `NodeBuilder::none` for what is no literal of that type.
-    U32 integer();
-    U32 bandwidth();
-    U32 triStateBool();
-    U32 expression();
-    U32 argument();
-    U32 logicalOperator();
-    /// The immediate of a value that reads itself from a text (or null, where it can be unset).
-    template <typename Value, auto factory>
-    U32 text();
-    /// A literal list or set from an array of its elements.
-    template <typename Link, auto factory>
-    U32 elements();
+    U32 readSetElement(JsonValue const & text, Position const & position);
 
 private:
-    std::optional<U32> languageName();
-    U32 add(Ptr<Eval::AetNodeBase> const & node, std::initializer_list<U32> children = {});
-    U64 key() const;
+    std::optional<U32> attribute(JsonValue const & json, Position const & position);
 
-    NodeReader & reader_;
-    JsonValue const json_;
-    Position const & position_;
+    NodeBuilder & builder_;
+    /// Nodes of attributes, those that were made from their names.
+    std::unordered_map<Eval::NodeClass const *, U32> attributes_;
 };
 
 } // namespace Qcf::Documents

@@ -39,8 +39,8 @@ U32 NodeBuilder::namesOf(Node const & node, std::span<U32 const> children, U32 o
     for (FieldInfo const & field : node.typeData().fields) {
         if (field.isNode()) {
             U32 const number = *child++;
-            bool const callee = std::string_view(field.name) == "calleePtr";
-            names = names_.joined(names, number == none || callee ? 0 : facts_[number].names);
+            bool const isCallee = plays(field, Eval::FieldRole::callee);
+            names = names_.join(names, number == none || isCallee ? 0 : facts_[number].names);
         }
     }
     return names;
@@ -53,7 +53,7 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
         theirs.push_back(child == none ? nullptr : &facts_[child]);
     }
     FactsOfChildren const factsOfChildren(theirs.data(), theirs.size());
-    bool const shared = ClassRules::of(node->typeData()).shared;
+    bool const shared = node->typeData().facts.isShared;
     U32 const structure = shared ? structureOf(*node, factsOfChildren) : 0;
     bool const known = structure != 0 && structure <= firstOf_.size();
     if (known && !keyGiven) {
@@ -86,15 +86,13 @@ void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
     }
 }
 
-// A function's depth is that of its body, and links add nothing.
 void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
                              std::span<U32 const> children) const {
     U32 below = 0;
     for (U32 const child : children) {
         below = std::max(below, child == none ? 0 : nodes_[child]->treeDepth());
     }
-    bool const isFunction = std::string_view(nodeClass.name) == "Function";
-    U32 const own = isFunction || ClassRules::of(nodeClass).link ? 0 : 1;
+    U32 const own = nodeClass.effects.isLevel ? 1 : 0;
     if (below + own > Eval::maximumTreeDepth) {
         place.fail(nodeClass.name,
                    "tree of at most " + std::to_string(Eval::maximumTreeDepth) + " levels",
@@ -102,45 +100,22 @@ void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & no
     }
 }
 
-namespace {
-
-/// The literals whose values are kept, which only constant ones can be.
-struct KeptLiteral {
-    std::string_view className;
-    void (*keep)(Eval::AetNodeBase const & node);
-};
-template <typename Literal>
-void keep(Eval::AetNodeBase const & node) {
-    cacheConstantValue(static_cast<Literal const &>(node));
-}
-constexpr KeptLiteral keptLiterals[] = {
-    {"IntListImmediate", keep<Eval::IntListImmediate>},
-    {"IntSetImmediate", keep<Eval::IntSetImmediate>},
-    {"CommunitySetImmediate", keep<Eval::CommunitySetImmediate>},
-};
-
-} // namespace
-
 // A literal that says it is cachable although an element is no constant is built at each
 // evaluation.
 void NodeBuilder::keepConstant(JsonValue const & place, Node const & node,
                                NodeFacts const & elements) {
-    if (!elements.constant || elements.length == 0) {
+    auto const keep = node.typeData().facts.keepConstant;
+    if (keep == nullptr || !elements.constant || elements.length == 0) {
         return;
     }
-    for (KeptLiteral const & literal : keptLiterals) {
-        if (literal.className != node.typeData().name) {
-            continue;
-        }
-        constantElements_ += elements.length;
-        if (constantElements_ > ProgramLimits::constantElements) {
-            place.fail(literal.className,
-                       "at most " + std::to_string(ProgramLimits::constantElements) +
-                           " elements in the document's constant lists and sets",
-                       "more");
-        }
-        literal.keep(node);
+    constantElements_ += elements.length;
+    if (constantElements_ > ProgramLimits::constantElements) {
+        place.fail(node.typeData().name,
+                   "at most " + std::to_string(ProgramLimits::constantElements) +
+                       " elements in the document's constant lists and sets",
+                   "more");
     }
+    keep(node);
 }
 
 } // namespace Qcf::Documents

@@ -24,7 +24,7 @@ public:
     using Node = Eval::AetNodeBase;
     static constexpr U32 none = ~U32{0};
 
-    /// `places` may be null.
+    /// `places` may be null. Both must outlive this.
     NodeBuilder(ListNames & names, Places * places) : names_(names), places_(places) {}
 
     /// The key of the next node: the given one, if it is free, else one above all so far. To be
@@ -48,10 +48,15 @@ public:
     /// The number of the node under that key.
     std::optional<U32> find(U64 key) const { return keys_.find(key); }
 
+    /// The names of lists in the document.
+    ListNames & names() { return names_; }
+
     PtrConst<Node> const & node(U32 number) const { return nodes_[number]; }
+    /// What is known of a node beside the node itself.
     NodeFacts const & facts(U32 number) const { return facts_[number]; }
     NodeFacts const & factsOf(Node const & node) const { return facts_[*find(node.aetNodeKey())]; }
 
+    /// All nodes in the order of their numbers; ends the builder's use.
     std::vector<PtrConst<Node>> takeNodes() { return std::move(nodes_); }
 
 private:

@@ -1,10 +1,10 @@
 #include "Documents/NodeChecks.h"
 
 #include "Documents/NodeBuilder.h"
+#include "Documents/Position.h"
 #include "Documents/Program.h"
 
 #include <array>
-#include <string_view>
 
 namespace Qcf::Documents {
 
@@ -14,7 +14,7 @@ namespace {
 
 using Children = std::span<NodeFacts const * const>;
 
-String counted(std::size_t count, char const * what) {
+String countText(std::size_t count, char const * what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
@@ -35,14 +35,26 @@ void checkOperands(JsonValue const & place, AetNodeBase const & node, Children c
             continue;
         }
         NodeFacts const * const facts = *child++;
-        if (facts != nullptr && facts->returns && isOperandField(field)) {
-            place.fail(String(node.typeData().name) + "." + field.name,
-                       "operand that does not return", "one that can");
+        if (facts != nullptr && facts->returns && plays(field, FieldRole::operand)) {
+            place.fail(Position{node.typeData(), field}.subject(), "operand that does not return",
+                       "one that can");
         }
     }
 }
 
-U32 lengthOf(NodeFacts const * literal) { return literal == nullptr ? 0 : literal->length; }
+/// The child that plays the role; null where it is absent.
+NodeFacts const * childOf(AetNodeBase const & node, Children children, FieldRole role) {
+    auto child = children.begin();
+    for (FieldInfo const & field : node.typeData().fields) {
+        if (plays(field, role)) {
+            return *child;
+        }
+        child += field.isNode() ? 1 : 0;
+    }
+    return nullptr;
+}
+
+U32 lengthOf(NodeFacts const * chain) { return chain == nullptr ? 0 : chain->length; }
 
 void checkBounds(JsonValue const & place, std::string_view subject, U32 lower, U32 upper) {
     if (lower != upper) {
@@ -55,8 +67,8 @@ void checkBounds(JsonValue const & place, std::string_view subject, U32 lower, U
 void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
                    NodeFacts const & entry) {
     NodeClass const & nodeClass = link.entry()->typeData();
-    if (entry.onFrame && ClassRules::of(nodeClass).argument == ArgumentKind::node) {
-        place.fail("FunctionArgumentList.entry",
+    if (entry.onFrame && nodeClass.facts.argument == ArgumentKind::node) {
+        place.fail(Position::of(link.typeData(), FieldRole::entry).subject(),
                    "value that does not depend on the caller's own arguments", nodeClass.name);
     }
 }
@@ -92,7 +104,7 @@ private:
     static constexpr std::size_t mostArguments = 256;
 
     void take(StorageType const & entry, ArgumentNeeds & callersNeeds) {
-        ArgumentKind const kind = ClassRules::of(entry.typeData()).argument;
+        ArgumentKind const kind = entry.typeData().facts.argument;
         std::size_t const position = counts_[static_cast<std::size_t>(kind)]++;
         if (position >= mostArguments) {
             place_.fail(subject(), "at most 256 arguments of a type", "more");
@@ -110,13 +122,13 @@ private:
             return;
         }
         bool fits = true;
-        if (auto const * const constant = dynamic_cast<IntImmediate const *>(&entry)) {
+        if (auto const * const constant = as<IntImmediate>(entry)) {
             fits = constant->value() == 0 || (!constant->negative() && isNarrow(constant->value()));
-        } else if (auto const * const table = dynamic_cast<RoaTableImmediate const *>(&entry)) {
+        } else if (auto const * const table = as<RoaTableImmediate>(entry)) {
             fits = isNarrow(table->number());
         } else if (auto const * const attribute = entry.typeData().attribute) {
             fits = isNarrow(attribute->max.value_or(0));
-        } else if (ClassRules::of(entry.typeData()).variable) {
+        } else if (readsArgument(entry)) {
             U8 const index = argumentIndexOf(entry);
             fits = index < 64;
             callersNeeds.narrowIntegers |= fits ? U64{1} << index : 0;
@@ -128,10 +140,11 @@ private:
     }
 
     void takeNode(StorageType const & entry, std::size_t position) {
-        char const * const wanted = position == 0 ? "IntSetImmediate" : "IntListImmediate";
-        if (std::string_view(entry.typeData().name) != wanted) {
+        NodeClass const & wanted =
+            position == 0 ? nodeClassOf<IntSetImmediate>() : nodeClassOf<IntListImmediate>();
+        if (&entry.typeData() != &wanted) {
             place_.fail(subject(),
-                        String(wanted) + " as reference argument " + std::to_string(position),
+                        String(wanted.name) + " as reference argument " + std::to_string(position),
                         entry.typeData().name);
         }
         lengths_[position] = builder_.factsOf(entry).length;
@@ -142,7 +155,7 @@ private:
     void require(ArgumentKind kind, std::size_t needed, char const * what) const {
         std::size_t const given = counts_[static_cast<std::size_t>(kind)];
         if (given < needed) {
-            place_.fail(subject(), counted(needed, what) + " at least", std::to_string(given));
+            place_.fail(subject(), countText(needed, what) + " at least", std::to_string(given));
         }
     }
 
@@ -156,9 +169,11 @@ private:
     std::array<U32, 3> lengths_{};
 };
 
-bool chainMatches(LogicalOperatorExpression const & node, Children children) {
-    return node.expressionList() && children[0]->length >= 2 &&
-           children[0]->length == children[1]->length + 1;
+/// Whether the chain's operators stand between its operands.
+bool chainMatches(AetNodeBase const & chain, Children children) {
+    U32 const operands = lengthOf(childOf(chain, children, FieldRole::operand));
+    U32 const operators = lengthOf(childOf(chain, children, FieldRole::operators));
+    return operands >= 2 && operands == operators + 1;
 }
 
 } // namespace
@@ -167,18 +182,16 @@ void checkNode(JsonValue const & place, AetNodeBase const & node, Children child
                NodeFacts & facts, NodeBuilder const & builder) {
     checkExtent(place, node, facts);
     checkOperands(place, node, children);
-    std::string_view const name = node.typeData().name;
-    if (name == "IntInImmediateSetWithRanges") {
-        checkBounds(place, name, lengthOf(children[2]), lengthOf(children[3]));
-    } else if (name == "FunctionArgumentList") {
-        checkArgument(place, static_cast<FunctionArgumentList const &>(node), *children[0]);
-    } else if (name == "FunctionCallExpression") {
-        CallCheck(place, static_cast<FunctionCallExpression const &>(node), builder)
-            .check(facts.needs);
-    } else if (name == "LogicalOperatorExpression") {
-        facts.dumpable =
-            facts.dumpable &&
-            chainMatches(static_cast<LogicalOperatorExpression const &>(node), children);
+    if (is<IntInImmediateSetWithRanges>(node)) {
+        checkBounds(place, node.typeData().name,
+                    lengthOf(childOf(node, children, FieldRole::lowerBounds)),
+                    lengthOf(childOf(node, children, FieldRole::upperBounds)));
+    } else if (auto const * const link = as<FunctionArgumentList>(node)) {
+        checkArgument(place, *link, *children[0]);
+    } else if (auto const * const call = as<FunctionCallExpression>(node)) {
+        CallCheck(place, *call, builder).check(facts.needs);
+    } else if (is<LogicalOperatorExpression>(node)) {
+        facts.dumpable = facts.dumpable && chainMatches(node, children);
     }
 }
 

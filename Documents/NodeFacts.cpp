@@ -3,12 +3,14 @@
 #include "Documents/FieldVisitors.h"
 #include "QcfLib/QcfEval.h"
 
-#include <string_view>
-
 namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
+using Eval::ArgumentKind;
+using Eval::ClassFacts;
 using Eval::FieldInfo;
+using Eval::FieldRole;
+using Eval::Function;
 using Eval::NodeClass;
 
 bool ArgumentNeeds::any() const {
@@ -32,7 +34,7 @@ public:
     template <typename T>
     void visit(FieldInfo const & field, T const & value) {
         if constexpr (std::is_same_v<T, U8>) {
-            if (std::string_view(field.name) == "argVectorIndex") {
+            if (plays(field, FieldRole::argumentIndex)) {
                 index = value;
             }
         }
@@ -64,21 +66,24 @@ void addArgument(ArgumentNeeds & needs, ArgumentKind kind, U16 count) {
     needs.add(own);
 }
 
-NodeFacts ownFacts(AetNodeBase const & node, ClassRules const & rules) {
+NodeFacts ownFacts(AetNodeBase const & node) {
+    ClassFacts const & ofClass = node.typeData().facts;
+    bool const isAttribute = node.typeData().attribute != nullptr;
     NodeFacts facts;
-    facts.reads = rules.reads;
-    facts.writes = node.typeData().attribute == nullptr ? rules.writes : 0;
-    facts.constant = rules.constant || rules.link;
+    facts.reads = ofClass.reads;
+    // An attribute is written only as a target, which its parent knows.
+    facts.writes = isAttribute ? 0 : ofClass.writes;
+    facts.constant = ofClass.isConstant || ofClass.isLink;
     // A function clears a return of its body, but refuses by one where its arguments are missing.
-    auto const * const function = dynamic_cast<Eval::Function const *>(&node);
-    facts.returns = function != nullptr ? function->argumentsExpected() : rules.returns;
-    facts.onFrame = rules.variable;
-    facts.length = rules.link ? 1 : 0;
-    facts.needs.integers = rules.integers;
-    facts.needs.nodes = rules.nodeArguments;
-    facts.needs.narrowIntegers = (U64{1} << rules.integers) - 1;
-    if (rules.variable) {
-        addArgument(facts.needs, rules.argument, argumentIndexOf(node) + 1);
+    auto const * const function = Eval::as<Function>(node);
+    facts.returns = function != nullptr ? function->argumentsExpected() : ofClass.returns;
+    facts.length = ofClass.isLink ? 1 : 0;
+    facts.needs.integers = ofClass.integerArguments;
+    facts.needs.nodes = ofClass.readsNodeArguments;
+    facts.needs.narrowIntegers = (U64{1} << ofClass.integerArguments) - 1;
+    if (readsArgument(node)) {
+        facts.onFrame = true;
+        addArgument(facts.needs, ofClass.argument, argumentIndexOf(node) + 1);
     }
     return facts;
 }
@@ -99,31 +104,32 @@ U8 argumentIndexOf(AetNodeBase const & node) {
     return visitor.index;
 }
 
+bool readsArgument(AetNodeBase const & node) {
+    return node.typeData().fieldOf(FieldRole::argumentIndex) != nullptr;
+}
+
 NodeFacts factsOf(AetNodeBase const & node, std::span<NodeFacts const * const> children) {
-    NodeClass const & nodeClass = node.typeData();
-    ClassRules const & rules = ClassRules::of(nodeClass);
-    NodeFacts facts = ownFacts(node, rules);
+    ClassFacts const & ofClass = node.typeData().facts;
+    NodeFacts facts = ownFacts(node);
     auto child = children.begin();
     node.typeData().visitChildren(node, [&](FieldInfo const & field, AetNodeBase const * target) {
         NodeFacts const * const their = *child++;
         if (their == nullptr) {
             return;
         }
-        std::string_view const name = field.name;
         // A called function adds its size too: evaluation walks into it.
         facts.size = saturatingSum(facts.size, their->size);
-        facts.length += name == "next" || name == "head" ? their->length : 0;
-        if (name == "calleePtr") {
+        bool const isChain = plays(field, FieldRole::next) || plays(field, FieldRole::elements);
+        facts.length += isChain ? their->length : 0;
+        if (plays(field, FieldRole::callee)) {
             return; // the callee reads its own frame, and what it uses is its own
         }
-        if (rules.link) {
-            facts.constant = facts.constant && their->constant;
-        }
-        facts.returns = facts.returns || (their->returns && passesReturn(field));
+        facts.constant = facts.constant && (their->constant || !ofClass.isLink);
+        facts.returns = facts.returns || (their->returns && plays(field, FieldRole::branch));
         addContent(facts, *their);
-        bool const written = wantsModifiable(field);
-        facts.reads |= written && rules.writesOnly ? 0 : their->reads;
-        facts.writes |= written ? ClassRules::of(target->typeData()).writes : 0;
+        bool const isTarget = plays(field, FieldRole::target);
+        facts.reads |= isTarget && ofClass.assigns ? 0 : their->reads;
+        facts.writes |= isTarget ? target->typeData().facts.writes : 0;
     });
     return facts;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Documents/ClassRules.h"
+#include "QcfLib/AetNode.h"
 
 #include <algorithm>
 #include <span>
@@ -44,7 +44,10 @@ inline U64 saturatingSum(U64 a, U64 b) { return std::min(a + b, U64{1} << 62); }
 /// absent ones). `names` and `structure` are left to the caller.
 NodeFacts factsOf(Eval::AetNodeBase const & node, std::span<NodeFacts const * const> children);
 
-/// The place of an argument in its container; for classes that have one.
+/// Whether the node is an argument of the running function.
+bool readsArgument(Eval::AetNodeBase const & node);
+
+/// The place of an argument in its container; for nodes that are one.
 U8 argumentIndexOf(Eval::AetNodeBase const & node);
 
 } // namespace Qcf::Documents

@@ -1,89 +1,79 @@
 #include "Documents/ObjectFields.h"
 
+#include "Documents/Position.h"
+
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
+using Eval::FieldRole;
 
-namespace {
-
-bool isNamed(FieldInfo const & field, std::string_view name) { return field.name == name; }
-
-} // namespace
-
-std::string_view memberName(FieldInfo const & field, bool isFunctionEntry) {
-    return isFunctionEntry && isNamed(field, "funcName") ? "name" : field.name;
-}
-
-ListUse listUseOf(JsonValue const & json, SlotRule const & rule) {
-    auto const name = json.find(rule.nameField);
-    auto const isV4 = json.find("isV4");
-    if (!name || !name->isString()) {
-        return {};
-    }
-    bool const isOther = isV4 && isV4->isBool() && !isV4->asBool();
-    return {listKindOf(rule, !isOther), String(name->asString())};
+U32 addNode(NodeBuilder & builder, NodeObject const & object, std::span<U32 const> children,
+            std::optional<JsonValue> const & key) {
+    ObjectFields fields(builder, object, children);
+    U32 const names = fields.useNames();
+    auto const node = object.nodeClass.create(builder.keyFor(object.json, key), fields);
+    return builder.add(object.json, node, children, key.has_value(), names);
 }
 
 U32 ObjectFields::useNames() {
-    SlotRule const * const rule = ClassRules::of(nodeClass_).slot;
-    ListUse const list = rule == nullptr ? ListUse() : listUseOf(json_, *rule);
-    if (list.kind == nullptr) {
+    auto const list = mentionedList(object_);
+    if (!list) {
         return 0;
     }
-    U32 const names = reader_.names_.use(json_, list.kind, list.name);
-    slot_ = reader_.names_.slotOf(list.kind, list.name);
+    U32 const names = builder_.names().use(object_.json, list->kind, list->name);
+    slot_ = builder_.names().slotOf(list->kind, list->name);
     return names;
 }
 
 template <typename T>
 void ObjectFields::readField(FieldInfo const & field, T & value) {
-    String const subject = Position{nodeClass_, field}.subject();
-    if (auto const member = json_.find(memberName(field, isFunctionEntry_))) {
+    String const subject = Position{object_.nodeClass, field}.subject();
+    if (auto const member = object_.find(field)) {
         readScalar(*member, subject, value);
     } else if (!leftOut(field, value)) {
-        json_.fail(subject, field.wants, "none");
+        object_.json.fail(subject, field.wants, "none");
     }
 }
 
 PtrConst<Eval::AetNodeBase> ObjectFields::readNode(FieldInfo const & /*field*/) {
     U32 const number = children_[nextChild_++];
-    return number == NodeBuilder::none ? nullptr : reader_.builder_.node(number);
+    return number == NodeBuilder::none ? nullptr : builder_.node(number);
 }
 
+/// Of a literal its elements, of a function its body.
 NodeFacts const * ObjectFields::firstChild() const {
     bool const isNull = children_.empty() || children_[0] == NodeBuilder::none;
-    return isNull ? nullptr : &reader_.builder_.facts(children_[0]);
+    return isNull ? nullptr : &builder_.facts(children_[0]);
 }
 
 bool ObjectFields::leftOut(FieldInfo const & field, bool & value) {
-    if (isNamed(field, "cachable")) {
+    if (plays(field, FieldRole::cachable)) {
         value = firstChild() == nullptr || firstChild()->constant;
         return true;
     }
     value = false;
-    return isNamed(field, "argumentsExpected");
+    return plays(field, FieldRole::orZero);
 }
 
 bool ObjectFields::leftOut(FieldInfo const & field, U32 & value) {
     value = 0;
-    return isNamed(field, "functionCallId");
+    return plays(field, FieldRole::orZero);
 }
 
+// Slots are as wide as their classes declare them.
 bool ObjectFields::leftOut(FieldInfo const & field, U16 & value) {
-    SlotRule const * const rule = ClassRules::of(nodeClass_).slot;
     value = slot_;
-    return rule != nullptr && isNamed(field, rule->slotField);
+    return plays(field, FieldRole::listSlot);
 }
 
 bool ObjectFields::leftOut(FieldInfo const & field, U64 & value) {
-    SlotRule const * const rule = ClassRules::of(nodeClass_).slot;
     value = slot_;
-    return rule != nullptr && isNamed(field, rule->slotField);
+    return plays(field, FieldRole::listSlot);
 }
 
 bool ObjectFields::leftOut(FieldInfo const & /*field*/, FunctionMetadata & value) {
     if (firstChild() != nullptr) {
-        value = reader_.names_.metadataOf(json_, firstChild()->names);
+        value = builder_.names().metadataOf(object_.json, firstChild()->names);
     }
     return true;
 }

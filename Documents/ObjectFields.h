@@ -1,27 +1,30 @@
 #pragma once
 
-#include "Documents/NodeReader.h"
+#include "Documents/NodeBuilder.h"
+#include "Documents/NodeObject.h"
 #include "Documents/ScalarReader.h"
 
 namespace Qcf::Documents {
 
-/// The key under which a field stands in a node's object. An entry of `functions` calls the
-/// function's name `name`.
-std::string_view memberName(Eval::FieldInfo const & field, bool isFunctionEntry);
+/// Makes the node of an object whose children were taken in before, and takes it in: under the key
+/// given, else under the next one. `children` are their numbers in the order of the node fields.
+/// Answers the node's number. Throws the DocumentError of the first field that cannot be read.
+U32 addNode(NodeBuilder & builder, NodeObject const & object, std::span<U32 const> children,
+            std::optional<JsonValue> const & key);
 
-/// The fields of one node from its object: scalars are read, or take the value that stands for a
-/// left-out one; children were read before.
+/// The fields of one node from its object, as the node's class asks for them: scalars are read, or
+/// take the value that stands for a left-out one; children were read before.
+///
+/// What stands for a left-out field follows from the field's role and from what is known of the
+/// children: slots from the names of lists, metadata and attributes from the function's body.
 class ObjectFields final : public Eval::FieldReader {
 public:
-    ObjectFields(NodeReader & reader, JsonValue const & json, Eval::NodeClass const & nodeClass,
-                 std::span<U32 const> children, bool isFunctionEntry)
-        : reader_(reader),
-          json_(json),
-          nodeClass_(nodeClass),
-          children_(children),
-          isFunctionEntry_(isFunctionEntry) {}
+    /// Everything given must outlive this.
+    ObjectFields(NodeBuilder & builder, NodeObject const & object, std::span<U32 const> children)
+        : builder_(builder), object_(object), children_(children) {}
 
-    /// Notes the list that the node names, if it does; answers the set of its names.
+    /// Notes the list that the node names, if it does; answers the set of its names. To be called
+    /// before the fields are asked for, whose slot this is.
     U32 useNames();
 
 #define QCF_READ_FIELD(Type)                                                                       \
@@ -49,21 +52,11 @@ private:
 
     NodeFacts const * firstChild() const;
 
-    NodeReader & reader_;
-    JsonValue const json_;
-    Eval::NodeClass const & nodeClass_;
+    NodeBuilder & builder_;
+    NodeObject const & object_;
     std::span<U32 const> children_;
     std::size_t nextChild_ = 0;
-    bool isFunctionEntry_;
     U16 slot_ = 0; ///< of the list that the node names
 };
-
-/// The list that the object of a node names: its kind and name, when they can be read. Null kind
-/// for none.
-struct ListUse {
-    SlotMapMember kind = nullptr;
-    String name;
-};
-ListUse listUseOf(JsonValue const & json, SlotRule const & rule);
 
 } // namespace Qcf::Documents

@@ -2,6 +2,7 @@
 #include "Documents/NodeReader.h"
 #include "Documents/Places.h"
 #include "Documents/Program.h"
+#include "Documents/Words.h"
 #include "Platform/Framework/Assert.h"
 #include "Platform/Render/JsonObjectReader.h"
 
@@ -35,8 +36,8 @@ JsonValue const & expectList(JsonValue const & value, char const * name) {
 }
 
 void checkFormat(JsonValue const & format) {
-    if (!format.isString() || format.asString() != "aet/1") {
-        format.fail("qcf", "\"aet/1\"", describe(format));
+    if (!format.isString() || format.asString() != word::formatName) {
+        format.fail(word::format, '"' + String(word::formatName) + '"', describe(format));
     }
 }
 
@@ -44,12 +45,12 @@ class ProgramReader {
 public:
     ProgramReader(JsonValue const & root, ReadAlong const & along) : along_(along) {
         JsonObjectReader members(root);
-        checkFormat(members.require("qcf"));
-        auto const nodes = members.optional("nodes");
-        JsonValue const functions = expectList(members.require("functions"), "functions");
+        checkFormat(members.require(word::format));
+        auto const nodes = members.optional(word::nodes);
+        JsonValue const functions = expectList(members.require(word::functions), word::functions);
         members.done();
         if (nodes) {
-            expectList(*nodes, "nodes");
+            expectList(*nodes, word::nodes);
         }
         DocumentScan const scan(nodes, functions, names_);
         readNodes(scan.nodesAfter(0));
@@ -85,7 +86,7 @@ private:
                 if (along_.unread == nullptr || along_.unread->empty()) {
                     throw;
                 }
-                reader_.isUnread(node);
+                reader_.addUnread(node);
             }
         }
     }
@@ -98,10 +99,10 @@ private:
         try {
             readFunction(json);
         } catch (DocumentError const & error) {
-            auto const name = json.find("name");
+            auto const name = json.find(word::functionName);
             along_.unread->push_back(
                 {position, String(name && name->isString() ? name->asString() : ""), error.what()});
-            reader_.isUnread(json);
+            reader_.addUnread(json);
         }
     }
 
@@ -115,7 +116,7 @@ private:
     ReadAlong const along_;
     ListNames names_;
     NodeBuilder builder_{names_, along_.places};
-    NodeReader reader_{builder_, names_};
+    NodeReader reader_{builder_};
     Program program_;
 };
 

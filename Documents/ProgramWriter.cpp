@@ -1,12 +1,15 @@
 #include "Documents/FieldVisitors.h"
+#include "Documents/NodeObject.h"
 #include "Documents/NodeOrder.h"
 #include "Documents/Program.h"
+#include "Documents/Words.h"
 #include "Platform/Routing/CommunityText.h"
 
 namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
 using Eval::FieldInfo;
+using Eval::FieldRole;
 
 namespace {
 
@@ -22,7 +25,7 @@ public:
           calleeByName_(calleeByName) {}
 
     void writeNode(FieldInfo const & field, AetNodeBase const * child) override {
-        bool const named = calleeByName_ && std::string_view(field.name) == "calleePtr";
+        bool const named = calleeByName_ && plays(field, FieldRole::callee);
         if (child == nullptr) {
             style_.absent(field);
         }
@@ -35,8 +38,7 @@ public:
 
     template <typename T>
     void visit(FieldInfo const & field, T const & value) {
-        bool const isName = isFunctionEntry_ && std::string_view(field.name) == "funcName";
-        out_.key(isName ? "name" : field.name);
+        out_.key(memberName(field, isFunctionEntry_));
         write(value);
     }
 
@@ -59,18 +61,18 @@ private:
     }
     void write(Routing::Rib::ResolutionRibProfileConfig const & value) {
         out_.beginObject();
-        out_.key("entries");
+        out_.key(word::ribEntries);
         out_.beginArray();
         for (std::size_t i = 0; i < value.entryCount(); ++i) {
             out_.beginObject();
-            out_.key("name");
+            out_.key(word::ribName);
             write(value.entries()[i].name);
-            out_.key("kind");
+            out_.key(word::ribKind);
             out_.value(value.entries()[i].kind);
             out_.endObject();
         }
         out_.endArray();
-        out_.key("useDefault");
+        out_.key(word::useDefaultRib);
         out_.value(value.useDefault());
         out_.endObject();
     }
@@ -83,8 +85,8 @@ private:
     }
     void write(AccessibleAttributes const & value) {
         out_.beginObject();
-        writeFlags("read", value.readableAttributes);
-        writeFlags("write", value.writableAttributes);
+        writeFlags(word::readAttributes, value.readableAttributes);
+        writeFlags(word::writtenAttributes, value.writableAttributes);
         out_.endObject();
     }
     // Kinds of which no name is used are left out.
@@ -123,17 +125,17 @@ private:
 };
 
 bool calleeIsNamed(AetNodeBase const & node) {
-    auto const * const call = dynamic_cast<Eval::FunctionCallExpression const *>(&node);
+    auto const * const call = Eval::as<Eval::FunctionCallExpression>(node);
     return call != nullptr && call->calleePtr()->funcName() == call->calleeName();
 }
 
 void writeMembers(AetNodeBase const & node, NodeStyle const & style, RendererV2 & renderer,
                   bool isFunctionEntry, bool calleeByName) {
     if (!isFunctionEntry) {
-        renderer.key("class");
+        renderer.key(word::nodeClass);
         renderer.value(node.typeData().name);
     }
-    renderer.key("key");
+    renderer.key(word::key);
     renderer.value(node.aetNodeKey());
     MemberWriter members(renderer, style, isFunctionEntry, calleeByName);
     node.typeData().write(node, members);
@@ -150,7 +152,7 @@ void writeObject(AetNodeBase const & node, NodeStyle const & style, RendererV2 &
 
 void NodeStyle::reference(AetNodeBase const & child, RendererV2 & out) const {
     out.beginObject();
-    out.key("ref");
+    out.key(word::reference);
     out.value(child.aetNodeKey());
     out.endObject();
 }
@@ -163,15 +165,15 @@ void writeNodeMembers(AetNodeBase const & node, NodeStyle const & style, Rendere
 // callee where it can: reading takes such nodes in once the function is known.
 void writeProgram(Program const & program, RendererV2 & renderer, NodeStyle const & style) {
     renderer.beginObject();
-    renderer.key("qcf");
-    renderer.value("aet/1");
-    renderer.key("nodes");
+    renderer.key(word::format);
+    renderer.value(word::formatName);
+    renderer.key(word::nodes);
     renderer.beginArray();
     for (AetNodeBase const * const node : nodesInOrder(program)) {
         writeObject(*node, style, renderer, false, calleeIsNamed(*node));
     }
     renderer.endArray();
-    renderer.key("functions");
+    renderer.key(word::functions);
     renderer.beginArray();
     for (auto const & function : program.functions) {
         writeObject(*function, style, renderer, true, false);

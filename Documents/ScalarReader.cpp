@@ -1,5 +1,6 @@
 #include "Documents/ScalarReader.h"
 
+#include "Documents/Words.h"
 #include "Platform/Render/JsonObjectReader.h"
 #include "Platform/Routing/CommunityText.h"
 
@@ -46,10 +47,23 @@ void checkArray(JsonValue const & json, String const & subject, char const * wan
     }
 }
 
+/// A member that must not be left out.
+template <typename Value>
+void readMember(JsonObjectReader & reader, String const & subject, char const * name,
+                Value & value) {
+    readScalar(reader.require(name), subject + '.' + name, value);
+}
+
+/// A set of attributes; a member that is left out stands for none.
 template <typename Set>
-void readFlags(JsonValue const & json, String const & subject, Set & set) {
-    checkArray(json, subject, "array of attribute names");
-    for (JsonValue const name : json) {
+void readFlags(JsonObjectReader & reader, String const & owner, char const * member, Set & set) {
+    auto const names = reader.optional(member);
+    if (!names) {
+        return;
+    }
+    String const subject = owner + '.' + member;
+    checkArray(*names, subject, "array of attribute names");
+    for (JsonValue const name : *names) {
         std::size_t const bit = name.isString() ? Set::bitOf(name.asString()) : Set::width;
         if (bit == Set::width) {
             fail(name, subject, "name of an attribute-set flag");
@@ -151,8 +165,8 @@ void readScalar(JsonValue const & json, String const & subject, Acl::CommunityVa
     JsonObjectReader reader(json, subject);
     U64 valueWord = 0;
     U32 typeWord = 0;
-    readScalar(reader.require("value"), subject + ".value", valueWord);
-    readScalar(reader.require("type"), subject + ".type", typeWord);
+    readMember(reader, subject, word::communityValue, valueWord);
+    readMember(reader, subject, word::communityType, typeWord);
     reader.done();
     value = Acl::CommunityValue(valueWord, typeWord);
 }
@@ -160,9 +174,9 @@ void readScalar(JsonValue const & json, String const & subject, Acl::CommunityVa
 void readScalar(JsonValue const & json, String const & subject,
                 Routing::Rib::ResolutionRibProfileConfig & value) {
     JsonObjectReader reader(json, subject);
-    JsonValue const entries = reader.require("entries");
+    JsonValue const entries = reader.require(word::ribEntries);
     bool useDefault = false;
-    readScalar(reader.require("useDefault"), subject + ".useDefault", useDefault);
+    readMember(reader, subject, word::useDefaultRib, useDefault);
     reader.done();
     checkArray(entries, subject, "array of entries");
     if (entries.size() > Routing::Rib::ResolutionRibProfileConfig::maxEntries) {
@@ -173,8 +187,8 @@ void readScalar(JsonValue const & json, String const & subject,
     for (JsonValue const entry : entries) {
         JsonObjectReader members(entry, subject);
         Routing::Rib::ResolutionRibEntry rib;
-        readScalar(members.require("name"), subject + ".name", rib.name);
-        readScalar(members.require("kind"), subject + ".kind", rib.kind);
+        readMember(members, subject, word::ribName, rib.name);
+        readMember(members, subject, word::ribKind, rib.kind);
         members.done();
         value.entryIs(index++, std::move(rib));
     }
@@ -190,12 +204,8 @@ void readScalar(JsonValue const & json, String const & subject,
 
 void readScalar(JsonValue const & json, String const & subject, AccessibleAttributes & value) {
     JsonObjectReader reader(json, subject);
-    if (auto const names = reader.optional("read")) {
-        readFlags(*names, subject + ".read", value.readableAttributes);
-    }
-    if (auto const names = reader.optional("write")) {
-        readFlags(*names, subject + ".write", value.writableAttributes);
-    }
+    readFlags(reader, subject, word::readAttributes, value.readableAttributes);
+    readFlags(reader, subject, word::writtenAttributes, value.writableAttributes);
     reader.done();
 }
 
@@ -206,9 +216,8 @@ void readScalar(JsonValue const & json, String const & subject, FunctionMetadata
             readSlots(*names, subject + "." + kind, slots);
         }
     });
-    // The one member whose name other members' names would lead one to write in this way.
-    if (auto const names = reader.optional("dynPrefixListsUsed")) {
-        readSlots(*names, subject + ".dynPrefixListsUsed", value.DynPrefixListsUsed);
+    if (auto const names = reader.optional(word::dynamicPrefixLists)) {
+        readSlots(*names, subject + '.' + word::dynamicPrefixLists, value.DynPrefixListsUsed);
     }
     reader.done();
 }

@@ -83,6 +83,7 @@ constexpr U16 wantingClass(U16 classNumber) {
 /// What a field means to its node. A field may play several roles, most play none.
 enum class FieldRole : U8 {
     operand,       ///< evaluated; a `return` of it is malformed
+    operators,     ///< the chain of operators between the operands
     branch,        ///< evaluated; a `return` of it is the node's own
     target,        ///< written to
     entry,         ///< what a link of a chain carries

@@ -34,7 +34,7 @@ constexpr FieldInfo fieldsLogicalOperatorList[] = {
 };
 constexpr FieldInfo fieldsLogicalOperatorExpression[] = {
     {"expressionList", "PtrConst<ExpressionList>", "ExpressionList", true, &isOfClass<ExpressionList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::expressionList>, bitOf(FieldRole::operand), wantingClass(ExpressionList::classNumber)},
-    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::operatorList>, 0, wantingClass(LogicalOperatorList::classNumber)},
+    {"operatorList", "PtrConst<LogicalOperatorList>", "LogicalOperatorList", false, &isOfClass<LogicalOperatorList::classNumber>, &fieldText<LogicalOperatorExpression, &LogicalOperatorExpression::operatorList>, bitOf(FieldRole::operators), wantingClass(LogicalOperatorList::classNumber)},
 };
 constexpr FieldInfo fieldsNotExpression[] = {
     {"expr", "PtrConst<Expression>", "Expression", false, &isOfKind<NodeKind::expression>, &fieldText<NotExpression, &NotExpression::expr>, bitOf(FieldRole::operand), wanting(NodeKind::expression)},

@@ -210,7 +210,7 @@ ARGUMENTS = {"Int": "integer", "Bandwidth": "bandwidth", "TriStateBool": "triSta
 
 # What a field can mean to its node; NodeClass.h has the sentences.
 ROLES = {
-    "operand", "branch", "target", "entry", "next", "elements", "callee", "constantPlace", "argumentIndex", "lowerBounds", "upperBounds", "listName",
+    "operand", "operators", "branch", "target", "entry", "next", "elements", "callee", "constantPlace", "argumentIndex", "lowerBounds", "upperBounds", "listName",
     "listSlot", "isV4", "functionName", "metadata", "body", "calleeName", "cachable", "orZero",
 }
 ORDERS = {"is", "lessThan", "lessThanEq", "greaterThan", "greaterThanEq"}

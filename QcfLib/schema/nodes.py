@@ -82,7 +82,7 @@ NODES = [
     control("OrOperator", "LogicalOperator", "", "Stops at the first operand that is true."),
     control("SequentialOperator", "LogicalOperator", "", "Written ??: stops at the first operand that is known."),
     control("LogicalOperatorList", "AetNodeBase", "entry:LogicalOperator#entry next:LogicalOperatorList?#next", "A link of a chain of logical operators."),
-    control("LogicalOperatorExpression", "Expression", "expressionList:ExpressionList?#operand operatorList:LogicalOperatorList", "Operands joined by one kind of logical operator.", hand=("verifySanity",), lowered=True),
+    control("LogicalOperatorExpression", "Expression", "expressionList:ExpressionList?#operand operatorList:LogicalOperatorList#operators", "Operands joined by one kind of logical operator.", hand=("verifySanity",), lowered=True),
     control("NotExpression", "Expression", "expr:Expression#operand", "Turns true to false and both false and unknown to true.", hand=("verifySanity",), lowered=True),
     control("IfExpression", "Expression", "condition:Expression#operand thenBlock:Block#branch elseBlock:Expression?#branch", "Takes `thenBlock` when the condition is true, else `elseBlock`.", hand=("verifySanity",), effect="control", lowered=True),
     control("ReturnExpression", "Expression", "expr:Expression#operand", "Ends the enclosing function with the operand's value.", hand=("verifySanity",), effect="control", returns=True, lowered=True),

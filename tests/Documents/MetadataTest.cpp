@@ -1,4 +1,3 @@
-#include "Documents/ClassRules.h"
 #include "tests/Documents/DocumentTools.h"
 
 #include <gtest/gtest.h>
@@ -196,8 +195,8 @@ TEST(Metadata, FaultsThatReadingLetsPassAreTold) {
     }
 }
 
-// A class whose fields look like those of a list's name must have a rule for its kind.
-TEST(ClassRules, EveryFieldForASlotBelongsToAKind) {
+// A class whose fields look like those of a list's slot must say of which kind the list is.
+TEST(ClassFacts, EveryFieldForASlotBelongsToAKind) {
     for (Eval::NodeClass const & nodeClass : Eval::nodeClasses()) {
         bool hasSlot = false;
         for (Eval::FieldInfo const & field : nodeClass.fields) {
@@ -205,31 +204,30 @@ TEST(ClassRules, EveryFieldForASlotBelongsToAKind) {
                       std::string_view(field.name) == "indexInAet";
         }
         bool const isTable = std::string_view(nodeClass.name) == "RoaTableImmediate";
-        EXPECT_EQ(ClassRules::of(nodeClass).slot != nullptr, hasSlot || isTable) << nodeClass.name;
+        EXPECT_EQ(nodeClass.facts.list.has_value(), hasSlot || isTable) << nodeClass.name;
     }
 }
 
-TEST(ClassRules, AValueIsPassedInTheContainerOfItsType) {
+TEST(ClassFacts, AValueIsPassedInTheContainerOfItsType) {
     struct {
         char const * className;
-        ArgumentKind kind;
+        Eval::ArgumentKind kind;
     } const cases[] = {
-        {"Med", ArgumentKind::integer},
-        {"MedInput", ArgumentKind::integer},
-        {"IntImmediate", ArgumentKind::integer},
-        {"AggregateLinkBandwidth", ArgumentKind::bandwidth},
-        {"Aggregate", ArgumentKind::triStateBool},
-        {"PrefixListVariable", ArgumentKind::prefixList},
-        {"Community", ArgumentKind::node},
-        {"IntSetImmediate", ArgumentKind::node},
-        {"IntIs", ArgumentKind::none},
-        {"AndOperator", ArgumentKind::none},
-        {"FunctionArgumentList", ArgumentKind::none},
-        {"Function", ArgumentKind::none},
+        {"Med", Eval::ArgumentKind::integer},
+        {"MedInput", Eval::ArgumentKind::integer},
+        {"IntImmediate", Eval::ArgumentKind::integer},
+        {"AggregateLinkBandwidth", Eval::ArgumentKind::bandwidth},
+        {"Aggregate", Eval::ArgumentKind::triStateBool},
+        {"PrefixListVariable", Eval::ArgumentKind::prefixList},
+        {"Community", Eval::ArgumentKind::node},
+        {"IntSetImmediate", Eval::ArgumentKind::node},
+        {"IntIs", Eval::ArgumentKind::none},
+        {"AndOperator", Eval::ArgumentKind::none},
+        {"FunctionArgumentList", Eval::ArgumentKind::none},
+        {"Function", Eval::ArgumentKind::none},
     };
     for (auto const & each : cases) {
-        EXPECT_EQ(ClassRules::of(*Eval::findNodeClass(each.className)).argument, each.kind)
-            << each.className;
+        EXPECT_EQ(Eval::findNodeClass(each.className)->facts.argument, each.kind) << each.className;
     }
 }
 

@@ -1,6 +1,5 @@
 #include "tests/support/RandomDocument.h"
 
-#include "Documents/ClassRules.h"
 #include "tests/support/NodeMaker.h"
 
 #include <algorithm>
@@ -9,8 +8,6 @@
 namespace Qcf::test {
 
 using namespace Qcf::Eval;
-using Documents::ArgumentKind;
-using Documents::ClassRules;
 
 namespace {
 
@@ -147,16 +144,16 @@ String RandomDocument::lastStatement(Scope const & scope) {
 
 // Lists and operators that a function's own tree must not hold, or not here.
 bool RandomDocument::fits(NodeClass const & nodeClass, Scope const & scope) const {
-    ClassRules const & rules = ClassRules::of(nodeClass);
+    ClassFacts const & facts = nodeClass.facts;
     std::string_view const name = nodeClass.name;
-    if (rules.variable) {
-        return scope.variables && scope.arguments.at(kindIndex(rules.argument)) > 0;
+    if (nodeClass.fieldOf(FieldRole::argumentIndex) != nullptr) {
+        return scope.variables && scope.arguments.at(kindIndex(facts.argument)) > 0;
     }
     if (name == "FunctionCallExpression") {
         return !callees_.empty() && scope.depth > 0;
     }
-    bool const builtIn = rules.integers > 0 || rules.nodeArguments;
-    bool const returns = rules.returns && !scope.returns;
+    bool const builtIn = facts.integerArguments > 0 || facts.readsNodeArguments;
+    bool const returns = facts.returns && !scope.returns;
     bool const deep = scope.depth == 0 && isExpression(nodeClass) &&
                       std::any_of(nodeClass.fields.begin(), nodeClass.fields.end(), [](auto & f) {
                           return std::string_view(f.wants).find("Expression") == 0 ||
@@ -200,10 +197,10 @@ String RandomDocument::child(FieldInfo const & field, Scope scope) {
     if (field.optional && oneIn(4)) {
         return "null";
     }
-    scope.returns = scope.returns && Documents::passesReturn(field);
+    scope.returns = scope.returns && plays(field, FieldRole::branch);
     // Passed by reference, such a value would read the callee's frame.
     scope.variables = scope.variables && std::string_view(field.wants) != "StorageType";
-    if (auto const * link = findNodeClass(field.wants); link && ClassRules::of(*link).link) {
+    if (auto const * link = classWanted(field); link != nullptr && link->facts.isLink) {
         U32 const count = below(4);
         return count == 0 && field.optional ? "[]" : entries(*link, scope, count + 1);
     }
@@ -464,13 +461,12 @@ String RandomDocument::scalar(NodeClass const & owner, FieldInfo const & field,
          {R"({"entries":[],"useDefault":true})",
           R"({"entries":[{"name":"a","kind":1},{"name":"","kind":0},{"name":"b,c","kind":255}],)"
           R"("useDefault":false})"}}};
-    ClassRules const & rules = ClassRules::of(owner);
     std::string_view const type = field.type;
-    if (rules.slot != nullptr && std::string_view(field.name) == rules.slot->slotField) {
+    if (plays(field, FieldRole::listSlot)) {
         return {};
     }
-    if (rules.variable && type == "U8") {
-        return std::to_string(below(scope.arguments.at(kindIndex(rules.argument))));
+    if (plays(field, FieldRole::argumentIndex)) {
+        return std::to_string(below(scope.arguments.at(kindIndex(owner.facts.argument))));
     }
     if (auto const found = texts.find(type); found != texts.end()) {
         return oneOf(found->second);

@@ -1,0 +1,58 @@
+#include "Documents/Chains.h"
+
+#include "Documents/ObjectFields.h"
+#include "Documents/Words.h"
+
+namespace Qcf::Documents {
+
+using Eval::FieldRole;
+
+void Chain::append(JsonValue const & array) {
+    for (JsonValue const entry : array) {
+        links.push_back({entry, entry, std::nullopt});
+    }
+}
+
+Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
+                std::optional<JsonValue> json, Position const & position) {
+    Chain chain{classWanted(position.field)};
+    bool optional = position.field.optional;
+    for (; json && !json->isNull(); optional = true) {
+        if (json->isArray()) {
+            if (json->size() == 0 && !optional) {
+                position.fail(*json, describe(*json));
+            }
+            chain.append(*json);
+            return chain;
+        }
+        if (json->isObject() && json->find(word::reference)) {
+            chain.tail = earlier.referenced(*json, position);
+            return chain;
+        }
+        if (!json->isObject() || !json->find(word::nodeClass)) {
+            position.fail(*json, describe(*json));
+        }
+        NodeObject const link = NodeObject::of(*json, position.subject());
+        if (&link.nodeClass != chain.linkClass) {
+            position.fail(*json, link.nodeClass.name);
+        }
+        link.checkMembers();
+        chain.links.push_back({*json, link.find(FieldRole::entry), json->find(word::key)});
+        json = link.find(FieldRole::next);
+    }
+    if (!optional) {
+        position.fail(json.value_or(owner), json ? describe(*json) : "none");
+    }
+    return chain;
+}
+
+U32 addLinks(NodeBuilder & builder, Chain const & chain) {
+    U32 next = chain.tail;
+    for (auto link = chain.links.rbegin(); link != chain.links.rend(); ++link) {
+        U32 const children[] = {link->entryNumber, next};
+        next = addNode(builder, {link->place, *chain.linkClass}, children, link->key);
+    }
+    return next;
+}
+
+} // namespace Qcf::Documents
