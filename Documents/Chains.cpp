@@ -15,7 +15,7 @@ void Chain::append(JsonValue const & array) {
 
 Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
                 std::optional<JsonValue> json, Position const & position) {
-    Chain chain{classWanted(position.field)};
+    Chain chain{Eval::classWanted(position.field)};
     bool optional = position.field.optional;
     for (; json && !json->isNull(); optional = true) {
         if (json->isArray()) {

@@ -28,7 +28,7 @@ NodeClass const * listLiteralIn(FieldInfo const & field) {
     if (field.wanted == wanting(NodeKind::communitySet)) {
         return &Eval::nodeClassOf<Eval::CommunitySetImmediate>();
     }
-    NodeClass const * const nodeClass = classWanted(field);
+    NodeClass const * const nodeClass = Eval::classWanted(field);
     bool const isLiteral =
         nodeClass != nullptr && nodeClass->fieldOf(FieldRole::elements) != nullptr;
     return isLiteral ? nodeClass : nullptr;
@@ -103,7 +103,7 @@ NodeReader::Children NodeReader::readLogicalChain(NodeObject const & object) {
 
 U32 NodeReader::readChild(JsonValue const & owner, std::optional<JsonValue> const & json,
                           Position const & position) {
-    NodeClass const * const wanted = classWanted(position.field);
+    NodeClass const * const wanted = Eval::classWanted(position.field);
     if (wanted != nullptr && wanted->facts.isLink) {
         return readChain(openChain(earlier_, owner, json, position));
     }
@@ -144,7 +144,7 @@ void NodeReader::readEntry(Chain & chain, std::size_t i) {
 // A literal's other fields are left out: whether its value may be kept follows from its elements.
 U32 NodeReader::readListLiteral(JsonValue const & array, NodeClass const & literal) {
     bool const isIntSet = literal.isKind(NodeKind::intSet);
-    Chain chain{classWanted(*literal.fieldOf(FieldRole::elements))};
+    Chain chain{Eval::classWanted(*literal.fieldOf(FieldRole::elements))};
     chain.append(array);
     Position const position = chain.entryPosition();
     for (Chain::Link & link : chain.links) {

@@ -4,15 +4,13 @@
 
 /// A route of the agent: a member an attribute.
 
+#include <span>
+#include <boost/container/small_vector.hpp>
 #include "Agent/Routes/Boxed.h"
 #include "Agent/Routes/Session.h"
 #include "QcfLib/EvalResult.h"
 #include "QcfLib/QcfEvalContextGenerated.h"
 #include "QcfLib/RoutingTypes.h"
-
-#include <span>
-
-#include <boost/container/small_vector.hpp>
 
 namespace Qcf::Agent {
 
@@ -20,10 +18,7 @@ using RouteIntSet = boost::container::small_vector<U64, 16>;
 using RouteCommunitySet = boost::container::small_vector<Acl::CommunityValue, 8>;
 
 /// A set's values where they are.
-template <typename Set>
-std::span<typename Set::value_type const> viewOf(Set const & set) {
-    return {set.data(), set.size()};
-}
+template <typename Set> std::span<typename Set::value_type const> viewOf(Set const & set) { return {set.data(), set.size()}; }
 
 /// Attributes that most routes do not carry.
 struct RareAttributes {
@@ -96,8 +91,7 @@ struct Route {
 
     /// Calls `visit` with attribute `index` of routeAttributeNames() for writing.
     // NOLINTNEXTLINE(readability-function-size): a line an attribute
-    template <typename Visitor>
-    void visitAttribute(std::size_t index, Visitor && visit) {
+    template <typename Visitor> void visitAttribute(std::size_t index, Visitor && visit) {
         switch (index) {
         case 0:
             visit((*this).rareIs().adminAs);
@@ -261,8 +255,7 @@ struct Route {
     }
 
     /// Calls `visit(index, value)` for every attribute in the order of routeAttributeNames().
-    template <typename Visitor>
-    void eachAttribute(Visitor && visit) const {
+    template <typename Visitor> void eachAttribute(Visitor && visit) const {
         visit(0, rare().adminAs);
         visit(1, rare().afi);
         visit(2, rare().afiSafi);
@@ -357,65 +350,34 @@ struct RouteChanges {
     U64 weight = 0;
 
     void clear() { flags = 0; }
-    bool changed(Attribute attribute) const {
-        return ((flags >> static_cast<U8>(attribute)) & 1) != 0;
-    }
+    bool changed(Attribute attribute) const { return ((flags >> static_cast<U8>(attribute)) & 1) != 0; }
     void mark(Attribute attribute) { flags |= 1U << static_cast<U8>(attribute); }
 
     /// Calls `visit(attribute, languageName, value)` for each change.
-    template <typename Visitor>
-    void eachChange(Visitor && visit) const {
-        if (changed(Attribute::aigpAccumulationMetric))
-            visit(Attribute::aigpAccumulationMetric, "aigp.accumulation_metric",
-                  aigpAccumulationMetric);
-        if (changed(Attribute::aigpMetric))
-            visit(Attribute::aigpMetric, "aigp.metric", aigpMetric);
-        if (changed(Attribute::asPath))
-            visit(Attribute::asPath, "as_path", asPath);
-        if (changed(Attribute::prefixSidIndex))
-            visit(Attribute::prefixSidIndex, "bgp.prefix_sid.index", prefixSidIndex);
-        if (changed(Attribute::community))
-            visit(Attribute::community, "community", community);
-        if (changed(Attribute::evpnIpPrefixRouteGatewayAddr))
-            visit(Attribute::evpnIpPrefixRouteGatewayAddr, "evpn.ip_prefix_route.gateway_address",
-                  evpnIpPrefixRouteGatewayAddr);
-        if (changed(Attribute::evpnIpPrefixRouteLabel))
-            visit(Attribute::evpnIpPrefixRouteLabel, "evpn.ip_prefix_route.label",
-                  evpnIpPrefixRouteLabel);
-        if (changed(Attribute::extCommunity))
-            visit(Attribute::extCommunity, "ext_community", extCommunity);
-        if (changed(Attribute::recmpState))
-            visit(Attribute::recmpState, "fec.recmp", recmpState);
-        if (changed(Attribute::tag))
-            visit(Attribute::tag, "igp.tag", tag);
-        if (changed(Attribute::isisLevel))
-            visit(Attribute::isisLevel, "isis.levels", isisLevel);
-        if (changed(Attribute::isisMetric))
-            visit(Attribute::isisMetric, "isis.metric", isisMetric);
-        if (changed(Attribute::largeCommunity))
-            visit(Attribute::largeCommunity, "large_community", largeCommunity);
-        if (changed(Attribute::localPref))
-            visit(Attribute::localPref, "local_preference", localPref);
-        if (changed(Attribute::med))
-            visit(Attribute::med, "med", med);
-        if (changed(Attribute::nextHop))
-            visit(Attribute::nextHop, "next_hop", nextHop);
-        if (changed(Attribute::nextHopBestPathMetric))
-            visit(Attribute::nextHopBestPathMetric, "next_hop_best_path_metric",
-                  nextHopBestPathMetric);
-        if (changed(Attribute::origin))
-            visit(Attribute::origin, "origin", origin);
-        if (changed(Attribute::resolutionRibs))
-            visit(Attribute::resolutionRibs, "resolution_ribs", resolutionRibs);
-        if (changed(Attribute::ribPreference))
-            visit(Attribute::ribPreference, "rib.preference", ribPreference);
-        if (changed(Attribute::routePriority))
-            visit(Attribute::routePriority, "route.priority", routePriority);
-        if (changed(Attribute::originValidationState))
-            visit(Attribute::originValidationState, "rpki.origin_as_validity",
-                  originValidationState);
-        if (changed(Attribute::weight))
-            visit(Attribute::weight, "weight", weight);
+    template <typename Visitor> void eachChange(Visitor && visit) const {
+        if (changed(Attribute::aigpAccumulationMetric)) visit(Attribute::aigpAccumulationMetric, "aigp.accumulation_metric", aigpAccumulationMetric);
+        if (changed(Attribute::aigpMetric)) visit(Attribute::aigpMetric, "aigp.metric", aigpMetric);
+        if (changed(Attribute::asPath)) visit(Attribute::asPath, "as_path", asPath);
+        if (changed(Attribute::prefixSidIndex)) visit(Attribute::prefixSidIndex, "bgp.prefix_sid.index", prefixSidIndex);
+        if (changed(Attribute::community)) visit(Attribute::community, "community", community);
+        if (changed(Attribute::evpnIpPrefixRouteGatewayAddr)) visit(Attribute::evpnIpPrefixRouteGatewayAddr, "evpn.ip_prefix_route.gateway_address", evpnIpPrefixRouteGatewayAddr);
+        if (changed(Attribute::evpnIpPrefixRouteLabel)) visit(Attribute::evpnIpPrefixRouteLabel, "evpn.ip_prefix_route.label", evpnIpPrefixRouteLabel);
+        if (changed(Attribute::extCommunity)) visit(Attribute::extCommunity, "ext_community", extCommunity);
+        if (changed(Attribute::recmpState)) visit(Attribute::recmpState, "fec.recmp", recmpState);
+        if (changed(Attribute::tag)) visit(Attribute::tag, "igp.tag", tag);
+        if (changed(Attribute::isisLevel)) visit(Attribute::isisLevel, "isis.levels", isisLevel);
+        if (changed(Attribute::isisMetric)) visit(Attribute::isisMetric, "isis.metric", isisMetric);
+        if (changed(Attribute::largeCommunity)) visit(Attribute::largeCommunity, "large_community", largeCommunity);
+        if (changed(Attribute::localPref)) visit(Attribute::localPref, "local_preference", localPref);
+        if (changed(Attribute::med)) visit(Attribute::med, "med", med);
+        if (changed(Attribute::nextHop)) visit(Attribute::nextHop, "next_hop", nextHop);
+        if (changed(Attribute::nextHopBestPathMetric)) visit(Attribute::nextHopBestPathMetric, "next_hop_best_path_metric", nextHopBestPathMetric);
+        if (changed(Attribute::origin)) visit(Attribute::origin, "origin", origin);
+        if (changed(Attribute::resolutionRibs)) visit(Attribute::resolutionRibs, "resolution_ribs", resolutionRibs);
+        if (changed(Attribute::ribPreference)) visit(Attribute::ribPreference, "rib.preference", ribPreference);
+        if (changed(Attribute::routePriority)) visit(Attribute::routePriority, "route.priority", routePriority);
+        if (changed(Attribute::originValidationState)) visit(Attribute::originValidationState, "rpki.origin_as_validity", originValidationState);
+        if (changed(Attribute::weight)) visit(Attribute::weight, "weight", weight);
     }
 };
 
