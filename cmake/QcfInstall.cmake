@@ -1,4 +1,4 @@
-# What `cmake --install` puts down: the libraries with their headers, and a package that
+# What `cmake --install` puts down: the libraries with their public headers, and a package that
 # find_package(Qcf [COMPONENTS Documents Lists Agent Mirror]) reads. The engine is one export set, every
 # component another, so that nothing is looked for unasked.
 include(CMakePackageConfigHelpers)
@@ -9,7 +9,8 @@ function(qcf_install set)
     set(found FALSE)
     foreach(library IN LISTS ARGN)
         if(TARGET ${library})
-            install(TARGETS ${library} EXPORT ${set} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            install(TARGETS ${library} EXPORT ${set} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf)
             set(found TRUE)
         endif()
     endforeach()
@@ -23,17 +24,6 @@ qcf_install(QcfDocumentsTargets QcfDocuments)
 qcf_install(QcfListsTargets QcfLists)
 qcf_install(QcfAgentTargets QcfAgent)
 qcf_install(QcfMirrorTargets QcfMirror)
-
-foreach(folder Platform Documents Lists Agent Mirror)
-    install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder}
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf
-        FILES_MATCHING PATTERN "*.h")
-endforeach()
-# Of the engine the public headers, which stand outside its wings.
-file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/QcfLib/*.h)
-install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf/QcfLib)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/QcfLib/ClientPlugin
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qcf/QcfLib FILES_MATCHING PATTERN "*.h")
 
 configure_package_config_file(cmake/QcfConfig.cmake.in ${PROJECT_BINARY_DIR}/QcfConfig.cmake
     INSTALL_DESTINATION ${qcfPackageDir})

@@ -1,9 +1,10 @@
-# qcf_library(NAME DIRECTORIES dir... [LINKS target...])
+# qcf_library(NAME DIRECTORIES dir... [PUBLIC header...] [LINKS target...])
 #
 # A static library of every .cpp file of the folders, which are relative to the caller's. It is
-# exported as Qcf::NAME. A folder that holds no source yet makes no target.
+# exported as Qcf::NAME and installed with its PUBLIC headers (patterns, relative as well), which
+# must not reach any other. A folder that holds no source yet makes no target.
 function(qcf_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DIRECTORIES;LINKS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DIRECTORIES;PUBLIC;LINKS")
     list(TRANSFORM arg_DIRECTORIES APPEND "/*.cpp" OUTPUT_VARIABLE patterns)
     list(TRANSFORM patterns PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
     file(GLOB sources CONFIGURE_DEPENDS ${patterns})
@@ -19,6 +20,14 @@ function(qcf_library name)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qcf>)
+    foreach(pattern IN LISTS arg_PUBLIC)
+        file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${pattern})
+        if(NOT headers)
+            message(FATAL_ERROR "${name}: there is no public header ${pattern}")
+        endif()
+        target_sources(${name} PUBLIC FILE_SET HEADERS
+            BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
+    endforeach()
     qcf_link(${name} PUBLIC ${arg_LINKS})
 endfunction()
 
