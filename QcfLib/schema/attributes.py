@@ -7,7 +7,7 @@ default where they are not 0 and "none". `initial` is what a context reads that 
 `common` attributes are what every BGP route carries: the agent's Route holds them in place.
 
 A row of DERIVED is a value computed from a source attribute; it gets an Input twin when its source
-has one. `compute` names the helper in QcfEvalAttributeTypes.cpp.
+has one. `compute` names the helper in Context/AttributeValues.h.
 
 Accessor order, flag order, flush order, attribute-set bits and collection order follow from the
 names; generate.py sorts.
