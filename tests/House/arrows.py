@@ -90,6 +90,13 @@ def privateReached(files):
     return found
 
 
+def privateUsed(files):
+    """Files of other floors, and examples, that include a private header of the engine."""
+    return sorted((source.path, target) for source in files.values()
+                  if source.folder in {*FLOORS, "examples"} - {ENGINE} for target in source.includes
+                  if files[target].folder == ENGINE and not files[target].isPublic)
+
+
 def circles(graph):
     """The circles of a graph (node to set of nodes): its strongly connected parts of two or more."""
     index, low, stack, onStack, parts = {}, {}, [], set(), []

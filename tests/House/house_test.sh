@@ -27,7 +27,7 @@ file QcfLib/Public.h QcfLib/Nodes/Low.h
 file QcfLib/Nodes/Low.h QcfLib/Plan/High.h
 file QcfLib/Plan/High.h
 file Platform/Framework/Base.h Documents/Top.h
-file Documents/Top.h
+file Documents/Top.h QcfLib/Nodes/Low.h
 file Mirror/One.h Mirror/Two.h
 file Mirror/Two.h
 file Mirror/Two.cpp Mirror/One.h
@@ -38,6 +38,7 @@ python3 -B "$here/count.py" --check "$work/tree" >"$work/out" && fail "a broken 
 for told in "an arrow up in QcfLib: QcfLib/Nodes/Low includes QcfLib/Plan/High" \
     "an arrow up: Platform/Framework/Base.h includes Documents/Top.h" \
     "public QcfLib/Public.h reaches private QcfLib/Plan/High.h" \
+    "Documents/Top.h includes private QcfLib/Nodes/Low.h" \
     "a circle: One, Two" \
     "46 arrows between the wings of QcfLib"; do
     grep -qF "$told" "$work/out" || fail "not told: $told"
