@@ -5,11 +5,20 @@
 #include <span>
 #include <vector>
 
+/// Looking through functions for what is hardly meant, although it can be evaluated.
+///
+/// What is told is certain: where it depends on the route, or is not known, nothing is said.
+///
+///     Places places;
+///     Program const program = readProgramFile(path, {&places});
+///     for (Remark const & remark : analyse(program.functions))
+///         std::cerr << places.of(*remark.node, *remark.function) << ": " << remark.text << '\n';
 namespace Qcf::Documents {
 
-/// Something about a function that is hardly meant, although it can be evaluated.
+/// One thing that is hardly meant.
 ///
-/// It names nodes, not places: whoever knows where the nodes were written adds those.
+/// It names nodes, not places: whoever knows where the nodes were written adds those. The nodes are
+/// those of the functions looked through, and live as long as these.
 struct Remark {
     enum class Kind : U8 {
         endsWithoutReturn, ///< an outermost function can end without `return`
@@ -29,10 +38,12 @@ struct Remark {
 char const * remarkName(Remark::Kind kind);
 
 /// Looks through functions, which are those of one document or policy text, each by itself, for
-/// what is hardly meant: function by function and node by node in the order of the text.
+/// what is hardly meant: function by function and node by node in the order of the text. A node
+/// that stands in several places is looked at in the first. Takes time in proportion to the nodes,
+/// however often they are shared.
 std::vector<Remark> analyse(std::span<PtrConst<Eval::Function> const> functions);
 
-/// For each of the functions, whether it is outermost: none of them calls it.
+/// For each of the functions, in their order, whether it is outermost: none of them calls it.
 std::vector<bool> outermostOf(std::span<PtrConst<Eval::Function> const> functions);
 
 } // namespace Qcf::Documents

@@ -5,6 +5,7 @@
 
 namespace Qcf::Documents {
 
+using Eval::classWanted;
 using Eval::FieldRole;
 
 void Chain::append(JsonValue const & array) {
@@ -26,7 +27,7 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
             return chain;
         }
         if (json->isObject() && json->find(word::reference)) {
-            chain.tail = earlier.referenced(*json, position);
+            chain.tail = earlier.findReferenced(*json, position);
             return chain;
         }
         if (!json->isObject() || !json->find(word::nodeClass)) {

@@ -15,6 +15,7 @@ namespace Qcf::Documents {
 ///         link.entryNumber = ...; // the node of link.entry
 ///     U32 const head = addLinks(builder, chain);
 struct Chain {
+    /// A link before it is made.
     struct Link {
         JsonValue place;                     ///< the link, where that is written
         std::optional<JsonValue> entry;      ///< what it carries; nothing when that is left out
@@ -22,6 +23,7 @@ struct Chain {
         U32 entryNumber = NodeBuilder::none; ///< the node of the entry, once it is read
     };
 
+    /// Of the links, which are all alike.
     Eval::NodeClass const * linkClass;
     std::vector<Link> links = {};
     U32 tail = NodeBuilder::none; ///< links that stand elsewhere

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+/// What can be said of predicates and constants without a route, from the ranges of attributes. All
+/// functions look at the node given and its operands; they walk no tree and keep nothing.
 namespace Qcf::Documents {
 
 /// Whether a predicate is true for every route or (false) for none; nothing where that depends, or

@@ -26,27 +26,33 @@ public:
     }
 
 private:
+    /// What a node's object says of a list's slot: it counts only where no metadata do.
     struct GivenSlot {
         ListMention list;
         U64 slot;
     };
 
+    // Functions and nodes wherever they stand, each with what stands below.
     void scanMetadata(JsonValue const & function);
     void scanEntry(JsonValue const & node);
     void scan(JsonValue const & json);
     void scanObject(JsonValue const & json);
     void scanNode(NodeObject const & node);
     void scanCall(NodeObject const & call);
+    /// Of the entry that is looked at: it can be read after so many functions.
     void waitFor(std::size_t functions) { wait_ = std::max(wait_, functions); }
 
     ListNames & names_;
     std::vector<GivenSlot> givenSlots_;
+    /// By the number of functions.
     std::vector<std::vector<JsonValue>> waiting_;
-    // How many functions must be read before a call of that name or a reference to that key.
+    /// How many functions must be read before a call of that name.
     std::unordered_map<String, std::size_t> waitByName_;
+    /// The same before a reference to that key.
     std::unordered_map<U64, std::size_t> waitByKey_;
-    // Of the entry that is looked at.
+    /// Of the entry that is looked at: the functions that it waits for.
     std::size_t wait_ = 0;
+    /// And the keys that it gives to nodes.
     std::vector<U64> keys_;
 };
 

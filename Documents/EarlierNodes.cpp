@@ -8,7 +8,7 @@ namespace Qcf::Documents {
 using Eval::FieldRole;
 using Eval::Function;
 
-U32 EarlierNodes::referenced(JsonValue const & json, Position const & position) const {
+U32 EarlierNodes::findReferenced(JsonValue const & json, Position const & position) const {
     JsonValue const reference = *json.find(word::reference);
     U64 const key = reference.expectU64(1);
     if (json.size() != 1) {
@@ -31,7 +31,7 @@ U32 EarlierNodes::referenced(JsonValue const & json, Position const & position) 
     return *number;
 }
 
-U32 EarlierNodes::called(JsonValue const & call, Position const & position) const {
+U32 EarlierNodes::findCalled(JsonValue const & call, Position const & position) const {
     Position const naming = Position::of(position.owner, FieldRole::calleeName);
     auto const name = call.find(naming.field.name);
     if (!name || !name->isString()) {

@@ -13,15 +13,18 @@ namespace Qcf::Documents {
 /// names. An entry that could not be read is remembered too, so that whoever refers to it is told
 /// so, and not that there is no such thing.
 ///
-/// Answers are node numbers of the builder, which must outlive this. Failures are DocumentErrors.
+/// Answers are node numbers of the builder, which must outlive this. Failures are DocumentErrors at
+/// the place that refers.
+///
+/// A function can be called from where it is read on, so that calls never go round in a circle.
 class EarlierNodes {
 public:
     explicit EarlierNodes(NodeBuilder & builder) : builder_(builder) {}
 
     /// The node that `json`, an object with the member `ref`, refers to and that may stand there.
-    U32 referenced(JsonValue const & json, Position const & position) const;
+    U32 findReferenced(JsonValue const & json, Position const & position) const;
     /// The function that a call names. `call` is the object of the call, `position` its callee's.
-    U32 called(JsonValue const & call, Position const & position) const;
+    U32 findCalled(JsonValue const & call, Position const & position) const;
 
     /// Lets calls name the function of that number. Fails where another one has its name.
     void addFunction(NodeObject const & object, U32 number);
@@ -29,10 +32,13 @@ public:
     void addUnread(JsonValue const & json);
 
 private:
+    /// The same of one object alone.
     void addUnreadObject(JsonValue const & json);
 
     NodeBuilder & builder_;
-    std::unordered_map<String, U32> functions_; ///< by name
+    /// Numbers of functions by their names.
+    std::unordered_map<String, U32> functions_;
+    /// Names and keys that stand in entries that could not be read.
     std::unordered_set<String> unreadFunctions_;
     std::unordered_set<U64> unreadKeys_;
 };

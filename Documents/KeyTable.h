@@ -12,8 +12,16 @@ namespace Qcf::Documents {
 
 /// Node numbers by key. Most documents give keys in rising order, which costs no hash table, and
 /// most of those leave few out, so that a key tells about where it stands.
+///
+/// Sixteen bytes a node and a look-up of two or three steps for keys without large gaps; never more
+/// than the logarithm of the count while keys rise, and a hash table's for the others. Keys are
+/// never taken out.
+///
+///     KeyTable numbers(program.nodes);
+///     std::optional<U32> const number = numbers.find(child->aetNodeKey());
 class KeyTable {
 public:
+    /// Without any key.
     KeyTable() = default;
     /// Numbers the nodes that a list points to from 0 on; their keys differ.
     template <typename Nodes>
@@ -24,6 +32,7 @@ public:
         }
     }
 
+    /// The number under that key; nothing when there is none.
     std::optional<U32> find(U64 key) const {
         if (rising_.empty() || key < rising_.front().first || key > rising_.back().first) {
             return stray(key);
@@ -33,7 +42,7 @@ public:
         return at != last && at->first == key ? std::optional(at->second) : stray(key);
     }
 
-    /// The key must be new.
+    /// The key must be new; numbers may be any. Cheapest when it is above all others.
     void insert(U64 key, U32 number) {
         if (rising_.empty() || key > rising_.back().first) {
             rising_.emplace_back(key, number);
@@ -46,9 +55,11 @@ public:
     U64 largest() const { return rising_.empty() ? 0 : rising_.back().first; }
 
 private:
+    /// Keys above all before them, with their numbers.
     using Rising = std::vector<std::pair<U64, U32>>;
     using Place = Rising::const_iterator;
 
+    /// Among those that came out of order.
     std::optional<U32> stray(U64 key) const {
         auto const found = strays_.find(key);
         return found == strays_.end() ? std::nullopt : std::optional(found->second);
@@ -72,9 +83,11 @@ private:
         }
         return {rising_.begin() + low, rising_.begin() + high + 1};
     }
+    /// Of the rising ones.
     U64 keyAt(std::ptrdiff_t at) const { return rising_[static_cast<std::size_t>(at)].first; }
 
     Rising rising_;
+    /// The keys that came behind a larger one.
     std::unordered_map<U64, U32> strays_;
 };
 

@@ -27,7 +27,7 @@ String metadataName() {
 // Slot 0 selects nothing, so any number of names may have it.
 bool ListNames::take(SlotKind kind, String const & name, U16 slot) {
     if (slot != 0) {
-        auto const [at, isNew] = known(kind).taken.emplace(slot, name);
+        auto const [at, isNew] = ofKind(kind).taken.emplace(slot, name);
         if (!isNew && at->second != name) {
             return false;
         }
@@ -45,7 +45,7 @@ void ListNames::metadataIs(JsonValue const & place, FunctionMetadata const & met
                 failSlot(place, info, name, slot, "slot " + std::to_string(before->second));
             }
             if (!take(info.kind, name, slot)) {
-                String const & other = known(info.kind).taken.at(slot);
+                String const & other = ofKind(info.kind).taken.at(slot);
                 failSlot(place, info, name, slot, '"' + oneLine(other, 60) + "\" there");
             }
         }
@@ -60,8 +60,8 @@ void ListNames::slotIs(SlotKind kind, String const & name, U64 slot) {
 }
 
 U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
-    auto const & taken = known(kind).taken;
-    U32 & last = known(kind).lastCounted;
+    auto const & taken = ofKind(kind).taken;
+    U32 & last = ofKind(kind).lastCounted;
     do {
         ++last;
     } while (last <= largestSlot && taken.contains(static_cast<U16>(last)));
@@ -72,7 +72,7 @@ U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
 }
 
 U32 ListNames::use(JsonValue const & place, SlotKind kind, String const & name) {
-    auto const [at, isNew] = known(kind).uses.emplace(name, static_cast<U32>(uses_.size()));
+    auto const [at, isNew] = ofKind(kind).uses.emplace(name, static_cast<U32>(uses_.size()));
     if (!isNew) {
         return uses_[at->second].set;
     }

@@ -16,9 +16,14 @@ namespace Qcf::Documents {
 ///
 /// Which names a tree uses is known by the number of a set: joining two sets costs nothing, and
 /// only a function's set is ever gone through. Failures are DocumentErrors at the place given.
+///
+///     U32 const own = names.use(place, SlotKind::commList, "customers");
+///     U32 const all = names.join(own, names.use(place, SlotKind::tagSet, "core"));
+///     FunctionMetadata const metadata = names.metadataOf(place, all); // both, with their slots
 class ListNames {
 public:
-    /// Joins the metadata of a function, given at `place`. Fails on a contradiction.
+    /// Joins the metadata of a function, given at `place`. Fails when a name has another slot
+    /// elsewhere in the document, or the slot another name.
     void metadataIs(JsonValue const & place, FunctionMetadata const & metadata);
     /// Notes that a node gives a list this slot. Call for all nodes before the first `use`.
     void slotIs(SlotKind kind, String const & name, U64 slot);
@@ -26,7 +31,7 @@ public:
     /// Notes that the node at `place` uses a list; answers the set of just this name. Fails when no
     /// slot is left for it.
     U32 use(JsonValue const & place, SlotKind kind, String const & name);
-    /// The slot of a name that was used.
+    /// The slot of a name that was used; 0, which selects nothing, for any other.
     U16 slotOf(SlotKind kind, String const & name) const;
 
     /// The set of the names of both; 0 is the empty set.
@@ -37,16 +42,20 @@ public:
 
     /// All names with slots.
     FunctionMetadata const & slots() const { return slots_; }
+    /// Each name once, in the order of first use.
     std::vector<NamedList> const & lists() const { return lists_; }
 
 private:
     /// A set is a name, or two sets joined.
     struct Set {
-        U32 use; ///< position in uses_; ~0 when joined
+        /// Position in uses_; ~0 when joined.
+        U32 use;
         U32 left;
         U32 right;
-        U32 visit; ///< the last walk that came by
+        /// The last walk that came by, so that each goes over a set once.
+        U32 visit;
     };
+    /// A name that some node uses.
     struct Use {
         SlotKind kind;
         String name;
@@ -60,8 +69,10 @@ private:
         U32 lastCounted = 0;
     };
 
-    Kind & known(SlotKind kind) { return kinds_[static_cast<std::size_t>(kind)]; }
+    Kind & ofKind(SlotKind kind) { return kinds_[static_cast<std::size_t>(kind)]; }
+    /// Gives the name this slot; false when that is another name's.
     bool take(SlotKind kind, String const & name, U16 slot);
+    /// The next one that no name has.
     U16 nextSlot(JsonValue const & place, SlotKind kind);
 
     FunctionMetadata slots_;

@@ -117,7 +117,6 @@ constexpr LiteralRule literalRules[] = {
 
 } // namespace
 
-/// The attribute that a text names, if it may stand there.
 std::optional<U32> Literals::attribute(JsonValue const & json, Position const & position) {
     NodeClass const * const nodeClass = json.isString() ? findAttribute(json.asString()) : nullptr;
     if (nodeClass == nullptr) {

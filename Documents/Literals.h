@@ -11,17 +11,22 @@ namespace Qcf::Documents {
 /// `true` for a predicate, `"med"` for a route attribute, `"or"` for a logical operator. Literal
 /// lists and sets hold nodes, so that NodeReader reads them.
 ///
+/// A value means nothing by itself: `5` is a constant integer where an integer is wanted, and a
+/// bandwidth where one of those is.
+///
 /// Answers are node numbers of the builder, which must outlive this. Failures are DocumentErrors.
 class Literals {
 public:
     explicit Literals(NodeBuilder & builder) : builder_(builder) {}
 
-    /// The node that the value stands for.
+    /// The node that the value stands for. Attributes come first: a text that is the name of one
+    /// which may stand there is nothing else.
     U32 read(JsonValue const & json, Position const & position);
     /// The same for a text within an integer set's array, where communities stand for integers.
     U32 readSetElement(JsonValue const & text, Position const & position);
 
 private:
+    /// The attribute that a text names; nothing where it is none, or may not stand there.
     std::optional<U32> attribute(JsonValue const & json, Position const & position);
 
     NodeBuilder & builder_;

@@ -13,7 +13,7 @@ using Eval::FieldInfo;
 
 U64 NodeBuilder::keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const {
     if (!given) {
-        U64 const largest = std::max(keys_.largest(), largestUnread_);
+        U64 const largest = std::max(table_.largestKey(), largestUnread_);
         if (largest == ~U64{0}) {
             place.fail("", "key above 18446744073709551615", "none that is larger");
         }
@@ -40,7 +40,7 @@ U32 NodeBuilder::namesOf(Node const & node, std::span<U32 const> children, U32 o
         if (field.isNode()) {
             U32 const number = *child++;
             bool const isCallee = plays(field, Eval::FieldRole::callee);
-            names = names_.join(names, number == none || isCallee ? 0 : facts_[number].names);
+            names = names_.join(names, number == none || isCallee ? 0 : table_.facts(number).names);
         }
     }
     return names;
@@ -50,7 +50,7 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
                      bool keyGiven, U32 names) {
     boost::container::small_vector<NodeFacts const *, 4> theirs;
     for (U32 const child : children) {
-        theirs.push_back(child == none ? nullptr : &facts_[child]);
+        theirs.push_back(child == none ? nullptr : &table_.facts(child));
     }
     FactsOfChildren const factsOfChildren(theirs.data(), theirs.size());
     bool const shared = node->typeData().facts.isShared;
@@ -64,15 +64,12 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     NodeFacts facts = Documents::factsOf(*node, factsOfChildren);
     facts.structure = structure;
     facts.names = namesOf(*node, children, names);
-    checkNode(place, *node, factsOfChildren, facts, *this);
+    checkNode(place, *node, factsOfChildren, facts, table_);
     if (!factsOfChildren.empty() && factsOfChildren[0] != nullptr) {
         keepConstant(place, *node, *factsOfChildren[0]);
     }
 
-    auto const number = static_cast<U32>(nodes_.size());
-    keys_.insert(node->aetNodeKey(), number);
-    nodes_.push_back(node);
-    facts_.push_back(facts);
+    U32 const number = table_.add(node, facts);
     noteNode(number, place);
     if (shared && !known) {
         firstOf_.push_back(number);
@@ -82,7 +79,7 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
 
 void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
     if (places_ != nullptr) {
-        places_->note(*nodes_[number], place);
+        places_->note(*table_.node(number), place);
     }
 }
 
@@ -90,7 +87,7 @@ void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & no
                              std::span<U32 const> children) const {
     U32 below = 0;
     for (U32 const child : children) {
-        below = std::max(below, child == none ? 0 : nodes_[child]->treeDepth());
+        below = std::max(below, child == none ? 0 : table_.node(child)->treeDepth());
     }
     U32 const own = nodeClass.effects.isLevel ? 1 : 0;
     if (below + own > Eval::maximumTreeDepth) {

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Documents/KeyTable.h"
 #include "Documents/ListNames.h"
-#include "Documents/NodeFacts.h"
+#include "Documents/NodeTable.h"
 #include "Documents/StructureTable.h"
 #include "Platform/Render/JsonDocument.h"
 
@@ -18,10 +17,16 @@ class Places;
 /// nodes one, keeps what is known of each, and refuses trees that could not be evaluated.
 ///
 /// Nodes are known by their number in the order in which they were taken in. Failures are
-/// DocumentErrors at the place given.
+/// DocumentErrors at the place given; the nodes before stay as they are. Used by one thread at a
+/// time.
+///
+///     U64 const key = builder.keyFor(place, std::nullopt);
+///     U32 const number = builder.add(place, exitExpressionFactory(key, operand), children, false);
+///     builder.facts(number).reads; // attributes that evaluating it reads
 class NodeBuilder {
 public:
     using Node = Eval::AetNodeBase;
+    /// Stands for no node where a number is wanted.
     static constexpr U32 none = ~U32{0};
 
     /// `places` may be null. Both must outlive this.
@@ -46,36 +51,37 @@ public:
             bool keyGiven, U32 names = 0);
 
     /// The number of the node under that key.
-    std::optional<U32> find(U64 key) const { return keys_.find(key); }
+    std::optional<U32> find(U64 key) const { return table_.find(key); }
 
     /// The names of lists in the document.
     ListNames & names() { return names_; }
 
-    PtrConst<Node> const & node(U32 number) const { return nodes_[number]; }
-    /// What is known of a node beside the node itself.
-    NodeFacts const & facts(U32 number) const { return facts_[number]; }
-    NodeFacts const & factsOf(Node const & node) const { return facts_[*find(node.aetNodeKey())]; }
+    /// A node by its number.
+    PtrConst<Node> const & node(U32 number) const { return table_.node(number); }
+    /// What is known of a node beside the node itself. Holds until the next node is taken in.
+    NodeFacts const & facts(U32 number) const { return table_.facts(number); }
 
     /// All nodes in the order of their numbers; ends the builder's use.
-    std::vector<PtrConst<Node>> takeNodes() { return std::move(nodes_); }
+    std::vector<PtrConst<Node>> takeNodes() { return table_.takeNodes(); }
 
 private:
     using FactsOfChildren = std::span<NodeFacts const * const>;
 
     void noteNode(U32 number, JsonValue const & place);
+    /// The number of a shared node's content.
     U32 structureOf(Node const & node, FactsOfChildren children);
+    /// The set of the names that the tree uses, `own` those of the node alone.
     U32 namesOf(Node const & node, std::span<U32 const> children, U32 own);
+    /// Keeps the value of a literal whose elements are constants, as evaluation expects it.
     void keepConstant(JsonValue const & place, Node const & node, NodeFacts const & elements);
 
     ListNames & names_;
     Places * places_;
-    KeyTable keys_;
+    NodeTable table_;
     U64 largestUnread_ = 0;
     StructureTable structures_;
     std::vector<U32> firstOf_; ///< by structure - 1: the node that stands for equal ones
-    std::vector<PtrConst<Node>> nodes_;
-    std::vector<NodeFacts> facts_;
-    String content_; ///< kept for its storage
+    String content_;           ///< kept for its storage
     U64 constantElements_ = 0;
 };
 

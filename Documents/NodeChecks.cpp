@@ -1,6 +1,5 @@
 #include "Documents/NodeChecks.h"
 
-#include "Documents/NodeBuilder.h"
 #include "Documents/Position.h"
 #include "Documents/Program.h"
 
@@ -77,11 +76,11 @@ void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
 class CallCheck {
 public:
     CallCheck(JsonValue const & place, FunctionCallExpression const & call,
-              NodeBuilder const & builder)
+              NodeTable const & earlier)
         : place_(place),
           call_(call),
-          builder_(builder),
-          needs_(builder.factsOf(*call.calleePtr()).needs) {}
+          earlier_(earlier),
+          needs_(earlier.factsOf(*call.calleePtr()).needs) {}
 
     /// Adds to the needs of the caller what its own arguments are passed on for.
     void check(ArgumentNeeds & callersNeeds) {
@@ -147,7 +146,7 @@ private:
                         String(wanted.name) + " as reference argument " + std::to_string(position),
                         entry.typeData().name);
         }
-        lengths_[position] = builder_.factsOf(entry).length;
+        lengths_[position] = earlier_.factsOf(entry).length;
     }
 
     static bool isNarrow(U64 value) { return value <= 0xFFFFFFFF; }
@@ -163,7 +162,7 @@ private:
 
     JsonValue const & place_;
     FunctionCallExpression const & call_;
-    NodeBuilder const & builder_;
+    NodeTable const & earlier_;
     ArgumentNeeds const & needs_;
     std::array<std::size_t, 6> counts_{};
     std::array<U32, 3> lengths_{};
@@ -179,7 +178,7 @@ bool chainMatches(AetNodeBase const & chain, Children children) {
 } // namespace
 
 void checkNode(JsonValue const & place, AetNodeBase const & node, Children children,
-               NodeFacts & facts, NodeBuilder const & builder) {
+               NodeFacts & facts, NodeTable const & earlier) {
     checkExtent(place, node, facts);
     checkOperands(place, node, children);
     if (is<IntInImmediateSetWithRanges>(node)) {
@@ -189,7 +188,7 @@ void checkNode(JsonValue const & place, AetNodeBase const & node, Children child
     } else if (auto const * const link = as<FunctionArgumentList>(node)) {
         checkArgument(place, *link, *children[0]);
     } else if (auto const * const call = as<FunctionCallExpression>(node)) {
-        CallCheck(place, *call, builder).check(facts.needs);
+        CallCheck(place, *call, earlier).check(facts.needs);
     } else if (is<LogicalOperatorExpression>(node)) {
         facts.dumpable = facts.dumpable && chainMatches(node, children);
     }

@@ -1,17 +1,19 @@
 #pragma once
 
-#include "Documents/NodeFacts.h"
+#include "Documents/NodeTable.h"
 #include "Platform/Render/JsonDocument.h"
 
 namespace Qcf::Documents {
 
-class NodeBuilder;
-
-/// Refuses, with a failure at `place`, a node that evaluation would stop the process at or that is
-/// beyond the limits on trees. Completes what `facts` say about calls and logical chains.
-/// `children` stand in the order of the node's fields.
+/// Refuses, with a DocumentError at `place`, a node that evaluation would stop the process at or
+/// that is beyond the limits on trees: an operand that returns, a call whose arguments are not
+/// those that its callee reads, bounds of ranges that do not match. Whatever passes can be
+/// evaluated.
+///
+/// Completes what `facts`, which are the node's own, say about calls and logical chains. `children`
+/// stand in the order of the node's fields, null for absent ones. `earlier` has all nodes below.
 void checkNode(JsonValue const & place, Eval::AetNodeBase const & node,
                std::span<NodeFacts const * const> children, NodeFacts & facts,
-               NodeBuilder const & builder);
+               NodeTable const & earlier);
 
 } // namespace Qcf::Documents

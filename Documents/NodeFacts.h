@@ -7,34 +7,51 @@
 
 namespace Qcf::Documents {
 
-/// How many arguments of each type a tree reads from its frame.
+/// How many arguments of each type a tree reads from its frame: one more than the largest index.
+/// Who calls a function must pass at least as many.
 struct ArgumentNeeds {
     U16 integers = 0;
     U16 bandwidths = 0;
     U16 triStateBools = 0;
     U16 prefixLists = 0;
-    bool nodes = false; ///< singletons and bounds of ranges, by reference
+    /// Singletons and bounds of ranges, by reference.
+    bool nodes = false;
     /// Integer arguments, by position, whose values must fit 32 bits.
     U64 narrowIntegers = 0;
 
+    /// Whether it reads any.
     bool any() const;
+    /// Raises these to what reading both needs.
     void add(ArgumentNeeds const & other);
 };
 
 /// What the reader keeps of a node beside the node, so that nothing has to walk a tree: all of it
-/// follows from the node's class and its children's facts.
+/// follows from the node's class and its children's facts. Of the whole tree from the node down,
+/// unless something else is said; what stands in a called function is that function's own, its size
+/// excepted.
 struct NodeFacts {
-    U64 size = 1;      ///< nodes of the tree, shared ones counted at each place; saturating
-    U64 reads = 0;     ///< bits of AttributeSet
-    U32 writes = 0;    ///< bits of ModifiableAttributeSet
-    U32 structure = 0; ///< equal for equal shared nodes; 0 for others
-    U32 names = 0;     ///< the set of list names used, see ListNames
-    U32 length = 0;    ///< of chains: links from this one on; of literal lists and sets: elements
+    /// Nodes of the tree, shared ones and called functions counted at each place; saturating.
+    U64 size = 1;
+    /// Attributes that are read, as bits of AttributeSet.
+    U64 reads = 0;
+    /// Attributes that are written, as bits of ModifiableAttributeSet.
+    U32 writes = 0;
+    /// The number of its content: equal for equal shared nodes; 0 for others.
+    U32 structure = 0;
+    /// The set of list names used, see ListNames.
+    U32 names = 0;
+    /// Of chains: links from this one on. Of literal lists and sets: elements. Else 0.
+    U32 length = 0;
+    /// What it reads of its function's arguments.
     ArgumentNeeds needs;
-    bool constant = false; ///< a constant element, or a chain of them
-    bool returns = false;  ///< evaluating it can yield a return
-    bool onFrame = false;  ///< its value depends on the frame
-    bool dumpable = true;  ///< operands and operators of its logical chains match
+    /// A constant element, or a chain of them.
+    bool constant = false;
+    /// Evaluating it can yield a return.
+    bool returns = false;
+    /// Its value depends on the frame.
+    bool onFrame = false;
+    /// Operands and operators of its logical chains match.
+    bool dumpable = true;
 };
 
 /// Ends above any real size instead of wrapping around.

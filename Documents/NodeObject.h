@@ -15,10 +15,15 @@ std::string_view memberName(Eval::FieldInfo const & field, bool isFunctionEntry)
 /// The part of a document that a node is made from, with the class that the node is of: an object
 /// with the fields as its members, or what stands for a node whose fields are all left out. A
 /// handle: the document must outlive it.
+///
+///     NodeObject const object = NodeObject::of(json, "node"); // {"class": "IntMatchTagSet", ...}
+///     object.checkMembers();
+///     auto const slot = object.find(FieldRole::listSlot);
 struct NodeObject {
     JsonValue json;
     Eval::NodeClass const & nodeClass;
-    bool isFunctionEntry = false; ///< of `functions`: without a class, and named otherwise
+    /// An entry of `functions`: without a class, and with another member for its name.
+    bool isFunctionEntry = false;
 
     /// The object and the class that it names. Throws the DocumentError of `subject` where there is
     /// no such class.

@@ -6,6 +6,7 @@
 
 namespace Qcf::Documents {
 
+using Eval::classWanted;
 using Eval::FieldInfo;
 using Eval::FieldRole;
 using Eval::NodeClass;
@@ -70,7 +71,7 @@ NodeReader::Children NodeReader::readChildren(NodeObject const & object) {
         auto const member = object.find(field);
         Position const position{object.nodeClass, field};
         bool const isNamed = !member && plays(field, FieldRole::callee);
-        children.push_back(isNamed ? earlier_.called(object.json, position)
+        children.push_back(isNamed ? earlier_.findCalled(object.json, position)
                                    : readChild(object.json, member, position));
     }
     return children;
@@ -115,7 +116,7 @@ U32 NodeReader::readChild(JsonValue const & owner, std::optional<JsonValue> cons
         position.fail(owner, "none");
     }
     if (json->isObject() && json->find(word::reference)) {
-        return earlier_.referenced(*json, position);
+        return earlier_.findReferenced(*json, position);
     }
     if (json->isObject() && json->find(word::nodeClass)) {
         U32 const number = readObject(NodeObject::of(*json, position.subject()));

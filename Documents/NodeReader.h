@@ -11,7 +11,13 @@ namespace Qcf::Documents {
 /// and chains. Children are read before their parents, in the order in which evaluation logs them.
 ///
 /// Answers are node numbers of the builder, which must outlive this; `NodeBuilder::none` stands for
-/// null. Throws the DocumentError of what cannot be read; nodes that were read before stay.
+/// null. Throws the DocumentError of what cannot be read; nodes that were read before stay. Goes as
+/// deep as the document is nested, which its parser limits.
+///
+///     NodeBuilder builder(names, nullptr);
+///     NodeReader reader(builder);
+///     U32 const number = reader.readFunction(entry);
+///     auto const function = ptrCast<Function const>(builder.node(number));
 class NodeReader {
 public:
     explicit NodeReader(NodeBuilder & builder)
@@ -26,7 +32,8 @@ public:
     void addUnread(JsonValue const & json) { earlier_.addUnread(json); }
 
 private:
-    /// The numbers of a node's children, in the order of its node fields.
+    /// The numbers of a node's children, in the order of its node fields. No class has more than
+    /// there is room for.
     class Children {
     public:
         void push_back(U32 number) { numbers_.at(count_++) = number; }
@@ -37,6 +44,7 @@ private:
         std::size_t count_ = 0;
     };
 
+    /// Children first, then the node itself.
     U32 readObject(NodeObject const & object);
     Children readChildren(NodeObject const & object);
     Children readLogicalChain(NodeObject const & object);
@@ -44,11 +52,14 @@ private:
     U32 readChild(JsonValue const & owner, std::optional<JsonValue> const & json,
                   Position const & position);
 
+    /// The entries of all links, then the links. Answers the number of the first link.
     U32 readChain(Chain chain);
     void readEntry(Chain & chain, std::size_t i);
+    /// A literal of that class from an array of its elements.
     U32 readListLiteral(JsonValue const & array, Eval::NodeClass const & literal);
 
     NodeBuilder & builder_;
+    // What children may be besides objects.
     EarlierNodes earlier_;
     Literals literals_;
 };

@@ -30,7 +30,7 @@ void ObjectFields::readField(FieldInfo const & field, T & value) {
     String const subject = Position{object_.nodeClass, field}.subject();
     if (auto const member = object_.find(field)) {
         readScalar(*member, subject, value);
-    } else if (!leftOut(field, value)) {
+    } else if (!fillLeftOut(field, value)) {
         object_.json.fail(subject, field.wants, "none");
     }
 }
@@ -46,7 +46,7 @@ NodeFacts const * ObjectFields::firstChild() const {
     return isNull ? nullptr : &builder_.facts(children_[0]);
 }
 
-bool ObjectFields::leftOut(FieldInfo const & field, bool & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & field, bool & value) {
     if (plays(field, FieldRole::cachable)) {
         value = firstChild() == nullptr || firstChild()->constant;
         return true;
@@ -55,30 +55,30 @@ bool ObjectFields::leftOut(FieldInfo const & field, bool & value) {
     return plays(field, FieldRole::orZero);
 }
 
-bool ObjectFields::leftOut(FieldInfo const & field, U32 & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & field, U32 & value) {
     value = 0;
     return plays(field, FieldRole::orZero);
 }
 
 // Slots are as wide as their classes declare them.
-bool ObjectFields::leftOut(FieldInfo const & field, U16 & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & field, U16 & value) {
     value = slot_;
     return plays(field, FieldRole::listSlot);
 }
 
-bool ObjectFields::leftOut(FieldInfo const & field, U64 & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & field, U64 & value) {
     value = slot_;
     return plays(field, FieldRole::listSlot);
 }
 
-bool ObjectFields::leftOut(FieldInfo const & /*field*/, FunctionMetadata & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & /*field*/, FunctionMetadata & value) {
     if (firstChild() != nullptr) {
         value = builder_.names().metadataOf(object_.json, firstChild()->names);
     }
     return true;
 }
 
-bool ObjectFields::leftOut(FieldInfo const & /*field*/, AccessibleAttributes & value) {
+bool ObjectFields::fillLeftOut(FieldInfo const & /*field*/, AccessibleAttributes & value) {
     if (firstChild() != nullptr) {
         value.readableAttributes = Eval::AttributeSet(firstChild()->reads);
         value.writableAttributes = Eval::ModifiableAttributeSet(firstChild()->writes);
@@ -86,8 +86,8 @@ bool ObjectFields::leftOut(FieldInfo const & /*field*/, AccessibleAttributes & v
     return true;
 }
 
-bool ObjectFields::leftOut(FieldInfo const & /*field*/,
-                           Routing::Policy::RouteMapFeatures & /*value*/) {
+bool ObjectFields::fillLeftOut(FieldInfo const & /*field*/,
+                               Routing::Policy::RouteMapFeatures & /*value*/) {
     return true;
 }
 

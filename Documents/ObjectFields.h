@@ -15,6 +15,10 @@ U32 addNode(NodeBuilder & builder, NodeObject const & object, std::span<U32 cons
 /// The fields of one node from its object, as the node's class asks for them: scalars are read, or
 /// take the value that stands for a left-out one; children were read before.
 ///
+///     ObjectFields fields(builder, object, children);
+///     U32 const names = fields.useNames();
+///     Ptr<AetNodeBase> const node = object.nodeClass.create(key, fields);
+///
 /// What stands for a left-out field follows from the field's role and from what is known of the
 /// children: slots from the names of lists, metadata and attributes from the function's body.
 class ObjectFields final : public Eval::FieldReader {
@@ -34,29 +38,33 @@ public:
     PtrConst<Eval::AetNodeBase> readNode(Eval::FieldInfo const & field) override;
 
 private:
+    /// Any scalar: its member's value, or what stands for that.
     template <typename T>
     void readField(Eval::FieldInfo const & field, T & value);
 
-    // Values of left-out fields; false when there is none.
+    // Values of left-out fields, by type; false when the field must not be left out.
     template <typename T>
-    bool leftOut(Eval::FieldInfo const & /*field*/, T & /*value*/) {
+    bool fillLeftOut(Eval::FieldInfo const & /*field*/, T & /*value*/) {
         return false;
     }
-    bool leftOut(Eval::FieldInfo const & field, bool & value);
-    bool leftOut(Eval::FieldInfo const & field, U16 & value);
-    bool leftOut(Eval::FieldInfo const & field, U32 & value);
-    bool leftOut(Eval::FieldInfo const & field, U64 & value);
-    bool leftOut(Eval::FieldInfo const & field, FunctionMetadata & value);
-    bool leftOut(Eval::FieldInfo const & field, AccessibleAttributes & value);
-    bool leftOut(Eval::FieldInfo const & field, Routing::Policy::RouteMapFeatures & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, bool & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, U16 & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, U32 & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, U64 & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, FunctionMetadata & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, AccessibleAttributes & value);
+    bool fillLeftOut(Eval::FieldInfo const & field, Routing::Policy::RouteMapFeatures & value);
 
+    /// Of what most left-out fields follow from; null when the node has no such child.
     NodeFacts const * firstChild() const;
 
     NodeBuilder & builder_;
     NodeObject const & object_;
     std::span<U32 const> children_;
+    /// The child that is asked for next.
     std::size_t nextChild_ = 0;
-    U16 slot_ = 0; ///< of the list that the node names
+    /// Of the list that the node names.
+    U16 slot_ = 0;
 };
 
 } // namespace Qcf::Documents

@@ -8,12 +8,17 @@
 namespace Qcf::Documents {
 
 /// Where the nodes of a document stand, for messages about them. Keeps the document's text as long
-/// as it lives.
+/// as it lives, but not the nodes.
+///
+///     Places places;
+///     Program const program = readProgram(text, "policy.json", {&places});
+///     places.of(*node, *function); // "policy.json:/functions/0/body/stmts/1"
 ///
 /// Equal value nodes are one node, which then stands in several places: the one within the function
 /// that a message is about is told. Used by one thread at a time.
 class Places {
 public:
+    // For messages.
     /// `FILE:POINTER` of a node of the program that was read: its first place in the entry of
     /// `within`, its first place in the document where it is not written there.
     String of(Eval::AetNodeBase const & node, Eval::Function const & within) const;
@@ -28,6 +33,7 @@ public:
     void documentIs(JsonDocument document, String const & fileName);
 
 private:
+    /// A node where it stands once.
     struct Noted {
         Eval::AetNodeBase const * node;
         U32 entry;

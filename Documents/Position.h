@@ -7,6 +7,9 @@ namespace Qcf::Documents {
 
 /// A field of a class, as messages name it: where a child or a value stands, and what may stand
 /// there. Both records live as long as the process.
+///
+///     Position const target = Position::of(nodeClassOf<IntAssign>(), FieldRole::target);
+///     target.fail(json, "Med"); // "...: IntAssign.lhs wants IntModifiable, found Med"
 struct Position {
     Eval::NodeClass const & owner;
     Eval::FieldInfo const & field;

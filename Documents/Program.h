@@ -8,6 +8,19 @@
 #include <vector>
 
 /// Evaluation-tree documents: reading them into nodes, and writing nodes as a document.
+///
+///     Program const program = readProgramFile("policy.json");
+///     if (PtrConst<Function> const import = program.find("import")) {
+///         import->eval(context);
+///     }
+///
+/// What was read can be evaluated: no tree is too deep, no operand returns, every call passes what
+/// its callee reads. The exceptions are told beside the functions (`FunctionFault`). Whatever is
+/// wrong with a document is a DocumentError with the place, of one line; nothing from outside ends
+/// the process, and memory and time are bounded by the document's size and `ProgramLimits`.
+///
+/// What is written reads back to equal nodes under the same keys. Reading and writing keep nothing
+/// between calls, so that any number of threads may do either; nodes are shared as ever.
 namespace Qcf::Documents {
 
 class Places;
@@ -79,8 +92,8 @@ struct ReadAlong {
     std::vector<UnreadFunction> * unread = nullptr;
 };
 
-/// Reads a document. `fileName` is for messages. Throws DocumentError, whose text is one line with
-/// the place, what is wanted there and what was found.
+/// Reads a document. `fileName` is for messages, the text may be of any content. Throws
+/// DocumentError, whose text is one line with the place, what is wanted there and what was found.
 Program readProgram(String text, String const & fileName, ReadAlong const & along = {});
 /// The same of a file; "-" is standard input.
 Program readProgramFile(String const & path, ReadAlong const & along = {});

@@ -5,6 +5,8 @@
 ///
 /// Fields of nodes stand under their own names, which their records have (QcfLib/NodeClass.h), and
 /// kinds of lists under those of their table (QcfLib/FunctionMetadata.h).
+///
+///     auto const key = json.find(word::key);
 namespace Qcf::Documents::word {
 
 // Of the document itself.
