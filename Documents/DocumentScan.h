@@ -35,6 +35,7 @@ private:
     // Functions and nodes wherever they stand, each with what stands below.
     void scanMetadata(JsonValue const & function);
     void scanEntry(JsonValue const & node);
+    // Whatever is found in it, an object alone, and an object of a class that there is.
     void scan(JsonValue const & json);
     void scanObject(JsonValue const & json);
     void scanNode(NodeObject const & node);
@@ -42,6 +43,7 @@ private:
     /// Of the entry that is looked at: it can be read after so many functions.
     void waitFor(std::size_t functions) { wait_ = std::max(wait_, functions); }
 
+    /// Told at the end of what nodes give, because metadata go before it.
     ListNames & names_;
     std::vector<GivenSlot> givenSlots_;
     /// By the number of functions.

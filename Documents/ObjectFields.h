@@ -58,6 +58,7 @@ private:
     /// Of what most left-out fields follow from; null when the node has no such child.
     NodeFacts const * firstChild() const;
 
+    /// Has the children and the names of lists.
     NodeBuilder & builder_;
     NodeObject const & object_;
     std::span<U32 const> children_;

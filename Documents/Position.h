@@ -11,6 +11,7 @@ namespace Qcf::Documents {
 ///     Position const target = Position::of(nodeClassOf<IntAssign>(), FieldRole::target);
 ///     target.fail(json, "Med"); // "...: IntAssign.lhs wants IntModifiable, found Med"
 struct Position {
+    /// The class that has the field.
     Eval::NodeClass const & owner;
     Eval::FieldInfo const & field;
 
