@@ -1,30 +1,20 @@
 #include "Command/ProgramFile.h"
 
 #include "Platform/Render/Utf8.h"
+#include "QcfLib/NodeWalk.h"
 
 #include <unordered_set>
-#include <vector>
 
 namespace {
 
 using Qcf::Documents::Program;
 using Qcf::Eval::AetNodeBase;
-using Qcf::Eval::FieldInfo;
 
-std::unordered_set<AetNodeBase const *> nodesBelow(AetNodeBase const & root) {
-    std::unordered_set<AetNodeBase const *> seen{&root};
-    std::vector<AetNodeBase const *> open{&root};
-    auto const visit = [&](FieldInfo const &, AetNodeBase const * child) {
-        if (child != nullptr && seen.insert(child).second) {
-            open.push_back(child);
-        }
-    };
-    while (!open.empty()) {
-        AetNodeBase const & node = *open.back();
-        open.pop_back();
-        node.typeData().visitChildren(node, visit);
-    }
-    return seen;
+/// The node and all below it, called functions with theirs.
+std::unordered_set<AetNodeBase const *> nodesFrom(AetNodeBase const & root) {
+    std::unordered_set<AetNodeBase const *> nodes;
+    walkTree(root, [&](Qcf::Eval::WalkedNode const & at) { return nodes.insert(&at.node).second; });
+    return nodes;
 }
 
 } // namespace
@@ -50,7 +40,7 @@ PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & progr
 }
 
 Program reachedFrom(PtrConst<Qcf::Eval::Function> const & function, Program const & program) {
-    auto const reached = nodesBelow(*function);
+    auto const reached = nodesFrom(*function);
     Program part;
     for (auto const & node : program.nodes) {
         if (reached.contains(node.get())) {

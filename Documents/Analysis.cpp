@@ -27,6 +27,8 @@ void eachNode(Function const & function, Visit const & visit) {
     });
 }
 
+/// Looks through one function after the other. How evaluation may leave nodes is kept over all of
+/// them, since they share nodes and callees.
 class Analysis {
 public:
     explicit Analysis(std::vector<Remark> & remarks) : remarks_(remarks) {}
@@ -34,6 +36,7 @@ public:
     void function(Function const & function, bool outermost) {
         function_ = &function;
         eachNode(function, [this](AetNodeBase const & node) { this->node(node); });
+        // Of a called function its callers decide what an answer, or none, means.
         if (!outermost) {
             return;
         }
@@ -70,6 +73,8 @@ private:
 
     void comparison(Expression const & node) {
         auto const answer = constantAnswer(node);
+        // Constants and negations have answers as well, but are no comparisons: nothing is wrong
+        // with them.
         String const values = answer ? comparedValues(node) : String();
         if (!values.empty()) {
             add(Remark::Kind::constantAnswer, node,
@@ -78,6 +83,7 @@ private:
         }
     }
 
+    /// A literal set may have thousands of elements.
     static constexpr std::size_t longestText = 300;
 
     void add(Remark::Kind kind, AetNodeBase const & node, String text) {

@@ -14,6 +14,7 @@ void Chain::append(JsonValue const & array) {
     }
 }
 
+// An array or a reference ends a chain; links within each other go on to the next.
 Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
                 std::optional<JsonValue> json, Position const & position) {
     Chain chain{Eval::classWanted(position.field)};
@@ -47,6 +48,7 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
     return chain;
 }
 
+// From the end on: a link refers to the one behind it.
 U32 addLinks(NodeBuilder & builder, Chain const & chain) {
     U32 next = chain.tail;
     for (auto link = chain.links.rbegin(); link != chain.links.rend(); ++link) {

@@ -10,36 +10,27 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 
 namespace {
 
-/// The operands of a node that has two of one type.
+/// The two sides of a comparison.
 template <typename Value>
-struct Operands {
+struct Sides {
     Value const & lhs;
     Value const & rhs;
 };
 
-/// The node's children, if it has two of that kind, which `Value` is the base of.
+/// The sides of a comparison of two values of that kind, which `Value` is the base of; nothing for
+/// other nodes. Taken from the fields, so that a new comparison needs nothing here but its row.
 template <typename Value>
-std::optional<Operands<Value>> operandsOf(AetNodeBase const & node, NodeKind kind) {
-    std::vector<Value const *> operands;
+std::optional<Sides<Value>> sidesOf(AetNodeBase const & node, NodeKind kind) {
+    if (node.typeData().facts.compares == ComparisonOrder::none) {
+        return std::nullopt;
+    }
+    std::vector<Value const *> sides;
     node.typeData().visitChildren(node, [&](FieldInfo const &, AetNodeBase const * child) {
         if (child != nullptr && child->typeData().isKind(kind)) {
-            operands.push_back(static_cast<Value const *>(child));
+            sides.push_back(static_cast<Value const *>(child));
         }
     });
-    return operands.size() == 2 ? std::optional(Operands<Value>{*operands[0], *operands[1]})
-                                : std::nullopt;
-}
-
-/// The sides of a comparison of two integers; nothing for other nodes.
-std::optional<Operands<Int>> comparedInts(AetNodeBase const & node) {
-    bool const compares = node.typeData().facts.compares != ComparisonOrder::none;
-    return compares ? operandsOf<Int>(node, NodeKind::int_) : std::nullopt;
-}
-
-/// The same for bandwidths.
-std::optional<Operands<Bandwidth>> comparedBandwidths(AetNodeBase const & node) {
-    bool const compares = node.typeData().facts.compares != ComparisonOrder::none;
-    return compares ? operandsOf<Bandwidth>(node, NodeKind::bandwidth) : std::nullopt;
+    return sides.size() == 2 ? std::optional(Sides<Value>{*sides[0], *sides[1]}) : std::nullopt;
 }
 
 template <typename Value>
@@ -61,7 +52,7 @@ bool holds(ComparisonOrder order, Value const & a, Value const & b) {
     return false;
 }
 
-std::optional<bool> answerOf(ComparisonOrder order, Operands<Int> const & sides) {
+std::optional<bool> answerOf(ComparisonOrder order, Sides<Int> const & sides) {
     bool const isSame = &sides.lhs == &sides.rhs && sides.lhs.typeData().attribute != nullptr;
     if (isSame) { // an attribute is the same however often it is read
         return holds(order, 0, 0);
@@ -82,7 +73,7 @@ std::optional<bool> answerOf(ComparisonOrder order, Operands<Int> const & sides)
 }
 
 /// NaN makes every comparison false, so a value is not always equal to itself.
-std::optional<bool> answerOf(ComparisonOrder order, Operands<Bandwidth> const & sides) {
+std::optional<bool> answerOf(ComparisonOrder order, Sides<Bandwidth> const & sides) {
     auto const * const lhs = as<BandwidthImmediate>(sides.lhs);
     auto const * const rhs = as<BandwidthImmediate>(sides.rhs);
     if (lhs == nullptr || rhs == nullptr) {
@@ -193,10 +184,10 @@ String outOfRange(IntLinkedList const * link) {
 
 std::optional<bool> constantAnswer(Expression const & predicate) {
     ComparisonOrder const order = predicate.typeData().facts.compares;
-    if (auto const ints = comparedInts(predicate)) {
+    if (auto const ints = sidesOf<Int>(predicate, NodeKind::int_)) {
         return answerOf(order, *ints);
     }
-    if (auto const bandwidths = comparedBandwidths(predicate)) {
+    if (auto const bandwidths = sidesOf<Bandwidth>(predicate, NodeKind::bandwidth)) {
         return answerOf(order, *bandwidths);
     }
     if (auto const * const comparison = as<TriStateBoolIs>(predicate)) {
@@ -218,10 +209,10 @@ std::optional<bool> constantAnswer(Expression const & predicate) {
 }
 
 String comparedValues(Expression const & comparison) {
-    if (auto const ints = comparedInts(comparison)) {
+    if (auto const ints = sidesOf<Int>(comparison, NodeKind::int_)) {
         return textWithRange(ints->lhs) + " and " + textWithRange(ints->rhs);
     }
-    if (auto const bandwidths = comparedBandwidths(comparison)) {
+    if (auto const bandwidths = sidesOf<Bandwidth>(comparison, NodeKind::bandwidth)) {
         return bandwidths->lhs.toStrep() + " and " + bandwidths->rhs.toStrep();
     }
     if (auto const * const tests = as<TriStateBoolIs>(comparison)) {

@@ -68,6 +68,8 @@ void EarlierNodes::addUnread(JsonValue const & json) {
     }
 }
 
+// Guesses from the members what an object was to be: it only makes messages better. Its key is
+// taken all the same, so that no other node gets it.
 void EarlierNodes::addUnreadObject(JsonValue const & json) {
     auto const key = json.find(word::key);
     if (key && key->asU64()) {

@@ -23,6 +23,7 @@ Flow FlowAnalysis::workOut(Expression const & node) {
     if (auto const * const branch = as<IfExpression>(node)) {
         return ofIf(*branch);
     }
+    // A return whose operand exits never comes to return.
     if (auto const * const leave = as<ReturnExpression>(node)) {
         return {.completes = false, .returns = of(*leave->expr()).completes};
     }
@@ -32,9 +33,11 @@ Flow FlowAnalysis::workOut(Expression const & node) {
     if (auto const * const negation = as<NotExpression>(node)) {
         return of(*negation->expr());
     }
+    // Operators may stop behind the first operand: only that one is surely evaluated.
     if (auto const * const chain = as<LogicalOperatorExpression>(node)) {
         return chain->expressionList() ? of(*chain->expressionList()->entry()) : Flow();
     }
+    // A return ends the callee, not the caller.
     if (auto const * const call = as<FunctionCallExpression>(node)) {
         Flow const callee = of(*call->calleePtr()->body());
         return {.completes = callee.completes || callee.returns, .returns = false};
@@ -59,6 +62,7 @@ Flow FlowAnalysis::ofIf(IfExpression const & node) {
     if (!of(*node.condition()).completes) {
         return {.completes = false, .returns = false};
     }
+    // A branch that is never taken says nothing of how evaluation leaves.
     auto const answer = constantAnswer(*node.condition());
     Flow const taken = of(*node.thenBlock());
     Flow const other = node.elseBlock() ? of(*node.elseBlock()) : Flow();

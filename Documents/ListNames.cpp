@@ -6,6 +6,7 @@ namespace Qcf::Documents {
 
 namespace {
 
+/// Of a set that is two others joined.
 constexpr U32 noUse = ~U32{0};
 constexpr U16 largestSlot = 0xffff;
 
@@ -90,6 +91,8 @@ U16 ListNames::slotOf(SlotKind kind, String const & name) const {
     return Qcf::slotOf(slots_.of(kind), name);
 }
 
+// The sets themselves are not merged: a tree that shares its nodes would have them merged again and
+// again.
 U32 ListNames::join(U32 a, U32 b) {
     if (a == b || b == 0) {
         return a;
@@ -101,6 +104,8 @@ U32 ListNames::join(U32 a, U32 b) {
     return static_cast<U32>(sets_.size() - 1);
 }
 
+// Each function goes over all of its sets, once each. Many functions over one large tree go over
+// the same ones, so that the steps are limited.
 FunctionMetadata ListNames::metadataOf(JsonValue const & place, U32 set) {
     FunctionMetadata metadata;
     std::vector<U32> open{set};

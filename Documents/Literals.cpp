@@ -24,6 +24,7 @@ struct Literal {
     }
 };
 
+// Magnitude and sign are read apart: a constant may be as large as either allows.
 U32 integer(Literal const & literal) {
     auto const number = literal.json.asSigned();
     return number ? literal.add(intImmediateFactory(literal.key(), number->first, number->second))
@@ -154,6 +155,7 @@ U32 Literals::read(JsonValue const & json, Position const & position) {
                                          : String(other->name) + " (" + describe(json) + ")");
 }
 
+// The name of an attribute goes before that of a community.
 U32 Literals::readSetElement(JsonValue const & text, Position const & position) {
     auto const community = parseStandardCommunity(text.asString());
     if (auto const number = attribute(text, position)) {

@@ -55,6 +55,8 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     FactsOfChildren const factsOfChildren(theirs.data(), theirs.size());
     bool const shared = node->typeData().facts.isShared;
     U32 const structure = shared ? structureOf(*node, factsOfChildren) : 0;
+    // The first node of its content stands for all that come later. One with a key of its own
+    // stays, because somebody may refer to it.
     bool const known = structure != 0 && structure <= firstOf_.size();
     if (known && !keyGiven) {
         U32 const first = firstOf_[structure - 1];

@@ -33,6 +33,7 @@ public:
     }
     void visit(FieldInfo const & /*field*/, EthAddr const & value) { append(value.octets()); }
     void visit(FieldInfo const & /*field*/, IntfId const & value) { append(value.name()); }
+    // An unset segment is not one of zeros.
     void visit(FieldInfo const & /*field*/, std::optional<Evpn::Esid> const & value) {
         append(value.has_value());
         append(value.value_or(Evpn::Esid()).octets());

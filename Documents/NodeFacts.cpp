@@ -44,6 +44,8 @@ public:
     U8 index = 0;
 };
 
+/// Arguments stand in a container a type, so that each type is counted for itself. References need
+/// no count: only built-in functions read them, which say what they want.
 void addArgument(ArgumentNeeds & needs, ArgumentKind kind, U16 count) {
     ArgumentNeeds own;
     switch (kind) {
@@ -124,9 +126,11 @@ NodeFacts factsOf(AetNodeBase const & node, std::span<NodeFacts const * const> c
         if (plays(field, FieldRole::callee)) {
             return; // the callee reads its own frame, and what it uses is its own
         }
+        // A chain is constant as far as all that it carries is.
         facts.constant = facts.constant && (their->constant || !ofClass.isLink);
         facts.returns = facts.returns || (their->returns && plays(field, FieldRole::branch));
         addContent(facts, *their);
+        // What is replaced unread is not read: a document's declared attributes follow from this.
         bool const isTarget = plays(field, FieldRole::target);
         facts.reads |= isTarget && ofClass.assigns ? 0 : their->reads;
         facts.writes |= isTarget ? target->typeData().facts.writes : 0;

@@ -25,6 +25,7 @@ U32 ObjectFields::useNames() {
     return names;
 }
 
+// A member goes before whatever would stand for it, right or wrong: checks come later.
 template <typename T>
 void ObjectFields::readField(FieldInfo const & field, T & value) {
     String const subject = Position{object_.nodeClass, field}.subject();

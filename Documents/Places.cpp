@@ -11,6 +11,7 @@ void Places::documentIs(JsonDocument document, String const & fileName) {
     sorted_ = false;
 }
 
+// Stable: the first of several places is the first in the text.
 void Places::sort() const {
     sorted_ = true;
     std::ranges::stable_sort(noted_, [](Noted const & a, Noted const & b) {

@@ -14,6 +14,7 @@ using Eval::Function;
 
 namespace {
 
+// Neither keeps a document from being read: such a function may still be called, or evaluated.
 FunctionFault faultOf(Function const & function, NodeFacts const & facts) {
     FunctionFault fault;
     if (facts.needs.any() && !function.argumentsExpected()) {
@@ -52,6 +53,7 @@ public:
         if (nodes) {
             expectList(*nodes, word::nodes);
         }
+        // Nodes stand before functions in the document, but may call them: those wait.
         DocumentScan const scan(nodes, functions, names_);
         readNodes(scan.nodesAfter(0));
         std::size_t count = 0;
@@ -71,6 +73,7 @@ public:
     }
 
 private:
+    /// Places are told within the entry of the function that a message is about; 0 is no function.
     void enter(std::size_t entry) {
         if (along_.places != nullptr) {
             along_.places->entryIs(static_cast<U32>(entry));

@@ -48,6 +48,7 @@ private:
     template <typename T>
     requires std::is_arithmetic_v<T>
     void write(T value) { out_.value(value); }
+    // Not every float has a number in JSON, and not every text is fit for every reader.
     void write(F32 value) { style_.number(value, out_); }
     void write(String const & value) { style_.text(value, out_); }
     void write(TriStateBoolValue value) { out_.value(Eval::toString(value)); }
@@ -124,6 +125,7 @@ private:
     bool calleeByName_;
 };
 
+/// Whether the call's name leads to its callee, so that no key is needed.
 bool calleeIsNamed(AetNodeBase const & node) {
     auto const * const call = Eval::as<Eval::FunctionCallExpression>(node);
     return call != nullptr && call->calleePtr()->funcName() == call->calleeName();

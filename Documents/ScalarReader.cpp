@@ -151,6 +151,7 @@ void readScalar(JsonValue const & json, String const & subject, IntfId & value) 
 }
 
 void readScalar(JsonValue const & json, String const & subject, std::optional<Evpn::Esid> & value) {
+    // An unset segment is a value, too.
     value = std::nullopt;
     if (!json.isNull()) {
         readText(json, subject, "null or ten octets joined by colons", Evpn::Esid::parse, value);
