@@ -3,9 +3,11 @@
 #include "QcfLib/AetNode.h"
 #include "QcfLib/QcfEvalContext.h"
 
-/// How control flow logs what it evaluates.
+/// How control flow logs what it evaluates: a record under the key of each statement and condition,
+/// after it was evaluated. The order of records is part of the published form of a log.
 namespace Qcf::Eval {
 
+/// Notes a result, if somebody wants a log.
 inline void logResult(Ptr<EvalContextBase> const & context, AetNodeBase const & node,
                       EvalResult const & result) {
     if (context->shouldLogEval()) [[unlikely]] {

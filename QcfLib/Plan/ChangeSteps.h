@@ -3,7 +3,8 @@
 #include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/Plan/PlanStep.h"
 
-/// The steps that change an attribute.
+/// The steps that change an attribute. What they write is what the node would write: the ranges and
+/// the arithmetic are the operators' own.
 namespace Qcf::Eval {
 
 /// A step with one successor.
@@ -21,7 +22,7 @@ private:
     PlanStep const * next_;
 };
 
-/// A node that no other step knows, as a statement.
+/// A node that no other step knows, as a statement. One that returns or exits ends the run.
 class NodeStatement final : public PlanStatement {
 public:
     NodeStatement(Expression const & node, PlanStep const * next)
@@ -81,7 +82,8 @@ private:
     U64 value_;
 };
 
-/// Arithmetic on an integer attribute with a constant.
+/// Arithmetic on an integer attribute with a constant. The range is asked of the attribute once,
+/// when the step is made; the node asks each time, which agents cannot tell.
 class IntArithmeticStep final : public PlanStatement {
 public:
     IntArithmeticStep(IntModifiable const & target, SignedMagnitude operand,

@@ -11,6 +11,10 @@
 
 /// A chain of `else if` as one decision table: which of its clauses is the first that holds.
 ///
+/// A policy is often a long list of clauses, each of which wants one of many constants, and of
+/// which few hold for a route. Asked one after the other they cost in proportion to the list; as a
+/// table they cost in proportion to what is asked of the route.
+///
 /// The conditions of many clauses test the same few attributes against constants. Such tests are
 /// one question of the whole chain: one look at the attribute tells for every clause whether its
 /// tests of it hold. What is left open are tests that only one clause makes.
@@ -20,7 +24,8 @@ namespace Qcf::Eval {
 using ClauseBits = U64;
 inline constexpr std::size_t maxClauses = 64;
 
-/// Something that the conditions of clauses ask of the route.
+/// Something that the conditions of clauses ask of the route. It is asked at most once a run, and
+/// answers for all clauses at a time.
 class PlanQuestion {
 public:
     PlanQuestion() = default;
@@ -61,7 +66,7 @@ private:
 extern template class ConstantTable<U64>;
 extern template class ConstantTable<Acl::CommunityValue>;
 
-/// Whether an integer is one of some constants.
+/// Whether an integer is one of some constants, for each clause its own.
 class IntInSetQuestion final : public PlanQuestion {
 public:
     /// `others` are the clauses that do not ask this.
@@ -78,7 +83,8 @@ private:
     ClauseBits others_;
 };
 
-/// Whether a set holds any of some constants.
+/// Whether a set holds any of some constants: each of the set's values is looked up, which suits
+/// routes, whose sets are small.
 template <typename Set>
 class SetHasAnyQuestion final : public PlanQuestion {
 public:
@@ -103,7 +109,8 @@ private:
     ClauseBits others_;
 };
 
-/// Whether an integer lies within bounds.
+/// Whether an integer lies within bounds, for each clause its own: the bounds cut the integers into
+/// pieces of equal answers, and a bisection without branches finds the piece.
 class IntBoundsQuestion final : public PlanQuestion {
 public:
     struct Clause {
@@ -129,7 +136,8 @@ private:
     std::vector<ClauseBits> clauses_; ///< for each piece
 };
 
-/// What only one clause asks, as steps of their own.
+/// What only one clause asks, as steps of their own. They only read, as all of the chain does, so
+/// that nothing is lost when a clause is passed over without asking.
 class ConditionQuestion final : public PlanQuestion {
 public:
     /// The steps end with the truth of the condition; unknown counts as false.

@@ -21,10 +21,17 @@ public:
     virtual std::optional<ConstantTest> constantTestOf(Expression const & node) = 0;
 };
 
-/// Makes one step of the clauses of a chain, at most `maxClauses` of them.
+/// Finds out whether a chain of `else if` is worth a decision table, and makes it.
+///
+/// The conditions are taken apart at their `and`s into tests. A test against constants of an
+/// attribute that at least three clauses test likewise is shared; what is left of a clause is a
+/// question of its own. All conditions must only read: a table may ask less often than the tree,
+/// and agents see what is read.
+/// It makes one step of the clauses of a chain, at most `maxClauses` of them.
 class DecisionTableBuilder {
 public:
-    /// `roomForConstants` says how many constants may be put into tables, and goes down with each.
+    /// Both are used until the step is made. `roomForConstants` says how many constants may be put
+    /// into tables, and goes down with each.
     DecisionTableBuilder(ConditionLowering & lowering,
                          std::span<Expression const * const> conditions,
                          std::size_t & roomForConstants);

@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
+/// Bounds of a plan in proportion to its function, so that no tree from outside makes a plan that
+/// is out of all proportion to it.
 namespace Qcf::Eval {
 
 /// How much a plan may still take. A tree may share nodes, of which every place has steps of its

@@ -10,6 +10,11 @@
 
 namespace Qcf::Eval {
 
+/// The driver of lowering: one object makes one plan, on one thread.
+///
+///     PlanLowering lowering(function, steps);
+///     first = lowering.body();
+///
 /// Makes the steps of a function's nodes, each with the steps that come after it, so from the end
 /// to the start. Each node says by which form it can be run (`Expression::lower`); here is where
 /// the forms become steps. What no form fits, or no budget allows, is evaluated as it stands.
@@ -22,6 +27,7 @@ public:
     PlanStep const * body();
 
 private:
+    // What a node can be in a place: each takes the forms that have a step there.
     class Form;
     class StatementForm;
     class ConditionForm;
@@ -34,6 +40,7 @@ private:
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
+    /// Whether the budget has room for so many parts here.
     bool affords(std::size_t parts);
     std::optional<SignedMagnitude> constantOf(Int const & operand) const;
     std::optional<std::vector<SignedMagnitude>> argumentsOf(FunctionCallExpression const & node);
@@ -52,7 +59,8 @@ private:
     PlanStep const * test(Expression const & node, ConstantTest const & test,
                           PlanTargets const & targets);
 
-    // A node that is evaluated as it stands.
+    // A node that is evaluated as it stands. In a callee that is inlined such a node has the
+    // caller's frame, so that one that reads arguments undoes the inlining.
     PlanStep const * nodeStatement(Expression const & node, PlanStep const * next);
     PlanStep const * nodeTest(Expression const & node, PlanTargets const & targets);
     void noteNode(Expression const & node);

@@ -8,9 +8,14 @@
 
 /// What the steps of a plan have in common: the run that they take part in, and how they read
 /// attributes.
+///
+/// A run goes from step to step until it stands at an end; no step calls another one, so that a
+/// plan needs no stack however long it is. Steps are immutable, and a run has no state beside the
+/// context, so that any number of threads runs one plan.
 namespace Qcf::Eval {
 
-/// One run of a plan on one thread.
+/// One run of a plan on one thread. Handed around by value: it is one word, and stays in a
+/// register.
 struct PlanRun {
     explicit PlanRun(Ptr<EvalContextBase> const & onContext) : contextPtr(onContext) {}
 
@@ -38,8 +43,10 @@ public:
     PlanStep & operator=(PlanStep const &) = delete;
     virtual constexpr ~PlanStep() = default;
 
-    /// The next step. Not to be called at an end.
+    /// Does the work; answers the next step. Not to be called at an end.
     virtual PlanStep const * run(PlanRun run) const = 0;
+    /// What it does and where it goes, for dumps; the values of constants are told where they are
+    /// few.
     virtual StepText describe() const = 0;
 
     bool isEnd() const { return isEnd_; }
@@ -68,7 +75,8 @@ inline PlanStep const & runSteps(PlanStep const * step, PlanRun run) {
     return *step;
 }
 
-/// Where to go on after a condition, by its value.
+/// Where to go on after a condition, by its value. The steps behind a condition are made before it,
+/// so that they are known here.
 struct PlanTargets {
     PlanStep const * onUnknown;
     PlanStep const * onFalse;
@@ -82,7 +90,9 @@ struct PlanTargets {
     }
 };
 
-/// An integer operand.
+/// An integer operand, read where it stands: from the context's store if the function wrote it, by
+/// the agent's accessor otherwise, by its node if it is no attribute. Where the value is outside
+/// the attribute's range the node is asked, too, since it is that which asserts.
 class PlanInt {
 public:
     explicit PlanInt(Int const & node) : node_(&node), source_(node.source()) {}
@@ -104,7 +114,7 @@ private:
     IntSource source_;
 };
 
-/// A set operand.
+/// A set operand, read likewise. What it lends is good until the attribute is written.
 template <typename Set>
 class PlanSet {
 public:

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+/// The list in which a plan keeps its steps. Steps point at each other; the list is what owns them.
 namespace Qcf::Eval {
 
 /// The steps of one plan, in the order in which they were made, and the nodes that each stands for.
@@ -22,6 +23,7 @@ public:
         return Nodes(nodes_).subspan(steps_[number].firstNode, end - steps_[number].firstNode);
     }
 
+    /// Takes a step; it stays where it is as long as the list.
     PlanStep const * add(std::unique_ptr<PlanStep const> step, Nodes nodes) {
         steps_.push_back({std::move(step), nodes_.size()});
         nodes_.insert(nodes_.end(), nodes.begin(), nodes.end());

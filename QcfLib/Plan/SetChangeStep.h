@@ -6,6 +6,9 @@
 #include <optional>
 #include <vector>
 
+/// Changes of set attributes by constants, the commonest statements of policies. Whether a set may
+/// be changed where it stands is decided by SetEdits.h, as for the walk; where it may not, the
+/// nodes do what they always do.
 namespace Qcf::Eval {
 
 /// One or more changes of one set attribute, made where the set stands and in one pass; where that
@@ -30,6 +33,8 @@ public:
         whenEmpty_ = isAddition ? changes.back().constants : nullptr;
     }
 
+    // What the nodes would leave: for an empty set nothing or the added constants themselves, for
+    // one that may be overwritten its edited self.
     PlanStep const * run(PlanRun run) const override {
         PtrConst<Set> fresh;
         Set const * set = current_.lend(run, fresh);

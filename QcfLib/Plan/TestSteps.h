@@ -4,10 +4,11 @@
 #include "QcfLib/Plan/PlanStep.h"
 #include "QcfLib/Sets/SetAlgebra.h"
 
-/// The steps that ask something of the route and change nothing.
+/// The steps that ask something of the route and change nothing. Each reads what its node would
+/// read, in the same order, and at most as often.
 namespace Qcf::Eval {
 
-/// A question that is answered by yes or no.
+/// A question that is answered by yes or no. Where unknown goes is of no interest to it.
 class PlanTest : public PlanStep {
 public:
     explicit PlanTest(PlanTargets const & targets)
@@ -24,7 +25,8 @@ private:
     PlanStep const * onTrue_;
 };
 
-/// A node that no other step knows, as a condition.
+/// A node that no other step knows, as a condition. It is evaluated as the tree would, and may end
+/// the run: a built-in function that is asked in a condition can exit.
 class NodeTest final : public PlanStep {
 public:
     NodeTest(Expression const & node, PlanTargets const & targets)
@@ -44,7 +46,7 @@ private:
     PlanTargets targets_;
 };
 
-/// An integer compared with one constant.
+/// An integer compared with one constant: the commonest of all tests, one comparison.
 class IntEqualTest final : public PlanTest {
 public:
     IntEqualTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
@@ -82,7 +84,7 @@ private:
     IntBounds bounds_;
 };
 
-/// An integer looked up in a constant set.
+/// An integer looked up in a constant set, by its index where it has one.
 class IntInSetTest final : public PlanTest {
 public:
     IntInSetTest(PlanInt lhs, U64SmallVector const & set, PlanTargets const & targets)
@@ -120,7 +122,8 @@ private:
     Set const * rhs_;
 };
 
-/// A prefix attribute as what is looked up in a prefix list.
+/// A prefix attribute as what is looked up in a prefix list: the route's own prefix, which cannot
+/// be written, so that the accessor is all there is to ask.
 class PlanPrefix {
 public:
     explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
@@ -143,7 +146,8 @@ private:
     IpAddress const * node_;
 };
 
-/// A prefix list of the agent's.
+/// A prefix list of the agent's, found by its slot at each question: new lists come with a new
+/// object of external matchers, and the plan stays.
 class PlanPrefixList {
 public:
     explicit PlanPrefixList(PrefixListImmediate const & node)

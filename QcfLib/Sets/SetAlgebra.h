@@ -9,11 +9,13 @@
 /// nothing is changed and nothing allocated. SetEdits.h has what changes sets.
 namespace Qcf::Eval {
 
+/// Null or without values.
 template <typename Set>
 bool isEmptySet(Set const * set) {
     return set == nullptr || set->empty();
 }
 
+/// The same values in the same order.
 template <typename Set>
 bool setsEqual(Set const * a, Set const * b) {
     if (isEmptySet(a) || isEmptySet(b)) {
@@ -28,6 +30,7 @@ bool setsEqual(Set const * a, Set const * b) {
 /// costs less than the mispredicted branches of a bisection.
 inline constexpr std::size_t smallSet = 24;
 
+/// Whether the value is among them, looked for without a branch.
 template <typename Value>
 bool scanned(std::span<Value const> values, Value const & value) {
     bool found = false;
@@ -51,6 +54,8 @@ std::size_t countBelow(std::span<Value const> values, Value const & value) {
     return below;
 }
 
+/// Whether the set holds the value: by the index of a large constant set, by a scan of a small set,
+/// by bisection otherwise.
 template <typename Set>
 bool setContains(Set const & set, typename Set::Value const & value) {
     auto const values = set.view();
@@ -67,6 +72,7 @@ bool setContains(Set const & set, typename Set::Value const & value) {
 /// A walk beats bisection until one set is about this many times the other's size.
 inline constexpr std::size_t bisectionRatio = 8;
 
+/// Whether searching for each of the few beats walking both.
 template <typename Value>
 bool isSparseIn(std::span<Value const> few, std::span<Value const> many) {
     return many.size() >= bisectionRatio * few.size();

@@ -43,6 +43,7 @@ struct SetEdit {
     bool addsWholeSet = false;
 };
 
+/// Puts in those that are not there. The storage has room for what `mayEditInPlace` lets through.
 template <typename Value>
 void insertInPlace(auto & values, std::span<Value const> few) {
     for (Value const & value : few) {
@@ -54,6 +55,7 @@ void insertInPlace(auto & values, std::span<Value const> few) {
     }
 }
 
+/// Takes out those that are there.
 template <typename Value>
 void eraseInPlace(auto & values, std::span<Value const> few) {
     for (Value const & value : few) {
@@ -114,17 +116,20 @@ Set const * resultOf(Builder & builder, Set const * a, PtrConst<Set> & fresh) {
     return fresh.get();
 }
 
+/// The union of two sets, neither null, by a builder that is ready for it.
 template <typename Set, typename Builder>
 Set const * unionBy(Builder builder, Set const * a, Set const * b, PtrConst<Set> & fresh) {
     std::set_union(a->begin(), a->end(), b->begin(), b->end(), std::back_inserter(builder));
     return resultOf(builder, a, fresh);
 }
 
+/// Whether `b` is small enough to edit `a` by. A set cannot be edited by itself.
 template <typename Set>
 bool areFew(Set const & a, Set const & b) {
     return &a != &b && b.count() <= fewValues;
 }
 
+/// The union. An operand that holds all of the other is the answer itself.
 template <typename Set>
 Set const * setAdd(Set const * a, Set const * b, typename Set::Buffer & scratch,
                    PtrConst<Set> & fresh) {
@@ -172,6 +177,7 @@ void subtractMany(Set const & a, Set const & b, Output & result) {
     }
 }
 
+/// `a` without the values of `b`.
 template <typename Set>
 Set const * setRemove(Set const * a, Set const * b, typename Set::Buffer & scratch,
                       PtrConst<Set> & fresh) {
@@ -193,6 +199,7 @@ Set const * setRemove(Set const * a, Set const * b, typename Set::Buffer & scrat
     return resultOf(result, a, fresh);
 }
 
+/// The values of `a` that are in `b`.
 template <typename Set>
 Set const * setRetain(Set const * a, Set const * b, typename Set::Buffer & scratch,
                       PtrConst<Set> & fresh) {
