@@ -1,8 +1,8 @@
 #pragma once
 
+#include "QcfLib/AttributeOperationsGenerated.h"
 #include "QcfLib/EvalResult.h"
 #include "QcfLib/ExternalMatchers.h"
-#include "QcfLib/QcfEvalContextBaseGenerated.h"
 
 namespace Qcf::Eval {
 
@@ -12,7 +12,7 @@ namespace Qcf::Eval {
 /// Its table of operations is the engine's: log and reset, the attributes, the facts of the
 /// session, the agent's lists. GeneratedEvalContext answers for the attributes and EvalContext for
 /// the rest, each as if the agent knew nothing.
-class EvalContextBase : public EvalContextOperations {
+class EvalContextBase : public AttributeOperations {
 public:
     using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
     using CommListStatus = Routing::RouteMap::StandardCommListStatus;

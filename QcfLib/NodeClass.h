@@ -147,6 +147,8 @@ struct ClassFacts {
 /// arguments after the key. One constant object a class, in the order of the store's collections.
 struct NodeClass : TypeData {
     using ChildVisitor = std::function<void(FieldInfo const &, AetNodeBase const *)>;
+    using ChildMapper = std::function<PtrConst<AetNodeBase>(AetNodeBase const &)>;
+    using ChildComparison = std::function<bool(AetNodeBase const &, AetNodeBase const &)>;
 
     char const * collection = "";
     U64 typeCode = 0;                          ///< stable identity of the class, from its name
@@ -158,6 +160,14 @@ struct NodeClass : TypeData {
     void (*write)(AetNodeBase const & node, FieldWriter & writer) = nullptr;
     /// Calls the visitor for each child in declared order, null ones included.
     void (*visitChildren)(AetNodeBase const & node, ChildVisitor const & visit) = nullptr;
+    /// A node with the same scalars under another key, and `mapChild(child)` in each child's place,
+    /// which the field must accept; null children stay null.
+    Ptr<AetNodeBase> (*copy)(AetNodeBase const & node, U64 aetNodeKey,
+                             ChildMapper const & mapChild) = nullptr;
+    /// Whether two nodes of the class have equal scalars, floats by their bits, and
+    /// `sameChild(a, b)` holds of each two children, neither null. Keys do not count.
+    bool (*sameFields)(AetNodeBase const & a, AetNodeBase const & b,
+                       ChildComparison const & sameChild) = nullptr;
     MemAllocationTracker const & (*memAllocationTracker)() = nullptr;
     NodeEffects effects = {};
     ClassFacts facts = {};

@@ -4,6 +4,8 @@
 
 /// The flags of the attribute sets, in bit order.
 
+#include "QcfLib/AttributeFlag.h"
+
 #include <array>
 #include <cstddef>
 
@@ -11,14 +13,6 @@ namespace Qcf::Eval {
 
 inline constexpr std::size_t attributeSetWidth = 51;
 inline constexpr std::size_t modifiableAttributeSetWidth = 23;
-
-/// One flag of AttributeSet: its name, its language name, and its bit in ModifiableAttributeSet, -1
-/// when it cannot be modified.
-struct AttributeFlag {
-    char const * name;
-    char const * languageName;
-    int writeBit;
-};
 
 inline constexpr std::array<AttributeFlag, attributeSetWidth> attributeFlags{{
     {"afi", "afi", -1},

@@ -17,8 +17,9 @@ public:
     static Ptr<BandwidthImmediate> BandwidthImmediateIs(U64 aetNodeKey, F32 value);
 
     F32 const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -43,14 +44,14 @@ public:
     static constexpr U16 classNumber = 131;
 
     BandwidthVariable(U64 aetNodeKey, String name, U8 argVectorIndex);
-    static Ptr<BandwidthVariable> BandwidthVariableIs(
-        U64 aetNodeKey, String name, U8 argVectorIndex);
+    static Ptr<BandwidthVariable> BandwidthVariableIs(U64 aetNodeKey, String name,
+                                                      U8 argVectorIndex);
 
     String const & name() const { return name_; }
     U8 const & argVectorIndex() const { return argVectorIndex_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("argVectorIndex", argVectorIndex_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, argVectorIndex_);
     }
 
     NodeClass const & typeData() const override;
@@ -80,9 +81,9 @@ public:
 
     U64 const & value() const { return value_; }
     bool const & negative() const { return negative_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
-        visit("negative", negative_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_, negative_);
     }
 
     NodeClass const & typeData() const override;
@@ -114,9 +115,9 @@ public:
 
     String const & name() const { return name_; }
     U8 const & argVectorIndex() const { return argVectorIndex_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("argVectorIndex", argVectorIndex_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, argVectorIndex_);
     }
 
     NodeClass const & typeData() const override;
@@ -144,19 +145,20 @@ public:
     static constexpr U16 classNumber = 148;
 
     ResolutionRibsImmediate(U64 aetNodeKey, Routing::Rib::ResolutionRibProfileConfig value);
-    static Ptr<ResolutionRibsImmediate> ResolutionRibsImmediateIs(
-        U64 aetNodeKey, Routing::Rib::ResolutionRibProfileConfig value);
+    static Ptr<ResolutionRibsImmediate>
+    ResolutionRibsImmediateIs(U64 aetNodeKey, Routing::Rib::ResolutionRibProfileConfig value);
 
     Routing::Rib::ResolutionRibProfileConfig const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Rib::ResolutionRibProfileConfig getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Rib::ResolutionRibProfileConfig
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -167,8 +169,8 @@ private:
     Routing::Rib::ResolutionRibProfileConfig value_;
 };
 
-Ptr<ResolutionRibsImmediate> resolutionRibsImmediateFactory(
-    U64 aetNodeKey, Routing::Rib::ResolutionRibProfileConfig value);
+Ptr<ResolutionRibsImmediate>
+resolutionRibsImmediateFactory(U64 aetNodeKey, Routing::Rib::ResolutionRibProfileConfig value);
 
 /// A constant community.
 class CommunityValueImmediate final : public CommunityValue {
@@ -176,12 +178,13 @@ public:
     static constexpr U16 classNumber = 149;
 
     CommunityValueImmediate(U64 aetNodeKey, Acl::CommunityValue value);
-    static Ptr<CommunityValueImmediate> CommunityValueImmediateIs(
-        U64 aetNodeKey, Acl::CommunityValue value);
+    static Ptr<CommunityValueImmediate> CommunityValueImmediateIs(U64 aetNodeKey,
+                                                                  Acl::CommunityValue value);
 
     Acl::CommunityValue const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -198,8 +201,8 @@ private:
     Acl::CommunityValue value_;
 };
 
-Ptr<CommunityValueImmediate> communityValueImmediateFactory(
-    U64 aetNodeKey, Acl::CommunityValue value);
+Ptr<CommunityValueImmediate> communityValueImmediateFactory(U64 aetNodeKey,
+                                                            Acl::CommunityValue value);
 
 /// A tri-state argument of the running function.
 class TriStateBoolVariable final : public TriStateBool {
@@ -207,14 +210,14 @@ public:
     static constexpr U16 classNumber = 151;
 
     TriStateBoolVariable(U64 aetNodeKey, String name, U8 argVectorIndex);
-    static Ptr<TriStateBoolVariable> TriStateBoolVariableIs(
-        U64 aetNodeKey, String name, U8 argVectorIndex);
+    static Ptr<TriStateBoolVariable> TriStateBoolVariableIs(U64 aetNodeKey, String name,
+                                                            U8 argVectorIndex);
 
     String const & name() const { return name_; }
     U8 const & argVectorIndex() const { return argVectorIndex_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("argVectorIndex", argVectorIndex_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, argVectorIndex_);
     }
 
     NodeClass const & typeData() const override;
@@ -232,8 +235,8 @@ private:
     U8 argVectorIndex_;
 };
 
-Ptr<TriStateBoolVariable> triStateBoolVariableFactory(
-    U64 aetNodeKey, String name, U8 argVectorIndex);
+Ptr<TriStateBoolVariable> triStateBoolVariableFactory(U64 aetNodeKey, String name,
+                                                      U8 argVectorIndex);
 
 /// A constant tri-state value.
 class TriStateBoolImmediate final : public TriStateBool {
@@ -241,12 +244,13 @@ public:
     static constexpr U16 classNumber = 152;
 
     TriStateBoolImmediate(U64 aetNodeKey, TriStateBoolValue value);
-    static Ptr<TriStateBoolImmediate> TriStateBoolImmediateIs(
-        U64 aetNodeKey, TriStateBoolValue value);
+    static Ptr<TriStateBoolImmediate> TriStateBoolImmediateIs(U64 aetNodeKey,
+                                                              TriStateBoolValue value);
 
     TriStateBoolValue const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -274,8 +278,9 @@ public:
     static Ptr<MacAddressImmediate> MacAddressImmediateIs(U64 aetNodeKey, EthAddr value);
 
     EthAddr const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -303,8 +308,9 @@ public:
     static Ptr<IpAddressImmediate> IpAddressImmediateIs(U64 aetNodeKey, IpGenAddr value);
 
     IpGenAddr const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -332,8 +338,9 @@ public:
     static Ptr<IpPrefixImmediate> IpPrefixImmediateIs(U64 aetNodeKey, IpGenPrefix value);
 
     IpGenPrefix const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -361,8 +368,9 @@ public:
     static Ptr<InterfaceImmediate> InterfaceImmediateIs(U64 aetNodeKey, IntfId value);
 
     IntfId const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -391,9 +399,9 @@ public:
 
     U64 const & number() const { return number_; }
     String const & name() const { return name_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("number", number_);
-        visit("name", name_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(number_, name_);
     }
 
     NodeClass const & typeData() const override;
@@ -419,24 +427,23 @@ public:
     static constexpr U16 classNumber = 209;
 
     PrefixListImmediate(U64 aetNodeKey, String name, U16 indexInAet, bool isV4);
-    static Ptr<PrefixListImmediate> PrefixListImmediateIs(
-        U64 aetNodeKey, String name, U16 indexInAet, bool isV4);
+    static Ptr<PrefixListImmediate> PrefixListImmediateIs(U64 aetNodeKey, String name,
+                                                          U16 indexInAet, bool isV4);
 
     String const & name() const { return name_; }
     U16 const & indexInAet() const { return indexInAet_; }
     bool const & isV4() const { return isV4_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("indexInAet", indexInAet_);
-        visit("isV4", isV4_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, indexInAet_, isV4_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
-    Routing::Policy::PrefixListMatcher const * getValWithArgs(
-        Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
+    Routing::Policy::PrefixListMatcher const *
+    getValWithArgs(Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -449,8 +456,8 @@ private:
     bool isV4_;
 };
 
-Ptr<PrefixListImmediate> prefixListImmediateFactory(
-    U64 aetNodeKey, String name, U16 indexInAet, bool isV4);
+Ptr<PrefixListImmediate> prefixListImmediateFactory(U64 aetNodeKey, String name, U16 indexInAet,
+                                                    bool isV4);
 
 /// A prefix-list argument of the running function.
 class PrefixListVariable final : public PrefixList {
@@ -458,21 +465,21 @@ public:
     static constexpr U16 classNumber = 210;
 
     PrefixListVariable(U64 aetNodeKey, String name, U8 argVectorIndex);
-    static Ptr<PrefixListVariable> PrefixListVariableIs(
-        U64 aetNodeKey, String name, U8 argVectorIndex);
+    static Ptr<PrefixListVariable> PrefixListVariableIs(U64 aetNodeKey, String name,
+                                                        U8 argVectorIndex);
 
     String const & name() const { return name_; }
     U8 const & argVectorIndex() const { return argVectorIndex_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("argVectorIndex", argVectorIndex_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, argVectorIndex_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Policy::PrefixListMatcher const * getValWithArgs(
-        Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
+    Routing::Policy::PrefixListMatcher const *
+    getValWithArgs(Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -492,22 +499,22 @@ public:
     static constexpr U16 classNumber = 211;
 
     DynamicPrefixListImmediate(U64 aetNodeKey, String name, U16 indexInAet);
-    static Ptr<DynamicPrefixListImmediate> DynamicPrefixListImmediateIs(
-        U64 aetNodeKey, String name, U16 indexInAet);
+    static Ptr<DynamicPrefixListImmediate> DynamicPrefixListImmediateIs(U64 aetNodeKey, String name,
+                                                                        U16 indexInAet);
 
     String const & name() const { return name_; }
     U16 const & indexInAet() const { return indexInAet_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("name", name_);
-        visit("indexInAet", indexInAet_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(name_, indexInAet_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
-    Routing::Policy::PrefixListMatcher const * getValWithArgs(
-        Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
+    Routing::Policy::PrefixListMatcher const *
+    getValWithArgs(Ptr<EvalContextBase const> const & context, AddressFamily family) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -519,8 +526,8 @@ private:
     U16 indexInAet_;
 };
 
-Ptr<DynamicPrefixListImmediate> dynamicPrefixListImmediateFactory(
-    U64 aetNodeKey, String name, U16 indexInAet);
+Ptr<DynamicPrefixListImmediate> dynamicPrefixListImmediateFactory(U64 aetNodeKey, String name,
+                                                                  U16 indexInAet);
 
 /// A constant Ethernet segment; may be unset.
 class EsiImmediate final : public Esi {
@@ -531,8 +538,9 @@ public:
     static Ptr<EsiImmediate> EsiImmediateIs(U64 aetNodeKey, std::optional<Evpn::Esid> value);
 
     std::optional<Evpn::Esid> const & value() const { return value_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("value", value_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(value_);
     }
 
     NodeClass const & typeData() const override;
@@ -550,6 +558,5 @@ private:
 };
 
 Ptr<EsiImmediate> esiImmediateFactory(U64 aetNodeKey, std::optional<Evpn::Esid> value);
-
 
 } // namespace Qcf::Eval

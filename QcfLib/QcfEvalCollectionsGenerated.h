@@ -15,16 +15,22 @@ public:
     static constexpr U16 classNumber = 15;
 
     IntLinkedList(U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next);
-    static Ptr<IntLinkedList> IntLinkedListIs(
-        U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next);
+    static Ptr<IntLinkedList> IntLinkedListIs(U64 aetNodeKey, PtrConst<Int> entry,
+                                              Ptr<IntLinkedList> next);
 
     PtrConst<Int> const & entry() const { return entry_; }
     Ptr<IntLinkedList> const & next() const { return next_; }
-    void nextIs(Ptr<IntLinkedList> next) { next_ = std::move(next); standsOn({.isLevel = false}, entry_, next_); }
-    void entryIs(PtrConst<Int> entry) { entry_ = std::move(entry); standsOn({.isLevel = false}, entry_, next_); }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("entry", entry_);
-        visit("next", next_);
+    void entryIs(PtrConst<Int> entry) {
+        entry_ = std::move(entry);
+        standsOn({.isLevel = false}, entry_, next_);
+    }
+    void nextIs(Ptr<IntLinkedList> next) {
+        next_ = std::move(next);
+        standsOn({.isLevel = false}, entry_, next_);
+    }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(entry_, next_);
     }
 
     NodeClass const & typeData() const override;
@@ -42,8 +48,8 @@ private:
     Ptr<IntLinkedList> next_;
 };
 
-Ptr<IntLinkedList> intLinkedListFactory(
-    U64 aetNodeKey, PtrConst<Int> entry, Ptr<IntLinkedList> next);
+Ptr<IntLinkedList> intLinkedListFactory(U64 aetNodeKey, PtrConst<Int> entry,
+                                        Ptr<IntLinkedList> next);
 
 /// An integer list written in a function; order and duplicates are kept.
 class IntListImmediate final : public StorageType, public CachedConstant<U64UnsortedSmallVector> {
@@ -51,14 +57,14 @@ public:
     static constexpr U16 classNumber = 16;
 
     IntListImmediate(U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
-    static Ptr<IntListImmediate> IntListImmediateIs(
-        U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
+    static Ptr<IntListImmediate> IntListImmediateIs(U64 aetNodeKey, PtrConst<IntLinkedList> head,
+                                                    bool cachable);
 
     PtrConst<IntLinkedList> const & head() const { return head_; }
     bool const & cachable() const { return cachable_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("head", head_);
-        visit("cachable", cachable_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(head_, cachable_);
     }
 
     NodeClass const & typeData() const override;
@@ -68,9 +74,8 @@ public:
     /// The list; null when nothing is written in the brackets.
     PtrConst<U64UnsortedSmallVector> getVal(Ptr<EvalContextBase const> const & context) const;
     /// The same uncounted; `fresh` keeps a list that had to be built.
-    U64UnsortedSmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64UnsortedSmallVector> & fresh) const;
+    U64UnsortedSmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                           PtrConst<U64UnsortedSmallVector> & fresh) const;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -81,8 +86,8 @@ private:
     bool cachable_;
 };
 
-Ptr<IntListImmediate> intListImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
+Ptr<IntListImmediate> intListImmediateFactory(U64 aetNodeKey, PtrConst<IntLinkedList> head,
+                                              bool cachable);
 
 /// An integer set written in a function.
 class IntSetImmediate final : public IntSet, public CachedConstant<U64SmallVector> {
@@ -90,22 +95,21 @@ public:
     static constexpr U16 classNumber = 17;
 
     IntSetImmediate(U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
-    static Ptr<IntSetImmediate> IntSetImmediateIs(
-        U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
+    static Ptr<IntSetImmediate> IntSetImmediateIs(U64 aetNodeKey, PtrConst<IntLinkedList> head,
+                                                  bool cachable);
 
     PtrConst<IntLinkedList> const & head() const { return head_; }
     bool const & cachable() const { return cachable_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("head", head_);
-        visit("cachable", cachable_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(head_, cachable_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    U64SmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64SmallVector> & fresh) const override;
+    U64SmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                   PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -117,26 +121,33 @@ private:
     bool cachable_;
 };
 
-Ptr<IntSetImmediate> intSetImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntLinkedList> head, bool cachable);
+Ptr<IntSetImmediate> intSetImmediateFactory(U64 aetNodeKey, PtrConst<IntLinkedList> head,
+                                            bool cachable);
 
 /// A link of the elements of a literal community set.
 class CommunityLinkedList final : public AetNodeBase {
 public:
     static constexpr U16 classNumber = 18;
 
-    CommunityLinkedList(
-        U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next);
-    static Ptr<CommunityLinkedList> CommunityLinkedListIs(
-        U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next);
+    CommunityLinkedList(U64 aetNodeKey, PtrConst<CommunityValue> entry,
+                        Ptr<CommunityLinkedList> next);
+    static Ptr<CommunityLinkedList> CommunityLinkedListIs(U64 aetNodeKey,
+                                                          PtrConst<CommunityValue> entry,
+                                                          Ptr<CommunityLinkedList> next);
 
     PtrConst<CommunityValue> const & entry() const { return entry_; }
     Ptr<CommunityLinkedList> const & next() const { return next_; }
-    void nextIs(Ptr<CommunityLinkedList> next) { next_ = std::move(next); standsOn({.isLevel = false}, entry_, next_); }
-    void entryIs(PtrConst<CommunityValue> entry) { entry_ = std::move(entry); standsOn({.isLevel = false}, entry_, next_); }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("entry", entry_);
-        visit("next", next_);
+    void entryIs(PtrConst<CommunityValue> entry) {
+        entry_ = std::move(entry);
+        standsOn({.isLevel = false}, entry_, next_);
+    }
+    void nextIs(Ptr<CommunityLinkedList> next) {
+        next_ = std::move(next);
+        standsOn({.isLevel = false}, entry_, next_);
+    }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(entry_, next_);
     }
 
     NodeClass const & typeData() const override;
@@ -154,31 +165,31 @@ private:
     Ptr<CommunityLinkedList> next_;
 };
 
-Ptr<CommunityLinkedList> communityLinkedListFactory(
-    U64 aetNodeKey, PtrConst<CommunityValue> entry, Ptr<CommunityLinkedList> next);
+Ptr<CommunityLinkedList> communityLinkedListFactory(U64 aetNodeKey, PtrConst<CommunityValue> entry,
+                                                    Ptr<CommunityLinkedList> next);
 
 /// A community set written in a function.
-class CommunitySetImmediate final : public CommunitySet, public CachedConstant<CommunitySmallVector> {
+class CommunitySetImmediate final : public CommunitySet,
+                                    public CachedConstant<CommunitySmallVector> {
 public:
     static constexpr U16 classNumber = 19;
 
     CommunitySetImmediate(U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable);
-    static Ptr<CommunitySetImmediate> CommunitySetImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable);
+    static Ptr<CommunitySetImmediate>
+    CommunitySetImmediateIs(U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable);
 
     PtrConst<CommunityLinkedList> const & head() const { return head_; }
     bool const & cachable() const { return cachable_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("head", head_);
-        visit("cachable", cachable_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(head_, cachable_);
     }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    CommunitySmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<CommunitySmallVector> & fresh) const override;
+    CommunitySmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -190,8 +201,7 @@ private:
     bool cachable_;
 };
 
-Ptr<CommunitySetImmediate> communitySetImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable);
-
+Ptr<CommunitySetImmediate>
+communitySetImmediateFactory(U64 aetNodeKey, PtrConst<CommunityLinkedList> head, bool cachable);
 
 } // namespace Qcf::Eval

@@ -13,20 +13,19 @@ class CommunityValueDynamic final : public CommunityValue {
 public:
     static constexpr U16 classNumber = 20;
 
-    CommunityValueDynamic(
-        U64 aetNodeKey, PtrConst<CommunityValue> val, PtrConst<CommunityValue> dynamicVal,
-        Acl::CommunityValue dynamicValMask);
-    static Ptr<CommunityValueDynamic> CommunityValueDynamicIs(
-        U64 aetNodeKey, PtrConst<CommunityValue> val, PtrConst<CommunityValue> dynamicVal,
-        Acl::CommunityValue dynamicValMask);
+    CommunityValueDynamic(U64 aetNodeKey, PtrConst<CommunityValue> val,
+                          PtrConst<CommunityValue> dynamicVal, Acl::CommunityValue dynamicValMask);
+    static Ptr<CommunityValueDynamic> CommunityValueDynamicIs(U64 aetNodeKey,
+                                                              PtrConst<CommunityValue> val,
+                                                              PtrConst<CommunityValue> dynamicVal,
+                                                              Acl::CommunityValue dynamicValMask);
 
     PtrConst<CommunityValue> const & val() const { return val_; }
     PtrConst<CommunityValue> const & dynamicVal() const { return dynamicVal_; }
     Acl::CommunityValue const & dynamicValMask() const { return dynamicValMask_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("val", val_);
-        visit("dynamicVal", dynamicVal_);
-        visit("dynamicValMask", dynamicValMask_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(val_, dynamicVal_, dynamicValMask_);
     }
 
     NodeClass const & typeData() const override;
@@ -45,9 +44,10 @@ private:
     Acl::CommunityValue dynamicValMask_;
 };
 
-Ptr<CommunityValueDynamic> communityValueDynamicFactory(
-    U64 aetNodeKey, PtrConst<CommunityValue> val, PtrConst<CommunityValue> dynamicVal,
-    Acl::CommunityValue dynamicValMask);
+Ptr<CommunityValueDynamic> communityValueDynamicFactory(U64 aetNodeKey,
+                                                        PtrConst<CommunityValue> val,
+                                                        PtrConst<CommunityValue> dynamicVal,
+                                                        Acl::CommunityValue dynamicValMask);
 
 /// A bandwidth as the bits of a float, bytes per second, shifted by `offset`.
 class BandwidthToCommunityValue final : public CommunityValue {
@@ -55,14 +55,14 @@ public:
     static constexpr U16 classNumber = 21;
 
     BandwidthToCommunityValue(U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset);
-    static Ptr<BandwidthToCommunityValue> BandwidthToCommunityValueIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset);
+    static Ptr<BandwidthToCommunityValue>
+    BandwidthToCommunityValueIs(U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset);
 
     PtrConst<Bandwidth> const & bandwidthVal() const { return bandwidthVal_; }
     U8 const & offset() const { return offset_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("bandwidthVal", bandwidthVal_);
-        visit("offset", offset_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(bandwidthVal_, offset_);
     }
 
     NodeClass const & typeData() const override;
@@ -82,8 +82,8 @@ private:
     U8 offset_;
 };
 
-Ptr<BandwidthToCommunityValue> bandwidthToCommunityValueFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset);
+Ptr<BandwidthToCommunityValue>
+bandwidthToCommunityValueFactory(U64 aetNodeKey, PtrConst<Bandwidth> bandwidthVal, U8 offset);
 
 /// The link-bandwidth community of a set; all zero when it has none.
 class ExtCommSetToLinkBandwidthExtCommValue final : public CommunityValue {
@@ -91,12 +91,13 @@ public:
     static constexpr U16 classNumber = 22;
 
     ExtCommSetToLinkBandwidthExtCommValue(U64 aetNodeKey, PtrConst<CommunitySet> extCommSet);
-    static Ptr<ExtCommSetToLinkBandwidthExtCommValue> ExtCommSetToLinkBandwidthExtCommValueIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> extCommSet);
+    static Ptr<ExtCommSetToLinkBandwidthExtCommValue>
+    ExtCommSetToLinkBandwidthExtCommValueIs(U64 aetNodeKey, PtrConst<CommunitySet> extCommSet);
 
     PtrConst<CommunitySet> const & extCommSet() const { return extCommSet_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("extCommSet", extCommSet_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(extCommSet_);
     }
 
     NodeClass const & typeData() const override;
@@ -113,8 +114,7 @@ private:
     PtrConst<CommunitySet> extCommSet_;
 };
 
-Ptr<ExtCommSetToLinkBandwidthExtCommValue> extCommSetToLinkBandwidthExtCommValueFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> extCommSet);
-
+Ptr<ExtCommSetToLinkBandwidthExtCommValue>
+extCommSetToLinkBandwidthExtCommValueFactory(U64 aetNodeKey, PtrConst<CommunitySet> extCommSet);
 
 } // namespace Qcf::Eval

@@ -13,25 +13,21 @@ class Function final : public FunctionBase, public FunctionState {
 public:
     static constexpr U16 classNumber = 0;
 
-    Function(
-        U64 aetNodeKey, String funcName, FunctionMetadata metadata,
-        Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
-        bool argumentsExpected, PtrConst<Block> body);
-    static Ptr<Function> FunctionIs(
-        U64 aetNodeKey, String funcName, FunctionMetadata metadata,
-        Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
-        bool argumentsExpected, PtrConst<Block> body);
+    Function(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
+             Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
+             bool argumentsExpected, PtrConst<Block> body);
+    static Ptr<Function> FunctionIs(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
+                                    Routing::Policy::RouteMapFeatures features,
+                                    AccessibleAttributes accessedAttributes, bool argumentsExpected,
+                                    PtrConst<Block> body);
 
     AccessibleAttributes const & accessedAttributes() const { return accessedAttributes_; }
     bool const & argumentsExpected() const { return argumentsExpected_; }
     PtrConst<Block> const & body() const { return body_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("funcName", funcName());
-        visit("metadata", metadata());
-        visit("features", features());
-        visit("accessedAttributes", accessedAttributes_);
-        visit("argumentsExpected", argumentsExpected_);
-        visit("body", body_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(funcName(), metadata(), features(), accessedAttributes_, argumentsExpected_,
+                   body_);
     }
 
     NodeClass const & typeData() const override;
@@ -51,10 +47,10 @@ private:
     PtrConst<Block> body_;
 };
 
-Ptr<Function> functionFactory(
-    U64 aetNodeKey, String funcName, FunctionMetadata metadata,
-    Routing::Policy::RouteMapFeatures features, AccessibleAttributes accessedAttributes,
-    bool argumentsExpected, PtrConst<Block> body);
+Ptr<Function> functionFactory(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
+                              Routing::Policy::RouteMapFeatures features,
+                              AccessibleAttributes accessedAttributes, bool argumentsExpected,
+                              PtrConst<Block> body);
 
 /// A link of a chain of expressions, in source order.
 class ExpressionList final : public AetNodeBase {
@@ -62,14 +58,14 @@ public:
     static constexpr U16 classNumber = 1;
 
     ExpressionList(U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next);
-    static Ptr<ExpressionList> ExpressionListIs(
-        U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next);
+    static Ptr<ExpressionList> ExpressionListIs(U64 aetNodeKey, PtrConst<Expression> entry,
+                                                PtrConst<ExpressionList> next);
 
     PtrConst<Expression> const & entry() const { return entry_; }
     PtrConst<ExpressionList> const & next() const { return next_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("entry", entry_);
-        visit("next", next_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(entry_, next_);
     }
 
     NodeClass const & typeData() const override;
@@ -85,8 +81,8 @@ private:
     PtrConst<ExpressionList> next_;
 };
 
-Ptr<ExpressionList> expressionListFactory(
-    U64 aetNodeKey, PtrConst<Expression> entry, PtrConst<ExpressionList> next);
+Ptr<ExpressionList> expressionListFactory(U64 aetNodeKey, PtrConst<Expression> entry,
+                                          PtrConst<ExpressionList> next);
 
 /// Statements in order; unknown when none of them terminates.
 class Block final : public Expression {
@@ -97,8 +93,9 @@ public:
     static Ptr<Block> BlockIs(U64 aetNodeKey, PtrConst<ExpressionList> stmts);
 
     PtrConst<ExpressionList> const & stmts() const { return stmts_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("stmts", stmts_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(stmts_);
     }
 
     NodeClass const & typeData() const override;
@@ -127,7 +124,10 @@ public:
     explicit AndOperator(U64 aetNodeKey);
     static Ptr<AndOperator> AndOperatorIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     String toStrep() const override;
@@ -148,7 +148,10 @@ public:
     explicit OrOperator(U64 aetNodeKey);
     static Ptr<OrOperator> OrOperatorIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     String toStrep() const override;
@@ -169,7 +172,10 @@ public:
     explicit SequentialOperator(U64 aetNodeKey);
     static Ptr<SequentialOperator> SequentialOperatorIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     String toStrep() const override;
@@ -188,16 +194,17 @@ class LogicalOperatorList final : public AetNodeBase {
 public:
     static constexpr U16 classNumber = 6;
 
-    LogicalOperatorList(
-        U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next);
-    static Ptr<LogicalOperatorList> LogicalOperatorListIs(
-        U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next);
+    LogicalOperatorList(U64 aetNodeKey, PtrConst<LogicalOperator> entry,
+                        PtrConst<LogicalOperatorList> next);
+    static Ptr<LogicalOperatorList> LogicalOperatorListIs(U64 aetNodeKey,
+                                                          PtrConst<LogicalOperator> entry,
+                                                          PtrConst<LogicalOperatorList> next);
 
     PtrConst<LogicalOperator> const & entry() const { return entry_; }
     PtrConst<LogicalOperatorList> const & next() const { return next_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("entry", entry_);
-        visit("next", next_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(entry_, next_);
     }
 
     NodeClass const & typeData() const override;
@@ -213,26 +220,25 @@ private:
     PtrConst<LogicalOperatorList> next_;
 };
 
-Ptr<LogicalOperatorList> logicalOperatorListFactory(
-    U64 aetNodeKey, PtrConst<LogicalOperator> entry, PtrConst<LogicalOperatorList> next);
+Ptr<LogicalOperatorList> logicalOperatorListFactory(U64 aetNodeKey, PtrConst<LogicalOperator> entry,
+                                                    PtrConst<LogicalOperatorList> next);
 
 /// Operands joined by one kind of logical operator.
 class LogicalOperatorExpression final : public Expression {
 public:
     static constexpr U16 classNumber = 7;
 
-    LogicalOperatorExpression(
-        U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
-        PtrConst<LogicalOperatorList> operatorList);
-    static Ptr<LogicalOperatorExpression> LogicalOperatorExpressionIs(
-        U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
-        PtrConst<LogicalOperatorList> operatorList);
+    LogicalOperatorExpression(U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
+                              PtrConst<LogicalOperatorList> operatorList);
+    static Ptr<LogicalOperatorExpression>
+    LogicalOperatorExpressionIs(U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
+                                PtrConst<LogicalOperatorList> operatorList);
 
     PtrConst<ExpressionList> const & expressionList() const { return expressionList_; }
     PtrConst<LogicalOperatorList> const & operatorList() const { return operatorList_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("expressionList", expressionList_);
-        visit("operatorList", operatorList_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(expressionList_, operatorList_);
     }
 
     NodeClass const & typeData() const override;
@@ -252,9 +258,9 @@ private:
     PtrConst<LogicalOperatorList> operatorList_;
 };
 
-Ptr<LogicalOperatorExpression> logicalOperatorExpressionFactory(
-    U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
-    PtrConst<LogicalOperatorList> operatorList);
+Ptr<LogicalOperatorExpression>
+logicalOperatorExpressionFactory(U64 aetNodeKey, PtrConst<ExpressionList> expressionList,
+                                 PtrConst<LogicalOperatorList> operatorList);
 
 /// Turns true to false and both false and unknown to true.
 class NotExpression final : public Expression {
@@ -265,8 +271,9 @@ public:
     static Ptr<NotExpression> NotExpressionIs(U64 aetNodeKey, PtrConst<Expression> expr);
 
     PtrConst<Expression> const & expr() const { return expr_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("expr", expr_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(expr_);
     }
 
     NodeClass const & typeData() const override;
@@ -292,20 +299,18 @@ class IfExpression final : public Expression {
 public:
     static constexpr U16 classNumber = 9;
 
-    IfExpression(
-        U64 aetNodeKey, PtrConst<Expression> condition, PtrConst<Block> thenBlock,
-        PtrConst<Expression> elseBlock);
-    static Ptr<IfExpression> IfExpressionIs(
-        U64 aetNodeKey, PtrConst<Expression> condition, PtrConst<Block> thenBlock,
-        PtrConst<Expression> elseBlock);
+    IfExpression(U64 aetNodeKey, PtrConst<Expression> condition, PtrConst<Block> thenBlock,
+                 PtrConst<Expression> elseBlock);
+    static Ptr<IfExpression> IfExpressionIs(U64 aetNodeKey, PtrConst<Expression> condition,
+                                            PtrConst<Block> thenBlock,
+                                            PtrConst<Expression> elseBlock);
 
     PtrConst<Expression> const & condition() const { return condition_; }
     PtrConst<Block> const & thenBlock() const { return thenBlock_; }
     PtrConst<Expression> const & elseBlock() const { return elseBlock_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("condition", condition_);
-        visit("thenBlock", thenBlock_);
-        visit("elseBlock", elseBlock_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(condition_, thenBlock_, elseBlock_);
     }
 
     NodeClass const & typeData() const override;
@@ -326,9 +331,8 @@ private:
     PtrConst<Expression> elseBlock_;
 };
 
-Ptr<IfExpression> ifExpressionFactory(
-    U64 aetNodeKey, PtrConst<Expression> condition, PtrConst<Block> thenBlock,
-    PtrConst<Expression> elseBlock);
+Ptr<IfExpression> ifExpressionFactory(U64 aetNodeKey, PtrConst<Expression> condition,
+                                      PtrConst<Block> thenBlock, PtrConst<Expression> elseBlock);
 
 /// Ends the enclosing function with the operand's value.
 class ReturnExpression final : public Expression {
@@ -339,8 +343,9 @@ public:
     static Ptr<ReturnExpression> ReturnExpressionIs(U64 aetNodeKey, PtrConst<Expression> expr);
 
     PtrConst<Expression> const & expr() const { return expr_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("expr", expr_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(expr_);
     }
 
     NodeClass const & typeData() const override;
@@ -370,8 +375,9 @@ public:
     static Ptr<ExitExpression> ExitExpressionIs(U64 aetNodeKey, PtrConst<Expression> expr);
 
     PtrConst<Expression> const & expr() const { return expr_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("expr", expr_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(expr_);
     }
 
     NodeClass const & typeData() const override;
@@ -398,12 +404,13 @@ public:
     static constexpr U16 classNumber = 12;
 
     TriStateBoolExpression(U64 aetNodeKey, PtrConst<TriStateBool> expr);
-    static Ptr<TriStateBoolExpression> TriStateBoolExpressionIs(
-        U64 aetNodeKey, PtrConst<TriStateBool> expr);
+    static Ptr<TriStateBoolExpression> TriStateBoolExpressionIs(U64 aetNodeKey,
+                                                                PtrConst<TriStateBool> expr);
 
     PtrConst<TriStateBool> const & expr() const { return expr_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("expr", expr_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(expr_);
     }
 
     NodeClass const & typeData() const override;
@@ -421,24 +428,25 @@ private:
     PtrConst<TriStateBool> expr_;
 };
 
-Ptr<TriStateBoolExpression> triStateBoolExpressionFactory(
-    U64 aetNodeKey, PtrConst<TriStateBool> expr);
+Ptr<TriStateBoolExpression> triStateBoolExpressionFactory(U64 aetNodeKey,
+                                                          PtrConst<TriStateBool> expr);
 
 /// A link of a call's arguments.
 class FunctionArgumentList final : public AetNodeBase {
 public:
     static constexpr U16 classNumber = 13;
 
-    FunctionArgumentList(
-        U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next);
-    static Ptr<FunctionArgumentList> FunctionArgumentListIs(
-        U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next);
+    FunctionArgumentList(U64 aetNodeKey, PtrConst<StorageType> entry,
+                         PtrConst<FunctionArgumentList> next);
+    static Ptr<FunctionArgumentList> FunctionArgumentListIs(U64 aetNodeKey,
+                                                            PtrConst<StorageType> entry,
+                                                            PtrConst<FunctionArgumentList> next);
 
     PtrConst<StorageType> const & entry() const { return entry_; }
     PtrConst<FunctionArgumentList> const & next() const { return next_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("entry", entry_);
-        visit("next", next_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(entry_, next_);
     }
 
     NodeClass const & typeData() const override;
@@ -447,8 +455,8 @@ public:
     /// At most so many arguments of one type are passed.
     static constexpr U32 maximumFunctionArgumentCount() { return 16; }
     /// Pushes this link's argument onto the frame of a call.
-    void pushFuncArgToStack(
-        Ptr<EvalContextBase> const & context, StackFrameDataBase_ * frame) const;
+    void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
+                            StackFrameDataBase_ * frame) const;
     /// The arguments' texts joined by a comma and a blank.
     String toStrep() const;
 
@@ -461,30 +469,27 @@ private:
     PtrConst<FunctionArgumentList> next_;
 };
 
-Ptr<FunctionArgumentList> functionArgumentListFactory(
-    U64 aetNodeKey, PtrConst<StorageType> entry, PtrConst<FunctionArgumentList> next);
+Ptr<FunctionArgumentList> functionArgumentListFactory(U64 aetNodeKey, PtrConst<StorageType> entry,
+                                                      PtrConst<FunctionArgumentList> next);
 
 /// Calls a function with arguments on a frame of its own.
 class FunctionCallExpression final : public Expression {
 public:
     static constexpr U16 classNumber = 14;
 
-    FunctionCallExpression(
-        U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
-        PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
-    static Ptr<FunctionCallExpression> FunctionCallExpressionIs(
-        U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
-        PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
+    FunctionCallExpression(U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
+                           PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
+    static Ptr<FunctionCallExpression>
+    FunctionCallExpressionIs(U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
+                             PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
 
     String const & calleeName() const { return calleeName_; }
     PtrConst<Function> const & calleePtr() const { return calleePtr_; }
     PtrConst<FunctionArgumentList> const & argListHead() const { return argListHead_; }
     U32 const & functionCallId() const { return functionCallId_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("calleeName", calleeName_);
-        visit("calleePtr", calleePtr_);
-        visit("argListHead", argListHead_);
-        visit("functionCallId", functionCallId_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(calleeName_, calleePtr_, argListHead_, functionCallId_);
     }
 
     NodeClass const & typeData() const override;
@@ -505,9 +510,8 @@ private:
     U32 functionCallId_;
 };
 
-Ptr<FunctionCallExpression> functionCallExpressionFactory(
-    U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
-    PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
-
+Ptr<FunctionCallExpression>
+functionCallExpressionFactory(U64 aetNodeKey, String calleeName, PtrConst<Function> calleePtr,
+                              PtrConst<FunctionArgumentList> argListHead, U32 functionCallId);
 
 } // namespace Qcf::Eval

@@ -4,8 +4,8 @@
 
 /// The operators that compare, assign and modify values.
 
-#include "QcfLib/QcfEvalValueBases.h"
 #include "QcfLib/QcfEvalCollectionsGenerated.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
 namespace Qcf::Eval {
 
@@ -14,16 +14,17 @@ class ExtCommunitySetAddImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 23;
 
-    ExtCommunitySetAddImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<ExtCommunitySetAddImmediate> ExtCommunitySetAddImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+    ExtCommunitySetAddImmediate(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<ExtCommunitySetAddImmediate>
+    ExtCommunitySetAddImmediateIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -42,17 +43,19 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<ExtCommunitySetAddImmediate> extCommunitySetAddImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+Ptr<ExtCommunitySetAddImmediate>
+extCommunitySetAddImmediateFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                   PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` is a singleton or lies in a closed range.
 class IntInImmediateSetWithRanges final : public Expression {
 public:
     static constexpr U16 classNumber = 24;
 
-    IntInImmediateSetWithRanges(
-        U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSetImmediate> singletons,
-        PtrConst<IntListImmediate> lowerBounds, PtrConst<IntListImmediate> upperBounds);
+    IntInImmediateSetWithRanges(U64 aetNodeKey, PtrConst<Int> lhs,
+                                PtrConst<IntSetImmediate> singletons,
+                                PtrConst<IntListImmediate> lowerBounds,
+                                PtrConst<IntListImmediate> upperBounds);
     static Ptr<IntInImmediateSetWithRanges> IntInImmediateSetWithRangesIs(
         U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSetImmediate> singletons,
         PtrConst<IntListImmediate> lowerBounds, PtrConst<IntListImmediate> upperBounds);
@@ -61,11 +64,9 @@ public:
     PtrConst<IntSetImmediate> const & singletons() const { return singletons_; }
     PtrConst<IntListImmediate> const & lowerBounds() const { return lowerBounds_; }
     PtrConst<IntListImmediate> const & upperBounds() const { return upperBounds_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("singletons", singletons_);
-        visit("lowerBounds", lowerBounds_);
-        visit("upperBounds", upperBounds_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, singletons_, lowerBounds_, upperBounds_);
     }
 
     NodeClass const & typeData() const override;
@@ -95,14 +96,14 @@ public:
     static constexpr U16 classNumber = 125;
 
     BandwidthGreaterThan(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
-    static Ptr<BandwidthGreaterThan> BandwidthGreaterThanIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+    static Ptr<BandwidthGreaterThan> BandwidthGreaterThanIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                            PtrConst<Bandwidth> rhs);
 
     PtrConst<Bandwidth> const & lhs() const { return lhs_; }
     PtrConst<Bandwidth> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -120,8 +121,8 @@ private:
     PtrConst<Bandwidth> rhs_;
 };
 
-Ptr<BandwidthGreaterThan> bandwidthGreaterThanFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+Ptr<BandwidthGreaterThan> bandwidthGreaterThanFactory(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                      PtrConst<Bandwidth> rhs);
 
 /// True when `lhs` is at least `rhs`.
 class BandwidthGreaterThanEq final : public Expression {
@@ -129,14 +130,14 @@ public:
     static constexpr U16 classNumber = 126;
 
     BandwidthGreaterThanEq(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
-    static Ptr<BandwidthGreaterThanEq> BandwidthGreaterThanEqIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+    static Ptr<BandwidthGreaterThanEq>
+    BandwidthGreaterThanEqIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
 
     PtrConst<Bandwidth> const & lhs() const { return lhs_; }
     PtrConst<Bandwidth> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -154,8 +155,8 @@ private:
     PtrConst<Bandwidth> rhs_;
 };
 
-Ptr<BandwidthGreaterThanEq> bandwidthGreaterThanEqFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+Ptr<BandwidthGreaterThanEq> bandwidthGreaterThanEqFactory(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                          PtrConst<Bandwidth> rhs);
 
 /// True when `lhs` is equal to `rhs`.
 class BandwidthIs final : public Expression {
@@ -163,14 +164,14 @@ public:
     static constexpr U16 classNumber = 127;
 
     BandwidthIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
-    static Ptr<BandwidthIs> BandwidthIsIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+    static Ptr<BandwidthIs> BandwidthIsIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                          PtrConst<Bandwidth> rhs);
 
     PtrConst<Bandwidth> const & lhs() const { return lhs_; }
     PtrConst<Bandwidth> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -188,8 +189,8 @@ private:
     PtrConst<Bandwidth> rhs_;
 };
 
-Ptr<BandwidthIs> bandwidthIsFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+Ptr<BandwidthIs> bandwidthIsFactory(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                    PtrConst<Bandwidth> rhs);
 
 /// True when `lhs` is below `rhs`.
 class BandwidthLessThan final : public Expression {
@@ -197,14 +198,14 @@ public:
     static constexpr U16 classNumber = 128;
 
     BandwidthLessThan(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
-    static Ptr<BandwidthLessThan> BandwidthLessThanIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+    static Ptr<BandwidthLessThan> BandwidthLessThanIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                      PtrConst<Bandwidth> rhs);
 
     PtrConst<Bandwidth> const & lhs() const { return lhs_; }
     PtrConst<Bandwidth> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -222,8 +223,8 @@ private:
     PtrConst<Bandwidth> rhs_;
 };
 
-Ptr<BandwidthLessThan> bandwidthLessThanFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+Ptr<BandwidthLessThan> bandwidthLessThanFactory(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                PtrConst<Bandwidth> rhs);
 
 /// True when `lhs` is at most `rhs`.
 class BandwidthLessThanEq final : public Expression {
@@ -231,14 +232,14 @@ public:
     static constexpr U16 classNumber = 129;
 
     BandwidthLessThanEq(U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
-    static Ptr<BandwidthLessThanEq> BandwidthLessThanEqIs(
-        U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+    static Ptr<BandwidthLessThanEq> BandwidthLessThanEqIs(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                          PtrConst<Bandwidth> rhs);
 
     PtrConst<Bandwidth> const & lhs() const { return lhs_; }
     PtrConst<Bandwidth> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -256,8 +257,8 @@ private:
     PtrConst<Bandwidth> rhs_;
 };
 
-Ptr<BandwidthLessThanEq> bandwidthLessThanEqFactory(
-    U64 aetNodeKey, PtrConst<Bandwidth> lhs, PtrConst<Bandwidth> rhs);
+Ptr<BandwidthLessThanEq> bandwidthLessThanEqFactory(U64 aetNodeKey, PtrConst<Bandwidth> lhs,
+                                                    PtrConst<Bandwidth> rhs);
 
 /// True when `lhs` is above `rhs`.
 class IntGreaterThan final : public Expression {
@@ -265,14 +266,14 @@ public:
     static constexpr U16 classNumber = 132;
 
     IntGreaterThan(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs);
-    static Ptr<IntGreaterThan> IntGreaterThanIs(
-        U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs);
+    static Ptr<IntGreaterThan> IntGreaterThanIs(U64 aetNodeKey, PtrConst<Int> lhs,
+                                                PtrConst<Int> rhs);
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -299,14 +300,14 @@ public:
     static constexpr U16 classNumber = 133;
 
     IntGreaterThanEq(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs);
-    static Ptr<IntGreaterThanEq> IntGreaterThanEqIs(
-        U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<Int> rhs);
+    static Ptr<IntGreaterThanEq> IntGreaterThanEqIs(U64 aetNodeKey, PtrConst<Int> lhs,
+                                                    PtrConst<Int> rhs);
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -333,14 +334,14 @@ public:
     static constexpr U16 classNumber = 134;
 
     IntInImmediateSet(U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntInImmediateSet> IntInImmediateSetIs(
-        U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntInImmediateSet> IntInImmediateSetIs(U64 aetNodeKey, PtrConst<Int> lhs,
+                                                      PtrConst<IntSet> rhs);
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -359,8 +360,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntInImmediateSet> intInImmediateSetFactory(
-    U64 aetNodeKey, PtrConst<Int> lhs, PtrConst<IntSet> rhs);
+Ptr<IntInImmediateSet> intInImmediateSetFactory(U64 aetNodeKey, PtrConst<Int> lhs,
+                                                PtrConst<IntSet> rhs);
 
 /// True when `lhs` is equal to `rhs`.
 class IntIs final : public Expression {
@@ -372,9 +373,9 @@ public:
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -405,9 +406,9 @@ public:
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -438,9 +439,9 @@ public:
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -467,16 +468,15 @@ public:
     static constexpr U16 classNumber = 138;
 
     IntMatchTagSet(U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName, U16 index);
-    static Ptr<IntMatchTagSet> IntMatchTagSetIs(
-        U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName, U16 index);
+    static Ptr<IntMatchTagSet> IntMatchTagSetIs(U64 aetNodeKey, PtrConst<Int> lhs,
+                                                String tagSetName, U16 index);
 
     PtrConst<Int> const & lhs() const { return lhs_; }
     String const & tagSetName() const { return tagSetName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("tagSetName", tagSetName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, tagSetName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -496,8 +496,8 @@ private:
     U16 index_;
 };
 
-Ptr<IntMatchTagSet> intMatchTagSetFactory(
-    U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName, U16 index);
+Ptr<IntMatchTagSet> intMatchTagSetFactory(U64 aetNodeKey, PtrConst<Int> lhs, String tagSetName,
+                                          U16 index);
 
 /// Writes `rhs`, forced into the range of `lhs`; true.
 class IntAssign final : public Expression {
@@ -505,14 +505,14 @@ public:
     static constexpr U16 classNumber = 139;
 
     IntAssign(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
-    static Ptr<IntAssign> IntAssignIs(
-        U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
+    static Ptr<IntAssign> IntAssignIs(U64 aetNodeKey, PtrConst<IntModifiable> lhs,
+                                      PtrConst<Int> rhs);
 
     PtrConst<IntModifiable> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -539,14 +539,14 @@ public:
     static constexpr U16 classNumber = 140;
 
     IntMinusEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
-    static Ptr<IntMinusEq> IntMinusEqIs(
-        U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
+    static Ptr<IntMinusEq> IntMinusEqIs(U64 aetNodeKey, PtrConst<IntModifiable> lhs,
+                                        PtrConst<Int> rhs);
 
     PtrConst<IntModifiable> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -573,14 +573,14 @@ public:
     static constexpr U16 classNumber = 141;
 
     IntMultEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
-    static Ptr<IntMultEq> IntMultEqIs(
-        U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
+    static Ptr<IntMultEq> IntMultEqIs(U64 aetNodeKey, PtrConst<IntModifiable> lhs,
+                                      PtrConst<Int> rhs);
 
     PtrConst<IntModifiable> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -607,14 +607,14 @@ public:
     static constexpr U16 classNumber = 142;
 
     IntPlusEq(U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
-    static Ptr<IntPlusEq> IntPlusEqIs(
-        U64 aetNodeKey, PtrConst<IntModifiable> lhs, PtrConst<Int> rhs);
+    static Ptr<IntPlusEq> IntPlusEqIs(U64 aetNodeKey, PtrConst<IntModifiable> lhs,
+                                      PtrConst<Int> rhs);
 
     PtrConst<IntModifiable> const & lhs() const { return lhs_; }
     PtrConst<Int> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -641,14 +641,14 @@ public:
     static constexpr U16 classNumber = 145;
 
     CommunityValueIn(U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunityValueIn> CommunityValueInIs(
-        U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunitySet> rhs);
+    static Ptr<CommunityValueIn> CommunityValueInIs(U64 aetNodeKey, PtrConst<CommunityValue> lhs,
+                                                    PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunityValue> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -666,8 +666,8 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunityValueIn> communityValueInFactory(
-    U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunityValueIn> communityValueInFactory(U64 aetNodeKey, PtrConst<CommunityValue> lhs,
+                                              PtrConst<CommunitySet> rhs);
 
 /// True when the two communities are equal.
 class CommunityValueIs final : public Expression {
@@ -675,14 +675,14 @@ public:
     static constexpr U16 classNumber = 146;
 
     CommunityValueIs(U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunityValue> rhs);
-    static Ptr<CommunityValueIs> CommunityValueIsIs(
-        U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunityValue> rhs);
+    static Ptr<CommunityValueIs> CommunityValueIsIs(U64 aetNodeKey, PtrConst<CommunityValue> lhs,
+                                                    PtrConst<CommunityValue> rhs);
 
     PtrConst<CommunityValue> const & lhs() const { return lhs_; }
     PtrConst<CommunityValue> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -700,24 +700,25 @@ private:
     PtrConst<CommunityValue> rhs_;
 };
 
-Ptr<CommunityValueIs> communityValueIsFactory(
-    U64 aetNodeKey, PtrConst<CommunityValue> lhs, PtrConst<CommunityValue> rhs);
+Ptr<CommunityValueIs> communityValueIsFactory(U64 aetNodeKey, PtrConst<CommunityValue> lhs,
+                                              PtrConst<CommunityValue> rhs);
 
 /// Replaces the resolution RIBs; true.
 class ResolutionRibsAssign final : public Expression {
 public:
     static constexpr U16 classNumber = 147;
 
-    ResolutionRibsAssign(
-        U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs, PtrConst<ResolutionRibs> rhs);
-    static Ptr<ResolutionRibsAssign> ResolutionRibsAssignIs(
-        U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs, PtrConst<ResolutionRibs> rhs);
+    ResolutionRibsAssign(U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs,
+                         PtrConst<ResolutionRibs> rhs);
+    static Ptr<ResolutionRibsAssign> ResolutionRibsAssignIs(U64 aetNodeKey,
+                                                            PtrConst<ResolutionRibsModifiable> lhs,
+                                                            PtrConst<ResolutionRibs> rhs);
 
     PtrConst<ResolutionRibsModifiable> const & lhs() const { return lhs_; }
     PtrConst<ResolutionRibs> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -735,8 +736,9 @@ private:
     PtrConst<ResolutionRibs> rhs_;
 };
 
-Ptr<ResolutionRibsAssign> resolutionRibsAssignFactory(
-    U64 aetNodeKey, PtrConst<ResolutionRibsModifiable> lhs, PtrConst<ResolutionRibs> rhs);
+Ptr<ResolutionRibsAssign> resolutionRibsAssignFactory(U64 aetNodeKey,
+                                                      PtrConst<ResolutionRibsModifiable> lhs,
+                                                      PtrConst<ResolutionRibs> rhs);
 
 /// True when the two values are equal, unknown included.
 class TriStateBoolIs final : public Expression {
@@ -744,14 +746,14 @@ public:
     static constexpr U16 classNumber = 150;
 
     TriStateBoolIs(U64 aetNodeKey, PtrConst<TriStateBool> lhs, PtrConst<TriStateBool> rhs);
-    static Ptr<TriStateBoolIs> TriStateBoolIsIs(
-        U64 aetNodeKey, PtrConst<TriStateBool> lhs, PtrConst<TriStateBool> rhs);
+    static Ptr<TriStateBoolIs> TriStateBoolIsIs(U64 aetNodeKey, PtrConst<TriStateBool> lhs,
+                                                PtrConst<TriStateBool> rhs);
 
     PtrConst<TriStateBool> const & lhs() const { return lhs_; }
     PtrConst<TriStateBool> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -769,8 +771,8 @@ private:
     PtrConst<TriStateBool> rhs_;
 };
 
-Ptr<TriStateBoolIs> triStateBoolIsFactory(
-    U64 aetNodeKey, PtrConst<TriStateBool> lhs, PtrConst<TriStateBool> rhs);
+Ptr<TriStateBoolIs> triStateBoolIsFactory(U64 aetNodeKey, PtrConst<TriStateBool> lhs,
+                                          PtrConst<TriStateBool> rhs);
 
 /// True when the six bytes are equal.
 class MacAddressIs final : public Expression {
@@ -778,14 +780,14 @@ public:
     static constexpr U16 classNumber = 153;
 
     MacAddressIs(U64 aetNodeKey, PtrConst<MacAddress> lhs, PtrConst<MacAddress> rhs);
-    static Ptr<MacAddressIs> MacAddressIsIs(
-        U64 aetNodeKey, PtrConst<MacAddress> lhs, PtrConst<MacAddress> rhs);
+    static Ptr<MacAddressIs> MacAddressIsIs(U64 aetNodeKey, PtrConst<MacAddress> lhs,
+                                            PtrConst<MacAddress> rhs);
 
     PtrConst<MacAddress> const & lhs() const { return lhs_; }
     PtrConst<MacAddress> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -803,8 +805,8 @@ private:
     PtrConst<MacAddress> rhs_;
 };
 
-Ptr<MacAddressIs> macAddressIsFactory(
-    U64 aetNodeKey, PtrConst<MacAddress> lhs, PtrConst<MacAddress> rhs);
+Ptr<MacAddressIs> macAddressIsFactory(U64 aetNodeKey, PtrConst<MacAddress> lhs,
+                                      PtrConst<MacAddress> rhs);
 
 /// True when family and address are equal.
 class IpAddressIs final : public Expression {
@@ -812,14 +814,14 @@ public:
     static constexpr U16 classNumber = 155;
 
     IpAddressIs(U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<IpAddress> rhs);
-    static Ptr<IpAddressIs> IpAddressIsIs(
-        U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<IpAddress> rhs);
+    static Ptr<IpAddressIs> IpAddressIsIs(U64 aetNodeKey, PtrConst<IpAddress> lhs,
+                                          PtrConst<IpAddress> rhs);
 
     PtrConst<IpAddress> const & lhs() const { return lhs_; }
     PtrConst<IpAddress> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -837,8 +839,8 @@ private:
     PtrConst<IpAddress> rhs_;
 };
 
-Ptr<IpAddressIs> ipAddressIsFactory(
-    U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<IpAddress> rhs);
+Ptr<IpAddressIs> ipAddressIsFactory(U64 aetNodeKey, PtrConst<IpAddress> lhs,
+                                    PtrConst<IpAddress> rhs);
 
 /// True when the address is 0.0.0.0, :: or unset.
 class IpAddressIsAddrZero final : public Expression {
@@ -849,8 +851,9 @@ public:
     static Ptr<IpAddressIsAddrZero> IpAddressIsAddrZeroIs(U64 aetNodeKey, PtrConst<IpAddress> lhs);
 
     PtrConst<IpAddress> const & lhs() const { return lhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -875,14 +878,14 @@ public:
     static constexpr U16 classNumber = 157;
 
     IpAddressMatchPrefixList(U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs);
-    static Ptr<IpAddressMatchPrefixList> IpAddressMatchPrefixListIs(
-        U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs);
+    static Ptr<IpAddressMatchPrefixList>
+    IpAddressMatchPrefixListIs(U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs);
 
     PtrConst<IpAddress> const & lhs() const { return lhs_; }
     PtrConst<PrefixList> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -902,8 +905,8 @@ private:
     PtrConst<PrefixList> rhs_;
 };
 
-Ptr<IpAddressMatchPrefixList> ipAddressMatchPrefixListFactory(
-    U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs);
+Ptr<IpAddressMatchPrefixList>
+ipAddressMatchPrefixListFactory(U64 aetNodeKey, PtrConst<IpAddress> lhs, PtrConst<PrefixList> rhs);
 
 /// Replaces the address; true.
 class IpAddressAssign final : public Expression {
@@ -911,14 +914,14 @@ public:
     static constexpr U16 classNumber = 158;
 
     IpAddressAssign(U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs, PtrConst<IpAddress> rhs);
-    static Ptr<IpAddressAssign> IpAddressAssignIs(
-        U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs, PtrConst<IpAddress> rhs);
+    static Ptr<IpAddressAssign> IpAddressAssignIs(U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs,
+                                                  PtrConst<IpAddress> rhs);
 
     PtrConst<IpAddressModifiable> const & lhs() const { return lhs_; }
     PtrConst<IpAddress> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -936,8 +939,8 @@ private:
     PtrConst<IpAddress> rhs_;
 };
 
-Ptr<IpAddressAssign> ipAddressAssignFactory(
-    U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs, PtrConst<IpAddress> rhs);
+Ptr<IpAddressAssign> ipAddressAssignFactory(U64 aetNodeKey, PtrConst<IpAddressModifiable> lhs,
+                                            PtrConst<IpAddress> rhs);
 
 /// True when `lhs` lies inside `rhs`.
 class IpPrefixCoveredBy final : public Expression {
@@ -945,14 +948,14 @@ public:
     static constexpr U16 classNumber = 160;
 
     IpPrefixCoveredBy(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs);
-    static Ptr<IpPrefixCoveredBy> IpPrefixCoveredByIs(
-        U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs);
+    static Ptr<IpPrefixCoveredBy> IpPrefixCoveredByIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                                      PtrConst<IpPrefix> rhs);
 
     PtrConst<IpPrefix> const & lhs() const { return lhs_; }
     PtrConst<IpPrefix> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -970,8 +973,8 @@ private:
     PtrConst<IpPrefix> rhs_;
 };
 
-Ptr<IpPrefixCoveredBy> ipPrefixCoveredByFactory(
-    U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs);
+Ptr<IpPrefixCoveredBy> ipPrefixCoveredByFactory(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                                PtrConst<IpPrefix> rhs);
 
 /// True when the two prefixes are equal.
 class IpPrefixIs final : public Expression {
@@ -979,14 +982,14 @@ public:
     static constexpr U16 classNumber = 161;
 
     IpPrefixIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs);
-    static Ptr<IpPrefixIs> IpPrefixIsIs(
-        U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<IpPrefix> rhs);
+    static Ptr<IpPrefixIs> IpPrefixIsIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                        PtrConst<IpPrefix> rhs);
 
     PtrConst<IpPrefix> const & lhs() const { return lhs_; }
     PtrConst<IpPrefix> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1011,16 +1014,17 @@ class IpPrefixMatchCoveredPrefixList final : public Expression {
 public:
     static constexpr U16 classNumber = 162;
 
-    IpPrefixMatchCoveredPrefixList(
-        U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
-    static Ptr<IpPrefixMatchCoveredPrefixList> IpPrefixMatchCoveredPrefixListIs(
-        U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
+    IpPrefixMatchCoveredPrefixList(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                   PtrConst<PrefixList> rhs);
+    static Ptr<IpPrefixMatchCoveredPrefixList>
+    IpPrefixMatchCoveredPrefixListIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                     PtrConst<PrefixList> rhs);
 
     PtrConst<IpPrefix> const & lhs() const { return lhs_; }
     PtrConst<PrefixList> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1039,8 +1043,9 @@ private:
     PtrConst<PrefixList> rhs_;
 };
 
-Ptr<IpPrefixMatchCoveredPrefixList> ipPrefixMatchCoveredPrefixListFactory(
-    U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
+Ptr<IpPrefixMatchCoveredPrefixList> ipPrefixMatchCoveredPrefixListFactory(U64 aetNodeKey,
+                                                                          PtrConst<IpPrefix> lhs,
+                                                                          PtrConst<PrefixList> rhs);
 
 /// Matches the prefix against a prefix list; false without a list.
 class IpPrefixMatchPrefixList final : public Expression {
@@ -1048,14 +1053,14 @@ public:
     static constexpr U16 classNumber = 163;
 
     IpPrefixMatchPrefixList(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
-    static Ptr<IpPrefixMatchPrefixList> IpPrefixMatchPrefixListIs(
-        U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
+    static Ptr<IpPrefixMatchPrefixList>
+    IpPrefixMatchPrefixListIs(U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
 
     PtrConst<IpPrefix> const & lhs() const { return lhs_; }
     PtrConst<PrefixList> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1075,8 +1080,8 @@ private:
     PtrConst<PrefixList> rhs_;
 };
 
-Ptr<IpPrefixMatchPrefixList> ipPrefixMatchPrefixListFactory(
-    U64 aetNodeKey, PtrConst<IpPrefix> lhs, PtrConst<PrefixList> rhs);
+Ptr<IpPrefixMatchPrefixList> ipPrefixMatchPrefixListFactory(U64 aetNodeKey, PtrConst<IpPrefix> lhs,
+                                                            PtrConst<PrefixList> rhs);
 
 /// Matches the path against an AS-path access list.
 class AsPathMatchAsPathAccessList final : public Expression {
@@ -1084,16 +1089,15 @@ public:
     static constexpr U16 classNumber = 165;
 
     AsPathMatchAsPathAccessList(U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index);
-    static Ptr<AsPathMatchAsPathAccessList> AsPathMatchAsPathAccessListIs(
-        U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index);
+    static Ptr<AsPathMatchAsPathAccessList>
+    AsPathMatchAsPathAccessListIs(U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index);
 
     PtrConst<AsPath> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1113,8 +1117,9 @@ private:
     U16 index_;
 };
 
-Ptr<AsPathMatchAsPathAccessList> asPathMatchAsPathAccessListFactory(
-    U64 aetNodeKey, PtrConst<AsPath> lhs, String listName, U16 index);
+Ptr<AsPathMatchAsPathAccessList> asPathMatchAsPathAccessListFactory(U64 aetNodeKey,
+                                                                    PtrConst<AsPath> lhs,
+                                                                    String listName, U16 index);
 
 /// Replaces the path by one sequence; true.
 class AsPathAssign final : public Expression {
@@ -1122,14 +1127,14 @@ public:
     static constexpr U16 classNumber = 166;
 
     AsPathAssign(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
-    static Ptr<AsPathAssign> AsPathAssignIs(
-        U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
+    static Ptr<AsPathAssign> AsPathAssignIs(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs,
+                                            PtrConst<IntListImmediate> rhs);
 
     PtrConst<AsPathModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntListImmediate> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1147,8 +1152,8 @@ private:
     PtrConst<IntListImmediate> rhs_;
 };
 
-Ptr<AsPathAssign> asPathAssignFactory(
-    U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
+Ptr<AsPathAssign> asPathAssignFactory(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs,
+                                      PtrConst<IntListImmediate> rhs);
 
 /// Puts AS numbers in front of the path; true.
 class AsPathPrepend final : public Expression {
@@ -1156,14 +1161,14 @@ public:
     static constexpr U16 classNumber = 167;
 
     AsPathPrepend(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
-    static Ptr<AsPathPrepend> AsPathPrependIs(
-        U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
+    static Ptr<AsPathPrepend> AsPathPrependIs(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs,
+                                              PtrConst<IntListImmediate> rhs);
 
     PtrConst<AsPathModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntListImmediate> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1181,8 +1186,8 @@ private:
     PtrConst<IntListImmediate> rhs_;
 };
 
-Ptr<AsPathPrepend> asPathPrependFactory(
-    U64 aetNodeKey, PtrConst<AsPathModifiable> lhs, PtrConst<IntListImmediate> rhs);
+Ptr<AsPathPrepend> asPathPrependFactory(U64 aetNodeKey, PtrConst<AsPathModifiable> lhs,
+                                        PtrConst<IntListImmediate> rhs);
 
 /// True when the two interfaces are the same.
 class InterfaceIs final : public Expression {
@@ -1190,14 +1195,14 @@ public:
     static constexpr U16 classNumber = 168;
 
     InterfaceIs(U64 aetNodeKey, PtrConst<Interface> lhs, PtrConst<Interface> rhs);
-    static Ptr<InterfaceIs> InterfaceIsIs(
-        U64 aetNodeKey, PtrConst<Interface> lhs, PtrConst<Interface> rhs);
+    static Ptr<InterfaceIs> InterfaceIsIs(U64 aetNodeKey, PtrConst<Interface> lhs,
+                                          PtrConst<Interface> rhs);
 
     PtrConst<Interface> const & lhs() const { return lhs_; }
     PtrConst<Interface> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1215,8 +1220,8 @@ private:
     PtrConst<Interface> rhs_;
 };
 
-Ptr<InterfaceIs> interfaceIsFactory(
-    U64 aetNodeKey, PtrConst<Interface> lhs, PtrConst<Interface> rhs);
+Ptr<InterfaceIs> interfaceIsFactory(U64 aetNodeKey, PtrConst<Interface> lhs,
+                                    PtrConst<Interface> rhs);
 
 /// True when every value of `lhs` is in `rhs`.
 class IntSetAllInImmediate final : public Expression {
@@ -1224,14 +1229,14 @@ public:
     static constexpr U16 classNumber = 170;
 
     IntSetAllInImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetAllInImmediate> IntSetAllInImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetAllInImmediate> IntSetAllInImmediateIs(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                            PtrConst<IntSet> rhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1249,8 +1254,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetAllInImmediate> intSetAllInImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetAllInImmediate> intSetAllInImmediateFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                      PtrConst<IntSet> rhs);
 
 /// True when every value of `rhs` is in `lhs`.
 class IntSetHasAllImmediate final : public Expression {
@@ -1258,14 +1263,14 @@ public:
     static constexpr U16 classNumber = 171;
 
     IntSetHasAllImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetHasAllImmediate> IntSetHasAllImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetHasAllImmediate> IntSetHasAllImmediateIs(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                              PtrConst<IntSet> rhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1283,8 +1288,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetHasAllImmediate> intSetHasAllImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetHasAllImmediate> intSetHasAllImmediateFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                        PtrConst<IntSet> rhs);
 
 /// True when `lhs` and `rhs` share a value.
 class IntSetHasAnyImmediate final : public Expression {
@@ -1292,14 +1297,14 @@ public:
     static constexpr U16 classNumber = 172;
 
     IntSetHasAnyImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetHasAnyImmediate> IntSetHasAnyImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetHasAnyImmediate> IntSetHasAnyImmediateIs(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                              PtrConst<IntSet> rhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1318,8 +1323,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetHasAnyImmediate> intSetHasAnyImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetHasAnyImmediate> intSetHasAnyImmediateFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                        PtrConst<IntSet> rhs);
 
 /// True when `lhs` and `rhs` share no value.
 class IntSetHasNoneImmediate final : public Expression {
@@ -1327,14 +1332,14 @@ public:
     static constexpr U16 classNumber = 173;
 
     IntSetHasNoneImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetHasNoneImmediate> IntSetHasNoneImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetHasNoneImmediate>
+    IntSetHasNoneImmediateIs(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1352,8 +1357,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetHasNoneImmediate> intSetHasNoneImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetHasNoneImmediate> intSetHasNoneImmediateFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                          PtrConst<IntSet> rhs);
 
 /// True when `lhs` holds no value.
 class IntSetIsEmpty final : public Expression {
@@ -1364,8 +1369,9 @@ public:
     static Ptr<IntSetIsEmpty> IntSetIsEmptyIs(U64 aetNodeKey, PtrConst<IntSet> lhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1390,14 +1396,14 @@ public:
     static constexpr U16 classNumber = 175;
 
     IntSetIsImmediate(U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetIsImmediate> IntSetIsImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetIsImmediate> IntSetIsImmediateIs(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                      PtrConst<IntSet> rhs);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1415,8 +1421,8 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetIsImmediate> intSetIsImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetIsImmediate> intSetIsImmediateFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                PtrConst<IntSet> rhs);
 
 /// True when the list matches `lhs`.
 class IntSetMatchCommList final : public Expression {
@@ -1424,16 +1430,15 @@ public:
     static constexpr U16 classNumber = 176;
 
     IntSetMatchCommList(U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
-    static Ptr<IntSetMatchCommList> IntSetMatchCommListIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
+    static Ptr<IntSetMatchCommList> IntSetMatchCommListIs(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                          String listName, U16 index);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1453,8 +1458,8 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetMatchCommList> intSetMatchCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
+Ptr<IntSetMatchCommList> intSetMatchCommListFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                    String listName, U16 index);
 
 /// True when `lhs` is exactly what the list names.
 class IntSetMatchExactCommList final : public Expression {
@@ -1462,16 +1467,15 @@ public:
     static constexpr U16 classNumber = 177;
 
     IntSetMatchExactCommList(U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
-    static Ptr<IntSetMatchExactCommList> IntSetMatchExactCommListIs(
-        U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
+    static Ptr<IntSetMatchExactCommList>
+    IntSetMatchExactCommListIs(U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
 
     PtrConst<IntSet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1491,8 +1495,8 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetMatchExactCommList> intSetMatchExactCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSet> lhs, String listName, U16 index);
+Ptr<IntSetMatchExactCommList> intSetMatchExactCommListFactory(U64 aetNodeKey, PtrConst<IntSet> lhs,
+                                                              String listName, U16 index);
 
 /// Adds the list's communities to `lhs`; true.
 class IntSetAddCommList final : public Expression {
@@ -1500,16 +1504,15 @@ public:
     static constexpr U16 classNumber = 178;
 
     IntSetAddCommList(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
-    static Ptr<IntSetAddCommList> IntSetAddCommListIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+    static Ptr<IntSetAddCommList>
+    IntSetAddCommListIs(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1529,8 +1532,8 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetAddCommList> intSetAddCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+Ptr<IntSetAddCommList> intSetAddCommListFactory(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs,
+                                                String listName, U16 index);
 
 /// Adds the values of `rhs` to `lhs`; true.
 class IntSetAddImmediate final : public Expression {
@@ -1538,14 +1541,14 @@ public:
     static constexpr U16 classNumber = 179;
 
     IntSetAddImmediate(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetAddImmediate> IntSetAddImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetAddImmediate>
+    IntSetAddImmediateIs(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1564,26 +1567,26 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetAddImmediate> intSetAddImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetAddImmediate> intSetAddImmediateFactory(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs,
+                                                  PtrConst<IntSet> rhs);
 
 /// Replaces `lhs` by the list's communities; true.
 class IntSetAssignCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 180;
 
-    IntSetAssignCommList(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
-    static Ptr<IntSetAssignCommList> IntSetAssignCommListIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+    IntSetAssignCommList(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName,
+                         U16 index);
+    static Ptr<IntSetAssignCommList> IntSetAssignCommListIs(U64 aetNodeKey,
+                                                            PtrConst<IntSetModifiable> lhs,
+                                                            String listName, U16 index);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1603,8 +1606,9 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetAssignCommList> intSetAssignCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+Ptr<IntSetAssignCommList> intSetAssignCommListFactory(U64 aetNodeKey,
+                                                      PtrConst<IntSetModifiable> lhs,
+                                                      String listName, U16 index);
 
 /// Replaces `lhs` by the set of `rhs`; true.
 class IntSetAssignImmediate final : public Expression {
@@ -1612,14 +1616,14 @@ public:
     static constexpr U16 classNumber = 181;
 
     IntSetAssignImmediate(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetAssignImmediate> IntSetAssignImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetAssignImmediate>
+    IntSetAssignImmediateIs(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1637,26 +1641,26 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetAssignImmediate> intSetAssignImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetAssignImmediate>
+intSetAssignImmediateFactory(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
 /// Removes what the list matches from `lhs`; true.
 class IntSetRemoveCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 182;
 
-    IntSetRemoveCommList(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
-    static Ptr<IntSetRemoveCommList> IntSetRemoveCommListIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+    IntSetRemoveCommList(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName,
+                         U16 index);
+    static Ptr<IntSetRemoveCommList> IntSetRemoveCommListIs(U64 aetNodeKey,
+                                                            PtrConst<IntSetModifiable> lhs,
+                                                            String listName, U16 index);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1676,8 +1680,9 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetRemoveCommList> intSetRemoveCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+Ptr<IntSetRemoveCommList> intSetRemoveCommListFactory(U64 aetNodeKey,
+                                                      PtrConst<IntSetModifiable> lhs,
+                                                      String listName, U16 index);
 
 /// Removes the values of `rhs` from `lhs`; true.
 class IntSetRemoveImmediate final : public Expression {
@@ -1685,14 +1690,14 @@ public:
     static constexpr U16 classNumber = 183;
 
     IntSetRemoveImmediate(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetRemoveImmediate> IntSetRemoveImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetRemoveImmediate>
+    IntSetRemoveImmediateIs(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1711,26 +1716,26 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetRemoveImmediate> intSetRemoveImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetRemoveImmediate>
+intSetRemoveImmediateFactory(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
 /// Keeps of `lhs` what the list matches; true.
 class IntSetRetainCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 184;
 
-    IntSetRetainCommList(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
-    static Ptr<IntSetRetainCommList> IntSetRetainCommListIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+    IntSetRetainCommList(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName,
+                         U16 index);
+    static Ptr<IntSetRetainCommList> IntSetRetainCommListIs(U64 aetNodeKey,
+                                                            PtrConst<IntSetModifiable> lhs,
+                                                            String listName, U16 index);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -1750,8 +1755,9 @@ private:
     U16 index_;
 };
 
-Ptr<IntSetRetainCommList> intSetRetainCommListFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, String listName, U16 index);
+Ptr<IntSetRetainCommList> intSetRetainCommListFactory(U64 aetNodeKey,
+                                                      PtrConst<IntSetModifiable> lhs,
+                                                      String listName, U16 index);
 
 /// Keeps of `lhs` the values that are in `rhs`; true.
 class IntSetRetainImmediate final : public Expression {
@@ -1759,14 +1765,14 @@ public:
     static constexpr U16 classNumber = 185;
 
     IntSetRetainImmediate(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
-    static Ptr<IntSetRetainImmediate> IntSetRetainImmediateIs(
-        U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+    static Ptr<IntSetRetainImmediate>
+    IntSetRetainImmediateIs(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
     PtrConst<IntSetModifiable> const & lhs() const { return lhs_; }
     PtrConst<IntSet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1784,24 +1790,25 @@ private:
     PtrConst<IntSet> rhs_;
 };
 
-Ptr<IntSetRetainImmediate> intSetRetainImmediateFactory(
-    U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
+Ptr<IntSetRetainImmediate>
+intSetRetainImmediateFactory(U64 aetNodeKey, PtrConst<IntSetModifiable> lhs, PtrConst<IntSet> rhs);
 
 /// True when every value of `lhs` is in `rhs`.
 class CommunitySetAllInImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 186;
 
-    CommunitySetAllInImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetAllInImmediate> CommunitySetAllInImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetAllInImmediate(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                               PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetAllInImmediate> CommunitySetAllInImmediateIs(U64 aetNodeKey,
+                                                                        PtrConst<CommunitySet> lhs,
+                                                                        PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1819,24 +1826,26 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetAllInImmediate> communitySetAllInImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetAllInImmediate> communitySetAllInImmediateFactory(U64 aetNodeKey,
+                                                                  PtrConst<CommunitySet> lhs,
+                                                                  PtrConst<CommunitySet> rhs);
 
 /// True when every value of `rhs` is in `lhs`.
 class CommunitySetHasAllImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 187;
 
-    CommunitySetHasAllImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetHasAllImmediate> CommunitySetHasAllImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetHasAllImmediate(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetHasAllImmediate>
+    CommunitySetHasAllImmediateIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1854,24 +1863,26 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetHasAllImmediate> communitySetHasAllImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetHasAllImmediate> communitySetHasAllImmediateFactory(U64 aetNodeKey,
+                                                                    PtrConst<CommunitySet> lhs,
+                                                                    PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` and `rhs` share a value.
 class CommunitySetHasAnyImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 188;
 
-    CommunitySetHasAnyImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetHasAnyImmediate> CommunitySetHasAnyImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetHasAnyImmediate(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetHasAnyImmediate>
+    CommunitySetHasAnyImmediateIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1890,24 +1901,26 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetHasAnyImmediate> communitySetHasAnyImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetHasAnyImmediate> communitySetHasAnyImmediateFactory(U64 aetNodeKey,
+                                                                    PtrConst<CommunitySet> lhs,
+                                                                    PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` and `rhs` share no value.
 class CommunitySetHasNoneImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 189;
 
-    CommunitySetHasNoneImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetHasNoneImmediate> CommunitySetHasNoneImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetHasNoneImmediate(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                 PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetHasNoneImmediate>
+    CommunitySetHasNoneImmediateIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                   PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1925,8 +1938,9 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetHasNoneImmediate> communitySetHasNoneImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetHasNoneImmediate> communitySetHasNoneImmediateFactory(U64 aetNodeKey,
+                                                                      PtrConst<CommunitySet> lhs,
+                                                                      PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` holds no value.
 class CommunitySetIsEmpty final : public Expression {
@@ -1934,12 +1948,13 @@ public:
     static constexpr U16 classNumber = 190;
 
     CommunitySetIsEmpty(U64 aetNodeKey, PtrConst<CommunitySet> lhs);
-    static Ptr<CommunitySetIsEmpty> CommunitySetIsEmptyIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs);
+    static Ptr<CommunitySetIsEmpty> CommunitySetIsEmptyIs(U64 aetNodeKey,
+                                                          PtrConst<CommunitySet> lhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1964,14 +1979,15 @@ public:
     static constexpr U16 classNumber = 191;
 
     CommunitySetIsImmediate(U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetIsImmediate> CommunitySetIsImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetIsImmediate> CommunitySetIsImmediateIs(U64 aetNodeKey,
+                                                                  PtrConst<CommunitySet> lhs,
+                                                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -1989,26 +2005,27 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetIsImmediate> communitySetIsImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetIsImmediate> communitySetIsImmediateFactory(U64 aetNodeKey,
+                                                            PtrConst<CommunitySet> lhs,
+                                                            PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` is exactly what the list names.
 class CommunitySetMatchExactExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 192;
 
-    CommunitySetMatchExactExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
-    static Ptr<CommunitySetMatchExactExtCommList> CommunitySetMatchExactExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+    CommunitySetMatchExactExtCommList(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                      U16 index);
+    static Ptr<CommunitySetMatchExactExtCommList>
+    CommunitySetMatchExactExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                        U16 index);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2028,26 +2045,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetMatchExactExtCommList> communitySetMatchExactExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+Ptr<CommunitySetMatchExactExtCommList>
+communitySetMatchExactExtCommListFactory(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                         String listName, U16 index);
 
 /// True when the list matches `lhs`.
 class CommunitySetMatchExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 193;
 
-    CommunitySetMatchExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
-    static Ptr<CommunitySetMatchExtCommList> CommunitySetMatchExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+    CommunitySetMatchExtCommList(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                 U16 index);
+    static Ptr<CommunitySetMatchExtCommList>
+    CommunitySetMatchExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                   U16 index);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2067,26 +2085,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetMatchExtCommList> communitySetMatchExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+Ptr<CommunitySetMatchExtCommList> communitySetMatchExtCommListFactory(U64 aetNodeKey,
+                                                                      PtrConst<CommunitySet> lhs,
+                                                                      String listName, U16 index);
 
 /// Adds the list's communities to `lhs`; true.
 class CommunitySetAddExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 194;
 
-    CommunitySetAddExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetAddExtCommList> CommunitySetAddExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetAddExtCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                               String listName, U16 index);
+    static Ptr<CommunitySetAddExtCommList>
+    CommunitySetAddExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                 String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2106,24 +2125,26 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetAddExtCommList> communitySetAddExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetAddExtCommList>
+communitySetAddExtCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  String listName, U16 index);
 
 /// Adds the values of `rhs` to `lhs`; true.
 class CommunitySetAddImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 195;
 
-    CommunitySetAddImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetAddImmediate> CommunitySetAddImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetAddImmediate(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                             PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetAddImmediate>
+    CommunitySetAddImmediateIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                               PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -2142,26 +2163,27 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetAddImmediate> communitySetAddImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetAddImmediate> communitySetAddImmediateFactory(U64 aetNodeKey,
+                                                              PtrConst<CommunitySetModifiable> lhs,
+                                                              PtrConst<CommunitySet> rhs);
 
 /// Replaces `lhs` by the list's communities; true.
 class CommunitySetAssignExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 196;
 
-    CommunitySetAssignExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetAssignExtCommList> CommunitySetAssignExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetAssignExtCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  String listName, U16 index);
+    static Ptr<CommunitySetAssignExtCommList>
+    CommunitySetAssignExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2181,24 +2203,26 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetAssignExtCommList> communitySetAssignExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetAssignExtCommList>
+communitySetAssignExtCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                     String listName, U16 index);
 
 /// Replaces `lhs` by the set of `rhs`; true.
 class CommunitySetAssignImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 197;
 
-    CommunitySetAssignImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetAssignImmediate> CommunitySetAssignImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetAssignImmediate(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetAssignImmediate>
+    CommunitySetAssignImmediateIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -2216,26 +2240,27 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetAssignImmediate> communitySetAssignImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetAssignImmediate>
+communitySetAssignImmediateFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                   PtrConst<CommunitySet> rhs);
 
 /// Removes what the list matches from `lhs`; true.
 class CommunitySetRemoveExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 198;
 
-    CommunitySetRemoveExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetRemoveExtCommList> CommunitySetRemoveExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetRemoveExtCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  String listName, U16 index);
+    static Ptr<CommunitySetRemoveExtCommList>
+    CommunitySetRemoveExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2255,24 +2280,26 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetRemoveExtCommList> communitySetRemoveExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetRemoveExtCommList>
+communitySetRemoveExtCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                     String listName, U16 index);
 
 /// Removes the values of `rhs` from `lhs`; true.
 class CommunitySetRemoveImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 199;
 
-    CommunitySetRemoveImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetRemoveImmediate> CommunitySetRemoveImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetRemoveImmediate(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetRemoveImmediate>
+    CommunitySetRemoveImmediateIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -2291,26 +2318,27 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetRemoveImmediate> communitySetRemoveImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetRemoveImmediate>
+communitySetRemoveImmediateFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                   PtrConst<CommunitySet> rhs);
 
 /// Keeps of `lhs` what the list matches; true.
 class CommunitySetRetainExtCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 200;
 
-    CommunitySetRetainExtCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetRetainExtCommList> CommunitySetRetainExtCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetRetainExtCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  String listName, U16 index);
+    static Ptr<CommunitySetRetainExtCommList>
+    CommunitySetRetainExtCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2330,24 +2358,26 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetRetainExtCommList> communitySetRetainExtCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetRetainExtCommList>
+communitySetRetainExtCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                     String listName, U16 index);
 
 /// Keeps of `lhs` the values that are in `rhs`; true.
 class CommunitySetRetainImmediate final : public Expression {
 public:
     static constexpr U16 classNumber = 201;
 
-    CommunitySetRetainImmediate(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
-    static Ptr<CommunitySetRetainImmediate> CommunitySetRetainImmediateIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+    CommunitySetRetainImmediate(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                PtrConst<CommunitySet> rhs);
+    static Ptr<CommunitySetRetainImmediate>
+    CommunitySetRetainImmediateIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                  PtrConst<CommunitySet> rhs);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     PtrConst<CommunitySet> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -2365,26 +2395,27 @@ private:
     PtrConst<CommunitySet> rhs_;
 };
 
-Ptr<CommunitySetRetainImmediate> communitySetRetainImmediateFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, PtrConst<CommunitySet> rhs);
+Ptr<CommunitySetRetainImmediate>
+communitySetRetainImmediateFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                   PtrConst<CommunitySet> rhs);
 
 /// True when `lhs` is exactly what the list names.
 class CommunitySetMatchExactLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 202;
 
-    CommunitySetMatchExactLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
-    static Ptr<CommunitySetMatchExactLargeCommList> CommunitySetMatchExactLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+    CommunitySetMatchExactLargeCommList(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                        U16 index);
+    static Ptr<CommunitySetMatchExactLargeCommList>
+    CommunitySetMatchExactLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                          String listName, U16 index);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2404,26 +2435,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetMatchExactLargeCommList> communitySetMatchExactLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+Ptr<CommunitySetMatchExactLargeCommList>
+communitySetMatchExactLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySet> lhs,
+                                           String listName, U16 index);
 
 /// True when the list matches `lhs`.
 class CommunitySetMatchLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 203;
 
-    CommunitySetMatchLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
-    static Ptr<CommunitySetMatchLargeCommList> CommunitySetMatchLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+    CommunitySetMatchLargeCommList(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                   U16 index);
+    static Ptr<CommunitySetMatchLargeCommList>
+    CommunitySetMatchLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                     U16 index);
 
     PtrConst<CommunitySet> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2443,26 +2475,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetMatchLargeCommList> communitySetMatchLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName, U16 index);
+Ptr<CommunitySetMatchLargeCommList>
+communitySetMatchLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySet> lhs, String listName,
+                                      U16 index);
 
 /// Adds the list's communities to `lhs`; true.
 class CommunitySetAddLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 204;
 
-    CommunitySetAddLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetAddLargeCommList> CommunitySetAddLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetAddLargeCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                 String listName, U16 index);
+    static Ptr<CommunitySetAddLargeCommList>
+    CommunitySetAddLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                   String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2482,26 +2515,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetAddLargeCommList> communitySetAddLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetAddLargeCommList>
+communitySetAddLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
 
 /// Replaces `lhs` by the list's communities; true.
 class CommunitySetAssignLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 205;
 
-    CommunitySetAssignLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetAssignLargeCommList> CommunitySetAssignLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetAssignLargeCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
+    static Ptr<CommunitySetAssignLargeCommList>
+    CommunitySetAssignLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                      String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2521,26 +2555,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetAssignLargeCommList> communitySetAssignLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetAssignLargeCommList>
+communitySetAssignLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                       String listName, U16 index);
 
 /// Removes what the list matches from `lhs`; true.
 class CommunitySetRemoveLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 206;
 
-    CommunitySetRemoveLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetRemoveLargeCommList> CommunitySetRemoveLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetRemoveLargeCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
+    static Ptr<CommunitySetRemoveLargeCommList>
+    CommunitySetRemoveLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                      String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2560,26 +2595,27 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetRemoveLargeCommList> communitySetRemoveLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetRemoveLargeCommList>
+communitySetRemoveLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                       String listName, U16 index);
 
 /// Keeps of `lhs` what the list matches; true.
 class CommunitySetRetainLargeCommList final : public Expression {
 public:
     static constexpr U16 classNumber = 207;
 
-    CommunitySetRetainLargeCommList(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
-    static Ptr<CommunitySetRetainLargeCommList> CommunitySetRetainLargeCommListIs(
-        U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+    CommunitySetRetainLargeCommList(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                    String listName, U16 index);
+    static Ptr<CommunitySetRetainLargeCommList>
+    CommunitySetRetainLargeCommListIs(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                      String listName, U16 index);
 
     PtrConst<CommunitySetModifiable> const & lhs() const { return lhs_; }
     String const & listName() const { return listName_; }
     U16 const & index() const { return index_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("listName", listName_);
-        visit("index", index_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, listName_, index_);
     }
 
     NodeClass const & typeData() const override;
@@ -2599,8 +2635,9 @@ private:
     U16 index_;
 };
 
-Ptr<CommunitySetRetainLargeCommList> communitySetRetainLargeCommListFactory(
-    U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs, String listName, U16 index);
+Ptr<CommunitySetRetainLargeCommList>
+communitySetRetainLargeCommListFactory(U64 aetNodeKey, PtrConst<CommunitySetModifiable> lhs,
+                                       String listName, U16 index);
 
 /// True when both are unset, or set and equal.
 class EsiIs final : public Expression {
@@ -2612,9 +2649,9 @@ public:
 
     PtrConst<Esi> const & lhs() const { return lhs_; }
     PtrConst<Esi> const & rhs() const { return rhs_; }
-    template <typename Visitor> void eachField(Visitor && visit) const {
-        visit("lhs", lhs_);
-        visit("rhs", rhs_);
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use(lhs_, rhs_);
     }
 
     NodeClass const & typeData() const override;
@@ -2642,7 +2679,10 @@ public:
     explicit SetNextHopSelfImplExpr(U64 aetNodeKey);
     static Ptr<SetNextHopSelfImplExpr> SetNextHopSelfImplExprIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2665,7 +2705,10 @@ public:
     explicit MatchOriginAsValidityImplExpr(U64 aetNodeKey);
     static Ptr<MatchOriginAsValidityImplExpr> MatchOriginAsValidityImplExprIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2686,10 +2729,13 @@ public:
     static constexpr U16 classNumber = 215;
 
     explicit EvpnIpPrefixRouteSetOverlayIndexImplExpr(U64 aetNodeKey);
-    static Ptr<EvpnIpPrefixRouteSetOverlayIndexImplExpr> EvpnIpPrefixRouteSetOverlayIndexImplExprIs(
-        U64 aetNodeKey);
+    static Ptr<EvpnIpPrefixRouteSetOverlayIndexImplExpr>
+    EvpnIpPrefixRouteSetOverlayIndexImplExprIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2702,8 +2748,8 @@ public:
     static void operator delete(void * memory) noexcept;
 };
 
-Ptr<EvpnIpPrefixRouteSetOverlayIndexImplExpr> evpnIpPrefixRouteSetOverlayIndexImplExprFactory(
-    U64 aetNodeKey);
+Ptr<EvpnIpPrefixRouteSetOverlayIndexImplExpr>
+evpnIpPrefixRouteSetOverlayIndexImplExprFactory(U64 aetNodeKey);
 
 /// Body of AS-path replace; node arguments: singletons, lower and upper bounds.
 class AsPathReplaceImplExpr final : public Expression {
@@ -2713,7 +2759,10 @@ public:
     explicit AsPathReplaceImplExpr(U64 aetNodeKey);
     static Ptr<AsPathReplaceImplExpr> AsPathReplaceImplExprIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2736,7 +2785,10 @@ public:
     explicit AsPathRemoveImplExpr(U64 aetNodeKey);
     static Ptr<AsPathRemoveImplExpr> AsPathRemoveImplExprIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2750,6 +2802,5 @@ public:
 };
 
 Ptr<AsPathRemoveImplExpr> asPathRemoveImplExprFactory(U64 aetNodeKey);
-
 
 } // namespace Qcf::Eval

@@ -4,197 +4,177 @@
 
 namespace Qcf::Agent {
 
-namespace {
-
-using Attribute = Eval::ModifiableAttribute;
-
-template <typename Member, typename Value>
-void record(RouteChanges & changes, Attribute attribute, Member & member, Value const & value) {
-    changes.mark(attribute);
-    if constexpr (requires { value->asns(); }) {
-        value == nullptr ? member.clear() : void(member = value->asns());
-    } else if constexpr (requires { value->view(); }) {
-        member = value ? value->view() : Member();
-    } else {
-        member = value;
-    }
-}
-
-} // namespace
-
-Acl::CommunityValue AgentContextBase::adminAsInput() const { return route_->rare().adminAs; }
-U64 AgentContextBase::afiInput() const { return route_->rare().afi; }
-U64 AgentContextBase::afiSafiInput() const { return route_->rare().afiSafi; }
+Acl::CommunityValue AgentContextBase::adminAsInput() const { return route().rare().adminAs; }
+U64 AgentContextBase::afiInput() const { return route().rare().afi; }
+U64 AgentContextBase::afiSafiInput() const { return route().rare().afiSafi; }
 U64 AgentContextBase::aigpAccumulationMetricInput() const {
-    return route_->rare().aigpAccumulationMetric;
+    return route().rare().aigpAccumulationMetric;
 }
 void AgentContextBase::aigpAccumulationMetricIs(U64 value) {
-    record(changes_, Attribute::aigpAccumulationMetric, changes_.aigpAccumulationMetric, value);
+    changedIs(Attribute::aigpAccumulationMetric, &RouteChanges::aigpAccumulationMetric, value);
 }
-U64 AgentContextBase::aigpMetricInput() const { return route_->aigpMetric; }
+U64 AgentContextBase::aigpMetricInput() const { return route().aigpMetric; }
 void AgentContextBase::aigpMetricIs(U64 value) {
-    record(changes_, Attribute::aigpMetric, changes_.aigpMetric, value);
+    changedIs(Attribute::aigpMetric, &RouteChanges::aigpMetric, value);
 }
 void AgentContextBase::asPathInputPopulate(Routing::Bgp::AspathContainerFromExisting * path) const {
-    path->existingPathIs(&route_->asPath);
+    path->existingPathIs(&route().asPath);
 }
 void AgentContextBase::asPathIs(Routing::Bgp::AspathContainerFromExisting * value) {
-    record(changes_, Attribute::asPath, changes_.asPath, value);
+    changedIs(Attribute::asPath, &RouteChanges::asPath, value);
 }
-Eval::TriStateBoolValue AgentContextBase::aggregateInput() const {
-    return route_->rare().aggregate;
+TriStateBoolValue AgentContextBase::aggregateInput() const { return route().rare().aggregate; }
+TriStateBoolValue AgentContextBase::aggregateContributorInput() const {
+    return route().rare().aggregateContributor;
 }
-Eval::TriStateBoolValue AgentContextBase::aggregateContributorInput() const {
-    return route_->rare().aggregateContributor;
-}
-Eval::TriStateBoolValue AgentContextBase::bestpathInput() const { return route_->rare().bestpath; }
-U64 AgentContextBase::prefixSidIndexInput() const { return route_->rare().prefixSidIndex; }
+TriStateBoolValue AgentContextBase::bestpathInput() const { return route().rare().bestpath; }
+U64 AgentContextBase::prefixSidIndexInput() const { return route().rare().prefixSidIndex; }
 void AgentContextBase::prefixSidIndexIs(U64 value) {
-    record(changes_, Attribute::prefixSidIndex, changes_.prefixSidIndex, value);
+    changedIs(Attribute::prefixSidIndex, &RouteChanges::prefixSidIndex, value);
 }
-U64 AgentContextBase::routeSourceInput() const { return route_->rare().routeSource; }
-void AgentContextBase::communityInputPopulate(Ptr<Eval::U64SmallVector> const & set) const {
-    set->lend(viewOf(route_->community));
+U64 AgentContextBase::routeSourceInput() const { return route().rare().routeSource; }
+void AgentContextBase::communityInputPopulate(Ptr<U64SmallVector> const & set) const {
+    set->lend(viewOf(route().community));
 }
-void AgentContextBase::communityIs(PtrConst<Eval::U64SmallVector> const & value) {
-    record(changes_, Attribute::community, changes_.community, value);
+void AgentContextBase::communityIs(PtrConst<U64SmallVector> const & value) {
+    changedIs(Attribute::community, &RouteChanges::community, value);
 }
 IntfId AgentContextBase::connectedInterfaceInput() const {
-    return route_->rare().connectedInterface;
+    return route().rare().connectedInterface;
 }
 U64 AgentContextBase::destinationSessionLocalAsInput() const {
-    return route_->rare().destinationSessionLocalAs;
+    return route().rare().destinationSessionLocalAs;
 }
 F32 AgentContextBase::aggregateLinkBandwidthInput() const {
-    return route_->rare().aggregateLinkBandwidth;
+    return route().rare().aggregateLinkBandwidth;
 }
 IpGenAddr AgentContextBase::evpnIpPrefixRouteGatewayAddrInput() const {
-    return route_->rare().evpnIpPrefixRouteGatewayAddr;
+    return route().rare().evpnIpPrefixRouteGatewayAddr;
 }
 void AgentContextBase::evpnIpPrefixRouteGatewayAddrIs(IpGenAddr value) {
-    record(changes_, Attribute::evpnIpPrefixRouteGatewayAddr, changes_.evpnIpPrefixRouteGatewayAddr, value);
+    changedIs(Attribute::evpnIpPrefixRouteGatewayAddr, &RouteChanges::evpnIpPrefixRouteGatewayAddr,
+              value);
 }
 U64 AgentContextBase::evpnIpPrefixRouteLabelInput() const {
-    return route_->rare().evpnIpPrefixRouteLabel;
+    return route().rare().evpnIpPrefixRouteLabel;
 }
 void AgentContextBase::evpnIpPrefixRouteLabelIs(U64 value) {
-    record(changes_, Attribute::evpnIpPrefixRouteLabel, changes_.evpnIpPrefixRouteLabel, value);
+    changedIs(Attribute::evpnIpPrefixRouteLabel, &RouteChanges::evpnIpPrefixRouteLabel, value);
 }
 IpGenPrefix AgentContextBase::evpnIpPrefixRoutePrefixInput() const {
-    return route_->rare().evpnIpPrefixRoutePrefix;
+    return route().rare().evpnIpPrefixRoutePrefix;
 }
 std::optional<Evpn::Esid> AgentContextBase::evpnMacIpRouteEsiInput() const {
-    return route_->rare().evpnMacIpRouteEsi;
+    return route().rare().evpnMacIpRouteEsi;
 }
 IpGenAddr AgentContextBase::evpnMacIpRouteIpAddressInput() const {
-    return route_->rare().evpnMacIpRouteIpAddress;
+    return route().rare().evpnMacIpRouteIpAddress;
 }
 EthAddr AgentContextBase::evpnMacIpRouteMacAddressInput() const {
-    return route_->rare().evpnMacIpRouteMacAddress;
+    return route().rare().evpnMacIpRouteMacAddress;
 }
-U64 AgentContextBase::evpnRouteTypeInput() const { return route_->rare().evpnRouteType; }
-void AgentContextBase::extCommunityInputPopulate(Ptr<Eval::CommunitySmallVector> const & set) const {
-    set->lend(viewOf(route_->extCommunity));
+U64 AgentContextBase::evpnRouteTypeInput() const { return route().rare().evpnRouteType; }
+void AgentContextBase::extCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const {
+    set->lend(viewOf(route().extCommunity));
 }
-void AgentContextBase::extCommunityIs(PtrConst<Eval::CommunitySmallVector> const & value) {
-    record(changes_, Attribute::extCommunity, changes_.extCommunity, value);
+void AgentContextBase::extCommunityIs(PtrConst<CommunitySmallVector> const & value) {
+    changedIs(Attribute::extCommunity, &RouteChanges::extCommunity, value);
 }
-U64 AgentContextBase::recmpStateInput() const { return route_->rare().recmpState; }
+U64 AgentContextBase::recmpStateInput() const { return route().rare().recmpState; }
 void AgentContextBase::recmpStateIs(U64 value) {
-    record(changes_, Attribute::recmpState, changes_.recmpState, value);
+    changedIs(Attribute::recmpState, &RouteChanges::recmpState, value);
 }
 IpGenPrefix AgentContextBase::flowspecDestinationPrefixInput() const {
-    return route_->rare().flowspecDestinationPrefix;
+    return route().rare().flowspecDestinationPrefix;
 }
 IpGenPrefix AgentContextBase::flowspecSourcePrefixInput() const {
-    return route_->rare().flowspecSourcePrefix;
+    return route().rare().flowspecSourcePrefix;
 }
-U64 AgentContextBase::igpMetricInput() const { return route_->rare().igpMetric; }
-U64 AgentContextBase::tagInput() const { return route_->rare().tag; }
-void AgentContextBase::tagIs(U64 value) { record(changes_, Attribute::tag, changes_.tag, value); }
-U64 AgentContextBase::instanceAsInput() const { return route_->rare().instanceAs; }
-void AgentContextBase::isisLevelInputPopulate(Ptr<Eval::U64SmallVector> const & set) const {
-    set->lend(viewOf(route_->rare().isisLevel));
+U64 AgentContextBase::igpMetricInput() const { return route().rare().igpMetric; }
+U64 AgentContextBase::tagInput() const { return route().rare().tag; }
+void AgentContextBase::tagIs(U64 value) { changedIs(Attribute::tag, &RouteChanges::tag, value); }
+U64 AgentContextBase::instanceAsInput() const { return route().rare().instanceAs; }
+void AgentContextBase::isisLevelInputPopulate(Ptr<U64SmallVector> const & set) const {
+    set->lend(viewOf(route().rare().isisLevel));
 }
-void AgentContextBase::isisLevelIs(PtrConst<Eval::U64SmallVector> const & value) {
-    record(changes_, Attribute::isisLevel, changes_.isisLevel, value);
+void AgentContextBase::isisLevelIs(PtrConst<U64SmallVector> const & value) {
+    changedIs(Attribute::isisLevel, &RouteChanges::isisLevel, value);
 }
-U64 AgentContextBase::isisMetricInput() const { return route_->rare().isisMetric; }
+U64 AgentContextBase::isisMetricInput() const { return route().rare().isisMetric; }
 void AgentContextBase::isisMetricIs(U64 value) {
-    record(changes_, Attribute::isisMetric, changes_.isisMetric, value);
+    changedIs(Attribute::isisMetric, &RouteChanges::isisMetric, value);
 }
-void AgentContextBase::largeCommunityInputPopulate(
-    Ptr<Eval::CommunitySmallVector> const & set) const {
-    set->lend(viewOf(route_->largeCommunity));
+void AgentContextBase::largeCommunityInputPopulate(Ptr<CommunitySmallVector> const & set) const {
+    set->lend(viewOf(route().largeCommunity));
 }
-void AgentContextBase::largeCommunityIs(PtrConst<Eval::CommunitySmallVector> const & value) {
-    record(changes_, Attribute::largeCommunity, changes_.largeCommunity, value);
+void AgentContextBase::largeCommunityIs(PtrConst<CommunitySmallVector> const & value) {
+    changedIs(Attribute::largeCommunity, &RouteChanges::largeCommunity, value);
 }
-U64 AgentContextBase::localPrefInput() const { return route_->localPref; }
+U64 AgentContextBase::localPrefInput() const { return route().localPref; }
 void AgentContextBase::localPrefIs(U64 value) {
-    record(changes_, Attribute::localPref, changes_.localPref, value);
+    changedIs(Attribute::localPref, &RouteChanges::localPref, value);
 }
-U64 AgentContextBase::medInput() const { return route_->med; }
-void AgentContextBase::medIs(U64 value) { record(changes_, Attribute::med, changes_.med, value); }
-IpGenAddr AgentContextBase::nextHopInput() const { return route_->nextHop; }
+U64 AgentContextBase::medInput() const { return route().med; }
+void AgentContextBase::medIs(U64 value) { changedIs(Attribute::med, &RouteChanges::med, value); }
+IpGenAddr AgentContextBase::nextHopInput() const { return route().nextHop; }
 void AgentContextBase::nextHopIs(IpGenAddr value) {
-    record(changes_, Attribute::nextHop, changes_.nextHop, value);
+    changedIs(Attribute::nextHop, &RouteChanges::nextHop, value);
 }
 U64 AgentContextBase::nextHopBestPathMetricInput() const {
-    return route_->rare().nextHopBestPathMetric;
+    return route().rare().nextHopBestPathMetric;
 }
 void AgentContextBase::nextHopBestPathMetricIs(U64 value) {
-    record(changes_, Attribute::nextHopBestPathMetric, changes_.nextHopBestPathMetric, value);
+    changedIs(Attribute::nextHopBestPathMetric, &RouteChanges::nextHopBestPathMetric, value);
 }
-U64 AgentContextBase::nextHopMetricInput() const { return route_->rare().nextHopMetric; }
-U64 AgentContextBase::originInput() const { return route_->origin; }
+U64 AgentContextBase::nextHopMetricInput() const { return route().rare().nextHopMetric; }
+U64 AgentContextBase::originInput() const { return route().origin; }
 void AgentContextBase::originIs(U64 value) {
-    record(changes_, Attribute::origin, changes_.origin, value);
+    changedIs(Attribute::origin, &RouteChanges::origin, value);
 }
-IpGenPrefix AgentContextBase::ipPrefixInput() const { return route_->ipPrefix; }
+IpGenPrefix AgentContextBase::ipPrefixInput() const { return route().ipPrefix; }
 Routing::Rib::ResolutionRibProfileConfig AgentContextBase::resolutionRibsInput() const {
-    return route_->rare().resolutionRibs;
+    return route().rare().resolutionRibs;
 }
 void AgentContextBase::resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & value) {
-    record(changes_, Attribute::resolutionRibs, changes_.resolutionRibs, value);
+    changedIs(Attribute::resolutionRibs, &RouteChanges::resolutionRibs, value);
 }
 Routing::Rib::ResolutionRibProfileConfig AgentContextBase::resolutionRibsDefaultInput() const {
-    return route_->rare().resolutionRibsDefault;
+    return route().rare().resolutionRibsDefault;
 }
-U64 AgentContextBase::ribPreferenceInput() const { return route_->rare().ribPreference; }
+U64 AgentContextBase::ribPreferenceInput() const { return route().rare().ribPreference; }
 void AgentContextBase::ribPreferenceIs(U64 value) {
-    record(changes_, Attribute::ribPreference, changes_.ribPreference, value);
+    changedIs(Attribute::ribPreference, &RouteChanges::ribPreference, value);
 }
-U64 AgentContextBase::routePriorityInput() const { return route_->rare().routePriority; }
+U64 AgentContextBase::routePriorityInput() const { return route().rare().routePriority; }
 void AgentContextBase::routePriorityIs(U64 value) {
-    record(changes_, Attribute::routePriority, changes_.routePriority, value);
+    changedIs(Attribute::routePriority, &RouteChanges::routePriority, value);
 }
 U64 AgentContextBase::originValidationStateInput() const {
-    return route_->rare().originValidationState;
+    return route().rare().originValidationState;
 }
 void AgentContextBase::originValidationStateIs(U64 value) {
-    record(changes_, Attribute::originValidationState, changes_.originValidationState, value);
+    changedIs(Attribute::originValidationState, &RouteChanges::originValidationState, value);
 }
 U64 AgentContextBase::rtMembershipOriginAsInput() const {
-    return route_->rare().rtMembershipOriginAs;
+    return route().rare().rtMembershipOriginAs;
 }
 Acl::CommunityValue AgentContextBase::rtMembershipRouteTargetInput() const {
-    return route_->rare().rtMembershipRouteTarget;
+    return route().rare().rtMembershipRouteTarget;
 }
-U64 AgentContextBase::sourceProtocolInput() const { return route_->rare().sourceProtocol; }
+U64 AgentContextBase::sourceProtocolInput() const { return route().rare().sourceProtocol; }
 F32 AgentContextBase::sourceSessionInterfaceBandwidthInput() const {
-    return route_->rare().sourceSessionInterfaceBandwidth;
+    return route().rare().sourceSessionInterfaceBandwidth;
 }
-U64 AgentContextBase::sourceSessionRemoteAsInput() const { return route_->sourceSessionRemoteAs; }
+U64 AgentContextBase::sourceSessionRemoteAsInput() const { return route().sourceSessionRemoteAs; }
 IpGenAddr AgentContextBase::sourceSessionRemoteIpAddressInput() const {
-    return route_->sourceSessionRemoteIpAddress;
+    return route().sourceSessionRemoteIpAddress;
 }
 IpGenAddr AgentContextBase::sourceSessionRemoteRouterIdInput() const {
-    return route_->rare().sourceSessionRemoteRouterId;
+    return route().rare().sourceSessionRemoteRouterId;
 }
-U64 AgentContextBase::weightInput() const { return route_->rare().weight; }
+U64 AgentContextBase::weightInput() const { return route().rare().weight; }
 void AgentContextBase::weightIs(U64 value) {
-    record(changes_, Attribute::weight, changes_.weight, value);
+    changedIs(Attribute::weight, &RouteChanges::weight, value);
 }
 
 } // namespace Qcf::Agent

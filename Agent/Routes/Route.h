@@ -1,4 +1,84 @@
 #pragma once
 
-/// The agent's route. Its members follow from the table of route attributes.
+#include "Agent/Routes/Boxed.h"
 #include "Agent/Routes/RouteGenerated.h"
+#include "Agent/Routes/Session.h"
+
+namespace Qcf::Agent {
+
+/// One route with its attributes and the facts of its session, each with the value that it has when
+/// nothing is known. Made to be reused from route to route: clearing keeps the storage.
+///
+///     Route route;
+///     route.med = 50;                            // what every route carries stands in place
+///     route.rareIs().tag = 7;                    // the rest in a record that most routes lack
+///     assert(route.rare().isisMetric == 0);
+///
+/// Sets must be ascending and without duplicates; the limits of numbers are in RouteAttributes.h.
+/// Whoever fills a route sees to both. Attributes can also be gone through in the order of their
+/// language names (`routeAttributeNames`).
+struct Route : CommonAttributes {
+    Session session;
+
+    /// The rare attributes; their defaults as long as none was set.
+    RareAttributes const & rare() const { return rare_.get(); }
+    /// The rare attributes for writing.
+    RareAttributes & rareIs() { return rare_.make(); }
+    /// Restores the defaults and keeps the storage.
+    void clear();
+
+    /// Calls `visit` with attribute `index` of routeAttributeNames() for writing; not at all when
+    /// there is none.
+    template <typename Visitor>
+    void visitAttribute(std::size_t index, Visitor && visit) {
+        visitMember(RouteMembers(), index, visit);
+    }
+
+    /// Calls `visit(index, value)` for every attribute in the order of routeAttributeNames().
+    template <typename Visitor>
+    void eachAttribute(Visitor && visit) const {
+        eachMember(RouteMembers(), visit);
+    }
+
+private:
+    template <typename Value>
+    Value & writable(Value CommonAttributes::*member) {
+        return this->*member;
+    }
+    template <typename Value>
+    Value & writable(Value RareAttributes::*member) {
+        return rareIs().*member;
+    }
+    template <typename Value>
+    Value const & readable(Value CommonAttributes::*member) const {
+        return this->*member;
+    }
+    template <typename Value>
+    Value const & readable(Value RareAttributes::*member) const {
+        return rare().*member;
+    }
+
+    template <auto member, typename Visitor>
+    static void visitOne(Route & route, Visitor & visit) {
+        visit(route.writable(member));
+    }
+    template <auto... members, typename Visitor>
+    void visitMember(MemberList<members...> /*all*/, std::size_t index, Visitor & visit) {
+        static constexpr void (*visits[])(Route &, Visitor &) = {&visitOne<members, Visitor>...};
+        if (index < sizeof...(members)) {
+            visits[index](*this, visit);
+        }
+    }
+    template <auto... members, typename Visitor>
+    void eachMember(MemberList<members...> /*all*/, Visitor & visit) const {
+        std::size_t index = 0;
+        (visit(index++, readable(members)), ...);
+    }
+
+    Boxed<RareAttributes> rare_;
+};
+
+/// Language names of the attributes of a Route, in the order of visitAttribute's index.
+std::span<char const * const> routeAttributeNames();
+
+} // namespace Qcf::Agent

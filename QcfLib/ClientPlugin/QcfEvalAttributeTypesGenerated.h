@@ -4,8 +4,8 @@
 
 /// The route attributes that a function can name. The values live in the evaluation context.
 
-#include "QcfLib/QcfEvalValueBases.h"
 #include "QcfLib/QcfEvalContextGenerated.h"
+#include "QcfLib/QcfEvalValueBases.h"
 
 namespace Qcf::Eval::Attribute {
 
@@ -17,7 +17,10 @@ public:
     explicit AdminAs(U64 aetNodeKey);
     static Ptr<AdminAs> AdminAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -40,7 +43,10 @@ public:
     explicit Afi(U64 aetNodeKey);
     static Ptr<Afi> AfiIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -64,7 +70,10 @@ public:
     explicit AfiSafi(U64 aetNodeKey);
     static Ptr<AfiSafi> AfiSafiIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -88,7 +97,10 @@ public:
     explicit Aggregate(U64 aetNodeKey);
     static Ptr<Aggregate> AggregateIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -111,7 +123,10 @@ public:
     explicit AggregateContributor(U64 aetNodeKey);
     static Ptr<AggregateContributor> AggregateContributorIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -134,7 +149,10 @@ public:
     explicit AggregateLinkBandwidth(U64 aetNodeKey);
     static Ptr<AggregateLinkBandwidth> AggregateLinkBandwidthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -157,7 +175,10 @@ public:
     explicit AigpAccumulationMetric(U64 aetNodeKey);
     static Ptr<AigpAccumulationMetric> AigpAccumulationMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -167,8 +188,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 18446744073709551614ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -185,7 +206,10 @@ public:
     explicit AigpAccumulationMetricInput(U64 aetNodeKey);
     static Ptr<AigpAccumulationMetricInput> AigpAccumulationMetricInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -209,7 +233,10 @@ public:
     explicit AigpMetric(U64 aetNodeKey);
     static Ptr<AigpMetric> AigpMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -219,8 +246,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 18446744073709551614ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -237,7 +264,10 @@ public:
     explicit AigpMetricInput(U64 aetNodeKey);
     static Ptr<AigpMetricInput> AigpMetricInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -261,19 +291,21 @@ public:
     explicit AsPath(U64 aetNodeKey);
     static Ptr<AsPath> AsPathIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Bgp::AspathContainerFromExisting const * getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Bgp::AspathContainerFromExisting const *
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    void setVal(
-        Routing::Bgp::AspathContainerFromExisting * value,
-        Ptr<EvalContextBase> const & context) const override;
-    Routing::Bgp::AspathContainerFromExisting * getValModifiable(
-        Ptr<EvalContextBase const> const & context) const override;
+    void setVal(Routing::Bgp::AspathContainerFromExisting * value,
+                Ptr<EvalContextBase> const & context) const override;
+    Routing::Bgp::AspathContainerFromExisting *
+    getValModifiable(Ptr<EvalContextBase const> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -290,13 +322,16 @@ public:
     explicit AsPathInput(U64 aetNodeKey);
     static Ptr<AsPathInput> AsPathInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Bgp::AspathContainerFromExisting const * getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Bgp::AspathContainerFromExisting const *
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -314,7 +349,10 @@ public:
     explicit AsPathLastAs(U64 aetNodeKey);
     static Ptr<AsPathLastAs> AsPathLastAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -337,7 +375,10 @@ public:
     explicit AsPathLastAsInput(U64 aetNodeKey);
     static Ptr<AsPathLastAsInput> AsPathLastAsInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -360,7 +401,10 @@ public:
     explicit AsPathLength(U64 aetNodeKey);
     static Ptr<AsPathLength> AsPathLengthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -384,7 +428,10 @@ public:
     explicit AsPathLengthInput(U64 aetNodeKey);
     static Ptr<AsPathLengthInput> AsPathLengthInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -407,7 +454,10 @@ public:
     explicit AsPathOriginAs(U64 aetNodeKey);
     static Ptr<AsPathOriginAs> AsPathOriginAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -431,7 +481,10 @@ public:
     explicit AsPathOriginAsInput(U64 aetNodeKey);
     static Ptr<AsPathOriginAsInput> AsPathOriginAsInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -454,7 +507,10 @@ public:
     explicit Bestpath(U64 aetNodeKey);
     static Ptr<Bestpath> BestpathIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -477,20 +533,22 @@ public:
     explicit Community(U64 aetNodeKey);
     static Ptr<Community> CommunityIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    U64SmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64SmallVector> & fresh) const override;
+    U64SmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                   PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<U64SmallVector> source() const override;
-    void setVal(
-        PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
-    void lentValIs(
-        U64SmallVector const * value, Ptr<EvalContextBase> const & context) const override;
+    void setVal(PtrConst<U64SmallVector> value,
+                Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(U64SmallVector const * value,
+                   Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -507,7 +565,10 @@ public:
     explicit CommunityCount(U64 aetNodeKey);
     static Ptr<CommunityCount> CommunityCountIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -530,7 +591,10 @@ public:
     explicit CommunityCountInput(U64 aetNodeKey);
     static Ptr<CommunityCountInput> CommunityCountInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -553,14 +617,16 @@ public:
     explicit CommunityInput(U64 aetNodeKey);
     static Ptr<CommunityInput> CommunityInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    U64SmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64SmallVector> & fresh) const override;
+    U64SmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                   PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<U64SmallVector> source() const override;
 
@@ -579,7 +645,10 @@ public:
     explicit ConnectedInterface(U64 aetNodeKey);
     static Ptr<ConnectedInterface> ConnectedInterfaceIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -602,7 +671,10 @@ public:
     explicit DestinationSessionLocalAs(U64 aetNodeKey);
     static Ptr<DestinationSessionLocalAs> DestinationSessionLocalAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -626,7 +698,10 @@ public:
     explicit EvpnIpPrefixRouteGatewayAddr(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRouteGatewayAddr> EvpnIpPrefixRouteGatewayAddrIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -649,10 +724,13 @@ public:
     static constexpr U16 classNumber = 51;
 
     explicit EvpnIpPrefixRouteGatewayAddrInput(U64 aetNodeKey);
-    static Ptr<EvpnIpPrefixRouteGatewayAddrInput> EvpnIpPrefixRouteGatewayAddrInputIs(
-        U64 aetNodeKey);
+    static Ptr<EvpnIpPrefixRouteGatewayAddrInput>
+    EvpnIpPrefixRouteGatewayAddrInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -673,10 +751,13 @@ public:
     static constexpr U16 classNumber = 52;
 
     explicit EvpnIpPrefixRouteGatewayAddrIpVersion(U64 aetNodeKey);
-    static Ptr<EvpnIpPrefixRouteGatewayAddrIpVersion> EvpnIpPrefixRouteGatewayAddrIpVersionIs(
-        U64 aetNodeKey);
+    static Ptr<EvpnIpPrefixRouteGatewayAddrIpVersion>
+    EvpnIpPrefixRouteGatewayAddrIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -689,8 +770,8 @@ public:
     static void operator delete(void * memory) noexcept;
 };
 
-Ptr<EvpnIpPrefixRouteGatewayAddrIpVersion> evpnIpPrefixRouteGatewayAddrIpVersionFactory(
-    U64 aetNodeKey);
+Ptr<EvpnIpPrefixRouteGatewayAddrIpVersion>
+evpnIpPrefixRouteGatewayAddrIpVersionFactory(U64 aetNodeKey);
 
 /// "input.evpn.ip_prefix_route.gateway_address.ip_version": Address family: 4, 6 or 0 for none, as
 /// the route came.
@@ -699,10 +780,13 @@ public:
     static constexpr U16 classNumber = 53;
 
     explicit EvpnIpPrefixRouteGatewayAddrIpVersionInput(U64 aetNodeKey);
-    static Ptr<EvpnIpPrefixRouteGatewayAddrIpVersionInput> EvpnIpPrefixRouteGatewayAddrIpVersionInputIs(
-        U64 aetNodeKey);
+    static Ptr<EvpnIpPrefixRouteGatewayAddrIpVersionInput>
+    EvpnIpPrefixRouteGatewayAddrIpVersionInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -715,8 +799,8 @@ public:
     static void operator delete(void * memory) noexcept;
 };
 
-Ptr<EvpnIpPrefixRouteGatewayAddrIpVersionInput> evpnIpPrefixRouteGatewayAddrIpVersionInputFactory(
-    U64 aetNodeKey);
+Ptr<EvpnIpPrefixRouteGatewayAddrIpVersionInput>
+evpnIpPrefixRouteGatewayAddrIpVersionInputFactory(U64 aetNodeKey);
 
 /// "evpn.ip_prefix_route.label": Label of an EVPN IP-prefix route.
 class EvpnIpPrefixRouteLabel final : public Qcf::Eval::IntModifiable {
@@ -726,7 +810,10 @@ public:
     explicit EvpnIpPrefixRouteLabel(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRouteLabel> EvpnIpPrefixRouteLabelIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -736,8 +823,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 16777215ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -754,7 +841,10 @@ public:
     explicit EvpnIpPrefixRouteLabelInput(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRouteLabelInput> EvpnIpPrefixRouteLabelInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -778,7 +868,10 @@ public:
     explicit EvpnIpPrefixRoutePrefix(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRoutePrefix> EvpnIpPrefixRoutePrefixIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -802,7 +895,10 @@ public:
     explicit EvpnIpPrefixRoutePrefixIpVersion(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRoutePrefixIpVersion> EvpnIpPrefixRoutePrefixIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -825,7 +921,10 @@ public:
     explicit EvpnIpPrefixRoutePrefixLength(U64 aetNodeKey);
     static Ptr<EvpnIpPrefixRoutePrefixLength> EvpnIpPrefixRoutePrefixLengthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -848,7 +947,10 @@ public:
     explicit EvpnMacIpRouteEsi(U64 aetNodeKey);
     static Ptr<EvpnMacIpRouteEsi> EvpnMacIpRouteEsiIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -871,7 +973,10 @@ public:
     explicit EvpnMacIpRouteIpAddress(U64 aetNodeKey);
     static Ptr<EvpnMacIpRouteIpAddress> EvpnMacIpRouteIpAddressIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -894,7 +999,10 @@ public:
     explicit EvpnMacIpRouteIpAddressIpVersion(U64 aetNodeKey);
     static Ptr<EvpnMacIpRouteIpAddressIpVersion> EvpnMacIpRouteIpAddressIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -917,7 +1025,10 @@ public:
     explicit EvpnMacIpRouteMacAddress(U64 aetNodeKey);
     static Ptr<EvpnMacIpRouteMacAddress> EvpnMacIpRouteMacAddressIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -940,7 +1051,10 @@ public:
     explicit EvpnRouteType(U64 aetNodeKey);
     static Ptr<EvpnRouteType> EvpnRouteTypeIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -964,20 +1078,22 @@ public:
     explicit ExtCommunity(U64 aetNodeKey);
     static Ptr<ExtCommunity> ExtCommunityIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    CommunitySmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<CommunitySmallVector> & fresh) const override;
+    CommunitySmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<CommunitySmallVector> source() const override;
-    void setVal(
-        PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
-    void lentValIs(
-        CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const override;
+    void setVal(PtrConst<CommunitySmallVector> value,
+                Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(CommunitySmallVector const * value,
+                   Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -994,7 +1110,10 @@ public:
     explicit ExtCommunityCount(U64 aetNodeKey);
     static Ptr<ExtCommunityCount> ExtCommunityCountIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1017,7 +1136,10 @@ public:
     explicit ExtCommunityCountInput(U64 aetNodeKey);
     static Ptr<ExtCommunityCountInput> ExtCommunityCountInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1040,14 +1162,16 @@ public:
     explicit ExtCommunityInput(U64 aetNodeKey);
     static Ptr<ExtCommunityInput> ExtCommunityInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    CommunitySmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<CommunitySmallVector> & fresh) const override;
+    CommunitySmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<CommunitySmallVector> source() const override;
 
@@ -1066,7 +1190,10 @@ public:
     explicit FlowspecDestinationPrefix(U64 aetNodeKey);
     static Ptr<FlowspecDestinationPrefix> FlowspecDestinationPrefixIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1088,10 +1215,13 @@ public:
     static constexpr U16 classNumber = 69;
 
     explicit FlowspecDestinationPrefixIpVersion(U64 aetNodeKey);
-    static Ptr<FlowspecDestinationPrefixIpVersion> FlowspecDestinationPrefixIpVersionIs(
-        U64 aetNodeKey);
+    static Ptr<FlowspecDestinationPrefixIpVersion>
+    FlowspecDestinationPrefixIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1114,7 +1244,10 @@ public:
     explicit FlowspecDestinationPrefixLength(U64 aetNodeKey);
     static Ptr<FlowspecDestinationPrefixLength> FlowspecDestinationPrefixLengthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1137,7 +1270,10 @@ public:
     explicit FlowspecSourcePrefix(U64 aetNodeKey);
     static Ptr<FlowspecSourcePrefix> FlowspecSourcePrefixIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1161,7 +1297,10 @@ public:
     explicit FlowspecSourcePrefixIpVersion(U64 aetNodeKey);
     static Ptr<FlowspecSourcePrefixIpVersion> FlowspecSourcePrefixIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1184,7 +1323,10 @@ public:
     explicit FlowspecSourcePrefixLength(U64 aetNodeKey);
     static Ptr<FlowspecSourcePrefixLength> FlowspecSourcePrefixLengthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1207,7 +1349,10 @@ public:
     explicit IgpMetric(U64 aetNodeKey);
     static Ptr<IgpMetric> IgpMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1231,7 +1376,10 @@ public:
     explicit InstanceAs(U64 aetNodeKey);
     static Ptr<InstanceAs> InstanceAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1255,7 +1403,10 @@ public:
     explicit IpPrefix(U64 aetNodeKey);
     static Ptr<IpPrefix> IpPrefixIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1279,7 +1430,10 @@ public:
     explicit IpPrefixIpVersion(U64 aetNodeKey);
     static Ptr<IpPrefixIpVersion> IpPrefixIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1302,7 +1456,10 @@ public:
     explicit IpPrefixLength(U64 aetNodeKey);
     static Ptr<IpPrefixLength> IpPrefixLengthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1325,20 +1482,22 @@ public:
     explicit IsisLevel(U64 aetNodeKey);
     static Ptr<IsisLevel> IsisLevelIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    U64SmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64SmallVector> & fresh) const override;
+    U64SmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                   PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<U64SmallVector> source() const override;
-    void setVal(
-        PtrConst<U64SmallVector> value, Ptr<EvalContextBase> const & context) const override;
-    void lentValIs(
-        U64SmallVector const * value, Ptr<EvalContextBase> const & context) const override;
+    void setVal(PtrConst<U64SmallVector> value,
+                Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(U64SmallVector const * value,
+                   Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1355,14 +1514,16 @@ public:
     explicit IsisLevelInput(U64 aetNodeKey);
     static Ptr<IsisLevelInput> IsisLevelInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    U64SmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<U64SmallVector> & fresh) const override;
+    U64SmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                   PtrConst<U64SmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<U64SmallVector> source() const override;
 
@@ -1381,7 +1542,10 @@ public:
     explicit IsisMetric(U64 aetNodeKey);
     static Ptr<IsisMetric> IsisMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1391,8 +1555,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 4294967295ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1409,7 +1573,10 @@ public:
     explicit IsisMetricInput(U64 aetNodeKey);
     static Ptr<IsisMetricInput> IsisMetricInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1433,20 +1600,22 @@ public:
     explicit LargeCommunity(U64 aetNodeKey);
     static Ptr<LargeCommunity> LargeCommunityIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    CommunitySmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<CommunitySmallVector> & fresh) const override;
+    CommunitySmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<CommunitySmallVector> source() const override;
-    void setVal(
-        PtrConst<CommunitySmallVector> value, Ptr<EvalContextBase> const & context) const override;
-    void lentValIs(
-        CommunitySmallVector const * value, Ptr<EvalContextBase> const & context) const override;
+    void setVal(PtrConst<CommunitySmallVector> value,
+                Ptr<EvalContextBase> const & context) const override;
+    void lentValIs(CommunitySmallVector const * value,
+                   Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1463,7 +1632,10 @@ public:
     explicit LargeCommunityCount(U64 aetNodeKey);
     static Ptr<LargeCommunityCount> LargeCommunityCountIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1486,7 +1658,10 @@ public:
     explicit LargeCommunityCountInput(U64 aetNodeKey);
     static Ptr<LargeCommunityCountInput> LargeCommunityCountInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1509,14 +1684,16 @@ public:
     explicit LargeCommunityInput(U64 aetNodeKey);
     static Ptr<LargeCommunityInput> LargeCommunityInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    CommunitySmallVector const * lendVal(
-        Ptr<EvalContextBase const> const & context,
-        PtrConst<CommunitySmallVector> & fresh) const override;
+    CommunitySmallVector const * lendVal(Ptr<EvalContextBase const> const & context,
+                                         PtrConst<CommunitySmallVector> & fresh) const override;
     String toStrep() const override;
     SetSource<CommunitySmallVector> source() const override;
 
@@ -1535,7 +1712,10 @@ public:
     explicit LocalPref(U64 aetNodeKey);
     static Ptr<LocalPref> LocalPrefIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1545,9 +1725,9 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 4294967295ULL; }
-    U64 defaultValue() const override { return 100; }
+    U64 min() const override;
+    U64 max() const override;
+    U64 defaultValue() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1564,7 +1744,10 @@ public:
     explicit LocalPrefInput(U64 aetNodeKey);
     static Ptr<LocalPrefInput> LocalPrefInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1588,7 +1771,10 @@ public:
     explicit Med(U64 aetNodeKey);
     static Ptr<Med> MedIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1598,8 +1784,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 4294967295ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1616,7 +1802,10 @@ public:
     explicit MedInput(U64 aetNodeKey);
     static Ptr<MedInput> MedInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1640,7 +1829,10 @@ public:
     explicit NextHop(U64 aetNodeKey);
     static Ptr<NextHop> NextHopIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1664,7 +1856,10 @@ public:
     explicit NextHopBestPathMetric(U64 aetNodeKey);
     static Ptr<NextHopBestPathMetric> NextHopBestPathMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1674,8 +1869,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 4294967295ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1693,7 +1888,10 @@ public:
     explicit NextHopBestPathMetricInput(U64 aetNodeKey);
     static Ptr<NextHopBestPathMetricInput> NextHopBestPathMetricInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1717,7 +1915,10 @@ public:
     explicit NextHopInput(U64 aetNodeKey);
     static Ptr<NextHopInput> NextHopInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1740,7 +1941,10 @@ public:
     explicit NextHopIpVersion(U64 aetNodeKey);
     static Ptr<NextHopIpVersion> NextHopIpVersionIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1763,7 +1967,10 @@ public:
     explicit NextHopIpVersionInput(U64 aetNodeKey);
     static Ptr<NextHopIpVersionInput> NextHopIpVersionInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1786,7 +1993,10 @@ public:
     explicit NextHopMetric(U64 aetNodeKey);
     static Ptr<NextHopMetric> NextHopMetricIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1810,7 +2020,10 @@ public:
     explicit Origin(U64 aetNodeKey);
     static Ptr<Origin> OriginIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1820,9 +2033,9 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 2ULL; }
-    U64 defaultValue() const override { return 256; }
+    U64 min() const override;
+    U64 max() const override;
+    U64 defaultValue() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1839,7 +2052,10 @@ public:
     explicit OriginInput(U64 aetNodeKey);
     static Ptr<OriginInput> OriginInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1863,7 +2079,10 @@ public:
     explicit OriginValidationState(U64 aetNodeKey);
     static Ptr<OriginValidationState> OriginValidationStateIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1873,8 +2092,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 2ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1892,7 +2111,10 @@ public:
     explicit OriginValidationStateInput(U64 aetNodeKey);
     static Ptr<OriginValidationStateInput> OriginValidationStateInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1916,7 +2138,10 @@ public:
     explicit PrefixSidIndex(U64 aetNodeKey);
     static Ptr<PrefixSidIndex> PrefixSidIndexIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1926,8 +2151,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 1048575ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1944,7 +2169,10 @@ public:
     explicit PrefixSidIndexInput(U64 aetNodeKey);
     static Ptr<PrefixSidIndexInput> PrefixSidIndexInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1968,7 +2196,10 @@ public:
     explicit RecmpState(U64 aetNodeKey);
     static Ptr<RecmpState> RecmpStateIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -1978,8 +2209,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 1ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1996,7 +2227,10 @@ public:
     explicit RecmpStateInput(U64 aetNodeKey);
     static Ptr<RecmpStateInput> RecmpStateInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2020,17 +2254,19 @@ public:
     explicit ResolutionRibs(U64 aetNodeKey);
     static Ptr<ResolutionRibs> ResolutionRibsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Rib::ResolutionRibProfileConfig getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Rib::ResolutionRibProfileConfig
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
-    void setVal(
-        Routing::Rib::ResolutionRibProfileConfig value,
-        Ptr<EvalContextBase> const & context) const override;
+    void setVal(Routing::Rib::ResolutionRibProfileConfig value,
+                Ptr<EvalContextBase> const & context) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2047,13 +2283,16 @@ public:
     explicit ResolutionRibsDefault(U64 aetNodeKey);
     static Ptr<ResolutionRibsDefault> ResolutionRibsDefaultIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Rib::ResolutionRibProfileConfig getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Rib::ResolutionRibProfileConfig
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2071,13 +2310,16 @@ public:
     explicit ResolutionRibsInput(U64 aetNodeKey);
     static Ptr<ResolutionRibsInput> ResolutionRibsInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
-    Routing::Rib::ResolutionRibProfileConfig getVal(
-        Ptr<EvalContextBase const> const & context) const override;
+    Routing::Rib::ResolutionRibProfileConfig
+    getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2095,7 +2337,10 @@ public:
     explicit RibPreference(U64 aetNodeKey);
     static Ptr<RibPreference> RibPreferenceIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2105,8 +2350,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 255ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2123,7 +2368,10 @@ public:
     explicit RibPreferenceInput(U64 aetNodeKey);
     static Ptr<RibPreferenceInput> RibPreferenceInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2147,7 +2395,10 @@ public:
     explicit RoutePriority(U64 aetNodeKey);
     static Ptr<RoutePriority> RoutePriorityIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2157,8 +2408,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 3ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2175,7 +2426,10 @@ public:
     explicit RoutePriorityInput(U64 aetNodeKey);
     static Ptr<RoutePriorityInput> RoutePriorityInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2199,7 +2453,10 @@ public:
     explicit RouteSource(U64 aetNodeKey);
     static Ptr<RouteSource> RouteSourceIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2223,7 +2480,10 @@ public:
     explicit RtMembershipOriginAs(U64 aetNodeKey);
     static Ptr<RtMembershipOriginAs> RtMembershipOriginAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2247,7 +2507,10 @@ public:
     explicit RtMembershipRouteTarget(U64 aetNodeKey);
     static Ptr<RtMembershipRouteTarget> RtMembershipRouteTargetIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2270,7 +2533,10 @@ public:
     explicit SourceProtocol(U64 aetNodeKey);
     static Ptr<SourceProtocol> SourceProtocolIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2295,7 +2561,10 @@ public:
     explicit SourceSessionInterfaceBandwidth(U64 aetNodeKey);
     static Ptr<SourceSessionInterfaceBandwidth> SourceSessionInterfaceBandwidthIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2318,7 +2587,10 @@ public:
     explicit SourceSessionRemoteAs(U64 aetNodeKey);
     static Ptr<SourceSessionRemoteAs> SourceSessionRemoteAsIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2342,7 +2614,10 @@ public:
     explicit SourceSessionRemoteIpAddress(U64 aetNodeKey);
     static Ptr<SourceSessionRemoteIpAddress> SourceSessionRemoteIpAddressIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2365,7 +2640,10 @@ public:
     explicit SourceSessionRemoteRouterId(U64 aetNodeKey);
     static Ptr<SourceSessionRemoteRouterId> SourceSessionRemoteRouterIdIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2388,7 +2666,10 @@ public:
     explicit Tag(U64 aetNodeKey);
     static Ptr<Tag> TagIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2398,8 +2679,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 4294967295ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2416,7 +2697,10 @@ public:
     explicit TagInput(U64 aetNodeKey);
     static Ptr<TagInput> TagInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2440,7 +2724,10 @@ public:
     explicit Weight(U64 aetNodeKey);
     static Ptr<Weight> WeightIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2450,8 +2737,8 @@ public:
     IntSource source() const override;
     void setVal(U64 value, Ptr<EvalContextBase> const & context) const override;
     U64 checkedVal(U64 value) const override;
-    U64 min() const override { return 0; }
-    U64 max() const override { return 65535ULL; }
+    U64 min() const override;
+    U64 max() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -2468,7 +2755,10 @@ public:
     explicit WeightInput(U64 aetNodeKey);
     static Ptr<WeightInput> WeightInputIs(U64 aetNodeKey);
 
-    template <typename Visitor> void eachField(Visitor && visit) const { static_cast<void>(visit); }
+    template <typename Use>
+    decltype(auto) withFields(Use && use) const {
+        return use();
+    }
 
     NodeClass const & typeData() const override;
     bool compare(PtrConst<AetNodeBase> const & other) const override;
@@ -2483,6 +2773,5 @@ public:
 };
 
 Ptr<WeightInput> weightInputFactory(U64 aetNodeKey);
-
 
 } // namespace Qcf::Eval::Attribute

@@ -1,42 +1,64 @@
-#include "QcfLib/Context/EvalContextFetch.h"
+#include "QcfLib/AttributeLayer.h"
+
+#include "QcfLib/Context/WriteBacks.h"
+
+#include <bit>
 
 namespace Qcf::Eval {
 
-GeneratedEvalContext::GeneratedEvalContext(PtrConst<ExternalMatchersBase> externalMatchers,
-                                           Routing::Policy::Result_ * result)
-    : EvalContextBase(std::move(externalMatchers), result), ownSlots_(virtualSlotsOf(*this)) {
+AttributeLayer::AttributeLayer(PtrConst<ExternalMatchersBase> externalMatchers,
+                               Routing::Policy::Result_ * result)
+    : EvalContextBase(std::move(externalMatchers), result) {
     attributeContentIs();
     cacheIs();
 }
 
-GeneratedEvalContext::~GeneratedEvalContext() = default;
+AttributeLayer::~AttributeLayer() = default;
 
-Ptr<AttributeContent> const & GeneratedEvalContext::attributeContentIs() {
+Ptr<AttributeContent> const & AttributeLayer::attributeContentIs() {
     if (!attributeContent_) {
         attributeContent_ = makePtr<AttributeContent>();
     }
     return attributeContent_;
 }
 
-Ptr<AttributeContent> GeneratedEvalContext::attributeContentDel() {
+Ptr<AttributeContent> AttributeLayer::attributeContentDel() {
     if (attributeContent_) {
         attributeContent_->settleSets(); // it may outlive what it borrowed from
     }
     return std::move(attributeContent_);
 }
 
-Ptr<QcfEvalContextCacheGenerated> const & GeneratedEvalContext::cacheIs() {
+Ptr<QcfEvalContextCacheGenerated> const & AttributeLayer::cacheIs() {
     if (!cache_) {
         cache_ = makePtr<QcfEvalContextCacheGenerated>();
     }
     return cache_;
 }
 
-Ptr<QcfEvalContextCacheGenerated> GeneratedEvalContext::cacheDel() {
+Ptr<QcfEvalContextCacheGenerated> AttributeLayer::cacheDel() {
     if (attributeContent_) {
         attributeContent_->settleSets();
     }
     return std::move(cache_);
+}
+
+void AttributeLayer::writeBack() {
+    if (overriddenWriteBacks_ == ~U32{0}) [[unlikely]] {
+        overriddenWriteBacks_ = findOverriddenWriteBacks();
+    }
+    for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0;
+         pending &= pending - 1) {
+        writeBacks[std::countr_zero(pending)].call(*this, *attributeContent_);
+    }
+}
+
+U32 AttributeLayer::findOverriddenWriteBacks() const {
+    U32 overridden = 0;
+    for (U32 i = 0; i < modifiableAttributeCount; ++i) {
+        overridden |= writeBacks[i].isOverridden(*this, defaultOperations_) ? U32{1} << i : 0;
+    }
+    return overridden;
 }
 
 } // namespace Qcf::Eval

@@ -3,8 +3,32 @@
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEvalContext.h"
 
-/// How attribute classes check and derive their values. Private to the generated catalogue.
+/// How attribute classes read, check and derive their values. Private to the generated catalogue.
 namespace Qcf::Eval::Attribute {
+
+using Context = Ptr<EvalContextBase const> const &;
+
+/// What the context's operation yields.
+template <auto operation>
+auto input(Context context) {
+    return (evalContext(context).*operation)();
+}
+
+template <typename Value>
+Value plain(Value const & value) {
+    return value;
+}
+template <typename Set>
+Set const * plain(StoredSet<Set> const & set) {
+    return set.get();
+}
+
+/// The stored value while the attribute is modified, what the operation yields otherwise.
+template <ModifiableAttribute attribute, auto stored, auto operation>
+auto current(Context context) -> decltype(plain(std::declval<AttributeContent>().*stored)) {
+    EvalContext const & c = evalContext(context);
+    return c.isModified(attribute) ? plain(c.attributeContentConst().*stored) : (c.*operation)();
+}
 
 /// A modifiable integer, asserted to be in its attribute's range.
 template <typename Attribute>
@@ -28,36 +52,34 @@ U64 valueOrDefault(Attribute const & attribute, U64 val) {
 
 /// Number of elements; 0 for null.
 template <typename Set>
-U64 count(Set const * set, EvalContext const & /*context*/) {
+U64 count(Set const * set, Context /*context*/) {
     return set == nullptr ? 0 : set->count();
 }
 
 /// 4, 6, or 0 for none; of an address or a prefix.
 template <typename Value>
-U64 ipVersion(Value const & value, EvalContext const & /*context*/) {
+U64 ipVersion(Value const & value, Context /*context*/) {
     return static_cast<U64>(value.af());
 }
 
-inline U64 prefixLength(IpGenPrefix const & prefix, EvalContext const & /*context*/) {
-    return prefix.len();
-}
+inline U64 prefixLength(IpGenPrefix const & prefix, Context /*context*/) { return prefix.len(); }
 
 using Path = Routing::Bgp::AspathContainerFromExisting;
 
 /// Kept to its low 16 bits, as the path attribute's consumers keep it.
-inline U64 pathLength(Path const * path, EvalContext const & /*context*/) {
+inline U64 pathLength(Path const * path, Context /*context*/) {
     return path == nullptr ? 0 : static_cast<U16>(Routing::Bgp::pathLength(*path));
 }
 
-inline U64 lastAs(Path const * path, EvalContext const & /*context*/) {
+inline U64 lastAs(Path const * path, Context /*context*/) {
     return path == nullptr ? 0 : Routing::Bgp::lastAs(*path);
 }
 
-inline U64 originAs(Path const * path, EvalContext const & context) {
+inline U64 originAs(Path const * path, Context context) {
     bool known = false;
     Path const empty;
-    U32 const asn =
-        Routing::Bgp::originAs(path == nullptr ? empty : *path, context.localAs(), known);
+    U32 const asn = Routing::Bgp::originAs(path == nullptr ? empty : *path,
+                                           evalContext(context).localAs(), known);
     return known ? asn : 0;
 }
 

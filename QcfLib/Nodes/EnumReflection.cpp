@@ -1,3 +1,4 @@
+#include "QcfLib/Nodes/TypeRecord.h"
 #include "QcfLib/Reflection.h"
 
 /// The records of enumerations. What has a text is named by it.
@@ -5,11 +6,6 @@
 using namespace Qcf::Eval;
 
 namespace {
-
-TypeData enumeration(char const * nameSpace, char const * name,
-                     std::span<EnumeratorInfo const> enumerators) {
-    return {TypeData::Kind::enumeration, name, nameSpace, "", {}, enumerators};
-}
 
 template <typename Enumeration>
 EnumeratorInfo named(Enumeration value) {
@@ -21,7 +17,7 @@ EnumeratorInfo named(Enumeration value) {
 TypeData const & TypeDataOf<TriStateBoolValue>::get() {
     static EnumeratorInfo const enumerators[] = {named(QcfUnknown()), named(QcfFalse()),
                                                  named(QcfTrue())};
-    static TypeData const data = enumeration("Qcf::Eval", "TriStateBoolValue", enumerators);
+    static TypeData const data = enumRecord("Qcf::Eval", "TriStateBoolValue", enumerators);
     return data;
 }
 
@@ -29,25 +25,25 @@ TypeData const & TypeDataOf<TerminationFlag>::get() {
     static EnumeratorInfo const enumerators[] = {named(TerminationFlag::noTermination),
                                                  named(TerminationFlag::returnToCaller),
                                                  named(TerminationFlag::exitToPoa)};
-    static TypeData const data = enumeration("Qcf::Eval", "TerminationFlag", enumerators);
+    static TypeData const data = enumRecord("Qcf::Eval", "TerminationFlag", enumerators);
     return data;
 }
 
 TypeData const & TypeDataOf<ModifyFlag>::get() {
     static constexpr EnumeratorInfo enumerators[] = {{"copyOnWrite", 0}, {"reuseOnWrite", 1}};
-    static TypeData const data = enumeration("Qcf::Eval", "ModifyFlag", enumerators);
+    static TypeData const data = enumRecord("Qcf::Eval", "ModifyFlag", enumerators);
     return data;
 }
 
 TypeData const & TypeDataOf<AddressFamily>::get() {
     static constexpr EnumeratorInfo enumerators[] = {{"none", 0}, {"ipv4", 4}, {"ipv6", 6}};
-    static TypeData const data = enumeration("", "AddressFamily", enumerators);
+    static TypeData const data = enumRecord("", "AddressFamily", enumerators);
     return data;
 }
 
 TypeData const & TypeDataOf<Routing::Isis::Level>::get() {
     static constexpr EnumeratorInfo enumerators[] = {
         {"unset", 0}, {"level1", 1}, {"level2", 2}, {"level1And2", 3}, {"none", 4}};
-    static TypeData const data = enumeration("Routing::Isis", "Level", enumerators);
+    static TypeData const data = enumRecord("Routing::Isis", "Level", enumerators);
     return data;
 }

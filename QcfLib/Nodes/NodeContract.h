@@ -5,8 +5,23 @@
 #include "QcfLib/Nodes/NodeTexts.h"
 #include "QcfLib/Nodes/SharedAnswers.h"
 
-/// The node contract over the fields that a class lists in eachField: hash, compare and their like,
-/// once for all classes. Included by the generated sources alone.
+#include <bit>
+#include <type_traits>
+
+/// The node contract, once for all classes: equality and structural hash over a class's fields.
+///
+/// A class lists its fields once, in `withFields(use)`, which calls `use(field...)` with all of
+/// them in declared order, each with its own type. Comparing two nodes opens the one inside the
+/// other, so that equal positions meet as equal types, and nothing is allocated on the way:
+///
+///     a.withFields([&](auto const &... mine) {
+///         return b.withFields([&](auto const &... theirs) { return (same(mine, theirs) && ...);
+///         });
+///     });
+///
+/// Included by the generated sources alone, whose bodies are one call each. Links of chains are
+/// visited by loop, everything else by recursion, which asserts first that the stack suffices;
+/// large trees that share much are looked at once (SharedAnswers.h).
 namespace Qcf::Eval {
 
 namespace contract {
@@ -56,17 +71,18 @@ inline bool sameChild(AetNodeBase const * a, AetNodeBase const * b) {
            });
 }
 
-template <typename T>
-bool same(T const & a, T const & b) {
+/// Children are the same where `sameNode(a, b)` says so, of nodes that may be null; values where
+/// they are equal.
+template <typename T, typename SameNode>
+bool same(T const & a, T const & b, SameNode const & sameNode) {
     if constexpr (NodePointer<T>) {
-        return sameChild(a.get(), b.get());
+        return sameNode(a.get(), b.get());
+    } else if constexpr (std::is_same_v<T, F32>) {
+        // By their bits, as they are hashed: a NaN equals itself, the two zeros differ.
+        return std::bit_cast<U32>(a) == std::bit_cast<U32>(b);
     } else {
         return a == b;
     }
-}
-// By their bits, as they are hashed: a NaN equals itself, the two zeros differ.
-inline bool same(F32 const & a, F32 const & b) {
-    return std::bit_cast<U32>(a) == std::bit_cast<U32>(b);
 }
 
 template <typename Node>
@@ -75,26 +91,29 @@ Node const * sameClass(Node const & node, AetNodeBase const * other) {
     return same ? static_cast<Node const *>(other) : nullptr;
 }
 
-/// The fields as a tuple of references, so that two nodes can be walked in step.
-template <typename Node>
-auto fieldAddresses(Node const & node) {
-    std::vector<void const *> addresses;
-    node.eachField([&](char const *, auto const & value) { addresses.push_back(&value); });
-    return addresses;
+/// Whether all fields of two nodes of one class are the same, children by `sameNode(a, b)`.
+template <typename Node, typename SameNode>
+bool sameFields(Node const & a, Node const & b, SameNode const & sameNode) {
+    return a.withFields([&](auto const &... mine) {
+        return b.withFields(
+            [&](auto const &... theirs) { return (same(mine, theirs, sameNode) && ...); });
+    });
 }
 
 } // namespace contract
 
+/// The class and all fields, in declared order; keys do not count.
 template <typename Node>
 U32 hashNode(Node const & node, U32 seed) {
     assertWalkable(node);
     SharedHashes::Look const look(node);
     Hash hash(seed);
     hash.hashMix(node.typeData().typeCode);
-    node.eachField([&](char const *, auto const & value) { contract::mix(hash, value); });
+    node.withFields([&](auto const &... field) { (contract::mix(hash, field), ...); });
     return hash.result();
 }
 
+/// False for null and for nodes of another class.
 template <typename Node>
 bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
     Node const * const that = contract::sameClass(node, other.get());
@@ -103,18 +122,10 @@ bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
     }
     assertWalkable(node);
     SharedComparisons::Look const look(node);
-    auto const theirs = contract::fieldAddresses(*that);
-    std::size_t i = 0;
-    bool equal = true;
-    node.eachField([&](char const *, auto const & value) {
-        using Value = std::remove_cvref_t<decltype(value)>;
-        equal = equal && contract::same(value, *static_cast<Value const *>(theirs[i]));
-        ++i;
-    });
-    return equal;
+    return contract::sameFields(node, *that, contract::sameChild);
 }
 
-/// Chains are visited by loop: they may be a million links long.
+/// Of a chain from that link on, by its entries alone.
 template <typename Link>
 U32 hashChain(Link const & head, U32 seed) {
     SharedHashes::Look const look(head);

@@ -6,7 +6,14 @@
 
 #include <tuple>
 
-/// Making, writing and walking a node by its fields. Included by the generated registry alone.
+/// What the registry does with nodes of a class whose name it only knows as a template argument:
+/// making one from fields that come from outside, writing, walking, copying and comparing them.
+///
+///     row<IntIs>("IntIs", "Qcf::Eval", ...) // one row a class, in the order of the collections
+///
+/// Everything follows from the class's `withFields` (NodeContract.h): the order, the types, which
+/// of them are children. FieldInfo, by position, adds the names and what a child must be. Included
+/// by the generated registry alone.
 namespace Qcf::Eval {
 
 // What a field accepts. Who is asked is a node.
@@ -24,58 +31,118 @@ void keepConstant(AetNodeBase const & node) {
     cacheConstantValue(static_cast<Literal const &>(node));
 }
 
+/// The child as the field holds it; asserts that the field may hold it.
 template <typename Field>
-Field readField(FieldInfo const & field, FieldReader & reader) {
+Field childOf(FieldInfo const & field, PtrConst<AetNodeBase> const & child) {
+    QCF_ASSERT_TEXT(child ? field.accepts(*child) : field.optional,
+                    "a child is of its field's type, and null only where that is allowed");
+    using Node = std::remove_const_t<typename Field::element_type>;
+    return Field(const_cast<Node *>(static_cast<Node const *>(child.get())));
+}
+
+/// Calls `use(info, field)` for each field in declared order.
+template <typename Node, typename Use>
+void eachField(Node const & node, Use const & use) {
+    [[maybe_unused]] FieldInfo const * info = nodeClassOf<Node>().fields.data();
+    node.withFields([&](auto const &... field) { (use(*info++, field), ...); });
+}
+
+template <typename... Fields>
+struct FieldTypes {
+    static constexpr std::size_t size = sizeof...(Fields);
+};
+
+struct AsFieldTypes {
+    template <typename... Fields>
+    FieldTypes<Fields...> operator()(Fields const &... /*field*/) const {
+        return {};
+    }
+};
+
+/// The field types of a class, as it lists them.
+template <typename Node>
+using FieldTypesOf = decltype(std::declval<Node const &>().withFields(AsFieldTypes()));
+
+template <typename Field>
+Field readField(FieldInfo const & info, FieldReader & reader) {
     if constexpr (contract::NodePointer<Field>) {
-        auto child = reader.readNode(field);
-        QCF_ASSERT_TEXT(child ? field.accepts(*child) : field.optional,
-                        "a child is of its field's type, and null only where that is allowed");
-        using Node = std::remove_const_t<typename Field::element_type>;
-        return Field(const_cast<Node *>(static_cast<Node const *>(child.get())));
+        return childOf<Field>(info, reader.readNode(info));
     } else {
         Field value{};
-        reader.read(field, value);
+        reader.read(info, value);
         return value;
     }
 }
 
-template <typename Node, typename... Fields, std::size_t... I>
-Ptr<AetNodeBase> createFrom(U64 aetNodeKey, FieldReader & reader, std::index_sequence<I...>) {
+template <typename Node, typename... Fields, std::size_t... i>
+Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reader,
+                            FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
     [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
     // Braces order the reads; an argument list would not.
-    [[maybe_unused]] std::tuple<Fields...> values{readField<Fields>(fields[I], reader)...};
-    return makePtr<Node>(aetNodeKey, std::move(std::get<I>(values))...);
+    [[maybe_unused]] std::tuple<Fields...> values{readField<Fields>(fields[i], reader)...};
+    return makePtr<Node>(aetNodeKey, std::move(std::get<i>(values))...);
 }
 
-template <typename Node, typename... Fields>
+template <typename Node>
 Ptr<AetNodeBase> createNode(U64 aetNodeKey, FieldReader & reader) {
-    return createFrom<Node, Fields...>(aetNodeKey, reader, std::index_sequence_for<Fields...>());
+    using Types = FieldTypesOf<Node>;
+    return createFrom<Node>(aetNodeKey, reader, Types(), std::make_index_sequence<Types::size>());
 }
 
 template <typename Node>
 void writeNode(AetNodeBase const & node, FieldWriter & writer) {
-    auto const & fields = nodeClassOf<Node>().fields;
-    std::size_t i = 0;
-    static_cast<Node const &>(node).eachField([&](char const *, auto const & value) {
-        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
-            writer.writeNode(fields[i], value.get());
+    eachField(static_cast<Node const &>(node), [&](FieldInfo const & info, auto const & field) {
+        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(field)>>) {
+            writer.writeNode(info, field.get());
         } else {
-            writer.write(fields[i], value);
+            writer.write(info, field);
         }
-        ++i;
     });
 }
 
 template <typename Node>
 void visitChildren(AetNodeBase const & node, NodeClass::ChildVisitor const & visit) {
-    auto const & fields = nodeClassOf<Node>().fields;
-    std::size_t i = 0;
-    static_cast<Node const &>(node).eachField([&](char const *, auto const & value) {
-        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(value)>>) {
-            visit(fields[i], value.get());
+    eachField(static_cast<Node const &>(node), [&](FieldInfo const & info, auto const & field) {
+        if constexpr (contract::NodePointer<std::remove_cvref_t<decltype(field)>>) {
+            visit(info, field.get());
         }
-        ++i;
     });
+}
+
+template <typename Field>
+Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
+                  [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {
+    if constexpr (contract::NodePointer<Field>) {
+        return childOf<Field>(info, field ? mapChild(*field) : nullptr);
+    } else {
+        return field;
+    }
+}
+
+template <typename Node>
+Ptr<AetNodeBase> copyNode(AetNodeBase const & node, U64 aetNodeKey,
+                          NodeClass::ChildMapper const & mapChild) {
+    return static_cast<Node const &>(node).withFields([&](auto const &... field) {
+        [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
+        auto const copy = [&]<std::size_t... i>(std::index_sequence<i...>)->Ptr<AetNodeBase> {
+            std::tuple values{copiedField(fields[i], field, mapChild)...};
+            return std::apply(
+                [&](auto &... value) { return makePtr<Node>(aetNodeKey, std::move(value)...); },
+                values);
+        };
+        return copy(std::index_sequence_for<decltype(field)...>());
+    });
+}
+
+template <typename Node>
+bool sameFields(AetNodeBase const & a, AetNodeBase const & b,
+                NodeClass::ChildComparison const & sameChild) {
+    auto const sameNode = [&](AetNodeBase const * mine, AetNodeBase const * theirs) {
+        bool const areBothThere = mine != nullptr && theirs != nullptr;
+        return areBothThere ? sameChild(*mine, *theirs) : mine == theirs;
+    };
+    return contract::sameFields(static_cast<Node const &>(a), static_cast<Node const &>(b),
+                                sameNode);
 }
 
 /// FNV-1a of the qualified class name.
@@ -89,21 +156,22 @@ constexpr U64 typeCodeOf(std::string_view nameSpace, std::string_view name) {
     return code;
 }
 
+/// The record of a class.
+template <typename Node>
 constexpr NodeClass row(char const * name, char const * nameSpace, char const * base,
                         char const * collection, std::span<FieldInfo const> fields,
-                        AttributeInfo const * attribute, decltype(NodeClass::create) create,
-                        decltype(NodeClass::write) write,
-                        decltype(NodeClass::visitChildren) visitChildren,
-                        decltype(NodeClass::memAllocationTracker) tracker, NodeEffects effects,
+                        AttributeInfo const * attribute, NodeEffects effects,
                         ClassFacts const & facts) {
     return {{TypeData::Kind::entity, name, nameSpace, base, fields, {}},
             collection,
             typeCodeOf(nameSpace, name),
             attribute,
-            create,
-            write,
-            visitChildren,
-            tracker,
+            &createNode<Node>,
+            &writeNode<Node>,
+            &visitChildren<Node>,
+            &copyNode<Node>,
+            &sameFields<Node>,
+            &Node::memAllocationTracker,
             effects,
             facts};
 }

@@ -1,40 +1,65 @@
-"""Writes the node classes: their headers with signatures and sentences, and one-line bodies."""
+"""Writes the node classes: headers with signatures and sentences, and one-line bodies."""
+
+from dataclasses import dataclass
 
 from model import lowerFirst
-from text import body, define, doc, header, sourceFile, wrap
+from text import define, doc, file
 
 CONST_CONTEXT = "Ptr<EvalContextBase const> const & context"
 CONTEXT = "Ptr<EvalContextBase> const & context"
 
 # What a concrete value node answers, by the base that it behaves as.
 GETTERS = {
-    "Int": ["U64 getVal({c}) const"],
-    "Bandwidth": ["F32 getVal({c}) const"],
-    "TriStateBool": ["TriStateBoolValue getVal({c}) const"],
-    "PrefixList": ["Routing::Policy::PrefixListMatcher const * getValWithArgs({c}, AddressFamily family) const"],
-    "IpAddress": ["IpGenAddr getVal({c}) const"],
-    "IpPrefix": ["IpGenPrefix getVal({c}) const"],
-    "MacAddress": ["EthAddr getVal({c}) const"],
-    "Esi": ["std::optional<Evpn::Esid> getVal({c}) const"],
-    "Interface": ["IntfId getVal({c}) const"],
-    "ResolutionRibs": ["Routing::Rib::ResolutionRibProfileConfig getVal({c}) const"],
-    "CommunityValue": ["Acl::CommunityValue getVal({c}) const"],
-    "AsPath": ["Routing::Bgp::AspathContainerFromExisting const * getVal({c}) const"],
-    "IntSet": ["U64SmallVector const * lendVal({c}, PtrConst<U64SmallVector> & fresh) const"],
-    "CommunitySet": ["CommunitySmallVector const * lendVal({c}, PtrConst<CommunitySmallVector> & fresh) const"],
+    "Int": "U64 getVal({c}) const",
+    "Bandwidth": "F32 getVal({c}) const",
+    "TriStateBool": "TriStateBoolValue getVal({c}) const",
+    "PrefixList": "Routing::Policy::PrefixListMatcher const * getValWithArgs({c}, AddressFamily family) const",
+    "IpAddress": "IpGenAddr getVal({c}) const",
+    "IpPrefix": "IpGenPrefix getVal({c}) const",
+    "MacAddress": "EthAddr getVal({c}) const",
+    "Esi": "std::optional<Evpn::Esid> getVal({c}) const",
+    "Interface": "IntfId getVal({c}) const",
+    "ResolutionRibs": "Routing::Rib::ResolutionRibProfileConfig getVal({c}) const",
+    "CommunityValue": "Acl::CommunityValue getVal({c}) const",
+    "AsPath": "Routing::Bgp::AspathContainerFromExisting const * getVal({c}) const",
+    "IntSet": "U64SmallVector const * lendVal({c}, PtrConst<U64SmallVector> & fresh) const",
+    "CommunitySet": "CommunitySmallVector const * lendVal({c}, PtrConst<CommunitySmallVector> & fresh) const",
 }
 VALUE_BASES = set(GETTERS)
+MOVED = {"String", "IntfId", "FunctionMetadata", "Routing::Policy::RouteMapFeatures", "Routing::Rib::ResolutionRibProfileConfig"}
 
 
-def isValue(node):
-    return node.base.removesuffix("Modifiable") in VALUE_BASES or node.base == "StorageType"
+@dataclass(frozen=True)
+class Module:
+    """Where the classes of a module stand."""
+
+    header: str
+    source: str
+    brief: str
+    includes: tuple
+    privateIncludes: tuple = ()
+    namespace: str = "Qcf::Eval"
 
 
-def getters(node):
-    rows = [g.replace("{c}", CONST_CONTEXT) for g in GETTERS.get(node.base.removesuffix("Modifiable"), [])]
-    if node.cls in ("IntImmediate", "IntVariable"):
-        rows += [f"bool negative({CONST_CONTEXT}) const", f"SignedMagnitude signedVal({CONST_CONTEXT}) const"]
-    return rows
+def module(name, brief, *includes, **more):
+    return Module(f"QcfLib/{name}Generated.h", f"QcfLib/Nodes/{name}Generated.cpp", brief, tuple(f"QcfLib/{i}.h" for i in includes), **more)
+
+
+MODULES = {
+    "QcfEval": module("QcfEval", "Functions, control flow, logical operators and calls.", "QcfEvalBases"),
+    "QcfEvalCollections": module("QcfEvalCollections", "Lists and sets written in a function.", "CachedConstant", "QcfEvalValueBases"),
+    "QcfEvalCommunityTypes": module("QcfEvalCommunityTypes", "Communities that are computed while a function runs.", "QcfEvalValueBases"),
+    "QcfEvalBasicTypes": module("QcfEvalBasicTypes", "Constants and function arguments.", "QcfEvalValueBases"),
+    "QcfEvalOperatorTypes": module("QcfEvalOperatorTypes", "The operators that compare, assign and modify values.", "QcfEvalValueBases", "QcfEvalCollectionsGenerated",
+                                   privateIncludes=("QcfLib/QcfLibHelpers.h",)),
+    "attributes": Module("QcfLib/ClientPlugin/QcfEvalAttributeTypesGenerated.h", "QcfLib/Context/QcfEvalAttributeTypesGenerated.cpp",
+                         "The route attributes that a function can name. The values live in the evaluation context.",
+                         ("QcfLib/QcfEvalValueBases.h", "QcfLib/QcfEvalContextGenerated.h"), ("QcfLib/Context/AttributeValues.h",), "Qcf::Eval::Attribute"),
+}
+
+
+def valueBase(node):
+    return node.base.removesuffix("Modifiable")
 
 
 def effects(node):
@@ -51,18 +76,29 @@ def standsOn(node):
 
 
 def arguments(node):
-    return ["U64 aetNodeKey"] + [f"{f.cpp} {f.name}" for f in node.fields]
+    return ", ".join(["U64 aetNodeKey"] + [f"{f.cpp} {f.name}" for f in node.fields])
+
+
+def moved(f):
+    return f"std::move({f.name})" if f.isNode or f.type in MOVED else f.name
 
 
 def forwarded(node):
-    simple = {"U8", "U16", "U32", "U64", "F32", "bool", "TriStateBoolValue", "IpGenAddr", "IpGenPrefix", "EthAddr",
-              "Acl::CommunityValue", "optional<Evpn::Esid>", "AccessibleAttributes"}
-    return ["aetNodeKey"] + [f.name if f.type in simple else f"std::move({f.name})" for f in node.fields]
+    return ", ".join(["aetNodeKey"] + [moved(f) for f in node.fields])
+
+
+def getters(node):
+    """Signature and body of the value accessors; no body for those written by hand."""
+    if valueBase(node) in GETTERS:
+        plain = [f"return {f.name}_;" for f in node.fields if f.name in ("value", "number")]
+        yield GETTERS[valueBase(node)].replace("{c}", CONST_CONTEXT), node.getter or "".join(plain)
+    if node.cls in ("IntImmediate", "IntVariable"):
+        yield f"bool negative({CONST_CONTEXT}) const", ""
+        yield f"SignedMagnitude signedVal({CONST_CONTEXT}) const", ""
 
 
 def overrides(node):
-    """Signature and generated body (empty: written by hand) of what the class overrides."""
-    cls = node.cls
+    """Signature and body of what the class overrides; no body for what is written by hand."""
     yield "NodeClass const & typeData() const", "return nodeClasses()[classNumber];"
     chain = "Chain" if node.isChain else "Node"
     if node.base != "LogicalOperator":
@@ -75,119 +111,76 @@ def overrides(node):
         yield "void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const", dumpBody(node)
     if node.sanity or "verifySanity" in node.hand:
         yield "bool verifySanity(FunctionMetadata const & metadata) const", sanityBody(node)
-    if isValue(node):
-        for signature in getters(node):
-            plain = any(f.name in ("value", "number") for f in node.fields) and "getVal(" in signature
-            yield signature, f"return {'value_' if node.fields[0].name == 'value' else 'number_'};" if plain else ""
+    yield from getters(node)
+    if valueBase(node) in GETTERS or node.base == "StorageType":
         yield "String toStrep() const", f"return {node.text};" if node.text else ""
     if node.base == "LogicalOperator":
         yield "String toStrep() const", ""
         yield "bool shouldShortCircuit(EvalResult const & result) const", ""
-        if cls == "SequentialOperator":
+        if node.cls == "SequentialOperator":
             yield "EvalResult maybeCastUnknownToFalse(EvalResult const & result) const", ""
+    yield from node.overridden
 
 
 def dumpBody(node):
     if node.dump == "!":
         return f'dumpImplementation(dumpContext, indent, "{node.cls}");'
-    if not node.dump:
-        return ""
     rest = f", {node.fields[1].name}_" if len(node.fields) > 1 else ""
-    return f'dumpOperator(dumpContext, indent, lhs_, "{node.dump}"{rest});'
+    return f'dumpOperator(dumpContext, indent, lhs_, "{node.dump}"{rest});' if node.dump else ""
 
 
 def sanityBody(node):
-    if not node.sanity:
-        return ""
-    return f'return {node.sanity}({node.fields[1].name}_, "{node.cls}", metadata, index_);'
+    return f'return {node.sanity}({node.fields[1].name}_, "{node.cls}", metadata, index_);' if node.sanity else ""
+
+
+def accessors(node, own):
+    """The fields' accessors, setters of links, and all fields at once."""
+    for f in own:
+        yield f"{f.cpp} const & {f.name}() const {{ return {f.name}_; }}"
+    if any(f.mutable for f in own):
+        for f in own:
+            yield f"void {f.name}Is({f.cpp} {f.name}) {{ {f.name}_ = std::move({f.name}); {standsOn(node)} }}"
+    fields = ", ".join(f"{f.name}_" if f in own else f"{f.name}()" for f in node.fields)
+    yield f"template <typename Use> decltype(auto) withFields(Use && use) const {{ return use({fields}); }}\n"
 
 
 def declare(node, number):
-    own = node.fields[node.inherited:]
-    bases = f"public {node.base}" + (f", public {node.mixin}" if node.mixin else "")
-    out = doc(node.doc) + f"class {node.cls} final : {bases} {{\npublic:\n"
-    out += f"    static constexpr U16 classNumber = {number};\n\n"
-    explicit = "" if node.fields else "explicit "
-    out += wrap(f"{explicit}{node.cls}(", arguments(node), ");", 4)
-    out += wrap(f"static Ptr<{node.cls}> {node.cls}Is(", arguments(node), ");", 4) + "\n"
-    for f in own:
-        out += f"    {f.cpp} const & {f.name}() const {{ return {f.name}_; }}\n"
-        if f.mutable:
-            out += f"    void {f.name}Is({f.cpp} {f.name}) {{ {f.name}_ = std::move({f.name}); {standsOn(node)} }}\n"
-            out += f"    void entryIs({node.fields[0].cpp} entry) {{ entry_ = std::move(entry); {standsOn(node)} }}\n"
-    visits = "".join(f'        visit("{f.name}", {f.name if f in own else f.name + "()"}{"_" if f in own else ""});\n' for f in node.fields)
-    out += "    template <typename Visitor> void eachField(Visitor && visit) const {" + (f"\n{visits}    }}\n" if visits else " static_cast<void>(visit); }\n") + "\n"
-    for signature, _ in overrides(node):
-        out += wrapSignature(signature, " override;")
-    for line in node.methods:
-        out += wrapMethod(line)
-    out += f"\n    static MemAllocationTracker const & memAllocationTracker();\n"
-    out += "    static void * operator new(std::size_t size);\n    static void operator delete(void * memory) noexcept;\n"
-    if own:
-        out += "\nprivate:\n" + "".join(f"    {f.cpp} {f.name}_;\n" for f in own)
-    out += "};\n\n" + wrap(f"Ptr<{node.cls}> {lowerFirst(node.cls)}Factory(", arguments(node), ");")
-    return out + "\n"
-
-
-def wrapSignature(signature, tail):
-    head, _, rest = signature.partition("(")
-    args, _, const = rest.rpartition(")")
-    return wrap(head + "(", args.split(", ") if args else [], ")" + const + tail, 4)
-
-
-def wrapMethod(line):
-    line = line.replace("( ", "(").replace(" )", ")")
-    return f"    {line}\n" if line.startswith("///") or line.startswith("static") else wrapSignature(line[:-1], ";")
+    cls, own = node.cls, node.fields[node.inherited:]
+    base = f"Qcf::Eval::{node.base}" if node.attribute else node.base
+    lines = [f"class {cls} final : public {base}{f', public {node.mixin}' if node.mixin else ''} {{\npublic:",
+             f"static constexpr U16 classNumber = {number};\n",
+             f"{'' if node.fields else 'explicit '}{cls}({arguments(node)});",
+             f"static Ptr<{cls}> {cls}Is({arguments(node)});\n", *accessors(node, own)]
+    lines += [f"{signature} override;" for signature, _ in overrides(node)] + list(node.methods)
+    lines += ["\nstatic MemAllocationTracker const & memAllocationTracker();", "static void * operator new(std::size_t size);",
+              "static void operator delete(void * memory) noexcept;"]
+    lines += ["\nprivate:"] + [f"{f.cpp} {f.name}_;" for f in own] if own else []
+    lines += [f"}};\n\nPtr<{cls}> {lowerFirst(cls)}Factory({arguments(node)});\n\n"]
+    return doc(node.doc) + "\n".join(lines)
 
 
 def constructor(node):
-    base = ["aetNodeKey"] + forwarded(node)[1:1 + node.inherited]
-    inits = [f"{node.base}({', '.join(base)})"]
-    if node.mixin:
-        inits.append(f"{node.mixin}(static_cast<Entity const &>(*this))")
-    for f, value in zip(node.fields[node.inherited:], forwarded(node)[1 + node.inherited:]):
-        inits.append(f"{f.name}_({value})")
-    statement = standsOn(node)
-    tail = f" {{\n    {statement}\n}}" if statement else " {}"
-    return wrap(f"{node.cls}::{node.cls}(", arguments(node), ")") + wrap(": ", inits, tail, 4)
+    base = ", ".join(["aetNodeKey"] + [moved(f) for f in node.fields[:node.inherited]])
+    inits = [f"{'Qcf::Eval::' if node.attribute else ''}{node.base}({base})"]
+    inits += [f"{node.mixin}(static_cast<Entity const &>(*this))"] if node.mixin else []
+    inits += [f"{f.name}_({moved(f)})" for f in node.fields[node.inherited:]]
+    return f"{node.cls}::{node.cls}({arguments(node)}) : {', '.join(inits)} {{ {standsOn(node)} }}\n"
 
 
 def implement(node):
-    cls = node.cls
+    cls, make = node.cls, f"return makePtr<{node.cls}>({forwarded(node)});"
     out = constructor(node)
-    make = f"return makePtr<{cls}>({', '.join(forwarded(node))});"
-    out += define(f"Ptr<{cls}> {cls}::{cls}Is(", arguments(node), ")", make)
-    out += define(f"Ptr<{cls}> {lowerFirst(cls)}Factory(", arguments(node), ")", make)
-    for signature, statement in overrides(node):
-        if statement:
-            head, _, rest = signature.partition("(")
-            args, _, const = rest.rpartition(")")
-            result, _, name = head.rpartition(" ")
-            names = args.split(", ") if args else []
-            used = [n if n.split()[-1] in statement else n.rsplit(" ", 1)[0] + f" /*{n.split()[-1]}*/" for n in names]
-            out += define(f"{result} {cls}::{name}(", used, ")" + const, statement)
-    out += body(f"MemAllocationTracker const & {cls}::memAllocationTracker()", f"return Slab<{cls}>::tracker();")
-    out += body(f"void * {cls}::operator new(std::size_t)", f"return Slab<{cls}>::allocate();")
-    out += body(f"void {cls}::operator delete(void * memory) noexcept", f"Slab<{cls}>::deallocate(memory);")
-    return out + "\n"
-
-
-MODULES = {
-    "QcfEval": ("Functions, control flow, logical operators and calls.", ['"QcfLib/QcfEvalBases.h"']),
-    "QcfEvalCollections": ("Lists and sets written in a function.", ['"QcfLib/CachedConstant.h"', '"QcfLib/QcfEvalValueBases.h"']),
-    "QcfEvalCommunityTypes": ("Communities that are computed while a function runs.", ['"QcfLib/QcfEvalValueBases.h"']),
-    "QcfEvalBasicTypes": ("Constants and function arguments.", ['"QcfLib/QcfEvalValueBases.h"']),
-    "QcfEvalOperatorTypes": ("The operators that compare, assign and modify values.", ['"QcfLib/QcfEvalValueBases.h"', '"QcfLib/QcfEvalCollectionsGenerated.h"']),
-}
+    out += f"Ptr<{cls}> {cls}::{cls}Is({arguments(node)}) {{ {make} }}\n"
+    out += f"Ptr<{cls}> {lowerFirst(cls)}Factory({arguments(node)}) {{ {make} }}\n"
+    out += "".join(define(cls, signature, statement) for signature, statement in overrides(node) if statement)
+    out += f"MemAllocationTracker const & {cls}::memAllocationTracker() {{ return Slab<{cls}>::tracker(); }}\n"
+    out += f"void * {cls}::operator new(std::size_t) {{ return Slab<{cls}>::allocate(); }}\n"
+    return out + f"void {cls}::operator delete(void * memory) noexcept {{ Slab<{cls}>::deallocate(memory); }}\n\n"
 
 
 def emit(numbered):
-    """The files of every module; `numbered` is (collection number, row) of all rows but attributes."""
-    for module, (brief, includes) in MODULES.items():
-        rows = [(i, n) for i, n in numbered if n.module == module]
-        declared = "".join(declare(n, i) for i, n in rows)
-        yield f"QcfLib/{module}Generated.h", header(brief, includes, "Qcf::Eval", declared)
-        files = [f'"QcfLib/{module}Generated.h"', '"QcfLib/Nodes/NodeContract.h"']
-        if any(n.sanity for _, n in rows):
-            files.append('"QcfLib/QcfLibHelpers.h"')
-        yield f"QcfLib/Nodes/{module}Generated.cpp", sourceFile(files, "Qcf::Eval", "".join(implement(n) for _, n in rows))
+    """The files of every module; `numbered` is (collection number, row) of all node classes."""
+    for name, m in MODULES.items():
+        rows = [(i, n) for i, n in numbered if n.module == name]
+        yield m.header, file(m.includes, m.namespace, "".join(declare(n, i) for i, n in rows), m.brief)
+        yield m.source, file([m.header, "QcfLib/Nodes/NodeContract.h", *m.privateIncludes], m.namespace, "".join(implement(n) for _, n in rows))

@@ -2,16 +2,16 @@
 """Writes every *Generated file from the schema rows; with --check, tells which would change.
 
 The rows are checked first and the row that is wrong is named. Nothing here knows what a node
-computes: generated files hold names, data and one-line bodies.
+computes: generated files hold names, data and one-line bodies, laid out by clang-format.
 """
 
+import subprocess
 import sys
 from pathlib import Path
 
 import emit_agent
 import emit_attributes
 import emit_nodes
-import emit_reflection
 import emit_registry
 import emit_store
 from model import BASES, SchemaError
@@ -43,29 +43,27 @@ def check(numbered):
             raise SchemaError(f"{counts[what]} {what}, {wanted} expected; EXPECTED in generate.py says what is published")
     seen = {}
     for _, row in numbered:
-        for kind, name in (("class", f"{type(row).__name__}:{row.cls}"), ("collection", row.collection)):
+        for kind, name in (("class", f"{row.namespace}::{row.cls}"), ("collection", row.collection)):
             if (kind, name) in seen:
                 raise SchemaError(f"{row.cls}: {kind} {name!r} twice")
             seen[kind, name] = row
     known = {row.cls for _, row in numbered} | set(BASES)
     for _, row in numbered:
-        for f in getattr(row, "fields", []):
+        for f in row.fields:
             if f.isNode and f.type not in known:
                 raise SchemaError(f"{row.cls}.{f.name}: no node class {f.type!r}")
 
 
 def outputs(numbered):
-    plain = [(i, r) for i, r in numbered if not isinstance(r, emit_attributes.AttributeClass)]
-    attributes = [(i, r) for i, r in numbered if isinstance(r, emit_attributes.AttributeClass)]
-    yield from emit_nodes.emit(plain)
-    yield from emit_attributes.emitCatalogue(attributes)
-    yield from emit_attributes.emitContextBase()
-    yield from emit_attributes.emitContext()
-    yield from emit_attributes.emitSets()
+    yield from emit_nodes.emit(numbered)
+    yield from emit_attributes.emit()
     yield from emit_registry.emit(numbered)
     yield from emit_store.emit(numbered)
-    yield from emit_reflection.emit(emit_store.collectionsOf(numbered))
     yield from emit_agent.emit()
+
+
+def formatted(path, text):
+    return subprocess.run(["clang-format-14", "--assume-filename", path], input=text, stdout=subprocess.PIPE, text=True, check=True).stdout
 
 
 def main(arguments):
@@ -78,6 +76,7 @@ def main(arguments):
     stale = []
     for name, text in outputs(numbered):
         path = ROOT / name
+        text = formatted(path, text)
         if path.exists() and path.read_text() == text:
             continue
         stale.append(name)

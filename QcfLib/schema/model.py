@@ -32,10 +32,10 @@ KINDS = {
     "esi": ValueKind("Esi", "std::optional<Evpn::Esid>"),
     "mac": ValueKind("MacAddress", "EthAddr"),
     "interface": ValueKind("Interface", "IntfId"),
-    "ribs": ValueKind("ResolutionRibs", "Routing::Rib::ResolutionRibProfileConfig"),
+    "ribs": ValueKind("ResolutionRibs", "Routing::Rib::ResolutionRibProfileConfig", "Routing::Rib::ResolutionRibProfileConfig(false)"),
     "intSet": ValueKind("IntSet", "PtrConst<U64SmallVector>", container="U64SmallVector"),
     "communitySet": ValueKind("CommunitySet", "PtrConst<CommunitySmallVector>", container="CommunitySmallVector"),
-    "asPath": ValueKind("AsPath", "Routing::Bgp::AspathContainerFromExisting *"),
+    "asPath": ValueKind("AsPath", "Routing::Bgp::AspathContainerFromExisting *", "nullptr"),
 }
 
 
@@ -143,6 +143,9 @@ class Node:
     integers: int = 0
     nodeArguments: bool = False
     lowered: bool = False
+    getter: str = ""  # the body of the value accessor
+    overridden: tuple = ()  # (signature, body) of what it overrides besides
+    attribute: object = None  # of a route attribute, what emit_attributes knows of it
 
     @property
     def isChain(self):
@@ -167,6 +170,11 @@ class Node:
     @property
     def keepsConstant(self):
         return self.mixin.startswith("CachedConstant")
+
+    @property
+    def spelled(self):
+        """The class as it is spelled in Qcf::Eval, where some attributes share a base's name."""
+        return f"Attribute::{self.cls}" if self.attribute else self.cls
 
     @property
     def onlyReads(self):

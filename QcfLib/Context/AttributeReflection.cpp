@@ -1,0 +1,56 @@
+#include "QcfLib/Context/AttributeFieldsGenerated.h"
+#include "QcfLib/Nodes/TypeRecord.h"
+#include "QcfLib/Reflection.h"
+
+#include <vector>
+
+/// The records of the attribute layer: its store, its cache and their enumerations.
+
+using namespace Qcf::Eval;
+
+TypeData const & TypeDataOf<AttributeContent>::get() {
+    static TypeData const data =
+        typeRecord(TypeData::Kind::entity, "Qcf::Eval", "AttributeContent", "Entity", storedFields);
+    return data;
+}
+TypeData const & AttributeContent::typeData() const { return TypeDataOf<AttributeContent>::get(); }
+
+TypeData const & TypeDataOf<QcfEvalContextCacheGenerated>::get() {
+    static TypeData const data = typeRecord(TypeData::Kind::entity, "Qcf::Eval",
+                                            "QcfEvalContextCacheGenerated", "Entity", cacheFields);
+    return data;
+}
+TypeData const & QcfEvalContextCacheGenerated::typeData() const {
+    return TypeDataOf<QcfEvalContextCacheGenerated>::get();
+}
+
+TypeData const & TypeDataOf<GeneratedEvalContext>::get() {
+    using Context = GeneratedEvalContext;
+    static std::vector<FieldInfo> const fields = [] {
+        std::vector<FieldInfo> all = {
+            fieldOf<Context, &Context::attributeContent_>("attributeContent",
+                                                          "Ptr<AttributeContent>"),
+            fieldOf<Context, &Context::cache_>("cache", "Ptr<QcfEvalContextCacheGenerated>"),
+            fieldOf<Context, &Context::functionCallDepth>("functionCallDepth", "U32"),
+        };
+        all.insert(all.end(), std::begin(modifiedFields), std::end(modifiedFields));
+        return all;
+    }();
+    static TypeData const data = typeRecord(TypeData::Kind::entity, "Qcf::Eval",
+                                            "GeneratedEvalContext", "EvalContextBase", fields);
+    return data;
+}
+TypeData const & GeneratedEvalContext::typeData() const {
+    return TypeDataOf<GeneratedEvalContext>::get();
+}
+
+TypeData const & TypeDataOf<ModifiableAttribute>::get() {
+    static TypeData const data =
+        enumRecord("Qcf::Eval", "ModifiableAttribute", modifiableAttributes);
+    return data;
+}
+TypeData const & TypeDataOf<QcfEvalContextCacheGenerated::Input>::get() {
+    static TypeData const data =
+        enumRecord("Qcf::Eval::QcfEvalContextCacheGenerated", "Input", cachedInputs);
+    return data;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Platform/Framework/VirtualSlot.h"
+#include "QcfLib/AttributeLayer.h"
+
+/// How cached inputs are fetched. Private to the attribute layer's sources.
+namespace Qcf::Eval {
+
+template <typename Set>
+Set * AttributeLayer::fetchSet(Input input, Ptr<Set> Cache::*slot, ModifyFlag modifyFlag,
+                               void (AttributeOperations::*populate)(Ptr<Set> const &)
+                                   const) const {
+    Ptr<Set> & set = (*cache_).*slot;
+    if (!set) {
+        set = makePtr<Set>(modifyFlag);
+    }
+    set->clear();
+    set->modifyFlagIs(modifyFlag);
+    // An exception of the agent's leaves the flag clear: the next access fetches again.
+    if (overridesSlot(*this, defaultOperations_, populate)) {
+        (this->*populate)(set);
+    }
+    cache_->populatedIs(input);
+    return set.get();
+}
+
+inline AttributeLayer::Path * AttributeLayer::fetchedPath(Input input, Path Cache::*slot) const {
+    Path & path = cache().*slot;
+    if (!cache().isPopulated(input)) {
+        path.clear();
+        asPathInputPopulate(&path);
+        cache().populatedIs(input);
+    }
+    return &path;
+}
+
+} // namespace Qcf::Eval
