@@ -8,20 +8,32 @@
 namespace Qcf {
 
 /// The keys of one collection, so that whoever wants its members alone need not go through the
-/// whole store. A key that went stays listed until those that went outnumber the others: which
-/// listed keys are members' is for the caller to say.
+/// whole store, which holds all collections in one table.
+///
+/// Adding is an append, and removing usually touches nothing: a key that went stays listed until
+/// those that went outnumber the others. Which listed keys are members' is therefore for the caller
+/// to say, who has the table:
+///
+///     keys.add(7);
+///     keys.remove(isMember); // after 7 left the table
+///     keys.rising(isMember); // does not have it
+///
+/// A listed key costs 8 bytes, and hardly more than twice as many are listed as there are members.
+/// Belongs to the thread that changes the store.
 class AetKeyList {
 public:
-    /// Members.
+    /// How many members the collection has.
     std::size_t size() const { return size_; }
+    /// Memory of the list.
     std::size_t bytes() const { return listed_.capacity() * sizeof(U64); }
 
+    /// A member came; its key is not among the members' yet.
     void add(U64 key) {
         listed_.push_back(key);
         ++size_;
     }
 
-    /// One of the members went.
+    /// One of the members went. `isMember(key)` says of a listed key whether it is one still.
     template <typename IsMember>
     void remove(IsMember && isMember) {
         constexpr std::size_t few = 16;
@@ -31,7 +43,7 @@ public:
         }
     }
 
-    /// The members' keys, each once.
+    /// The members' keys in rising order, each once: one that came back is listed twice.
     template <typename IsMember>
     std::vector<U64> rising(IsMember && isMember) const {
         std::vector<U64> keys(listed_);
@@ -45,7 +57,7 @@ public:
     }
 
 private:
-    std::vector<U64> listed_;
+    std::vector<U64> listed_; ///< in the order in which they came
     std::size_t size_ = 0;
 };
 

@@ -6,21 +6,33 @@
 
 namespace Qcf {
 
-/// A set of nodes found by class number and key. A node carries both itself, so that the table
-/// costs nine bytes a slot, three quarters of them in use at most. Nodes whose keys follow one
-/// another stand together: who walks a large store by keys stays within the caches. One thread
-/// changes it.
+/// A set of nodes found by class number and key: the untyped table under the store.
+///
+///     table.insert(node);
+///     if (auto const * const found = table.find(IntIs::classNumber, 12)) { use(**found); }
+///
+/// A node carries both class and key itself, so that the table costs nine bytes a slot, three
+/// quarters of them in use at most: about 12 to 24 bytes a node. It is one open-addressed array.
+/// Nodes whose keys follow one another stand together, since keys rise with the order of building:
+/// who walks a large store by keys stays within the caches. Growing doubles it and places every
+/// node anew; whoever knows how many will come reserves.
+///
+/// One thread changes it. Other threads must not look while it does; they reach nodes through the
+/// functions that hold them.
 class AetNodeTable {
 public:
     using Node = Eval::AetNodeBase;
 
+    /// No slot.
     static constexpr std::size_t none = ~std::size_t{0};
 
+    /// Nodes there are.
     std::size_t size() const { return size_; }
     /// Slots there are; one of them is a node's until the table changes.
     std::size_t slots() const { return slots_.size(); }
     /// The slot of this very node; `none` when it is not there.
     std::size_t slotOf(Node const & node) const;
+    /// Memory of the table, without the nodes.
     std::size_t bytes() const { return slots_.capacity() * sizeof(Ptr<Node>) + tags_.capacity(); }
 
     /// The node; null when it is not there. The pointer is good until the table changes.
@@ -35,9 +47,10 @@ public:
         }
         return nullptr;
     }
-    /// Makes room for so many nodes in all, so that the table does not grow on the way there.
+    /// Makes room for so many nodes in all, now or later, so that the table does not grow on the
+    /// way there.
     void reserve(std::size_t size);
-    /// Puts a node in; none of its class and key may be there.
+    /// Puts a node in, which it holds from then on; none of its class and key may be there.
     void insert(Ptr<Node> node);
     /// Takes the node out and hands it over; null when it is not there.
     Ptr<Node> remove(U16 classNumber, U64 key);

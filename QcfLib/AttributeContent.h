@@ -22,6 +22,7 @@ class AttributeContent final : public StoredAttributes {
 public:
     TypeData const & typeData() const override;
 
+    /// The same as writing to the members.
     void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }
     void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) {
         resolutionRibs = ribs;

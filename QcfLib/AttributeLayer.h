@@ -28,6 +28,8 @@ class GeneratedEvalContext;
 ///     c.modify(ModifiableAttribute::med).med = med + 1;
 class AttributeLayer : public EvalContextBase {
 public:
+    // The store of changes.
+
     bool isModified(ModifiableAttribute attribute) const {
         return (modifiedFlags_ & flagOf(attribute)) != 0;
     }
@@ -41,6 +43,7 @@ public:
         modifiedFlags_ |= flags;
         return *attributeContent_;
     }
+    /// The store; asserts that there is one, as `modify` does.
     AttributeContent const & attributeContentConst() const {
         QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
         return *attributeContent_;
@@ -55,6 +58,8 @@ public:
     Ptr<AttributeContent> attributeContentDel();
     Ptr<QcfEvalContextCacheGenerated> const & cacheIs();
     Ptr<QcfEvalContextCacheGenerated> cacheDel();
+
+    // The life of a route.
 
     /// Function calls that are open; 0 while the outermost function runs.
     U32 functionCallDepth() const { return functionCallDepth_; }
@@ -77,6 +82,7 @@ protected:
     using Input = Cache::Input;
     using Path = Routing::Bgp::AspathContainerFromExisting;
 
+    /// With an empty store and an empty cache.
     AttributeLayer(PtrConst<ExternalMatchersBase> externalMatchers,
                    Routing::Policy::Result_ * result);
     ~AttributeLayer() override;
@@ -95,6 +101,7 @@ protected:
         cache().populatedClear();
     }
 
+    /// The cache; asserts that there is one.
     Cache & cache() const {
         QCF_ASSERT_TEXT(cache_, "nullptr != cache");
         return *cache_;
@@ -111,6 +118,7 @@ protected:
 private:
     friend struct TypeDataOf<GeneratedEvalContext>;
 
+    /// Calls the write-backs of what is modified and overridden.
     void writeBack();
     U32 findOverriddenWriteBacks() const;
 

@@ -10,8 +10,20 @@ namespace Qcf::Eval {
 /// agent's named lists, the caller's policy result record, and whether evaluation is logged.
 ///
 /// Its table of operations is the engine's: log and reset, the attributes, the facts of the
-/// session, the agent's lists. GeneratedEvalContext answers for the attributes and EvalContext for
-/// the rest, each as if the agent knew nothing.
+/// session, the agent's lists. Engines and agents that are built apart agree on the order.
+/// GeneratedEvalContext answers for the attributes and EvalContext for the rest, each as if the
+/// agent knew nothing; an agent derives from EvalContext and overrides what it has:
+///
+///     U32 MyContext::localAs() const { return session_->localAs; }
+///     bool MyContext::matchCommList(PtrConst<U64SmallVector> const & set,
+///                                   PtrConst<CommListStatus> const & status) const {
+///         return status && static_cast<MyList const &>(*status).matches(set);
+///     }
+///
+/// All operations are called by the thread that evaluates, and only while it does. One that throws
+/// ends the evaluation: the exception reaches the agent's call of `eval`, the frames and the call
+/// depth are as before, and after a reset the context is as good as new. Operations get sets and
+/// statuses by reference: what they keep they copy.
 class EvalContextBase : public AttributeOperations {
 public:
     using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
@@ -29,19 +41,30 @@ public:
     TypeData const & typeData() const override;
     Ptr<Debug::EvaluationLog const> evaluationLog() const override { return nullptr; }
 
-    // Facts of the session that the route is processed in.
+    // Facts of the session that the route is processed in. They must not change within a route.
+
+    /// Whether the route is about to be sent to a BGP peer: guards dynamic prefix lists and
+    /// next-hop-self.
     virtual bool isBgpOutbound() const = 0;
+    /// The local AS number, which is also the origin of a path that names none.
     virtual U32 localAs() const = 0;
+    /// Whether the peer is in the same confederation.
     virtual bool peerConfed() const = 0;
+    /// EvalContext::noVrf outside any VRF.
     virtual U32 vrfId() const = 0;
     /// Gives an EVPN IP-prefix route an overlay index; answers whether it did.
     virtual EvalResult setOverlayIndex() = 0;
 
     // The agent's lists. A null set stands for the empty set, in arguments and in results; the
     // status may be null. Edits get the current set and return the new one.
+
+    /// Whether the list permits the path; `aetNodeKey` is that of the node that asks.
     virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
                                        U64 aetNodeKey,
                                        PtrConst<AsPathListStatus> const & status) const = 0;
+
+    // Of standard communities: whether the list matches a set, exactly; the set that it names; a
+    // set with what it names added, with what it matches removed, or with nothing else retained.
     virtual bool matchCommList(PtrConst<U64SmallVector> const & set,
                                PtrConst<CommListStatus> const & status) const = 0;
     virtual bool matchExactCommList(PtrConst<U64SmallVector> const & set,
@@ -53,6 +76,8 @@ public:
                                          PtrConst<CommListStatus> const & status) = 0;
     virtual IntSetPtr commRetainCommList(IntSetPtr const & set,
                                          PtrConst<CommListStatus> const & status) = 0;
+
+    // The same of extended communities, by their kind of list.
     virtual bool matchExtCommList(PtrConst<CommunitySmallVector> const & set,
                                   PtrConst<ExtCommListStatus> const & status) const = 0;
     virtual bool matchExactExtCommList(PtrConst<CommunitySmallVector> const & set,
@@ -67,6 +92,8 @@ public:
     virtual CommunitySetPtr
     extCommRetainExtCommList(CommunitySetPtr const & set,
                              PtrConst<ExtCommListStatus> const & status) = 0;
+
+    // The same of large communities.
     virtual bool matchLargeCommList(PtrConst<CommunitySmallVector> const & set,
                                     PtrConst<LargeCommListStatus> const & status) const = 0;
     virtual bool matchExactLargeCommList(PtrConst<CommunitySmallVector> const & set,
@@ -85,12 +112,16 @@ public:
     /// Whether the route's origin is in that state by the ROA table of that slot.
     virtual bool matchRoaTable(U32 slot, U32 state) const = 0;
 
+    // What it was made with, and the log.
+
+    /// Whether evaluation writes a log, which costs: a record a node.
     bool shouldLogEval() const { return shouldLogEval_; }
     /// Asks for a log; to be set after each reset, which clears it.
     void shouldLogEvalIs(bool shouldLogEval) { shouldLogEval_ = shouldLogEval; }
 
     /// Never null.
     PtrConst<ExternalMatchersBase> const & externalMatchers() const { return externalMatchers_; }
+    /// The caller's record, as it was given.
     Routing::Policy::Result_ * result() const { return result_; }
 
 private:

@@ -7,6 +7,11 @@ namespace Qcf::Eval {
 /// Which of a context's cached inputs hold the values of the present route. `Input` is the cache's
 /// enumeration of its inputs, of at most 32 enumerators.
 ///
+///     if (!cache.isPopulated(Input::communityInput)) {
+///         ... // fetch it
+///         cache.populatedIs(Input::communityInput);
+///     }
+///
 /// Clearing all flags is what makes a cache ready for the next route: the containers keep their
 /// storage and their stale values, which nobody reads before they are fetched anew.
 class PopulatedInputs : public Entity {
@@ -20,6 +25,7 @@ public:
     void populatedIs(Input input) {
         populated_ |= bitOf(input);
     }
+    /// For the next route.
     void populatedClear() { populated_ = 0; }
 
 private:

@@ -9,7 +9,11 @@
 namespace Qcf {
 
 /// The untyped core of the store: every node of every published function, a collection a class, in
-/// the order of Eval::nodeClasses(), keyed by the node's key.
+/// the order of Eval::nodeClasses(), keyed by the node's key. The typed view over it is
+/// AllAetEntities; who treats all classes alike (a reader, a mirror) uses the core:
+///
+///     Ptr<Eval::AetNodeBase> kept = store.nodeIs(nodeClass.create(key, reader));
+///     store.forEachNode([](auto const & node) { ... });
 ///
 /// A member's parent is the store, and a node is a member of one store at most. Each effective
 /// change is published by the store's publisher: the collection's name as the attribute, added or
@@ -21,6 +25,7 @@ public:
 
     using CollKey = Qcf::CollKey;
 
+    /// Members may outlive the store; they have no parent then.
     ~AetCollections() override;
     TypeData const & typeData() const override;
 
@@ -52,6 +57,7 @@ public:
         return found == nullptr ? nullptr : *found;
     }
 
+    /// How many members there are, in all and in one collection.
     std::size_t size() const { return table_.size(); }
     std::size_t size(U16 collection) const { return keys_[collection].size(); }
     /// The keys of a collection, rising.
@@ -82,6 +88,9 @@ public:
 protected:
     AetCollections();
 
+    // What the operations of a typed view come down to.
+
+    /// The member of that class and key; null when there is none.
     template <typename NodeType>
     Ptr<NodeType> member(U64 key) const {
         return ptrCast<NodeType>(node(NodeType::classNumber, key));
@@ -92,6 +101,7 @@ protected:
         Ptr<NodeType> present = member<NodeType>(key);
         return present ? present : ptrCast<NodeType>(nodeIs(make()));
     }
+    /// Takes it out; null when there was none.
     template <typename NodeType>
     Ptr<NodeType> memberDel(U64 key) {
         return ptrCast<NodeType>(nodeDel(NodeType::classNumber, key));

@@ -11,7 +11,12 @@
 namespace Qcf::Eval {
 
 /// A dense set of named attribute flags in one word, bit 0 first. `Names` gives the set's type
-/// name, its width and the name of each bit.
+/// name, its width and the name of each bit. A value: copied, compared, hashed, without storage of
+/// its own.
+///
+///     AttributeSet reads;
+///     reads.insert(AttributeSet::bitOf("med"));
+///     reads == AttributeSet::strepToValue("Value('Qcf::Eval::AttributeSet', ** {'med': True})")
 ///
 /// Text form: `Value('Qcf::Eval::AttributeSet', ** {'afi': True, 'afi_safi': False, ...})`. Reading
 /// accepts blanks anywhere between the parts, flags in any order, left-out flags as false, and the
@@ -29,7 +34,9 @@ public:
     /// Reads the text form, which must be all of `text`; throws ParseError.
     static FlagSet strepToValue(String const & text);
 
+    /// All flags, bit n for the n-th one.
     constexpr U64 value() const { return bits_; }
+    /// False for a bit at or above the width.
     constexpr bool contains(std::size_t bit) const {
         return bit < width && ((bits_ >> bit) & 1) != 0;
     }
@@ -52,6 +59,7 @@ public:
 
     /// The bit of a flag name; `width` when there is none.
     static std::size_t bitOf(std::string_view name);
+    /// The name of a bit below the width.
     static char const * nameOf(std::size_t bit) { return Names::name(bit); }
 
 private:
@@ -60,11 +68,13 @@ private:
     U64 bits_ = 0;
 };
 
+/// The flags of AttributeSet: all attributes but the internal ones, by language name.
 struct AttributeSetNames {
     static constexpr std::size_t width = attributeSetWidth;
     static constexpr char const * type = "Qcf::Eval::AttributeSet";
     static char const * name(std::size_t bit);
 };
+/// The flags of ModifiableAttributeSet: those that a function can modify, in flush order.
 struct ModifiableAttributeSetNames {
     static constexpr std::size_t width = modifiableAttributeSetWidth;
     static constexpr char const * type = "Qcf::Eval::ModifiableAttributeSet";
@@ -76,6 +86,7 @@ using AttributeSet = FlagSet<AttributeSetNames>;
 /// Attributes that a function writes.
 using ModifiableAttributeSet = FlagSet<ModifiableAttributeSetNames>;
 
+/// Writes the text form.
 template <typename Names>
 std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set);
 
@@ -84,7 +95,8 @@ extern template class FlagSet<ModifiableAttributeSetNames>;
 extern template std::ostream & operator<<(std::ostream &, AttributeSet const &);
 extern template std::ostream & operator<<(std::ostream &, ModifiableAttributeSet const &);
 
-/// Which attributes a function may read and which it may write.
+/// Which attributes a function may read and which it may write, as whoever compiled it declares.
+/// An agent that fetches attributes at a cost can ask what it need not have.
 struct AccessibleAttributes {
     AttributeSet readableAttributes;
     ModifiableAttributeSet writableAttributes;

@@ -28,7 +28,8 @@ class Function;
 /// those are to be copied if they are to last longer.
 class EvalContext : public GeneratedEvalContext {
 public:
-    /// All three may be null; the result record is not owned.
+    /// All three may be null: empty tables of lists, no result record, no policy context. The
+    /// result record is not owned and must outlive the context.
     EvalContext(PtrConst<ExternalMatchersBase> externalMatchers, Routing::Policy::Result_ * result,
                 Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext);
     ~EvalContext() override;
@@ -39,7 +40,9 @@ public:
     void reset() override { forgetRoute(); }
 
     // What an agent answers that overrides nothing: no session of note, and lists that match
-    // nothing and whose edits leave the empty set.
+    // nothing and whose edits leave the empty set. What each operation means is told in
+    // EvalContextBase.
+
     bool isBgpOutbound() const override { return false; }
     U32 localAs() const override { return 0; }
     bool peerConfed() const override { return false; }
@@ -87,19 +90,26 @@ public:
                                  PtrConst<LargeCommListStatus> const & status) override;
     bool matchRoaTable(U32 slot, U32 state) const override;
 
-    /// The frame of the function that runs.
+    // What follows is for nodes while they are evaluated.
+
+    /// The frame of the function that runs. Asserts that a call's frame is current exactly while a
+    /// call is open.
     StackFrameData_ * stackFrameDataRawPtr();
     StackFrameData_ const * stackFrameDataRawPtrConst() const;
     /// Makes a frame current; the top-level frame only while no call is open.
     void stackFrameDataIs(StackFrameData_ * frame);
+    /// Puts a call's frame in place, or null to make the top-level one current again.
     void stackFrameDataFromCallerIs(StackFrameData_ * frame) { stackFrameDataFromCaller_ = frame; }
 
-    /// The current frame's arguments of one type; asserts that there are any.
+    /// The current frame's arguments of one type, in the order in which the caller pushed them;
+    /// asserts that there are any. Good until the frame changes.
     AetNodePtrArgumentVector const * aetNodePtrArgValues() const;
     BandwidthTypeArgumentVector const * bandwidthTypeArgValues() const;
     IntTypeArgumentVector const * intTypeArgValues() const;
     PrefixListTypeArgumentVector const * prefixListTypeArgValues() const;
     TriStateBoolTypeArgumentVector const * triStateBoolTypeArgValues() const;
+
+    // The debug log: one record a node that was evaluated, in the order of the text.
 
     /// Append to the current frame's log; a record whose key does not rise is dropped. Assert that
     /// logging is on.
@@ -108,13 +118,15 @@ public:
     void logFunctionCall(U64 aetNodeKey, EvalResult const & result,
                          Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
 
+    /// As it was given to the constructor.
     Ptr<Routing::Policy::PolicyEvalContext> const & policyEvalContext() const {
         return policyEvalContext_;
     }
+    /// Whether the function asked for the agent's own next hop; for the agent to read after `eval`.
     bool nextHopSetToSelf() const { return nextHopSetToSelf_; }
     void nextHopSetToSelfIs(bool nextHopSetToSelf) { nextHopSetToSelf_ = nextHopSetToSelf; }
 
-    /// Buffers lent to set operations.
+    /// Buffers lent to set operations; their storage stays from route to route.
     U64Buffer & intSetScratch() { return intSetScratch_; }
     CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
 
@@ -167,7 +179,8 @@ private:
     CommunityBuffer communitySetScratch_;
 };
 
-/// The context that an EvalContextBase always is.
+/// The context that an EvalContextBase always is: nodes are handed the interface, and get at frame,
+/// log and store through this. Costs nothing.
 inline EvalContext & evalContext(Ptr<EvalContextBase> const & context) {
     return static_cast<EvalContext &>(*context);
 }

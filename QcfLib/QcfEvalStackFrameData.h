@@ -22,14 +22,28 @@ class Bandwidth;
 class PrefixList;
 class TriStateBool;
 
+/// What a called function knows of its call: arguments by type, and the part of the debug log that
+/// it writes. A call makes a frame, pushes the values of its arguments, which are evaluated in the
+/// caller's frame, and makes it current in the context until it returns:
+///
+///     StackFrameData_ frame;
+///     frame.pushIntTypeArgToStack(context, *node); // or node->pushFuncArgToStack(context, &frame)
+///     evalContext(context).stackFrameDataIs(&frame);
+///
+/// A parameter is found by its type and its position among the arguments of that type. Frames of
+/// calls live on the stack of the evaluating thread; the outermost function's is the context's own.
+
 /// Arguments of one type that a container holds without a heap block.
 inline constexpr std::size_t inlineArgumentCapacity = 16;
 
 template <typename Value>
 using ArgumentVector = boost::container::small_vector<Value, inlineArgumentCapacity>;
 
+// The argument types. What has none of its own is passed as a node.
+
 /// Nodes passed by reference; kept alive by the function that is evaluated.
 using AetNodePtrArgumentVector = ArgumentVector<StorageType const *>;
+/// Bits per second.
 using BandwidthTypeArgumentVector = ArgumentVector<F32>;
 /// Signed integers of up to 128 bits.
 using IntTypeArgumentVector = ArgumentVector<S128>;
@@ -37,7 +51,8 @@ using IntTypeArgumentVector = ArgumentVector<S128>;
 using PrefixListTypeArgumentVector = ArgumentVector<Routing::Policy::PrefixListMatcher const *>;
 using TriStateBoolTypeArgumentVector = ArgumentVector<TriStateBoolValue>;
 
-/// The arguments of one type of one call, in push order.
+/// The arguments of one type of one call, in push order. Counted, so that a frame can be kept;
+/// taken from a slab, so that a call allocates nothing after the first ones.
 template <typename Vector>
 class ArgumentContainer final : public PtrInterface {
 public:
@@ -62,6 +77,9 @@ using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentV
 /// the debug log that was written while it was current. Used by the evaluating thread alone.
 class StackFrameData_ {
 public:
+    // What it has, and what puts it there as a whole: for debuggers and tests. Evaluation pushes.
+
+    // The containers, each null until the first argument of its type, or set as a whole.
     Ptr<AetNodePtrArgContainer> const & aetNodePtrArgContainer() const { return aetNodePtrs_; }
     Ptr<BandwidthTypeArgContainer> const & bandwidthTypeArgContainer() const { return bandwidths_; }
     Ptr<IntTypeArgContainer> const & intTypeArgContainer() const { return ints_; }
@@ -71,6 +89,7 @@ public:
     Ptr<TriStateBoolTypeArgContainer> const & triStateBoolTypeArgContainer() const {
         return triStateBools_;
     }
+    /// The first and the last record that were written; null while there is none.
     PtrConst<Debug::EvaluationLog> const & logHead() const { return logHead_; }
     Ptr<Debug::EvaluationLog> const & logCurrent() const { return logCurrent_; }
     void aetNodePtrArgContainerIs(Ptr<AetNodePtrArgContainer> container) {
@@ -115,6 +134,8 @@ public:
     void pushTriStateBool(TriStateBoolValue value);
     /// Appends the node itself; nothing is evaluated.
     void pushAetNodePtrArgToStack(StorageType const & node);
+
+    // A frame as a value.
 
     /// True when anything was ever set; cheaper to ask than whether something is.
     bool touched() const { return touched_; }

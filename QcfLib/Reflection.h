@@ -18,6 +18,12 @@
 /// Node classes are NodeClass, a TypeData with more. A field's text is for people: it shows sets
 /// and values whole, and entities that are pointed to by name. Only the thread that may read the
 /// object may ask for it.
+///
+/// A record stands as long as the process does, and any thread may read it. It names the class that
+/// its own derives from, whose fields it does not repeat: whoever wants all of them goes up by
+/// `findType`. Values that belong to an earlier route, and may be gone, are not shown.
+///
+/// Costly to include: the headers of most types come along.
 namespace Qcf {
 
 /// The records of all types below; those of node classes are in Eval::nodeClasses().
@@ -29,7 +35,8 @@ TypeData const * findType(std::string_view qualifiedName);
 
 } // namespace Qcf
 
-/// Every type with a record of its own, one macro argument each.
+/// Every type with a record of its own, one macro argument each. A new type is added here, and its
+/// record to the *Reflection.cpp of the wing that owns it.
 #define QCF_FOR_EACH_REFLECTED(APPLY)                                                              \
     APPLY(AddressFamily)                                                                           \
     APPLY(Routing::Isis::Level)                                                                    \

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Agent/Routes/Route.h"
+#include "Agent/Routes/RouteChanges.h"
 #include "bench/Policies.h"
 #include "bench/Table.h"
 

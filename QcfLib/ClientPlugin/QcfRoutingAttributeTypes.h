@@ -1,7 +1,16 @@
 #pragma once
 
 /// What an agent needs beside the context: the conversions between the language's view of source
-/// protocols and IS-IS levels and the routing library's.
+/// protocols and IS-IS levels and the routing library's, for the bodies of its operations:
+///
+///     U64 MyContext::sourceProtocolInput() const {
+///         return static_cast<U64>(routeProtoToSourceProtocol(route_->proto));
+///     }
+///     void MyContext::isisLevelIs(PtrConst<U64SmallVector> const & value) {
+///         route_->level = isisLevelFromVector(value);
+///     }
+///
+/// Names parse as they print. All functions are free of state: any thread may call them.
 
 #include "Platform/Framework/CharRange.h"
 #include "Platform/Routing/RouteProto.h"
@@ -26,6 +35,7 @@ enum class SourceProtocolType : U8 {
     OSPFv3 = 8,
     STATIC = 9,
 };
+/// Values there are, with those that have no name.
 inline constexpr U8 sourceProtocolTypeCount = 12;
 
 /// Values of "fec.recmp".
@@ -40,6 +50,7 @@ std::ostream & operator<<(std::ostream & out, RecmpStateType value);
 /// Reads a name, exactly as it is written, or a number in decimal; throws ParseError on anything
 /// else.
 SourceProtocolType SourceProtocolTypeInstance(String const & text);
+/// The value of that number; throws ParseError when there is none.
 SourceProtocolType SourceProtocolTypeInstance(U64 number);
 RecmpStateType RecmpStateTypeInstance(String const & text);
 RecmpStateType RecmpStateTypeInstance(U64 number);

@@ -26,11 +26,13 @@ namespace Qcf::Eval {
 
 namespace contract {
 
+/// A field that holds a child.
 template <typename T>
 concept NodePointer = requires(T const & p) {
     static_cast<AetNodeBase const *>(p.get());
 };
 
+/// A child counts by its own hash, null by eight zero bytes.
 inline void mixChild(Hash & hash, AetNodeBase const * child) {
     if (child == nullptr) {
         hash.hashMix(U64{0});
@@ -39,6 +41,7 @@ inline void mixChild(Hash & hash, AetNodeBase const * child) {
     hash.hashMix(SharedHashes::of(*child, child, [&] { return child->hash(0); }));
 }
 
+/// A scalar counts at its width, a value with a hash of its own by that.
 template <typename T>
 void mix(Hash & hash, T const & value) {
     if constexpr (NodePointer<T>) {
@@ -62,6 +65,7 @@ void mix(Hash & hash, std::optional<T> const & value) {
     }
 }
 
+/// Whether two children, which may be null, are equal by their own `compare`.
 inline bool sameChild(AetNodeBase const * a, AetNodeBase const * b) {
     if (a == b) {
         return true;
@@ -85,6 +89,7 @@ bool same(T const & a, T const & b, SameNode const & sameNode) {
     }
 }
 
+/// The other node as one of the same class; null when it is of another, or null itself.
 template <typename Node>
 Node const * sameClass(Node const & node, AetNodeBase const * other) {
     bool const same = other != nullptr && other->typeData().isSameClass(node.typeData());
@@ -137,6 +142,7 @@ U32 hashChain(Link const & head, U32 seed) {
     return hash.result();
 }
 
+/// Whether two chains carry equal entries in the same order; ends where they share their rest.
 template <typename Link>
 bool compareLinkedLists(Link const * a, Link const * b) {
     while (a != nullptr && b != nullptr) {
@@ -152,6 +158,7 @@ bool compareLinkedLists(Link const * a, Link const * b) {
     return a == b;
 }
 
+/// False for null and for links of another class.
 template <typename Link>
 bool compareChain(Link const & head, PtrConst<AetNodeBase> const & other) {
     Link const * const that = contract::sameClass(head, other.get());

@@ -26,6 +26,7 @@ bool isOfClass(Entity const & node) {
     return static_cast<AetNodeBase const &>(node).typeData().number() == classNumber;
 }
 
+/// ClassFacts::keepConstant of a literal.
 template <typename Literal>
 void keepConstant(AetNodeBase const & node) {
     cacheConstantValue(static_cast<Literal const &>(node));
@@ -47,6 +48,7 @@ void eachField(Node const & node, Use const & use) {
     node.withFields([&](auto const &... field) { (use(*info++, field), ...); });
 }
 
+/// The types of a class's fields, to be told by overload.
 template <typename... Fields>
 struct FieldTypes {
     static constexpr std::size_t size = sizeof...(Fields);
@@ -63,6 +65,7 @@ struct AsFieldTypes {
 template <typename Node>
 using FieldTypesOf = decltype(std::declval<Node const &>().withFields(AsFieldTypes()));
 
+/// The next field that comes from outside; the reader throws where it is none of that type.
 template <typename Field>
 Field readField(FieldInfo const & info, FieldReader & reader) {
     if constexpr (contract::NodePointer<Field>) {
@@ -82,6 +85,8 @@ Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reade
     [[maybe_unused]] std::tuple<Fields...> values{readField<Fields>(fields[i], reader)...};
     return makePtr<Node>(aetNodeKey, std::move(std::get<i>(values))...);
 }
+
+// NodeClass::create, write, visitChildren, copy and sameFields; see there.
 
 template <typename Node>
 Ptr<AetNodeBase> createNode(U64 aetNodeKey, FieldReader & reader) {
@@ -109,6 +114,7 @@ void visitChildren(AetNodeBase const & node, NodeClass::ChildVisitor const & vis
     });
 }
 
+/// The field of a copy.
 template <typename Field>
 Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
                   [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {

@@ -139,6 +139,51 @@ TEST(NodeClasses, AreComparedWithoutAllocating) {
     }
 }
 
+TEST(NodeClasses, AreCopiedAndComparedByTheirFields) {
+    for (NodeClass const & nodeClass : nodeClasses()) {
+        SCOPED_TRACE(nodeClass.name);
+        auto const node = NodeMaker::node(nodeClass, 7);
+        std::vector<AetNodeBase const *> children;
+        nodeClass.visitChildren(*node, [&](FieldInfo const &, AetNodeBase const * child) {
+            if (child != nullptr) {
+                children.push_back(child);
+            }
+        });
+        std::vector<AetNodeBase const *> mapped;
+        auto const copy = nodeClass.copy(*node, 9, [&](AetNodeBase const & child) {
+            mapped.push_back(&child);
+            return PtrConst<AetNodeBase>(&child);
+        });
+        EXPECT_EQ(copy->aetNodeKey(), 9U);
+        EXPECT_NE(copy, node);
+        EXPECT_TRUE(copy->compare(node));
+        EXPECT_EQ(mapped, children);
+
+        auto const sameNode = [](AetNodeBase const & a, AetNodeBase const & b) { return &a == &b; };
+        auto const noneSame = [](AetNodeBase const &, AetNodeBase const &) { return false; };
+        EXPECT_TRUE(nodeClass.sameFields(*node, *copy, sameNode));
+        EXPECT_EQ(nodeClass.sameFields(*node, *copy, noneSame), children.empty());
+        for (std::size_t i = 0; i < nodeClass.fields.size(); ++i) {
+            if (NodeMaker::canChange(nodeClass.fields[i])) {
+                auto const other = NodeMaker::node(nodeClass, 7, static_cast<int>(i));
+                auto const equal = [](AetNodeBase const & a, AetNodeBase const & b) {
+                    return a.compare(PtrConst<AetNodeBase>(&b));
+                };
+                EXPECT_FALSE(nodeClass.sameFields(*node, *other, equal)) << i;
+            }
+        }
+    }
+}
+
+TEST(NodeClassesDeathTest, CopiesHoldWhatTheirFieldsAccept) {
+    PtrConst<AetNodeBase> const node = make<NotExpression>(always(QcfTrue()));
+    PtrConst<AetNodeBase> const noExpression = make<IntImmediate>(U64{1}, false);
+    for (auto const & child : {noExpression, PtrConst<AetNodeBase>()}) {
+        EXPECT_DEATH(node->typeData().copy(*node, 9, [&](AetNodeBase const &) { return child; }),
+                     "a child is of its field's type, and null only where that is allowed");
+    }
+}
+
 // Every field but those named is part of the hash.
 TEST(NodeClasses, HashesTellFieldsApart) {
     for (NodeClass const & nodeClass : nodeClasses()) {
