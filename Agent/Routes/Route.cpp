@@ -1,7 +1,5 @@
 #include "Agent/Routes/Route.h"
 
-#include "Agent/Routes/RouteChanges.h"
-
 namespace Qcf::Agent {
 
 namespace {
@@ -39,6 +37,5 @@ void Route::clear() {
 }
 
 std::span<char const * const> routeAttributeNames() { return routeMemberNames; }
-std::span<char const * const> modifiableAttributeNames() { return changeMemberNames; }
 
 } // namespace Qcf::Agent
