@@ -4,7 +4,7 @@
 #include "QcfLib/Nodes/NodeContract.h"
 #include "QcfLib/Reflection.h"
 
-#include <tuple>
+#include <utility>
 
 /// What the registry does with nodes of a class whose name it only knows as a template argument:
 /// making one from fields that come from outside, writing, walking, copying and comparing them.
@@ -77,13 +77,43 @@ Field readField(FieldInfo const & info, FieldReader & reader) {
     }
 }
 
+/// The field of a copy.
+template <typename Field>
+Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
+                  [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {
+    if constexpr (contract::NodePointer<Field>) {
+        return childOf<Field>(info, field ? mapChild(*field) : nullptr);
+    } else {
+        return field;
+    }
+}
+
+/// A node made from a list in braces, which orders the reading of its fields; the arguments of a
+/// function would not be.
+template <typename Node>
+struct MadeInOrder {
+    template <typename... Fields>
+    explicit MadeInOrder(U64 aetNodeKey, Fields &&... field)
+        : node(makePtr<Node>(aetNodeKey, std::forward<Fields>(field)...)) {}
+
+    Ptr<AetNodeBase> node;
+};
+
 template <typename Node, typename... Fields, std::size_t... i>
 Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reader,
                             FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
     [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
-    // Braces order the reads; an argument list would not.
-    [[maybe_unused]] std::tuple<Fields...> values{readField<Fields>(fields[i], reader)...};
-    return makePtr<Node>(aetNodeKey, std::move(std::get<i>(values))...);
+    return MadeInOrder<Node>{aetNodeKey, readField<Fields>(fields[i], reader)...}.node;
+}
+
+template <typename Node, typename... Fields, std::size_t... i>
+Ptr<AetNodeBase> copyFrom(Node const & node, U64 aetNodeKey,
+                          [[maybe_unused]] NodeClass::ChildMapper const & mapChild,
+                          FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
+    [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
+    return node.withFields([&](Fields const &... field) {
+        return MadeInOrder<Node>{aetNodeKey, copiedField(fields[i], field, mapChild)...}.node;
+    });
 }
 
 // NodeClass::create, write, visitChildren, copy and sameFields; see there.
@@ -114,41 +144,28 @@ void visitChildren(AetNodeBase const & node, NodeClass::ChildVisitor const & vis
     });
 }
 
-/// The field of a copy.
-template <typename Field>
-Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
-                  [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {
-    if constexpr (contract::NodePointer<Field>) {
-        return childOf<Field>(info, field ? mapChild(*field) : nullptr);
-    } else {
-        return field;
-    }
-}
-
 template <typename Node>
 Ptr<AetNodeBase> copyNode(AetNodeBase const & node, U64 aetNodeKey,
                           NodeClass::ChildMapper const & mapChild) {
-    return static_cast<Node const &>(node).withFields([&](auto const &... field) {
-        [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
-        auto const copy = [&]<std::size_t... i>(std::index_sequence<i...>)->Ptr<AetNodeBase> {
-            std::tuple values{copiedField(fields[i], field, mapChild)...};
-            return std::apply(
-                [&](auto &... value) { return makePtr<Node>(aetNodeKey, std::move(value)...); },
-                values);
-        };
-        return copy(std::index_sequence_for<decltype(field)...>());
-    });
+    using Types = FieldTypesOf<Node>;
+    return copyFrom(static_cast<Node const &>(node), aetNodeKey, mapChild, Types(),
+                    std::make_index_sequence<Types::size>());
 }
+
+/// A comparison of children, for children that may be null.
+struct SameNode {
+    NodeClass::ChildComparison const & sameChild;
+
+    bool operator()(AetNodeBase const * a, AetNodeBase const * b) const {
+        return a != nullptr && b != nullptr ? sameChild(*a, *b) : a == b;
+    }
+};
 
 template <typename Node>
 bool sameFields(AetNodeBase const & a, AetNodeBase const & b,
                 NodeClass::ChildComparison const & sameChild) {
-    auto const sameNode = [&](AetNodeBase const * mine, AetNodeBase const * theirs) {
-        bool const areBothThere = mine != nullptr && theirs != nullptr;
-        return areBothThere ? sameChild(*mine, *theirs) : mine == theirs;
-    };
     return contract::sameFields(static_cast<Node const &>(a), static_cast<Node const &>(b),
-                                sameNode);
+                                SameNode{sameChild});
 }
 
 /// FNV-1a of the qualified class name.
