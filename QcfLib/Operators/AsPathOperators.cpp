@@ -57,7 +57,8 @@ AspathContainerFromExisting * changeable(AspathContainerFromExisting * current,
     return current;
 }
 
-/// Changes the route's path in place with `change(path)` and stores it.
+/// What the bodies of the built-in functions do, whose arguments are on the frame of their call:
+/// the path that they change is the route's. Changes it in place with `change(path)` and stores it.
 template <typename Change>
 EvalResult changeRoutePath(Ptr<EvalContextBase> const & context, Change change) {
     auto & c = evalContext(context);

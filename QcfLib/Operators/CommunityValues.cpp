@@ -33,6 +33,7 @@ String BandwidthToCommunityValue::toStrep() const {
            offset + " with offset " + offset;
 }
 
+// Where the mask has a bit the dynamic value's counts, elsewhere the other's.
 Acl::CommunityValue
 CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const {
     assertWalkable(*this);

@@ -3,7 +3,8 @@
 
 #include <functional>
 
-/// The comparison operators. The right operand is read first.
+/// The comparison operators. The right operand is read first: agents see the order of reads, so
+/// that it is part of what an operator does.
 namespace Qcf::Eval {
 
 namespace {
@@ -19,6 +20,7 @@ EvalResult compareInts(Node const & node, Ptr<EvalContextBase> const & context) 
     return EvalResult::fromBool(holds);
 }
 
+/// A NaN on either side makes every comparison false, as the processor has it; "is" too.
 template <typename Compare, typename Node>
 EvalResult compareBandwidths(Node const & node, Ptr<EvalContextBase> const & context) {
     F32 const rhs = node.rhs()->getVal(context);
@@ -26,6 +28,7 @@ EvalResult compareBandwidths(Node const & node, Ptr<EvalContextBase> const & con
     return EvalResult::fromBool(Compare()(lhs, rhs));
 }
 
+/// Of types whose values are equal or not, and nothing else.
 template <typename Node>
 EvalResult compareEqual(Node const & node, Ptr<EvalContextBase> const & context) {
     auto const rhs = node.rhs()->getVal(context);
@@ -63,6 +66,7 @@ void lowerComparison(Node const & node, Lowering & to) {
 
 using Context = Ptr<EvalContextBase>;
 
+// One line a comparison: what it computes and what a plan makes of it follow from its order.
 #define QCF_INT_COMPARISON(Class, compare)                                                         \
     EvalResult Class::eval(Context const & context) const {                                        \
         return compareInts<std::compare<U64>>(*this, context);                                     \

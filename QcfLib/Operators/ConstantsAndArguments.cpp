@@ -21,6 +21,8 @@ void StorageType::pushFuncArgToStack(Ptr<EvalContextBase> const & /*context*/,
     frame->pushAetNodePtrArgToStack(*this);
 }
 
+// Values with an argument type of their own are evaluated for the callee; the others are passed as
+// nodes.
 void Int::pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                              StackFrameDataBase_ * frame) const {
     frame->pushIntTypeArgToStack(context, *this);
@@ -40,6 +42,8 @@ void PrefixList::pushFuncArgToStack(Ptr<EvalContextBase> const & context,
 
 namespace {
 
+/// The argument of the running function. The assertion's text is the one that is looked for when a
+/// compiler has counted wrongly.
 S128 const & intArgument(Ptr<EvalContextBase const> const & context, IntVariable const & variable) {
     auto const * const intTypeArgValues = evalContext(context).intTypeArgValues();
     auto const argVectorIndex = [&] { return variable.argVectorIndex(); };
@@ -49,6 +53,7 @@ S128 const & intArgument(Ptr<EvalContextBase const> const & context, IntVariable
 
 } // namespace
 
+// Arguments have their sign inside; values of nodes have it beside them.
 U64 IntVariable::getVal(Ptr<EvalContextBase const> const & context) const {
     S128 const absVal = abs(intArgument(context, *this));
     QCF_ASSERT(absVal <= 0xFFFFFFFFFFFFFFFF);

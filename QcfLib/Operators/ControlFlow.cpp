@@ -2,9 +2,12 @@
 #include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
-/// Blocks, branches, and what leaves them.
+/// Blocks, branches, and what leaves them. Each node logs its operands' results before its own, so
+/// that a log reads in the order of evaluation, callees inside calls.
 namespace Qcf::Eval {
 
+// What a statement yields is of no interest, unless it leaves: a block without a `return` decides
+// nothing, and that is what unknown says.
 EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
@@ -17,6 +20,8 @@ EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
 }
 void Block::lower(Lowering & to) const { to.block(*this); }
 
+// Unknown counts as false. The node's own record has the condition's value and not that of the
+// branch, which has a record of its own: so one sees which way was taken.
 EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
     EvalResult const condition = evalLogged(*condition_, context);
@@ -37,6 +42,7 @@ EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
 }
 void IfExpression::lower(Lowering & to) const { to.branch(*this); }
 
+// Both false and unknown become true: what is not known to hold, does not hold.
 EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
     EvalResult const result = evalLogged(*expr_, context);

@@ -41,6 +41,7 @@ EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) co
     if (traceQcfEval.on(1)) [[unlikely]] {
         traceCall(*this);
     }
+    // Arguments are evaluated in the caller's frame, before the callee's becomes current.
     StackFrameData_ frame;
     for (auto const * link = argListHead_.get(); link != nullptr; link = link->next().get()) {
         link->pushFuncArgToStack(context, &frame);

@@ -8,6 +8,8 @@ namespace Qcf::Eval {
 
 namespace {
 
+/// Elements are 32 bits wide, as communities and AS numbers are: larger ones become the largest,
+/// negative ones zero.
 constexpr U64 largestElement = 0xFFFFFFFF;
 
 void fill(U64UnsortedSmallVector & list, IntLinkedList const * link,
@@ -37,6 +39,8 @@ void fill(CommunitySmallVector & set, CommunityLinkedList const * link,
     set.normalize();
 }
 
+/// A value that is to be kept is shared by every evaluation; one that is not belongs to whoever
+/// asked.
 template <typename Container, typename Immediate>
 Ptr<Container> build(Immediate const & node, Ptr<EvalContextBase const> const & context) {
     auto const flag = node.cachable() ? ModifyFlag::copyOnWrite : ModifyFlag::reuseOnWrite;
@@ -45,6 +49,7 @@ Ptr<Container> build(Immediate const & node, Ptr<EvalContextBase const> const & 
     return container;
 }
 
+/// Nothing in the brackets is null and not an empty container: both mean the empty set.
 template <typename Container, typename Immediate>
 Container const * lend(Immediate const & node, Ptr<EvalContextBase const> const & context,
                        PtrConst<Container> & fresh) {

@@ -17,6 +17,7 @@ void compute(IntModifiable const & target, Int const & operand,
 
 } // namespace
 
+// A negative product lies below every range, and a negative factor of zero does not make one.
 U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     U64 product = 0;
     bool const tooLarge = __builtin_mul_overflow(current, operand.magnitude, &product);
@@ -26,6 +27,7 @@ U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand) 
     return tooLarge ? range.max : range.clamp(product);
 }
 
+// The current value is not read: assigning is no reason to ask the agent.
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context) {
     IntRange const range = rangeOf(target);
@@ -55,6 +57,7 @@ void IntAssign::lower(Lowering & to) const {
     }
 }
 
+// One line an operator: how the walk computes, and by what a plan computes the same.
 #define QCF_INT_ARITHMETIC(Class, computeWithinRange, operation)                                   \
     EvalResult Class::eval(Ptr<EvalContextBase> const & context) const {                           \
         computeWithinRange(*lhs_, *rhs_, context);                                                 \

@@ -9,6 +9,7 @@ namespace {
 
 using Context = Ptr<EvalContextBase>;
 
+/// The set is handed over borrowed, so that a match touches no count.
 template <typename Node, typename Status, typename Operation>
 EvalResult match(Node const & node, Context const & context, MatcherTable<Status> const & table,
                  Operation operation) {
@@ -19,6 +20,7 @@ EvalResult match(Node const & node, Context const & context, MatcherTable<Status
     return EvalResult::fromBool((*context.*operation)(set, status));
 }
 
+/// The agent may answer with the set that it was given, edited or not, or with another one.
 template <typename Node, typename Status, typename Operation>
 EvalResult edit(Node const & node, Context const & context, MatcherTable<Status> const & table,
                 Operation operation) {
@@ -37,6 +39,7 @@ EvalResult edit(Node const & node, Context const & context, MatcherTable<Status>
     return EvalResult::fromBool(true);
 }
 
+/// The present set is not read.
 template <typename Node, typename Status, typename Operation>
 EvalResult assign(Node const & node, Context const & context, MatcherTable<Status> const & table,
                   Operation operation) {
@@ -46,6 +49,7 @@ EvalResult assign(Node const & node, Context const & context, MatcherTable<Statu
 
 } // namespace
 
+// The status is read before the set: agents see that order.
 #define QCF_LIST_OPERATOR(Class, family, table, operation)                                         \
     EvalResult Class::eval(Context const & context) const {                                        \
         return family(*this, context, context->externalMatchers()->table,                          \

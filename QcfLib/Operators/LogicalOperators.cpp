@@ -60,6 +60,9 @@ private:
 
 } // namespace
 
+// The first operator decides for all of them. Operator n is logged with the result of operand n +
+// 1, when the operand behind it is about to be evaluated; the last result goes to the last one.
+// That is the order in which keys rise.
 EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
     LogicalOperator const & op = *operatorList_->entry();

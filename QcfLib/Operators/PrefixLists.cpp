@@ -8,6 +8,7 @@ namespace {
 
 using Routing::Policy::PrefixListMatcher;
 
+/// The slot must be the one that the function's metadata gives the name, and never 0.
 bool indexIsSane(PrefixList const & node, SlotMap const & slots, String const & name,
                  U16 indexInAet) {
     U16 const indexInMetadata = slotOf(slots, name);
@@ -33,6 +34,7 @@ bool PrefixListImmediate::verifySanity(FunctionMetadata const & metadata) const 
     return indexIsSane(*this, slots, name_, indexInAet_);
 }
 
+// What was passed is a matcher already, of the family that its list had in the caller.
 PrefixListMatcher const *
 PrefixListVariable::getValWithArgs(Ptr<EvalContextBase const> const & context,
                                    AddressFamily family) const {
@@ -47,6 +49,8 @@ PrefixListVariable::getValWithArgs(Ptr<EvalContextBase const> const & context,
     return wrongFamily ? nullptr : matcher;
 }
 
+// Without a VRF, a status or an outbound session the list is not in use, and answers as one that is
+// not there. A candidate without a family has no list either.
 PrefixListMatcher const *
 DynamicPrefixListImmediate::getValWithArgs(Ptr<EvalContextBase const> const & context,
                                            AddressFamily family) const {

@@ -6,6 +6,7 @@ namespace Qcf::Eval {
 
 namespace {
 
+/// The list is asked for by the candidate's family: a list of the other family is as good as none.
 EvalResult matchList(PrefixList const & list, Routing::Policy::MatchInput_ const & input,
                      EvalResult const & withoutList, Ptr<EvalContextBase> const & context) {
     auto const * const matcher = list.getValWithArgs(context, input.prefix.af());
@@ -15,6 +16,7 @@ EvalResult matchList(PrefixList const & list, Routing::Policy::MatchInput_ const
     return tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
 }
 
+/// A dynamic list depends on the session, and an argument on the call: both are left to the node.
 template <typename Node>
 void lowerListTest(Node const & node, Lowering & to) {
     if (auto const * const list = as<PrefixListImmediate>(*node.rhs())) {

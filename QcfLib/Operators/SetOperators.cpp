@@ -1,7 +1,8 @@
 #include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/Sets/SetEdits.h"
 
-/// The set operators, once over both element types.
+/// The set operators, once over both element types. What may be overwritten and what is shared is
+/// not decided here but by SetEdits.h, for every operator alike.
 namespace Qcf::Eval {
 
 namespace {
@@ -71,6 +72,7 @@ EvalResult assignSet(Node const & node, Context const & context) {
     return EvalResult::fromBool(true);
 }
 
+/// Only against a kept literal: a plan has its constants in place.
 template <typename Immediate, typename Node>
 void lowerHasAny(Node const & node, Lowering & to) {
     if (auto const * const anyOf = constantSet<Immediate>(*node.rhs())) {
@@ -78,6 +80,7 @@ void lowerHasAny(Node const & node, Lowering & to) {
     }
 }
 
+/// Few constants alone: a plan edits value by value where the set stands.
 template <typename Set, typename Immediate, typename Node>
 void lowerChange(Node const & node, Lowering & to, bool adds) {
     Set const * const constants = constantSet<Immediate>(*node.rhs());
@@ -88,7 +91,7 @@ void lowerChange(Node const & node, Lowering & to, bool adds) {
 
 } // namespace
 
-/// The ten operators of one element type.
+/// The ten operators of one element type. Tests read the right operand first, changes the left one.
 #define QCF_SET_OPERATORS(Kind, Set)                                                               \
     EvalResult Kind##IsEmpty::eval(Context const & context) const {                                \
         return isEmpty<Set>(*this, context);                                                       \
@@ -146,6 +149,7 @@ EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
     bool const isPlainUnion = added.set->lbwValue().isZero();
     return modify(*lhs_, current, added, context, isPlainUnion ? setAdd<Set> : setAddLinkBandwidth);
 }
+// With a link bandwidth it is no union of values any more, and is left to the node.
 void ExtCommunitySetAddImmediate::lower(Lowering & to) const {
     auto const * const added = constantSet<CommunitySetImmediate>(*rhs_);
     if (added != nullptr && added->lbwValue().isZero()) {

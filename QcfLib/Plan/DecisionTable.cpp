@@ -33,6 +33,7 @@ std::vector<Field> column(std::vector<Entry> const & entries, Field Entry::*fiel
 
 } // namespace
 
+// A constant that several clauses want is one value of the index.
 template <typename Value>
 ConstantTable<Value>::ConstantTable(std::vector<Entry> entries)
     : values_(column(entries = joinEqual(std::move(entries)), &Entry::value)),

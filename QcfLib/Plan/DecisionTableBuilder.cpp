@@ -79,6 +79,7 @@ DecisionTableBuilder::DecisionTableBuilder(ConditionLowering & lowering,
     }
 }
 
+// Operands that are read alike are one subject, whichever nodes they are.
 DecisionTableBuilder::Subject DecisionTableBuilder::subjectOf(ConstantTest const & test) {
     return {test.kind, identity(*test.operand)};
 }
@@ -159,6 +160,7 @@ U8 DecisionTableBuilder::numberOf(Subject const & subject) {
     return entry->second;
 }
 
+// The tests of one clause in their order, each going on to the next where it holds.
 U8 DecisionTableBuilder::ownQuestion(Tests const & tests, ClauseBits clause) {
     auto const end = [](TriStateBoolValue value) {
         return endOfRun(EvalResult(value, TerminationFlag::noTermination));

@@ -14,6 +14,8 @@ std::size_t ownNodes(Function const & function) {
     return met.size();
 }
 
+// A callee's own callees are not looked into: whether they can be inlined is a question of their
+// own.
 std::optional<std::size_t> sizeInlined(Function const & function, std::size_t limit) {
     std::size_t size = 0;
     bool fits = true;

@@ -33,6 +33,7 @@ constinit PlanEnd const ends[3][3] = {
 
 } // namespace
 
+// Ends have no state, so that all plans share them.
 PlanStep const * endOfRun(EvalResult result) {
     return &ends[static_cast<U8>(result.retVal())][static_cast<U8>(result.termination())];
 }
@@ -51,6 +52,7 @@ std::size_t Plan::stepCount() const { return steps_->size(); }
 
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }
 
+// A constant that was replaced since makes a plan out of date, though somebody may still run it.
 Plan const & KeptPlan::planFor(Function const & function) const {
     Plan const * const plan = keptPlan();
     bool const isPresent = plan != nullptr && plan->epoch_ == PlanEpoch::number();

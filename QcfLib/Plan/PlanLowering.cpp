@@ -11,7 +11,7 @@ namespace Qcf::Eval {
 
 namespace {
 
-/// Changes of one attribute that one step makes.
+/// Changes of one attribute that one step makes; a bound for what a single pass has to look at.
 constexpr std::size_t changesOfStep = 16;
 
 /// The links of a list, last first.
@@ -134,6 +134,7 @@ public:
 PlanLowering::PlanLowering(Function const & function, PlanSteps & steps)
     : function_(function), steps_(steps), budget_(ownNodes(function)) {}
 
+// A body that does not leave ends unknown.
 PlanStep const * PlanLowering::body() { return block(*function_.body(), endOfRun({})); }
 
 // Whether so many parts of a node may be lowered here; if so, they count. Callees have a room of
@@ -142,6 +143,8 @@ bool PlanLowering::affords(std::size_t parts) {
     return !budget_.isTooDeep() && (callee_ != nullptr || budget_.take(parts));
 }
 
+// An argument of an inlined callee is the constant that the call passes; any other argument is
+// known only when the call is made.
 std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) const {
     if (auto const * const immediate = as<IntImmediate>(operand)) {
         return SignedMagnitude{immediate->negative() && immediate->value() != 0,
@@ -220,6 +223,7 @@ PlanStep const * PlanLowering::block(Block const & node, PlanStep const * next) 
     return next;
 }
 
+// A callee that is inlined returns to where its call stands; an exit leaves everything.
 PlanStep const * PlanLowering::leave(Expression const & operand, TerminationFlag how) {
     bool const toCall = callee_ != nullptr && how == TerminationFlag::returnToCaller;
     return condition(operand, toCall ? callee_->returns
@@ -238,6 +242,7 @@ PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
     if (!size || budget_.isTooDeep()) {
         return nullptr;
     }
+    // Whether some node of the callee needs a frame after all shows when it is lowered.
     std::size_t const stepsBefore = steps_.size();
     budget_.takeCallee(*size);
     Callee callee{std::move(*arguments), targets};
@@ -266,6 +271,7 @@ PlanLowering::argumentsOf(FunctionCallExpression const & node) {
     return arguments;
 }
 
+// The last `else` first, then the clauses in bundles of what a decision table can hold.
 PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const * next) {
     PlanBudget::Level const level(budget_);
     if (!affords(2 * budget_.lengthOf(&head, elseIf))) {
@@ -286,6 +292,7 @@ PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const 
     return step;
 }
 
+// One table if that pays, else the conditions one after the other.
 PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> links,
                                        PlanStep const * next, PlanStep const * otherwise) {
     std::vector<Expression const *> conditions;
@@ -311,6 +318,7 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
     return form.step != nullptr ? form.step : nodeTest(node, targets);
 }
 
+// Each operand goes straight to where the whole chain goes once it is decided.
 PlanStep const * PlanLowering::chain(LogicalOperatorExpression const & node,
                                      PlanTargets const & targets) {
     PlanBudget::Level const level(budget_);
