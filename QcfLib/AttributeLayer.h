@@ -94,8 +94,8 @@ protected:
     /// What `reset` does, for derived classes to do in place.
     void forgetRoute() {
         QCF_ASSERT(functionCallDepth_ == 0);
-        if (U32 const sets = modifiedFlags_ & AttributeContent::setFlags; sets != 0) {
-            attributeContent_->releaseSets(sets);
+        if ((modifiedFlags_ & AttributeContent::setFlags) != 0) {
+            releaseModifiedSets();
         }
         modifiedFlags_ = 0;
         cache().populatedClear();
@@ -121,6 +121,7 @@ private:
     /// Calls the write-backs of what is modified and overridden.
     void writeBack();
     U32 findOverriddenWriteBacks() const;
+    void releaseModifiedSets();
 
     /// Tells what an agent overrides; see VirtualSlot.h.
     VirtualSlots defaultOperations_ = nullptr;

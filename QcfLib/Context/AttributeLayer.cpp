@@ -43,20 +43,23 @@ Ptr<QcfEvalContextCacheGenerated> AttributeLayer::cacheDel() {
     return std::move(cache_);
 }
 
+// Apart from forgetRoute, which every route goes through: few routes get here.
+void AttributeLayer::releaseModifiedSets() { attributeContent_->releaseSets(modifiedFlags_); }
+
 void AttributeLayer::writeBack() {
     if (overriddenWriteBacks_ == ~U32{0}) [[unlikely]] {
         overriddenWriteBacks_ = findOverriddenWriteBacks();
     }
     for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0;
          pending &= pending - 1) {
-        writeBacks[std::countr_zero(pending)].call(*this, *attributeContent_);
+        writeBacks[std::countr_zero(pending)](*this, *attributeContent_);
     }
 }
 
 U32 AttributeLayer::findOverriddenWriteBacks() const {
     U32 overridden = 0;
     for (U32 i = 0; i < modifiableAttributeCount; ++i) {
-        overridden |= writeBacks[i].isOverridden(*this, defaultOperations_) ? U32{1} << i : 0;
+        overridden |= writeBackTests[i](*this, defaultOperations_) ? U32{1} << i : 0;
     }
     return overridden;
 }

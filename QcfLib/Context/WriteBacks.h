@@ -6,24 +6,22 @@
 /// How each attribute's new value gets to the agent. Private to the attribute layer's sources.
 namespace Qcf::Eval {
 
-struct WriteBack {
-    /// Hands the stored value to the agent's operation.
-    void (*call)(AttributeOperations & agent, AttributeContent const & content);
-    /// Whether the object's class has another operation than the table of defaults.
-    bool (*isOverridden)(AttributeOperations const & agent, VirtualSlots defaults);
-};
+/// Hands the stored value of an attribute to the agent's operation.
+using WriteBack = void (*)(AttributeOperations & agent, AttributeContent const & content);
+/// Whether the agent's class has another operation than the table of defaults.
+using WriteBackTest = bool (*)(AttributeOperations const & agent, VirtualSlots defaults);
 
 template <auto stored, auto operation>
-constexpr WriteBack writeBackOf() {
-    return {[](AttributeOperations & agent, AttributeContent const & content) {
-                (agent.*operation)(content.*stored);
-            },
-            [](AttributeOperations const & agent, VirtualSlots defaults) {
-                return overridesSlot(agent, defaults, operation);
-            }};
+void writeBackBy(AttributeOperations & agent, AttributeContent const & content) {
+    (agent.*operation)(content.*stored);
+}
+template <auto operation>
+bool isOverridden(AttributeOperations const & agent, VirtualSlots defaults) {
+    return overridesSlot(agent, defaults, operation);
 }
 
-/// By ModifiableAttribute.
+// By ModifiableAttribute.
 extern WriteBack const writeBacks[modifiableAttributeCount];
+extern WriteBackTest const writeBackTests[modifiableAttributeCount];
 
 } // namespace Qcf::Eval

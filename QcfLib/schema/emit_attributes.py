@@ -198,8 +198,10 @@ def contextSource():
     out += ": AttributeLayer(std::move(externalMatchers), result) { defaultOperationsAre(virtualSlotsOf(*this)); }\n\n"
     out += "".join(define("GeneratedEvalContext", signature, unknown(kind, s)) for signature, kind, s in accessors()) + "\n"
     out += "".join(fetchedInput(s, suffix, flag) for s in CACHED for suffix, (flag, _) in SUFFIXES.items()) + "\n"
-    out += "constinit WriteBack const writeBacks[modifiableAttributeCount] = {\n"
-    return out + "".join(f"writeBackOf<&AttributeContent::{s.stem}, &AttributeOperations::{s.stem}Is>(),\n" for s in MODIFIABLE) + "};\n"
+    calls = "".join(f"&writeBackBy<&AttributeContent::{s.stem}, &AttributeOperations::{s.stem}Is>,\n" for s in MODIFIABLE)
+    tests = "".join(f"&isOverridden<&AttributeOperations::{s.stem}Is>,\n" for s in MODIFIABLE)
+    return out + (f"constinit WriteBack const writeBacks[modifiableAttributeCount] = {{\n{calls}}};\n"
+                  f"constinit WriteBackTest const writeBackTests[modifiableAttributeCount] = {{\n{tests}}};\n")
 
 
 def setsContent():
