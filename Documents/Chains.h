@@ -10,7 +10,7 @@ namespace Qcf::Documents {
 /// other, or a reference to links that stand elsewhere behind either. Its links are made last, from
 /// the end on, because what they carry has to come before any link.
 ///
-///     Chain chain = openChain(earlier, object, chain, position);
+///     Chain chain = openChain(earlier, object, object.find("stmts"), position);
 ///     for (Chain::Link & link : chain.links)
 ///         link.entryNumber = ...; // the node of link.entry
 ///     U32 const head = addLinks(builder, chain);

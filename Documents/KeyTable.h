@@ -13,7 +13,7 @@ namespace Qcf::Documents {
 /// Node numbers by key. Most documents give keys in rising order, which costs no hash table, and
 /// most of those leave few out, so that a key tells about where it stands.
 ///
-/// Sixteen bytes a node and a look-up of two or three steps for keys without large gaps; never more
+/// Sixteen bytes a node, and a look-up of a few steps for keys without large gaps; never more
 /// than the logarithm of the count while keys rise, and a hash table's for the others. Keys are
 /// never taken out.
 ///
