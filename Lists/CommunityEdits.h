@@ -10,8 +10,8 @@
 /// empty list.
 ///
 /// Where nothing changes the result is the current set, where it is just the list's communities it
-/// is the list's own set. Otherwise the current set is written where it may be, and a new set is
-/// made where others see it; either is filled by `insert` in ascending order.
+/// is this thread's copy of them (PermittedSets). Otherwise the current set is written where it may
+/// be, and a new set is made where others see it; either is filled by `insert` in ascending order.
 namespace Qcf::Lists {
 
 /// A set of these values, which must be ascending; null when there are none. Writes into the

@@ -25,7 +25,7 @@ class FollowedStore {
 public:
     /// Empty, before any version. The name is that of the published store: a server has the store
     /// under it.
-    explicit FollowedStore(String name) : name_(std::move(name)), replica_(fresh()) {}
+    explicit FollowedStore(String name) : name_(std::move(name)), replica_(emptyReplica()) {}
 
     /// The name of the published store, by which messages call it, too.
     String const & name() const { return name_; }
@@ -37,7 +37,7 @@ public:
     VersionedView & view() { return view_; }
 
     /// An empty copy, to be filled beside the present one and then adopted.
-    std::unique_ptr<Replica> fresh() const { return std::make_unique<Replica>(name_); }
+    std::unique_ptr<Replica> emptyReplica() const { return std::make_unique<Replica>(name_); }
     /// The copy, for applying batches; `show` makes what it became visible.
     Replica & replica() { return *replica_; }
     void adopt(std::unique_ptr<Replica> replica) { replica_ = std::move(replica); }

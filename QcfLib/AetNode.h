@@ -26,8 +26,9 @@ extern TraceFacility traceQcfEval;
 
 /// Base of every node of an evaluation tree.
 ///
-/// Nodes are immutable once built, shared by every parent that refers to an equal subtree, counted,
-/// and read by any number of evaluating threads at once. Every class X has the creators
+/// Nodes are immutable once built (whoever builds a literal may still set its links before it is
+/// shared), counted, shared by any number of parents, as documents share equal values, and read by
+/// any number of evaluating threads at once. Every class X has the creators
 /// `X::XIs(key, fields...)` and `xFactory(key, fields...)`.
 class AetNodeBase : public Entity {
 public:
@@ -71,7 +72,8 @@ private:
 /// A node that evaluates to a result: statement, predicate, operator, control flow.
 class Expression : public AetNodeBase {
 public:
-    /// One that says nothing else of itself may do anything but look into the frame.
+    /// A class that does not call `standsOn` itself counts as one that may change or end things,
+    /// but reads no arguments.
     explicit Expression(U64 aetNodeKey) : AetNodeBase(aetNodeKey) {
         standsOn({.onlyReads = false});
     }

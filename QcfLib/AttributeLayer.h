@@ -11,7 +11,7 @@ namespace Qcf::Eval {
 class GeneratedEvalContext;
 
 /// What the evaluation context does with a route's attributes, whichever they are: fetches them
-/// from the agent when a node first asks, keeps what the function changes in a store of its own,
+/// from the agent when a node first asks, keeps what the function changes beside them,
 /// and hands the changes back.
 ///
 /// - Sets and paths are fetched at most once a route, into containers that are kept from route to
@@ -28,14 +28,14 @@ class GeneratedEvalContext;
 ///     c.modify(ModifiableAttribute::med).med = med + 1;
 class AttributeLayer : public EvalContextBase {
 public:
-    // The store of changes.
+    // What the function changed.
 
     bool isModified(ModifiableAttribute attribute) const {
         return (modifiedFlags_ & flagOf(attribute)) != 0;
     }
     /// The flags of all modified attributes, bit n for the n-th ModifiableAttribute.
     U32 modifiedFlags() const { return modifiedFlags_; }
-    /// Marks an attribute modified and gives the store to put its value in.
+    /// Marks an attribute modified and gives the place to put its value in.
     AttributeContent & modify(ModifiableAttribute attribute) { return modify(flagOf(attribute)); }
     /// The same for attributes that are given as a word of flags.
     AttributeContent & modify(U32 flags) {
@@ -43,7 +43,7 @@ public:
         modifiedFlags_ |= flags;
         return *attributeContent_;
     }
-    /// The store; asserts that there is one, as `modify` does.
+    /// The changes; asserts that there is a place for them, as `modify` does.
     AttributeContent const & attributeContentConst() const {
         QCF_ASSERT_TEXT(attributeContent_, "nullptr != attributeContent");
         return *attributeContent_;
@@ -82,7 +82,7 @@ protected:
     using Input = Cache::Input;
     using Path = Routing::Bgp::AspathContainerFromExisting;
 
-    /// With an empty store and an empty cache.
+    /// Without changes, and with an empty cache.
     AttributeLayer(PtrConst<ExternalMatchersBase> externalMatchers,
                    Routing::Policy::Result_ * result);
     ~AttributeLayer() override;

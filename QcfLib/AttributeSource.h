@@ -13,9 +13,11 @@ namespace Qcf::Eval {
 class AttributeContent;
 class GeneratedEvalContext;
 
-/// Of an integer attribute: the store of the context while the flag is set, the accessor otherwise.
+/// Of an integer attribute: the changes of the context while the flag is set, the accessor
+/// otherwise.
 /// A value outside the bounds is the node's business. Without an accessor the node has to be asked,
-/// and without a place in the store the attribute cannot be written.
+/// and without a place among the changes the attribute cannot be
+/// written.
 struct IntSource {
     U32 modifiedFlag = 0;
     U64 AttributeContent::*stored = nullptr;

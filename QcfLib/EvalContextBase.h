@@ -56,7 +56,10 @@ public:
     virtual EvalResult setOverlayIndex() = 0;
 
     // The agent's lists. A null set stands for the empty set, in arguments and in results; the
-    // status may be null. Edits get the current set and return the new one.
+    // status may be null. Edits get the current set and return the new one. They may overwrite the
+    // set that they get only if it is `reuseOnWrite`; else they return it unchanged, or another. A
+    // set that the agent keeps must be `copyOnWrite` when it is returned: the engine may overwrite
+    // any other.
 
     /// Whether the list permits the path; `aetNodeKey` is that of the node that asks.
     virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,

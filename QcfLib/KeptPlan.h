@@ -5,6 +5,8 @@
 /// Where a function's plan lives. Agents need not care: `eval` builds and uses it.
 ///
 ///     function->planFor(*function); // before the first route, so that it need not wait
+///
+/// Nothing here builds one by itself: after a publication the first route does.
 namespace Qcf::Eval {
 
 class Function;

@@ -42,7 +42,7 @@ struct AttributeInfo {
 };
 
 /// The bases that node classes derive from. A class is of its base's kind, and of every kind that
-/// this one derives from: an attribute that can be written is `intModifiable`, `int_`,
+/// this one derives from: an integer attribute that can be written is `intModifiable`, `int_`,
 /// `storageType` and `aetNodeBase`.
 enum class NodeKind : U8 {
     aetNodeBase,

@@ -16,7 +16,7 @@ class PlanSteps;
 /// constants in place and know what comes next for each outcome; the conditions of a chain of
 /// `else if` are one decision table.
 ///
-///     Plan::enabledIs(false);                 // evaluate by the tree, to compare
+///     Plan::enabledIs(false);                 // evaluate by the walk, to compare
 ///     function->planFor(*function).dump(out); // what a plan makes of its function
 ///
 /// The tree is what a function means, the plan is how it runs. A plan gives the results and

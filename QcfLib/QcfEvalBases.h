@@ -5,8 +5,8 @@
 #include "QcfLib/QcfEvalAttributeSet.h"
 
 /// The bases of functions and of logical operators: what the classes of QcfEval.h share beyond
-/// being nodes. Compilers make the concrete classes by their creators; these bases are for who
-/// holds a function without caring how it was made.
+/// being nodes. Compilers of policies make the concrete classes by their creators; these bases are
+/// for who holds a function without caring how it was made.
 namespace Qcf::Eval {
 
 class Block;

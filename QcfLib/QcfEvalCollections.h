@@ -32,7 +32,7 @@ using CommunityBuffer = boost::container::small_vector<Acl::CommunityValue, inli
 /// Whether a set operation may write its result into its first operand.
 enum class ModifyFlag : U8 {
     copyOnWrite = 0, ///< others may see the container: never written
-    reuseOnWrite = 1 ///< a private intermediate result of this evaluation
+    reuseOnWrite = 1 ///< a result of this evaluation, or its copy of an input
 };
 
 /// What the three containers share: a flag and values. A null pointer to a container and an empty
@@ -123,7 +123,8 @@ public:
     /// Whether they share a value.
     static bool hasAny(U64SmallVector const * a, U64SmallVector const * b);
     /// Union, difference and intersection: one of the operands itself where it is the answer, else
-    /// the first operand overwritten where it is `reuseOnWrite`, else a new set; null when empty.
+    /// the first operand overwritten where it is `reuseOnWrite` and the result is expected to fit
+    /// `inlineSetCapacity`, else a new set; null when empty.
     static PtrConst<U64SmallVector> add(PtrConst<U64SmallVector> const & a,
                                         PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
     static PtrConst<U64SmallVector> remove(PtrConst<U64SmallVector> const & a,

@@ -23,9 +23,10 @@ class Function;
 /// answer may serve several places of a function. An operation is never asked more often than the
 /// function says; asked in a called function, it may find the caller's depth and frame.
 ///
-/// A set handed to a write-back shows the route's values until the next reset, and may be the very
-/// values that the agent lent. Whoever copies the pointer keeps the set alive, but not its values:
-/// those are to be copied if they are to last longer.
+/// A set handed to a write-back shows the route's values until the context evaluates again or is
+/// reset, and may be the very values that the agent lent. Whoever copies the pointer keeps the set
+/// alive, but not its values: those are to be copied if they are to last longer. A path handed to
+/// `asPathIs` belongs to the context: it is to be copied before that returns.
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null: empty tables of lists, no result record, no policy context. The

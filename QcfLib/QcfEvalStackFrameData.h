@@ -22,17 +22,6 @@ class Bandwidth;
 class PrefixList;
 class TriStateBool;
 
-/// What a called function knows of its call: arguments by type, and the part of the debug log that
-/// it writes. A call makes a frame, pushes the values of its arguments, which are evaluated in the
-/// caller's frame, and makes it current in the context until it returns:
-///
-///     StackFrameData_ frame;
-///     frame.pushIntTypeArgToStack(context, *node); // or node->pushFuncArgToStack(context, &frame)
-///     evalContext(context).stackFrameDataIs(&frame);
-///
-/// A parameter is found by its type and its position among the arguments of that type. Frames of
-/// calls live on the stack of the evaluating thread; the outermost function's is the context's own.
-
 /// Arguments of one type that a container holds without a heap block.
 inline constexpr std::size_t inlineArgumentCapacity = 16;
 
@@ -73,6 +62,17 @@ using IntTypeArgContainer = ArgumentContainer<IntTypeArgumentVector>;
 using PrefixListTypeArgContainer = ArgumentContainer<PrefixListTypeArgumentVector>;
 using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentVector>;
 
+/// What a called function knows of its call: arguments by type, and the part of the debug log that
+/// it writes. A call makes a frame, pushes the values of its arguments, which are evaluated in the
+/// caller's frame, and makes it current in the context until it returns:
+///
+///     StackFrameData_ frame;
+///     frame.pushIntTypeArgToStack(context, *node); // or node->pushFuncArgToStack(context, &frame)
+///     evalContext(context).stackFrameDataIs(&frame);
+///
+/// A parameter is found by its type and its position among the arguments of that type. Frames of
+/// calls live on the stack of the evaluating thread; the outermost function's is the context's own.
+///
 /// The frame of one function call: its arguments, a container for each type in use, and the part of
 /// the debug log that was written while it was current. Used by the evaluating thread alone.
 class StackFrameData_ {

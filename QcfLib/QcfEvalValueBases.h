@@ -10,8 +10,9 @@
 /// attributes that can be written. Operators never care whether an operand is a constant, an
 /// argument or a route attribute.
 ///
-///     U64 const value = node.lhs()->getVal(context);      // Int: asks the agent, or the store
-///     node.lhs()->setVal(value + 1, context);             // IntModifiable: into the store
+///     U64 const value = node.lhs()->getVal(context);      // Int: asks the agent, or what was
+///     written node.lhs()->setVal(value + 1, context);             // IntModifiable: into the
+///     context
 ///
 /// Values are read by the thread that owns the context. Each read of a scalar attribute asks the
 /// agent again, unless the function wrote it; sets and paths are fetched once a route. Reading an

@@ -103,8 +103,7 @@ private:
     /// own.
     Lists::PermittedSets<Eval::U64SmallVector> permittedInts_;
     Lists::PermittedSets<Eval::CommunitySmallVector> permittedCommunities_;
-    // What patterns are searched in, kept for its storage.
-    /// Storage that is kept from route to route.
+    /// What patterns are searched in; the storage is kept from route to route.
     mutable String text_;
     /// The text of the path as the route of that number came.
     mutable String inputPathText_;

@@ -148,7 +148,7 @@ bool RedisFollower::load(PublishedState const & state) {
                 "; loading the snapshot");
     }
     // Beside the present copy: threads go on with that one until the new one is whole.
-    auto fresh = mirror_.fresh();
+    auto fresh = mirror_.emptyReplica();
     auto reader = std::make_unique<StreamReader>(*fresh, report_);
     loadReplica(*connection_, keys_, *fresh, *reader, report_);
     // While this was read the writer may have gone on, and what was loaded is then the newer

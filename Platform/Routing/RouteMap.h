@@ -19,7 +19,7 @@ namespace Routing::RouteMap {
 ///     // in the host's evaluation context
 ///     bool matchCommList(PtrConst<U64SmallVector> const & set,
 ///                        PtrConst<CommListStatus> const & status) const override {
-///         return static_cast<OwnList const &>(*status).matches(*set);
+///         return status && set && static_cast<OwnList const &>(*status).matches(*set);
 ///     }
 class StandardCommListStatus : public PtrInterface {
 public:

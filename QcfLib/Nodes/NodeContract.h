@@ -19,7 +19,8 @@
 ///         });
 ///     });
 ///
-/// Included by the generated sources alone, whose bodies are one call each. Links of chains are
+/// Included by generated sources, whose bodies are one call each, and by the few that treat all
+/// classes alike. Links of chains are
 /// visited by loop, everything else by recursion, which asserts first that the stack suffices;
 /// large trees that share much are looked at once (SharedAnswers.h).
 namespace Qcf::Eval {

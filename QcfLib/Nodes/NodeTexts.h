@@ -3,7 +3,7 @@
 #include "QcfLib/QcfEvalValueBases.h"
 
 /// Texts that many node classes share: value texts, operator dumps. Private to the
-/// node sources.
+/// engine's sources.
 namespace Qcf::Eval {
 
 class IntLinkedList;

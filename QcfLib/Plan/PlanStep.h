@@ -90,8 +90,8 @@ struct PlanTargets {
     }
 };
 
-/// An integer operand, read where it stands: from the context's store if the function wrote it, by
-/// the agent's accessor otherwise, by its node if it is no attribute. Where the value is outside
+/// An integer operand, read where it stands: from the context's changes if the function wrote it,
+/// by the agent's accessor otherwise, by its node if it is no attribute. Where the value is outside
 /// the attribute's range the node is asked, too, since it is that which asserts.
 class PlanInt {
 public:

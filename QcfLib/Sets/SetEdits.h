@@ -6,9 +6,10 @@
 
 #include <iterator>
 
-/// The owner of edits: what of a set may be overwritten, what two attributes share, what stays lent
-/// and what becomes empty is decided here and nowhere else. The walk and the plans both come here,
-/// so that they cannot disagree.
+/// The owner of the engine's edits: what of a set may be overwritten, what two attributes share,
+/// what stays lent and what becomes empty is decided here and nowhere else. The walk and the plans
+/// both come here, so that they cannot disagree. Edits by an agent's lists honour the same flag,
+/// see EvalContextBase.h.
 ///
 /// A set that others may see is `copyOnWrite`: inputs as they came, and constants. Overwritten are
 /// `reuseOnWrite` sets alone, which are results of this evaluation and the copies of inputs that
@@ -16,8 +17,8 @@
 /// of one route must not depend on those before it.
 namespace Qcf::Eval {
 
-/// The set for writing, which the caller has made sure of: nobody else casts a set's constness
-/// away.
+/// The set for writing. Whoever writes has made sure that it may be; an agent's list operations are
+/// handed it with its flag. Nobody else casts a set's constness away.
 template <typename Set>
 Set & writable(Set const & set) {
     return const_cast<Set &>(set);

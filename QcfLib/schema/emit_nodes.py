@@ -45,6 +45,9 @@ def module(name, brief, *includes, **more):
     return Module(f"QcfLib/{name}Generated.h", f"QcfLib/Nodes/{name}Generated.cpp", brief, tuple(f"QcfLib/{i}.h" for i in includes), **more)
 
 
+# Where a module's source stands that is not in Nodes: operators ask their family's helpers.
+WINGS = {"QcfEvalOperatorTypes": "Operators"}
+
 MODULES = {
     "QcfEval": module("QcfEval", "Functions, control flow, logical operators and calls.", "QcfEvalBases"),
     "QcfEvalCollections": module("QcfEvalCollections", "Lists and sets written in a function.", "CachedConstant", "QcfEvalValueBases"),

@@ -165,12 +165,10 @@ TEST(RoaTable, TakesTheRouteAsItCame) {
 
 TEST(RoaTable, ExportsOfRelyingParties) {
     char const * const dataDir = std::getenv("QCF_DATA_DIR");
-    std::filesystem::path const folder =
-        (dataDir != nullptr ? std::filesystem::path(dataDir)
-                            : std::filesystem::path(QCF_SOURCE_DIR) / ".." / "shared" / "data") /
-        "vrp";
+    auto const folder =
+        dataDir != nullptr ? std::filesystem::path(dataDir) / "vrp" : std::filesystem::path();
     if (!std::filesystem::exists(folder)) {
-        GTEST_SKIP() << "no exports in " << folder;
+        GTEST_SKIP() << "no exports in " << folder << ", see QCF_DATA_DIR";
     }
     struct Case {
         char const * file;
