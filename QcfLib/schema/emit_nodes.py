@@ -41,12 +41,13 @@ class Module:
     namespace: str = "Qcf::Eval"
 
 
-def module(name, brief, *includes, **more):
-    return Module(f"QcfLib/{name}Generated.h", f"QcfLib/Nodes/{name}Generated.cpp", brief, tuple(f"QcfLib/{i}.h" for i in includes), **more)
-
-
 # Where a module's source stands that is not in Nodes: operators ask their family's helpers.
 WINGS = {"QcfEvalOperatorTypes": "Operators"}
+
+
+def module(name, brief, *includes, **more):
+    return Module(f"QcfLib/{name}Generated.h", f"QcfLib/{WINGS.get(name, 'Nodes')}/{name}Generated.cpp", brief, tuple(f"QcfLib/{i}.h" for i in includes), **more)
+
 
 MODULES = {
     "QcfEval": module("QcfEval", "Functions, control flow, logical operators and calls.", "QcfEvalBases"),
