@@ -56,7 +56,8 @@ void AttributeLayer::writeBack() {
     }
 }
 
-U32 AttributeLayer::findOverriddenWriteBacks() const {
+// Not inlined: a flush would save the registers of this loop each time.
+[[gnu::noinline]] U32 AttributeLayer::findOverriddenWriteBacks() const {
     U32 overridden = 0;
     for (U32 i = 0; i < modifiableAttributeCount; ++i) {
         overridden |= writeBackTests[i](*this, defaultOperations_) ? U32{1} << i : 0;
