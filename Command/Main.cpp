@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kUsage = 2;
+constexpr int exitDone = 0;
+constexpr int exitFailed = 1;
+constexpr int exitUsage = 2;
 
 int complain(std::string const & line, int exitCode) {
     std::cerr << line << std::endl;
@@ -52,13 +52,14 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const &) {
         standardOutput().write(app.help());
-        return kDone;
+        return exitDone;
     } catch (CLI::CallForVersion const & version) {
         standardOutput().write(std::string(version.what()) + '\n');
-        return kDone;
+        return exitDone;
     } catch (CLI::ParseError const & error) {
         std::string const name = commandName(app);
-        return complain(name + ": " + problemOf(app, error) + "; see " + name + " --help", kUsage);
+        return complain(name + ": " + problemOf(app, error) + "; see " + name + " --help",
+                        exitUsage);
     }
     return commands.run();
 }
@@ -69,17 +70,17 @@ int exitCodeOf(CLI::App & app, int argc, char ** argv) {
         standardOutput().flush();
         return exitCode;
     } catch (ClosedOutput const &) {
-        return kDone; // whoever reads has seen enough
+        return exitDone; // whoever reads has seen enough
     } catch (UsageError const & error) {
-        return complain(commandName(app) + ": " + error.what(), kUsage);
+        return complain(commandName(app) + ": " + error.what(), exitUsage);
     } catch (DocumentError const & error) {
-        return complain(error.what(), kFailed);
+        return complain(error.what(), exitFailed);
     } catch (Qcf::Lists::FileError const & error) {
-        return complain(error.what(), kFailed);
+        return complain(error.what(), exitFailed);
     } catch (std::bad_alloc const &) {
-        return complain(commandName(app) + ": out of memory", kFailed);
+        return complain(commandName(app) + ": out of memory", exitFailed);
     } catch (std::exception const & error) {
-        return complain(commandName(app) + ": " + firstLine(error.what()), kFailed);
+        return complain(commandName(app) + ": " + firstLine(error.what()), exitFailed);
     }
 }
 

@@ -12,7 +12,7 @@ namespace Qcf::Lists {
 namespace {
 
 /// Reads in pieces of this size; a window starts at twice as much.
-constexpr std::size_t kChunk = std::size_t{256} << 10;
+constexpr std::size_t chunkSize = std::size_t{256} << 10;
 
 } // namespace
 
@@ -46,7 +46,7 @@ void ByteSource::makeRoom(std::size_t size) {
     if (capacity_ >= 2 * size) {
         std::memmove(buffer_.get(), data(), available());
     } else {
-        std::size_t const capacity = 2 * std::max(size, kChunk);
+        std::size_t const capacity = 2 * std::max(size, chunkSize);
         auto larger = std::make_unique_for_overwrite<U8[]>(capacity);
         if (buffer_) {
             std::memcpy(larger.get(), data(), available());

@@ -13,7 +13,7 @@ namespace Qcf::Lists {
 
 namespace {
 
-constexpr std::size_t kInputSize = std::size_t{64} << 10;
+constexpr std::size_t inputSize = std::size_t{64} << 10;
 
 /// zlib and libbz2 differ in names and in the signs of their end, not in how they are driven.
 class Gzip {
@@ -153,9 +153,9 @@ private:
         if (left > 0) {
             std::memmove(input_.data(), stream.next_in, left);
         }
-        input_.resize(left + kInputSize);
+        input_.resize(left + inputSize);
         auto * const to = reinterpret_cast<U8 *>(input_.data() + left);
-        std::size_t const got = from_->read(to, kInputSize);
+        std::size_t const got = from_->read(to, inputSize);
         taken_ += got;
         pointAtInput(left + got);
         return got > 0;

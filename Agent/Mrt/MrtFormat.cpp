@@ -12,34 +12,34 @@ namespace Mrt {
 
 namespace {
 
-constexpr char const * kBgpNames[] = {"NULL", "UPDATE", "PREF_UPDATE", "STATE_CHANGE",
-                                      "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
-constexpr char const * kTableDumpNames[] = {nullptr, "AFI_IPv4", "AFI_IPv6"};
-constexpr char const * kTableDumpV2Names[] = {nullptr,
-                                              "PEER_INDEX_TABLE",
-                                              "RIB_IPV4_UNICAST",
-                                              "RIB_IPV4_MULTICAST",
-                                              "RIB_IPV6_UNICAST",
-                                              "RIB_IPV6_MULTICAST",
-                                              "RIB_GENERIC",
-                                              "GEO_PEER_TABLE",
-                                              "RIB_IPV4_UNICAST_ADDPATH",
-                                              "RIB_IPV4_MULTICAST_ADDPATH",
-                                              "RIB_IPV6_UNICAST_ADDPATH",
-                                              "RIB_IPV6_MULTICAST_ADDPATH",
-                                              "RIB_GENERIC_ADDPATH"};
-constexpr char const * kBgp4mpNames[] = {"STATE_CHANGE",
-                                         "MESSAGE",
-                                         "ENTRY",
-                                         "SNAPSHOT",
-                                         "MESSAGE_AS4",
-                                         "STATE_CHANGE_AS4",
-                                         "MESSAGE_LOCAL",
-                                         "MESSAGE_AS4_LOCAL",
-                                         "MESSAGE_ADDPATH",
-                                         "MESSAGE_AS4_ADDPATH",
-                                         "MESSAGE_LOCAL_ADDPATH",
-                                         "MESSAGE_AS4_LOCAL_ADDPATH"};
+constexpr char const * bgpNames[] = {"NULL", "UPDATE", "PREF_UPDATE", "STATE_CHANGE",
+                                     "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
+constexpr char const * tableDumpNames[] = {nullptr, "AFI_IPv4", "AFI_IPv6"};
+constexpr char const * tableDumpV2Names[] = {nullptr,
+                                             "PEER_INDEX_TABLE",
+                                             "RIB_IPV4_UNICAST",
+                                             "RIB_IPV4_MULTICAST",
+                                             "RIB_IPV6_UNICAST",
+                                             "RIB_IPV6_MULTICAST",
+                                             "RIB_GENERIC",
+                                             "GEO_PEER_TABLE",
+                                             "RIB_IPV4_UNICAST_ADDPATH",
+                                             "RIB_IPV4_MULTICAST_ADDPATH",
+                                             "RIB_IPV6_UNICAST_ADDPATH",
+                                             "RIB_IPV6_MULTICAST_ADDPATH",
+                                             "RIB_GENERIC_ADDPATH"};
+constexpr char const * bgp4mpNames[] = {"STATE_CHANGE",
+                                        "MESSAGE",
+                                        "ENTRY",
+                                        "SNAPSHOT",
+                                        "MESSAGE_AS4",
+                                        "STATE_CHANGE_AS4",
+                                        "MESSAGE_LOCAL",
+                                        "MESSAGE_AS4_LOCAL",
+                                        "MESSAGE_ADDPATH",
+                                        "MESSAGE_AS4_ADDPATH",
+                                        "MESSAGE_LOCAL_ADDPATH",
+                                        "MESSAGE_AS4_LOCAL_ADDPATH"};
 
 /// A type with the names of its subtypes; those without a name are not defined.
 struct TypeRow {
@@ -48,13 +48,13 @@ struct TypeRow {
     std::span<char const * const> subtypes;
 };
 
-constexpr TypeRow kTypes[] = {
-    {bgp, "BGP", kBgpNames},
+constexpr TypeRow typeRows[] = {
+    {bgp, "BGP", bgpNames},
     {ospfv2, "OSPFv2", {}},
-    {tableDump, "TABLE_DUMP", kTableDumpNames},
-    {tableDumpV2, "TABLE_DUMP_V2", kTableDumpV2Names},
-    {bgp4mp, "BGP4MP", kBgp4mpNames},
-    {bgp4mpEt, "BGP4MP_ET", kBgp4mpNames},
+    {tableDump, "TABLE_DUMP", tableDumpNames},
+    {tableDumpV2, "TABLE_DUMP_V2", tableDumpV2Names},
+    {bgp4mp, "BGP4MP", bgp4mpNames},
+    {bgp4mpEt, "BGP4MP_ET", bgp4mpNames},
     {isis, "ISIS", {}},
     {isisEt, "ISIS_ET", {}},
     {ospfv3, "OSPFv3", {}},
@@ -62,8 +62,8 @@ constexpr TypeRow kTypes[] = {
 };
 
 TypeRow const * findType(U16 type) {
-    auto const row = std::ranges::find(kTypes, type, &TypeRow::type);
-    return row == std::end(kTypes) ? nullptr : &*row;
+    auto const row = std::ranges::find(typeRows, type, &TypeRow::type);
+    return row == std::end(typeRows) ? nullptr : &*row;
 }
 
 char const * subtypeName(TypeRow const & row, U16 subtype) {

@@ -11,7 +11,7 @@ struct MessageForm {
     bool addPath;
 };
 
-constexpr MessageForm kForms[] = {
+constexpr MessageForm messageForms[] = {
     {1, false, false}, // MESSAGE
     {4, true, false},  // MESSAGE_AS4
     {6, false, false}, // MESSAGE_LOCAL
@@ -23,7 +23,7 @@ constexpr MessageForm kForms[] = {
 };
 
 MessageForm const * findForm(U16 subtype) {
-    for (MessageForm const & form : kForms) {
+    for (MessageForm const & form : messageForms) {
         if (form.subtype == subtype) {
             return &form;
         }

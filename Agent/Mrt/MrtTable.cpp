@@ -15,7 +15,7 @@ struct RibForm {
     bool addPath;
 };
 
-constexpr auto kRibForms = [] {
+constexpr auto ribForms = [] {
     std::array<RibForm, Mrt::ribGenericAddPath + 1> forms{};
     forms[Mrt::ribIpv4Unicast] = forms[Mrt::ribIpv4Multicast] = {AddressFamily::ipv4, false};
     forms[Mrt::ribIpv6Unicast] = forms[Mrt::ribIpv6Multicast] = {AddressFamily::ipv6, false};
@@ -27,7 +27,7 @@ constexpr auto kRibForms = [] {
     return forms;
 }();
 
-constexpr MrtPeer kUnknownPeer;
+constexpr MrtPeer unknownPeer;
 
 constexpr AttributeForm formOfV1{.as4 = false, .rib = true};
 constexpr AttributeForm formOfV2{.as4 = true, .rib = true};
@@ -53,12 +53,12 @@ void MrtTable::readPeers(ByteCursor body) {
 }
 
 bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
-    QCF_ASSERT(subtype < kRibForms.size());
+    QCF_ASSERT(subtype < ribForms.size());
     left_ = 0;
     v2_ = true;
     rest_ = ByteCursor(body, "record");
     rest_.skip(4); // sequence number
-    RibForm const form = kRibForms[subtype];
+    RibForm const form = ribForms[subtype];
     AddressFamily family = form.family;
     if (family == AddressFamily::none) {
         FamilyCode code;
@@ -114,7 +114,7 @@ void MrtTable::startV1(U16 subtype, ByteCursor body) {
 
 MrtPeer const & MrtTable::peer(U16 index) const {
     if (!peers_) {
-        return kUnknownPeer;
+        return unknownPeer;
     }
     if (index >= peers_->size()) {
         throw Damage("entry", "names a peer that the PEER_INDEX_TABLE lacks");

@@ -13,7 +13,7 @@ using Routing::Bgp::Asn;
 using Routing::Bgp::AsnVector;
 using Routing::Bgp::SegmentType;
 
-constexpr auto kNames = [] {
+constexpr auto attributeNames = [] {
     std::array<char const *, 33> names{};
     names.fill("attribute");
     names[Mrt::origin] = "ORIGIN attribute";
@@ -32,7 +32,9 @@ constexpr auto kNames = [] {
     return names;
 }();
 
-char const * attributeName(U8 code) { return code < kNames.size() ? kNames[code] : "attribute"; }
+char const * attributeName(U8 code) {
+    return code < attributeNames.size() ? attributeNames[code] : "attribute";
+}
 
 /// Refuses a value that is not made of whole elements of `size` bytes; answers their number.
 std::size_t elements(ByteCursor const & value, std::size_t size) {

@@ -14,7 +14,7 @@ namespace Qcf::Agent {
 
 namespace {
 
-constexpr U64 kMaxU32 = std::numeric_limits<U32>::max();
+constexpr U64 maxU32 = std::numeric_limits<U32>::max();
 
 /// The value that `parsed` holds; where it holds none the text at `from` was not what was wanted.
 template <typename Value>
@@ -36,7 +36,7 @@ Acl::CommunityValue readCommunityValue(JsonValue const & from) {
     }
     JsonObjectReader members(from, "community");
     U64 const value = members.require("value").expectU64();
-    U64 const type = members.require("type").expectU64(0, kMaxU32);
+    U64 const type = members.require("type").expectU64(0, maxU32);
     members.done();
     return {value, static_cast<U32>(type)};
 }
@@ -167,13 +167,13 @@ void readSession(JsonValue const & from, Session & session) {
         session.outbound = outbound->expectBool();
     }
     if (auto const localAs = members.optional("local_as")) {
-        session.localAs = static_cast<U32>(localAs->expectU64(0, kMaxU32));
+        session.localAs = static_cast<U32>(localAs->expectU64(0, maxU32));
     }
     if (auto const peerConfed = members.optional("peer_confed")) {
         session.peerConfed = peerConfed->expectBool();
     }
     if (auto const vrfId = members.optional("vrf_id")) {
-        session.vrfId = static_cast<U32>(vrfId->expectU64(0, kMaxU32));
+        session.vrfId = static_cast<U32>(vrfId->expectU64(0, maxU32));
     }
     members.done();
 }

@@ -13,25 +13,25 @@ struct LengthWeight {
     U32 weight;
 };
 
-constexpr LengthWeight kV4Lengths[] = {
+constexpr LengthWeight v4Lengths[] = {
     {24, 6000}, {22, 1080}, {23, 1000}, {21, 520}, {20, 440}, {19, 270}, {16, 140}, {18, 140},
     {17, 85},   {15, 20},   {14, 12},   {13, 6},   {12, 3},   {11, 1},   {10, 1},   {8, 1},
 };
-constexpr LengthWeight kV6Lengths[] = {
+constexpr LengthWeight v6Lengths[] = {
     {48, 470}, {32, 120}, {44, 105}, {40, 100}, {36, 40}, {46, 30}, {29, 30},
     {47, 25},  {45, 20},  {42, 20},  {33, 15},  {34, 10}, {38, 8},  {64, 4},
 };
 
 /// The /12 blocks that the registries hand IPv6 prefixes out of, as the first 12 bits.
-constexpr U32 kV6Blocks[] = {0x240, 0x260, 0x280, 0x2a0, 0x2c0};
+constexpr U32 v6Blocks[] = {0x240, 0x260, 0x280, 0x2a0, 0x2c0};
 
 /// An odd factor permutes the numbers of any power-of-two range, which spreads consecutive indexes
 /// over the whole range and never gives a prefix twice.
-constexpr U64 kSpread = 0x9e3779b97f4a7c15U;
+constexpr U64 spread = 0x9e3779b97f4a7c15U;
 
-constexpr U32 kV4PeerCount = 6;
-constexpr U32 kV6PeerCount = 4;
-constexpr U32 kFirstPeerAs = 64496;
+constexpr U32 v4PeerCount = 6;
+constexpr U32 v6PeerCount = 4;
+constexpr U32 firstPeerAs = 64496;
 
 U8 pickLength(std::span<LengthWeight const> lengths, U32 point) {
     for (LengthWeight const & row : lengths) {
@@ -69,8 +69,8 @@ IpGenAddr v6FromHigh(U64 high) {
 IpGenPrefix v6Prefix(U64 index, U64 offset, U8 length) {
     constexpr U32 blockBits = 12;
     U32 const bits = length - blockBits;
-    U64 const within = ((offset + index / std::size(kV6Blocks)) * kSpread) & ((U64{1} << bits) - 1);
-    U64 const block = kV6Blocks[index % std::size(kV6Blocks)];
+    U64 const within = ((offset + index / std::size(v6Blocks)) * spread) & ((U64{1} << bits) - 1);
+    U64 const block = v6Blocks[index % std::size(v6Blocks)];
     return {v6FromHigh((block << (64 - blockBits)) | (within << (64 - length))), length};
 }
 
@@ -83,7 +83,7 @@ void makeSet(Set & set) {
 } // namespace
 
 U64 TableGenerator::Random::next() {
-    U64 z = (state_ += kSpread);
+    U64 z = (state_ += spread);
     z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9U;
     z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;
     return z ^ (z >> 31);
@@ -95,13 +95,13 @@ U32 TableGenerator::Random::asn() {
 
 TableGenerator::TableGenerator(U64 routes, U64 seed)
     : left_(routes), random_(seed), offset_(random_.next()) {
-    for (U32 i = 0; i < kV4PeerCount; ++i) {
-        peers_.push_back({IpGenAddr::v4(0xc6336400 + 10 + i), kFirstPeerAs + i});
+    for (U32 i = 0; i < v4PeerCount; ++i) {
+        peers_.push_back({IpGenAddr::v4(0xc6336400 + 10 + i), firstPeerAs + i});
     }
-    for (U32 i = 0; i < kV6PeerCount; ++i) {
+    for (U32 i = 0; i < v6PeerCount; ++i) {
         std::array<U8, 16> octets{0x20, 0x01, 0x0d, 0xb8};
         octets[15] = static_cast<U8>(10 + i);
-        peers_.push_back({IpGenAddr::v6(octets), kFirstPeerAs + i});
+        peers_.push_back({IpGenAddr::v6(octets), firstPeerAs + i});
     }
     constexpr U32 transitCount = 80;
     for (U32 i = 0; i < transitCount; ++i) {
@@ -113,17 +113,17 @@ TableGenerator::TableGenerator(U64 routes, U64 seed)
 /// in: there are more of them than any table has routes.
 IpGenPrefix TableGenerator::nextPrefix(AddressFamily family) {
     if (family == AddressFamily::ipv4) {
-        U8 const length = pickLength(kV4Lengths, random_.below(totalWeight(kV4Lengths)));
+        U8 const length = pickLength(v4Lengths, random_.below(totalWeight(v4Lengths)));
         while (usedV4_[length] < (U64{1} << length)) {
             U64 const index = offset_ + usedV4_[length]++;
-            auto const address = static_cast<U32>((index * kSpread) << (32U - length));
+            auto const address = static_cast<U32>((index * spread) << (32U - length));
             if (isUsable(address)) {
                 return {IpGenAddr::v4(address), length};
             }
         }
     }
-    U8 const picked = pickLength(kV6Lengths, random_.below(totalWeight(kV6Lengths)));
-    bool const runOut = usedV6_[picked] >= (U64{std::size(kV6Blocks)} << (picked - 12U));
+    U8 const picked = pickLength(v6Lengths, random_.below(totalWeight(v6Lengths)));
+    bool const runOut = usedV6_[picked] >= (U64{std::size(v6Blocks)} << (picked - 12U));
     U8 const length = family == AddressFamily::ipv4 || runOut ? 48 : picked;
     return v6Prefix(usedV6_[length]++, offset_, length);
 }
@@ -134,7 +134,7 @@ void TableGenerator::startPrefix() {
     originAs_ = random_.asn();
     U32 const dice = random_.below(10);
     peersLeft_ = dice < 6 ? 1 : dice < 9 ? 2 : 3;
-    peerAt_ = random_.below(kV4PeerCount);
+    peerAt_ = random_.below(v4PeerCount);
 }
 
 bool TableGenerator::next(Route & route) {
@@ -148,8 +148,7 @@ bool TableGenerator::next(Route & route) {
     --peersLeft_;
     ++peerAt_;
     bool const v6 = prefix_.af() == AddressFamily::ipv6;
-    MrtPeer const & peer =
-        peers_[v6 ? kV4PeerCount + peerAt_ % kV6PeerCount : peerAt_ % kV4PeerCount];
+    MrtPeer const & peer = peers_[v6 ? v4PeerCount + peerAt_ % v6PeerCount : peerAt_ % v4PeerCount];
 
     route.clear();
     route.ipPrefix = prefix_;

@@ -3,13 +3,13 @@
 
 #include <gmock/gmock.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
 
-String const kAccept = R"({"class": "ReturnExpression", "expr": true})";
+String const acceptText = R"({"class": "ReturnExpression", "expr": true})";
 
 struct BadCase {
     char const * what;
@@ -21,7 +21,7 @@ struct BadCase {
 };
 
 TEST(BadInput, IsToldInOneLineWithItsPlaceBehindWhatWasGood) {
-    String const good = document(function("f", kAccept));
+    String const good = document(function("f", acceptText));
     String const misplaced =
         document(function("f", R"({"class": "IntAssign", "lhs": "afi", "rhs": 1})"));
     BadCase const cases[] = {
@@ -62,7 +62,7 @@ TEST(BadInput, IsToldInOneLineWithItsPlaceBehindWhatWasGood) {
 
 TEST(BadInput, FilesThatCannotBeReadAreNamed) {
     Workshop const workshop;
-    workshop.write("d.json", document(function("f", kAccept)));
+    workshop.write("d.json", document(function("f", acceptText)));
     workshop.write("r.jsonl", "{}\n");
     std::vector<std::vector<String>> const runs = {
         {"eval", "missing", "--function", "f", "--routes", "r.jsonl"},
@@ -85,7 +85,7 @@ TEST(BadInput, FilesThatCannotBeReadAreNamed) {
 
 TEST(BadInput, DamagedTablesAreReadAroundTheDamage) {
     Workshop const workshop;
-    workshop.write("d.json", document(function("f", kAccept)));
+    workshop.write("d.json", document(function("f", acceptText)));
     workshop.run({"generate-table", "--routes", "100", "--out", "t.mrt"});
     String table = workshop.read("t.mrt");
     table.resize(table.size() - 5);
@@ -122,4 +122,4 @@ TEST(BadInput, MutatedInputsEndWithACodeAndAtMostOneErrorLine) {
 }
 
 } // namespace
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

@@ -8,7 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 
 Workshop::Workshop() {
     String pattern = (std::filesystem::temp_directory_path() / "qcf-test-XXXXXX").string();
@@ -86,4 +86,4 @@ std::vector<String> linesOf(String const & text) {
     return lines;
 }
 
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

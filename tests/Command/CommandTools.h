@@ -6,7 +6,7 @@
 #include <vector>
 
 /// Runs the command as a user does.
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 
 struct Outcome {
     int exitCode = -1; ///< -1 when a signal ended it
@@ -48,4 +48,4 @@ String function(String const & name, String const & statements);
 /// The lines of a text, without their ends.
 std::vector<String> linesOf(String const & text);
 
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

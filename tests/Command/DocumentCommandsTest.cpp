@@ -2,29 +2,30 @@
 
 #include <gmock/gmock.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-String const kAccept = R"({"class": "ReturnExpression", "expr": true})";
-String const kListed =
+String const acceptText = R"({"class": "ReturnExpression", "expr": true})";
+String const listedText =
     R"({"class": "ReturnExpression", "expr":
         {"class": "IntSetMatchCommList", "lhs": "community", "listName": "CL", "index": 2}})";
 
 TEST(Check, TellsOfEveryFunctionWhetherItIsSaneAndWhyNot) {
     Workshop const workshop;
-    workshop.write("good.json", document(function("a", kAccept) + "," + function("b", kAccept)));
+    workshop.write("good.json",
+                   document(function("a", acceptText) + "," + function("b", acceptText)));
     Outcome const good = workshop.run({"check", "good.json"});
     EXPECT_EQ(good.exitCode, 0);
     EXPECT_EQ(good.out, "a: sane\nb: sane\n");
     String const wrongSlot =
         R"({"name": "w", "metadata": {"commListsUsed": {"OTHER": 2}}, "body": )"
         R"({"class": "Block", "stmts": [)" +
-        kListed + "]}}";
-    workshop.write("bad.json", document(function("a", kAccept) + "," + wrongSlot));
+        listedText + "]}}";
+    workshop.write("bad.json", document(function("a", acceptText) + "," + wrongSlot));
     Outcome const bad = workshop.run({"check", "bad.json"});
     EXPECT_EQ(bad.exitCode, 1) << bad.err;
     auto const lines = linesOf(bad.out);
@@ -46,7 +47,7 @@ TEST(Check, TellsOfEveryFunctionWhetherItIsSaneAndWhyNot) {
 TEST(Check, TellsTheFirstErrorOfEveryFunction) {
     Workshop const workshop;
     String const bad = R"({"class": "IntAssign", "lhs": "afi", "rhs": 1})";
-    workshop.write("d.json", document(function("a", bad) + "," + function("b", kAccept) + "," +
+    workshop.write("d.json", document(function("a", bad) + "," + function("b", acceptText) + "," +
                                       function("c", R"({"class": "Nothing"})")));
     Outcome const outcome = workshop.run({"check", "d.json"});
     EXPECT_EQ(outcome.exitCode, 1);
@@ -66,7 +67,7 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
     workshop.write("d.json", document(function("f", R"({"class": "IntAssign", "lhs": "med",
         "rhs": -1}, {"class": "IfExpression", "condition": {"class": "IntLessThan", "lhs": "med",
         "rhs": 0}, "thenBlock": {"class": "Block", "stmts": [)" +
-                                                        kAccept + "," + kAccept + "]}}")));
+                                                        acceptText + "," + acceptText + "]}}")));
     Outcome const text = workshop.run({"check", "d.json"});
     EXPECT_EQ(text.exitCode, 0);
     EXPECT_THAT(linesOf(text.out),
@@ -80,7 +81,7 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
                             "d.json:/functions/0: warning: the function can end without return"));
     EXPECT_EQ(text.err, "");
     EXPECT_EQ(workshop.run({"check", "d.json", "--strict"}).exitCode, 1);
-    workshop.write("good.json", document(function("f", kAccept)));
+    workshop.write("good.json", document(function("f", acceptText)));
     EXPECT_EQ(workshop.run({"check", "good.json", "--strict"}).exitCode, 0);
 
     Outcome const json = workshop.run({"check", "d.json", "--format", "json"});
@@ -95,7 +96,7 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
 
 TEST(Check, TellsWhatIsWrongBetweenADocumentAndItsLists) {
     Workshop const workshop;
-    workshop.write("d.json", document(function("f", kListed)));
+    workshop.write("d.json", document(function("f", listedText)));
     struct Case {
         char const * lists;
         int exitCode;
@@ -137,8 +138,8 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
     String const call = R"({"class": "ReturnExpression", "expr":
                             {"class": "FunctionCallExpression", "calleeName": "callee"}})";
     workshop.write("d.json",
-                   document(function("other", kAccept) + "," + function("callee", kAccept) + "," +
-                            function("caller", call)));
+                   document(function("other", acceptText) + "," + function("callee", acceptText) +
+                            "," + function("caller", call)));
     Outcome const flat =
         workshop.run({"dump", "d.json", "--function", "caller", "--format", "json"});
     EXPECT_EQ(flat.exitCode, 0) << flat.err;
@@ -204,4 +205,4 @@ TEST(GenerateTable, TheSameSeedGivesTheSameRoutesInBothFormats) {
 }
 
 } // namespace
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

@@ -2,16 +2,16 @@
 
 #include <gmock/gmock.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
 
-String const kAccept = R"({"class": "ReturnExpression", "expr": true})";
+String const acceptText = R"({"class": "ReturnExpression", "expr": true})";
 
 /// Assigns every modifiable attribute, in an order of its own.
-String const kEverything =
+String const everythingText =
     R"({"class": "IntAssign", "lhs": "weight", "rhs": 65535},
        {"class": "IntAssign", "lhs": "rpki.origin_as_validity", "rhs": 2},
        {"class": "IntAssign", "lhs": "route.priority", "rhs": 3},
@@ -39,7 +39,7 @@ String const kEverything =
        {"class": "AsPathPrepend", "lhs": "as_path", "rhs": [65000, 65000]},
        {"class": "IntAssign", "lhs": "aigp.metric", "rhs": 18446744073709551614},
        {"class": "IntAssign", "lhs": "aigp.accumulation_metric", "rhs": 1},)" +
-    kAccept;
+    acceptText;
 
 struct LineCase {
     String statements;
@@ -51,7 +51,7 @@ TEST(Eval, JsonLinesHoldExactlyWhatWasDecidedAndChanged) {
     LineCase const cases[] = {
         {"", R"({"prefix": "10.0.0.0/8"})",
          R"("prefix":"10.0.0.0/8","result":"unknown","termination":"noTermination","changes":{}})"},
-        {kAccept, "{}",
+        {acceptText, "{}",
          R"("prefix":"","result":"true","termination":"noTermination","changes":{}})"},
         {R"({"class": "IntAssign", "lhs": "med", "rhs": 5},
             {"class": "ReturnExpression", "expr": false})",
@@ -59,7 +59,7 @@ TEST(Eval, JsonLinesHoldExactlyWhatWasDecidedAndChanged) {
          R"("prefix":"2001:db8::/32","result":"false","termination":"noTermination","changes":{}})"},
         {R"({"class": "IntAssign", "lhs": "med", "rhs": 5}, {"class": "ExitExpression", "expr": true})",
          "{}", R"("prefix":"","result":"true","termination":"exitToPoa","changes":{"med":5}})"},
-        {R"({"class": "IntSetAssignImmediate", "lhs": "community", "rhs": []},)" + kAccept,
+        {R"({"class": "IntSetAssignImmediate", "lhs": "community", "rhs": []},)" + acceptText,
          R"({"community": ["1:2"]})",
          R"("prefix":"","result":"true","termination":"noTermination","changes":{"community":[]}})"},
         {R"({"class": "SetNextHopSelfImplExpr"})",
@@ -68,7 +68,7 @@ TEST(Eval, JsonLinesHoldExactlyWhatWasDecidedAndChanged) {
          R"("changes":{"next_hop":""},"nextHopSetToSelf":true})"},
         {R"({"class": "SetNextHopSelfImplExpr"})", R"({"next_hop": "10.0.0.1"})",
          R"("prefix":"","result":"false","termination":"noTermination","changes":{}})"},
-        {kEverything,
+        {everythingText,
          R"({"as_path": "65001 {65002,65003}", "community": ["65000:1", 18446744073709551615],)"
          R"( "large_community": ["65000:1:1"]})",
          R"("prefix":"","result":"true","termination":"noTermination","changes":{)"
@@ -181,7 +181,7 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
                                   {"class": "AsPathPrepend", "lhs": "as_path", "rhs": [1]},
                                   {"class": "IntSetAddImmediate", "lhs": "community",
                                    "rhs": ["1:2", "no-export"]},)" +
-                                                        kAccept + R"(]}},
+                                                        acceptText + R"(]}},
                                {"class": "IfExpression",
                                 "condition": {"class": "IntIs", "lhs": "med", "rhs": 5},
                                 "thenBlock": {"class": "Block", "stmts": [
@@ -222,4 +222,4 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
 }
 
 } // namespace
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 namespace {
 
 using testing::ElementsAre;
@@ -18,19 +18,19 @@ String ifThen(String const & condition, String const & statements) {
     return R"({"class": "IfExpression", "condition": )" + condition +
            R"(, "thenBlock": {"class": "Block", "stmts": [)" + statements + "]}}";
 }
-String const kAccept = R"({"class": "ReturnExpression", "expr": true})";
+String const acceptText = R"({"class": "ReturnExpression", "expr": true})";
 String call(char const * callee) {
     return R"({"class": "FunctionCallExpression", "calleeName": ")" + String(callee) + "\"}";
 }
-String const kOrigin = R"(, {"name": "valid", "argumentsExpected": true, "body":
+String const originText = R"(, {"name": "valid", "argumentsExpected": true, "body":
     {"class": "Block", "stmts": [{"class": "MatchOriginAsValidityImplExpr"}]}})";
 
 /// Refers to names of several kinds: CL is used twice, EL by a function that nothing here calls.
-String const kNames =
-    document(function("other", ifThen(match("EL"), kAccept)) + "," +
-             function("callee", ifThen(match("CL"), kAccept)) + "," +
-             function("f", ifThen(call("callee"), kAccept) + "," + ifThen(match("CL"), kAccept) +
-                               R"(, {"class": "ReturnExpression", "expr": {"class":
+String const namesText = document(
+    function("other", ifThen(match("EL"), acceptText)) + "," +
+    function("callee", ifThen(match("CL"), acceptText)) + "," +
+    function("f", ifThen(call("callee"), acceptText) + "," + ifThen(match("CL"), acceptText) +
+                      R"(, {"class": "ReturnExpression", "expr": {"class":
                                "IpPrefixMatchPrefixList", "lhs": "prefix", "rhs": {"class":
                                "PrefixListImmediate", "name": "P6", "isV4": false}}})"));
 
@@ -43,7 +43,7 @@ std::vector<String> evalOf(char const * function, std::vector<String> const & mo
 
 TEST(Lists, ANameThatNothingDefinesIsAnErrorForTheFunctionThatReachesIt) {
     Workshop const workshop;
-    workshop.write("d.json", kNames);
+    workshop.write("d.json", namesText);
     workshop.write("r.jsonl", "{}\n");
     workshop.write("l.json", R"({"qcf": "lists/1", "communityLists": {"CL": []}})");
     String const cl = "d.json:/functions/1/body/stmts/0/condition: community list \"CL\" is not "
@@ -93,7 +93,7 @@ TEST(Lists, ThePlaceOfANameIsInTheFunctionThatIsEvaluated) {
         {"class": "PrefixListImmediate", "name": "P", "isV4": true}}})";
     Workshop const workshop;
     workshop.write("d.json",
-                   document(function("a", use) + "," + function("b", kAccept + "," + use)));
+                   document(function("a", use) + "," + function("b", acceptText + "," + use)));
     workshop.write("r.jsonl", "{}\n");
     EXPECT_EQ(workshop.run(evalOf("a", {})).err,
               "d.json:/functions/0/body/stmts/0/expr/rhs: prefix list \"P\" is not defined\n");
@@ -103,7 +103,7 @@ TEST(Lists, ThePlaceOfANameIsInTheFunctionThatIsEvaluated) {
 
 TEST(Lists, CheckWithoutListsSaysWhatItCouldNotCompare) {
     Workshop const workshop;
-    workshop.write("d.json", kNames);
+    workshop.write("d.json", namesText);
     Outcome const outcome = workshop.run({"check", "d.json"});
     EXPECT_EQ(outcome.exitCode, 0);
     for (char const * const line :
@@ -163,12 +163,12 @@ Outcome validate(Workshop const & workshop, String const & exported) {
     String const valid = R"({"class": "ReturnExpression", "expr": {"class":
         "FunctionCallExpression", "calleeName": "valid", "argListHead":
         [{"class": "RoaTableImmediate", "name": "R"}, 0]}})";
-    workshop.write("d.json", document(kOrigin.substr(2) + "," + function("f", valid)));
+    workshop.write("d.json", document(originText.substr(2) + "," + function("f", valid)));
     workshop.write("r.jsonl", R"({"prefix": "10.0.0.0/8", "as_path": "65001"})");
     return workshop.run(evalOf("f", {"--lists", "l.json"}));
 }
 
-String const kPayload = R"({"prefix": "10.0.0.0/8", "maxLength": 8, "asn": "AS65001"})";
+String const payloadText = R"({"prefix": "10.0.0.0/8", "maxLength": 8, "asn": "AS65001"})";
 
 TEST(Lists, EntriesOfAnExportThatAreNoPayloadsAreLeftOutWithOneWarning) {
     Workshop const workshop;
@@ -178,12 +178,13 @@ TEST(Lists, EntriesOfAnExportThatAreNoPayloadsAreLeftOutWithOneWarning) {
     };
     String const left = ", which is no payload: 1 entry of this kind is left out\n";
     Case const cases[] = {
-        {kPayload, ""},
-        {kPayload + R"(, {"prefix": null, "maxLength": 8, "asn": 5})",
+        {payloadText, ""},
+        {payloadText + R"(, {"prefix": null, "maxLength": 8, "asn": 5})",
          "./vrps.json:/roas/1/prefix: found null" + left},
-        {R"({"prefix": "11.0.0.0/8", "asn": null},)" + kPayload,
+        {R"({"prefix": "11.0.0.0/8", "asn": null},)" + payloadText,
          "./vrps.json:/roas/0/asn: found null" + left},
-        {R"({"prefix": "11.0.0.0/8", "asn": "AS"},)" + kPayload + R"(, {"prefix": "", "asn": 1})",
+        {R"({"prefix": "11.0.0.0/8", "asn": "AS"},)" + payloadText +
+             R"(, {"prefix": "", "asn": 1})",
          "./vrps.json:/roas/0/asn: found \"AS\", which is no payload: 2 entries of this kind are "
          "left out\n"},
     };
@@ -205,9 +206,10 @@ TEST(Lists, EntriesOfAnExportThatAreNoPayloadsAreLeftOutWithOneWarning) {
 
 TEST(Lists, ExportsMayBeCompressed) {
     Workshop const workshop;
-    String const text = R"({"roas": [)" + kPayload + "]}";
-    String const gzip = test::gzipped(text);
-    String const parts = test::bzipped(text.substr(0, 20)) + test::bzipped(text.substr(20));
+    String const text = R"({"roas": [)" + payloadText + "]}";
+    String const gzip = Qcf::test::gzipped(text);
+    String const parts =
+        Qcf::test::bzipped(text.substr(0, 20)) + Qcf::test::bzipped(text.substr(20));
     for (String const & file : {text, gzip, parts, gzip + "tail"}) {
         Outcome const outcome = validate(workshop, file);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
@@ -223,4 +225,4 @@ TEST(Lists, ExportsMayBeCompressed) {
 }
 
 } // namespace
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace Qcf::Command::Test {
+namespace Qcf::Command::test {
 namespace {
 
 using testing::HasSubstr;
@@ -96,4 +96,4 @@ TEST(Usage, AReaderThatGoesAwayEndsTheCommandQuietly) {
 }
 
 } // namespace
-} // namespace Qcf::Command::Test
+} // namespace Qcf::Command::test

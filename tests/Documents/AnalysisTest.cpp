@@ -27,9 +27,9 @@ Lines remarksOn(String const & document) {
     return lines;
 }
 
-String const kReturn = R"({"class":"ReturnExpression","expr":true})";
-String const kExit = R"({"class":"ExitExpression","expr":false})";
-String const kMed = R"({"class":"IntAssign","lhs":"med","rhs":1})";
+String const returnText = R"({"class":"ReturnExpression","expr":true})";
+String const exitText = R"({"class":"ExitExpression","expr":false})";
+String const medText = R"({"class":"IntAssign","lhs":"med","rhs":1})";
 
 String compare(char const * name, String const & lhs, String const & rhs) {
     return R"({"class":")" + String(name) + R"(","lhs":)" + lhs + R"(,"rhs":)" + rhs + "}";
@@ -42,8 +42,8 @@ String ifElse(String const & condition, String const & then, String const & othe
 String block(String const & statements) {
     return R"({"class":"Block","stmts":[)" + statements + "]}";
 }
-String const kDepends = compare("IntIs", R"("med")", "5");
-String const kAlways = compare("IntGreaterThanEq", R"("med")", "0");
+String const dependsText = compare("IntIs", R"("med")", "5");
+String const alwaysText = compare("IntGreaterThanEq", R"("med")", "0");
 
 } // namespace
 
@@ -54,23 +54,23 @@ TEST(Analysis, AFunctionCanEndWithoutReturn) {
     };
     Case const cases[] = {
         {"", true},
-        {kMed, true},
-        {kReturn, false},
-        {kMed + "," + kReturn, false},
-        {kExit, false},
-        {ifElse(kDepends, kReturn, ""), true},
-        {ifElse(kDepends, kReturn, block(kReturn)), false},
-        {ifElse(kDepends, kReturn, block(kMed)), true},
-        {ifElse(kDepends, kReturn, ifElse(kDepends, kExit, block(kReturn))), false},
-        {ifElse(kDepends, kReturn, ifElse(kDepends, kReturn, "")), true},
-        {ifElse("true", kReturn, ""), false},
-        {ifElse("false", kReturn, ""), true},
-        {ifElse(R"("unknown")", kMed, block(kReturn)), false},
-        {ifElse(R"({"class":"NotExpression","expr":false})", kReturn, ""), false},
-        {ifElse(kExit, kMed, ""), false},
-        {block(block(kReturn)), false},
+        {medText, true},
+        {returnText, false},
+        {medText + "," + returnText, false},
+        {exitText, false},
+        {ifElse(dependsText, returnText, ""), true},
+        {ifElse(dependsText, returnText, block(returnText)), false},
+        {ifElse(dependsText, returnText, block(medText)), true},
+        {ifElse(dependsText, returnText, ifElse(dependsText, exitText, block(returnText))), false},
+        {ifElse(dependsText, returnText, ifElse(dependsText, returnText, "")), true},
+        {ifElse("true", returnText, ""), false},
+        {ifElse("false", returnText, ""), true},
+        {ifElse(R"("unknown")", medText, block(returnText)), false},
+        {ifElse(R"({"class":"NotExpression","expr":false})", returnText, ""), false},
+        {ifElse(exitText, medText, ""), false},
+        {block(block(returnText)), false},
         {R"({"class":"SetNextHopSelfImplExpr"})", false},
-        {R"({"class":"LogicalOperatorExpression","expressionList":[true,)" + kExit +
+        {R"({"class":"LogicalOperatorExpression","expressionList":[true,)" + exitText +
              R"(],"operatorList":["and"]})",
          true},
     };
@@ -92,11 +92,11 @@ TEST(Analysis, OnlyAnOutermostFunctionMustReturn) {
     auto const call = [](char const * name) {
         return R"({"class":"FunctionCallExpression","calleeName":")" + String(name) + "\"}";
     };
-    String const leaves = function("leaves", kExit, "");
-    EXPECT_THAT(remarksOn(R"({"qcf":"aet/1","functions":[)" + function("inner", kMed, "") + "," +
+    String const leaves = function("leaves", exitText, "");
+    EXPECT_THAT(remarksOn(R"({"qcf":"aet/1","functions":[)" + function("inner", medText, "") + "," +
                           leaves + "," + function("a", call("inner"), "") + "," +
                           function("b", call("leaves"), "") + "," +
-                          function("c", kMed, R"("argumentsExpected":true,)") + "]}"),
+                          function("c", medText, R"("argumentsExpected":true,)") + "]}"),
                 ElementsAre("/functions/2 endsWithoutReturn: the function can end without return",
                             "/functions/4 expectsArguments: nothing calls the function, which "
                             "expects arguments: it answers false"));
@@ -105,15 +105,17 @@ TEST(Analysis, OnlyAnOutermostFunctionMustReturn) {
 TEST(Analysis, StatementsBehindOneThatLeavesAreNeverReached) {
     String const text = " neverReached: the statement is never reached, the one before it always "
                         "leaves";
-    EXPECT_THAT(remarksOn(documentOf(kReturn + "," + kMed + "," + kMed)),
+    EXPECT_THAT(remarksOn(documentOf(returnText + "," + medText + "," + medText)),
                 ElementsAre("/functions/0/body/stmts/1" + text));
-    EXPECT_THAT(remarksOn(documentOf(kExit + "," + kReturn)),
+    EXPECT_THAT(remarksOn(documentOf(exitText + "," + returnText)),
                 ElementsAre("/functions/0/body/stmts/1" + text));
     EXPECT_THAT(
-        remarksOn(documentOf(ifElse(kDepends, kReturn + "," + kReturn, block(kExit)) + "," + kMed)),
+        remarksOn(documentOf(ifElse(dependsText, returnText + "," + returnText, block(exitText)) +
+                             "," + medText)),
         ElementsAre("/functions/0/body/stmts/1" + text,
                     "/functions/0/body/stmts/0/thenBlock/stmts/1" + text));
-    EXPECT_THAT(remarksOn(documentOf(ifElse(kDepends, kReturn, "") + "," + kReturn)), IsEmpty());
+    EXPECT_THAT(remarksOn(documentOf(ifElse(dependsText, returnText, "") + "," + returnText)),
+                IsEmpty());
 }
 
 TEST(Analysis, ComparisonsThatAnswerTheSameForEveryRoute) {
@@ -214,13 +216,13 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
             expected.push_back("/functions/0/body/stmts/0" + told.substr(0, blank) +
                                " outOfRange: the constant" + told.substr(blank));
         }
-        EXPECT_EQ(remarksOn(documentOf(node + "," + kReturn)), expected) << node;
+        EXPECT_EQ(remarksOn(documentOf(node + "," + returnText)), expected) << node;
     }
 }
 
 TEST(Analysis, ManyTimesSharedAndDeepTreesAreWalkedOnce) {
     constexpr U32 levels = 20;
-    String nodes = R"({"class":"Block","key":1000,"stmts":[)" + kMed + "]}";
+    String nodes = R"({"class":"Block","key":1000,"stmts":[)" + medText + "]}";
     for (U32 level = 2; level <= levels; ++level) {
         String const below = "{\"ref\":" + std::to_string((level - 1) * 1000) + "}";
         nodes += R"(,{"class":"Block","key":)" + std::to_string(level * 1000) + R"(,"stmts":[)" +
@@ -230,11 +232,11 @@ TEST(Analysis, ManyTimesSharedAndDeepTreesAreWalkedOnce) {
 }
 
 TEST(Places, EqualValuesStandWhereTheFunctionHasThem) {
-    String const use = R"({"class":"ReturnExpression","expr":)" + kDepends + "}";
+    String const use = R"({"class":"ReturnExpression","expr":)" + dependsText + "}";
     Places places;
     Program const program =
         readProgram(R"({"qcf":"aet/1","functions":[{"name":"a","body":)" + block(use) +
-                        R"(},{"name":"b","body":)" + block(kMed + "," + use) + "}]}",
+                        R"(},{"name":"b","body":)" + block(medText + "," + use) + "}]}",
                     "d.json", {.places = &places});
     auto const isFive = [](auto const & node) {
         auto const * const constant = dynamic_cast<Eval::IntImmediate const *>(node.get());
@@ -253,7 +255,7 @@ TEST(Unread, EveryFunctionsFirstErrorIsToldAndTheOthersAreRead) {
     std::vector<UnreadFunction> unread;
     Program const program = readProgram(
         R"({"qcf":"aet/1","functions":[{"name":"a","body":)" + block(bad) +
-            R"(},{"name":"b","key":50,"body":)" + block(kReturn) + R"(},{"name":"c","body":)" +
+            R"(},{"name":"b","key":50,"body":)" + block(returnText) + R"(},{"name":"c","body":)" +
             block(R"({"class":"FunctionCallExpression","calleeName":"a"})") +
             R"(},{"name":"d","body":5},{"name":"e","body":)" +
             block(R"({"class":"FunctionCallExpression","calleeName":"b"})") + "}]}",

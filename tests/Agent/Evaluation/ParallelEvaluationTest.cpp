@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 struct TestError : std::runtime_error {
@@ -276,4 +276,4 @@ TEST(ParallelEvaluation, LinesGiveTheSameUpToTheFirstBadOneWhateverTheThreads) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

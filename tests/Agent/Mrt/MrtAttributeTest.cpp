@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 using testing::ElementsAre;
@@ -153,4 +153,4 @@ TEST(MrtAttribute, NothingStaysFromTheRouteBefore) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 using testing::ElementsAre;
@@ -128,10 +128,10 @@ TEST(MrtDamage, CompressedPartsReadAsOne) {
         String bytes;
     };
     Case const cases[] = {
-        {"gzip", test::gzipped(first + second)},
-        {"two gzip members", test::gzipped(first) + test::gzipped(second)},
-        {"bzip2", test::bzipped(first + second)},
-        {"two bzip2 streams", test::bzipped(first) + test::bzipped(second)},
+        {"gzip", Qcf::test::gzipped(first + second)},
+        {"two gzip members", Qcf::test::gzipped(first) + Qcf::test::gzipped(second)},
+        {"bzip2", Qcf::test::bzipped(first + second)},
+        {"two bzip2 streams", Qcf::test::bzipped(first) + Qcf::test::bzipped(second)},
     };
     for (Case const & c : cases) {
         SCOPED_TRACE(c.what);
@@ -149,9 +149,9 @@ TEST(MrtDamage, WhatFollowsTheEndOfCompressedDataIsTold) {
         String bytes;
     };
     Case const cases[] = {
-        {"gzip", test::gzipped(file)},
-        {"bzip2", test::bzipped(file)},
-        {"bzip2", test::bzipped(file.substr(0, 70)) + test::bzipped(file.substr(70))}};
+        {"gzip", Qcf::test::gzipped(file)},
+        {"bzip2", Qcf::test::bzipped(file)},
+        {"bzip2", Qcf::test::bzipped(file.substr(0, 70)) + Qcf::test::bzipped(file.substr(70))}};
     for (String const & tail :
          {String(600, '\0'), String("garbage"), String("\x1f"), String("\x1f\x8cgz"), String("B"),
           String("BZx9"), String("BZh0"), String(200'000, '\x1f')}) {
@@ -168,7 +168,7 @@ TEST(MrtDamage, WhatFollowsTheEndOfCompressedDataIsTold) {
             EXPECT_EQ(readByShares(c.bytes + tail, 3, 50), outcome);
         }
     }
-    EXPECT_THAT(readAll(test::gzipped(file) + test::gzipped("").substr(0, 5)).reports,
+    EXPECT_THAT(readAll(Qcf::test::gzipped(file) + Qcf::test::gzipped("").substr(0, 5)).reports,
                 ElementsAre(testing::HasSubstr("gzip data are cut")));
 }
 
@@ -178,8 +178,8 @@ TEST(MrtDamage, ACutCompressedStreamGivesWhatWasWhole) {
     for (U32 i = 0; i < routes; ++i) {
         file += rib(2, "10.1.0.0/16", {entry(0, plainAttributes({i * i, i ^ 0x5a5a5a5a}))});
     }
-    String const gzip = test::gzipped(file);
-    String const bzip2 = test::bzipped(file);
+    String const gzip = Qcf::test::gzipped(file);
+    String const bzip2 = Qcf::test::bzipped(file);
     String damaged = gzip;
     damaged[gzip.size() / 2] = static_cast<char>(~damaged[gzip.size() / 2]);
     struct Case {
@@ -224,15 +224,17 @@ TEST(OpenRoutes, TellsTheFormatByContent) {
         return openRoutes(Lists::makeMemoryStream(bytes), "t", [](String const &) {});
     };
     Route route;
-    for (String const & bytes : {peerTable() + one(1), test::gzipped(peerTable() + one(1)),
-                                 test::bzipped(peerTable() + one(1)), "x" + peerTable() + one(1)}) {
+    for (String const & bytes :
+         {peerTable() + one(1), Qcf::test::gzipped(peerTable() + one(1)),
+          Qcf::test::bzipped(peerTable() + one(1)), "x" + peerTable() + one(1)}) {
         EXPECT_TRUE(open(bytes)->next(route));
     }
     EXPECT_FALSE(open("")->next(route)) << "an empty file has no routes";
-    EXPECT_FALSE(open(test::gzipped(""))->next(route));
+    EXPECT_FALSE(open(Qcf::test::gzipped(""))->next(route));
 
-    for (String const & bytes : {String("\x01\x02\x03"), String(5000, '\x02'),
-                                 test::gzipped("\x01"), test::gzipped("text").substr(0, 5)}) {
+    for (String const & bytes :
+         {String("\x01\x02\x03"), String(5000, '\x02'), Qcf::test::gzipped("\x01"),
+          Qcf::test::gzipped("text").substr(0, 5)}) {
         EXPECT_THROW(open(bytes), Lists::FileError);
     }
     EXPECT_THROW(openRoutes("/nowhere/at/all", {}), Lists::FileError);
@@ -240,4 +242,4 @@ TEST(OpenRoutes, TellsTheFormatByContent) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

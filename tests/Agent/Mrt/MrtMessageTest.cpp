@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 using testing::ElementsAre;
@@ -175,4 +175,4 @@ TEST(MrtMessage, ABrokenPrefixCostsAllThatTheMessageSays) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 /// Small files that between them hold every kind of record and attribute that is read.
@@ -33,7 +33,8 @@ std::vector<String> seeds() {
     String const old = record(12, 1,
                               u32(0) + address("10.1.0.0") + u8(16) + u8(1) + u32(0) +
                                   address("10.0.0.1") + u16(65001) + u16(narrow.size()) + narrow);
-    return {table, messages, old + old, test::gzipped(table + messages), test::bzipped(messages)};
+    return {table, messages, old + old, Qcf::test::gzipped(table + messages),
+            Qcf::test::bzipped(messages)};
 }
 
 TEST(MrtMutation, MutatedFilesAreReadToTheirEnd) {
@@ -77,4 +78,4 @@ TEST(MrtMutation, SharesReadWhatOneReaderReads) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -160,4 +160,4 @@ TEST(MrtRealFiles, AreReadAsBgpdumpReadsThem) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 using testing::ElementsAre;
@@ -16,11 +16,11 @@ String fullReach(char const * hop) {
     return attribute(14, u16(2) + u8(1) + u8(16) + address(hop) + u8(0) + prefix("2001:db8::/32"));
 }
 
-String const kPath = attribute(1, u8(0)) + asPath4({65001, 65010});
+String const pathAttributes = attribute(1, u8(0)) + asPath4({65001, 65010});
 
 TEST(MrtTable, ReadsEveryKindOfTableDumpV2Record) {
     String const v4 = plainAttributes({65001});
-    String const v6 = kPath + reducedReach("2001:db8::1");
+    String const v6 = pathAttributes + reducedReach("2001:db8::1");
     String const addPathEntry = u16(1) + u32(0) + u32(77) + u16(v4.size()) + v4;
     struct Case {
         char const * what;
@@ -207,4 +207,4 @@ TEST(MrtTable, ADamagedPeerTableLeavesThePeersBehindItUnknown) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

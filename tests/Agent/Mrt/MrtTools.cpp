@@ -7,7 +7,7 @@
 #include <iterator>
 #include <utility>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 
 namespace {
 
@@ -168,4 +168,4 @@ Outcome readByShares(String bytes, std::size_t shares, std::size_t stretch) {
     return outcome;
 }
 
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

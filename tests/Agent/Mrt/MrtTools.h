@@ -7,7 +7,7 @@
 #include <vector>
 
 /// Pieces that MRT files are put together from in tests, and what reading one gives.
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 
 /// The low `size` bytes of a number, the highest first.
 String be(U64 value, U32 size);
@@ -68,4 +68,4 @@ Outcome readAll(String bytes);
 /// those that took theirs later.
 Outcome readByShares(String bytes, std::size_t shares, std::size_t stretch);
 
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

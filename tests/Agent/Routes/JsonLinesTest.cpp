@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 using Routes = std::vector<String>;
@@ -61,7 +61,7 @@ TEST(JsonLines, NothingComesBehindABadLine) {
 }
 
 TEST(JsonLines, WhatFollowsTheEndOfCompressedLinesIsTold) {
-    String const data = test::bzipped("{}\n{}");
+    String const data = Qcf::test::bzipped("{}\n{}");
     std::vector<String> reports;
     auto const reader = openRoutes(Lists::makeMemoryStream(data + "tail"), "t.jsonl",
                                    [&](String const & line) { reports.push_back(line); });
@@ -104,7 +104,7 @@ TEST(JsonLines, CompressedTablesAreToldByTheirContent) {
         again += line + '\n';
     }
     EXPECT_EQ(again, plain);
-    for (String const & bytes : {plain, test::gzipped(plain), test::bzipped(plain)}) {
+    for (String const & bytes : {plain, Qcf::test::gzipped(plain), Qcf::test::bzipped(plain)}) {
         auto const reader = openRoutes(Lists::makeMemoryStream(bytes), "t", {});
         Route route;
         U64 routes = 0;
@@ -113,7 +113,7 @@ TEST(JsonLines, CompressedTablesAreToldByTheirContent) {
         }
         EXPECT_EQ(routes, 2000U);
     }
-    String const whole = test::gzipped(plain);
+    String const whole = Qcf::test::gzipped(plain);
     LinesRead const cut = readLines(whole.substr(0, whole.size() / 2));
     EXPECT_GT(cut.routes.size(), 500U) << "what is whole is read";
     EXPECT_TRUE(cut.statistics.cut);
@@ -155,4 +155,4 @@ TEST(JsonLines, MutatedFilesGiveRoutesOrOneErrorLine) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

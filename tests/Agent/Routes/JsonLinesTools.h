@@ -6,7 +6,7 @@
 #include <vector>
 
 /// What reading JSON lines gives, in the words of the writer.
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 
 struct LinesRead {
     std::vector<String> routes; ///< each as the writer writes it, without line end
@@ -35,4 +35,4 @@ inline LinesRead readLines(String bytes, String const & name = "t.jsonl") {
     return read;
 }
 
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test

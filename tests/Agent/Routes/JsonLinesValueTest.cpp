@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Qcf::Agent::Test {
+namespace Qcf::Agent::test {
 namespace {
 
 struct ValueCase {
@@ -11,7 +11,7 @@ struct ValueCase {
 };
 
 /// Every attribute with a value that is not its default, and every text that a value may have.
-constexpr ValueCase kValues[] = {
+constexpr ValueCase valueCases[] = {
     {"{}", "{}"},
     {R"({"_internal.admin_as": "1:2:3"})",
      R"({"_internal.admin_as":{"value":4294967298,"type":3}})"},
@@ -96,7 +96,7 @@ String inOneLine(String text) {
 TEST(JsonLinesValue, AttributesAreReadAndWrittenInTheirTexts) {
     String allLines;
     String seen;
-    for (ValueCase const & one : kValues) {
+    for (ValueCase const & one : valueCases) {
         String const line = inOneLine(one.line);
         LinesRead const read = readLines(line);
         EXPECT_EQ(read.error, "") << line;
@@ -111,9 +111,9 @@ TEST(JsonLinesValue, AttributesAreReadAndWrittenInTheirTexts) {
     }
     // One route object serves all of them: nothing of one is left in the next.
     LinesRead const together = readLines(allLines);
-    ASSERT_EQ(together.routes.size(), std::size(kValues)) << together.error;
-    for (std::size_t i = 0; i < std::size(kValues); ++i) {
-        EXPECT_EQ(together.routes[i], kValues[i].route);
+    ASSERT_EQ(together.routes.size(), std::size(valueCases)) << together.error;
+    for (std::size_t i = 0; i < std::size(valueCases); ++i) {
+        EXPECT_EQ(together.routes[i], valueCases[i].route);
     }
 }
 
@@ -122,7 +122,7 @@ struct RefusalCase {
     char const * message; ///< behind "t.jsonl:1:"
 };
 
-constexpr RefusalCase kRefusals[] = {
+constexpr RefusalCase refusalCases[] = {
     {"5", ": wants object, found number 5"},
     {"[]", ": wants object, found empty array"},
     {R"({"med": 4294967296})", "/med: wants integer from 0 to 4294967295, found number 4294967296"},
@@ -186,7 +186,7 @@ constexpr RefusalCase kRefusals[] = {
 };
 
 TEST(JsonLinesValue, WhatIsNoRouteIsRefusedWithItsPlace) {
-    for (RefusalCase const & one : kRefusals) {
+    for (RefusalCase const & one : refusalCases) {
         LinesRead const read = readLines(one.line);
         EXPECT_EQ(read.error, "t.jsonl:1:" + String(one.message)) << one.line;
         EXPECT_TRUE(read.routes.empty());
@@ -199,4 +199,4 @@ TEST(JsonLinesValue, WhatIsNoRouteIsRefusedWithItsPlace) {
 }
 
 } // namespace
-} // namespace Qcf::Agent::Test
+} // namespace Qcf::Agent::test
