@@ -80,7 +80,7 @@ constexpr std::array columns{
 /// Bytes in the unit that reads best.
 String bytesText(double bytes) {
     return bytes < 1e4   ? formatted("%.0f B", bytes)
-           : bytes < 1e7 ? formatted("%.1f b", bytes / 1e3)
+           : bytes < 1e7 ? formatted("%.1f kB", bytes / 1e3)
                          : formatted("%.1f MB", bytes / 1e6);
 }
 
