@@ -50,6 +50,7 @@ public:
     /// By collection and key. Good until the next change.
     std::vector<Change> const & changes() const;
     /// Starts anew: nothing happened yet.
+    /// Gives the memory back as well: a record that was large once does not stay so.
     void clear();
 
     /// Memory of the record.

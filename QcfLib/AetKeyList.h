@@ -36,6 +36,7 @@ public:
     /// One of the members went. `isMember(key)` says of a listed key whether it is one still.
     template <typename IsMember>
     void remove(IsMember && isMember) {
+        // So few that went are not worth a pass, however few members are left.
         constexpr std::size_t few = 16;
         --size_;
         if (listed_.size() > 2 * size_ + few) {
@@ -45,10 +46,12 @@ public:
 
     /// The members' keys in rising order, each once: one that came back is listed twice.
     template <typename IsMember>
+    /// Costs a sort; a look-up of each listed key only where some of those listed went.
     std::vector<U64> rising(IsMember && isMember) const {
         std::vector<U64> keys(listed_);
         std::sort(keys.begin(), keys.end());
         keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        // As many different keys as members: all of them are members'.
         if (keys.size() != size_) {
             std::erase_if(keys, [&](U64 key) { return !isMember(key); });
             keys.shrink_to_fit();
@@ -58,6 +61,7 @@ public:
 
 private:
     std::vector<U64> listed_; ///< in the order in which they came
+    /// Members, which are fewer than the listed keys once some went.
     std::size_t size_ = 0;
 };
 

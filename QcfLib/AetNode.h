@@ -15,6 +15,7 @@
 
 namespace Qcf::Eval {
 
+/// What nodes only refer to: the headers of contexts and plans include this one.
 class EvalContextBase;
 class Lowering;
 class StackFrameData_;
@@ -35,6 +36,8 @@ public:
     explicit AetNodeBase(U64 aetNodeKey) : aetNodeKey_(aetNodeKey) {}
 
     /// The key under which the node is stored and published and stands in evaluation logs.
+    /// Given by whoever builds the tree. A log keeps a record only where keys rise in the order of
+    /// the text.
     U64 aetNodeKey() const { return aetNodeKey_; }
 
     /// What is known of the node's concrete class.
@@ -55,6 +58,8 @@ public:
 protected:
     /// To be called by the constructors of nodes that have children, or effects of their own.
     template <typename... Children>
+    /// Children that are null count nothing. A callee is a child as well: a call's facts are its
+    /// function's.
     void standsOn(NodeEffects own, Children const &... children) {
         treeFacts_ =
             TreeFacts::over(own, {(children ? children->treeFacts() : TreeFacts::none())...});
@@ -65,6 +70,7 @@ protected:
     void lastUserGone() const override;
 
 private:
+    // Both are set in the constructor and never again.
     U64 aetNodeKey_;
     TreeFacts treeFacts_;
 };
@@ -81,6 +87,7 @@ public:
     /// Evaluates against the route of the context, which must not be null. Called by the thread
     /// that owns the context. A function is kept alive by the context as long as that holds values
     /// of its tree; any other node that is evaluated by itself must live until the next reset.
+    /// Allocates nothing once a context has seen a few routes, and takes no lock.
     virtual EvalResult eval(Ptr<EvalContextBase> const & context) const = 0;
 
     /// Static check before use, against the names that the function declares; true when sane.
@@ -103,6 +110,7 @@ public:
     virtual bool valueDependsOnStackFrameData() const { return treeFacts().looksIntoFrame; }
 
     /// Short text form.
+    /// For dumps and traces.
     virtual String toStrep() const = 0;
 
     /// Pushes this value as the next argument of a call. Values without an argument type of their
@@ -111,20 +119,24 @@ public:
                                     StackFrameDataBase_ * frame) const;
 
     /// Static check before use, against the names that the function declares; true when sane.
+    /// A value that names an outside list checks its slot here; the others have nothing to check.
     virtual bool verifySanity(FunctionMetadata const & metadata) const;
 };
 
 /// The node as one of that class; null when it is of another.
 template <typename Node>
+/// Two looks at memory and no search; a base class is no answer, ask `isKind` for those.
 Node const * as(AetNodeBase const & node) {
     return &node.typeData() == &nodeClassOf<Node>() ? static_cast<Node const *>(&node) : nullptr;
 }
+/// Whether the node is of that very class.
 template <typename Node>
 bool is(AetNodeBase const & node) {
     return &node.typeData() == &nodeClassOf<Node>();
 }
 
 /// The node's class and key: "IntIs#12".
+/// What diagnostics name a node by, and what texts of frames read back.
 String referenceText(AetNodeBase const & node);
 
 /// Asserts that walking the tree from this node down does not take more stack than there is.

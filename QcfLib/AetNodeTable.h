@@ -24,6 +24,7 @@ public:
     using Node = Eval::AetNodeBase;
 
     /// No slot.
+    /// Also what `slotOf` answers for an empty table.
     static constexpr std::size_t none = ~std::size_t{0};
 
     /// Nodes there are.
@@ -36,8 +37,10 @@ public:
     std::size_t bytes() const { return slots_.capacity() * sizeof(Ptr<Node>) + tags_.capacity(); }
 
     /// The node; null when it is not there. The pointer is good until the table changes.
+    /// Costs a probe or two; a tag of a byte is compared before any node is touched.
     Ptr<Node> const * find(U16 classNumber, U64 key) const;
     /// The first node of that key, of whatever class, that `wanted(node)` accepts; null for none.
+    /// Keys are spread without their class, so that all nodes of one key stand in one run.
     template <typename Predicate>
     Ptr<Node> const * findAny(U64 key, Predicate && wanted) const {
         for (std::size_t slot = home(key); !tags_.empty() && tags_[slot] != 0; slot = next(slot)) {
@@ -53,6 +56,7 @@ public:
     /// Puts a node in, which it holds from then on; none of its class and key may be there.
     void insert(Ptr<Node> node);
     /// Takes the node out and hands it over; null when it is not there.
+    /// Closes the gap at once: no markers of removed nodes make later searches longer.
     Ptr<Node> remove(U16 classNumber, U64 key);
 
     /// In no particular order; the visitor must not change the table.
@@ -70,11 +74,16 @@ private:
     static U8 tagOf(U16 classNumber, U64 key);
     static U16 classNumberOf(Node const & node);
     std::size_t slotOf(U16 classNumber, U64 key) const;
+    /// Where a search for a key begins; the same for all classes.
     std::size_t home(U64 key) const;
+    /// Three quarters full at most: an empty slot ends every search.
     bool isRoomFor(std::size_t size) const { return size * 4 <= slots_.size() * 3; }
+    /// Around the end; the number of slots is a power of two.
     std::size_t next(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
+    /// Into the first empty slot from its home on; there must be one.
     void place(Ptr<Node> node);
     void grow(std::size_t slots);
+    /// Moves up what a search would no longer reach across the empty slot.
     void closeGap(std::size_t gap);
 
     std::vector<U8> tags_;         ///< 0 for an empty slot

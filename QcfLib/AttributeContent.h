@@ -24,23 +24,27 @@ public:
 
     /// The same as writing to the members.
     void asPathIs(Routing::Bgp::AspathContainerFromExisting * path) { asPath = path; }
+    /// Copied; nothing of the caller's is kept.
     void resolutionRibsIs(Routing::Rib::ResolutionRibProfileConfig const & ribs) {
         resolutionRibs = ribs;
     }
 
     /// Whether the set lives by being stored here.
     template <typename Set>
+    /// An edit asks before it overwrites: a set that is only borrowed has other readers.
     bool owns(Set const * set) const {
         return withSets(
             [&](auto const... field) { return (isOwnedBy(this->*field.second, set) || ...); });
     }
 
     /// Counts the sets that were borrowed, for when those who hold them may go first.
+    /// Costs a count for each; done when contents are detached, not from route to route.
     void settleSets() {
         withSets([&](auto const... field) { ((this->*field.second).settle(), ...); });
     }
 
     /// Lets go of the sets of those attributes, given as a word of flags.
+    /// The other fields keep their stale values.
     void releaseSets(U32 flags) {
         withSets([&](auto const... field) {
             ((flags & flagOf(field.first) ? (this->*field.second).clear() : void()), ...);
@@ -48,10 +52,12 @@ public:
     }
 
     /// The flags of the attributes whose value is a set.
+    /// A context whose modified attributes are none of these has nothing to release.
     static constexpr U32 setFlags =
         withSets([](auto const... field) { return (flagOf(field.first) | ...); });
 
 private:
+    // A set of another type is never the same object; the fold above asks them all.
     template <typename Set>
     static bool isOwnedBy(StoredSet<Set> const & stored, Set const * set) {
         return stored.owns(set);

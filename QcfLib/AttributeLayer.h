@@ -30,6 +30,7 @@ class AttributeLayer : public EvalContextBase {
 public:
     // What the function changed.
 
+    /// By the flag alone: a field may hold what an earlier route left.
     bool isModified(ModifiableAttribute attribute) const {
         return (modifiedFlags_ & flagOf(attribute)) != 0;
     }
@@ -62,14 +63,18 @@ public:
     // The life of a route.
 
     /// Function calls that are open; 0 while the outermost function runs.
+    /// A plan that inlined a callee does not raise it.
     U32 functionCallDepth() const { return functionCallDepth_; }
+    /// For calls alone, each with its counterpart on every way out.
     void functionCallDepthInc(U32 n) { functionCallDepth_ += n; }
     void functionCallDepthDec(U32 n) { functionCallDepth_ -= n; }
 
     /// Forgets changes and fetched values, keeps all storage. Asserts that no call is open.
+    /// Costs a few words unless sets were stored; nothing is freed.
     void reset() override { forgetRoute(); }
     /// Hands each modified attribute once to its write-back operation, in flag order. Write-backs
     /// that the agent did not override are not called. Asserts that no call is open.
+    /// The flags stay set until the reset: a second flush hands everything over again.
     void flushModifiedAttributes() {
         QCF_ASSERT(functionCallDepth_ == 0);
         if (modifiedFlags_ != 0) {
@@ -113,6 +118,7 @@ protected:
     Set * fetchSet(Input input, Ptr<Set> Cache::*slot, ModifyFlag modifyFlag,
                    void (AttributeOperations::*populate)(Ptr<Set> const &) const) const;
     /// The path in the cache, fetched unless it is populated.
+    /// An exception of the agent's leaves it unpopulated, and the next access asks again.
     Path * fetchedPath(Input input, Path Cache::*slot) const;
 
 private:
@@ -120,6 +126,7 @@ private:
 
     /// Calls the write-backs of what is modified and overridden.
     void writeBack();
+    /// Once a context: what a class overrides does not change.
     U32 findOverriddenWriteBacks() const;
     void releaseModifiedSets();
 
@@ -128,6 +135,7 @@ private:
     Ptr<AttributeContent> attributeContent_;
     Ptr<QcfEvalContextCacheGenerated> cache_;
     U32 functionCallDepth_ = 0;
+    /// The one thing that says whether a field of the content counts.
     U32 modifiedFlags_ = 0;
     /// Write-backs to call, found out at the first flush; all bits set until then.
     U32 overriddenWriteBacks_ = ~U32{0};

@@ -19,6 +19,7 @@ class GeneratedEvalContext;
 /// and without a place among the changes the attribute cannot be
 /// written.
 struct IntSource {
+    // Without a flag the value is always the agent's, as of inputs.
     U32 modifiedFlag = 0;
     U64 AttributeContent::*stored = nullptr;
     U64 (GeneratedEvalContext::*input)() const = nullptr;

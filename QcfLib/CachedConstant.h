@@ -23,6 +23,7 @@ namespace Qcf::Eval {
 template <typename Container>
 class CachedConstant {
 public:
+    /// The node itself, as whose change a new value is published.
     explicit CachedConstant(Entity const & owner) : owner_(owner) {}
     CachedConstant(CachedConstant const &) = delete;
     CachedConstant & operator=(CachedConstant const &) = delete;
@@ -46,6 +47,7 @@ public:
             PlanEpoch::next();
         }
         cachedGetVal_ = std::move(value);
+        // Immutable from here on, so that a large one is worth an index.
         if (cachedGetVal_) {
             cachedGetVal_->indexIs();
         }
@@ -54,6 +56,7 @@ public:
 
 private:
     Entity const & owner_;
+    // A node is constant to all but its builder, and the value is none of its content.
     mutable Ptr<Container> cachedGetVal_;
     mutable std::forward_list<Ptr<Container>> replaced_;
 };

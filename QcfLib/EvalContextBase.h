@@ -26,6 +26,7 @@ namespace Qcf::Eval {
 /// statuses by reference: what they keep they copy.
 class EvalContextBase : public AttributeOperations {
 public:
+    // What the agent's lists are known as to operations; what they are made of is the agent's.
     using AsPathListStatus = Routing::RouteMap::AsPathListStatus;
     using CommListStatus = Routing::RouteMap::StandardCommListStatus;
     using ExtCommListStatus = Routing::RouteMap::ExtCommListStatus;
@@ -38,6 +39,7 @@ public:
     EvalContextBase(PtrConst<ExternalMatchersBase> externalMatchers,
                     Routing::Policy::Result_ * result);
 
+    /// By the nearest base with a record: an agent's class needs none.
     TypeData const & typeData() const override;
     Ptr<Debug::EvaluationLog const> evaluationLog() const override { return nullptr; }
 
@@ -62,12 +64,14 @@ public:
     // any other.
 
     /// Whether the list permits the path; `aetNodeKey` is that of the node that asks.
+    /// The key lets an agent keep by node what it found out.
     virtual bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
                                        U64 aetNodeKey,
                                        PtrConst<AsPathListStatus> const & status) const = 0;
 
     // Of standard communities: whether the list matches a set, exactly; the set that it names; a
     // set with what it names added, with what it matches removed, or with nothing else retained.
+    // Which values a list matches is the agent's to say.
     virtual bool matchCommList(PtrConst<U64SmallVector> const & set,
                                PtrConst<CommListStatus> const & status) const = 0;
     virtual bool matchExactCommList(PtrConst<U64SmallVector> const & set,
@@ -113,6 +117,7 @@ public:
     largeCommRetainLargeCommList(CommunitySetPtr const & set,
                                  PtrConst<LargeCommListStatus> const & status) = 0;
     /// Whether the route's origin is in that state by the ROA table of that slot.
+    /// The slot is handed over as the node has it: the engine looks nothing up.
     virtual bool matchRoaTable(U32 slot, U32 state) const = 0;
 
     // What it was made with, and the log.
@@ -128,6 +133,7 @@ public:
     Routing::Policy::Result_ * result() const { return result_; }
 
 private:
+    // Asked at each node that is walked, but not by the steps of a plan.
     bool shouldLogEval_ = false;
     PtrConst<ExternalMatchersBase> externalMatchers_;
     Routing::Policy::Result_ * result_;

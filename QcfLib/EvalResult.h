@@ -15,11 +15,13 @@ namespace Qcf::Eval {
 /// The value of a predicate or a statement.
 enum class TriStateBoolValue : U8 { unknown = 0, false_ = 1, true_ = 2 };
 
+// The same as functions, as compilers of policies and agents spell them.
 constexpr TriStateBoolValue QcfUnknown() { return TriStateBoolValue::unknown; }
 constexpr TriStateBoolValue QcfFalse() { return TriStateBoolValue::false_; }
 constexpr TriStateBoolValue QcfTrue() { return TriStateBoolValue::true_; }
 
 /// Whether evaluation is to stop, and how far up it unwinds.
+/// The numbers index tables: of texts, and of the ends of plans.
 enum class TerminationFlag : U8 {
     noTermination = 0,  ///< go on with the next statement
     returnToCaller = 1, ///< unwind to the enclosing function, which clears the flag
@@ -27,14 +29,18 @@ enum class TerminationFlag : U8 {
 };
 
 /// The text of a value; asserts on one outside the enumeration.
+/// "unknown", "false" or "true"; static storage.
 char const * toString(TriStateBoolValue value);
+/// The enumerator's own name; static storage.
 char const * toString(TerminationFlag flag);
 std::ostream & operator<<(std::ostream & out, TriStateBoolValue value);
 
 /// What evaluating a node yields; two bytes, handed around by value.
 class EvalResult {
 public:
+    /// Unknown, and evaluation goes on: what a statement without effect yields.
     constexpr EvalResult() = default;
+    /// Any value goes with any termination.
     constexpr explicit EvalResult(TriStateBoolValue retVal,
                                   TerminationFlag termination = TerminationFlag::noTermination)
         : retVal_(retVal), termination_(termination) {}
@@ -55,11 +61,13 @@ public:
     constexpr bool terminates() const { return termination_ != TerminationFlag::noTermination; }
 
     /// The same value with another termination.
+    /// For wrappers that pass a value on but decide themselves how far to unwind.
     constexpr EvalResult with(TerminationFlag termination) const {
         return EvalResult(retVal_, termination);
     }
 
     /// What a function whose body has this result yields to its caller.
+    /// An exit goes through it unchanged, up to the point of attachment.
     constexpr EvalResult returned() const {
         bool const returns = termination_ == TerminationFlag::returnToCaller;
         return returns ? with(TerminationFlag::noTermination) : *this;
@@ -67,6 +75,7 @@ public:
 
     constexpr bool operator==(EvalResult const &) const = default;
 
+    /// Both parts count: results that differ in termination alone are different.
     constexpr U32 hash(U32 seed) const {
         Hash hash(seed);
         hash.hashMix(static_cast<U8>(retVal_));
@@ -80,6 +89,7 @@ private:
 };
 
 /// Unset becomes unknown, whatever value it holds; a set value becomes false or true.
+/// The agent's values are 0 and 1, the engine's one above them.
 inline EvalResult tristateToEvalResult(TristateBoolean value) {
     return value.isSet == 0 ? EvalResult()
                             : EvalResult(static_cast<TriStateBoolValue>(value.value + 1));

@@ -22,6 +22,7 @@ public:
     /// Slots, with those that were left out below the highest one.
     std::size_t size() const { return entries_.size(); }
     /// Sets an entry; grows the table as needed.
+    /// A slot that is set again has the new entry. Not to be called while anybody evaluates.
     void entryIs(U16 slot, PtrConst<Status> status) {
         if (slot >= entries_.size()) {
             entries_.resize(slot + std::size_t{1});

@@ -10,6 +10,7 @@ namespace Qcf {
 using SlotMap = std::map<String, U16>;
 
 /// The kinds of outside objects that a function can name, in the order of FunctionMetadata.
+/// Numbers of kinds index `slotKinds`; outside forms know the kinds by name.
 enum class SlotKind : U8 {
     commList,
     extCommList,
@@ -25,26 +26,40 @@ enum class SlotKind : U8 {
 
 /// The outside objects that a function uses: per kind, from name to slot. A slot selects the object
 /// in the tables of the external matchers.
+/// A compiler writes it, the function carries it, and the sanity check compares each node's slot
+/// with it:
+///
+///     FunctionMetadata metadata;
+///     metadata.of(SlotKind::commList)["CUSTOMERS"] = 1;
+///
+/// Slots are numbered by kind, so that lists of two kinds may have the same. A value: copied with
+/// its names, and not looked at while routes are evaluated.
 struct FunctionMetadata {
+    // Member names are part of the published form, with their capitals.
     SlotMap commListsUsed;
     SlotMap extCommListsUsed;
     SlotMap largeCommListsUsed;
     SlotMap tagSetsUsed;
     SlotMap asPathAccessListsUsed;
+    // The slots of the two families are numbered apart.
     SlotMap V4PrefixListsUsed;
     SlotMap V6PrefixListsUsed;
     SlotMap DynPrefixListsUsed;
     SlotMap roaTablesUsed;
+    // Of these the external matchers have no table.
     SlotMap tunnelRibsUsed;
 
+    /// Names and slots both count.
     bool operator==(FunctionMetadata const &) const = default;
 
     /// The names of one kind.
     inline SlotMap const & of(SlotKind kind) const;
+    /// For builders; a function's own is constant.
     inline SlotMap & of(SlotKind kind);
 
     /// Calls `visit(name, map)` for every kind, in the order above; `name` is that of the member.
     template <typename Self, typename Visitor>
+    /// The visitor may change the map where `self` is not constant.
     static void eachKind(Self & self, Visitor && visit);
 };
 
@@ -57,6 +72,7 @@ struct SlotKindInfo {
 };
 
 /// All kinds, by their number.
+/// The one list that readers, writers and checks go through, so that a new kind is a row here.
 inline constexpr SlotKindInfo slotKinds[] = {
     {SlotKind::commList, "commListsUsed", &FunctionMetadata::commListsUsed},
     {SlotKind::extCommList, "extCommListsUsed", &FunctionMetadata::extCommListsUsed},
@@ -88,6 +104,7 @@ void FunctionMetadata::eachKind(Self & self, Visitor && visit) {
 }
 
 /// The slot of a name; 0 when it is not in the map.
+/// 0 is the slot that no object has, so that it needs no second answer.
 inline U16 slotOf(SlotMap const & map, String const & name) {
     auto const found = map.find(name);
     return found == map.end() ? U16{0} : found->second;

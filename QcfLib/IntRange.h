@@ -11,6 +11,7 @@ struct SignedMagnitude {
     bool negative;
     U64 magnitude;
 
+    /// What decides whether an operand adds or subtracts.
     bool strictlyNegative() const { return negative && magnitude != 0; }
 };
 

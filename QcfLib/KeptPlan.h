@@ -18,6 +18,7 @@ class Plan;
 class KeptPlan {
 public:
     KeptPlan() = default;
+    // A copied plan would refer to the nodes of the function that it was made of.
     KeptPlan(KeptPlan const &) = delete;
     KeptPlan & operator=(KeptPlan const &) = delete;
     ~KeptPlan();

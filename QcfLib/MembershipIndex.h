@@ -10,7 +10,9 @@
 namespace Qcf::Eval {
 
 /// Spreads a value over the word; the upper half of the product depends on every bit.
+/// The multiplier is 2^64 divided by the golden ratio, which keeps consecutive values apart.
 inline U64 spreadBits(U64 value) { return (value * 0x9e3779b97f4a7c15U) >> 20; }
+/// The type is put above the lowest 20 bits, which stay the value's own.
 inline U64 spreadBits(Acl::CommunityValue const & value) {
     return spreadBits(value.value() ^ (U64{value.type()} << 20));
 }
@@ -32,6 +34,7 @@ public:
     /// The values must stay the same as long as the index, and differ from each other; there are
     /// less than 2^32 - 1.
     template <typename Values>
+    /// Takes 10 to 20 bytes a value, in two blocks.
     explicit MembershipIndex(Values const & values)
         : bits_(std::bit_ceil(bitsPerValue * values.size() + wordBits) / wordBits),
           places_(std::bit_ceil(2 * values.size() + 1), none) {
@@ -50,12 +53,14 @@ public:
 
     /// Whether `value` is one of the values that the index was made of.
     template <typename Value>
+    /// Mostly one look at the filter where it is not there, and a probe or two where it is.
     bool contains(std::span<Value const> values, Value const & value) const {
         return positionOf(values, value) != none;
     }
 
     /// Where among the values it stands; `none` when it is not there.
     template <typename Value>
+    /// `values` must be those that the index was made of, in the same order.
     U32 positionOf(std::span<Value const> values, Value const & value) const {
         U64 const spread = spreadBits(value);
         std::size_t const bit = spread & bitMask();
@@ -69,6 +74,7 @@ private:
     static constexpr std::size_t wordBits = 64;
 
     template <typename Value>
+    /// Ends at an empty place at the latest, since at least half of them are.
     U32 placeOf(std::span<Value const> values, Value const & value, U64 spread) const {
         std::size_t at = spread & placeMask();
         while (places_[at] != none && !(values[places_[at]] == value)) {
@@ -77,9 +83,11 @@ private:
         return places_[at];
     }
 
+    // Both sizes are powers of two.
     std::size_t bitMask() const { return bits_.size() * wordBits - 1; }
     std::size_t placeMask() const { return places_.size() - 1; }
 
+    /// A bit for each value, and for whatever others fall upon it.
     std::vector<U64> bits_;
     std::vector<U32> places_; ///< positions among the values; at most half are taken
 };

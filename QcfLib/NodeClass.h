@@ -31,9 +31,13 @@ class FieldWriter;
 using ::FieldInfo;
 
 /// What a route-attribute class adds.
+/// Input twins and derived values have records of their own.
 struct AttributeInfo {
+    /// As functions spell it, "local_preference" or "input.med".
     char const * languageName;
+    /// Whether functions can write it; a twin and a derived value cannot be.
     bool modifiable;
+    // Both ends included; the default may lie outside them.
     std::optional<U64> min; ///< of modifiable integers
     std::optional<U64> max;
     std::optional<U64> defaultValue;
@@ -71,16 +75,21 @@ enum class NodeKind : U8 {
     communitySet,
     communitySetModifiable,
 };
+/// The kind's bit in ClassFacts::kinds.
 constexpr U32 bitOf(NodeKind kind) { return U32{1} << static_cast<U8>(kind); }
 
 /// A field's `wanted`: nodes of a kind, or those of one class, by its number.
+/// 0 is left for fields that hold no node.
 constexpr U16 wanting(NodeKind kind) { return static_cast<U16>(1 + static_cast<U16>(kind)); }
+/// Above every kind's number, so that one number tells both apart.
 inline constexpr U16 firstWantedClass = 0x100;
 constexpr U16 wantingClass(U16 classNumber) {
     return static_cast<U16>(firstWantedClass + classNumber);
 }
 
 /// What a field means to its node. A field may play several roles, most play none.
+/// Whoever looks for a field asks for its role: names of fields may change, and the same role has
+/// different names in different classes.
 enum class FieldRole : U8 {
     operand,       ///< evaluated; a `return` of it is malformed
     operators,     ///< the chain of operators between the operands
@@ -104,12 +113,15 @@ enum class FieldRole : U8 {
     cachable,     ///< whether the literal's value may be kept
     orZero,       ///< false or 0 unless something else is said
 };
+/// The role's bit in FieldInfo::roles.
 constexpr U32 bitOf(FieldRole role) { return U32{1} << static_cast<U8>(role); }
+/// False for all roles of a field that means nothing beyond its value.
 constexpr bool plays(FieldInfo const & field, FieldRole role) {
     return (field.roles & bitOf(role)) != 0;
 }
 
 /// How a value is passed in a call: by which container of the frame.
+/// Positions of arguments are counted in each kind apart.
 enum class ArgumentKind : U8 {
     none, ///< no value
     integer,
@@ -120,19 +132,23 @@ enum class ArgumentKind : U8 {
 };
 
 /// How the left side of a comparison has to stand to the right one.
+/// For who foretells the answer of a comparison of constants.
 enum class ComparisonOrder : U8 { none, is, lessThan, lessThanEq, greaterThan, greaterThanEq };
 
 /// What a class is, beyond its fields. Of the bodies of built-in functions, whose fields show
 /// nothing, it says what they read and write.
+/// Plans and documents read these. A new class that is like another by its facts needs no
+/// line in either.
 struct ClassFacts {
     U32 kinds = 0; ///< bits of NodeKind
     ArgumentKind argument = ArgumentKind::none;
     std::optional<SlotKind> list = {}; ///< the kind of list it names; IPv4 if of a family
     bool isLink = false;               ///< of a chain
     bool isShared = false;             ///< equal nodes of a document are one node
-    bool isConstant = false;           ///< a constant element of a literal
-    bool returns = false;              ///< can end the function, whatever its children do
-    bool assigns = false;              ///< replaces its target without reading it
+    // Only where all elements are can a literal keep its value.
+    bool isConstant = false; ///< a constant element of a literal
+    bool returns = false;    ///< can end the function, whatever its children do
+    bool assigns = false;    ///< replaces its target without reading it
     /// Of a comparison of two integers or two bandwidths, its only children; else `none`.
     ComparisonOrder compares = ComparisonOrder::none;
     U64 reads = 0;                   ///< bits of AttributeSet, its own alone
@@ -145,16 +161,21 @@ struct ClassFacts {
 
 /// What is known of a node class beyond its name and its fields, which are its constructor's
 /// arguments after the key. One constant object a class, in the order of the store's collections.
+/// The functions take nodes of this very class and do not check; a node's own `typeData()` is the
+/// safe way to them.
 struct NodeClass : TypeData {
+    // By function object: none of this is on the way of a route.
     using ChildVisitor = std::function<void(FieldInfo const &, AetNodeBase const *)>;
     using ChildMapper = std::function<PtrConst<AetNodeBase>(AetNodeBase const &)>;
     using ChildComparison = std::function<bool(AetNodeBase const &, AetNodeBase const &)>;
 
+    /// As the store publishes its changes, and as published trees name it.
     char const * collection = "";
     U64 typeCode = 0;                          ///< stable identity of the class, from its name
     AttributeInfo const * attribute = nullptr; ///< null unless a route attribute
 
     /// A new node with fields taken from the reader in declared order.
+    /// Passes the reader's exceptions on; asserts that each child is one that its field accepts.
     Ptr<AetNodeBase> (*create)(U64 aetNodeKey, FieldReader & reader) = nullptr;
     /// Hands the node's fields to the writer in declared order.
     void (*write)(AetNodeBase const & node, FieldWriter & writer) = nullptr;
@@ -168,40 +189,51 @@ struct NodeClass : TypeData {
     /// `sameChild(a, b)` holds of each two children, neither null. Keys do not count.
     bool (*sameFields)(AetNodeBase const & a, AetNodeBase const & b,
                        ChildComparison const & sameChild) = nullptr;
+    /// How many nodes of the class there are, in all threads.
     MemAllocationTracker const & (*memAllocationTracker)() = nullptr;
+    /// What its constructor tells of itself to TreeFacts.
     NodeEffects effects = {};
     ClassFacts facts = {};
 
     /// Position in nodeClasses().
+    /// Also the class's `classNumber`, and the number of its collection in a store.
     std::size_t number() const;
+    /// One test of a bit.
     bool isKind(NodeKind ofKind) const { return (facts.kinds & bitOf(ofKind)) != 0; }
     /// The field that plays the role; null when none does.
+    /// The first of them where several do; a search through a handful of fields.
     FieldInfo const * fieldOf(FieldRole role) const;
     /// Whether both are of the same class: by identity and, failing that, by name.
+    /// Trees of two copies of the engine in one process can be compared so.
     bool isSameClass(NodeClass const & other) const {
         return this == &other || (typeCode == other.typeCode && isSameType(other));
     }
 };
 
 /// All node classes in the order of the store's collections.
+/// Complete whenever it is asked for, also during static initialisation.
 std::span<NodeClass const> nodeClasses();
 
 /// The record of a class that is known where the code is written.
 template <typename Node>
+/// No search: the class knows its number at compile time.
 NodeClass const & nodeClassOf() {
     return nodeClasses()[Node::classNumber];
 }
 
 /// The one class whose nodes the field wants; null when it wants a kind of nodes, or no node.
+/// A reader that meets a field of one class need not be told the class by the document.
 inline NodeClass const * classWanted(FieldInfo const & field) {
     bool const isClass = field.wanted >= firstWantedClass;
     return isClass ? &nodeClasses()[field.wanted - firstWantedClass] : nullptr;
 }
 
 /// The class of that name; null when there is none.
+/// By a hash table that the first call builds; from any thread.
 NodeClass const * findNodeClass(std::string_view name);
 
 /// The attribute class of that language name ("input.med"); null when there is none.
+/// As findNodeClass. Names are case-sensitive.
 NodeClass const * findAttribute(std::string_view languageName);
 
 } // namespace Qcf::Eval

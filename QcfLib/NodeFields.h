@@ -38,6 +38,7 @@ namespace Qcf::Eval {
 ///
 /// Where NodeClass::create takes a node's fields from, in declared order. Whoever implements it
 /// throws when the outside form does not hold what the field wants.
+/// Each call is told the field, so that an error can name it.
 class FieldReader {
 public:
     virtual ~FieldReader() = default;
@@ -45,16 +46,21 @@ public:
     QCF_FOR_EACH_SCALAR(QCF_READ)
 #undef QCF_READ
     /// The child, which the field must accept; null only for an optional one.
+    /// Anything else ends in an assertion: outside forms are to be checked before, by
+    /// `FieldInfo::accepts`.
     virtual PtrConst<AetNodeBase> readNode(FieldInfo const & field) = 0;
 };
 
 /// What NodeClass::write hands a node's fields to, in declared order.
+/// Nothing is checked on the way out: a node that exists is well formed.
 class FieldWriter {
 public:
     virtual ~FieldWriter() = default;
 #define QCF_WRITE(Type) virtual void write(FieldInfo const & field, Type const & value) = 0;
     QCF_FOR_EACH_SCALAR(QCF_WRITE)
 #undef QCF_WRITE
+    /// Called for null children as well, so that positions stay the same. What is written of one
+    /// (its key, or all of it) is the writer's choice.
     virtual void writeNode(FieldInfo const & field, AetNodeBase const * child) = 0;
 };
 

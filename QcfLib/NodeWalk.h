@@ -19,6 +19,7 @@
 namespace Qcf::Eval {
 
 /// A node, and the field of its parent in which it stands; null for the first one.
+/// Good during the call alone; the node itself as long as its tree.
 struct WalkedNode {
     AetNodeBase const & node;
     FieldInfo const * field;
@@ -26,8 +27,11 @@ struct WalkedNode {
 
 /// Calls `enter(WalkedNode)` for `root` and what stands below it, parents before children. Where it
 /// answers true the walk goes on to the node's children, and then calls `leave(node)`.
+/// Memory grows with the depth and the children of what is open, not with the tree. A link is a
+/// child of the one before it, so that entering a chain keeps a place for each link until its end.
 template <typename Enter, typename Leave>
 void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
+    // One that is entered stays until all that it pushed is done.
     struct Place {
         AetNodeBase const * node;
         FieldInfo const * field;
@@ -51,12 +55,14 @@ void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
                                                   places.push_back({child, &field, false});
                                               }
                                           });
+        // The last one pushed comes first.
         std::reverse(places.begin() + firstChild, places.end());
     }
 }
 
 /// The same without looking at nodes when they are left.
 template <typename Enter>
+/// An exception of `enter` ends the walk, here and above; nothing has to be undone.
 void walkTree(AetNodeBase const & root, Enter && enter) {
     walkTree(root, std::forward<Enter>(enter), [](AetNodeBase const &) {});
 }

@@ -59,6 +59,7 @@ private:
     U32 epoch_;
     PlanStep const * first_ = nullptr;
     std::unique_ptr<PlanSteps const> steps_;
+    /// Kept while the function lives, since a thread may be within it and no one counts who is.
     std::unique_ptr<Plan const> earlier_;
 };
 

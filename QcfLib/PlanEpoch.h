@@ -11,10 +11,13 @@ namespace Qcf::Eval {
 /// wide; a function that is evaluated asks it once, by one relaxed load.
 class PlanEpoch {
 public:
+    /// Number of no epoch: epochs begin at 1.
     static constexpr U32 off = 0;
 
     /// `off`, or the number of the epoch.
     static U32 current() { return current_.load(std::memory_order_relaxed); }
+    /// Whether functions are evaluated by plans at all. Any thread may switch; evaluations that
+    /// have begun go on as they are.
     static bool enabled() { return current() != off; }
     static void enabledIs(bool enabled) {
         current_.store(enabled ? number_.load(std::memory_order_relaxed) : off,
@@ -28,9 +31,11 @@ public:
         }
     }
     /// The number that a plan made now has.
+    /// Counts on while plans are off, so that those made before do not come back with the switch.
     static U32 number() { return number_.load(std::memory_order_relaxed); }
 
 private:
+    // Two words, so that switching off and on again brings the same epoch back.
     inline static std::atomic<U32> number_{1};
     inline static std::atomic<U32> current_{1};
 };

@@ -108,6 +108,7 @@ protected:
     }
 
 private:
+    /// Notes it for the flush and the followers, and publishes it.
     void changed(U16 collection, U64 key, Notification::Kind kind);
     /// What tells a collection's members among the keys that were.
     auto isMemberOf(U16 collection) const {

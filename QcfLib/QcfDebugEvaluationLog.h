@@ -11,24 +11,38 @@ namespace Qcf::Debug {
 
 /// One record of the debug log of an evaluation: a node's key and its result, and for a call the
 /// callee's own chain. Records of one frame form a chain with rising keys, which owns them.
+///
+///     context->reset();
+///     context->shouldLogEvalIs(true);
+///     function->eval(context);
+///     if (auto const log = context->evaluationLog()) { log->toJsonOnFd(1); }
+///
+/// Written by the evaluating thread, which appends while it evaluates; constant afterwards.
 class EvaluationLog final : public Routing::Policy::EvaluationLogBase {
 public:
     /// Identifies this engine's logs among those of other policy engines: "Qcf" in ASCII.
     static constexpr U32 policyTypeQcf = 0x516366;
 
+    /// `functionCallLog` is null for all nodes but calls.
     EvaluationLog(U64 aetNodeKey, Eval::EvalResult const & result,
                   Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
+    /// Lets go of a chain link by link: it may be too long for one destructor within another.
     ~EvaluationLog() override;
     static Ptr<EvaluationLog>
     EvaluationLogIs(U64 aetNodeKey, Eval::EvalResult const & result,
                     Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
 
+    /// As the node yielded it; of a call, after its callee's `return` was taken off.
     Eval::EvalResult const & result() const { return result_; }
+    /// A callee's records are apart, in a chain of their own.
     U64 aetNodeKey() const { return aetNodeKey_; }
+    /// The first record of the callee's frame; null where the callee logged nothing.
     Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog() const {
         return functionCallLog_;
     }
+    /// Null for the last one of the frame.
     Ptr<EvaluationLog> const & nextLog() const { return nextLog_; }
+    /// For the context, which appends at the end.
     void nextLogIs(Ptr<EvaluationLog> nextLog) { nextLog_ = std::move(nextLog); }
 
     U32 policyType() const override { return policyTypeQcf; }
@@ -40,6 +54,7 @@ public:
     /// std::system_error when it fails.
     void toJsonOnFd(unsigned fd) const override;
 
+    // From a slab: a logged evaluation makes one a node.
     static void * operator new(std::size_t) { return Slab<EvaluationLog>::allocate(); }
     static void operator delete(void * memory) noexcept { Slab<EvaluationLog>::deallocate(memory); }
 

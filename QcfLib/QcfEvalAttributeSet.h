@@ -22,10 +22,13 @@ namespace Qcf::Eval {
 /// accepts blanks anywhere between the parts, flags in any order, left-out flags as false, and the
 /// values True, False, true, false, 1 and 0.
 template <typename Names>
+/// One word: asking, comparing and hashing cost next to nothing.
 class FlagSet {
 public:
+    /// Flags there are; at most 63, since `value() >> width` has to be defined.
     static constexpr std::size_t width = Names::width;
 
+    /// No flag.
     constexpr FlagSet() = default;
     /// From bits; throws std::out_of_range when one is set at or above the width.
     explicit FlagSet(U64 bits);
@@ -58,23 +61,27 @@ public:
     }
 
     /// The bit of a flag name; `width` when there is none.
+    /// Costs a look at each name: for readers and tests, not for evaluations.
     static std::size_t bitOf(std::string_view name);
     /// The name of a bit below the width.
     static char const * nameOf(std::size_t bit) { return Names::name(bit); }
 
 private:
+    /// Out of line, so that `insert` stays a test and an or.
     [[noreturn]] static void refuse(std::size_t bit);
 
     U64 bits_ = 0;
 };
 
 /// The flags of AttributeSet: all attributes but the internal ones, by language name.
+/// Its bits are `AttributeInfo::readBit`.
 struct AttributeSetNames {
     static constexpr std::size_t width = attributeSetWidth;
     static constexpr char const * type = "Qcf::Eval::AttributeSet";
     static char const * name(std::size_t bit);
 };
 /// The flags of ModifiableAttributeSet: those that a function can modify, in flush order.
+/// Its bits are `AttributeInfo::writeBit`.
 struct ModifiableAttributeSetNames {
     static constexpr std::size_t width = modifiableAttributeSetWidth;
     static constexpr char const * type = "Qcf::Eval::ModifiableAttributeSet";
@@ -90,6 +97,7 @@ using ModifiableAttributeSet = FlagSet<ModifiableAttributeSetNames>;
 template <typename Names>
 std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set);
 
+// There are no other sets: the templates' bodies stay in one source.
 extern template class FlagSet<AttributeSetNames>;
 extern template class FlagSet<ModifiableAttributeSetNames>;
 extern template std::ostream & operator<<(std::ostream &, AttributeSet const &);
@@ -98,6 +106,7 @@ extern template std::ostream & operator<<(std::ostream &, ModifiableAttributeSet
 /// Which attributes a function may read and which it may write, as whoever compiled it declares.
 /// An agent that fetches attributes at a cost can ask what it need not have.
 struct AccessibleAttributes {
+    // An attribute may be in both, in one or in none.
     AttributeSet readableAttributes;
     ModifiableAttributeSet writableAttributes;
 

@@ -20,6 +20,7 @@ class TriStateBool;
 /// holds functions as this type.
 class FunctionBase : public Expression {
 public:
+    /// Takes everything over. The key is that of the function's node.
     FunctionBase(U64 aetNodeKey, String funcName, FunctionMetadata metadata,
                  Routing::Policy::RouteMapFeatures features)
         : Expression(aetNodeKey),
@@ -42,12 +43,15 @@ private:
 
 /// The hash that a function keeps once it was computed. Written by the publishing thread alone;
 /// each change is published by the function's publisher.
+/// Computed with the first seed that was asked for, whatever others ask later.
 class CachedHash {
 public:
+    /// The function itself, as whose change a hash is published.
     explicit CachedHash(Entity const & owner) : owner_(owner) {}
 
     /// Whether there is one; a mirrored copy says so before it has the value.
     bool cachedHashValueSet() const { return cachedHashValueSet_; }
+    /// 0 until one was set.
     U32 cachedHashValue() const { return cachedHashValue_; }
     /// Both publish a change, and nothing when there is none.
     void cachedHashValueSetIs(bool set) const;
@@ -55,6 +59,7 @@ public:
 
 private:
     Entity const & owner_;
+    // A function is constant to all who hold it, and the hash is none of its content.
     mutable bool cachedHashValueSet_ = false;
     mutable U32 cachedHashValue_ = 0;
 };
@@ -80,6 +85,7 @@ public:
     /// "and", "or" or "??".
     virtual String toStrep() const = 0;
     /// Whether a chain of this kind ends with that operand's result.
+    /// Asked of the operands in turn, so that those behind are not evaluated.
     virtual bool shouldShortCircuit(EvalResult const & result) const = 0;
     /// The chain's result from that of its last operand: unknown becomes false.
     virtual EvalResult maybeCastUnknownToFalse(EvalResult const & result) const;

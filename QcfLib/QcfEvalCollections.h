@@ -26,6 +26,8 @@ namespace Qcf::Eval {
 /// Values that a container or a scratch buffer holds without a heap block.
 inline constexpr std::size_t inlineSetCapacity = 128;
 
+// Room inside for a usual route's values: a container that has been used needs no heap any more,
+// and a larger set keeps its heap block from route to route.
 using U64Buffer = boost::container::small_vector<U64, inlineSetCapacity>;
 using CommunityBuffer = boost::container::small_vector<Acl::CommunityValue, inlineSetCapacity>;
 
@@ -43,25 +45,32 @@ enum class ModifyFlag : U8 {
 /// about to change. An agent that lends a route's values spares a copy of every set that a function
 /// only reads.
 template <typename Buffer_>
+/// Changing the container ends the lending: it has values of its own from then on.
 class ValueVector : public PtrInterface {
 public:
     using Buffer = Buffer_;
     using Value = typename Buffer::value_type;
 
+    /// Empty.
     explicit ValueVector(ModifyFlag modifyFlag) : modifyFlag_(modifyFlag) {}
 
+    /// Who reads a set does not care; who edits one asks first.
     ModifyFlag modifyFlag() const { return modifyFlag_; }
+    /// For its owner alone: a set that others already see must not become `reuseOnWrite`.
     void modifyFlagIs(ModifyFlag modifyFlag) { modifyFlag_ = modifyFlag; }
 
     /// The values where they are; good until the container changes.
     std::span<Value const> view() const {
         return lent_.empty() ? std::span<Value const>(values_.data(), values_.size()) : lent_;
     }
+    /// Values there are.
     std::size_t count() const { return view().size(); }
     bool empty() const { return lent_.empty() && values_.empty(); }
+    /// `i` is below `count()`; front and back ask for one value at least. None of it is checked.
     Value const & at(std::size_t i) const { return view()[i]; }
     Value const & front() const { return view().front(); }
     Value const & back() const { return view().back(); }
+    /// In the container's order, which for sets is ascending.
     auto begin() const { return view().begin(); }
     auto end() const { return view().end(); }
 
@@ -73,6 +82,7 @@ public:
         }
         return values_;
     }
+    /// Storage stays for the next values.
     void clear() {
         values_.clear();
         lent_ = {};
@@ -81,6 +91,7 @@ public:
     /// Shows the values of somebody else in place of its own. They must be as this container's own
     /// would be, and stay unchanged until it is cleared or destroyed.
     void lend(std::span<Value const> values) { lent_ = values; }
+    /// Also false when no values were lent: an empty view lends nothing.
     bool isLent() const { return !lent_.empty(); }
 
     /// Speeds up membership in a large set; to be called once on a set that never changes again.
@@ -93,16 +104,20 @@ public:
     MembershipIndex const * index() const { return index_.get(); }
 
 private:
+    // Up to here a bisection does, without memory of its own.
     static constexpr std::size_t largeSet = 64;
 
     ModifyFlag modifyFlag_;
     std::span<Value const> lent_; ///< empty while the values are the container's own
     std::unique_ptr<MembershipIndex const> index_;
+    /// The container's own, stale while others are lent.
     Buffer values_;
 };
 
 /// A set of unsigned integers: ascending, without duplicates. `insert` appends unchecked; whoever
 /// fills a set appends in order, or calls `normalize` afterwards.
+/// Every operation below relies on the order and none checks it: a set that was filled in
+/// disorder and not normalized gives wrong answers.
 class U64SmallVector final : public ValueVector<U64Buffer> {
 public:
     using ValueVector::ValueVector;
@@ -114,17 +129,22 @@ public:
     void normalize();
     /// To be called when an operation has overwritten the values.
     void noteOverwritten() {}
+    /// By bisection, or by the index of a large constant.
     bool contains(U64 value) const;
 
     // Either operand may be null.
+    /// The same values; how they came and what flags the sets have does not count.
     static bool isEqual(U64SmallVector const * a, U64SmallVector const * b);
     /// `a` within `b`.
+    /// The empty set lies within every other.
     static bool isSubset(U64SmallVector const * a, U64SmallVector const * b);
     /// Whether they share a value.
+    /// Never true where one of them is empty.
     static bool hasAny(U64SmallVector const * a, U64SmallVector const * b);
     /// Union, difference and intersection: one of the operands itself where it is the answer, else
     /// the first operand overwritten where it is `reuseOnWrite` and the result is expected to fit
     /// `inlineSetCapacity`, else a new set; null when empty.
+    /// `scratch` is the context's buffer for values on their way; what it held is lost.
     static PtrConst<U64SmallVector> add(PtrConst<U64SmallVector> const & a,
                                         PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
     static PtrConst<U64SmallVector> remove(PtrConst<U64SmallVector> const & a,
@@ -134,6 +154,7 @@ public:
     /// The values in order, joined by ",".
     String toStrep() const;
 
+    // From a slab: a set that has to be new costs no general allocation.
     static void * operator new(std::size_t) { return Slab<U64SmallVector>::allocate(); }
     static void operator delete(void * memory) noexcept {
         Slab<U64SmallVector>::deallocate(memory);
@@ -141,6 +162,7 @@ public:
 };
 
 /// A list of unsigned integers in the order of insertion; duplicates are kept.
+/// The bounds of ranges are such lists, two in parallel, where order and repetition count.
 class U64UnsortedSmallVector final : public ValueVector<U64Buffer> {
 public:
     using ValueVector::ValueVector;
@@ -171,6 +193,7 @@ public:
     Acl::CommunityValue lbwValue() const {
         return lbwFollowsValues_ || isLent() ? lastLinkBandwidth() : lbwValue_;
     }
+    /// For whoever knows better than the values do.
     void lbwValueIs(Acl::CommunityValue const & lbwValue) {
         lbwValue_ = lbwValue;
         lbwFollowsValues_ = false;
@@ -192,10 +215,12 @@ public:
             lbwValue_ = value;
         }
     }
+    /// Sorts and drops duplicates; `lbwValue` stays what it was.
     void normalize();
     /// To be called when an operation has overwritten the values: `lbwValue` becomes the last one
     /// among them.
     void noteOverwritten() { lbwFollowsValues_ = true; }
+    /// By the whole value, its type included.
     bool contains(Acl::CommunityValue const & value) const;
 
     // As of U64SmallVector.
@@ -221,10 +246,12 @@ public:
 private:
     Acl::CommunityValue lastLinkBandwidth() const;
 
+    /// As it was inserted or set; of no meaning where it follows the values.
     Acl::CommunityValue lbwValue_;
     bool lbwFollowsValues_ = false; ///< it is the last one among the values, not yet looked up
 };
 
+// The same as the classes' own creators: an empty container.
 Ptr<U64SmallVector> u64SmallVectorFactory(ModifyFlag modifyFlag);
 Ptr<U64UnsortedSmallVector> u64UnsortedSmallVectorFactory(ModifyFlag modifyFlag);
 Ptr<CommunitySmallVector> communitySmallVectorFactory(ModifyFlag modifyFlag);

@@ -27,6 +27,7 @@ class Function;
 /// reset, and may be the very values that the agent lent. Whoever copies the pointer keeps the set
 /// alive, but not its values: those are to be copied if they are to last longer. A path handed to
 /// `asPathIs` belongs to the context: it is to be copied before that returns.
+/// Each thread has a context of its own; what contexts share are functions and external matchers.
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null: empty tables of lists, no result record, no policy context. The
@@ -100,10 +101,12 @@ public:
     /// Makes a frame current; the top-level frame only while no call is open.
     void stackFrameDataIs(StackFrameData_ * frame);
     /// Puts a call's frame in place, or null to make the top-level one current again.
+    /// Unchecked: a call restores with it what it found.
     void stackFrameDataFromCallerIs(StackFrameData_ * frame) { stackFrameDataFromCaller_ = frame; }
 
     /// The current frame's arguments of one type, in the order in which the caller pushed them;
     /// asserts that there are any. Good until the frame changes.
+    /// Whoever reads at a position checks it against their number.
     AetNodePtrArgumentVector const * aetNodePtrArgValues() const;
     BandwidthTypeArgumentVector const * bandwidthTypeArgValues() const;
     IntTypeArgumentVector const * intTypeArgValues() const;
@@ -114,31 +117,37 @@ public:
 
     /// Append to the current frame's log; a record whose key does not rise is dropped. Assert that
     /// logging is on.
+    /// Rising keys leave each node one record in a frame, however often it was walked.
     void addLogToList(Ptr<Debug::EvaluationLog> const & record);
     void log(U64 aetNodeKey, EvalResult const & result);
     void logFunctionCall(U64 aetNodeKey, EvalResult const & result,
                          Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
 
     /// As it was given to the constructor.
+    /// The engine never looks into it: it is there for the agent's own operations.
     Ptr<Routing::Policy::PolicyEvalContext> const & policyEvalContext() const {
         return policyEvalContext_;
     }
     /// Whether the function asked for the agent's own next hop; for the agent to read after `eval`.
     bool nextHopSetToSelf() const { return nextHopSetToSelf_; }
+    /// For the node that asks for it; cleared by the next reset.
     void nextHopSetToSelfIs(bool nextHopSetToSelf) { nextHopSetToSelf_ = nextHopSetToSelf; }
 
     /// Buffers lent to set operations; their storage stays from route to route.
+    /// One operation uses them at a time; what they hold afterwards is of no meaning.
     U64Buffer & intSetScratch() { return intSetScratch_; }
     CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
 
     /// Keeps a function alive until another is evaluated; if it stored values, which may be
     /// constants of its tree, until the reset that follows. Called by the outermost function.
+    /// Another route by the same function costs a comparison of two pointers.
     void evaluatedFunctionIs(Function const & function) {
         if (!isEvaluatedFunction(function)) {
             keepFunction(function);
         }
     }
     /// Whether it is the one that was evaluated last.
+    /// Then everything that a first evaluation has to see to was seen to.
     bool isEvaluatedFunction(Function const & function) const {
         return &function == currentFunction_;
     }
@@ -151,6 +160,7 @@ protected:
     void forgetRoute() {
         nextHopSetToSelf_ = false;
         stackFrameDataFromCaller_ = nullptr;
+        // Only a logged evaluation, or somebody who sets the frame, leaves anything there.
         if (stackFrameDataFromPOA_.touched()) [[unlikely]] {
             clearFrame();
         }
@@ -166,15 +176,20 @@ protected:
 private:
     friend struct TypeDataOf<EvalContext>;
 
+    /// Apart from what every route goes through; so is what follows.
     void keepFunction(Function const & function);
     void forgetEarlierFunctions();
     void clearFrame();
 
     Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext_;
+    /// Null while the outermost function runs. Frames of calls are the calls' own.
     StackFrameData_ * stackFrameDataFromCaller_ = nullptr;
+    /// The outermost function's frame, with its part of the log.
     StackFrameData_ stackFrameDataFromPOA_;
     bool nextHopSetToSelf_ = false;
+    /// The last of those that are kept; null while one is put in.
     Function const * currentFunction_ = nullptr;
+    /// More than one only where several were evaluated without a reset.
     boost::container::small_vector<PtrConst<Function>, 2> evaluatedFunctions_;
     U64Buffer intSetScratch_;
     CommunityBuffer communitySetScratch_;
@@ -182,6 +197,7 @@ private:
 
 /// The context that an EvalContextBase always is: nodes are handed the interface, and get at frame,
 /// log and store through this. Costs nothing.
+/// There is no check: no class derives from EvalContextBase but through EvalContext.
 inline EvalContext & evalContext(Ptr<EvalContextBase> const & context) {
     return static_cast<EvalContext &>(*context);
 }
@@ -190,6 +206,7 @@ inline EvalContext const & evalContext(Ptr<EvalContextBase const> const & contex
 }
 
 /// The scratch buffer for sets of that type.
+/// Chosen by the pointer's type, which may be null: templates over both sets need no names.
 inline U64Buffer & setScratch(EvalContext & context, U64SmallVector const * /*type*/) {
     return context.intSetScratch();
 }

@@ -27,6 +27,7 @@ public:
     LazySmallVector(PtrConst<Set> const & firstOperand, Buffer & scratch, std::size_t expectedSize)
         : firstOperand_(firstOperand), scratch_(scratch), expectedSize_(expectedSize) {}
 
+    /// In the order that the set is to have: nothing is sorted afterwards.
     void push_back(Value const & value) {
         if (target_ == nullptr) {
             chooseTarget();
@@ -43,16 +44,22 @@ public:
     }
 
 private:
+    /// Where the values gather, decided by the first of them: an empty result costs nothing.
     void chooseTarget();
+    /// Moves what gathered in the scratch buffer into the first operand.
     void copyBack();
 
     PtrConst<Set> const & firstOperand_;
     Buffer & scratch_;
+    /// The most values that can come; it decides whether the operand has room for them.
     std::size_t expectedSize_;
+    /// Null until a value came.
     Ptr<Set> result_;
+    /// The scratch buffer or the storage of the result; null until a value came.
     Buffer * target_ = nullptr;
 };
 
+// There are no other sets: the bodies stay in one source.
 extern template class LazySmallVector<U64SmallVector>;
 extern template class LazySmallVector<U64UnsortedSmallVector>;
 extern template class LazySmallVector<CommunitySmallVector>;
@@ -68,6 +75,7 @@ public:
                                          Acl::CommunityValue const & linkBandwidth)
         : values_(firstOperand, scratch, expectedSize), linkBandwidth_(linkBandwidth) {}
 
+    /// Ascending, as the values of both operands come.
     void push_back(Acl::CommunityValue const & value) {
         U16 const type = value.extendedCommunityTypeAndSubType();
         if (type >= Acl::CommunityValue::linkBandwidthTypeAndSubType) {
@@ -79,9 +87,11 @@ public:
     }
 
     /// The finished set, which holds the link bandwidth at least. To be called once.
+    /// Its `lbwValue` is the new one.
     PtrConst<CommunitySmallVector> get();
 
 private:
+    /// Once, before the first value that does not stand below it, or at the end.
     void insertLinkBandwidth() {
         if (!inserted_) {
             values_.push_back(linkBandwidth_);

@@ -10,8 +10,9 @@
 #include <boost/container/small_vector.hpp>
 
 namespace Qcf {
+// Texts of frames name nodes of a store; nothing else here needs one.
 class AetCollections;
-}
+} // namespace Qcf
 
 namespace Qcf::Eval {
 
@@ -23,6 +24,7 @@ class PrefixList;
 class TriStateBool;
 
 /// Arguments of one type that a container holds without a heap block.
+/// More are possible and cost a heap block, which goes with the container.
 inline constexpr std::size_t inlineArgumentCapacity = 16;
 
 template <typename Value>
@@ -48,6 +50,7 @@ public:
     // Written out: where it is not, `new` clears the room for the values, too.
     ArgumentContainer() noexcept {} // NOLINT(modernize-use-equals-default)
 
+    /// By position; a parameter that is not there is for its reader to notice.
     Vector values;
 
     static void * operator new(std::size_t) { return Slab<ArgumentContainer>::allocate(); }
@@ -56,6 +59,7 @@ public:
     }
 };
 
+// The names under which reflection shows them.
 using AetNodePtrArgContainer = ArgumentContainer<AetNodePtrArgumentVector>;
 using BandwidthTypeArgContainer = ArgumentContainer<BandwidthTypeArgumentVector>;
 using IntTypeArgContainer = ArgumentContainer<IntTypeArgumentVector>;
@@ -122,17 +126,21 @@ public:
     }
 
     /// Evaluate a value in the caller's frame and append it. The container is made by the first.
+    /// An integer's magnitude is asked for before its sign, once each.
     void pushIntTypeArgToStack(Ptr<EvalContextBase> const & context, Int const & node);
     void pushBandwidthTypeArgToStack(Ptr<EvalContextBase> const & context, Bandwidth const & node);
+    /// The list's own matcher, whatever the family: candidates are known to the callee alone.
     void pushPrefixListTypeArgToStack(Ptr<EvalContextBase> const & context,
                                       PrefixList const & node);
     void pushTriStateBoolTypeArgToStack(Ptr<EvalContextBase> const & context,
                                         TriStateBool const & node);
     /// Append a value as it is.
+    /// For who has the value already.
     void pushInt(S128 const & value);
     void pushBandwidth(F32 value);
     void pushTriStateBool(TriStateBoolValue value);
     /// Appends the node itself; nothing is evaluated.
+    /// The node must outlive the frame; the callee reads it when it asks.
     void pushAetNodePtrArgToStack(StorageType const & node);
 
     // A frame as a value.
@@ -143,6 +151,7 @@ public:
     explicit operator bool() const;
     /// Equal when every container holds equal values, bandwidths by their bits, and the logs are
     /// the same objects.
+    /// Nodes and prefix lists are compared as objects.
     bool isEq(StackFrameData_ const & other) const;
     bool operator==(StackFrameData_ const & other) const { return isEq(other); }
 
@@ -150,6 +159,7 @@ private:
     template <typename Container, typename Value>
     void push(Ptr<Container> & container, Value const & value);
 
+    // What is not in use is a null pointer: most frames are made and let go of untouched.
     Ptr<AetNodePtrArgContainer> aetNodePtrs_;
     Ptr<BandwidthTypeArgContainer> bandwidths_;
     Ptr<IntTypeArgContainer> ints_;
@@ -157,6 +167,7 @@ private:
     Ptr<TriStateBoolTypeArgContainer> triStateBools_;
     PtrConst<Debug::EvaluationLog> logHead_;
     Ptr<Debug::EvaluationLog> logCurrent_;
+    /// Stays true when something is set to null again.
     bool touched_ = false;
 };
 

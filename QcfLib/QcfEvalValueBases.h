@@ -10,9 +10,8 @@
 /// attributes that can be written. Operators never care whether an operand is a constant, an
 /// argument or a route attribute.
 ///
-///     U64 const value = node.lhs()->getVal(context);      // Int: asks the agent, or what was
-///     written node.lhs()->setVal(value + 1, context);             // IntModifiable: into the
-///     context
+///     U64 const value = node.lhs()->getVal(context); // Int: as the agent or the function has it
+///     node.lhs()->setVal(value + 1, context);        // IntModifiable: into the context
 ///
 /// Values are read by the thread that owns the context. Each read of a scalar attribute asks the
 /// agent again, unless the function wrote it; sets and paths are fetched once a route. Reading an
@@ -26,8 +25,10 @@ public:
     /// Where a plan reads it; without an accessor for constants, arguments and derived values.
     virtual IntSource source() const { return {}; }
     /// The magnitude.
+    /// Of an attribute that the function wrote: the new value.
     virtual U64 getVal(Ptr<EvalContextBase const> const & context) const = 0;
     /// A value of this node that was read elsewhere; asserts what getVal does.
+    /// For plans, which read past the node.
     virtual U64 checkedVal(U64 value) const { return value; }
     /// Sign; only constants and arguments can be negative. A negative zero is zero.
     virtual bool negative(Ptr<EvalContextBase const> const & context) const;
@@ -51,19 +52,23 @@ public:
     virtual U64 defaultValue() const { return min(); }
     /// Stores the value in the context, to be written back if the function accepts. Asserts that it
     /// is in range, or the default value.
+    /// Writing the value that the attribute has already counts as a change all the same.
     virtual void setVal(U64 value, Ptr<EvalContextBase> const & context) const = 0;
 };
 
 /// A bandwidth in bits per second. NaN is possible, and makes every comparison false.
+/// A float as the protocol carries it: large values are rounded.
 class Bandwidth : public StorageType {
 public:
     using StorageType::StorageType;
     virtual F32 getVal(Ptr<EvalContextBase const> const & context) const = 0;
+    /// As a bandwidth, which only a parameter of that type finds.
     void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                             StackFrameDataBase_ * frame) const override;
 };
 
 /// True, false or unknown.
+/// As a parameter it is an argument type of its own; as a statement it stands in an expression.
 class TriStateBool : public StorageType {
 public:
     using StorageType::StorageType;
@@ -73,6 +78,7 @@ public:
 };
 
 /// A named prefix list.
+/// Constants name a list by its slot; a parameter gets what the caller's list was.
 class PrefixList : public StorageType {
 public:
     using StorageType::StorageType;
@@ -85,6 +91,7 @@ public:
 };
 
 /// An address of either family, or an unset one.
+/// An unset one is of no family; its version reads as 0.
 class IpAddress : public StorageType {
 public:
     using StorageType::StorageType;
@@ -92,6 +99,7 @@ public:
 };
 
 /// An address that can be written: the next hop.
+/// Nothing is asserted of the value: whether its family fits the route is for the agent to see.
 class IpAddressModifiable : public IpAddress {
 public:
     using IpAddress::IpAddress;
@@ -129,6 +137,7 @@ public:
 };
 
 /// The RIBs in which next hops are resolved, in order.
+/// Handed out by value.
 class ResolutionRibs : public StorageType {
 public:
     using StorageType::StorageType;
@@ -145,6 +154,7 @@ public:
 };
 
 /// One community: a constant, or computed while a function runs.
+/// Standard ones are integers; these are extended or large.
 class CommunityValue : public StorageType {
 public:
     using StorageType::StorageType;
@@ -152,6 +162,7 @@ public:
 };
 
 /// An AS path. The container belongs to the context and is lent for the evaluation.
+/// Null counts as the empty path.
 class AsPath : public StorageType {
 public:
     using StorageType::StorageType;
@@ -164,6 +175,7 @@ class AsPathModifiable : public AsPath {
 public:
     using AsPath::AsPath;
     /// The copy that operators change in place before they store it with setVal.
+    /// Fetched apart from the path as it came, which stays readable by the input twin.
     virtual Routing::Bgp::AspathContainerFromExisting *
     getValModifiable(Ptr<EvalContextBase const> const & context) const = 0;
     virtual void setVal(Routing::Bgp::AspathContainerFromExisting * value,
@@ -174,12 +186,14 @@ public:
 /// until the attribute is written or the context is reset, and puts a set that had to be built for
 /// this call into `fresh`. Null and empty both mean the empty set.
 template <typename Set_>
+/// Nothing is counted on the way: counts of constants are shared by threads.
 class SetStorage : public StorageType {
 public:
     using Set = Set_;
     using StorageType::StorageType;
     /// Where a plan reads it; without an accessor for literals.
     virtual SetSource<Set> source() const { return {}; }
+    /// `fresh` is null before; who asked keeps it until done with the answer.
     virtual Set const * lendVal(Ptr<EvalContextBase const> const & context,
                                 PtrConst<Set> & fresh) const = 0;
     /// The same, counted.
@@ -205,6 +219,7 @@ public:
                         Ptr<EvalContextBase> const & context) const = 0;
     /// The same for a set that lives until the context's next reset without being held here: one of
     /// its cached inputs, or a constant of the function that it evaluates.
+    /// Costs no count where the attribute's class overrides it.
     virtual void lentValIs(U64SmallVector const * value,
                            Ptr<EvalContextBase> const & context) const {
         setVal(PtrConst<U64SmallVector>(value), context);

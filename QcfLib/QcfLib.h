@@ -76,6 +76,7 @@ public:
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const;
 
 private:
+    /// Tells of an attribute by its name.
     void publish(char const * attribute);
     void publishAet(String const & name, Notification::Kind kind);
 

@@ -15,6 +15,7 @@
 namespace Qcf::Eval {
 
 /// A tree that lets `return` stand in an operand's place is malformed.
+/// An `exit` passes: it unwinds everything anyway.
 inline void assertNoReturn(EvalResult const & result) {
     QCF_ASSERT_TEXT(result.termination() != TerminationFlag::returnToCaller, "false");
 }
@@ -22,6 +23,7 @@ inline void assertNoReturn(EvalResult const & result) {
 /// Whether a value is one of the singletons or lies in one of the closed ranges that the two lists
 /// bound in parallel. Null means none. Asserts that the bounds are both null, or of equal length
 /// and not empty.
+/// Singletons are looked up first; ranges are tried one by one, in their order, ends included.
 template <typename Value>
 bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singletons,
                                    U64UnsortedSmallVector const * lowerBoundsOfRanges,
@@ -36,6 +38,10 @@ extern template bool containedInSingletonsOrRanges(U32, U64SmallVector const *,
 
 /// Singletons and ranges as an operator's nodes give them, read once; any node may be null. Lives
 /// within one evaluation: what it holds was lent.
+///
+///     LentRanges const ranges(singletons, lowerBounds, upperBounds, context);
+///     return EvalResult::fromBool(ranges.contain(value));
+///
 class LentRanges {
 public:
     LentRanges(IntSetImmediate const * singletons, IntListImmediate const * lowerBounds,
@@ -45,11 +51,13 @@ public:
           upperBounds_(upperBounds ? upperBounds->lendVal(context, freshUpper_) : nullptr) {}
 
     template <typename Value>
+    /// May be asked for any number of values.
     bool contain(Value value) const {
         return containedInSingletonsOrRanges(value, singletons_, lowerBounds_, upperBounds_);
     }
 
 private:
+    // Hold what had to be built for this evaluation; null where constants were lent.
     PtrConst<U64SmallVector> freshSingletons_;
     PtrConst<U64UnsortedSmallVector> freshLower_;
     PtrConst<U64UnsortedSmallVector> freshUpper_;
@@ -61,6 +69,8 @@ private:
 /// Integer argument `index` of the running function as an unsigned IntType. Asserts that integer
 /// arguments were passed and that the value fits; throws std::out_of_range on an index that no
 /// argument has.
+/// An index that is too large comes from a malformed function, and the exception passes through the
+/// evaluation to the agent.
 template <typename IntType>
 IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::size_t index) {
     auto const * const argValues = evalContext(context).intTypeArgValues();
@@ -77,11 +87,13 @@ IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::siz
 
 /// What an attribute may hold: the smallest value is asked for first, then the largest. Only
 /// assignment asks for the default value, too.
+/// Its default value is of no meaning.
 inline IntRange boundsOf(IntModifiable const & target) {
     U64 const min = target.min();
     U64 const max = target.max();
     return {min, max, min};
 }
+/// Asks three times; for assignments alone.
 inline IntRange rangeOf(IntModifiable const & target) {
     IntRange range = boundsOf(target);
     range.defaultValue = target.defaultValue();
@@ -90,6 +102,7 @@ inline IntRange rangeOf(IntModifiable const & target) {
 
 // What the arithmetic operators write for a current value and an operand. They never fail: a result
 // outside the range becomes its nearer end, and one that does not fit 64 bits lies outside.
+/// Adding a negative operand subtracts its magnitude, which cannot overflow on the way.
 inline U64 sumWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
                                       : range.sum(current, operand.magnitude);
@@ -98,8 +111,10 @@ inline U64 differenceWithin(IntRange const & range, U64 current, SignedMagnitude
     return operand.strictlyNegative() ? range.sum(current, operand.magnitude)
                                       : range.difference(current, operand.magnitude);
 }
+/// A negative product is the smallest value.
 U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand);
 /// The default value may be assigned even where it lies outside the range.
+/// A negative one is the smallest value, as for differences.
 inline U64 valueWithin(IntRange const & range, SignedMagnitude operand) {
     if (operand.strictlyNegative()) {
         return range.min;
@@ -110,6 +125,7 @@ inline U64 valueWithin(IntRange const & range, SignedMagnitude operand) {
 
 // The operators' whole work: read, compute, write once. An agent sees the reads in the order in
 // which they stand: bounds, current value, operand, and then the write.
+/// The current value is not read: assigning is no reason to ask the agent.
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context);
 void addWithinRange(IntModifiable const & target, Int const & operand,
@@ -121,6 +137,7 @@ void multiplyWithinRange(IntModifiable const & target, Int const & operand,
 
 // The sanity of an operator that names a list: its index must be the slot that the metadata gives
 // the list's name, and not 0. `className` is what the trace calls the operator.
+// False, and traced at level 2 with both numbers, where it is not; nobody is stopped by it.
 bool verifyCommListSanity(String const & listName, char const * className,
                           FunctionMetadata const & metadata, U16 index);
 bool verifyExtCommListSanity(String const & listName, char const * className,

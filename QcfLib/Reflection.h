@@ -27,10 +27,12 @@
 namespace Qcf {
 
 /// The records of all types below; those of node classes are in Eval::nodeClasses().
+/// In the order of the list, and complete: a type without a record does not link.
 std::span<TypeData const * const> reflectedTypes();
 
 /// The record of a type or of a node class by its qualified name, "Qcf::Eval::EvalResult"; null
 /// when there is none.
+/// Tables are built by the first call; any thread may ask.
 TypeData const * findType(std::string_view qualifiedName);
 
 } // namespace Qcf
@@ -74,6 +76,7 @@ TypeData const * findType(std::string_view qualifiedName);
     APPLY(Qcf::Eval::U64SmallVector)                                                               \
     APPLY(Qcf::Eval::U64UnsortedSmallVector)
 
+// The types are declared by their own headers; only here are their records.
 #define QCF_REFLECTED(Type)                                                                        \
     template <>                                                                                    \
     struct TypeDataOf<Type> {                                                                      \

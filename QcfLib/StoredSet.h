@@ -18,6 +18,8 @@ namespace Qcf::Eval {
 /// borrowed: it is not counted here, so that storing it writes to no memory that threads share.
 /// Its own count is true all the same: whoever copies `ptr()` keeps the set alive.
 template <typename Set>
+/// Readers cannot tell which way a set is held. What is borrowed is the borrower's to get right:
+/// whoever lends outlives the next reset, or `settle` is called before it goes.
 class StoredSet {
 public:
     StoredSet() = default;
@@ -36,6 +38,7 @@ public:
         return *this;
     }
     /// Stores a set that outlives its being stored here.
+    /// One that is owned here already stays owned.
     void borrow(Set const * set) {
         show(set);
         if (owned_ && owned_.get() != set) {
@@ -43,7 +46,9 @@ public:
         }
     }
     /// Counts a set that was borrowed, for when its owner may go first.
+    /// Costs a count; does nothing for a set that is owned.
     void settle() { owned_ = shown_; }
+    /// Back to the empty set; lets go of what was owned.
     void clear() { borrow(nullptr); }
 
     /// Whether it keeps this very set alive.
@@ -56,6 +61,7 @@ public:
     PtrConst<Set> const & ptr() const { return shown_; }
     operator PtrConst<Set> const &() const { return shown_; } // NOLINT(google-explicit-constructor)
 
+    // By identity, as pointers compare; equal sets may be different objects.
     friend bool operator==(StoredSet const & stored, std::nullptr_t) { return !stored.shown_; }
     template <typename Other>
     friend bool operator==(StoredSet const & stored, Ptr<Other> const & other) {
@@ -63,6 +69,7 @@ public:
     }
 
 private:
+    /// Puts a set in front without counting it, and takes the last one away without giving it back.
     void show(Set const * set) {
         static_cast<void>(shown_.release());
         shown_ = PtrConst<Set>::adopt(set);

@@ -14,6 +14,7 @@ namespace Qcf::Eval {
 
 /// The deepest tree that is accepted from outside: nodes above each other, through references and
 /// calls; the links of chains do not count.
+/// Whoever reads a document refuses what is deeper, with an error.
 inline constexpr U32 maximumTreeDepth = 2048;
 
 /// The deepest tree that is walked at all. Whoever builds trees by the creators may go deeper than
@@ -39,7 +40,9 @@ struct TreeFacts {
     bool looksIntoFrame = false;
 
     /// The facts of a node of those effects over children of these facts.
+    /// Costs a step a child, once, in the constructor; nodes are immutable, so that it stays true.
     static constexpr TreeFacts over(NodeEffects own, std::initializer_list<TreeFacts> children) {
+        // Shared nodes multiply: the numbers of a small document can be beyond every word.
         constexpr U64 largestSize = std::numeric_limits<U32>::max();
         constexpr U32 largestDepth = std::numeric_limits<U16>::max();
         U64 size = 1;
@@ -58,6 +61,7 @@ struct TreeFacts {
     }
 
     /// Of an absent child.
+    /// No node and no level, and nothing done.
     static constexpr TreeFacts none() { return {0, 0, true, false}; }
 };
 

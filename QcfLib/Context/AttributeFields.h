@@ -9,6 +9,7 @@ namespace Qcf::Eval {
 
 using Cache = QcfEvalContextCacheGenerated;
 
+/// What of a value is shown: itself, or for a stored set the pointer that readers get.
 template <typename Value>
 Value const & shown(Value const & value) {
     return value;
@@ -22,6 +23,7 @@ inline bool shown(Routing::Bgp::AspathContainerFromExisting * const & path) {
     return path != nullptr;
 }
 
+/// A field of the content, whether it counts at present or not.
 template <auto stored>
 constexpr FieldInfo storedField(char const * name, char const * type) {
     return fieldOf<AttributeContent, [](AttributeContent const & content) {
@@ -31,18 +33,21 @@ constexpr FieldInfo storedField(char const * name, char const * type) {
 
 /// Empty unless it is populated.
 template <Cache::Input input, auto slot>
+/// A set that is not populated still holds the values of another route.
 constexpr FieldInfo cachedField(char const * name, char const * type) {
     return fieldOf<Cache, [](Cache const & cache) {
         return cache.isPopulated(input) ? valueText::of(cache.*slot) : String();
     }>(name, type);
 }
 template <Cache::Input input>
+/// Tells an empty set from one that nobody asked for.
 constexpr FieldInfo populatedField(char const * name) {
     return fieldOf<Cache, [](Cache const & cache) { return cache.isPopulated(input); }>(name,
                                                                                         "bool");
 }
 
 template <ModifiableAttribute attribute>
+/// The flag decides whether the content's field counts.
 constexpr FieldInfo modifiedField(char const * name) {
     return fieldOf<GeneratedEvalContext, [](GeneratedEvalContext const & context) {
         return context.isModified(attribute);

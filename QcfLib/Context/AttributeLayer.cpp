@@ -4,11 +4,14 @@
 
 #include <bit>
 
+/// What the attribute layer does seldom: making and detaching its parts, and calling write-backs.
+/// What every route goes through is in the header.
 namespace Qcf::Eval {
 
 AttributeLayer::AttributeLayer(PtrConst<ExternalMatchersBase> externalMatchers,
                                Routing::Policy::Result_ * result)
     : EvalContextBase(std::move(externalMatchers), result) {
+    // Here, so that a context that was not taken apart always has both.
     attributeContentIs();
     cacheIs();
 }
@@ -38,6 +41,7 @@ Ptr<QcfEvalContextCacheGenerated> const & AttributeLayer::cacheIs() {
 
 Ptr<QcfEvalContextCacheGenerated> AttributeLayer::cacheDel() {
     if (attributeContent_) {
+        // Stored sets may be cached inputs, which leave with the cache.
         attributeContent_->settleSets();
     }
     return std::move(cache_);
@@ -47,9 +51,11 @@ Ptr<QcfEvalContextCacheGenerated> AttributeLayer::cacheDel() {
 void AttributeLayer::releaseModifiedSets() { attributeContent_->releaseSets(modifiedFlags_); }
 
 void AttributeLayer::writeBack() {
+    // Not in the constructor: there the object is not yet of the agent's class.
     if (overriddenWriteBacks_ == ~U32{0}) [[unlikely]] {
         overriddenWriteBacks_ = findOverriddenWriteBacks();
     }
+    // From the lowest bit: the order of the flags is the order in which agents are told.
     for (U32 pending = modifiedFlags_ & overriddenWriteBacks_; pending != 0;
          pending &= pending - 1) {
         writeBacks[std::countr_zero(pending)](*this, *attributeContent_);

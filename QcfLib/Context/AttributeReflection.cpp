@@ -26,6 +26,7 @@ TypeData const & QcfEvalContextCacheGenerated::typeData() const {
 
 TypeData const & TypeDataOf<GeneratedEvalContext>::get() {
     using Context = GeneratedEvalContext;
+    // Three of its own, and then a flag for each modifiable attribute, which are generated.
     static std::vector<FieldInfo> const fields = [] {
         std::vector<FieldInfo> all = {
             fieldOf<Context, &Context::attributeContent_>("attributeContent",
@@ -44,6 +45,7 @@ TypeData const & GeneratedEvalContext::typeData() const {
     return TypeDataOf<GeneratedEvalContext>::get();
 }
 
+// Names and numbers are generated with the enumerations.
 TypeData const & TypeDataOf<ModifiableAttribute>::get() {
     static TypeData const data =
         enumRecord("Qcf::Eval", "ModifiableAttribute", modifiableAttributes);

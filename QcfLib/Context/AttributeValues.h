@@ -6,15 +6,18 @@
 /// How attribute classes read, check and derive their values. Private to the generated catalogue.
 namespace Qcf::Eval::Attribute {
 
+/// Values are read through a constant context; fetching into the cache is none of its content.
 using Context = Ptr<EvalContextBase const> const &;
 
 /// What the context's operation yields.
 template <auto operation>
+/// By member pointer, so that one template serves all attributes.
 auto input(Context context) {
     return (evalContext(context).*operation)();
 }
 
 template <typename Value>
+/// What nodes hand out: scalars as they are, sets uncounted.
 Value plain(Value const & value) {
     return value;
 }
@@ -32,6 +35,8 @@ auto current(Context context) -> decltype(plain(std::declval<AttributeContent>()
 
 /// A modifiable integer, asserted to be in its attribute's range.
 template <typename Attribute>
+/// The bounds are asked without dispatch: the class is known here. An agent's value outside them is
+/// misuse of the context, and ends the process.
 U64 valueInRange(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
@@ -41,6 +46,7 @@ U64 valueInRange(Attribute const & attribute, U64 val) {
 
 /// The same for an attribute whose default value lies outside its range.
 template <typename Attribute>
+/// The text is the expression as it stands, which callers' tools know.
 U64 valueOrDefault(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
@@ -52,6 +58,7 @@ U64 valueOrDefault(Attribute const & attribute, U64 val) {
 
 /// Number of elements; 0 for null.
 template <typename Set>
+/// The derived attributes take the context, needed or not, so that they are called alike.
 U64 count(Set const * set, Context /*context*/) {
     return set == nullptr ? 0 : set->count();
 }
@@ -71,10 +78,12 @@ inline U64 pathLength(Path const * path, Context /*context*/) {
     return path == nullptr ? 0 : static_cast<U16>(Routing::Bgp::pathLength(*path));
 }
 
+/// 0 where the path names none.
 inline U64 lastAs(Path const * path, Context /*context*/) {
     return path == nullptr ? 0 : Routing::Bgp::lastAs(*path);
 }
 
+/// 0 where the origin cannot be told. A null path is asked about as an empty one.
 inline U64 originAs(Path const * path, Context context) {
     bool known = false;
     Path const empty;

@@ -17,6 +17,7 @@ constexpr FieldInfo tableOf(char const * name, char const * type) {
 }
 
 template <typename Names>
+// As one word; the texts of single flags are the set's own text form.
 TypeData const & flagSetRecord(char const * name) {
     static constexpr FieldInfo fields[] = {
         fieldOf<FlagSet<Names>, &FlagSet<Names>::value>("value", "U64")};
@@ -48,6 +49,7 @@ TypeData const & TypeDataOf<AccessibleAttributes>::get() {
 TypeData const & TypeDataOf<ExternalMatchersBase>::get() {
     using Matchers = ExternalMatchersBase;
     static constexpr FieldInfo fields[] = {
+        // Entries are the agent's and have no record here.
         tableOf<&Matchers::commLists>("commLists", "StandardCommListStatus"),
         tableOf<&Matchers::extCommLists>("extCommLists", "ExtCommListStatus"),
         tableOf<&Matchers::largeCommLists>("largeCommLists", "LargeCommListStatus"),
@@ -84,6 +86,7 @@ TypeData const & TypeDataOf<EvalContext>::get() {
     static constexpr FieldInfo fields[] = {
         fieldOf<Context, &Context::policyEvalContext>("policyEvalContext",
                                                       "Ptr<Routing::Policy::PolicyEvalContext>"),
+        // The frames as they are, without the check of the call depth that evaluation makes.
         fieldOf<Context, &Context::stackFrameDataFromCaller_>("stackFrameDataFromCaller",
                                                               "StackFrameData_ *"),
         fieldOf<Context, &Context::stackFrameDataFromPOA_>("stackFrameDataFromPOA",

@@ -10,6 +10,7 @@ bool EvalContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExistin
 }
 bool EvalContext::matchRoaTable(U32 /*slot*/, U32 /*state*/) const { return false; }
 
+// One body for all kinds of lists: the operations differ by type alone.
 #define QCF_DEFAULT_MATCH(Operation, Set, Status)                                                  \
     bool EvalContext::Operation(PtrConst<Set> const &, PtrConst<Status> const &) const {           \
         return false;                                                                              \
@@ -22,6 +23,7 @@ QCF_DEFAULT_MATCH(matchLargeCommList, CommunitySmallVector, LargeCommListStatus)
 QCF_DEFAULT_MATCH(matchExactLargeCommList, CommunitySmallVector, LargeCommListStatus)
 #undef QCF_DEFAULT_MATCH
 
+// Null is the empty set.
 #define QCF_DEFAULT_ASSIGN(Operation, Set, Status)                                                 \
     Ptr<Set> EvalContext::Operation(PtrConst<Status> const &) { return nullptr; }
 QCF_DEFAULT_ASSIGN(commAssignCommList, U64SmallVector, CommListStatus)
@@ -29,6 +31,7 @@ QCF_DEFAULT_ASSIGN(extCommAssignExtCommList, CommunitySmallVector, ExtCommListSt
 QCF_DEFAULT_ASSIGN(largeCommAssignLargeCommList, CommunitySmallVector, LargeCommListStatus)
 #undef QCF_DEFAULT_ASSIGN
 
+// Also where there was a set: an edit by a list that is not there leaves none.
 #define QCF_DEFAULT_EDIT(Operation, Set, Status)                                                   \
     Ptr<Set> EvalContext::Operation(Ptr<Set> const &, PtrConst<Status> const &) { return nullptr; }
 QCF_DEFAULT_EDIT(commAddCommList, U64SmallVector, CommListStatus)

@@ -9,6 +9,7 @@ using namespace Qcf::Eval;
 namespace {
 
 template <typename Container>
+// The five containers differ in the type of their values alone.
 TypeData const & argumentRecord(char const * name, char const * type) {
     static FieldInfo const fields[] = {fieldOf<Container, &Container::values>("values", type)};
     static TypeData const data = typeRecord(TypeData::Kind::object, "Qcf::Eval", name, "", fields);
@@ -38,6 +39,7 @@ TypeData const & TypeDataOf<TriStateBoolTypeArgContainer>::get() {
 }
 
 TypeData const & TypeDataOf<StackFrameData_>::get() {
+    // A container that is null is shown as such: nothing of that type was passed.
     using Frame = StackFrameData_;
     static constexpr FieldInfo fields[] = {
         fieldOf<Frame, &Frame::aetNodePtrArgContainer>("aetNodePtrArgContainer",

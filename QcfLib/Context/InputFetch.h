@@ -6,6 +6,8 @@
 /// How cached inputs are fetched. Private to the attribute layer's sources.
 namespace Qcf::Eval {
 
+/// The container is kept from route to route, so that fetching allocates nothing once it has the
+/// room. Operations that the agent did not override are not called: the set is empty then.
 template <typename Set>
 Set * AttributeLayer::fetchSet(Input input, Ptr<Set> Cache::*slot, ModifyFlag modifyFlag,
                                void (AttributeOperations::*populate)(Ptr<Set> const &)
@@ -24,6 +26,7 @@ Set * AttributeLayer::fetchSet(Input input, Ptr<Set> Cache::*slot, ModifyFlag mo
     return set.get();
 }
 
+/// A path has no such test: its default operation leaves it empty, and costs a call.
 inline AttributeLayer::Path * AttributeLayer::fetchedPath(Input input, Path Cache::*slot) const {
     Path & path = cache().*slot;
     if (!cache().isPopulated(input)) {

@@ -3,6 +3,8 @@
 #include "Platform/Render/NonBlockingCliTxnBuffer.h"
 #include "Platform/Render/RendererV2.h"
 
+/// The debug log's records and their text as JSON. What is logged when is decided by the context
+/// and the walk.
 namespace Qcf::Debug {
 
 EvaluationLog::EvaluationLog(U64 aetNodeKey, Eval::EvalResult const & result,
@@ -11,6 +13,7 @@ EvaluationLog::EvaluationLog(U64 aetNodeKey, Eval::EvalResult const & result,
 
 EvaluationLog::~EvaluationLog() {
     // A chain may be long: let go of it link by link.
+    // Where somebody else holds a link, the rest is theirs.
     while (nextLog_ && nextLog_->refCount() == 1) {
         Ptr<EvaluationLog> behind = std::move(nextLog_->nextLog_);
         nextLog_ = std::move(behind);
@@ -30,12 +33,14 @@ evaluationLogFactory(U64 aetNodeKey, Eval::EvalResult const & result,
 
 void EvaluationLog::toJsonImpl(RendererV2 * renderer) const {
     renderer->beginObject();
+    // Names and order are a settled form.
     renderer->key("aetNodeKey");
     renderer->value(aetNodeKey_);
     renderer->key("result");
     renderer->value(Eval::toString(result_.retVal()));
     renderer->key("termination");
     renderer->value(Eval::toString(result_.termination()));
+    // Left out where nothing was called, or the callee logged nothing.
     if (functionCallLog_) {
         renderer->key("functionCallLog");
         renderer->beginObject();
@@ -55,6 +60,7 @@ void EvaluationLog::toJson(RendererV2 * renderer) const {
 }
 
 void EvaluationLog::toJsonOnFd(unsigned fd) const {
+    // The renderer has to end before its text is complete.
     NonBlockingCliTxnBuffer buffer;
     {
         RendererV2 renderer(buffer);

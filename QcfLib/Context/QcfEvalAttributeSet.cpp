@@ -4,11 +4,13 @@
 #include <ostream>
 #include <sstream>
 
+/// The text form of sets of attributes, read and written. The flags themselves are generated.
 namespace Qcf::Eval {
 
 namespace {
 
 /// The flags that can be modified, by bit, as positions in attributeFlags.
+// Found out while compiling, so that it is there whenever a name is asked for.
 constexpr auto modifiableFlags = [] {
     std::array<std::size_t, modifiableAttributeSetWidth> positions{};
     for (std::size_t i = 0; i < attributeFlags.size(); ++i) {
@@ -25,6 +27,7 @@ void skipBlanks(CharRange & text) {
     }
 }
 
+// Blanks before a token never matter.
 bool consume(CharRange & text, std::string_view token) {
     skipBlanks(text);
     if (!text.view().starts_with(token)) {
@@ -36,12 +39,14 @@ bool consume(CharRange & text, std::string_view token) {
 
 void expect(CharRange & text, std::string_view token) {
     if (!consume(text, token)) {
+        // The text may be long, an error names where it went wrong.
         throw ParseError(token, text.view().substr(0, 20));
     }
 }
 
 std::string_view quoted(CharRange & text) {
     expect(text, "'");
+    // No flag has a quote in its name: there is no escape.
     auto const end = text.view().find('\'');
     if (end == std::string_view::npos) {
         throw ParseError("a closing quote", text.view().substr(0, 20));
@@ -52,6 +57,7 @@ std::string_view quoted(CharRange & text) {
 }
 
 bool readBool(CharRange & text) {
+    // The first two are what is written.
     static constexpr std::pair<std::string_view, bool> spellings[] = {
         {"True", true},   {"False", false}, {"true", true},
         {"false", false}, {"1", true},      {"0", false}};
@@ -72,6 +78,7 @@ char const * ModifiableAttributeSetNames::name(std::size_t bit) {
 
 template <typename Names>
 FlagSet<Names>::FlagSet(U64 bits) : bits_(bits) {
+    // A bit that has no name could not be written as text.
     if ((bits >> width) != 0) {
         throw std::out_of_range(String(Names::type) + " has " + std::to_string(width) + " flags, " +
                                 std::to_string(bits) + " sets others");
@@ -93,6 +100,7 @@ FlagSet<Names>::FlagSet(CharRange & text) {
     expect(text, ",");
     expect(text, "**");
     expect(text, "{");
+    // In any order; of a flag that comes twice the last value holds.
     for (bool first = true; !consume(text, "}"); first = false) {
         if (!first) {
             expect(text, ",");
@@ -121,6 +129,7 @@ FlagSet<Names> FlagSet<Names>::strepToValue(String const & text) {
 
 template <typename Names>
 std::size_t FlagSet<Names>::bitOf(std::string_view name) {
+    // A few dozen names: no table is worth its making.
     std::size_t bit = 0;
     while (bit < width && name != Names::name(bit)) {
         ++bit;
@@ -131,6 +140,7 @@ std::size_t FlagSet<Names>::bitOf(std::string_view name) {
 template <typename Names>
 std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set) {
     out << "Value('" << Names::type << "', ** {";
+    // Every flag, set or not: texts of one kind of set can be compared line by line.
     for (std::size_t bit = 0; bit < Names::width; ++bit) {
         out << (bit == 0 ? "'" : ", '") << Names::name(bit)
             << "': " << (set.contains(bit) ? "True" : "False");
@@ -155,6 +165,7 @@ String AccessibleAttributes::toStrep() const {
     std::ostringstream out;
     for (std::size_t bit = 0; bit < attributeSetWidth; ++bit) {
         auto const & flag = attributeFlags[bit];
+        // An attribute that cannot be modified has no bit to ask for.
         bool const write = flag.writeBit >= 0 &&
                            writableAttributes.contains(static_cast<std::size_t>(flag.writeBit));
         formatReadWriteAttributeFlag(out, flag.languageName, readableAttributes.contains(bit),

@@ -3,10 +3,13 @@
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEval.h"
 
+/// What the context has beyond attributes: which functions it keeps alive, whose frame is current,
+/// and the log. What an agent overrides is in EvalContextDefaults.cpp.
 namespace Qcf::Eval {
 
 EvalContextBase::EvalContextBase(PtrConst<ExternalMatchersBase> externalMatchers,
                                  Routing::Policy::Result_ * result)
+    // Never null from here on: nodes ask the tables without a test.
     : externalMatchers_(externalMatchers
                             ? std::move(externalMatchers)
                             : PtrConst<ExternalMatchersBase>(makePtr<ExternalMatchersBase>())),
@@ -28,9 +31,11 @@ Ptr<Debug::EvaluationLog const> EvalContext::evaluationLog() const {
 }
 
 void EvalContext::forgetEarlierFunctions() {
+    // The last one stays: the next route is likely to be evaluated by it.
     evaluatedFunctions_.erase(evaluatedFunctions_.begin(), evaluatedFunctions_.end() - 1);
 }
 
+// Arguments and log go; what a log's reader holds stays its own.
 void EvalContext::clearFrame() { stackFrameDataFromPOA_ = StackFrameData_(); }
 
 void EvalContext::keepFunction(Function const & function) {
@@ -39,10 +44,12 @@ void EvalContext::keepFunction(Function const & function) {
     if (modifiedFlags() == 0) {
         evaluatedFunctions_.clear();
     }
+    // May throw, and then none counts as evaluated.
     evaluatedFunctions_.emplace_back(&function);
     currentFunction_ = &function;
 }
 
+// Frame and depth are changed by two calls: one without the other is a call that was not closed.
 StackFrameData_ const * EvalContext::stackFrameDataRawPtrConst() const {
     if (stackFrameDataFromCaller_ != nullptr) {
         QCF_ASSERT(functionCallDepth());
@@ -53,6 +60,7 @@ StackFrameData_ const * EvalContext::stackFrameDataRawPtrConst() const {
 }
 
 StackFrameData_ * EvalContext::stackFrameDataRawPtr() {
+    // The frame is the context's own, or was handed over for writing.
     return const_cast<StackFrameData_ *>(stackFrameDataRawPtrConst());
 }
 
@@ -65,6 +73,7 @@ void EvalContext::stackFrameDataIs(StackFrameData_ * frame) {
     stackFrameDataFromCaller_ = nullptr;
 }
 
+// A parameter of a type of which nothing was passed comes from a malformed call, here and below.
 AetNodePtrArgumentVector const * EvalContext::aetNodePtrArgValues() const {
     auto const & aetNodePtrArgContainer = stackFrameDataRawPtrConst()->aetNodePtrArgContainer();
     QCF_ASSERT(nullptr != aetNodePtrArgContainer);
@@ -103,6 +112,7 @@ void EvalContext::addLogToList(Ptr<Debug::EvaluationLog> const & record) {
         stackFrameData->logCurrentIs(record);
         return;
     }
+    // A node that was logged already, or stands before one that was, is not logged again.
     if (stackFrameData->logCurrent()->aetNodeKey() < record->aetNodeKey()) {
         stackFrameData->logCurrent()->nextLogIs(record);
         stackFrameData->logCurrentIs(record);

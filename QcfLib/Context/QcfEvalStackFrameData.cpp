@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <bit>
 
+/// Pushing arguments and comparing frames. Their text is in the wing Store, which has the nodes.
 namespace Qcf::Eval {
 
 namespace {
 
 template <typename Container>
 bool sameValues(Ptr<Container> const & a, Ptr<Container> const & b) {
+    // A container that was never made differs from an empty one.
     return a == b || (a && b && a->values == b->values);
 }
 
@@ -28,6 +30,7 @@ bool sameBandwidths(Ptr<BandwidthTypeArgContainer> const & a,
 template <typename Container, typename Value>
 void StackFrameData_::push(Ptr<Container> & container, Value const & value) {
     touched_ = true;
+    // From a slab, with room inside: after the first calls nothing is allocated.
     if (!container) {
         container = makePtr<Container>();
     }
@@ -36,6 +39,7 @@ void StackFrameData_::push(Ptr<Container> & container, Value const & value) {
 
 void StackFrameData_::pushIntTypeArgToStack(Ptr<EvalContextBase> const & context,
                                             Int const & node) {
+    // The sign is applied in 128 bits, where no magnitude of 64 bits overflows.
     S128 const magnitude = node.getVal(context);
     pushInt(node.negative(context) ? S128(-magnitude) : magnitude);
 }

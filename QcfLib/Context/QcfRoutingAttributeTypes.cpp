@@ -8,6 +8,8 @@
 #include <charconv>
 #include <ostream>
 
+/// The language's view of source protocols and IS-IS levels against the routing library's.
+/// The records come first: names are read and written by them.
 TypeData const & TypeDataOf<Qcf::Eval::SourceProtocolType>::get() {
     static constexpr EnumeratorInfo enumerators[] = {
         {"ATTACHED_HOST", 0}, {"CONNECTED", 1}, {"DHCP", 2}, {"DYNAMIC", 3}, {"ISIS", 4},
@@ -34,6 +36,7 @@ U8 numberOf(TypeData const & type, U8 limit, String const & text, char const * w
         return static_cast<U8>(named->number);
     }
     U8 number = 0;
+    // Not a name: a number in decimal, without sign, blanks or anything behind it.
     auto const * const end = text.data() + text.size();
     auto const [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end || number >= limit) {
@@ -53,6 +56,7 @@ constexpr U8 recmpStateTypeCount = 2;
 constexpr char const * aSourceProtocol = "a source protocol or its number, 0 to 11";
 constexpr char const * aRecmpState = "RECMP_DEFAULT, RECMP_ENABLED, 0 or 1";
 
+// No source protocol has this number.
 constexpr U8 invalidProto = 0xff;
 
 /// Route-protocol codes by the source protocol that they stand for.
@@ -61,6 +65,7 @@ struct ProtoGroup {
     std::initializer_list<U8> codes;
 };
 
+// Several protocols of the routing library are one to the language; the rest are none.
 std::array<U8, 256> protoTable() {
     static constexpr ProtoGroup groups[] = {
         {0, {0, 3, 8, 11, 12, 13, 14, 28, 53, 56, 57, 68, 69, 70, 118, 119, 120, 121}},
@@ -73,6 +78,7 @@ std::array<U8, 256> protoTable() {
         {7, {24, 25, 30, 47, 110, 111, 112, 114}},
         {8, {5, 6, 31, 104, 105, 113}},
         {9, {15, 107}},
+        // The last two have no name in the language.
         {10, {10, 20, 109, 117}},
         {11, {16, 108}},
     };
@@ -119,6 +125,7 @@ RecmpStateType RecmpStateTypeInstance(String const & text) {
 }
 
 SourceProtocolType routeProtoToSourceProtocol(Routing::RouteProto proto) {
+    // Made by the first who asks; any thread may.
     static std::array<U8, 256> const table = protoTable();
     U8 const sourceProtocol = table[static_cast<U8>(proto)];
     QCF_ASSERT_TEXT(sourceProtocol != invalidProto, "invalid Routing::RouteProto value");
@@ -127,6 +134,7 @@ SourceProtocolType routeProtoToSourceProtocol(Routing::RouteProto proto) {
 
 void isisLevelPopulateVector(Ptr<U64SmallVector> const & set, Routing::Isis::Level level) {
     using Routing::Isis::Level;
+    // Unset and none append nothing: the empty set.
     if (level == Level::level1 || level == Level::level1And2) {
         set->insert(1);
     }
@@ -137,12 +145,14 @@ void isisLevelPopulateVector(Ptr<U64SmallVector> const & set, Routing::Isis::Lev
 
 Routing::Isis::Level isisLevelFromVector(Ptr<U64SmallVector const> const & set) {
     using Routing::Isis::Level;
+    // Null stands for the empty set, as everywhere.
     if (!set || set->empty()) {
         return Level::none;
     }
     bool const one = set->contains(1);
     bool const two = set->contains(2);
     bool const valid =
+        // As many values as levels among them: there is no other.
         set->count() == static_cast<std::size_t>(one) + static_cast<std::size_t>(two);
     QCF_ASSERT_TEXT(valid, "0 && \"isisLevel does not have a valid value\"");
     if (one && two) {

@@ -12,10 +12,12 @@ using WriteBack = void (*)(AttributeOperations & agent, AttributeContent const &
 using WriteBackTest = bool (*)(AttributeOperations const & agent, VirtualSlots defaults);
 
 template <auto stored, auto operation>
+/// The set or value is handed over by reference, as the content holds it.
 void writeBackBy(AttributeOperations & agent, AttributeContent const & content) {
     (agent.*operation)(content.*stored);
 }
 template <auto operation>
+/// Where tables cannot be read every operation counts as overridden.
 bool isOverridden(AttributeOperations const & agent, VirtualSlots defaults) {
     return overridesSlot(agent, defaults, operation);
 }

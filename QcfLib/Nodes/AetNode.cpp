@@ -3,6 +3,8 @@
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfEvalBases.h"
 
+/// What all nodes have in common at run time: how they are let go of, named and traced. What
+/// differs by class stands in the generated sources and in NodeContract.h.
 namespace Qcf::Eval {
 
 TraceFacility traceQcfEval("QcfEval");
@@ -27,6 +29,7 @@ void AetNodeBase::lastUserGone() const {
     freeing = false;
 }
 
+// Most classes name nothing outside, and are sane as they stand.
 bool Expression::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
 bool StorageType::verifySanity(FunctionMetadata const & /*metadata*/) const { return true; }
 
@@ -34,6 +37,7 @@ String referenceText(AetNodeBase const & node) {
     return String(node.typeData().name) + "#" + std::to_string(node.aetNodeKey());
 }
 
+// Both tell of changes only, not of what is so already.
 void CachedHash::cachedHashValueSetIs(bool set) const {
     if (set != cachedHashValueSet_) {
         cachedHashValueSet_ = set;

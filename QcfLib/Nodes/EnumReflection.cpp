@@ -8,6 +8,7 @@ using namespace Qcf::Eval;
 namespace {
 
 template <typename Enumeration>
+// One text a value, so that reflection and logs cannot spell it differently.
 EnumeratorInfo named(Enumeration value) {
     return {toString(value), static_cast<U64>(value)};
 }
@@ -36,6 +37,7 @@ TypeData const & TypeDataOf<ModifyFlag>::get() {
 }
 
 TypeData const & TypeDataOf<AddressFamily>::get() {
+    // The numbers are those of the IP versions.
     static constexpr EnumeratorInfo enumerators[] = {{"none", 0}, {"ipv4", 4}, {"ipv6", 6}};
     static TypeData const data = enumRecord("", "AddressFamily", enumerators);
     return data;

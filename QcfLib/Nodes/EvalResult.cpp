@@ -4,6 +4,7 @@
 
 #include <ostream>
 
+/// The texts of results, for logs, traces, dumps and documents.
 namespace Qcf::Eval {
 
 char const * toString(TriStateBoolValue value) {

@@ -18,6 +18,7 @@ namespace Qcf::Eval {
 
 // What a field accepts. Who is asked is a node.
 template <NodeKind kind>
+/// These two are what FieldInfo::accepts points to.
 bool isOfKind(Entity const & node) {
     return static_cast<AetNodeBase const &>(node).typeData().isKind(kind);
 }
@@ -28,12 +29,14 @@ bool isOfClass(Entity const & node) {
 
 /// ClassFacts::keepConstant of a literal.
 template <typename Literal>
+/// Pointed to by the rows of literals alone, whose nodes are of that class.
 void keepConstant(AetNodeBase const & node) {
     cacheConstantValue(static_cast<Literal const &>(node));
 }
 
 /// The child as the field holds it; asserts that the field may hold it.
 template <typename Field>
+/// The cast is safe after the assertion, and drops a constness that the field's type wants back.
 Field childOf(FieldInfo const & field, PtrConst<AetNodeBase> const & child) {
     QCF_ASSERT_TEXT(child ? field.accepts(*child) : field.optional,
                     "a child is of its field's type, and null only where that is allowed");
@@ -43,6 +46,7 @@ Field childOf(FieldInfo const & field, PtrConst<AetNodeBase> const & child) {
 
 /// Calls `use(info, field)` for each field in declared order.
 template <typename Node, typename Use>
+/// Names and values side by side: the generated list and `withFields` have the same order.
 void eachField(Node const & node, Use const & use) {
     [[maybe_unused]] FieldInfo const * info = nodeClassOf<Node>().fields.data();
     node.withFields([&](auto const &... field) { (use(*info++, field), ...); });
@@ -50,10 +54,12 @@ void eachField(Node const & node, Use const & use) {
 
 /// The types of a class's fields, to be told by overload.
 template <typename... Fields>
+/// No values come along: types are needed before a node is there.
 struct FieldTypes {
     static constexpr std::size_t size = sizeof...(Fields);
 };
 
+/// What `withFields` is called with in an unevaluated operand, for its result's type alone.
 struct AsFieldTypes {
     template <typename... Fields>
     FieldTypes<Fields...> operator()(Fields const &... /*field*/) const {
@@ -67,6 +73,7 @@ using FieldTypesOf = decltype(std::declval<Node const &>().withFields(AsFieldTyp
 
 /// The next field that comes from outside; the reader throws where it is none of that type.
 template <typename Field>
+/// A scalar the reader leaves alone keeps its type's zero.
 Field readField(FieldInfo const & info, FieldReader & reader) {
     if constexpr (contract::NodePointer<Field>) {
         return childOf<Field>(info, reader.readNode(info));
@@ -79,6 +86,7 @@ Field readField(FieldInfo const & info, FieldReader & reader) {
 
 /// The field of a copy.
 template <typename Field>
+/// Scalars are copied as they are; a null child is not mapped.
 Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
                   [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {
     if constexpr (contract::NodePointer<Field>) {
@@ -100,6 +108,7 @@ struct MadeInOrder {
 };
 
 template <typename Node, typename... Fields, std::size_t... i>
+/// The elements of a braced list are evaluated from left to right, as the reader expects.
 Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reader,
                             FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
     [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
@@ -107,6 +116,7 @@ Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reade
 }
 
 template <typename Node, typename... Fields, std::size_t... i>
+/// Here, too, the order is that of the fields: whoever maps children sees them in it.
 Ptr<AetNodeBase> copyFrom(Node const & node, U64 aetNodeKey,
                           [[maybe_unused]] NodeClass::ChildMapper const & mapChild,
                           FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
@@ -169,6 +179,7 @@ bool sameFields(AetNodeBase const & a, AetNodeBase const & b,
 }
 
 /// FNV-1a of the qualified class name.
+/// Over "namespace::name", so that it is the same in every build and process.
 constexpr U64 typeCodeOf(std::string_view nameSpace, std::string_view name) {
     U64 code = 0xcbf29ce484222325U;
     for (std::string_view const part : {nameSpace, std::string_view("::"), name}) {
@@ -181,6 +192,7 @@ constexpr U64 typeCodeOf(std::string_view nameSpace, std::string_view name) {
 
 /// The record of a class.
 template <typename Node>
+/// Constant but for the addresses of functions; the base is named as reflection tells it.
 constexpr NodeClass row(char const * name, char const * nameSpace, char const * base,
                         char const * collection, std::span<FieldInfo const> fields,
                         AttributeInfo const * attribute, NodeEffects effects,

@@ -5,6 +5,7 @@
 /// Functions, control flow, logical operators and calls as source-like text.
 namespace Qcf::Eval {
 
+// The address tells functions of one name apart, and a call which of them it calls.
 void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
     assertWalkable(*this);
     dumpIndent(dumpContext, indent);
@@ -19,6 +20,7 @@ void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) 
     dumpContext->print("}\n");
 }
 
+// By loop: a block may have any number of statements.
 void Block::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
     assertWalkable(*this);
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
@@ -78,6 +80,7 @@ void LogicalOperatorExpression::dumpState(PtrConst<DumpContext> const & dumpCont
     dumpIndent(dumpContext, indent);
     dumpContext->print("( ");
     auto const * operand = expressionList_.get();
+    // A chain of n operands has n - 1 operators; anything else is malformed and ends the process.
     auto const * op = operatorList_.get();
     QCF_ASSERT(nullptr != op && "There MUST be at least one operator");
     QCF_ASSERT_TEXT(operand != nullptr, "nullptr == expr && nullptr == op");
@@ -92,6 +95,7 @@ void LogicalOperatorExpression::dumpState(PtrConst<DumpContext> const & dumpCont
     dumpContext->print(" )");
 }
 
+// The callee is named, not dumped: it may be large, shared, and has a dump of its own.
 void FunctionCallExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
                                        U32 indent) const {
     dumpIndent(dumpContext, indent);
@@ -100,6 +104,7 @@ void FunctionCallExpression::dumpState(PtrConst<DumpContext> const & dumpContext
                        argListHead_ ? argListHead_->toStrep().c_str() : "");
 }
 
+// Lines of its own, each with its label even where there is nothing to show.
 void IntInImmediateSetWithRanges::dumpState(PtrConst<DumpContext> const & dumpContext,
                                             U32 indent) const {
     auto const textOrNothing = [](StorageType const * node) {

@@ -16,6 +16,7 @@ TypeData const & TypeDataOf<EvalResult>::get() {
     return data;
 }
 
+// The members' names are those by which documents know the kinds.
 TypeData const & TypeDataOf<FunctionMetadata>::get() {
     using Metadata = FunctionMetadata;
     static constexpr FieldInfo fields[] = {
@@ -35,6 +36,7 @@ TypeData const & TypeDataOf<FunctionMetadata>::get() {
     return data;
 }
 
+// A node's class has a record with its fields; these are what it derives from.
 TypeData const & TypeDataOf<AetNodeBase>::get() {
     static constexpr FieldInfo fields[] = {
         fieldOf<AetNodeBase, &AetNodeBase::aetNodeKey>("aetNodeKey", "U64")};
@@ -43,6 +45,7 @@ TypeData const & TypeDataOf<AetNodeBase>::get() {
     return data;
 }
 
+// The rest is the concrete class's own.
 TypeData const & TypeDataOf<FunctionBase>::get() {
     static constexpr FieldInfo fields[] = {
         fieldOf<FunctionBase, &FunctionBase::funcName>("funcName", "String"),

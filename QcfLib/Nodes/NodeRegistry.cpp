@@ -2,12 +2,14 @@
 
 #include <unordered_map>
 
+/// Looking up classes by name, for whoever has names from outside. The rows are generated.
 namespace Qcf::Eval {
 
 namespace {
 
 using Names = std::unordered_map<std::string_view, NodeClass const *>;
 
+// Keys are views of literals, which live as long as the tables.
 Names classNames() {
     Names names;
     for (NodeClass const & nodeClass : nodeClasses()) {
@@ -35,10 +37,12 @@ NodeClass const * lookUp(Names const & names, std::string_view name) {
 } // namespace
 
 std::size_t NodeClass::number() const {
+    // Records stand in one array: the address is the number.
     return static_cast<std::size_t>(this - nodeClasses().data());
 }
 
 FieldInfo const * NodeClass::fieldOf(FieldRole role) const {
+    // A handful at most: no table is worth it.
     for (FieldInfo const & field : fields) {
         if (plays(field, role)) {
             return &field;
@@ -48,6 +52,7 @@ FieldInfo const * NodeClass::fieldOf(FieldRole role) const {
 }
 
 NodeClass const * findNodeClass(std::string_view name) {
+    // Made by the first who asks; later calls only read.
     static Names const names = classNames();
     return lookUp(names, name);
 }

@@ -14,6 +14,7 @@ bool isSane(Expression const & node, FunctionMetadata const & metadata) {
     return SharedSanity::of(node, &node, [&] { return node.verifySanity(metadata); });
 }
 
+// The first that is not ends it: nobody asks for a list of faults.
 bool statementsAreSane(ExpressionList const * link, FunctionMetadata const & metadata) {
     for (; link != nullptr; link = link->next().get()) {
         if (!isSane(*link->entry(), metadata)) {
@@ -36,6 +37,7 @@ bool operandIsSane(Expression const & node, Expression const & operand,
 bool Function::verifySanity(FunctionMetadata const & metadata) const {
     assertWalkable(*this);
     SharedSanity::Look const look(*this);
+    // Through the body's statements and not the body, which asserts nothing more.
     return statementsAreSane(body_->stmts().get(), metadata);
 }
 
@@ -46,6 +48,7 @@ bool Block::verifySanity(FunctionMetadata const & metadata) const {
 
 bool IfExpression::verifySanity(FunctionMetadata const & metadata) const {
     assertWalkable(*this);
+    // All three are asked, whatever the first says: the trace shows each.
     bool const conditionSane = isSane(*condition_, metadata);
     bool const thenSane = statementsAreSane(thenBlock_->stmts().get(), metadata);
     bool const elseSane = !elseBlock_ || isSane(*elseBlock_, metadata);
@@ -55,6 +58,7 @@ bool IfExpression::verifySanity(FunctionMetadata const & metadata) const {
     return conditionSane && thenSane && elseSane;
 }
 
+// Of one operand; its answer is traced under the node's own name.
 bool NotExpression::verifySanity(FunctionMetadata const & metadata) const {
     return operandIsSane(*this, *expr_, metadata);
 }

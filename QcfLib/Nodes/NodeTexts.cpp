@@ -5,11 +5,13 @@
 
 #include <sstream>
 
+/// Texts that several classes share, so that each has one form in dumps, traces and logs.
 namespace Qcf::Eval {
 
 namespace {
 
 template <typename Value>
+// By the stream's own rules, which are the settled form.
 String streamed(Value const & value) {
     std::ostringstream out;
     out << value;
@@ -20,6 +22,7 @@ template <typename Link>
 String joined(Link const * link) {
     String text;
     for (char const * separator = ""; link != nullptr; link = link->next().get()) {
+        // A link without an entry is malformed; its dump would hide that.
         QCF_ASSERT_TEXT(link->entry(), "nullptr != entry()");
         text += separator;
         text += link->entry()->toStrep();
@@ -40,6 +43,7 @@ String variableText(String const & name, U8 argVectorIndex) {
     return name + "[index:" + static_cast<char>(argVectorIndex) + "]";
 }
 
+// A chain's text is that of its entries, from whatever link on.
 String FunctionArgumentList::toStrep() const { return joined(this); }
 String IntLinkedList::toStrep() const { return joined(this); }
 String CommunityLinkedList::toStrep() const { return joined(this); }
@@ -53,6 +57,7 @@ String chainText(char const * open, PtrConst<CommunityLinkedList> const & head,
 }
 
 void dumpIndent(PtrConst<DumpContext> const & dumpContext, U32 indent) {
+    // A width of 0 would still print the blank.
     if (indent != 0) {
         dumpContext->print("%*c", static_cast<int>(indent), ' ');
     }

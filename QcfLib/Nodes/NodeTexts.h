@@ -9,6 +9,7 @@ namespace Qcf::Eval {
 class IntLinkedList;
 class CommunityLinkedList;
 
+/// As values stand in dumps; an unset segment identifier is no text at all.
 String textOf(U64 value);
 String textOf(F32 value);
 String textOf(TriStateBoolValue value);
@@ -20,6 +21,7 @@ String textOf(Value const & value) {
 }
 
 /// `NAME[index:C]`, where C is the index as one raw character.
+/// The form is settled, as that of the dumps below.
 String variableText(String const & name, U8 argVectorIndex);
 
 /// Bracketed text of a literal's chain, which may be null.

@@ -2,8 +2,10 @@
 
 #include <map>
 
+/// The list of all records. The records themselves stand in the wings that own the types.
 namespace Qcf {
 
+// A type that is declared in the header and described nowhere does not link.
 std::span<TypeData const * const> reflectedTypes() {
 #define QCF_RECORD(Type) &TypeDataOf<Type>::get(),
     static TypeData const * const types[] = {QCF_FOR_EACH_REFLECTED(QCF_RECORD)};
@@ -12,6 +14,7 @@ std::span<TypeData const * const> reflectedTypes() {
 }
 
 TypeData const * findType(std::string_view qualifiedName) {
+    // Found by a view, without a string for each question.
     using Types = std::map<String, TypeData const *, std::less<>>;
     static Types const types = [] {
         Types all;

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 
+/// Folding a record of changes: each place once, with what its changes come to.
 namespace Qcf {
 
 namespace {
 
 using Change = AetChanges::Change;
 
+// Of a place's first change: only what comes was not there. Of its last: only what went is not.
 bool stoodBefore(Change const & change) { return change.kind != Notification::added; }
 bool standsNow(Change const & change) { return change.kind != Notification::removed; }
 
@@ -37,6 +39,7 @@ void AetChanges::settle() const {
     if (settled_ == changes_.size()) {
         return;
     }
+    // Stable: changes of one place stay in the order in which they happened.
     std::stable_sort(changes_.begin(), changes_.end(),
                      [](Change const & a, Change const & b) { return a.place() < b.place(); });
     auto out = changes_.begin();
@@ -53,6 +56,7 @@ void AetChanges::settle() const {
     changes_.erase(out, changes_.end());
     settled_ = changes_.size();
     removals_ = 0;
+    // Far more room than is in use: a burst of changes is over.
     if (changes_.capacity() > 4 * changes_.size() + 64) {
         changes_.shrink_to_fit();
     }

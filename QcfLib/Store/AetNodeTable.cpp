@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+/// The table under the store: open addressing by linear probing, without marks of removed nodes.
 namespace Qcf {
 
 // Eight keys that follow one another share a line of the cache. Longer runs would not do: two that
@@ -13,6 +14,7 @@ std::size_t AetNodeTable::home(U64 key) const {
     return ((mixed >> runShift_) << 3) | (key & 7);
 }
 
+// Never 0, which is an empty slot's; seven bits of class and key are left.
 U8 AetNodeTable::tagOf(U16 classNumber, U64 key) {
     return static_cast<U8>((classNumber * 0x9dU + (key * 0xd6e8feb86659fd93U >> 56)) | 1U);
 }
@@ -25,6 +27,7 @@ std::size_t AetNodeTable::slotOf(U16 classNumber, U64 key) const {
     if (slots_.empty()) {
         return none;
     }
+    // By identity, which costs one comparison.
     auto const * const nodeClass = &Eval::nodeClasses()[classNumber];
     U8 const tag = tagOf(classNumber, key);
     for (std::size_t slot = home(key); tags_[slot] != 0; slot = next(slot)) {
@@ -47,6 +50,7 @@ Ptr<AetNodeTable::Node> const * AetNodeTable::find(U16 classNumber, U64 key) con
 }
 
 void AetNodeTable::insert(Ptr<Node> node) {
+    // Doubling keeps the cost of an insertion constant on average.
     if (!isRoomFor(size_ + 1)) {
         grow(slots_.empty() ? 16 : slots_.size() * 2);
     }
@@ -65,12 +69,14 @@ void AetNodeTable::place(Ptr<Node> node) {
 
 void AetNodeTable::reserve(std::size_t size) {
     if (!isRoomFor(size)) {
+        // A third more than nodes are needed, so that three quarters at most are taken.
         grow(std::bit_ceil(std::max<std::size_t>(size + size / 3 + 1, 16)));
     }
 }
 
 void AetNodeTable::grow(std::size_t slots) {
     auto before = std::exchange(slots_, std::vector<Ptr<Node>>(slots));
+    // The number of a run takes the leading bits that there are runs for.
     runShift_ = 64 - static_cast<U32>(std::countr_zero(slots / 8));
     tags_.assign(slots, 0);
     tags_.shrink_to_fit();
@@ -97,6 +103,7 @@ Ptr<AetNodeTable::Node> AetNodeTable::remove(U16 classNumber, U64 key) {
 void AetNodeTable::closeGap(std::size_t gap) {
     for (std::size_t slot = next(gap); tags_[slot] != 0; slot = next(slot)) {
         std::size_t const wanted = home(slots_[slot]->aetNodeKey());
+        // Distances around the end: from its home to where it stands, and from the gap to there.
         bool const reachesGap =
             ((slot - wanted) & (slots_.size() - 1)) >= ((slot - gap) & (slots_.size() - 1));
         if (reachesGap) {

@@ -2,6 +2,8 @@
 
 #include "Platform/Framework/Assert.h"
 
+/// The store's changes: table, keys and listeners are kept in step here. Typed views and bulk
+/// reading come down to these.
 namespace Qcf {
 
 namespace {
@@ -29,10 +31,12 @@ Ptr<AetCollections::Node> AetCollections::nodeIs(Ptr<Node> const & node) {
     if (auto const * present = table_.find(collection, node->aetNodeKey())) {
         return *present;
     }
+    // A node points to one parent.
     QCF_ASSERT_TEXT(node->parent() == nullptr, "a node is a member of one store at most");
     table_.insert(node);
     keys_[collection].add(node->aetNodeKey());
     node->parentIs(this);
+    // Last: whoever is told finds the store as it is afterwards.
     changed(collection, node->aetNodeKey(), Notification::added);
     return node;
 }
@@ -40,6 +44,7 @@ Ptr<AetCollections::Node> AetCollections::nodeIs(Ptr<Node> const & node) {
 Ptr<AetCollections::Node> AetCollections::nodeDel(U16 collection, U64 key) {
     Ptr<Node> removed = table_.remove(collection, key);
     if (removed) {
+        // After the table, which is asked which of the listed keys are members'.
         keys_[collection].remove(isMemberOf(collection));
         if (removed->parent() == this) {
             removed->parentIs(nullptr);
@@ -50,6 +55,7 @@ Ptr<AetCollections::Node> AetCollections::nodeDel(U16 collection, U64 key) {
 }
 
 void AetCollections::nodeDelAll(U16 collection) {
+    // A copy of the keys: taking members out changes the list.
     for (U64 const key : keys(collection)) {
         nodeDel(collection, key);
     }
@@ -67,6 +73,7 @@ bool AetCollections::holds(Node const & node) const {
 
 void AetCollections::reserveMore(std::size_t count) {
     table_.reserve(table_.size() + count);
+    // Each new member will be a change, too.
     dirty_.reserveMore(count);
 }
 
@@ -87,6 +94,7 @@ void AetCollections::changed(U16 collection, U64 key, Notification::Kind kind) {
     for (AetChanges * const follower : followers_) {
         follower->add({collection, key}, kind);
     }
+    // A listener may throw: by then every record has the change.
     publish({.attribute = Eval::nodeClasses()[collection].collection,
              .kind = kind,
              .key = key,

@@ -1,5 +1,6 @@
 #include "QcfLib/QcfAllAetEntities.h"
 
+/// Making stores. Their typed operations are generated.
 namespace Qcf {
 
 Ptr<AllAetEntities> AllAetEntities::AllAetEntitiesIs() { return makePtr<AllAetEntities>(); }

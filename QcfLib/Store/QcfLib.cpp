@@ -4,12 +4,15 @@
 #include "QcfLib/Nodes/NodeTexts.h"
 #include "QcfLib/QcfAllAetEntities.h"
 
+/// The published root. Each operation changes first and publishes afterwards, and publishes
+/// nothing where nothing changed.
 namespace Qcf {
 
 AllFunctionStatus::AllFunctionStatus(String name) : name_(std::move(name)) { aetNodesIs(); }
 
 AllFunctionStatus::~AllFunctionStatus() {
     if (aetNodes_) {
+        // Others may hold the store: it must not point here any more.
         aetNodes_->parentIs(nullptr);
     }
 }
@@ -35,6 +38,7 @@ void AllFunctionStatus::aetIs(String const & name, PtrConst<Eval::FunctionBase> 
     if (isNew) {
         publishAet(name, Notification::added);
     } else if (entry->second != function) {
+        // The function that was there lives until listeners were told.
         PtrConst<Eval::FunctionBase> const before = std::exchange(entry->second, function);
         publishAet(name, Notification::changed);
     }
@@ -43,12 +47,14 @@ void AllFunctionStatus::aetIs(String const & name, PtrConst<Eval::FunctionBase> 
 void AllFunctionStatus::aetDel(std::string_view name) {
     auto const found = aet_.find(name);
     if (found != aet_.end()) {
+        // Out of the map before it is told, and its name kept for the telling.
         auto const removed = aet_.extract(found);
         publishAet(removed.key(), Notification::removed);
     }
 }
 
 void AllFunctionStatus::aetDelAll() {
+    // One by one, from the front: a listener may change the functions in between.
     while (!aet_.empty()) {
         aetDel(aet_.begin()->first);
     }
@@ -56,6 +62,7 @@ void AllFunctionStatus::aetDelAll() {
 
 Ptr<AllAetEntities> const & AllFunctionStatus::aetNodesIs() {
     if (!aetNodes_) {
+        // The parent comes before the news: who is told may go up from there.
         aetNodes_ = allAetEntitiesFactory();
         aetNodes_->parentIs(this);
         publish("aetNodes");
@@ -118,6 +125,7 @@ void AllFunctionStatus::dumpState(PtrConst<DumpContext> const & dumpContext, U32
     for (auto const & [name, function] : aet_) {
         Eval::dumpIndent(dumpContext, indent);
         dump.print("Qcf AET for function %s\n", name.c_str());
+        // A function that is published under several names is shown once.
         if (dump.firstTime(function.get())) {
             function->dumpState(dumpContext, indent);
         } else {

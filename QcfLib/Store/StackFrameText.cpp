@@ -9,6 +9,7 @@
 #include <ostream>
 
 /// Frames as text and back.
+/// Here and not with the frames, since a text names nodes of a store.
 namespace Qcf::Eval {
 
 namespace {
@@ -27,6 +28,7 @@ String matcherText(Routing::Policy::PrefixListMatcher const * matcher) {
     return matcher == nullptr ? "null" : "v" + std::to_string(static_cast<U8>(matcher->af()));
 }
 
+// An empty container ends at its colon, so that it is told from one that is not there.
 template <typename Container, typename Show>
 void print(std::ostream & out, char const *& separator, char const * name,
            Ptr<Container> const & container, Show show) {
@@ -49,6 +51,7 @@ public:
     StackFrameData_ read() {
         StackFrameData_ frame;
         expect("{");
+        // The kinds may come in any order, each once.
         for (bool first = true; !consume("}"); first = false) {
             if (!first) {
                 expect("; ");
@@ -100,6 +103,7 @@ private:
             return made; // no values
         }
         do {
+            // No value has one of these in its text.
             auto const text = rest_.substr(0, rest_.find_first_of(",;}"));
             made->values.push_back(parse(text));
             rest_.remove_prefix(text.size());
@@ -115,6 +119,7 @@ private:
         if (digits.empty() || digits.size() > 39 || !plain) {
             throw ParseError("an integer", text);
         }
+        // Through a number without limit, of which the size can be told.
         boost::multiprecision::cpp_int const magnitude{String(digits.substr(zeros(digits)))};
         if (magnitude > boost::multiprecision::cpp_int((std::numeric_limits<S128>::max)())) {
             throw ParseError("an integer of 128 bits", text);
@@ -138,6 +143,7 @@ private:
 
     static TriStateBoolValue triState(std::string_view text) {
         for (auto const value : {QcfUnknown(), QcfFalse(), QcfTrue()}) {
+            // By the texts that writing uses.
             if (text == toString(value)) {
                 return value;
             }
@@ -164,6 +170,7 @@ private:
         auto const [stop, error] = std::from_chars(digits, end, key);
         if (nodeClass != nullptr && error == std::errc() && stop == end) {
             auto const found = nodes_->node(static_cast<U16>(nodeClass->number()), key);
+            // Only value nodes can be passed; the cast below relies on it.
             if (found && nodeClass->isKind(NodeKind::storageType)) {
                 return static_cast<StorageType const *>(found.get());
             }

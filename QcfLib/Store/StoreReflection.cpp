@@ -21,6 +21,7 @@ String collectionText(void const * store) {
     return valueText::of(static_cast<AllAetEntities const *>(store)->size(U16{number}));
 }
 
+// One field a class. A field's text is a plain function, hence one for each number.
 template <std::size_t... numbers>
 std::array<FieldInfo, nodeClassCount> collectionFields(std::index_sequence<numbers...> /*all*/) {
     auto const field = [](std::size_t number, auto const text) {
@@ -38,6 +39,7 @@ std::array<FieldInfo, nodeClassCount> collectionFields(std::index_sequence<numbe
 TypeData const & TypeDataOf<AetCollections>::get() {
     using Store = AetCollections;
     static constexpr FieldInfo fields[] = {
+        // The members are shown by the typed view's record, a collection a field.
         fieldOf<Store, [](Store const & store) { return store.size(); }>("size", "U64"),
         fieldOf<Store, &Store::hasDirtyCollKeys>("hasDirtyCollKeys", "bool"),
     };
