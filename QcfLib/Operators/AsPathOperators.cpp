@@ -1,6 +1,7 @@
 #include "QcfLib/QcfLibHelpers.h"
 
-/// Operators on AS paths.
+/// Operators on AS paths. A path is changed in a container of the context, into which the route's
+/// own path is copied at the first change; its storage serves route after route.
 namespace Qcf::Eval {
 
 namespace {
@@ -67,6 +68,7 @@ EvalResult changeRoutePath(Ptr<EvalContextBase> const & context, Change change) 
     auto * const path = changeable(current, context);
     change(path->expand());
     c.modify(ModifiableAttribute::asPath).asPathIs(path);
+    // Built-in functions are bodies: their result returns to the call.
     return EvalResult::fromBoolWithReturn(true);
 }
 

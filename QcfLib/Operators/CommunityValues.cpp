@@ -14,8 +14,10 @@ U32 BandwidthToCommunityValue::floatToBin(F32 value) { return std::bit_cast<U32>
 
 Acl::CommunityValue
 BandwidthToCommunityValue::getVal(Ptr<EvalContextBase const> const & context) const {
+    // Policies tell bits a second, the community bytes a second.
     constexpr F32 bytesPerBit = 0.125F;
     U32 const bits = floatToBin(bandwidthVal_->getVal(context) * bytesPerBit);
+    // A shift by the whole width leaves nothing.
     if (offset_ >= 128) {
         return {};
     }

@@ -40,6 +40,7 @@ template <typename Compare>
 IntBounds boundsFor(U64 constant) {
     constexpr Compare compare;
     constexpr U64 largest = ~U64{0};
+    // The order is told by three samples: whether it holds for equal values, upwards and downwards.
     constexpr bool equal = compare(1, 1);
     U64 const below = equal ? constant : constant - 1;
     U64 const above = equal ? constant : constant + 1;

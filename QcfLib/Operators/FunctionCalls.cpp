@@ -51,6 +51,7 @@ EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) co
         CallScope const scope(evalContext(context), frame);
         result = calleePtr_->eval(context);
     }
+    // The callee's records went to its own frame; they become the call's.
     if (context->shouldLogEval()) {
         evalContext(context).logFunctionCall(aetNodeKey(), result, frame.logHead());
     }

@@ -24,6 +24,7 @@ U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand) 
     if (operand.strictlyNegative() && (tooLarge || product != 0)) {
         return range.min;
     }
+    // What overflows lies above every range.
     return tooLarge ? range.max : range.clamp(product);
 }
 

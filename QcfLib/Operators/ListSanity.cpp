@@ -1,6 +1,8 @@
 #include "QcfLib/QcfLibHelpers.h"
 
-/// Whether operators refer to the lists that their function declares.
+/// Whether operators refer to the lists that their function declares. A tree from outside may have
+/// any slot; the agent fills the slots by the names that the function's metadata declares, so that
+/// a wrong one would match another list.
 namespace Qcf::Eval {
 
 namespace {

@@ -5,9 +5,12 @@
 
 /// How control flow logs what it evaluates: a record under the key of each statement and condition,
 /// after it was evaluated. The order of records is part of the published form of a log.
+///
+/// Plans log nothing: an evaluation that is logged walks the tree.
 namespace Qcf::Eval {
 
-/// Notes a result, if somebody wants a log.
+/// Notes a result, if somebody wants a log. Records have keys and not nodes, so that a log may
+/// outlive the function.
 inline void logResult(Ptr<EvalContextBase> const & context, AetNodeBase const & node,
                       EvalResult const & result) {
     if (context->shouldLogEval()) [[unlikely]] {

@@ -5,6 +5,7 @@
 /// The operators between conditions, and the chains that they join.
 namespace Qcf::Eval {
 
+// Operators have no fields: their class is all that they say.
 bool LogicalOperator::compare(PtrConst<AetNodeBase> const & other) const {
     return other && other->typeData().isSameClass(typeData());
 }
@@ -33,6 +34,7 @@ String SequentialOperator::toStrep() const { return "??"; }
 bool SequentialOperator::shouldShortCircuit(EvalResult const & result) const {
     return result.retVal() != QcfUnknown();
 }
+// The one operator that may leave its chain unknown.
 EvalResult SequentialOperator::maybeCastUnknownToFalse(EvalResult const & result) const {
     return result;
 }

@@ -32,7 +32,8 @@ struct IntBounds {
     }
 };
 
-/// A test of an integer or a set against constants, which live as long as the node.
+/// A test of an integer or a set against constants, which live as long as the node. One `of` for
+/// each kind, so that no test has the operand of one kind and the constants of another.
 struct ConstantTest {
     enum class Kind : U8 { intBounds, intInSet, setHasAny, communitySetHasAny };
 
@@ -73,7 +74,8 @@ struct SetChange {
 /// What an arithmetic operator writes for a range, a current value and an operand.
 using IntArithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 
-/// The forms. An operator calls at most one of them.
+/// The forms. An operator calls at most one of them. The plan derives from it, once for each place
+/// in which a node can stand; what it does not override has no step in that place.
 class Lowering {
 public:
     virtual ~Lowering() = default;

@@ -68,6 +68,7 @@ bool IpAddressMatchPrefixList::verifySanity(FunctionMetadata const & metadata) c
 EvalResult MatchOriginAsValidityImplExpr::eval(Ptr<EvalContextBase> const & context) const {
     auto const slot = getIntFromArgVector<U32>(context, 0);
     auto const state = getIntFromArgVector<U32>(context, 1);
+    // The table is the agent's: it knows by slot and state what it is asked.
     return EvalResult::fromBoolWithReturn(context->matchRoaTable(slot, state));
 }
 

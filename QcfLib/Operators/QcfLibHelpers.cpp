@@ -2,12 +2,15 @@
 
 #include "Platform/Framework/Assert.h"
 
+/// Membership in values and ranges, for agents' built-in functions as for the engine's own. Bounds
+/// come as two lists of equal length, the first with the first.
 namespace Qcf::Eval {
 
 template <typename Value>
 bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singletons,
                                    U64UnsortedSmallVector const * lowerBoundsOfRanges,
                                    U64UnsortedSmallVector const * upperBoundsOfRanges) {
+    // The set before the ranges: it is searched, they are walked.
     if (singletons != nullptr && singletons->contains(value)) {
         return true;
     }

@@ -50,6 +50,8 @@ EvalResult modify(Target const & target, SetOperand<Set> const & lhs, SetOperand
     Set const * const result = combine(lhs.set, rhs.set, scratch, fresh);
     if (fresh) {
         target.setVal(std::move(fresh), context);
+        // The result may be the right operand, for which other rules hold: it belongs to somebody
+        // else.
     } else if (result == rhs.set && result != lhs.set) {
         storeRightOperand(target, rhs.set, rhs.fresh, context);
     } else {
@@ -138,7 +140,8 @@ QCF_SET_OPERATORS(IntSet, U64SmallVector)
 QCF_SET_OPERATORS(CommunitySet, CommunitySmallVector)
 #undef QCF_SET_OPERATORS
 
-// What is added is read first; when there is nothing, the attribute is left alone.
+// What is added is read first; when there is nothing, the attribute is left alone. It is then
+// neither read nor marked as modified.
 EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
     using Set = CommunitySmallVector;
     SetOperand<Set> added(*rhs_, context);

@@ -26,6 +26,7 @@ EvalResult SetNextHopSelfImplExpr::eval(Ptr<EvalContextBase> const & context) co
 
 EvalResult
 EvpnIpPrefixRouteSetOverlayIndexImplExpr::eval(Ptr<EvalContextBase> const & context) const {
+    // What an overlay index is, only the agent knows; its answer is the result as it stands.
     return context->setOverlayIndex();
 }
 

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 
+/// How tables are laid out when they are made; what a run does with them stands in the header,
+/// where it is inlined.
 namespace Qcf::Eval {
 
 namespace {
 
-/// The entries in the order of their values, those of one value as one.
+/// The entries in the order of their values, those of one value as one. The index demands values
+/// that differ from each other.
 template <typename Entry>
 std::vector<Entry> joinEqual(std::vector<Entry> entries) {
     std::sort(entries.begin(), entries.end(),
@@ -47,6 +50,8 @@ IntBoundsQuestion::IntBoundsQuestion(Int const & operand, std::vector<Clause> co
                                      ClauseBits others)
     : operand_(operand), starts_{0} {
     for (auto const & [bit, bounds] : clauses) {
+        // The answer changes only where some bounds begin, and behind where they end: nothing
+        // follows the largest integer.
         starts_.push_back(bounds.low);
         if (bounds.high != ~U64{0}) {
             starts_.push_back(bounds.high + 1);
@@ -55,6 +60,7 @@ IntBoundsQuestion::IntBoundsQuestion(Int const & operand, std::vector<Clause> co
     std::sort(starts_.begin(), starts_.end());
     starts_.erase(std::unique(starts_.begin(), starts_.end()), starts_.end());
     starts_.resize(std::bit_ceil(starts_.size()), starts_.back());
+    // What holds at the start of a piece holds in all of it.
     for (U64 const start : starts_) {
         ClauseBits satisfied = others;
         for (auto const & [bit, bounds] : clauses) {
@@ -76,6 +82,7 @@ StepText describeTable(std::span<std::unique_ptr<PlanQuestion const> const> ques
         }
     }
     for (std::size_t i = 0; i < targets.size(); ++i) {
+        // Clauses are numbered from 1, as people read them.
         text.next.emplace_back("clause " + std::to_string(i + 1), targets[i]);
     }
     text.next.emplace_back("otherwise", otherwise);

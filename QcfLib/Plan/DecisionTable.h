@@ -20,12 +20,18 @@
 /// tests of it hold. What is left open are tests that only one clause makes.
 namespace Qcf::Eval {
 
-/// Clauses of a chain, bit i for clause i.
+/// Clauses of a chain, bit i for clause i. The first clause of the chain is the lowest bit, so that
+/// the first that holds is found by counting zeros. A longer chain becomes several tables, each the
+/// `else` of the one before.
 using ClauseBits = U64;
 inline constexpr std::size_t maxClauses = 64;
 
 /// Something that the conditions of clauses ask of the route. It is asked at most once a run, and
 /// answers for all clauses at a time.
+///
+/// An answer is a set of clauses and not a value: that is what lets one question stand for the
+/// tests of many clauses, and answers be joined by `and`. Questions are immutable and asked from
+/// any thread.
 class PlanQuestion {
 public:
     PlanQuestion() = default;
@@ -33,15 +39,18 @@ public:
     PlanQuestion & operator=(PlanQuestion const &) = delete;
     virtual ~PlanQuestion() = default;
 
-    /// The clauses that the answer does not rule out.
+    /// The clauses that the answer does not rule out. Bits of clauses that do not ask are set;
+    /// those beyond the last clause may be either.
     virtual ClauseBits clausesLeft(PlanRun run) const = 0;
     /// What it asks, for dumps.
     virtual String text() const = 0;
-    /// The steps that it runs to find the answer; null for most.
+    /// The steps that it runs to find the answer; null for most. They are printed with the plan and
+    /// owned by it.
     virtual PlanStep const * steps() const { return nullptr; }
 };
 
-/// From a constant to the clauses that it satisfies.
+/// From a constant to the clauses that it satisfies. A look-up costs the same however many clauses
+/// and constants there are: it goes by a hash index.
 template <typename Value>
 class ConstantTable {
 public:
@@ -49,9 +58,11 @@ public:
         Value value;
         ClauseBits clauses;
     };
-    /// A value may have several entries.
+    /// A value may have several entries. Several clauses may want one constant, and a clause may
+    /// name it twice. The order is of no matter.
     explicit ConstantTable(std::vector<Entry> entries);
 
+    /// None for a value that no clause wants.
     ClauseBits clausesOf(Value const & value) const {
         U32 const at = index_.positionOf(std::span<Value const>(values_), value);
         return at == MembershipIndex::none ? 0 : clauses_[at];
@@ -66,7 +77,8 @@ private:
 extern template class ConstantTable<U64>;
 extern template class ConstantTable<Acl::CommunityValue>;
 
-/// Whether an integer is one of some constants, for each clause its own.
+/// Whether an integer is one of some constants, for each clause its own. The integer is read once
+/// for the whole chain; the clauses' sets are one table.
 class IntInSetQuestion final : public PlanQuestion {
 public:
     /// `others` are the clauses that do not ask this.
@@ -80,11 +92,13 @@ public:
 private:
     PlanInt operand_;
     ConstantTable<U64> table_;
+    /// Always left, whatever the value is.
     ClauseBits others_;
 };
 
 /// Whether a set holds any of some constants: each of the set's values is looked up, which suits
-/// routes, whose sets are small.
+/// routes, whose sets are small. The constants may be thousands: they do not count. A null set,
+/// which is empty, leaves those clauses only that do not ask.
 template <typename Set>
 class SetHasAnyQuestion final : public PlanQuestion {
 public:
@@ -113,10 +127,14 @@ private:
 /// pieces of equal answers, and a bisection without branches finds the piece.
 class IntBoundsQuestion final : public PlanQuestion {
 public:
+    /// A clause that tests one integer several times in a row has the intersection of its bounds
+    /// here, which may be empty.
     struct Clause {
         ClauseBits bit;
         IntBounds bounds;
     };
+    /// One entry a clause. The answers of all pieces are worked out here, in time of pieces times
+    /// clauses; a table has 64 clauses at most, so 129 pieces at most.
     IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses, ClauseBits others);
     ClauseBits clausesLeft(PlanRun run) const override {
         U64 const value = operand_.read(run);
@@ -131,16 +149,20 @@ public:
 private:
     PlanInt operand_;
     /// Where the pieces begin in which all values satisfy the same clauses, from 0 on, repeated at
-    /// the end up to a power of two.
+    /// the end up to a power of two. The power of two makes the bisection a fixed number of steps,
+    /// none of which can run over the end. Repeated starts are harmless: all of them have the same
+    /// answer.
     std::vector<U64> starts_;
     std::vector<ClauseBits> clauses_; ///< for each piece
 };
 
 /// What only one clause asks, as steps of their own. They only read, as all of the chain does, so
-/// that nothing is lost when a clause is passed over without asking.
+/// that nothing is lost when a clause is passed over without asking. It cannot leave the function,
+/// because what only reads neither returns nor exits.
 class ConditionQuestion final : public PlanQuestion {
 public:
-    /// The steps end with the truth of the condition; unknown counts as false.
+    /// The steps end with the truth of the condition; unknown counts as false. The steps belong to
+    /// the plan.
     ConditionQuestion(PlanStep const * first, ClauseBits clause) : first_(first), clause_(clause) {}
     ClauseBits clausesLeft(PlanRun run) const override {
         return runSteps(first_, run).result().isTrue() ? ~ClauseBits{0} : ~clause_;
@@ -157,9 +179,12 @@ private:
 StepText describeTable(std::span<std::unique_ptr<PlanQuestion const> const> questions,
                        std::span<PlanStep const * const> targets, PlanStep const * otherwise);
 
-/// The chain, when its clauses ask one question and nothing else.
+/// The chain, when its clauses ask one question and nothing else. No answers need be kept: the
+/// first bit that is left is the clause.
 class OneQuestionStep final : public PlanStep {
 public:
+    /// One target a clause, 1 to `maxClauses` of them; `otherwise` is for the route that none
+    /// wants.
     OneQuestionStep(std::unique_ptr<PlanQuestion const> question,
                     std::span<PlanStep const * const> targets, PlanStep const * otherwise)
         : question_(std::move(question)),
@@ -178,20 +203,28 @@ public:
 private:
     std::unique_ptr<PlanQuestion const> question_;
     std::vector<PlanStep const *> targets_;
+    /// Those that there are; a question may answer for more.
     ClauseBits clauses_;
     PlanStep const * otherwise_;
 };
 
 /// The chain with several questions. Each question is asked once, when the tree would first ask any
 /// part of it: a clause is passed over only for an answer that its tree had come to.
+///
+/// So a run reads what the walk would read, each thing at most as often, and asks no question of a
+/// clause whose earlier parts are false. Agents that count reads see fewer of them, never others.
 class DecisionTableStep final : public PlanStep {
 public:
+    /// So that the questions that were asked fit a word, and the answers a small array on the
+    /// stack.
     static constexpr std::size_t maxQuestions = 64;
 
     struct Clause {
         std::vector<U8> questions; ///< numbers, in the order of the condition; at least one
         PlanStep const * target;
     };
+    /// At most `maxQuestions` questions and `maxClauses` clauses. Numbers of questions must be
+    /// valid.
     DecisionTableStep(std::vector<std::unique_ptr<PlanQuestion const>> questions,
                       std::vector<Clause> clauses, PlanStep const * otherwise)
         : questions_(std::move(questions)),
@@ -218,12 +251,19 @@ public:
     StepText describe() const override;
 
 private:
+    /// What a run has found out so far. It lives on the stack of the run, so that threads share the
+    /// step. Answers are written before they are read, which is why the array starts without
+    /// values.
     struct Answers {
         ClauseBits open;               ///< clauses of which nothing is known, or only later parts
         U64 asked = 0;                 ///< bit i for question i
         ClauseBits left[maxQuestions]; // NOLINT(cppcoreguidelines-pro-type-member-init)
     };
 
+    /// Asks the parts of a clause in its order until one is false. An answer rules out, in the same
+    /// instant, every other clause whose first question it is: these need not be visited at all.
+    /// Clauses in which the question stands later stay open, for a part before it may want to be
+    /// asked first.
     bool holds(std::size_t clause, Answers & answers, PlanRun run) const {
         for (U8 const question : clauses_[clause].questions) {
             if (((answers.asked >> question) & 1) == 0) {

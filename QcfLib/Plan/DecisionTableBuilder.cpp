@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <set>
 
+/// In two passes: the constructor counts which tests the clauses have in common, `step` hands them
+/// out to questions. Only the first pass knows what is shared, and only the second makes steps.
 namespace Qcf::Eval {
 
 namespace {
 
-/// A question that so many clauses ask is shared, and worth a step of its own.
+/// A question that so many clauses ask is shared, and worth a step of its own. Fewer tests are
+/// asked one by one.
 constexpr std::size_t clausesThatShare = 3;
 
 /// A condition is taken apart into as many pieces at most: one that shares its nodes may unfold
@@ -49,6 +52,7 @@ DecisionTableBuilder::Tests DecisionTableBuilder::testsOf(Expression const & con
     std::vector<Expression const *> nodes;
     std::size_t room = mostPieces;
     if (!collectTests(condition, nodes, room)) {
+        // What cannot be taken apart is one test of its own.
         nodes = {&condition};
     }
     Tests tests;
@@ -63,10 +67,12 @@ DecisionTableBuilder::DecisionTableBuilder(ConditionLowering & lowering,
                                            std::size_t & roomForConstants)
     : lowering_(lowering), roomForConstants_(roomForConstants) {
     for (Expression const * const condition : conditions) {
+        // One such condition rules out the table for all: the others may stand behind it.
         if (!condition->treeFacts().onlyReads) {
             onlyReads_ = false;
             return;
         }
+        // A clause counts once for what it tests twice.
         std::set<Subject> subjects;
         for (Test const & test : tests_.emplace_back(testsOf(*condition))) {
             if (test.constant) {
@@ -99,6 +105,7 @@ DecisionTableBuilder::step(std::span<PlanStep const * const> targets, PlanStep c
     std::vector<DecisionTableStep::Clause> clauses;
     for (std::size_t i = 0; i < tests_.size(); ++i) {
         clauses.push_back({questionsOf(i), targets[i]});
+        // The chain is then asked clause by clause.
         if (questions_.size() > DecisionTableStep::maxQuestions) {
             return nullptr;
         }
@@ -107,6 +114,7 @@ DecisionTableBuilder::step(std::span<PlanStep const * const> targets, PlanStep c
     for (Question & question : questions_) {
         questions.push_back(question.own ? std::move(question.own) : shared(question.parts));
     }
+    // All clauses then ask that one, since each asks something.
     if (questions.size() == 1) {
         return std::make_unique<OneQuestionStep const>(std::move(questions.front()), targets,
                                                        otherwise);
@@ -141,6 +149,8 @@ std::vector<U8> DecisionTableBuilder::questionsOf(std::size_t clause) {
             own.push_back(part);
             continue;
         }
+        // What came before in the condition must be asked before, so that it becomes a question
+        // now.
         if (!asks) {
             askOwn();
             questions.push_back(number);
@@ -190,6 +200,7 @@ template <typename Parts>
 std::vector<IntBoundsQuestion::Clause> boundsOf(Parts const & parts) {
     std::vector<IntBoundsQuestion::Clause> clauses;
     for (auto const & [clause, test] : parts) {
+        // Parts of one clause follow each other: all must hold, so that their bounds narrow.
         if (clauses.empty() || clauses.back().bit != clause) {
             clauses.push_back({clause, test.bounds});
         } else {
@@ -207,6 +218,8 @@ std::unique_ptr<PlanQuestion const> DecisionTableBuilder::shared(std::vector<Par
     for (Part const & part : parts) {
         others &= ~part.clause;
     }
+    // The kind is the same for all parts, and so is the operand's class: the casts follow from the
+    // subject.
     switch (parts.front().test.kind) {
     case ConstantTest::Kind::intBounds:
         return std::make_unique<IntBoundsQuestion>(static_cast<Int const &>(operand),

@@ -4,11 +4,13 @@
 
 #include <unordered_set>
 
+/// What inlining has to know before it starts; lowering does the rest (PlanLowering.cpp).
 namespace Qcf::Eval {
 
 std::size_t ownNodes(Function const & function) {
     std::unordered_set<AetNodeBase const *> met;
     walkTree(*function.body(), [&](WalkedNode const & at) {
+        // A shared node is not descended into again: trees from outside may share without bounds.
         return !is<Function>(at.node) && met.insert(&at.node).second;
     });
     return met.size();

@@ -3,6 +3,7 @@
 #include "QcfLib/KeptPlan.h"
 #include "QcfLib/Plan/PlanLowering.h"
 
+/// Plans as functions keep them, and the ends that all of them share.
 namespace Qcf::Eval {
 
 namespace {
@@ -18,7 +19,8 @@ public:
     }
 };
 
-/// By value, then by termination.
+/// By value, then by termination. Constant data: a run may end at them before any initialiser of
+/// the process ran.
 constinit PlanEnd const ends[3][3] = {
     {PlanEnd(EvalResult(QcfUnknown(), TerminationFlag::noTermination)),
      PlanEnd(EvalResult(QcfUnknown(), TerminationFlag::returnToCaller)),
@@ -50,6 +52,7 @@ Plan::~Plan() = default;
 
 std::size_t Plan::stepCount() const { return steps_->size(); }
 
+// Deletes the earlier plans as well, each of which is owned by the one after it.
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }
 
 // A constant that was replaced since makes a plan out of date, though somebody may still run it.
@@ -61,6 +64,8 @@ Plan const & KeptPlan::planFor(Function const & function) const {
 
 Plan const & KeptPlan::build(Function const & function) const {
     Plan const * kept = keptPlan();
+    // Threads may build at the same time, which costs work twice but no lock: evaluations never
+    // wait. The plan in use before is handed to the new one, and taken back from a loser.
     auto built = std::make_unique<Plan>(function, std::unique_ptr<Plan const>(kept));
     if (plan_.compare_exchange_strong(kept, built.get(), std::memory_order_acq_rel)) {
         return *built.release();

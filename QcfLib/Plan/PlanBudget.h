@@ -12,14 +12,19 @@ namespace Qcf::Eval {
 /// How much a plan may still take. A tree may share nodes, of which every place has steps of its
 /// own, call much, and be deep: what would make too many steps, or stands too deep, is evaluated as
 /// it stands. Without sharing a tree has as many parts as nodes at most.
+///
+/// One budget serves the making of one plan, on one thread.
 class PlanBudget {
 public:
+    /// `ownNodes` are the function's, each once: what a plan may have grows with what somebody
+    /// wrote, not with the places in which it is used.
     explicit PlanBudget(std::size_t ownNodes)
         : parts_(smallestBudget + partsPerNode * ownNodes),
           callees_(parts_),
           roomForConstants(parts_) {}
 
-    /// One level deeper for as long as it lives.
+    /// One level deeper for as long as it lives. Levels count through inlined calls, too: lowering
+    /// recurses, and the stack is what it would use up.
     class Level {
     public:
         explicit Level(PlanBudget & budget) : budget_(budget) { ++budget_.depth_; }
@@ -30,9 +35,11 @@ public:
     private:
         PlanBudget & budget_;
     };
+    /// Whether the present level is beyond the deepest that is lowered.
     bool isTooDeep() const { return depth_ > deepestLevel; }
 
-    /// Takes so many statements, conditions or operands; false when they are too many.
+    /// Takes so many statements, conditions or operands; false when they are too many. Nothing is
+    /// taken when they do not fit; smaller pieces may still do.
     bool take(std::size_t parts) {
         bool const fits = parts <= parts_;
         parts_ -= fits ? parts : 0;
@@ -44,7 +51,8 @@ public:
     void takeCallee(std::size_t nodes) { callees_ -= nodes; }
 
     /// The links of a chain from this one on; each is walked once, however many places share it.
-    /// `next` gives a link's successor.
+    /// `next` gives a link's successor. Chains may share their ends: walking such ends again for
+    /// each head would take quadratic time.
     template <typename Link, typename Next>
     std::size_t lengthOf(Link const * link, Next next) {
         std::vector<Link const *> unknown;
@@ -60,9 +68,13 @@ public:
     }
 
 private:
+    /// Even a function of two nodes may inline a little.
     static constexpr std::size_t smallestBudget = 64;
+    /// Sharing that multiplies the steps by more than this is left to the nodes.
     static constexpr std::size_t partsPerNode = 4;
+    /// Bounds what one call adds to the plan; a larger callee is called.
     static constexpr std::size_t largestCallee = 128;
+    /// What stands deeper is evaluated as it stands, so that the recursion of lowering has a bound.
     static constexpr std::size_t deepestLevel = 100;
 
     std::size_t parts_;

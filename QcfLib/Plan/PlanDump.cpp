@@ -8,6 +8,7 @@ namespace Qcf::Eval {
 
 namespace {
 
+/// A plan is a graph: each step is printed once, and named by its number wherever it is gone to.
 class PlanText {
 public:
     PlanText(PlanSteps const & steps, DumpContext const & out) : steps_(steps), out_(out) {
@@ -19,6 +20,7 @@ public:
     void print(PlanStep const & first) {
         numberOf(first);
         out_.print("plan of %zu steps\n", steps_.size());
+        // The order grows while it is printed: a step speaks of others, which are then printed too.
         for (std::size_t i = 0; i < order_.size(); ++i) {
             printStep(*order_[i], i + 1);
         }
@@ -42,6 +44,7 @@ private:
         String separator = "\n          ";
         for (std::size_t at = 0; at < text.next.size(); ++at) {
             auto const & [outcome, next] = text.next[at];
+            // Outcomes that go to one step are told together.
             bool const sameAsNext = at + 1 < text.next.size() && text.next[at + 1].second == next;
             out_.print("%s%s", separator.c_str(), outcome.c_str());
             separator = sameAsNext ? ", " : "; ";
@@ -62,6 +65,7 @@ private:
     }
 
     String targetText(PlanStep const & step) {
+        // Ends belong to no plan and have no number: they are told where they are gone to.
         return step.isEnd() ? step.describe().kind : std::to_string(numberOf(step));
     }
 
@@ -75,6 +79,7 @@ private:
 } // namespace
 
 void Plan::dump(PtrConst<DumpContext> const & dumpContext) const {
+    // A body without effect: there is no step to number.
     if (first_->isEnd()) {
         dumpContext->print("plan of 0 steps: %s\n", first_->describe().kind.c_str());
         return;

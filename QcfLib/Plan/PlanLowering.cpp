@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <utility>
 
+/// Lowering goes through a function's tree from its end to its start, so that the step that comes
+/// next is always made already. A node is asked for its form in the place where it stands, as a
+/// statement or as a condition, and what has no form there is evaluated by its own `eval`.
 namespace Qcf::Eval {
 
 namespace {
@@ -14,7 +17,8 @@ namespace {
 /// Changes of one attribute that one step makes; a bound for what a single pass has to look at.
 constexpr std::size_t changesOfStep = 16;
 
-/// The links of a list, last first.
+/// The links of a list, last first. Chains are singly linked and may be long, so that no recursion
+/// turns them around.
 template <typename Link>
 std::vector<Link const *> fromLast(Link const * link) {
     std::vector<Link const *> links;
@@ -47,6 +51,8 @@ public:
     PlanStep const * step = nullptr; ///< null for a form that does not fit here
 };
 
+/// Changes and jumps. A condition in this place has no effect that a step could have, and is left
+/// to its node.
 class PlanLowering::StatementForm final : public Form {
 public:
     StatementForm(PlanLowering & ofPlan, Expression const & ofNode, PlanStep const * next)
@@ -61,6 +67,7 @@ public:
         step = plan.call(call, {next_, next_, next_});
     }
     void assign(IntModifiable const & target, SignedMagnitude value) override {
+        // An attribute without a place in the context's content has ways of its own to be written.
         if (target.source().stored != nullptr) {
             U64 const stored = valueWithin(rangeOf(target), value);
             step = plan.make<IntStoreStep>(node, target, stored, next_);
@@ -84,6 +91,7 @@ private:
     PlanStep const * next_;
 };
 
+/// Tests and what joins them. A change has no value to go by, and is left to its node.
 class PlanLowering::ConditionForm final : public Form {
 public:
     ConditionForm(PlanLowering & ofPlan, Expression const & ofNode, PlanTargets const & targets)
@@ -103,6 +111,8 @@ public:
     void negation(Expression const & operand) override {
         PlanBudget::Level const level(plan.budget_);
         if (plan.affords(1)) {
+            // Negation costs no step: the operand's targets are swapped, and unknown goes where
+            // false does.
             step = plan.condition(operand, {targets_.onTrue, targets_.onTrue, targets_.onFalse});
         }
     }
@@ -162,6 +172,7 @@ std::optional<ConstantTest> PlanLowering::constantTestOf(Expression const & node
     return form.constantTest;
 }
 
+// Lowering goes on even if the callee fits no more: what it made is forgotten at the end.
 void PlanLowering::noteNode(Expression const & node) {
     if (callee_ != nullptr) {
         callee_->fits = callee_->fits && !node.treeFacts().looksIntoFrame;
@@ -205,11 +216,14 @@ PlanStep const * PlanLowering::block(Block const & node, PlanStep const * next) 
         changes.clear();
     };
     for (auto const * const link : fromLast(node.stmts().get())) {
+        // The form is asked without making a step, to see whether the statement joins those behind
+        // it.
         TestForm form(*this, *link->entry());
         link->entry()->lower(form);
         auto const & change = form.intSetChange;
         bool const joins = change && !changes.empty() && changes.size() < changesOfStep &&
                            &change->target->typeData() == &changes.front().target->typeData();
+        // What stands between changes ends the run of them, for it may read the attribute.
         if (!joins) {
             makeChanges();
         }
@@ -244,6 +258,7 @@ PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
     }
     // Whether some node of the callee needs a frame after all shows when it is lowered.
     std::size_t const stepsBefore = steps_.size();
+    // Taken even if the callee turns out not to fit, so that failed attempts are bounded as well.
     budget_.takeCallee(*size);
     Callee callee{std::move(*arguments), targets};
     Callee * const caller = std::exchange(callee_, &callee);
@@ -274,6 +289,7 @@ PlanLowering::argumentsOf(FunctionCallExpression const & node) {
 // The last `else` first, then the clauses in bundles of what a decision table can hold.
 PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const * next) {
     PlanBudget::Level const level(budget_);
+    // Each link counts twice, for its condition and its block.
     if (!affords(2 * budget_.lengthOf(&head, elseIf))) {
         return nodeStatement(head, next);
     }
@@ -281,6 +297,7 @@ PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const 
     for (IfExpression const * link = &head; link != nullptr; link = elseIf(*link)) {
         links.push_back(link);
     }
+    // An `else` that is an `if` was taken as a link; this one is a block, or there is none.
     auto const & otherwise = links.back()->elseBlock();
     PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
     std::span<IfExpression const * const> rest = links;
@@ -299,6 +316,7 @@ PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> lin
     std::vector<PlanStep const *> targets;
     for (IfExpression const * const link : links) {
         conditions.push_back(link->condition().get());
+        // Blocks are made whether or not a table comes of it: both ways need them as targets.
         targets.push_back(block(*link->thenBlock(), next));
     }
     DecisionTableBuilder table(*this, conditions, budget_.roomForConstants);

@@ -18,6 +18,9 @@ namespace Qcf::Eval {
 /// Makes the steps of a function's nodes, each with the steps that come after it, so from the end
 /// to the start. Each node says by which form it can be run (`Expression::lower`); here is where
 /// the forms become steps. What no form fits, or no budget allows, is evaluated as it stands.
+///
+/// Nothing fails: a function of any shape has a plan, at worst one that evaluates its nodes.
+/// Lowering takes time and memory in proportion to the function's nodes (PlanBudget.h).
 class PlanLowering final : private ConditionLowering {
 public:
     /// Steps are put into the list, which the plan keeps.
@@ -33,19 +36,25 @@ private:
     class ConditionForm;
     class TestForm;
 
-    /// A function whose body is inlined where it is called.
+    /// A function whose body is inlined where it is called. Calls in its body may be inlined
+    /// likewise; the callee around it is then put aside.
     struct Callee {
         std::vector<SignedMagnitude> arguments;
         PlanTargets returns; ///< where it returns to, by the value that it returns
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
-    /// Whether the budget has room for so many parts here.
+    /// Whether the budget has room for so many parts here. Asked before the parts are looked at. A
+    /// node that it refuses is evaluated as a whole.
     bool affords(std::size_t parts);
+    /// The value that an operand has whatever the route: see `Lowering::constantOf`.
     std::optional<SignedMagnitude> constantOf(Int const & operand) const;
     std::optional<std::vector<SignedMagnitude>> argumentsOf(FunctionCallExpression const & node);
     std::optional<ConstantTest> constantTestOf(Expression const & node) override;
 
+    /// What goes on to `next`, unless it leaves the function. `otherwise` is where a chain goes
+    /// none of whose clauses holds. Those that may answer null have no steps for the node, which is
+    /// evaluated.
     PlanStep const * statement(Expression const & node, PlanStep const * next);
     PlanStep const * block(Block const & node, PlanStep const * next);
     PlanStep const * branch(IfExpression const & head, PlanStep const * next);
@@ -54,7 +63,9 @@ private:
     PlanStep const * leave(Expression const & operand, TerminationFlag how);
     PlanStep const * call(FunctionCallExpression const & node, PlanTargets const & targets);
 
+    /// What goes on to one of the targets, by its value.
     PlanStep const * condition(Expression const & node, PlanTargets const & targets) override;
+    /// The operands in their order, each of which goes where the whole goes once it decides.
     PlanStep const * chain(LogicalOperatorExpression const & node, PlanTargets const & targets);
     PlanStep const * test(Expression const & node, ConstantTest const & test,
                           PlanTargets const & targets);
@@ -77,6 +88,7 @@ private:
         return make<Step>(PlanSteps::Nodes(nodes), std::forward<Arguments>(arguments)...);
     }
 
+    /// Outlives the object, as the list of steps does.
     Function const & function_;
     PlanSteps & steps_;
     PlanBudget budget_;

@@ -15,10 +15,12 @@
 namespace Qcf::Eval {
 
 /// One run of a plan on one thread. Handed around by value: it is one word, and stays in a
-/// register.
+/// register. Valid as long as the caller's pointer to the context, which is never counted on the
+/// way.
 struct PlanRun {
     explicit PlanRun(Ptr<EvalContextBase> const & onContext) : contextPtr(onContext) {}
 
+    /// The context as the engine's own class, which every context is.
     EvalContext & context() const { return evalContext(contextPtr); }
 
     Ptr<EvalContextBase> const & contextPtr;
@@ -26,16 +28,20 @@ struct PlanRun {
 
 class PlanStep;
 
-/// What a step is, for dumps.
+/// What a step is, for dumps. Made when it is asked for: a plan that nobody looks at has no text.
 struct StepText {
     String kind;
     String detail = {};
-    /// Where it goes, by outcome.
+    /// Where it goes, by outcome. Outcomes of one target stand side by side, so that dumps show
+    /// them as one.
     std::vector<std::pair<String, PlanStep const *>> next = {};
 };
 
 /// One step. Each does what the nodes that it stands for do, through the same functions, and knows
 /// which step comes next for each outcome. A run ends at a step that is an end.
+///
+/// Steps are made by lowering, owned by their plan and never changed, with pointers to each other
+/// that form no circle: a run visits each step once at most.
 class PlanStep {
 public:
     constexpr PlanStep() = default;
@@ -49,6 +55,7 @@ public:
     /// few.
     virtual StepText describe() const = 0;
 
+    /// Kept as a member, since the loop of a run asks it after every step: no virtual call.
     bool isEnd() const { return isEnd_; }
     /// The result of a run that ends here, and what its function yields of it.
     EvalResult result() const { return result_; }
@@ -64,10 +71,12 @@ private:
     EvalResult returned_;
 };
 
-/// The end of a run with that result; there is one for each.
+/// The end of a run with that result; there is one for each. It lives as long as the process, and
+/// may be compared by its address.
 PlanStep const * endOfRun(EvalResult result);
 
-/// Walks from a step to the end; answers that.
+/// Walks from a step to the end; answers that. Used for a whole plan, and for a condition inside a
+/// decision table, which ends at ends of its own.
 inline PlanStep const & runSteps(PlanStep const * step, PlanRun run) {
     while (!step->isEnd()) {
         step = step->run(run);
@@ -76,12 +85,14 @@ inline PlanStep const & runSteps(PlanStep const * step, PlanRun run) {
 }
 
 /// Where to go on after a condition, by its value. The steps behind a condition are made before it,
-/// so that they are known here.
+/// so that they are known here. Two or all of them may be one step, as for `and`, which has no use
+/// for unknown.
 struct PlanTargets {
     PlanStep const * onUnknown;
     PlanStep const * onFalse;
     PlanStep const * onTrue;
 
+    /// Never null.
     PlanStep const * at(TriStateBoolValue value) const {
         return value == QcfTrue() ? onTrue : value == QcfFalse() ? onFalse : onUnknown;
     }
@@ -93,10 +104,14 @@ struct PlanTargets {
 /// An integer operand, read where it stands: from the context's changes if the function wrote it,
 /// by the agent's accessor otherwise, by its node if it is no attribute. Where the value is outside
 /// the attribute's range the node is asked, too, since it is that which asserts.
+///
+/// Agents see the same calls of accessors as from the node: none for an attribute that was written.
 class PlanInt {
 public:
+    /// The source is asked of the node once; it is empty for what is no attribute.
     explicit PlanInt(Int const & node) : node_(&node), source_(node.source()) {}
 
+    /// One subtraction tests both bounds: what lies below the least wraps around to a large number.
     U64 read(PlanRun run) const {
         if (source_.input == nullptr) {
             return node_->getVal(run.contextPtr);
@@ -116,6 +131,7 @@ private:
 
 /// A set operand, read likewise. What it lends is good until the attribute is written.
 template <typename Set>
+/// Sets are not counted on the way; the context or the route keeps them.
 class PlanSet {
 public:
     explicit PlanSet(SetStorage<Set> const & node) : node_(&node), source_(node.source()) {}

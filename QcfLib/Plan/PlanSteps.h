@@ -10,11 +10,15 @@
 namespace Qcf::Eval {
 
 /// The steps of one plan, in the order in which they were made, and the nodes that each stands for.
+///
+/// Nodes are kept for dumps alone, in one array for all steps, since most steps stand for one node.
 class PlanSteps {
 public:
     using Nodes = std::span<Expression const * const>;
 
+    /// Steps are numbered in the order of making: a step comes after those that it goes to.
     std::size_t size() const { return steps_.size(); }
+    /// From 0 on; the number must be valid.
     PlanStep const & at(std::size_t number) const { return *steps_[number].step; }
     /// The nodes that a step stands for, in the order of the text.
     Nodes nodesOf(std::size_t number) const {
@@ -23,13 +27,15 @@ public:
         return Nodes(nodes_).subspan(steps_[number].firstNode, end - steps_[number].firstNode);
     }
 
-    /// Takes a step; it stays where it is as long as the list.
+    /// Takes a step; it stays where it is as long as the list. The nodes must outlive the list, as
+    /// those of the plan's function do.
     PlanStep const * add(std::unique_ptr<PlanStep const> step, Nodes nodes) {
         steps_.push_back({std::move(step), nodes_.size()});
         nodes_.insert(nodes_.end(), nodes.begin(), nodes.end());
         return steps_.back().step.get();
     }
-    /// Forgets the steps made after there were so many.
+    /// Forgets the steps made after there were so many. For an attempt that did not fit. Nobody may
+    /// keep a pointer to one of them; older steps never point at newer ones.
     void shrinkTo(std::size_t size) {
         if (size < steps_.size()) {
             nodes_.resize(steps_[size].firstNode);

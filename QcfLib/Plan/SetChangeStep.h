@@ -13,12 +13,15 @@ namespace Qcf::Eval {
 
 /// One or more changes of one set attribute, made where the set stands and in one pass; where that
 /// cannot be the nodes make them. Several changes are for sets without anything beside their
-/// values.
+/// values. A run tries to do all of them or none: a set that was half edited would be edited twice
+/// by the nodes.
 template <typename Set>
 class SetChangeStep final : public PlanStatement {
 public:
     using Value = typename Set::Value;
 
+    /// All changes have one target, in the order of their statements; at least one. They are joined
+    /// here, once a plan, into values that go out and values that come in.
     SetChangeStep(std::vector<SetChange<Set>> const & changes, PlanStep const * next)
         : PlanStatement(next),
           current_(*changes.front().target),
@@ -50,6 +53,7 @@ public:
         return next();
     }
 
+    /// How many values, and not which: constants may be many.
     StepText describe() const override {
         return text("change set", current_.text() + ", " + std::to_string(removed_.size()) +
                                       " values out, " + std::to_string(added_.size()) + " in");
@@ -72,15 +76,19 @@ private:
         }
     }
 
+    /// Uncounted: the set is a constant of the function, or the one that was read.
     void store(PlanRun run, Set const * set) const {
         (run.context().modify(target_.modifiedFlag).*target_.stored).borrow(set);
     }
 
     PlanSet<Set> current_;
     SetSource<Set> target_;
+    /// In the order of their statements, which is that of evaluation where no edit in place can be.
     std::vector<Expression const *> nodes_;
+    /// Ascending both. A value in both ends up in the set, since what goes out goes first.
     std::vector<Value> removed_;
     std::vector<Value> added_;
+    /// Null where an empty set stays empty, or where no single addition has all of the result.
     Set const * whenEmpty_;
 };
 

@@ -6,27 +6,35 @@
 
 /// The steps that ask something of the route and change nothing. Each reads what its node would
 /// read, in the same order, and at most as often.
+///
+/// Each is a class of its own and not one with a switch, so that a test costs one indirect call and
+/// what it compares. They allocate nothing. What `describe` tells is for dumps: of large constants
+/// only the size.
 namespace Qcf::Eval {
 
 /// A question that is answered by yes or no. Where unknown goes is of no interest to it.
+/// Comparisons never are unknown, hence two successors and a smaller step.
 class PlanTest : public PlanStep {
 public:
     explicit PlanTest(PlanTargets const & targets)
         : onFalse_(targets.onFalse), onTrue_(targets.onTrue) {}
 
 protected:
+    /// The step to go on with.
     PlanStep const * next(bool holds) const { return holds ? onTrue_ : onFalse_; }
     StepText text(String kind, String detail) const {
         return {std::move(kind), std::move(detail), {{"true", onTrue_}, {"false", onFalse_}}};
     }
 
 private:
+    /// Of the plan; never null.
     PlanStep const * onFalse_;
     PlanStep const * onTrue_;
 };
 
 /// A node that no other step knows, as a condition. It is evaluated as the tree would, and may end
-/// the run: a built-in function that is asked in a condition can exit.
+/// the run: a built-in function that is asked in a condition can exit. A return out of a condition
+/// is a malformed tree and asserted, as by the walk.
 class NodeTest final : public PlanStep {
 public:
     NodeTest(Expression const & node, PlanTargets const & targets)
@@ -46,7 +54,8 @@ private:
     PlanTargets targets_;
 };
 
-/// An integer compared with one constant: the commonest of all tests, one comparison.
+/// An integer compared with one constant: the commonest of all tests, one comparison. The constant
+/// is one that has no sign: others are left to the node.
 class IntEqualTest final : public PlanTest {
 public:
     IntEqualTest(PlanInt lhs, U64 rhs, PlanTargets const & targets)
@@ -61,7 +70,9 @@ private:
     U64 rhs_;
 };
 
-/// Whether an integer lies within bounds.
+/// Whether an integer lies within bounds. All orders of an integer and a constant come here as
+/// bounds, both inclusive; bounds that nothing satisfies are allowed, and the integer is read all
+/// the same.
 class IntBoundsTest final : public PlanTest {
 public:
     IntBoundsTest(PlanInt lhs, IntBounds const & bounds, PlanTargets const & targets)
@@ -84,7 +95,8 @@ private:
     IntBounds bounds_;
 };
 
-/// An integer looked up in a constant set, by its index where it has one.
+/// An integer looked up in a constant set, by its index where it has one. The set is a literal's
+/// kept value and lives as long as the node.
 class IntInSetTest final : public PlanTest {
 public:
     IntInSetTest(PlanInt lhs, U64SmallVector const & set, PlanTargets const & targets)
@@ -102,7 +114,8 @@ private:
     U64SmallVector const & set_;
 };
 
-/// Whether a set shares a value with a constant set.
+/// Whether a set shares a value with a constant set. The way of searching is chosen at each
+/// question by the sizes of both (SetAlgebra.h). A null set has no values.
 template <typename Set>
 class SetHasAnyTest final : public PlanTest {
 public:
@@ -123,7 +136,8 @@ private:
 };
 
 /// A prefix attribute as what is looked up in a prefix list: the route's own prefix, which cannot
-/// be written, so that the accessor is all there is to ask.
+/// be written, so that the accessor is all there is to ask. A prefix that has no accessor stays
+/// with its node.
 class PlanPrefix {
 public:
     explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
@@ -135,7 +149,8 @@ private:
     PrefixSource source_;
 };
 
-/// An address as what is looked up in a prefix list.
+/// An address as what is looked up in a prefix list. It asks the node, which knows whether the
+/// address was written.
 class PlanHost {
 public:
     explicit PlanHost(IpAddress const & node) : node_(&node) {}
@@ -147,11 +162,13 @@ private:
 };
 
 /// A prefix list of the agent's, found by its slot at each question: new lists come with a new
-/// object of external matchers, and the plan stays.
+/// object of external matchers, and the plan stays. The matcher is asked for by the candidate's
+/// family, and is null where the agent has no such list.
 class PlanPrefixList {
 public:
     explicit PlanPrefixList(PrefixListImmediate const & node)
         : node_(&node), isV4_(node.isV4()), slot_(node.indexInAet()) {}
+    /// Borrowed from the agent's matchers, which the context holds for the evaluation.
     Routing::Policy::PrefixListMatcher const * matcher(PlanRun run, AddressFamily family) const {
         return run.context().externalMatchers()->prefixList(isV4_, slot_, family);
     }
@@ -163,7 +180,8 @@ private:
     U16 slot_;
 };
 
-/// A prefix or an address looked up in a prefix list. Without a list the answer is false.
+/// A prefix or an address looked up in a prefix list. Without a list the answer is false. The list
+/// itself may leave it open: then the answer is unknown, and goes where unknown goes.
 template <typename Candidate>
 class PrefixListTest final : public PlanStep {
 public:

@@ -2,11 +2,15 @@
 
 #include "QcfLib/Sets/SetEdits.h"
 
+/// The containers' own members, which agents call: the algebra of SetAlgebra.h and SetEdits.h with
+/// counted operands, since an agent cannot promise that its operands outlive the result. The engine
+/// itself calls the algebra with borrowed ones.
 namespace Qcf::Eval {
 
 namespace {
 
-/// A set operation with counted operands and result.
+/// A set operation with counted operands and result. A result that is an operand was not counted by
+/// the operation, and is counted here.
 template <typename Set, typename Operation>
 PtrConst<Set> counted(Operation operation, PtrConst<Set> const & a, PtrConst<Set> const & b,
                       typename Set::Buffer & scratch) {
@@ -24,6 +28,7 @@ void sortWithoutDuplicates(Set & set) {
 
 } // namespace
 
+// Two names for each way to make an empty container: creators are members, factories are functions.
 Ptr<U64SmallVector> U64SmallVector::U64SmallVectorIs(ModifyFlag modifyFlag) {
     return makePtr<U64SmallVector>(modifyFlag);
 }
@@ -44,6 +49,7 @@ Ptr<CommunitySmallVector> communitySmallVectorFactory(ModifyFlag modifyFlag) {
     return makePtr<CommunitySmallVector>(modifyFlag);
 }
 
+// From here on one line an operation: the members exist so that agents need not include templates.
 void U64SmallVector::normalize() { sortWithoutDuplicates(*this); }
 bool U64SmallVector::contains(U64 value) const { return setContains(*this, value); }
 bool U64SmallVector::isEqual(U64SmallVector const * a, U64SmallVector const * b) {
@@ -72,6 +78,7 @@ PtrConst<U64SmallVector> U64SmallVector::retain(PtrConst<U64SmallVector> const &
 }
 String U64SmallVector::toStrep() const { return setToStrep(*this); }
 
+// A list is compared in its order, which is the same walk.
 bool U64UnsortedSmallVector::isEqual(U64UnsortedSmallVector const * a,
                                      U64UnsortedSmallVector const * b) {
     return setsEqual(a, b);

@@ -2,6 +2,8 @@
 
 #include "QcfLib/Sets/SetEdits.h"
 
+/// Where the result of a set operation is gathered: the rule is that of SetEdits.h, and is applied
+/// when the first value comes. An operation without a result makes no set.
 namespace Qcf::Eval {
 
 // The first operand is still being read while values come: they gather in the scratch buffer.
@@ -13,6 +15,7 @@ void LazySmallVector<Set>::chooseTarget() {
         target_ = &scratch_;
         return;
     }
+    // A new set is this evaluation's own, so that the next operator may overwrite it.
     result_ = makePtr<Set>(ModifyFlag::reuseOnWrite);
     if (expectedSize_ > inlineSetCapacity) {
         result_->values().reserve(expectedSize_);
@@ -22,6 +25,7 @@ void LazySmallVector<Set>::chooseTarget() {
 
 template <typename Set>
 void LazySmallVector<Set>::copyBack() {
+    // By now the first operand was read to its end: it may be overwritten.
     result_->clear();
     result_->values().reserve(expectedSize_);
     for (auto const & value : scratch_) {
@@ -37,6 +41,7 @@ PtrConst<CommunitySmallVector> LazyCommunitySmallVectorInsertingLBW::get() {
     insertLinkBandwidth();
     PtrConst<CommunitySmallVector> newVector = values_.get();
     QCF_ASSERT(nullptr != newVector && "We must have at least inserted the LBW");
+    // What went through a buffer did not note it.
     writable(*newVector).lbwValueIs(linkBandwidth_);
     return newVector;
 }
