@@ -7,6 +7,8 @@
 
 #include <unordered_set>
 
+/// What is remarked on is decided here; whether it is certain, by the flow and by the ranges of
+/// values.
 namespace Qcf::Documents {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
@@ -14,7 +16,8 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 namespace {
 
 /// Visits the nodes of a function once each, in the order of the text, called functions too but not
-/// what is in them.
+/// what is in them. A callee is looked through as a function of its own: what is in it would be
+/// told once for each caller.
 template <typename Visit>
 void eachNode(Function const & function, Visit const & visit) {
     std::unordered_set<AetNodeBase const *> met;
@@ -40,6 +43,7 @@ public:
         if (!outermost) {
             return;
         }
+        // Such a function refuses before its body is begun, so that how the body ends is no matter.
         if (function.argumentsExpected()) {
             add(Remark::Kind::expectsArguments, function,
                 "nothing calls the function, which expects arguments: it answers false");
@@ -60,7 +64,8 @@ private:
         }
     }
 
-    /// Of the statements that are never reached the first is told.
+    /// Of the statements that are never reached the first is told. What stands behind it follows
+    /// from the same fault.
     void statements(Block const & block) {
         for (auto const * link = block.stmts().get(); link != nullptr; link = link->next().get()) {
             if (!flow_.of(*link->entry()).completes && link->next()) {
@@ -113,6 +118,7 @@ char const * remarkName(Remark::Kind kind) {
     return "";
 }
 
+// A walk meets the function itself, too, which is no call: functions never call themselves.
 std::vector<bool> outermostOf(std::span<PtrConst<Function> const> functions) {
     std::unordered_set<AetNodeBase const *> called;
     for (auto const & function : functions) {

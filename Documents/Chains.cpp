@@ -3,6 +3,8 @@
 #include "Documents/ObjectFields.h"
 #include "Documents/Words.h"
 
+/// A chain may have a million links, so that neither following nor making one goes deeper by each
+/// link.
 namespace Qcf::Documents {
 
 using Eval::classWanted;
@@ -18,9 +20,12 @@ void Chain::append(JsonValue const & array) {
 Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
                 std::optional<JsonValue> json, Position const & position) {
     Chain chain{Eval::classWanted(position.field)};
+    // Only the first link may be missing where the position allows none: behind a link a chain may
+    // end.
     bool optional = position.field.optional;
     for (; json && !json->isNull(); optional = true) {
         if (json->isArray()) {
+            // An empty array is no link at all, and so as good as null.
             if (json->size() == 0 && !optional) {
                 position.fail(*json, describe(*json));
             }
@@ -28,6 +33,8 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
             return chain;
         }
         if (json->isObject() && json->find(word::reference)) {
+            // The class of what is referred to is judged by the position: links of a chain want one
+            // of their own.
             chain.tail = earlier.findReferenced(*json, position);
             return chain;
         }
@@ -48,7 +55,8 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
     return chain;
 }
 
-// From the end on: a link refers to the one behind it.
+// From the end on: a link refers to the one behind it. The keys so rise from the end to the front,
+// as those of children before parents do.
 U32 addLinks(NodeBuilder & builder, Chain const & chain) {
     U32 next = chain.tail;
     for (auto link = chain.links.rbegin(); link != chain.links.rend(); ++link) {

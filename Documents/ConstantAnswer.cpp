@@ -54,6 +54,7 @@ bool holds(ComparisonOrder order, Value const & a, Value const & b) {
 
 std::optional<bool> answerOf(ComparisonOrder order, Sides<Int> const & sides) {
     bool const isSame = &sides.lhs == &sides.rhs && sides.lhs.typeData().attribute != nullptr;
+    // Any value will do in place of the attribute's.
     if (isSame) { // an attribute is the same however often it is read
         return holds(order, 0, 0);
     }
@@ -82,6 +83,8 @@ std::optional<bool> answerOf(ComparisonOrder order, Sides<Bandwidth> const & sid
     return holds(order, lhs->value(), rhs->value());
 }
 
+// The one comparison of its type, and so without an order. A value that is the same node on both
+// sides is read twice, with one answer.
 std::optional<bool> answerOf(TriStateBoolIs const & comparison) {
     auto const & lhs = *comparison.lhs();
     auto const & rhs = *comparison.rhs();
@@ -102,6 +105,7 @@ std::optional<bool> answerOf(IntInImmediateSet const & membership) {
     IntSpan const values = IntSpan::ofLeft(*membership.lhs());
     for (auto const * link = set->head().get(); link != nullptr; link = link->next().get()) {
         auto const element = IntSpan::of(*link->entry());
+        // An element that is not known could be any value.
         bool const isKnown = element && element->isOne();
         if (!isKnown || values.meets(element->asElement())) {
             return std::nullopt;
@@ -128,6 +132,8 @@ String outOfRange(IntModifiable const & target, Int const & operand, bool assign
         return {};
     }
     S128 const value = constant->least();
+    // The default of an attribute may lie outside of its range, as "not set" does; it may be
+    // assigned, but not reckoned with.
     bool const isDefault = assigns && value == S128(target.defaultValue());
     bool const fits = isDefault || (assigns ? value >= target.min() && value <= target.max()
                                             : abs(value) <= S128(target.max()));
@@ -136,7 +142,8 @@ String outOfRange(IntModifiable const & target, Int const & operand, bool assign
                       IntSpan(target.min(), target.max()).text();
 }
 
-/// Of a node that writes to an integer attribute; empty for others.
+/// Of a node that writes to an integer attribute; empty for others. By what the fields want, as all
+/// classes that write have the same two.
 String writtenOutOfRange(AetNodeBase const & node) {
     IntModifiable const * target = nullptr;
     Int const * operand = nullptr;
@@ -151,7 +158,8 @@ String writtenOutOfRange(AetNodeBase const & node) {
     return writes ? outOfRange(*target, *operand, node.typeData().facts.assigns) : String();
 }
 
-/// Of a membership that may be true: an element that no value of the left side equals.
+/// Of a membership that may be true: an element that no value of the left side equals. Where the
+/// answer is constant that is told instead, once for all elements.
 String outOfRange(IntInImmediateSet const & membership) {
     auto const * const set = as<IntSetImmediate>(*membership.rhs());
     if (set == nullptr || answerOf(membership)) {
@@ -182,6 +190,7 @@ String outOfRange(IntLinkedList const * link) {
 
 } // namespace
 
+// Unknown counts as not true, as where a condition is unknown.
 std::optional<bool> constantAnswer(Expression const & predicate) {
     ComparisonOrder const order = predicate.typeData().facts.compares;
     if (auto const ints = sidesOf<Int>(predicate, NodeKind::int_)) {
@@ -208,6 +217,8 @@ std::optional<bool> constantAnswer(Expression const & predicate) {
     return std::nullopt;
 }
 
+// Only for what `constantAnswer` knows of comparisons: both go by the same classes in the same
+// order.
 String comparedValues(Expression const & comparison) {
     if (auto const ints = sidesOf<Int>(comparison, NodeKind::int_)) {
         return textWithRange(ints->lhs) + " and " + textWithRange(ints->rhs);

@@ -4,6 +4,8 @@
 #include "Documents/ScalarReader.h"
 #include "Documents/Words.h"
 
+/// In a flat document all nodes stand before all functions, calls among them. One look at the whole
+/// settles which of them can be read when, so that reading itself never goes back.
 namespace Qcf::Documents {
 
 using Eval::FieldRole;
@@ -13,6 +15,7 @@ using Eval::NodeClass;
 DocumentScan::DocumentScan(std::optional<JsonValue> const & nodes, JsonValue const & functions,
                            ListNames & names)
     : names_(names), waiting_(functions.size() + 1) {
+    // Where each function stands must be known before any entry is looked at.
     std::size_t count = 0;
     for (JsonValue const function : functions) {
         ++count;
@@ -50,10 +53,13 @@ void DocumentScan::scanMetadata(JsonValue const & function) {
     }
 }
 
+// An entry waits for the last of all functions that it needs. Whoever refers to its nodes has to
+// wait as long, which is found out because references point backwards.
 void DocumentScan::scanEntry(JsonValue const & node) {
     wait_ = 0;
     keys_.clear();
     scan(node);
+    // Entries that wait for the same function keep their order.
     waiting_[wait_].push_back(node);
     for (U64 const key : wait_ == 0 ? std::vector<U64>() : keys_) {
         waitByKey_.emplace(key, wait_);
@@ -76,6 +82,8 @@ void DocumentScan::scanObject(JsonValue const & json) {
     auto const reference = json.find(word::reference);
     auto const key = json.find(word::key);
     auto const name = json.find(word::nodeClass);
+    // A key that is not known here is that of a node that need not wait, or nobody's, which shows
+    // when it is read.
     if (reference && reference->asU64()) {
         auto const wait = waitByKey_.find(*reference->asU64());
         waitFor(wait == waitByKey_.end() ? 0 : wait->second);
@@ -90,6 +98,7 @@ void DocumentScan::scanObject(JsonValue const & json) {
     }
 }
 
+// Functions may stand among nodes, too, with metadata of their own.
 void DocumentScan::scanNode(NodeObject const & node) {
     if (auto list = mentionedList(node)) {
         auto const slot = node.find(FieldRole::listSlot);

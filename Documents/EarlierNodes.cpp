@@ -8,6 +8,8 @@ namespace Qcf::Documents {
 using Eval::FieldRole;
 using Eval::Function;
 
+// An object with `ref` and anything else could be meant as a reference or as a node of its own: it
+// is neither.
 U32 EarlierNodes::findReferenced(JsonValue const & json, Position const & position) const {
     JsonValue const reference = *json.find(word::reference);
     U64 const key = reference.expectU64(1);
@@ -16,6 +18,7 @@ U32 EarlierNodes::findReferenced(JsonValue const & json, Position const & positi
                   std::to_string(json.size()) + " keys");
     }
     auto const number = builder_.find(key);
+    // Told apart from a key that nobody has, so that one fault of a document is not taken for two.
     if (!number && unreadKeys_.contains(key)) {
         reference.fail(position.subject(), "key of a node that could be read",
                        "key " + std::to_string(key) + ", which has an error or stands behind one");
@@ -31,6 +34,8 @@ U32 EarlierNodes::findReferenced(JsonValue const & json, Position const & positi
     return *number;
 }
 
+// The name is a field of the call besides: it is found wanting here, before the call's own fields
+// are read.
 U32 EarlierNodes::findCalled(JsonValue const & call, Position const & position) const {
     Position const naming = Position::of(position.owner, FieldRole::calleeName);
     auto const name = call.find(naming.field.name);
@@ -77,6 +82,7 @@ void EarlierNodes::addUnreadObject(JsonValue const & json) {
         builder_.keyIsTaken(*key->asU64());
     }
     auto const name = json.find(word::functionName);
+    // With a body: other objects have a member of that name, too.
     auto const & body = *Eval::nodeClassOf<Function>().fieldOf(FieldRole::body);
     bool const isFunction = name && name->isString() && json.find(body.name);
     if (isFunction && !functions_.contains(String(name->asString()))) {

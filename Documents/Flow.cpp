@@ -2,6 +2,8 @@
 
 #include "Documents/ConstantAnswer.h"
 
+/// Each class says for itself how it leaves; what is not named here evaluates its operands and goes
+/// on.
 namespace Qcf::Documents {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
@@ -27,6 +29,7 @@ Flow FlowAnalysis::workOut(Expression const & node) {
     if (auto const * const leave = as<ReturnExpression>(node)) {
         return {.completes = false, .returns = of(*leave->expr()).completes};
     }
+    // An exit passes over the function that it stands in, and is none of its returns.
     if (is<ExitExpression>(node)) {
         return {.completes = false, .returns = false};
     }
@@ -47,6 +50,7 @@ Flow FlowAnalysis::workOut(Expression const & node) {
     return {.completes = !returns, .returns = returns};
 }
 
+// Statements behind one that always leaves say nothing of the block.
 Flow FlowAnalysis::ofBlock(Block const & block) {
     Flow flow;
     for (auto const * link = block.stmts().get(); link != nullptr && flow.completes;
@@ -65,6 +69,7 @@ Flow FlowAnalysis::ofIf(IfExpression const & node) {
     // A branch that is never taken says nothing of how evaluation leaves.
     auto const answer = constantAnswer(*node.condition());
     Flow const taken = of(*node.thenBlock());
+    // Without an else the other way does nothing and goes on.
     Flow const other = node.elseBlock() ? of(*node.elseBlock()) : Flow();
     if (answer) {
         return *answer ? taken : other;

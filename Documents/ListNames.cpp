@@ -2,12 +2,15 @@
 
 #include "Platform/Render/Utf8.h"
 
+/// Joined sets form a graph, as the trees do that they belong to. Joining must be cheap, since
+/// every node joins; listing happens once a function and may cost more.
 namespace Qcf::Documents {
 
 namespace {
 
 /// Of a set that is two others joined.
 constexpr U32 noUse = ~U32{0};
+// Tables of the agent are indexed by 16 bits.
 constexpr U16 largestSlot = 0xffff;
 
 /// "metadata"
@@ -25,7 +28,8 @@ String metadataName() {
 
 } // namespace
 
-// Slot 0 selects nothing, so any number of names may have it.
+// Slot 0 selects nothing, so any number of names may have it. A name that has a slot keeps it: the
+// first one that is told counts.
 bool ListNames::take(SlotKind kind, String const & name, U16 slot) {
     if (slot != 0) {
         auto const [at, isNew] = ofKind(kind).taken.emplace(slot, name);
@@ -37,6 +41,8 @@ bool ListNames::take(SlotKind kind, String const & name, U16 slot) {
     return true;
 }
 
+// Slots are the document's and not a function's: one agent's tables serve all its functions, so
+// that they must agree.
 void ListNames::metadataIs(JsonValue const & place, FunctionMetadata const & metadata) {
     for (SlotKindInfo const & info : slotKinds) {
         SlotMap const & slots = slots_.of(info.kind);
@@ -60,6 +66,7 @@ void ListNames::slotIs(SlotKind kind, String const & name, U64 slot) {
     }
 }
 
+// Counted wider than slots are, so that the end shows.
 U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
     auto const & taken = ofKind(kind).taken;
     U32 & last = ofKind(kind).lastCounted;
@@ -72,6 +79,8 @@ U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
     return static_cast<U16>(last);
 }
 
+// The first use makes the set and the entry of the document's lists; all later ones answer with
+// that set, so that a tree with many uses of one name has one set for it.
 U32 ListNames::use(JsonValue const & place, SlotKind kind, String const & name) {
     auto const [at, isNew] = ofKind(kind).uses.emplace(name, static_cast<U32>(uses_.size()));
     if (!isNew) {

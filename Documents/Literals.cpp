@@ -31,12 +31,15 @@ U32 integer(Literal const & literal) {
                   : none;
 }
 
+// The nearest float counts: a bandwidth that cannot be written exactly is no error.
 U32 bandwidth(Literal const & literal) {
     auto const number = literal.json.asFloat();
     return number ? literal.add(bandwidthImmediateFactory(literal.key(), *number)) : none;
 }
 
-/// The immediate of a value that reads itself.
+/// The immediate of a value that reads itself. What is no literal of this type is told by the
+/// caller, which knows all that may stand there; the value's own complaint would name one type
+/// alone.
 template <typename Value, auto factory>
 U32 scalar(Literal const & literal) {
     Value value{};
@@ -48,7 +51,7 @@ U32 scalar(Literal const & literal) {
     return literal.add(factory(literal.key(), value));
 }
 
-// Of texts only that of the unknown value.
+// Of texts only that of the unknown value. The type itself would take the text "true", too.
 U32 triStateBool(Literal const & literal) {
     JsonValue const & json = literal.json;
     bool const isUnknown = json.isString() && json.asString() == toString(QcfUnknown());
@@ -57,6 +60,7 @@ U32 triStateBool(Literal const & literal) {
                : none;
 }
 
+// A predicate is a node around the value: it has the later key, as a child's comes first.
 U32 expression(Literal const & literal) {
     U32 const value = triStateBool(literal);
     if (value == none) {
@@ -71,6 +75,7 @@ U32 argument(Literal const & literal) {
     if (literal.json.isBool()) {
         return triStateBool(literal);
     }
+    // An integer first: every one would do as a bandwidth, too.
     U32 const number = integer(literal);
     return number == none ? bandwidth(literal) : number;
 }
@@ -79,6 +84,7 @@ struct OperatorRule {
     String text;
     Ptr<LogicalOperator> (*make)(U64 key);
 };
+// A node is made for its text alone, once a process: so this text and that of dumps cannot differ.
 template <auto factory>
 OperatorRule operatorRule() {
     return {factory(1)->toStrep(), [](U64 key) -> Ptr<LogicalOperator> { return factory(key); }};
@@ -101,6 +107,8 @@ struct LiteralRule {
     NodeKind wanted;
     U32 (*read)(Literal const & literal);
 };
+// By what the position wants, each kind once. What is not here has no literals: it is written as an
+// object.
 constexpr LiteralRule literalRules[] = {
     {NodeKind::int_, integer},
     {NodeKind::bandwidth, bandwidth},
@@ -123,6 +131,7 @@ std::optional<U32> Literals::attribute(JsonValue const & json, Position const & 
     if (nodeClass == nullptr) {
         return std::nullopt;
     }
+    // One node serves all places that name the attribute, whatever they want of it.
     auto const known = attributes_.find(nodeClass);
     if (known != attributes_.end()) {
         bool const fits = position.field.accepts(*builder_.node(known->second));
@@ -150,6 +159,8 @@ U32 Literals::read(JsonValue const & json, Position const & position) {
             }
         }
     }
+    // The name of an attribute that may not stand there is told as such: the type is wrong, not the
+    // spelling.
     NodeClass const * const other = json.isString() ? findAttribute(json.asString()) : nullptr;
     position.fail(json, other == nullptr ? describe(json)
                                          : String(other->name) + " (" + describe(json) + ")");

@@ -7,6 +7,9 @@
 
 #include <boost/container/small_vector.hpp>
 
+/// The order in which a node is taken in is fixed by what needs what: content needs the children's
+/// structures, facts the children's facts, checks the facts, and a kept value needs all checks
+/// passed.
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
@@ -85,6 +88,7 @@ void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
     }
 }
 
+// Depth counts levels alone: links of a chain stand side by side, and may be millions.
 void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
                              std::span<U32 const> children) const {
     U32 below = 0;
@@ -108,6 +112,8 @@ void NodeBuilder::keepConstant(JsonValue const & place, Node const & node,
         return;
     }
     constantElements_ += elements.length;
+    // Kept values are memory that the document's size does not show: elements that are shared count
+    // again in each literal that has them.
     if (constantElements_ > ProgramLimits::constantElements) {
         place.fail(node.typeData().name,
                    "at most " + std::to_string(ProgramLimits::constantElements) +

@@ -5,6 +5,9 @@
 
 #include <array>
 
+/// Evaluation asserts where a tree is malformed, and an assertion ends the process. Whatever it
+/// asserts of a tree is therefore checked here, where a document can still be turned down with its
+/// place.
 namespace Qcf::Documents {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
@@ -17,6 +20,8 @@ String countText(std::size_t count, char const * what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+// Counted as evaluation meets them, not as they are stored: a few kilobytes of nodes that share
+// each other may unfold to more than can ever be walked.
 void checkExtent(JsonValue const & place, AetNodeBase const & node, NodeFacts const & facts) {
     if (facts.size > ProgramLimits::unfoldedNodes) {
         place.fail(node.typeData().name,
@@ -41,7 +46,8 @@ void checkOperands(JsonValue const & place, AetNodeBase const & node, Children c
     }
 }
 
-/// The child that plays the role; null where it is absent.
+/// The child that plays the role; null where it is absent. Children count node fields alone, fields
+/// all of them.
 NodeFacts const * childOf(AetNodeBase const & node, Children children, FieldRole role) {
     auto child = children.begin();
     for (FieldInfo const & field : node.typeData().fields) {
@@ -62,7 +68,8 @@ void checkBounds(JsonValue const & place, std::string_view subject, U32 lower, U
     }
 }
 
-/// A value that is passed as a reference would be read in the callee's frame.
+/// A value that is passed as a reference would be read in the callee's frame. By then the frame is
+/// that of another function, whose arguments are others.
 void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
                    NodeFacts const & entry) {
     NodeClass const & nodeClass = link.entry()->typeData();
@@ -72,7 +79,9 @@ void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
     }
 }
 
-/// The arguments of one call, against what the callee reads of them.
+/// The arguments of one call, against what the callee reads of them. Arguments that are missing end
+/// the process when the callee reads them. No tree of the callee is looked at: what it needs is
+/// known.
 class CallCheck {
 public:
     CallCheck(JsonValue const & place, FunctionCallExpression const & call,
@@ -82,7 +91,8 @@ public:
           earlier_(earlier),
           needs_(earlier.factsOf(*call.calleePtr()).needs) {}
 
-    /// Adds to the needs of the caller what its own arguments are passed on for.
+    /// Adds to the needs of the caller what its own arguments are passed on for. More arguments
+    /// than are needed do no harm: nobody reads them.
     void check(ArgumentNeeds & callersNeeds) {
         for (auto const * link = call_.argListHead().get(); link != nullptr;
              link = link->next().get()) {
@@ -94,6 +104,7 @@ public:
         require(ArgumentKind::prefixList, needs_.prefixLists, "prefix-list argument");
         if (needs_.nodes) {
             require(ArgumentKind::node, 1, "integer set as argument");
+            // Position 0 has the singletons, 1 and 2 the bounds of the ranges.
             checkBounds(place_, subject(), lengths_[1], lengths_[2]);
         }
     }
@@ -117,17 +128,23 @@ private:
 
     void takeInteger(StorageType const & entry, std::size_t position,
                      ArgumentNeeds & callersNeeds) const {
+        // Needs are known for 64 positions; an argument that stands behind them may not be passed
+        // on where a narrow one is wanted.
         if (position >= 64 || ((needs_.narrowIntegers >> position) & 1) == 0) {
             return;
         }
         bool fits = true;
         if (auto const * const constant = as<IntImmediate>(entry)) {
+            // Zero has no sign that counts.
             fits = constant->value() == 0 || (!constant->negative() && isNarrow(constant->value()));
         } else if (auto const * const table = as<RoaTableImmediate>(entry)) {
             fits = isNarrow(table->number());
         } else if (auto const * const attribute = entry.typeData().attribute) {
+            // An attribute without a range is trusted to fit.
             fits = isNarrow(attribute->max.value_or(0));
         } else if (readsArgument(entry)) {
+            // An argument passed on is as wide as what the caller gets: its own callers must see to
+            // it.
             U8 const index = argumentIndexOf(entry);
             fits = index < 64;
             callersNeeds.narrowIntegers |= fits ? U64{1} << index : 0;
@@ -138,6 +155,7 @@ private:
         }
     }
 
+    // These are the classes that the built-in functions read.
     void takeNode(StorageType const & entry, std::size_t position) {
         NodeClass const & wanted =
             position == 0 ? nodeClassOf<IntSetImmediate>() : nodeClassOf<IntListImmediate>();
@@ -164,11 +182,13 @@ private:
     FunctionCallExpression const & call_;
     NodeTable const & earlier_;
     ArgumentNeeds const & needs_;
+    // By ArgumentKind.
     std::array<std::size_t, 6> counts_{};
     std::array<U32, 3> lengths_{};
 };
 
-/// Whether the chain's operators stand between its operands.
+/// Whether the chain's operators stand between its operands. Evaluation makes do with another
+/// number of them, text forms do not.
 bool chainMatches(AetNodeBase const & chain, Children children) {
     U32 const operands = lengthOf(childOf(chain, children, FieldRole::operand));
     U32 const operators = lengthOf(childOf(chain, children, FieldRole::operators));

@@ -3,6 +3,8 @@
 #include "Documents/FieldVisitors.h"
 #include "Platform/Framework/Assert.h"
 
+/// What makes two nodes equal, as bytes. A hash alone would do for speed, but not for truth: two
+/// different nodes that were taken for one would change what a policy means.
 namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
@@ -16,11 +18,15 @@ public:
     ContentVisitor(std::span<NodeFacts const * const> children, String & content)
         : child_(children.begin()), content_(content) {}
 
+    // Numbers of structures begin with 1, so that 0 is free for an absent child. The children's
+    // keys would tell equal trees apart.
     void writeNode(FieldInfo const & /*field*/, AetNodeBase const * /*child*/) override {
         NodeFacts const * const facts = *child_++;
         append(facts == nullptr ? U32{0} : facts->structure);
     }
 
+    // Floats by their bits: compared by value, zero would swallow its negative, and each NaN would
+    // be unlike itself and come in again and again.
     template <typename T>
     requires std::is_arithmetic_v<T> || std::is_enum_v<T>
     void visit(FieldInfo const & /*field*/, T const & value) { append(value); }
@@ -44,6 +50,7 @@ public:
     }
     void visit(FieldInfo const & /*field*/,
                Routing::Rib::ResolutionRibProfileConfig const & value) {
+        // All that there is room for, used or not: their number so needs no saying.
         for (auto const & entry : value.entries()) {
             append(entry.name);
             append(entry.kind);
@@ -67,6 +74,7 @@ private:
     }
     void append(IpGenAddr const & address) {
         append(address.af());
+        // The whole room of an address in either family, for the same width.
         content_.append(reinterpret_cast<char const *>(address.bytes()), 16);
     }
 
@@ -78,6 +86,7 @@ private:
 
 void appendContent(AetNodeBase const & node, std::span<NodeFacts const * const> children,
                    String & content) {
+    // The class goes first: it says which fields follow, and how wide they are.
     auto const number = static_cast<U16>(node.typeData().number());
     content.append(reinterpret_cast<char const *>(&number), sizeof(number));
     ContentVisitor visitor(children, content);

@@ -3,6 +3,8 @@
 #include "Documents/FieldVisitors.h"
 #include "QcfLib/QcfEval.h"
 
+/// Facts are worked out once a node from those of its children, which were there before it. So a
+/// document costs one step a node, however large the trees are that its sharing unfolds to.
 namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
@@ -17,6 +19,7 @@ bool ArgumentNeeds::any() const {
     return integers != 0 || bandwidths != 0 || triStateBools != 0 || prefixLists != 0 || nodes;
 }
 
+// The largest index counts and not the sum: two reads of one argument need it once.
 void ArgumentNeeds::add(ArgumentNeeds const & other) {
     integers = std::max(integers, other.integers);
     bandwidths = std::max(bandwidths, other.bandwidths);
@@ -75,6 +78,7 @@ NodeFacts ownFacts(AetNodeBase const & node) {
     facts.reads = ofClass.reads;
     // An attribute is written only as a target, which its parent knows.
     facts.writes = isAttribute ? 0 : ofClass.writes;
+    // A link begins as constant, and stays so as long as its entries are; of no elements all are.
     facts.constant = ofClass.isConstant || ofClass.isLink;
     // A function clears a return of its body, but refuses by one where its arguments are missing.
     auto const * const function = Eval::as<Function>(node);
@@ -82,15 +86,18 @@ NodeFacts ownFacts(AetNodeBase const & node) {
     facts.length = ofClass.isLink ? 1 : 0;
     facts.needs.integers = ofClass.integerArguments;
     facts.needs.nodes = ofClass.readsNodeArguments;
+    // Built-in functions read the first ones, as 32 bits each.
     facts.needs.narrowIntegers = (U64{1} << ofClass.integerArguments) - 1;
     if (readsArgument(node)) {
         facts.onFrame = true;
+        // An index of 0 needs one argument.
         addArgument(facts.needs, ofClass.argument, argumentIndexOf(node) + 1);
     }
     return facts;
 }
 
-/// What a child that belongs to the same function adds.
+/// What a child that belongs to the same function adds. Reads are left to the caller: those of a
+/// target count only for some classes.
 void addContent(NodeFacts & facts, NodeFacts const & child) {
     facts.writes |= child.writes;
     facts.needs.add(child.needs);
@@ -100,6 +107,7 @@ void addContent(NodeFacts & facts, NodeFacts const & child) {
 
 } // namespace
 
+// Classes of arguments have no base in common that knows the index; their fields do.
 U8 argumentIndexOf(AetNodeBase const & node) {
     IndexVisitor visitor;
     node.typeData().write(node, visitor);
@@ -122,6 +130,7 @@ NodeFacts factsOf(AetNodeBase const & node, std::span<NodeFacts const * const> c
         // A called function adds its size too: evaluation walks into it.
         facts.size = saturatingSum(facts.size, their->size);
         bool const isChain = plays(field, FieldRole::next) || plays(field, FieldRole::elements);
+        // Links have 1 of their own, literals nothing: their length is that of the chain.
         facts.length += isChain ? their->length : 0;
         if (plays(field, FieldRole::callee)) {
             return; // the callee reads its own frame, and what it uses is its own

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+/// Documents name the members of a node as its class names its fields. The exceptions are few and
+/// stand here, so that reading, scanning and writing cannot disagree about them.
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
@@ -33,6 +35,8 @@ std::optional<JsonValue> NodeObject::find(FieldRole role) const {
     return field == nullptr ? std::nullopt : find(*field);
 }
 
+// A misspelt member of an optional field would otherwise be taken for left out. All names are told,
+// since a class has few.
 void NodeObject::checkMembers() const {
     auto const isKnown = [this](std::string_view key) {
         bool const isField = std::ranges::any_of(nodeClass.fields, [&](FieldInfo const & field) {
@@ -53,7 +57,9 @@ void NodeObject::checkMembers() const {
     }
 }
 
-// The classes of prefix lists are of both families, which a member tells.
+// The classes of prefix lists are of both families, which a member tells. Nothing is complained of
+// here: who looks over a document first must not fail where the reader of the node fails with a
+// better message.
 std::optional<ListMention> mentionedList(NodeObject const & object) {
     auto const kind = object.nodeClass.facts.list;
     auto const name = kind ? object.find(FieldRole::listName) : std::nullopt;

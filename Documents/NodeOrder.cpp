@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+/// A document must have children before parents to be read back; among all orders that do, one must
+/// be chosen, or equal programs would be written differently from run to run.
 namespace Qcf::Documents {
 
 using Eval::AetNodeBase;
@@ -30,6 +32,7 @@ public:
             node->typeData().visitChildren(
                 *node, [&](FieldInfo const &, AetNodeBase const * child) {
                     auto const place = places_.find(child);
+                    // A child that stands twice is counted twice, and let go twice.
                     if (place != places_.end()) { // neither null nor a function
                         place->second.parents.push_back(node);
                         ++waitsFor;
@@ -62,6 +65,7 @@ private:
         U32 waitsFor = 0; ///< children that are not out yet
     };
     struct Later {
+        // What is largest by the queue's order comes out first.
         bool operator()(AetNodeBase const * a, AetNodeBase const * b) const { return byKey(b, a); }
     };
 
@@ -79,6 +83,7 @@ bool childrenHaveSmallerKeys(AetNodeBase const & node) {
 
 } // namespace
 
+// Functions are left out because they stand in a list of their own, behind all nodes.
 Nodes nodesInOrder(Program const & program) {
     std::unordered_set<AetNodeBase const *> functions;
     for (auto const & function : program.functions) {

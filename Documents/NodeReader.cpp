@@ -4,6 +4,8 @@
 #include "Documents/Words.h"
 #include "QcfLib/QcfEval.h"
 
+/// What a bare value stands for depends on its position, so that the forms of a child that say by
+/// themselves what they are come first: a chain, null, a reference, an object with a class.
 namespace Qcf::Documents {
 
 using Eval::classWanted;
@@ -22,6 +24,8 @@ bool isClass(NodeClass const & nodeClass) {
 }
 
 /// The class of the literal that an array stands for in the field; null where it stands for none.
+/// The two sets are asked for by their bases, of which an array could be any class: it is the
+/// literal one. Other fields want the literal's class itself.
 NodeClass const * listLiteralIn(FieldInfo const & field) {
     if (field.wanted == wanting(NodeKind::intSet)) {
         return &Eval::nodeClassOf<Eval::IntSetImmediate>();
@@ -45,9 +49,12 @@ U32 NodeReader::readFunction(JsonValue const & json) {
     if (!json.isObject()) {
         json.fail(word::functions, "object", describe(json));
     }
+    // The list that it stands in says its class.
     return readObject({json, Eval::nodeClassOf<Eval::Function>(), true});
 }
 
+// Unknown members come first, before any child takes a key. A function becomes known last, so that
+// nothing in its own body can call it.
 U32 NodeReader::readObject(NodeObject const & object) {
     object.checkMembers();
     Children const children = readChildren(object);
@@ -93,6 +100,8 @@ NodeReader::Children NodeReader::readLogicalChain(NodeObject const & object) {
             readEntry(operators, next++);
         }
     }
+    // More operators than stand between operands: such a chain can be evaluated, though not dumped,
+    // and is read for that.
     while (next < operators.links.size()) {
         readEntry(operators, next++);
     }
@@ -108,6 +117,8 @@ U32 NodeReader::readChild(JsonValue const & owner, std::optional<JsonValue> cons
     if (wanted != nullptr && wanted->facts.isLink) {
         return readChain(openChain(earlier_, owner, json, position));
     }
+    // Left out and null are the same, where the field may be null at all; where it may not, the
+    // message about null is that of a value that does not fit.
     bool const isNull = !json || json->isNull();
     if (isNull && position.field.optional) {
         return none;
@@ -119,6 +130,8 @@ U32 NodeReader::readChild(JsonValue const & owner, std::optional<JsonValue> cons
         return earlier_.findReferenced(*json, position);
     }
     if (json->isObject() && json->find(word::nodeClass)) {
+        // Read first and looked at then: what it is follows from its class, which `accepts` judges
+        // on a node.
         U32 const number = readObject(NodeObject::of(*json, position.subject()));
         Eval::AetNodeBase const & node = *builder_.node(number);
         if (!position.field.accepts(node)) {

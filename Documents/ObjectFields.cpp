@@ -2,11 +2,15 @@
 
 #include "Documents/Position.h"
 
+/// What is left out is what a person would have to copy from elsewhere in the document: slots,
+/// declared attributes, whether a literal's value may be kept.
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
 using Eval::FieldRole;
 
+// Names come before fields, because the slot of a list must be known when its field is asked for.
+// The key is taken behind those of the children, and so is above them.
 U32 addNode(NodeBuilder & builder, NodeObject const & object, std::span<U32 const> children,
             std::optional<JsonValue> const & key) {
     ObjectFields fields(builder, object, children);
@@ -15,6 +19,8 @@ U32 addNode(NodeBuilder & builder, NodeObject const & object, std::span<U32 cons
     return builder.add(object.json, node, children, key.has_value(), names);
 }
 
+// The name is used even where the object gives a slot: it belongs into the metadata of its
+// function.
 U32 ObjectFields::useNames() {
     auto const list = mentionedList(object_);
     if (!list) {
@@ -36,6 +42,7 @@ void ObjectFields::readField(FieldInfo const & field, T & value) {
     }
 }
 
+// A class asks for its fields in their order, which is that of the children.
 PtrConst<Eval::AetNodeBase> ObjectFields::readNode(FieldInfo const & /*field*/) {
     U32 const number = children_[nextChild_++];
     return number == NodeBuilder::none ? nullptr : builder_.node(number);
@@ -48,6 +55,7 @@ NodeFacts const * ObjectFields::firstChild() const {
 }
 
 bool ObjectFields::fillLeftOut(FieldInfo const & field, bool & value) {
+    // An empty literal is a constant.
     if (plays(field, FieldRole::cachable)) {
         value = firstChild() == nullptr || firstChild()->constant;
         return true;
@@ -79,6 +87,7 @@ bool ObjectFields::fillLeftOut(FieldInfo const & /*field*/, FunctionMetadata & v
     return true;
 }
 
+// What the body reads and writes, callees excepted: each function declares its own.
 bool ObjectFields::fillLeftOut(FieldInfo const & /*field*/, AccessibleAttributes & value) {
     if (firstChild() != nullptr) {
         value.readableAttributes = Eval::AttributeSet(firstChild()->reads);

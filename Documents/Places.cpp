@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+/// Notes are taken for every node and asked for only when a message is written: noting must be
+/// cheap, and sorting waits for the first question.
 namespace Qcf::Documents {
 
 void Places::documentIs(JsonDocument document, String const & fileName) {
@@ -11,7 +13,8 @@ void Places::documentIs(JsonDocument document, String const & fileName) {
     sorted_ = false;
 }
 
-// Stable: the first of several places is the first in the text.
+// Stable: the first of several places is the first in the text. Pointers of different objects have
+// no order of their own in the language, but std::less gives them one.
 void Places::sort() const {
     sorted_ = true;
     std::ranges::stable_sort(noted_, [](Noted const & a, Noted const & b) {
@@ -31,6 +34,8 @@ Places::Noted const * Places::find(Eval::AetNodeBase const & node, U32 entry) co
     return first == last ? nullptr : &*first;
 }
 
+// The function itself stands once, in its entry; that tells which places of a shared node are
+// within.
 String Places::of(Eval::AetNodeBase const & node, Eval::Function const & within) const {
     if (!sorted_) {
         sort();

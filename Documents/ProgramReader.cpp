@@ -14,7 +14,8 @@ using Eval::Function;
 
 namespace {
 
-// Neither keeps a document from being read: such a function may still be called, or evaluated.
+// Neither keeps a document from being read: such a function may still be called, or evaluated. A
+// function that expects arguments refuses by itself when it gets none, so that it can be evaluated.
 FunctionFault faultOf(Function const & function, NodeFacts const & facts) {
     FunctionFault fault;
     if (facts.needs.any() && !function.argumentsExpected()) {
@@ -44,6 +45,8 @@ void checkFormat(JsonValue const & format) {
 
 class ProgramReader {
 public:
+    // Members are all asked for before any node is read, so that an unknown one is told first and
+    // not after errors that follow from it.
     ProgramReader(JsonValue const & root, ReadAlong const & along) : along_(along) {
         JsonObjectReader members(root);
         checkFormat(members.require(word::format));
@@ -58,6 +61,7 @@ public:
         readNodes(scan.nodesAfter(0));
         std::size_t count = 0;
         for (JsonValue const json : functions) {
+            // Entry 0 is that of the nodes, which come up again after each function.
             enter(++count);
             tryFunction(json, count - 1);
             enter(0);
@@ -102,6 +106,7 @@ private:
         try {
             readFunction(json);
         } catch (DocumentError const & error) {
+            // Its name may itself be what is wrong.
             auto const name = json.find(word::functionName);
             along_.unread->push_back(
                 {position, String(name && name->isString() ? name->asString() : ""), error.what()});
@@ -138,6 +143,8 @@ FunctionFault const & Program::faultOf(Function const & function) const {
     return faults[static_cast<std::size_t>(at - functions.begin())];
 }
 
+// Places point into the document, so that it moves to their keeper; without one it ends here, since
+// nodes keep nothing of it.
 Program readProgram(String text, String const & fileName, ReadAlong const & along) {
     auto document = JsonDocument::parse(std::move(text), fileName);
     Program program = ProgramReader(document.root(), along).program();

@@ -27,6 +27,7 @@ public:
     void writeNode(FieldInfo const & field, AetNodeBase const * child) override {
         bool const named = calleeByName_ && plays(field, FieldRole::callee);
         if (child == nullptr) {
+            // A left-out member reads back as null; others than documents may have to know.
             style_.absent(field);
         }
         if (child == nullptr || named) {
@@ -64,6 +65,7 @@ private:
         out_.beginObject();
         out_.key(word::ribEntries);
         out_.beginArray();
+        // Unused room at the end is not written: reading would take it for entries.
         for (std::size_t i = 0; i < value.entryCount(); ++i) {
             out_.beginObject();
             out_.key(word::ribName);
@@ -107,6 +109,7 @@ private:
         out_.endObject();
     }
 
+    // By name: what is written must not depend on the numbers of the bits.
     template <typename Set>
     void writeFlags(char const * name, Set const & set) {
         out_.key(name);
@@ -125,12 +128,14 @@ private:
     bool calleeByName_;
 };
 
-/// Whether the call's name leads to its callee, so that no key is needed.
+/// Whether the call's name leads to its callee, so that no key is needed. The creators let a call
+/// say another name than its callee's, which only a reference keeps.
 bool calleeIsNamed(AetNodeBase const & node) {
     auto const * const call = Eval::as<Eval::FunctionCallExpression>(node);
     return call != nullptr && call->calleePtr()->funcName() == call->calleeName();
 }
 
+// An entry of `functions` needs no class, which its list tells.
 void writeMembers(AetNodeBase const & node, NodeStyle const & style, RendererV2 & renderer,
                   bool isFunctionEntry, bool calleeByName) {
     if (!isFunctionEntry) {

@@ -6,6 +6,8 @@
 
 #include <limits>
 
+/// One overload a type of field. What a value means within its node, and which values fit each
+/// other, is no matter here: that is checked on nodes.
 namespace Qcf::Documents {
 
 namespace {
@@ -14,6 +16,8 @@ namespace {
     json.fail(subject, wanted, describe(json));
 }
 
+// A number with sign, fraction or exponent is none of an unsigned field, even where its value would
+// fit.
 template <typename Integer>
 void readInteger(JsonValue const & json, String const & subject, Integer & value) {
     constexpr U64 most = std::numeric_limits<Integer>::max();
@@ -64,6 +68,8 @@ void readFlags(JsonObjectReader & reader, String const & owner, char const * mem
     String const subject = owner + '.' + member;
     checkArray(*names, subject, "array of attribute names");
     for (JsonValue const name : *names) {
+        // A name that the set does not know is an error, not passed over: a misspelt attribute
+        // would make a function's declaration say less than was meant.
         std::size_t const bit = name.isString() ? Set::bitOf(name.asString()) : Set::width;
         if (bit == Set::width) {
             fail(name, subject, "name of an attribute-set flag");
@@ -122,6 +128,8 @@ void readScalar(JsonValue const & json, String const & subject, String & value) 
     value = json.asString();
 }
 
+// True and false may stand as JSON has them or as texts; unknown, which JSON lacks, as a text
+// alone.
 void readScalar(JsonValue const & json, String const & subject, TriStateBoolValue & value) {
     if (json.isBool()) {
         value = json.asBool() ? Eval::QcfTrue() : Eval::QcfFalse();
@@ -180,6 +188,8 @@ void readScalar(JsonValue const & json, String const & subject,
     readMember(reader, subject, word::useDefaultRib, useDefault);
     reader.done();
     checkArray(entries, subject, "array of entries");
+    // The value has a fixed room and asserts that an index lies in it: a document must not come so
+    // far.
     if (entries.size() > Routing::Rib::ResolutionRibProfileConfig::maxEntries) {
         entries.fail(subject, "at most 3 entries", std::to_string(entries.size()));
     }
@@ -210,6 +220,8 @@ void readScalar(JsonValue const & json, String const & subject, AccessibleAttrib
     reader.done();
 }
 
+// A kind that is left out has no names. Both ways of writing the odd kind's name may stand in one
+// object, so that the second adds to what the first gave.
 void readScalar(JsonValue const & json, String const & subject, FunctionMetadata & value) {
     JsonObjectReader reader(json, subject);
     FunctionMetadata::eachKind(value, [&](char const * kind, SlotMap & slots) {

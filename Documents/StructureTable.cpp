@@ -20,11 +20,13 @@ U32 StructureTable::numberOf(std::string_view content) {
             return table_[slot];
         }
     }
+    // Places are noted and not pointers: the contents move as they grow.
     entries_.push_back({contents_.size(), static_cast<U32>(content.size()), hash});
     contents_ += content;
     return table_[slot] = count();
 }
 
+// Every entry differs from the others, so that the first free slot is the right one.
 void StructureTable::grow() {
     table_.assign(table_.empty() ? 64 : 2 * table_.size(), 0);
     std::size_t const mask = table_.size() - 1;
