@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <bit>
 
+/// Made for the one question that is asked for nearly every route. The table turns most of a search
+/// into one look.
 namespace Qcf::Lists {
 
 void AddressPieces::add(U32 start, U32 bits) {
     QCF_ASSERT(pieces_.back().start <= start);
+    // A prefix that begins where the one around it does takes its place.
     if (pieces_.back().start == start) {
         pieces_.back().bits = bits;
     } else {
@@ -21,6 +24,8 @@ void AddressPieces::seal() {
     constexpr U32 widest = 15;
     auto const tableBits = std::min(static_cast<U32>(std::bit_width(4 * pieces_.size())), widest);
     shift_ = 32 - tableBits;
+    // Counted one place further on, then summed up: an entry so has where its pieces begin, and the
+    // next one where they end.
     firstOfBucket_.assign((std::size_t{1} << tableBits) + 1, 0);
     for (Piece const & piece : pieces_) {
         ++firstOfBucket_[(piece.start >> shift_) + 1];

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <utility>
 
+/// Records of a table are read in place, whatever the size of the pieces in which a stream delivers
+/// them.
 namespace Qcf::Lists {
 
 namespace {
@@ -28,6 +30,8 @@ ByteSource::ByteSource(std::unique_ptr<ByteStream> stream) : stream_(std::move(s
     String head(reinterpret_cast<char const *>(data()), available());
     stream_ = make(std::move(stream_), std::move(head));
     begin_ = end_ = 0;
+    // The stream below may have ended while its head was read; the decompressor has all of it yet
+    // to give.
     ended_ = false;
     compressed_ = true;
 }
@@ -58,6 +62,8 @@ void ByteSource::makeRoom(std::size_t size) {
     begin_ = 0;
 }
 
+// It asks for as much as there is room for, not for `size` alone: so most questions need no
+// reading.
 bool ByteSource::fill(std::size_t size) {
     if (ended_) {
         return false;

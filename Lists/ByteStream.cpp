@@ -66,6 +66,7 @@ std::unique_ptr<ByteStream> openFileStream(String const & path) {
     if (path == "-") {
         return std::make_unique<FileStream>(STDIN_FILENO, false);
     }
+    // A process that this one starts has no business with its files.
     int const fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         throw FileError(path + ": " + std::strerror(errno));

@@ -2,6 +2,8 @@
 
 #include "Platform/Routing/CommunityText.h"
 
+/// What patterns are written against is part of what a list means, and must not change with the way
+/// in which communities are printed elsewhere. Each kind has one form.
 namespace Qcf::Lists {
 
 template <>

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <map>
 
+/// Lists are asked for every route and made once. So all that can be done beforehand is done when a
+/// list is made, with whatever containers are handy; questions see sorted arrays alone.
 namespace Qcf::Lists {
 
 namespace {
 
 /// Calls `visit(i, value)` for every value of the set that is the community of anchor `i`. Searches
-/// the larger of the two for the members of the smaller.
+/// the larger of the two for the members of the smaller. Both ascend, so that a search begins where
+/// the last one ended.
 template <typename Set, typename Anchors, typename Visit>
 void eachCommon(Set const & set, Anchors const & anchors, Visit const & visit) {
     auto const community = [](auto const & anchor) { return anchor.community; };
@@ -34,6 +37,7 @@ void eachCommon(Set const & set, Anchors const & anchors, Visit const & visit) {
     }
 }
 
+// The count goes first: most entries fall out by it.
 template <typename Set, typename Values>
 bool carriesAll(Set const & set, Values const & values) {
     return values.size() <= set.count() &&
@@ -48,6 +52,8 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
     always_ = static_cast<Number>(entries.size());
     for (Number number = 0; number < entries.size(); ++number) {
         Entry & entry = entries[number];
+        // In order and each once, as those of a route: both ways of matching compare the two as
+        // sequences.
         std::ranges::sort(entry.communities);
         entry.communities.erase(std::unique(entry.communities.begin(), entry.communities.end()),
                                 entry.communities.end());
@@ -55,6 +61,7 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
         literals_.push_back(
             {static_cast<U32>(communities_.size()), static_cast<U32>(entry.communities.size())});
         communities_.insert(communities_.end(), entry.communities.begin(), entry.communities.end());
+        // An entry without either matches every route, unless the match is to be exact.
         if (entry.pattern) {
             patterns_.emplace_back(number, std::move(*entry.pattern));
         } else if (entry.communities.empty()) {
@@ -86,6 +93,8 @@ void CommunityMatcher<Set>::fileLiterals() {
     for (auto const & [community, entries] : filed) {
         Anchor anchor{community, entryCount(), static_cast<U32>(filed_.size())};
         for (Number const entry : entries) {
+            // An entry of one community has matched as soon as its anchor is met, so that of many
+            // only the first can ever decide.
             if (literals_[entry].count == 1) {
                 anchor.single = std::min(anchor.single, entry);
             } else {
@@ -120,6 +129,7 @@ void CommunityMatcher<Set>::unitePermitted() {
     }
 }
 
+// Entries of several communities never match a route with just one.
 template <typename Set>
 auto CommunityMatcher<Set>::firstSingle(Value const & community) const -> Number {
     std::span<Anchor const> const anchors(anchors_.data(), anchorCount());
@@ -136,6 +146,7 @@ auto CommunityMatcher<Set>::firstFiled(Set const & set, Matches const & matches)
     // counts.
     eachCommon(set, std::span<Anchor const>(anchors_.data(), anchorCount()), [&](std::size_t i) {
         Number const single = anchors_[i].single;
+        // Being there is enough for the plain question, but not for the exact one.
         if (single < best && matches(std::span(&anchors_[i].community, 1))) {
             best = single;
         }
@@ -171,6 +182,8 @@ auto CommunityMatcher<Set>::firstPattern(Number before, String & text,
     return before;
 }
 
+// Literal entries go first because they need no text: what they find bounds the patterns that are
+// to be tried. A route without communities is an empty text, which patterns may match.
 template <typename Set>
 bool CommunityMatcher<Set>::matches(Set const * set, String & text) const {
     bool const isEmpty = set == nullptr || set->empty();
@@ -188,7 +201,8 @@ bool CommunityMatcher<Set>::matches(Set const * set, String & text) const {
     }));
 }
 
-// Sets are sorted and without duplicates on both sides, so that equal sets are equal sequences.
+// Sets are sorted and without duplicates on both sides, so that equal sets are equal sequences. An
+// entry without communities is the exact match of a route without any, and of no other.
 template <typename Set>
 bool CommunityMatcher<Set>::matchesExactly(Set const * set) const {
     if (set == nullptr || set->empty()) {

@@ -23,6 +23,7 @@ public:
     static bool starts(std::string_view head) { return head.starts_with("\x1f\x8b"); }
 
     Gzip() {
+        // Added to the width of the window it makes zlib take gzip's header alone, not its own.
         constexpr int gzipOnly = 16;
         if (inflateInit2(&stream_, gzipOnly + MAX_WBITS) != Z_OK) {
             throw std::bad_alloc();
@@ -40,6 +41,7 @@ public:
     static void outputIs(z_stream & stream, U8 * to) { stream.next_out = to; }
     /// 1: more to come, 0: this part has ended, negative: damaged.
     int step() {
+        // A lack of room or of input is no damage: the next call brings more.
         int const code = inflate(&stream_, Z_NO_FLUSH);
         return code == Z_STREAM_END ? 0 : (code == Z_OK || code == Z_BUF_ERROR ? 1 : -1);
     }
@@ -64,6 +66,8 @@ public:
 
     bz_stream & stream() { return stream_; }
     void restart() {
+        // The library cannot begin anew with an old stream; what is left of input and output goes
+        // over to the new one.
         bz_stream const old = stream_;
         BZ2_bzDecompressEnd(&stream_);
         stream_ = {};
@@ -84,6 +88,7 @@ public:
 
 private:
     void start() {
+        // The parameters ask for silence and for speed instead of little memory.
         if (BZ2_bzDecompressInit(&stream_, 0, 0) != BZ_OK) {
             throw std::bad_alloc();
         }
@@ -103,8 +108,10 @@ public:
     std::size_t read(U8 * to, std::size_t size) override {
         auto & stream = codec_.stream();
         Codec::outputIs(stream, to);
+        // The libraries count in `unsigned`.
         auto const room = static_cast<unsigned>(std::min(size, std::size_t{1} << 30));
         stream.avail_out = room;
+        // One byte is enough: 0 would say that the stream has ended.
         while (!ended_ && stream.avail_out == room) {
             step();
         }
@@ -130,6 +137,7 @@ private:
     /// Another part may follow the one that has ended, or the end of the stream, or anything.
     void nextPart() {
         auto & stream = codec_.stream();
+        // The mark of the next part may be torn apart by the pieces of input.
         while (stream.avail_in < Codec::magicSize && refill()) {
         }
         std::string_view const head(reinterpret_cast<char const *>(stream.next_in),
@@ -168,6 +176,7 @@ private:
 
     void end(char const * problem) {
         ended_ = true;
+        // What cannot be read is cut as well; why it cannot be read is the better message.
         if (!from_->fault().empty()) {
             fault_ = from_->fault();
         } else if (*problem != '\0') {

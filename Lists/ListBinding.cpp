@@ -2,6 +2,8 @@
 
 #include <limits>
 
+/// Slots are chosen by programs, names by people: only here do both meet. It judges nothing,
+/// because what an undefined name is to mean depends on who evaluates.
 namespace Qcf::Lists {
 
 namespace {
@@ -13,6 +15,8 @@ List findNamed(ListsByName<List> const & lists, String const & name) {
     return found == lists.end() ? List() : found->second;
 }
 
+// Where nothing stands for undefined names the slot stays empty, which the agent's answers take for
+// an empty list.
 template <typename Status, typename List>
 void bind(MatcherTable<Status> & table, SlotMap const & slots, ListsByName<List> const & lists,
           PtrConst<Status> const & undefined = nullptr) {

@@ -4,6 +4,8 @@
 #include <set>
 #include <tuple>
 
+/// A program selects lists by slot and names them in its metadata; an agent binds by name. What
+/// does not agree shows nowhere during an evaluation, which sees a list that matches or does not.
 namespace Qcf::Lists {
 
 namespace {
@@ -16,6 +18,7 @@ struct UseKind {
     ListKind kind;
     AddressFamily family = AddressFamily::none; ///< of prefix lists that are of one family
 };
+// Both families of prefix lists are one kind of list; a dynamic one has entries of both.
 constexpr UseKind useKinds[] = {
     {SlotKind::commList, ListKind::communityList},
     {SlotKind::extCommList, ListKind::extCommunityList},
@@ -57,7 +60,8 @@ bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
     return defined;
 }
 
-/// A member of an object as a JSON pointer writes it.
+/// A member of an object as a JSON pointer writes it. Escaped as RFC 6901 wants it, since names may
+/// be any texts.
 String pointerStep(std::string_view key) {
     String step = "/";
     for (char const c : key) {
@@ -80,6 +84,7 @@ public:
         spokenOf_.emplace(use.kind, use.name);
         name(use);
         U64 const slot = slotOf(metadata_.of(use.kind), use.name);
+        // Slot 0 is that of no list.
         if (use.slot == 0 || use.slot != slot) {
             add(Kind::wrongSlot, use.place,
                 listText(kind->kind, use.name) + " is used with slot " + std::to_string(use.slot) +
@@ -93,6 +98,8 @@ public:
         }
     }
 
+    // After the uses, which have places in the document: a name that was spoken of there is not
+    // told again.
     void metadata() {
         for (SlotKindInfo const & slots : slotKinds) {
             if (auto const * const kind = findUseKind(slots.kind)) {
@@ -134,6 +141,7 @@ private:
         if (kind.family == AddressFamily::none) {
             return;
         }
+        // There is such a list, as was just looked up.
         bool const isV4 = lists_.prefixLists.at(name)->af() == AddressFamily::ipv4;
         if (isV4 != (kind.family == AddressFamily::ipv4)) {
             add(Kind::wrongFamily, place,
@@ -150,6 +158,7 @@ private:
             if (!spokenOf_.contains({slots.kind, name})) {
                 checkName(kind, name, place);
             }
+            // Of two names with one slot only one can be bound there.
             auto const [at, isFirst] = nameOfSlot.emplace(slot, name);
             if (!isFirst) {
                 add(Kind::wrongSlot, place,

@@ -36,6 +36,7 @@ private:
     }
     void take(FieldInfo const & field, U16 const & value) { takeSlot(field, value); }
     void take(FieldInfo const & field, U64 const & value) { takeSlot(field, value); }
+    // The class says IPv4 for both families; its member tells the other one.
     void take(FieldInfo const & field, bool const & value) {
         if (plays(field, FieldRole::isV4) && !value) {
             use.kind = SlotKind::v6PrefixList;
@@ -58,6 +59,8 @@ private:
 
 std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & placeOf) {
     std::vector<ListUse> uses;
+    // A name is told once a kind, and a node looked at once: names are few, and many nodes have the
+    // same.
     std::set<std::pair<SlotKind, String>> told;
     std::unordered_set<AetNodeBase const *> met;
     // The functions that the walk is in; a node's place is told within the innermost one.
@@ -67,6 +70,7 @@ std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & pla
             return false;
         }
         if (auto const * const entered = Eval::as<Function>(at.node)) {
+            // The walk leaves what it enters, so that this is taken off again.
             within.push_back(entered);
         } else if (auto const kind = at.node.typeData().facts.list) {
             ReferenceFields fields(*kind);

@@ -9,6 +9,9 @@
 #include <limits>
 #include <unordered_set>
 
+/// A list that was understood only in part would permit or deny what nobody wrote. Therefore
+/// nothing is passed over: each object says when it is done, and members that are left then are
+/// faults.
 namespace Qcf::Lists {
 
 namespace {
@@ -34,6 +37,8 @@ Pattern readPattern(JsonValue const & value, bool isAsPath) {
 
 // Prefix lists.
 
+// A bound that is left out follows from the other: without both only the prefix itself matches,
+// with a lower one alone everything longer.
 PrefixListEntry readPrefixListEntry(JsonValue const & value, AddressFamily family) {
     JsonObjectReader reader(value);
     PrefixListEntry entry;
@@ -58,10 +63,13 @@ PtrConst<PrefixListTrie> readEntries(std::optional<JsonValue> const & value, Add
     if (value) {
         for (JsonValue const element : value->expectArray()) {
             entries.push_back(readPrefixListEntry(element, family));
+            // Such a list matches all that lies in its prefixes, whatever its entries say of
+            // lengths.
             if (covered) {
                 entries.back().minLength = entries.back().prefix.len();
                 entries.back().maxLength = addressWidth(family);
             }
+            // Entries are tried by their numbers: two alike would leave open which one decides.
             if (!seqs.insert(entries.back().seq).second) {
                 element.find("seq")->fail("seq that no entry before it has");
             }
@@ -100,12 +108,14 @@ DynamicPrefixList readDynamicPrefixList(JsonValue const & value) {
             status->vrfIs(static_cast<U32>(*id), vrf.expectBool());
         }
     }
+    // A family that is left out has a list all the same, without entries.
     return {readEntries(v4, AddressFamily::ipv4, false),
             readEntries(v6, AddressFamily::ipv6, false), status};
 }
 
 // Community lists.
 
+// A number is the community as one word of 32 bits.
 U64 readStandardCommunity(JsonValue const & value) {
     constexpr std::string_view wanted = "standard community";
     if (value.isNumber()) {
@@ -123,6 +133,7 @@ Acl::CommunityValue readCommunityValue(JsonValue const & value, bool isLarge) {
     if (value.isObject()) {
         JsonObjectReader reader(value);
         U64 const word = reader.require("value").expectU64();
+        // Extended communities have 64 bits in all, large ones 96.
         U64 const type = reader.require("type").expectU64(0, isLarge ? max32 : 0);
         reader.done();
         return {word, static_cast<U32>(type)};
@@ -130,6 +141,7 @@ Acl::CommunityValue readCommunityValue(JsonValue const & value, bool isLarge) {
     std::string_view const wanted = isLarge ? "large community" : "extended community";
     std::string_view const text = value.expectString(wanted);
     auto const community = parseCommunityValue(text);
+    // One reader of texts knows both kinds; a list is of one.
     bool const writtenAsLarge = !text.starts_with("0x") && !text.starts_with("0X") &&
                                 text.find_first_not_of("0123456789:") == std::string_view::npos;
     if (!community || writtenAsLarge != isLarge) {
@@ -138,6 +150,7 @@ Acl::CommunityValue readCommunityValue(JsonValue const & value, bool isLarge) {
     return *community;
 }
 
+// The kind of list chooses the reader; the pointer is never followed.
 U64 readCommunity(JsonValue const & value, StandardCommunityList const *) {
     return readStandardCommunity(value);
 }
@@ -158,6 +171,7 @@ PtrConst<List> readCommunityList(JsonValue const & value) {
         auto const communities = reader.optional("communities");
         auto const regex = reader.optional("regex");
         reader.done();
+        // An entry of both would have to say which one decides.
         if (communities.has_value() == regex.has_value()) {
             element.fail({}, "either communities or regex", regex ? "both" : "neither");
         }
@@ -175,6 +189,7 @@ PtrConst<List> readCommunityList(JsonValue const & value) {
 
 // The rest.
 
+// "any" is the same as nothing; it is there to be written out.
 std::optional<U64> readOrigin(JsonValue const & value) {
     constexpr std::string_view wanted = R"("any", "igp", "egp" or "incomplete")";
     std::string_view const text = value.expectString(wanted);
@@ -211,7 +226,9 @@ PtrConst<Routing::RouteMap::TagSetStatus> readTagSet(JsonValue const & value) {
     return tags;
 }
 
-/// The path of a file that a document names, as seen from the document.
+/// The path of a file that a document names, as seen from the document. So a document and its files
+/// can be moved together. Nothing is read from standard input by that name: a path begins with a
+/// folder.
 String besideDocument(String const & fileName, std::string_view name) {
     if (name.starts_with('/')) {
         return String(name);
@@ -236,6 +253,7 @@ PtrConst<RoaTable> readRoaTable(JsonValue const & value, String const & fileName
     return makePtr<RoaTable>(readRoaExport(readPlainText(path, warn), path, warn));
 }
 
+// A section may be left out; a name stands once in it, as the parser has seen to.
 template <typename List, typename Read>
 void readSection(JsonObjectReader & document, ListKind kind, ListsByName<List> & lists,
                  Read const & read) {
@@ -257,6 +275,7 @@ PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter co
     if (!format.isString() || format.asString() != "lists/1") {
         format.fail("\"lists/1\"");
     }
+    // Whoever asked gets all of them or, by an exception, none.
     auto lists = makePtr<NamedLists>();
     lists->fileName = fileName;
     readSection(document, ListKind::prefixList, lists->prefixLists, readPrefixList);

@@ -1,5 +1,7 @@
 #include "Lists/NamedLists.h"
 
+/// The names of kinds, for messages and for documents, side by side: a new kind is a row here, and
+/// a map in the class.
 namespace Qcf::Lists {
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include <re2/re2.h>
 
+/// Expressions come from people and from documents of others: what one may cost is bounded whatever
+/// it says, and it is never changed further than the underscore asks for.
 namespace Qcf::Lists {
 
 namespace {
@@ -9,8 +11,10 @@ namespace {
 /// Bounds what one expression may cost; ordinary ones need some thousand bytes.
 constexpr S64 memoryLimit = S64{8} << 20;
 
+// What may stand between the AS numbers of a path as patterns see it.
 constexpr std::string_view separators = " {}(),";
 
+// The library would tell standard error of a bad expression; that is done here, with its place.
 re2::RE2::Options options() {
     re2::RE2::Options options;
     options.set_log_errors(false);
@@ -56,6 +60,7 @@ Pattern::Pattern(std::string_view expression)
     }
 }
 
+// Defined here because the header does not know the library's class.
 Pattern::Pattern(Pattern &&) noexcept = default;
 Pattern & Pattern::operator=(Pattern &&) noexcept = default;
 Pattern::~Pattern() = default;
@@ -64,6 +69,8 @@ bool Pattern::foundIn(std::string_view text) const {
     return re2::RE2::PartialMatch(re2::StringPiece(text.data(), text.size()), *compiled_);
 }
 
+// One pass from left to right that knows only where it is in a class and what is to be copied. The
+// group does not capture: nobody asks for what it matched.
 String asPathExpression(std::string_view expression) {
     String translated;
     bool inClass = false;

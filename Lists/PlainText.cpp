@@ -8,7 +8,9 @@ namespace Qcf::Lists {
 
 namespace {
 
-/// Reads the stream to its end, or to one byte more than the limit.
+/// Reads the stream to its end, or to one byte more than the limit. It grows by half, so that a
+/// byte is moved a few times at most. The one byte more tells a content of just the limit from a
+/// larger one, without the rest being decompressed.
 String contentOf(ByteStream & stream, U64 limit) {
     constexpr std::size_t step = std::size_t{256} << 10;
     String content;
@@ -34,6 +36,7 @@ String readPlainText(String const & path, Reporter const & warn, U64 limit) {
     }
     auto const stream = make(makeMemoryStream(std::move(file)), String());
     String content = contentOf(*stream, limit);
+    // First, because a stream that was left in the middle has no fault yet.
     if (content.size() > limit) {
         throw DocumentError(path + ": wants at most " + std::to_string(limit) +
                             " decompressed bytes, found more");

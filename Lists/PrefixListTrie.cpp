@@ -6,6 +6,9 @@
 #include <array>
 #include <numeric>
 
+/// What decides about a candidate is the entry with the smallest number among all whose prefixes
+/// contain it, not the one with the longest prefix. That is settled for each prefix and length when
+/// the list is made.
 namespace Qcf::Lists {
 
 namespace {
@@ -18,6 +21,7 @@ using FirstEntries = std::array<U32, lengths>;
 
 } // namespace
 
+// A node needs a bit for each length from 0 on: 33 fit one word, 129 need three.
 PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry> entries)
     : family_(family), wordsPerNode_(family == AddressFamily::ipv4 ? 1 : 3) {
     // From here on an entry is its place in the order of sequence numbers: the smaller one
@@ -37,6 +41,7 @@ PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry
             firstOfNode.push_back(at);
         }
     }
+    // One more at the end, so that each node's entries end where the next one's begin.
     firstOfNode.push_back(static_cast<U32>(byPrefix.size()));
     trie_ = PrefixTrie(prefixes);
     permit(entries, byPrefix, firstOfNode);
@@ -57,6 +62,7 @@ void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U3
         while (!path.empty() && path.back().first != trie_.parent(node)) {
             path.pop_back();
         }
+        // What applies around a node applies in it as well.
         FirstEntries first = path.empty() ? nothing : path.back().second;
         for (U32 at = firstOfNode[node]; at < firstOfNode[node + 1]; ++at) {
             U32 const entry = byPrefix[at];
@@ -82,10 +88,13 @@ void PrefixListTrie::cutAddresses(std::span<IpGenPrefix const> prefixes) {
         U32 bits;
     };
     std::vector<Open> open;
+    // Inner prefixes end first; where several end at one address the outermost is told last, and
+    // counts.
     auto const closeBefore = [&](U64 address) {
         while (!open.empty() && open.back().end <= address) {
             U64 const end = open.back().end;
             open.pop_back();
+            // Behind the last address there is nothing to say.
             if (end <= ~U32{0}) {
                 pieces_.add(static_cast<U32>(end), open.empty() ? 0 : open.back().bits);
             }
@@ -109,6 +118,7 @@ std::optional<bool> PrefixListTrie::match(IpGenPrefix const & candidate) const {
     if (hasPiecesFor(candidate)) {
         return permittedByPiece(candidate);
     }
+    // By the trie for IPv6, and for the one candidate of length 0.
     U32 const node = trie_.longestMatch(candidate);
     if (node == PrefixTrie::none) {
         return false;

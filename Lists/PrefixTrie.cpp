@@ -5,8 +5,12 @@
 #include <algorithm>
 #include <bit>
 
+/// In ascending order a prefix stands right before all that it contains. Everything here rests on
+/// that: a parent is found without a tree, and what contains a candidate without a walk from the
+/// top.
 namespace Qcf::Lists {
 
+// By halves; a shift by all bits of one would be undefined, hence the case of length 0.
 bool PrefixTrie::Key6::contains(Key6 const & other) const {
     if (length > other.length) {
         return false;
@@ -24,6 +28,7 @@ void PrefixTrie::build(std::vector<Key> & keys, std::span<IpGenPrefix const> fro
     for (IpGenPrefix const & prefix : from) {
         Key const key(prefix);
         auto const node = static_cast<U32>(keys.size());
+        // Out of order the answers would be wrong in silence.
         QCF_ASSERT_TEXT(node == 0 || keys.back() < key, "prefixes ascend without duplicates");
         // What contains it is the node before it or one above that.
         U32 parent = node == 0 ? none : node - 1;
@@ -37,6 +42,8 @@ void PrefixTrie::build(std::vector<Key> & keys, std::span<IpGenPrefix const> fro
     auto const tableBits =
         std::min<U32>(static_cast<U32>(std::bit_width(from.size())), leadingBits);
     leadingShift_ = leadingBits - tableBits;
+    // One more than entries, so that each one's end is the start of the next: counts are taken one
+    // place further on and then summed up.
     firstByLeading_.assign((std::size_t{1} << tableBits) + 1, 0);
     for (Key const & key : keys) {
         ++firstByLeading_[(key.leading() >> leadingShift_) + 1];
@@ -60,6 +67,7 @@ PrefixTrie::PrefixTrie(std::span<IpGenPrefix const> prefixes) {
     }
 }
 
+// The node to begin at may stand before the bucket: a short prefix contains many buckets.
 template <typename Key>
 U32 PrefixTrie::longest(std::vector<Key> const & keys, Key const & candidate) const {
     if (keys.empty()) {

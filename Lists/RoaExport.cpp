@@ -5,6 +5,9 @@
 
 #include <limits>
 
+/// Two sources of payloads that are judged differently: what a person wrote into a lists document
+/// is taken at its word, what a relying party's program exported may have more members, and less
+/// content.
 namespace Qcf::Lists {
 
 namespace {
@@ -16,7 +19,8 @@ std::string_view withoutAs(std::string_view text) {
     return text.substr(isPrefixed ? 2 : 0);
 }
 
-/// An AS number as exports write it: 65001, "65001" or "AS65001".
+/// An AS number as exports write it: 65001, "65001" or "AS65001". None can be
+/// taken for another.
 U32 readAsn(JsonValue const & value) {
     std::optional<U64> asn = value.asU64();
     if (value.isString()) {
@@ -28,7 +32,8 @@ U32 readAsn(JsonValue const & value) {
     return static_cast<U32>(*asn);
 }
 
-/// Reads a payload; keys that say nothing of it are the caller's to judge.
+/// Reads a payload; keys that say nothing of it are the caller's to judge. A length outside of the
+/// prefix and its family is a fault: it cannot be meant.
 Roa readRoa(JsonObjectReader & reader) {
     Roa roa;
     roa.prefix = readPrefix(reader.require("prefix"), AddressFamily::none);

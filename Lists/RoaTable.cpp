@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+/// Validity (RFC 6811) asks for all prefixes around a route's, not for the longest alone: a short
+/// one may grant what a longer one does not.
 namespace Qcf::Lists {
 
 void RoaTable::Index::build(std::span<Roa const> ascending) {
@@ -20,12 +22,15 @@ void RoaTable::Index::build(std::span<Roa const> ascending) {
     for (U32 node = 0; node < trie.size(); ++node) {
         auto const first = origins.begin() + firstOfNode[node];
         auto const last = origins.begin() + firstOfNode[node + 1];
+        // By AS, and of one AS the largest length first: the one that a search finds grants the
+        // most.
         std::ranges::sort(first, last, {}, [](Origin const & origin) {
             return std::pair(origin.asn, addressWidth(AddressFamily::ipv6) - origin.maxLength);
         });
     }
 }
 
+// One covering prefix is enough for "invalid", one that grants for "valid", which ends the search.
 OriginValidity RoaTable::Index::validate(IpGenPrefix const & prefix, U32 originAs) const {
     auto validity = OriginValidity::notFound;
     for (U32 node = trie.longestMatch(prefix); node != PrefixTrie::none; node = trie.parent(node)) {
@@ -33,6 +38,7 @@ OriginValidity RoaTable::Index::validate(IpGenPrefix const & prefix, U32 originA
         auto const last = origins.begin() + firstOfNode[node + 1];
         auto const at = std::ranges::lower_bound(origins.begin() + firstOfNode[node], last,
                                                  originAs, {}, &Origin::asn);
+        // An AS 0 in a payload covers and grants nothing.
         bool const isGranted = at != last && at->asn == originAs && prefix.len() <= at->maxLength;
         if (isGranted && originAs != 0) {
             return OriginValidity::valid;
@@ -44,6 +50,7 @@ OriginValidity RoaTable::Index::validate(IpGenPrefix const & prefix, U32 originA
 RoaTable::RoaTable(std::vector<Roa> roas) {
     std::ranges::sort(roas);
     roas.erase(std::unique(roas.begin(), roas.end()), roas.end());
+    // Prefixes ascend by family first.
     auto const firstV6 = std::ranges::partition_point(
         roas, [](Roa const & roa) { return roa.prefix.af() == AddressFamily::ipv4; });
     size_ = roas.size();
