@@ -25,6 +25,7 @@ public:
     /// How many members the collection has.
     std::size_t size() const { return size_; }
     /// Memory of the list.
+    /// Room that was taken counts, be it in use or not.
     std::size_t bytes() const { return listed_.capacity() * sizeof(U64); }
 
     /// A member came; its key is not among the members' yet.
@@ -45,8 +46,8 @@ public:
     }
 
     /// The members' keys in rising order, each once: one that came back is listed twice.
-    template <typename IsMember>
     /// Costs a sort; a look-up of each listed key only where some of those listed went.
+    template <typename IsMember>
     std::vector<U64> rising(IsMember && isMember) const {
         std::vector<U64> keys(listed_);
         std::sort(keys.begin(), keys.end());

@@ -57,9 +57,9 @@ public:
 
 protected:
     /// To be called by the constructors of nodes that have children, or effects of their own.
-    template <typename... Children>
     /// Children that are null count nothing. A callee is a child as well: a call's facts are its
     /// function's.
+    template <typename... Children>
     void standsOn(NodeEffects own, Children const &... children) {
         treeFacts_ =
             TreeFacts::over(own, {(children ? children->treeFacts() : TreeFacts::none())...});
@@ -70,7 +70,6 @@ protected:
     void lastUserGone() const override;
 
 private:
-    // Both are set in the constructor and never again.
     U64 aetNodeKey_;
     TreeFacts treeFacts_;
 };
@@ -124,8 +123,8 @@ public:
 };
 
 /// The node as one of that class; null when it is of another.
-template <typename Node>
 /// Two looks at memory and no search; a base class is no answer, ask `isKind` for those.
+template <typename Node>
 Node const * as(AetNodeBase const & node) {
     return &node.typeData() == &nodeClassOf<Node>() ? static_cast<Node const *>(&node) : nullptr;
 }
@@ -136,7 +135,7 @@ bool is(AetNodeBase const & node) {
 }
 
 /// The node's class and key: "IntIs#12".
-/// What diagnostics name a node by, and what texts of frames read back.
+/// What texts name a node by; those of frames are read back by it.
 String referenceText(AetNodeBase const & node);
 
 /// Asserts that walking the tree from this node down does not take more stack than there is.

@@ -30,8 +30,8 @@ public:
     }
 
     /// Whether the set lives by being stored here.
-    template <typename Set>
     /// An edit asks before it overwrites: a set that is only borrowed has other readers.
+    template <typename Set>
     bool owns(Set const * set) const {
         return withSets(
             [&](auto const... field) { return (isOwnedBy(this->*field.second, set) || ...); });

@@ -70,7 +70,7 @@ public:
     void functionCallDepthDec(U32 n) { functionCallDepth_ -= n; }
 
     /// Forgets changes and fetched values, keeps all storage. Asserts that no call is open.
-    /// Costs a few words unless sets were stored; nothing is freed.
+    /// Costs a few words unless sets were stored.
     void reset() override { forgetRoute(); }
     /// Hands each modified attribute once to its write-back operation, in flag order. Write-backs
     /// that the agent did not override are not called. Asserts that no call is open.
@@ -134,6 +134,7 @@ private:
     VirtualSlots defaultOperations_ = nullptr;
     Ptr<AttributeContent> attributeContent_;
     Ptr<QcfEvalContextCacheGenerated> cache_;
+    /// Raised and lowered by calls; 0 between routes.
     U32 functionCallDepth_ = 0;
     /// The one thing that says whether a field of the content counts.
     U32 modifiedFlags_ = 0;

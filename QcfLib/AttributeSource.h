@@ -23,6 +23,7 @@ struct IntSource {
     U32 modifiedFlag = 0;
     U64 AttributeContent::*stored = nullptr;
     U64 (GeneratedEvalContext::*input)() const = nullptr;
+    // What a modifiable attribute's getVal asserts; the whole range where there are no bounds.
     U64 min = 0;
     U64 max = ~U64{0};
 };

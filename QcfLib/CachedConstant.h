@@ -36,6 +36,7 @@ public:
     /// that were made with another value are not used any more; that value stays alive with the
     /// node, since a route that was evaluated may still have it. Belongs to the thread that builds
     /// the tree, while nobody evaluates it. Publishes the change.
+    /// A null value takes it away again: the value is built at each evaluation from then on.
     void cachedGetValIs(Ptr<Container> value) const {
         QCF_ASSERT_TEXT(!value || value->modifyFlag() == ModifyFlag::copyOnWrite,
                         "a cached value is copyOnWrite");
@@ -55,9 +56,11 @@ public:
     }
 
 private:
+    /// Outlives this, which is a part of it.
     Entity const & owner_;
     // A node is constant to all but its builder, and the value is none of its content.
     mutable Ptr<Container> cachedGetVal_;
+    /// Values that were here before; freed with the node.
     mutable std::forward_list<Ptr<Container>> replaced_;
 };
 

@@ -135,6 +135,7 @@ public:
 private:
     // Asked at each node that is walked, but not by the steps of a plan.
     bool shouldLogEval_ = false;
+    // Both stay the same for the context's life.
     PtrConst<ExternalMatchersBase> externalMatchers_;
     Routing::Policy::Result_ * result_;
 };

@@ -13,6 +13,7 @@
 namespace Qcf::Eval {
 
 /// The value of a predicate or a statement.
+/// Unknown is the start: a function in which no statement decides is neither true nor false.
 enum class TriStateBoolValue : U8 { unknown = 0, false_ = 1, true_ = 2 };
 
 // The same as functions, as compilers of policies and agents spell them.
@@ -33,9 +34,15 @@ enum class TerminationFlag : U8 {
 char const * toString(TriStateBoolValue value);
 /// The enumerator's own name; static storage.
 char const * toString(TerminationFlag flag);
+/// As the text above.
 std::ostream & operator<<(std::ostream & out, TriStateBoolValue value);
 
 /// What evaluating a node yields; two bytes, handed around by value.
+///
+///     EvalResult::fromBool(true);                            // a condition that holds
+///     EvalResult(QcfUnknown());                              // a statement that decided nothing
+///     EvalResult(QcfTrue(), TerminationFlag::exitToPoa);     // `exit true`
+///
 class EvalResult {
 public:
     /// Unknown, and evaluation goes on: what a statement without effect yields.
@@ -68,11 +75,16 @@ public:
 
     /// What a function whose body has this result yields to its caller.
     /// An exit goes through it unchanged, up to the point of attachment.
+    ///
+    ///     returned() of (true, returnToCaller) is (true, noTermination)
+    ///     returned() of (true, exitToPoa)      is the same
+    ///
     constexpr EvalResult returned() const {
         bool const returns = termination_ == TerminationFlag::returnToCaller;
         return returns ? with(TerminationFlag::noTermination) : *this;
     }
 
+    /// By both parts.
     constexpr bool operator==(EvalResult const &) const = default;
 
     /// Both parts count: results that differ in termination alone are different.
@@ -84,6 +96,7 @@ public:
     }
 
 private:
+    // Two bytes, so that a result fits a register.
     TriStateBoolValue retVal_ = TriStateBoolValue::unknown;
     TerminationFlag termination_ = TerminationFlag::noTermination;
 };

@@ -33,6 +33,7 @@ public:
     void defaultIs(PtrConst<Status> status) { default_ = std::move(status); }
 
 private:
+    /// By slot; the first is never used.
     std::vector<PtrConst<Status>> entries_;
     PtrConst<Status> default_;
 };

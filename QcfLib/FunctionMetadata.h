@@ -7,6 +7,7 @@
 namespace Qcf {
 
 /// Names of one kind of outside objects with their slots. Slot 0 is never valid.
+/// Ordered by name, so that texts of equal metadata are equal.
 using SlotMap = std::map<String, U16>;
 
 /// The kinds of outside objects that a function can name, in the order of FunctionMetadata.
@@ -37,6 +38,7 @@ enum class SlotKind : U8 {
 struct FunctionMetadata {
     // Member names are part of the published form, with their capitals.
     SlotMap commListsUsed;
+    // Each is empty where the function names nothing of the kind.
     SlotMap extCommListsUsed;
     SlotMap largeCommListsUsed;
     SlotMap tagSetsUsed;
@@ -53,18 +55,25 @@ struct FunctionMetadata {
     bool operator==(FunctionMetadata const &) const = default;
 
     /// The names of one kind.
+    /// A member by its number, for who treats kinds alike.
     inline SlotMap const & of(SlotKind kind) const;
     /// For builders; a function's own is constant.
     inline SlotMap & of(SlotKind kind);
 
     /// Calls `visit(name, map)` for every kind, in the order above; `name` is that of the member.
-    template <typename Self, typename Visitor>
     /// The visitor may change the map where `self` is not constant.
+    template <typename Self, typename Visitor>
+    ///
+    ///     FunctionMetadata::eachKind(metadata, [&](char const * name, SlotMap const & slots) {
+    ///         if (!slots.empty()) { ... } // a list of this kind is in use
+    ///     });
+    ///
     static void eachKind(Self & self, Visitor && visit);
 };
 
 /// A kind of outside objects: the member that holds its names, and that member's name, by which
 /// documents know it.
+/// Kinds are treated alike through this: readers and writers have no code of their own for any.
 struct SlotKindInfo {
     SlotKind kind;
     char const * name;
@@ -87,6 +96,7 @@ inline constexpr SlotKindInfo slotKinds[] = {
 };
 
 /// What is known of a kind.
+/// No check: `kind` is one of the enumerators.
 constexpr SlotKindInfo const & slotKindInfo(SlotKind kind) {
     return slotKinds[static_cast<U8>(kind)];
 }

@@ -8,6 +8,7 @@ namespace Qcf::Eval {
 /// An integer's value: constants and arguments may be negative, attributes never are. A negative
 /// zero is zero.
 struct SignedMagnitude {
+    // Two parts, since neither a signed nor an unsigned word holds every value.
     bool negative;
     U64 magnitude;
 
@@ -20,6 +21,7 @@ struct SignedMagnitude {
 ///
 ///     IntRange{.min = 0, .max = 255, .defaultValue = 256}.sum(250, 10); // 255
 struct IntRange {
+    // Both ends included.
     U64 min;
     U64 max;
     U64 defaultValue;

@@ -26,19 +26,22 @@ inline U64 spreadBits(Acl::CommunityValue const & value) {
 /// A route's few values are rarely among the constants: a filter of bits, small enough to stay in
 /// the cache, says so by one probe. A table of open addresses finds the others; a bisection of
 /// thousands would cost a dozen steps that no processor foresees. Immutable, read by any thread.
+/// Memory is taken once, in the constructor.
 class MembershipIndex {
 public:
     /// What is the position of a value that is not there.
+    /// Also marks the empty places of the table.
     static constexpr U32 none = ~U32{0};
 
     /// The values must stay the same as long as the index, and differ from each other; there are
     /// less than 2^32 - 1.
-    template <typename Values>
     /// Takes 10 to 20 bytes a value, in two blocks.
+    template <typename Values>
     explicit MembershipIndex(Values const & values)
         : bits_(std::bit_ceil(bitsPerValue * values.size() + wordBits) / wordBits),
           places_(std::bit_ceil(2 * values.size() + 1), none) {
         U32 position = 0;
+        // Each value sets its bit and takes the first free place from its own on.
         for (auto const & value : values) {
             U64 const spread = spreadBits(value);
             std::size_t const bit = spread & bitMask();
@@ -52,15 +55,15 @@ public:
     }
 
     /// Whether `value` is one of the values that the index was made of.
-    template <typename Value>
     /// Mostly one look at the filter where it is not there, and a probe or two where it is.
+    template <typename Value>
     bool contains(std::span<Value const> values, Value const & value) const {
         return positionOf(values, value) != none;
     }
 
     /// Where among the values it stands; `none` when it is not there.
-    template <typename Value>
     /// `values` must be those that the index was made of, in the same order.
+    template <typename Value>
     U32 positionOf(std::span<Value const> values, Value const & value) const {
         U64 const spread = spreadBits(value);
         std::size_t const bit = spread & bitMask();
@@ -73,8 +76,8 @@ private:
     static constexpr std::size_t bitsPerValue = 16;
     static constexpr std::size_t wordBits = 64;
 
-    template <typename Value>
     /// Ends at an empty place at the latest, since at least half of them are.
+    template <typename Value>
     U32 placeOf(std::span<Value const> values, Value const & value, U64 spread) const {
         std::size_t at = spread & placeMask();
         while (places_[at] != none && !(values[places_[at]] == value)) {
@@ -89,6 +92,7 @@ private:
 
     /// A bit for each value, and for whatever others fall upon it.
     std::vector<U64> bits_;
+    // Found by probing from the value's own place on, one by one.
     std::vector<U32> places_; ///< positions among the values; at most half are taken
 };
 

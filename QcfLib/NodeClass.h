@@ -24,6 +24,7 @@ class MemAllocationTracker;
 /// Records live as long as the process, never change, and are read by any thread.
 namespace Qcf::Eval {
 
+// Nodes are known by reference alone here: their own header includes this one.
 class AetNodeBase;
 class FieldReader;
 class FieldWriter;
@@ -48,6 +49,11 @@ struct AttributeInfo {
 /// The bases that node classes derive from. A class is of its base's kind, and of every kind that
 /// this one derives from: an integer attribute that can be written is `intModifiable`, `int_`,
 /// `storageType` and `aetNodeBase`.
+///
+///     if (nodeClass.isKind(NodeKind::storageType)) { ... } // its nodes yield values
+///
+/// Nodes of the kind `expression` are evaluated to results, those of `storageType` to values; links
+/// of chains are neither.
 enum class NodeKind : U8 {
     aetNodeBase,
     expression,
@@ -139,23 +145,31 @@ enum class ComparisonOrder : U8 { none, is, lessThan, lessThanEq, greaterThan, g
 /// nothing, it says what they read and write.
 /// Plans and documents read these. A new class that is like another by its facts needs no
 /// line in either.
+///
+///     if (node.typeData().facts.isLink) { ... }
+///
 struct ClassFacts {
+    // All of them, so that a test of one bit answers for bases of bases, too.
     U32 kinds = 0; ///< bits of NodeKind
     ArgumentKind argument = ArgumentKind::none;
     std::optional<SlotKind> list = {}; ///< the kind of list it names; IPv4 if of a family
-    bool isLink = false;               ///< of a chain
-    bool isShared = false;             ///< equal nodes of a document are one node
+    // Links are followed by loop wherever a tree is walked.
+    bool isLink = false;   ///< of a chain
+    bool isShared = false; ///< equal nodes of a document are one node
     // Only where all elements are can a literal keep its value.
     bool isConstant = false; ///< a constant element of a literal
-    bool returns = false;    ///< can end the function, whatever its children do
-    bool assigns = false;    ///< replaces its target without reading it
+    // For who has to know whether what stands behind a node can be reached.
+    bool returns = false; ///< can end the function, whatever its children do
+    bool assigns = false; ///< replaces its target without reading it
     /// Of a comparison of two integers or two bandwidths, its only children; else `none`.
     ComparisonOrder compares = ComparisonOrder::none;
+    // Of attribute classes the attribute's own bit; what children read is not in it.
     U64 reads = 0;                   ///< bits of AttributeSet, its own alone
     U32 writes = 0;                  ///< bits of ModifiableAttributeSet, its own alone
     U8 integerArguments = 0;         ///< that it reads, each of 32 bits
     bool readsNodeArguments = false; ///< singletons and bounds of ranges
     /// Of a literal: keeps its value, if all elements are constants.
+    /// Null for all other classes.
     void (*keepConstant)(AetNodeBase const & node) = nullptr;
 };
 
@@ -163,13 +177,17 @@ struct ClassFacts {
 /// arguments after the key. One constant object a class, in the order of the store's collections.
 /// The functions take nodes of this very class and do not check; a node's own `typeData()` is the
 /// safe way to them.
+///
+///     NodeClass const * const nodeClass = findNodeClass("IntIs");
+///     Ptr<AetNodeBase> const node = nodeClass->create(key, reader);
+///
 struct NodeClass : TypeData {
     // By function object: none of this is on the way of a route.
     using ChildVisitor = std::function<void(FieldInfo const &, AetNodeBase const *)>;
     using ChildMapper = std::function<PtrConst<AetNodeBase>(AetNodeBase const &)>;
     using ChildComparison = std::function<bool(AetNodeBase const &, AetNodeBase const &)>;
 
-    /// As the store publishes its changes, and as published trees name it.
+    /// The name under which the store publishes changes of its members.
     char const * collection = "";
     U64 typeCode = 0;                          ///< stable identity of the class, from its name
     AttributeInfo const * attribute = nullptr; ///< null unless a route attribute
@@ -180,13 +198,21 @@ struct NodeClass : TypeData {
     /// Hands the node's fields to the writer in declared order.
     void (*write)(AetNodeBase const & node, FieldWriter & writer) = nullptr;
     /// Calls the visitor for each child in declared order, null ones included.
+    /// Not its children's children: whole trees are walked by NodeWalk.h.
     void (*visitChildren)(AetNodeBase const & node, ChildVisitor const & visit) = nullptr;
     /// A node with the same scalars under another key, and `mapChild(child)` in each child's place,
     /// which the field must accept; null children stay null.
+    ///
+    ///     auto const other = nodeClass.copy(node, newKey, [&](AetNodeBase const & child) {
+    ///         return PtrConst<AetNodeBase>(&child); // the same children
+    ///     });
+    ///
     Ptr<AetNodeBase> (*copy)(AetNodeBase const & node, U64 aetNodeKey,
                              ChildMapper const & mapChild) = nullptr;
     /// Whether two nodes of the class have equal scalars, floats by their bits, and
     /// `sameChild(a, b)` holds of each two children, neither null. Keys do not count.
+    /// Both nodes must be of the class. A class's own `compare` is deep; this one goes as deep as
+    /// `sameChild` does.
     bool (*sameFields)(AetNodeBase const & a, AetNodeBase const & b,
                        ChildComparison const & sameChild) = nullptr;
     /// How many nodes of the class there are, in all threads.
@@ -215,8 +241,8 @@ struct NodeClass : TypeData {
 std::span<NodeClass const> nodeClasses();
 
 /// The record of a class that is known where the code is written.
-template <typename Node>
 /// No search: the class knows its number at compile time.
+template <typename Node>
 NodeClass const & nodeClassOf() {
     return nodeClasses()[Node::classNumber];
 }

@@ -5,6 +5,8 @@
 #include "QcfLib/RoutingTypes.h"
 
 /// The scalar types that node fields can have, one macro argument each.
+/// A type that is not in the list cannot be a node's field: readers and writers have no operation
+/// for it. Whoever adds one adds it to each of them.
 #define QCF_FOR_EACH_SCALAR(APPLY)                                                                 \
     APPLY(U8)                                                                                      \
     APPLY(U16)                                                                                     \

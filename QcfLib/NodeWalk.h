@@ -29,6 +29,7 @@ struct WalkedNode {
 /// answers true the walk goes on to the node's children, and then calls `leave(node)`.
 /// Memory grows with the depth and the children of what is open, not with the tree. A link is a
 /// child of the one before it, so that entering a chain keeps a place for each link until its end.
+/// Nodes are not counted on the way: whoever keeps one counts it.
 template <typename Enter, typename Leave>
 void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
     // One that is entered stays until all that it pushed is done.
@@ -61,8 +62,8 @@ void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
 }
 
 /// The same without looking at nodes when they are left.
-template <typename Enter>
 /// An exception of `enter` ends the walk, here and above; nothing has to be undone.
+template <typename Enter>
 void walkTree(AetNodeBase const & root, Enter && enter) {
     walkTree(root, std::forward<Enter>(enter), [](AetNodeBase const &) {});
 }

@@ -15,6 +15,9 @@ public:
     static constexpr U32 off = 0;
 
     /// `off`, or the number of the epoch.
+    ///
+    ///     if (plan->isCurrent()) { ... } // its epoch is this one
+    ///
     static U32 current() { return current_.load(std::memory_order_relaxed); }
     /// Whether functions are evaluated by plans at all. Any thread may switch; evaluations that
     /// have begun go on as they are.
@@ -24,6 +27,7 @@ public:
                        std::memory_order_relaxed);
     }
     /// Plans made before are out of use.
+    /// Called by whoever replaces a constant of a literal; costs every function another plan.
     static void next() {
         U32 const number = number_.fetch_add(1, std::memory_order_relaxed) + 1;
         if (enabled()) {
@@ -37,6 +41,7 @@ public:
 private:
     // Two words, so that switching off and on again brings the same epoch back.
     inline static std::atomic<U32> number_{1};
+    /// What evaluations compare with: `off`, or the number.
     inline static std::atomic<U32> current_{1};
 };
 

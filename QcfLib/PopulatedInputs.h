@@ -16,6 +16,7 @@ namespace Qcf::Eval {
 /// storage and their stale values, which nobody reads before they are fetched anew.
 class PopulatedInputs : public Entity {
 public:
+    /// One test of a bit, on the way of each access to a set or path.
     template <typename Input>
     bool isPopulated(Input input) const {
         return (populated_ & bitOf(input)) != 0;
@@ -34,6 +35,7 @@ private:
         return U32{1} << static_cast<U8>(input);
     }
 
+    /// A bit for each input.
     U32 populated_ = 0;
 };
 

@@ -117,6 +117,7 @@ private:
 
     AetNodeTable table_;
     std::vector<AetKeyList> keys_; ///< by collection
+    /// Since the last flush.
     AetChanges dirty_;
     std::vector<AetChanges *> followers_;
 };

@@ -28,6 +28,7 @@ public:
                   Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
     /// Lets go of a chain link by link: it may be too long for one destructor within another.
     ~EvaluationLog() override;
+    /// A record that nothing follows yet.
     static Ptr<EvaluationLog>
     EvaluationLogIs(U64 aetNodeKey, Eval::EvalResult const & result,
                     Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
@@ -49,6 +50,7 @@ public:
     /// This record alone, as an object.
     void toJsonImpl(RendererV2 * renderer) const;
     /// The chain from this record on, as the member "entries" of the renderer's open object.
+    /// By loop over the chain; nested calls are written within their records.
     void toJson(RendererV2 * renderer) const override;
     /// The chain as a document with a line end. Waits for a descriptor that would block; throws
     /// std::system_error when it fails.

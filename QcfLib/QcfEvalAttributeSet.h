@@ -21,8 +21,8 @@ namespace Qcf::Eval {
 /// Text form: `Value('Qcf::Eval::AttributeSet', ** {'afi': True, 'afi_safi': False, ...})`. Reading
 /// accepts blanks anywhere between the parts, flags in any order, left-out flags as false, and the
 /// values True, False, true, false, 1 and 0.
-template <typename Names>
 /// One word: asking, comparing and hashing cost next to nothing.
+template <typename Names>
 class FlagSet {
 public:
     /// Flags there are; at most 63, since `value() >> width` has to be defined.
@@ -31,10 +31,12 @@ public:
     /// No flag.
     constexpr FlagSet() = default;
     /// From bits; throws std::out_of_range when one is set at or above the width.
+    /// For sets that were reckoned as words, as ClassFacts has them; `value()` gives it back.
     explicit FlagSet(U64 bits);
     /// Reads the text form and moves the range behind it; throws ParseError.
     explicit FlagSet(CharRange & text);
     /// Reads the text form, which must be all of `text`; throws ParseError.
+    /// Blanks may follow, and nothing else.
     static FlagSet strepToValue(String const & text);
 
     /// All flags, bit n for the n-th one.
@@ -105,6 +107,9 @@ extern template std::ostream & operator<<(std::ostream &, ModifiableAttributeSet
 
 /// Which attributes a function may read and which it may write, as whoever compiled it declares.
 /// An agent that fetches attributes at a cost can ask what it need not have.
+///
+///     if (function.accessedAttributes().readableAttributes.contains(bit)) { ... fetch it ... }
+///
 struct AccessibleAttributes {
     // An attribute may be in both, in one or in none.
     AttributeSet readableAttributes;
@@ -121,6 +126,7 @@ struct AccessibleAttributes {
 };
 
 /// Writes `name = read`, `name = read/write` or `name = write` and a line end; nothing for neither.
+/// As `AccessibleAttributes::toStrep` writes its lines.
 void formatReadWriteAttributeFlag(std::ostringstream & out, char const * name, bool read,
                                   bool write);
 

@@ -31,6 +31,7 @@ public:
     /// The name under which it is published and called.
     String const & funcName() const { return funcName_; }
     /// The outside lists that its tree names, by kind, each with its slot.
+    /// What the sanity check compares nodes with, and what an agent fills its tables of lists by.
     FunctionMetadata const & metadata() const { return metadata_; }
     /// What it asks of a host's route maps; told in dumps, of no meaning to evaluation.
     Routing::Policy::RouteMapFeatures const & features() const { return features_; }
@@ -54,6 +55,7 @@ public:
     /// 0 until one was set.
     U32 cachedHashValue() const { return cachedHashValue_; }
     /// Both publish a change, and nothing when there is none.
+    /// For the function's first hash, and for mirrors, which set what they are told.
     void cachedHashValueSetIs(bool set) const;
     void cachedHashValueIs(U32 value) const;
 
@@ -66,6 +68,7 @@ private:
 
 /// What a function keeps beside its declared fields: neither is part of its content, so that equal
 /// functions may differ in both.
+/// Both may come to be after the function was shared, by const operations.
 class FunctionState : public CachedHash, public KeptPlan {
 public:
     using CachedHash::CachedHash;
@@ -74,15 +77,22 @@ public:
 /// Base of the operators between the operands of a LogicalOperatorExpression: `and`, `or` and `??`.
 /// A chain has operators of one kind; the first one decides, the others stand for themselves in
 /// logs and dumps.
+///
+///     a and b     ends with the first operand that is not true
+///     a or b      ends with the first one that is true
+///     a ?? b      ends with the first one that is not unknown, and may itself be unknown
+///
 class LogicalOperator : public AetNodeBase {
 public:
     using AetNodeBase::AetNodeBase;
 
     /// By the concrete class alone: an operator has no content.
     bool compare(PtrConst<AetNodeBase> const & other) const final;
+    // Final, so that no operator can have content that these would overlook.
     U32 hash(U32 seed) const final;
 
     /// "and", "or" or "??".
+    /// As it stands between two operands of a dump.
     virtual String toStrep() const = 0;
     /// Whether a chain of this kind ends with that operand's result.
     /// Asked of the operands in turn, so that those behind are not evaluated.

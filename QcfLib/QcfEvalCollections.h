@@ -32,6 +32,8 @@ using U64Buffer = boost::container::small_vector<U64, inlineSetCapacity>;
 using CommunityBuffer = boost::container::small_vector<Acl::CommunityValue, inlineSetCapacity>;
 
 /// Whether a set operation may write its result into its first operand.
+/// The flag is a set's whole permission: whether anybody else holds it is not asked, since counting
+/// would touch memory that threads share.
 enum class ModifyFlag : U8 {
     copyOnWrite = 0, ///< others may see the container: never written
     reuseOnWrite = 1 ///< a result of this evaluation, or its copy of an input
@@ -44,8 +46,8 @@ enum class ModifyFlag : U8 {
 /// Values may be lent to a container: it reads them where they are, and copies them when it is
 /// about to change. An agent that lends a route's values spares a copy of every set that a function
 /// only reads.
-template <typename Buffer_>
 /// Changing the container ends the lending: it has values of its own from then on.
+template <typename Buffer_>
 class ValueVector : public PtrInterface {
 public:
     using Buffer = Buffer_;
@@ -60,10 +62,10 @@ public:
     void modifyFlagIs(ModifyFlag modifyFlag) { modifyFlag_ = modifyFlag; }
 
     /// The values where they are; good until the container changes.
+    /// Costs a test; loops take it once.
     std::span<Value const> view() const {
         return lent_.empty() ? std::span<Value const>(values_.data(), values_.size()) : lent_;
     }
-    /// Values there are.
     std::size_t count() const { return view().size(); }
     bool empty() const { return lent_.empty() && values_.empty(); }
     /// `i` is below `count()`; front and back ask for one value at least. None of it is checked.
@@ -75,6 +77,7 @@ public:
     auto end() const { return view().end(); }
 
     /// The values' storage, for those who build a set: it must end ascending without duplicates.
+    /// Copies what was lent, if anything was: from here on the container has values of its own.
     Buffer & values() {
         if (isLent()) {
             values_.assign(lent_.begin(), lent_.end());
@@ -90,11 +93,13 @@ public:
 
     /// Shows the values of somebody else in place of its own. They must be as this container's own
     /// would be, and stay unchanged until it is cleared or destroyed.
+    /// An empty span lends nothing: the container then shows what it has of its own.
     void lend(std::span<Value const> values) { lent_ = values; }
     /// Also false when no values were lent: an empty view lends nothing.
     bool isLent() const { return !lent_.empty(); }
 
     /// Speeds up membership in a large set; to be called once on a set that never changes again.
+    /// Takes memory in proportion to the values; nothing for a set of 64 or fewer.
     void indexIs() {
         if (count() > largeSet) {
             index_ = std::make_unique<MembershipIndex const>(view());
@@ -107,8 +112,11 @@ private:
     // Up to here a bisection does, without memory of its own.
     static constexpr std::size_t largeSet = 64;
 
+    /// What may be done to the values by others than the owner.
     ModifyFlag modifyFlag_;
+    // The two ways to hold values: lent ones win as long as there are any.
     std::span<Value const> lent_; ///< empty while the values are the container's own
+    /// Positions among the values as they were when it was made.
     std::unique_ptr<MembershipIndex const> index_;
     /// The container's own, stale while others are lent.
     Buffer values_;
@@ -121,6 +129,7 @@ private:
 class U64SmallVector final : public ValueVector<U64Buffer> {
 public:
     using ValueVector::ValueVector;
+    /// An empty set of its own, with room for `inlineSetCapacity` values inside.
     static Ptr<U64SmallVector> U64SmallVectorIs(ModifyFlag modifyFlag);
 
     /// Appends. The caller sees to the order.
@@ -128,6 +137,7 @@ public:
     /// Sorts and drops duplicates.
     void normalize();
     /// To be called when an operation has overwritten the values.
+    /// Here for the templates that edit both kinds of sets; integers have nothing to note.
     void noteOverwritten() {}
     /// By bisection, or by the index of a large constant.
     bool contains(U64 value) const;
@@ -147,8 +157,10 @@ public:
     /// `scratch` is the context's buffer for values on their way; what it held is lost.
     static PtrConst<U64SmallVector> add(PtrConst<U64SmallVector> const & a,
                                         PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
+    /// What of `a` is not in `b`.
     static PtrConst<U64SmallVector> remove(PtrConst<U64SmallVector> const & a,
                                            PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
+    /// What of `a` is in `b`, too.
     static PtrConst<U64SmallVector> retain(PtrConst<U64SmallVector> const & a,
                                            PtrConst<U64SmallVector> const & b, U64Buffer & scratch);
     /// The values in order, joined by ",".
@@ -166,6 +178,7 @@ public:
 class U64UnsortedSmallVector final : public ValueVector<U64Buffer> {
 public:
     using ValueVector::ValueVector;
+    /// An empty list.
     static Ptr<U64UnsortedSmallVector> U64UnsortedSmallVectorIs(ModifyFlag modifyFlag);
 
     /// Appends.
@@ -185,9 +198,11 @@ public:
 ///
 /// `lbwValue` is the last link-bandwidth community that `insert` (or the copy back into a reused
 /// operand) put in, all zero when none: a union built in a new set leaves it zero.
+/// It is what values that are computed from a set's link bandwidth read.
 class CommunitySmallVector final : public ValueVector<CommunityBuffer> {
 public:
     using ValueVector::ValueVector;
+    /// An empty set, without a link bandwidth.
     static Ptr<CommunitySmallVector> CommunitySmallVectorIs(ModifyFlag modifyFlag);
 
     Acl::CommunityValue lbwValue() const {
@@ -204,6 +219,7 @@ public:
         lbwValueIs(lbwValue());
         return ValueVector::values();
     }
+    /// Also forgets the link bandwidth.
     void clear() {
         ValueVector::clear();
         lbwValueIs({});
@@ -244,6 +260,7 @@ public:
     }
 
 private:
+    /// By bisection: communities of one type stand together.
     Acl::CommunityValue lastLinkBandwidth() const;
 
     /// As it was inserted or set; of no meaning where it follows the values.

@@ -28,17 +28,29 @@ class Function;
 /// alive, but not its values: those are to be copied if they are to last longer. A path handed to
 /// `asPathIs` belongs to the context: it is to be copied before that returns.
 /// Each thread has a context of its own; what contexts share are functions and external matchers.
+///
+///     class MyContext final : public Qcf::Eval::EvalContext {
+///     public:
+///         using EvalContext::EvalContext;
+///         U64 medInput() const override { return route_->med; }
+///         void medIs(U64 med) override { route_->med = med; }
+///     };
+///
 class EvalContext : public GeneratedEvalContext {
 public:
     /// All three may be null: empty tables of lists, no result record, no policy context. The
     /// result record is not owned and must outlive the context.
+    /// Costs the containers of the store and the cache: contexts are kept, not made for each route.
     EvalContext(PtrConst<ExternalMatchersBase> externalMatchers, Routing::Policy::Result_ * result,
                 Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext);
+    /// Lets go of stored sets before the functions whose constants they may be.
     ~EvalContext() override;
 
     TypeData const & typeData() const override;
+    /// Of the frame that is current: after `eval` that of the outermost function.
     Ptr<Debug::EvaluationLog const> evaluationLog() const override;
     /// Ready for the next route; also switches logging off. Asserts that no call is open.
+    /// Containers keep their storage for the next route.
     void reset() override { forgetRoute(); }
 
     // What an agent answers that overrides nothing: no session of note, and lists that match
@@ -90,12 +102,14 @@ public:
     CommunitySetPtr
     largeCommRetainLargeCommList(CommunitySetPtr const & set,
                                  PtrConst<LargeCommListStatus> const & status) override;
+    // False for every slot.
     bool matchRoaTable(U32 slot, U32 state) const override;
 
     // What follows is for nodes while they are evaluated.
 
     /// The frame of the function that runs. Asserts that a call's frame is current exactly while a
     /// call is open.
+    /// Belongs to the context or to the call; good until that returns.
     StackFrameData_ * stackFrameDataRawPtr();
     StackFrameData_ const * stackFrameDataRawPtrConst() const;
     /// Makes a frame current; the top-level frame only while no call is open.
@@ -119,6 +133,7 @@ public:
     /// logging is on.
     /// Rising keys leave each node one record in a frame, however often it was walked.
     void addLogToList(Ptr<Debug::EvaluationLog> const & record);
+    /// These two make the record themselves; of a call's log the callee's chain is part.
     void log(U64 aetNodeKey, EvalResult const & result);
     void logFunctionCall(U64 aetNodeKey, EvalResult const & result,
                          Ptr<Routing::Policy::EvaluationLogBase const> const & functionCallLog);
@@ -157,6 +172,7 @@ public:
 
 protected:
     /// What `reset` does, for derived classes to do in place.
+    /// Not virtual, so that the classes' parts become one piece of code on the way of each route.
     void forgetRoute() {
         nextHopSetToSelf_ = false;
         stackFrameDataFromCaller_ = nullptr;
@@ -181,16 +197,19 @@ private:
     void forgetEarlierFunctions();
     void clearFrame();
 
+    /// Null where the agent gave none.
     Ptr<Routing::Policy::PolicyEvalContext> policyEvalContext_;
     /// Null while the outermost function runs. Frames of calls are the calls' own.
     StackFrameData_ * stackFrameDataFromCaller_ = nullptr;
     /// The outermost function's frame, with its part of the log.
     StackFrameData_ stackFrameDataFromPOA_;
+    /// Not an attribute: no write-back tells of it.
     bool nextHopSetToSelf_ = false;
     /// The last of those that are kept; null while one is put in.
     Function const * currentFunction_ = nullptr;
     /// More than one only where several were evaluated without a reset.
     boost::container::small_vector<PtrConst<Function>, 2> evaluatedFunctions_;
+    /// One for each type of values, since an operation needs one at most.
     U64Buffer intSetScratch_;
     CommunityBuffer communitySetScratch_;
 };

@@ -17,6 +17,7 @@ namespace Qcf::Eval {
 /// end. Else a new `reuseOnWrite` set takes them.
 ///
 /// `firstOperand` and `scratch` must outlive the object; the former may be null.
+/// Until `get` only the scratch buffer or a new set is written, never the operand.
 template <typename Set>
 class LazySmallVector {
 public:
@@ -24,6 +25,7 @@ public:
     using value_type = Value; // for std::back_inserter
     using Buffer = typename Set::Buffer;
 
+    /// Nothing is made or written yet.
     LazySmallVector(PtrConst<Set> const & firstOperand, Buffer & scratch, std::size_t expectedSize)
         : firstOperand_(firstOperand), scratch_(scratch), expectedSize_(expectedSize) {}
 
@@ -49,6 +51,7 @@ private:
     /// Moves what gathered in the scratch buffer into the first operand.
     void copyBack();
 
+    // Borrowed for the operation; nothing is counted until there is a result.
     PtrConst<Set> const & firstOperand_;
     Buffer & scratch_;
     /// The most values that can come; it decides whether the operand has room for them.
@@ -99,8 +102,10 @@ private:
         }
     }
 
+    // The union itself decides where values gather; here only what they are.
     LazySmallVector<CommunitySmallVector> values_;
     Acl::CommunityValue linkBandwidth_;
+    /// Whether the new community stands among the values already.
     bool inserted_ = false;
 };
 

@@ -37,6 +37,7 @@ using AetNodePtrArgumentVector = ArgumentVector<StorageType const *>;
 /// Bits per second.
 using BandwidthTypeArgumentVector = ArgumentVector<F32>;
 /// Signed integers of up to 128 bits.
+/// Wide enough for a sign beside any magnitude of 64 bits.
 using IntTypeArgumentVector = ArgumentVector<S128>;
 /// Matchers lent by the external matchers; null where there is no list.
 using PrefixListTypeArgumentVector = ArgumentVector<Routing::Policy::PrefixListMatcher const *>;
@@ -44,6 +45,7 @@ using TriStateBoolTypeArgumentVector = ArgumentVector<TriStateBoolValue>;
 
 /// The arguments of one type of one call, in push order. Counted, so that a frame can be kept;
 /// taken from a slab, so that a call allocates nothing after the first ones.
+/// A callee reads them by position; several callees never share one.
 template <typename Vector>
 class ArgumentContainer final : public PtrInterface {
 public:
@@ -79,6 +81,7 @@ using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentV
 ///
 /// The frame of one function call: its arguments, a container for each type in use, and the part of
 /// the debug log that was written while it was current. Used by the evaluating thread alone.
+/// An empty one costs some null pointers: calls without arguments allocate nothing.
 class StackFrameData_ {
 public:
     // What it has, and what puts it there as a whole: for debuggers and tests. Evaluation pushes.
@@ -116,6 +119,7 @@ public:
         triStateBools_ = std::move(container);
         touched_ = true;
     }
+    /// The context appends to the last record; these two set both ends, and must agree.
     void logHeadIs(PtrConst<Debug::EvaluationLog> logHead) {
         logHead_ = std::move(logHead);
         touched_ = true;
@@ -148,6 +152,7 @@ public:
     /// True when anything was ever set; cheaper to ask than whether something is.
     bool touched() const { return touched_; }
     /// True when anything is set.
+    /// A container without values counts as something.
     explicit operator bool() const;
     /// Equal when every container holds equal values, bandwidths by their bits, and the logs are
     /// the same objects.
@@ -159,12 +164,13 @@ private:
     template <typename Container, typename Value>
     void push(Ptr<Container> & container, Value const & value);
 
-    // What is not in use is a null pointer: most frames are made and let go of untouched.
+    // What is not in use is a null pointer.
     Ptr<AetNodePtrArgContainer> aetNodePtrs_;
     Ptr<BandwidthTypeArgContainer> bandwidths_;
     Ptr<IntTypeArgContainer> ints_;
     Ptr<PrefixListTypeArgContainer> prefixLists_;
     Ptr<TriStateBoolTypeArgContainer> triStateBools_;
+    // The chain is owned from its head; the other end is where the next record goes.
     PtrConst<Debug::EvaluationLog> logHead_;
     Ptr<Debug::EvaluationLog> logCurrent_;
     /// Stays true when something is set to null again.
@@ -188,6 +194,7 @@ std::ostream & operator<<(std::ostream & out, StackFrameData_ const & frame);
 ///   or where it has no value node of that class and key, they are refused.
 /// - Of prefix lists only null comes back: the others are lent by the external matchers of one
 ///   evaluation, and a log is a part of one; both are refused.
+/// The text's kinds may stand in any order.
 StackFrameData_ strepToStackFrameData(String const & text, AetCollections const * nodes = nullptr);
 
 } // namespace Qcf::Eval

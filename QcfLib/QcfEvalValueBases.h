@@ -19,10 +19,13 @@
 namespace Qcf::Eval {
 
 /// An integer: an unsigned magnitude with a separate sign.
+/// An attribute, a constant, an argument, or derived from others: the number of communities, the
+/// length of a path or a prefix, an IP version.
 class Int : public StorageType {
 public:
     using StorageType::StorageType;
     /// Where a plan reads it; without an accessor for constants, arguments and derived values.
+    /// A plan asks it once, when it is made; the answer does not depend on a route.
     virtual IntSource source() const { return {}; }
     /// The magnitude.
     /// Of an attribute that the function wrote: the new value.
@@ -31,8 +34,10 @@ public:
     /// For plans, which read past the node.
     virtual U64 checkedVal(U64 value) const { return value; }
     /// Sign; only constants and arguments can be negative. A negative zero is zero.
+    /// False unless the class says otherwise.
     virtual bool negative(Ptr<EvalContextBase const> const & context) const;
     /// Sign and magnitude, read in this order.
+    /// What arithmetic reads: an argument is looked up for each of the two.
     virtual SignedMagnitude signedVal(Ptr<EvalContextBase const> const & context) const {
         bool const isNegative = negative(context);
         return {isNegative, getVal(context)};
@@ -42,10 +47,14 @@ public:
 };
 
 /// An integer attribute that can be written, with its range.
+///
+///     lhs.setVal(rangeOf(lhs).clamp(value), context); // in range, whatever came out
+///
 class IntModifiable : public Int {
 public:
     using Int::Int;
     /// The range, both ends included; constants of the class.
+    /// The same for all routes and contexts.
     virtual U64 min() const = 0;
     virtual U64 max() const = 0;
     /// The attribute's default value, which may lie outside the range; min() where it has none.
@@ -61,6 +70,7 @@ public:
 class Bandwidth : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Operators compare by number; nodes and frames compare bandwidths by their bits.
     virtual F32 getVal(Ptr<EvalContextBase const> const & context) const = 0;
     /// As a bandwidth, which only a parameter of that type finds.
     void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
@@ -72,6 +82,7 @@ public:
 class TriStateBool : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Neither value is an error: unknown says that nothing decided.
     virtual TriStateBoolValue getVal(Ptr<EvalContextBase const> const & context) const = 0;
     void pushFuncArgToStack(Ptr<EvalContextBase> const & context,
                             StackFrameDataBase_ * frame) const override;
@@ -95,6 +106,7 @@ public:
 class IpAddress : public StorageType {
 public:
     using StorageType::StorageType;
+    /// By value; allocates nothing.
     virtual IpGenAddr getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
@@ -107,25 +119,32 @@ public:
 };
 
 /// A prefix of either family, or an unset one.
+/// Read-only: what a route's prefix is no function changes.
 class IpPrefix : public StorageType {
 public:
     using StorageType::StorageType;
     /// Where a plan reads it; null for constants.
+    /// As the sources above: asked once, when a plan is made.
     virtual PrefixSource source() const { return nullptr; }
+    /// By value; allocates nothing.
     virtual IpGenPrefix getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
 /// An Ethernet address, six bytes.
+/// Read-only: no attribute of the type can be written.
 class MacAddress : public StorageType {
 public:
     using StorageType::StorageType;
+    /// By value; allocates nothing.
     virtual EthAddr getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
 /// An Ethernet segment identifier, which may be unset.
+/// Read-only.
 class Esi : public StorageType {
 public:
     using StorageType::StorageType;
+    /// No value where the route has none.
     virtual std::optional<Evpn::Esid> getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
@@ -133,6 +152,7 @@ public:
 class Interface : public StorageType {
 public:
     using StorageType::StorageType;
+    /// By value, the name with it.
     virtual IntfId getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
@@ -146,6 +166,7 @@ public:
 };
 
 /// The same as an attribute that can be written.
+/// The new value is copied into the context.
 class ResolutionRibsModifiable : public ResolutionRibs {
 public:
     using ResolutionRibs::ResolutionRibs;
@@ -158,6 +179,7 @@ public:
 class CommunityValue : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Computed anew by each call where it is no constant.
     virtual Acl::CommunityValue getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
@@ -166,11 +188,17 @@ public:
 class AsPath : public StorageType {
 public:
     using StorageType::StorageType;
+    /// Good until the path is written or the context is reset.
     virtual Routing::Bgp::AspathContainerFromExisting const *
     getVal(Ptr<EvalContextBase const> const & context) const = 0;
 };
 
 /// The route's AS path as an attribute that can be written.
+///
+///     auto * const path = node.getValModifiable(context);
+///     ... // prepend to it, replace in it
+///     node.setVal(path, context); // now it counts as modified
+///
 class AsPathModifiable : public AsPath {
 public:
     using AsPath::AsPath;
@@ -185,18 +213,20 @@ public:
 /// Base of the nodes that yield a set. A set is lent: `lendVal` gives a plain pointer that is good
 /// until the attribute is written or the context is reset, and puts a set that had to be built for
 /// this call into `fresh`. Null and empty both mean the empty set.
-template <typename Set_>
 /// Nothing is counted on the way: counts of constants are shared by threads.
+template <typename Set_>
 class SetStorage : public StorageType {
 public:
     using Set = Set_;
     using StorageType::StorageType;
     /// Where a plan reads it; without an accessor for literals.
+    /// Null members where the node has to be asked each time.
     virtual SetSource<Set> source() const { return {}; }
     /// `fresh` is null before; who asked keeps it until done with the answer.
     virtual Set const * lendVal(Ptr<EvalContextBase const> const & context,
                                 PtrConst<Set> & fresh) const = 0;
     /// The same, counted.
+    /// For who keeps it beyond that; costs a count, which evaluation avoids.
     PtrConst<Set> getVal(Ptr<EvalContextBase const> const & context) const {
         PtrConst<Set> fresh;
         Set const * const lent = lendVal(context, fresh);
@@ -211,10 +241,13 @@ public:
 };
 
 /// A set of integers that can be written.
+/// Edits overwrite what they may and store the result; whoever stores a set by itself builds a new
+/// one.
 class IntSetModifiable : public IntSet {
 public:
     using IntSet::IntSet;
     /// Stores a set as the attribute's value; null stores the empty set.
+    /// The context holds it from then on; nobody may change it but that context's edits.
     virtual void setVal(PtrConst<U64SmallVector> value,
                         Ptr<EvalContextBase> const & context) const = 0;
     /// The same for a set that lives until the context's next reset without being held here: one of
@@ -233,6 +266,7 @@ public:
 };
 
 /// A set of communities that can be written.
+/// The same operations, by the other type of set.
 class CommunitySetModifiable : public CommunitySet {
 public:
     using CommunitySet::CommunitySet;

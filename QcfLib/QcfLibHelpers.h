@@ -24,11 +24,13 @@ inline void assertNoReturn(EvalResult const & result) {
 /// bound in parallel. Null means none. Asserts that the bounds are both null, or of equal length
 /// and not empty.
 /// Singletons are looked up first; ranges are tried one by one, in their order, ends included.
+/// The lists stay where they are and nothing is allocated.
 template <typename Value>
 bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singletons,
                                    U64UnsortedSmallVector const * lowerBoundsOfRanges,
                                    U64UnsortedSmallVector const * upperBoundsOfRanges);
 
+// The two widths in use; the body stays in one source.
 extern template bool containedInSingletonsOrRanges(U64, U64SmallVector const *,
                                                    U64UnsortedSmallVector const *,
                                                    U64UnsortedSmallVector const *);
@@ -44,14 +46,15 @@ extern template bool containedInSingletonsOrRanges(U32, U64SmallVector const *,
 ///
 class LentRanges {
 public:
+    /// Each node is asked once, in this order.
     LentRanges(IntSetImmediate const * singletons, IntListImmediate const * lowerBounds,
                IntListImmediate const * upperBounds, Ptr<EvalContextBase const> const & context)
         : singletons_(singletons ? singletons->lendVal(context, freshSingletons_) : nullptr),
           lowerBounds_(lowerBounds ? lowerBounds->lendVal(context, freshLower_) : nullptr),
           upperBounds_(upperBounds ? upperBounds->lendVal(context, freshUpper_) : nullptr) {}
 
-    template <typename Value>
     /// May be asked for any number of values.
+    template <typename Value>
     bool contain(Value value) const {
         return containedInSingletonsOrRanges(value, singletons_, lowerBounds_, upperBounds_);
     }
@@ -61,6 +64,7 @@ private:
     PtrConst<U64SmallVector> freshSingletons_;
     PtrConst<U64UnsortedSmallVector> freshLower_;
     PtrConst<U64UnsortedSmallVector> freshUpper_;
+    // Null where the node is, which means none.
     U64SmallVector const * singletons_;
     U64UnsortedSmallVector const * lowerBounds_;
     U64UnsortedSmallVector const * upperBounds_;
@@ -71,6 +75,7 @@ private:
 /// argument has.
 /// An index that is too large comes from a malformed function, and the exception passes through the
 /// evaluation to the agent.
+/// `index` counts integer arguments alone, from 0, in the order in which the caller pushed them.
 template <typename IntType>
 IntType getIntFromArgVector(Ptr<EvalContextBase const> const & context, std::size_t index) {
     auto const * const argValues = evalContext(context).intTypeArgValues();
@@ -107,11 +112,13 @@ inline U64 sumWithin(IntRange const & range, U64 current, SignedMagnitude operan
     return operand.strictlyNegative() ? range.difference(current, operand.magnitude)
                                       : range.sum(current, operand.magnitude);
 }
+/// Taking away a negative operand adds its magnitude.
 inline U64 differenceWithin(IntRange const & range, U64 current, SignedMagnitude operand) {
     return operand.strictlyNegative() ? range.sum(current, operand.magnitude)
                                       : range.difference(current, operand.magnitude);
 }
 /// A negative product is the smallest value.
+/// A factor of 0 gives 0 whatever the sign, forced into the range like any other product.
 U64 productWithin(IntRange const & range, U64 current, SignedMagnitude operand);
 /// The default value may be assigned even where it lies outside the range.
 /// A negative one is the smallest value, as for differences.
@@ -128,8 +135,10 @@ inline U64 valueWithin(IntRange const & range, SignedMagnitude operand) {
 /// The current value is not read: assigning is no reason to ask the agent.
 void assignWithinRange(IntModifiable const & target, Int const & operand,
                        Ptr<EvalContextBase> const & context);
+/// Reads the current value as the function left it, not as the route came.
 void addWithinRange(IntModifiable const & target, Int const & operand,
                     Ptr<EvalContextBase> const & context);
+/// All four assert nothing of the result: it is forced into the range before it is written.
 void subtractWithinRange(IntModifiable const & target, Int const & operand,
                          Ptr<EvalContextBase> const & context);
 void multiplyWithinRange(IntModifiable const & target, Int const & operand,

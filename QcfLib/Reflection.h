@@ -33,12 +33,16 @@ std::span<TypeData const * const> reflectedTypes();
 /// The record of a type or of a node class by its qualified name, "Qcf::Eval::EvalResult"; null
 /// when there is none.
 /// Tables are built by the first call; any thread may ask.
+/// Node classes are found by it, too: one look-up for every name that a record tells.
 TypeData const * findType(std::string_view qualifiedName);
 
 } // namespace Qcf
 
 /// Every type with a record of its own, one macro argument each. A new type is added here, and its
 /// record to the *Reflection.cpp of the wing that owns it.
+///
+///     #define SHOW(Type) out << TypeDataOf<Type>::get().qualifiedName() << '\n';
+///     QCF_FOR_EACH_REFLECTED(SHOW)
 #define QCF_FOR_EACH_REFLECTED(APPLY)                                                              \
     APPLY(AddressFamily)                                                                           \
     APPLY(Routing::Isis::Level)                                                                    \

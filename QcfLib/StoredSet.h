@@ -17,9 +17,9 @@ namespace Qcf::Eval {
 /// a constant of the function that is evaluated, which other threads evaluate too. Such a set is
 /// borrowed: it is not counted here, so that storing it writes to no memory that threads share.
 /// Its own count is true all the same: whoever copies `ptr()` keeps the set alive.
-template <typename Set>
 /// Readers cannot tell which way a set is held. What is borrowed is the borrower's to get right:
 /// whoever lends outlives the next reset, or `settle` is called before it goes.
+template <typename Set>
 class StoredSet {
 public:
     StoredSet() = default;
@@ -75,6 +75,7 @@ private:
         shown_ = PtrConst<Set>::adopt(set);
     }
 
+    // Two pointers, so that readers need not ask in which of both ways the set is held.
     PtrConst<Set> shown_; ///< never counted
     PtrConst<Set> owned_; ///< the same set, counted; null while it is borrowed
 };

@@ -20,6 +20,9 @@ inline constexpr U32 maximumTreeDepth = 2048;
 /// The deepest tree that is walked at all. Whoever builds trees by the creators may go deeper than
 /// what comes from outside, and may free such a tree; to evaluate, lower, hash, compare, check or
 /// dump one is misuse, and ends with an assertion instead of an overflow of the stack.
+///
+///     assertWalkable(node); // AetNode.h: what every recursive look at a tree begins with
+///
 inline constexpr U32 deepestWalkedTree = 4 * maximumTreeDepth;
 
 /// What a node is by its class alone.
@@ -32,10 +35,14 @@ struct NodeEffects {
 
 /// What is known of a node together with all that stands below it, from its construction on:
 /// whoever asks this of a tree need not walk it, however often the tree shares its nodes.
+///
+///     TreeFacts const facts = node.treeFacts(); // a copy of a few bytes
+///
 struct TreeFacts {
     /// All counted as if each place had a tree of its own.
     U32 size = 1;  ///< nodes, shared ones counted at each place; ends at the largest number
     U16 depth = 1; ///< levels, callees included; ends at the largest number
+    // Of the whole tree: one node that writes, or that looks, is enough.
     bool onlyReads = true;
     bool looksIntoFrame = false;
 
@@ -45,6 +52,7 @@ struct TreeFacts {
         // Shared nodes multiply: the numbers of a small document can be beyond every word.
         constexpr U64 largestSize = std::numeric_limits<U32>::max();
         constexpr U32 largestDepth = std::numeric_limits<U16>::max();
+        // Sums in the wider type cannot wrap for any number of fields.
         U64 size = 1;
         U32 depth = 0;
         TreeFacts facts{1, 1, own.onlyReads, own.looksIntoFrame};
@@ -54,7 +62,9 @@ struct TreeFacts {
             facts.onlyReads = facts.onlyReads && child.onlyReads;
             facts.looksIntoFrame = facts.looksIntoFrame || child.looksIntoFrame;
         }
+        // What a callee reads of its arguments, it does not read of its caller's.
         facts.looksIntoFrame = facts.looksIntoFrame && !own.ownsFrame;
+        // Both stay at the end of their range, so that any limit still sees them as too large.
         facts.size = static_cast<U32>(std::min(size, largestSize));
         facts.depth = static_cast<U16>(std::min(depth + (own.isLevel ? 1U : 0U), largestDepth));
         return facts;

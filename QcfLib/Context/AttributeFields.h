@@ -32,22 +32,22 @@ constexpr FieldInfo storedField(char const * name, char const * type) {
 }
 
 /// Empty unless it is populated.
-template <Cache::Input input, auto slot>
 /// A set that is not populated still holds the values of another route.
+template <Cache::Input input, auto slot>
 constexpr FieldInfo cachedField(char const * name, char const * type) {
     return fieldOf<Cache, [](Cache const & cache) {
         return cache.isPopulated(input) ? valueText::of(cache.*slot) : String();
     }>(name, type);
 }
-template <Cache::Input input>
 /// Tells an empty set from one that nobody asked for.
+template <Cache::Input input>
 constexpr FieldInfo populatedField(char const * name) {
     return fieldOf<Cache, [](Cache const & cache) { return cache.isPopulated(input); }>(name,
                                                                                         "bool");
 }
 
-template <ModifiableAttribute attribute>
 /// The flag decides whether the content's field counts.
+template <ModifiableAttribute attribute>
 constexpr FieldInfo modifiedField(char const * name) {
     return fieldOf<GeneratedEvalContext, [](GeneratedEvalContext const & context) {
         return context.isModified(attribute);

@@ -8,6 +8,7 @@
 
 using namespace Qcf::Eval;
 
+// Fields of attributes are generated; here is what holds them together.
 TypeData const & TypeDataOf<AttributeContent>::get() {
     static TypeData const data =
         typeRecord(TypeData::Kind::entity, "Qcf::Eval", "AttributeContent", "Entity", storedFields);
@@ -15,6 +16,7 @@ TypeData const & TypeDataOf<AttributeContent>::get() {
 }
 TypeData const & AttributeContent::typeData() const { return TypeDataOf<AttributeContent>::get(); }
 
+// A cached input is shown only while it is populated.
 TypeData const & TypeDataOf<QcfEvalContextCacheGenerated>::get() {
     static TypeData const data = typeRecord(TypeData::Kind::entity, "Qcf::Eval",
                                             "QcfEvalContextCacheGenerated", "Entity", cacheFields);

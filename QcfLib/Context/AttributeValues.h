@@ -10,14 +10,14 @@ namespace Qcf::Eval::Attribute {
 using Context = Ptr<EvalContextBase const> const &;
 
 /// What the context's operation yields.
-template <auto operation>
 /// By member pointer, so that one template serves all attributes.
+template <auto operation>
 auto input(Context context) {
     return (evalContext(context).*operation)();
 }
 
-template <typename Value>
 /// What nodes hand out: scalars as they are, sets uncounted.
+template <typename Value>
 Value plain(Value const & value) {
     return value;
 }
@@ -34,9 +34,9 @@ auto current(Context context) -> decltype(plain(std::declval<AttributeContent>()
 }
 
 /// A modifiable integer, asserted to be in its attribute's range.
-template <typename Attribute>
 /// The bounds are asked without dispatch: the class is known here. An agent's value outside them is
 /// misuse of the context, and ends the process.
+template <typename Attribute>
 U64 valueInRange(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
@@ -45,8 +45,8 @@ U64 valueInRange(Attribute const & attribute, U64 val) {
 }
 
 /// The same for an attribute whose default value lies outside its range.
-template <typename Attribute>
 /// The text is the expression as it stands, which callers' tools know.
+template <typename Attribute>
 U64 valueOrDefault(Attribute const & attribute, U64 val) {
     auto const min = [&] { return attribute.Attribute::min(); };
     auto const max = [&] { return attribute.Attribute::max(); };
@@ -57,8 +57,8 @@ U64 valueOrDefault(Attribute const & attribute, U64 val) {
 }
 
 /// Number of elements; 0 for null.
-template <typename Set>
 /// The derived attributes take the context, needed or not, so that they are called alike.
+template <typename Set>
 U64 count(Set const * set, Context /*context*/) {
     return set == nullptr ? 0 : set->count();
 }

@@ -16,8 +16,8 @@ constexpr FieldInfo tableOf(char const * name, char const * type) {
     }>(name, type);
 }
 
-template <typename Names>
 // As one word; the texts of single flags are the set's own text form.
+template <typename Names>
 TypeData const & flagSetRecord(char const * name) {
     static constexpr FieldInfo fields[] = {
         fieldOf<FlagSet<Names>, &FlagSet<Names>::value>("value", "U64")};
@@ -34,6 +34,7 @@ TypeData const & TypeDataOf<ModifiableAttributeSet>::get() {
     return flagSetRecord<ModifiableAttributeSetNames>("ModifiableAttributeSet");
 }
 
+// By its two sets, each of which has a record of its own.
 TypeData const & TypeDataOf<AccessibleAttributes>::get() {
     using Attributes = AccessibleAttributes;
     static constexpr FieldInfo fields[] = {
@@ -67,6 +68,7 @@ TypeData const & TypeDataOf<ExternalMatchersBase>::get() {
     return data;
 }
 
+// What a context was made with; attributes and frames follow in the records of derived classes.
 TypeData const & TypeDataOf<EvalContextBase>::get() {
     using Base = EvalContextBase;
     static constexpr FieldInfo fields[] = {

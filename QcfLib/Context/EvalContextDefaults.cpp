@@ -8,6 +8,7 @@ bool EvalContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExistin
                                         PtrConst<AsPathListStatus> const & /*status*/) const {
     return false;
 }
+// No state is the right one where no table is known.
 bool EvalContext::matchRoaTable(U32 /*slot*/, U32 /*state*/) const { return false; }
 
 // One body for all kinds of lists: the operations differ by type alone.

@@ -8,8 +8,8 @@ using namespace Qcf::Eval;
 
 namespace {
 
-template <typename Container>
 // The five containers differ in the type of their values alone.
+template <typename Container>
 TypeData const & argumentRecord(char const * name, char const * type) {
     static FieldInfo const fields[] = {fieldOf<Container, &Container::values>("values", type)};
     static TypeData const data = typeRecord(TypeData::Kind::object, "Qcf::Eval", name, "", fields);
@@ -38,6 +38,7 @@ TypeData const & TypeDataOf<TriStateBoolTypeArgContainer>::get() {
                                                         "TriStateBoolTypeArgumentVector");
 }
 
+// A frame's own text is in StackFrameText.cpp; this shows it field by field.
 TypeData const & TypeDataOf<StackFrameData_>::get() {
     // A container that is null is shown as such: nothing of that type was passed.
     using Frame = StackFrameData_;

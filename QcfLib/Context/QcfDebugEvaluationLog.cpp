@@ -68,6 +68,7 @@ void EvaluationLog::toJsonOnFd(unsigned fd) const {
         toJson(&renderer);
         renderer.endObject();
     }
+    // One document a line, for readers that go line by line.
     buffer.append("\n");
     buffer.flush(static_cast<int>(fd));
 }

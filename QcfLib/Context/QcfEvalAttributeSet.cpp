@@ -44,6 +44,7 @@ void expect(CharRange & text, std::string_view token) {
     }
 }
 
+// What it returns is a view of the text, good as long as that.
 std::string_view quoted(CharRange & text) {
     expect(text, "'");
     // No flag has a quote in its name: there is no escape.
@@ -148,6 +149,7 @@ std::ostream & operator<<(std::ostream & out, FlagSet<Names> const & set) {
     return out << "})";
 }
 
+// The header promises these; there are no others.
 template class FlagSet<AttributeSetNames>;
 template class FlagSet<ModifiableAttributeSetNames>;
 template std::ostream & operator<<(std::ostream &, AttributeSet const &);

@@ -56,6 +56,7 @@ void StackFrameData_::pushTriStateBoolTypeArgToStack(Ptr<EvalContextBase> const 
                                                      TriStateBool const & node) {
     pushTriStateBool(node.getVal(context));
 }
+// Plain values, for those who have computed or read them already.
 void StackFrameData_::pushInt(S128 const & value) { push(ints_, value); }
 void StackFrameData_::pushBandwidth(F32 value) { push(bandwidths_, value); }
 void StackFrameData_::pushTriStateBool(TriStateBoolValue value) { push(triStateBools_, value); }

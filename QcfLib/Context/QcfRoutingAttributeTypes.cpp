@@ -45,6 +45,7 @@ U8 numberOf(TypeData const & type, U8 limit, String const & text, char const * w
     return number;
 }
 
+// Numbers without a name are values, too, as long as they are below the limit.
 U8 below(U8 limit, U64 number, char const * wanted) {
     if (number >= limit) {
         throw ParseError(wanted, std::to_string(number));

@@ -11,13 +11,13 @@ using WriteBack = void (*)(AttributeOperations & agent, AttributeContent const &
 /// Whether the agent's class has another operation than the table of defaults.
 using WriteBackTest = bool (*)(AttributeOperations const & agent, VirtualSlots defaults);
 
-template <auto stored, auto operation>
 /// The set or value is handed over by reference, as the content holds it.
+template <auto stored, auto operation>
 void writeBackBy(AttributeOperations & agent, AttributeContent const & content) {
     (agent.*operation)(content.*stored);
 }
-template <auto operation>
 /// Where tables cannot be read every operation counts as overridden.
+template <auto operation>
 bool isOverridden(AttributeOperations const & agent, VirtualSlots defaults) {
     return overridesSlot(agent, defaults, operation);
 }

@@ -7,14 +7,15 @@ using namespace Qcf::Eval;
 
 namespace {
 
-template <typename Enumeration>
 // One text a value, so that reflection and logs cannot spell it differently.
+template <typename Enumeration>
 EnumeratorInfo named(Enumeration value) {
     return {toString(value), static_cast<U64>(value)};
 }
 
 } // namespace
 
+// Records are made by the first who asks, as no other order of initialisation is sure.
 TypeData const & TypeDataOf<TriStateBoolValue>::get() {
     static EnumeratorInfo const enumerators[] = {named(QcfUnknown()), named(QcfFalse()),
                                                  named(QcfTrue())};

@@ -58,8 +58,8 @@ void mix(Hash & hash, T const & value) {
     }
 }
 
-template <typename T>
 /// Whether there is a value counts, too: an absent one differs from a zero.
+template <typename T>
 void mix(Hash & hash, std::optional<T> const & value) {
     hash.hashMix(value.has_value());
     if (value) {
@@ -93,16 +93,16 @@ bool same(T const & a, T const & b, SameNode const & sameNode) {
 }
 
 /// The other node as one of the same class; null when it is of another, or null itself.
-template <typename Node>
 /// By class and not by record, which there may be two of in one process.
+template <typename Node>
 Node const * sameClass(Node const & node, AetNodeBase const * other) {
     bool const same = other != nullptr && other->typeData().isSameClass(node.typeData());
     return same ? static_cast<Node const *>(other) : nullptr;
 }
 
 /// Whether all fields of two nodes of one class are the same, children by `sameNode(a, b)`.
-template <typename Node, typename SameNode>
 /// Ends at the first difference; `withFields` of both is opened in the same order.
+template <typename Node, typename SameNode>
 bool sameFields(Node const & a, Node const & b, SameNode const & sameNode) {
     return a.withFields([&](auto const &... mine) {
         return b.withFields(
@@ -113,8 +113,8 @@ bool sameFields(Node const & a, Node const & b, SameNode const & sameNode) {
 } // namespace contract
 
 /// The class and all fields, in declared order; keys do not count.
-template <typename Node>
 /// Changing what counts here changes the hash of every function.
+template <typename Node>
 U32 hashNode(Node const & node, U32 seed) {
     assertWalkable(node);
     SharedHashes::Look const look(node);
@@ -137,8 +137,8 @@ bool compareNode(Node const & node, PtrConst<AetNodeBase> const & other) {
 }
 
 /// Of a chain from that link on, by its entries alone.
-template <typename Link>
 /// By loop, since a chain may have a million links, each of which would else cost a call.
+template <typename Link>
 U32 hashChain(Link const & head, U32 seed) {
     SharedHashes::Look const look(head);
     Hash hash(seed);
@@ -150,8 +150,8 @@ U32 hashChain(Link const & head, U32 seed) {
 }
 
 /// Whether two chains carry equal entries in the same order; ends where they share their rest.
-template <typename Link>
 /// The shorter one differs.
+template <typename Link>
 bool compareLinkedLists(Link const * a, Link const * b) {
     while (a != nullptr && b != nullptr) {
         if (a == b) {
@@ -167,8 +167,8 @@ bool compareLinkedLists(Link const * a, Link const * b) {
 }
 
 /// False for null and for links of another class.
-template <typename Link>
 /// No assertion on the depth: links are no levels, and each entry asserts its own.
+template <typename Link>
 bool compareChain(Link const & head, PtrConst<AetNodeBase> const & other) {
     Link const * const that = contract::sameClass(head, other.get());
     SharedComparisons::Look const look(head);

@@ -17,8 +17,8 @@
 namespace Qcf::Eval {
 
 // What a field accepts. Who is asked is a node.
-template <NodeKind kind>
 /// These two are what FieldInfo::accepts points to.
+template <NodeKind kind>
 bool isOfKind(Entity const & node) {
     return static_cast<AetNodeBase const &>(node).typeData().isKind(kind);
 }
@@ -28,15 +28,15 @@ bool isOfClass(Entity const & node) {
 }
 
 /// ClassFacts::keepConstant of a literal.
-template <typename Literal>
 /// Pointed to by the rows of literals alone, whose nodes are of that class.
+template <typename Literal>
 void keepConstant(AetNodeBase const & node) {
     cacheConstantValue(static_cast<Literal const &>(node));
 }
 
 /// The child as the field holds it; asserts that the field may hold it.
-template <typename Field>
 /// The cast is safe after the assertion, and drops a constness that the field's type wants back.
+template <typename Field>
 Field childOf(FieldInfo const & field, PtrConst<AetNodeBase> const & child) {
     QCF_ASSERT_TEXT(child ? field.accepts(*child) : field.optional,
                     "a child is of its field's type, and null only where that is allowed");
@@ -45,16 +45,16 @@ Field childOf(FieldInfo const & field, PtrConst<AetNodeBase> const & child) {
 }
 
 /// Calls `use(info, field)` for each field in declared order.
-template <typename Node, typename Use>
 /// Names and values side by side: the generated list and `withFields` have the same order.
+template <typename Node, typename Use>
 void eachField(Node const & node, Use const & use) {
     [[maybe_unused]] FieldInfo const * info = nodeClassOf<Node>().fields.data();
     node.withFields([&](auto const &... field) { (use(*info++, field), ...); });
 }
 
 /// The types of a class's fields, to be told by overload.
-template <typename... Fields>
 /// No values come along: types are needed before a node is there.
+template <typename... Fields>
 struct FieldTypes {
     static constexpr std::size_t size = sizeof...(Fields);
 };
@@ -72,8 +72,8 @@ template <typename Node>
 using FieldTypesOf = decltype(std::declval<Node const &>().withFields(AsFieldTypes()));
 
 /// The next field that comes from outside; the reader throws where it is none of that type.
-template <typename Field>
 /// A scalar the reader leaves alone keeps its type's zero.
+template <typename Field>
 Field readField(FieldInfo const & info, FieldReader & reader) {
     if constexpr (contract::NodePointer<Field>) {
         return childOf<Field>(info, reader.readNode(info));
@@ -85,8 +85,8 @@ Field readField(FieldInfo const & info, FieldReader & reader) {
 }
 
 /// The field of a copy.
-template <typename Field>
 /// Scalars are copied as they are; a null child is not mapped.
+template <typename Field>
 Field copiedField([[maybe_unused]] FieldInfo const & info, Field const & field,
                   [[maybe_unused]] NodeClass::ChildMapper const & mapChild) {
     if constexpr (contract::NodePointer<Field>) {
@@ -107,16 +107,16 @@ struct MadeInOrder {
     Ptr<AetNodeBase> node;
 };
 
-template <typename Node, typename... Fields, std::size_t... i>
 /// The elements of a braced list are evaluated from left to right, as the reader expects.
+template <typename Node, typename... Fields, std::size_t... i>
 Ptr<AetNodeBase> createFrom(U64 aetNodeKey, [[maybe_unused]] FieldReader & reader,
                             FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
     [[maybe_unused]] auto const & fields = nodeClassOf<Node>().fields;
     return MadeInOrder<Node>{aetNodeKey, readField<Fields>(fields[i], reader)...}.node;
 }
 
-template <typename Node, typename... Fields, std::size_t... i>
 /// Here, too, the order is that of the fields: whoever maps children sees them in it.
+template <typename Node, typename... Fields, std::size_t... i>
 Ptr<AetNodeBase> copyFrom(Node const & node, U64 aetNodeKey,
                           [[maybe_unused]] NodeClass::ChildMapper const & mapChild,
                           FieldTypes<Fields...> /*types*/, std::index_sequence<i...> /*all*/) {
@@ -191,8 +191,8 @@ constexpr U64 typeCodeOf(std::string_view nameSpace, std::string_view name) {
 }
 
 /// The record of a class.
-template <typename Node>
 /// Constant but for the addresses of functions; the base is named as reflection tells it.
+template <typename Node>
 constexpr NodeClass row(char const * name, char const * nameSpace, char const * base,
                         char const * collection, std::span<FieldInfo const> fields,
                         AttributeInfo const * attribute, NodeEffects effects,

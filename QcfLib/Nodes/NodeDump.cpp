@@ -13,6 +13,7 @@ void Function::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) 
                        features().toStrep().c_str());
     dumpIndent(dumpContext, indent);
     dumpContext->print("function %s@%p() {\n", funcName().c_str(), static_cast<void const *>(this));
+    // A function whose body is null is dumped like an empty one.
     if (body_) {
         body_->dumpState(dumpContext, indent + 2);
     }
@@ -54,6 +55,7 @@ void NotExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 ind
     dumpContext->print(" )");
 }
 
+// On one line with its operand, hence without an indent of that.
 void ReturnExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const {
     assertWalkable(*this);
     dumpIndent(dumpContext, indent);
@@ -68,6 +70,7 @@ void ExitExpression::dumpState(PtrConst<DumpContext> const & dumpContext, U32 in
     expr_->dumpState(dumpContext, 0);
 }
 
+// A value in a statement's place: its own text, which is short.
 void TriStateBoolExpression::dumpState(PtrConst<DumpContext> const & dumpContext,
                                        U32 indent) const {
     dumpIndent(dumpContext, indent);
@@ -87,10 +90,12 @@ void LogicalOperatorExpression::dumpState(PtrConst<DumpContext> const & dumpCont
     operand->entry()->dumpState(dumpContext, 0);
     auto const * expr = operand->next().get();
     QCF_ASSERT_TEXT(expr != nullptr, "nullptr == expr && nullptr == op");
+    // Operands and operators are two chains, walked side by side.
     for (; expr != nullptr && op != nullptr; expr = expr->next().get(), op = op->next().get()) {
         dumpContext->print(" %s ", op->entry()->toStrep().c_str());
         expr->entry()->dumpState(dumpContext, 0);
     }
+    // One of them is longer: malformed.
     QCF_ASSERT(nullptr == expr && nullptr == op);
     dumpContext->print(" )");
 }

@@ -10,8 +10,8 @@ namespace Qcf::Eval {
 
 namespace {
 
-template <typename Value>
 // By the stream's own rules, which are the settled form.
+template <typename Value>
 String streamed(Value const & value) {
     std::ostringstream out;
     out << value;

@@ -41,8 +41,8 @@ public:
     };
 
     /// The answer of `ask()` for the tree, which `key` names.
-    template <typename Ask>
     /// `ask` may come here again for what stands below; an answer is noted when it is complete.
+    template <typename Ask>
     static Answer of(AetNodeBase const & tree, Key const & key, Ask ask) {
         if (isLarge(tree) == 0) {
             return ask();

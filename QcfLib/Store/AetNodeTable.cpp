@@ -67,6 +67,7 @@ void AetNodeTable::place(Ptr<Node> node) {
     slots_[slot] = std::move(node);
 }
 
+// Never smaller: room that was made stays.
 void AetNodeTable::reserve(std::size_t size) {
     if (!isRoomFor(size)) {
         // A third more than nodes are needed, so that three quarters at most are taken.

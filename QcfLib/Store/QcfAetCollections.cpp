@@ -66,6 +66,7 @@ Ptr<AetCollections::Node> AetCollections::node(U16 collection, U64 key) const {
     return present == nullptr ? nullptr : *present;
 }
 
+// By identity: another node may have come under the same class and key.
 bool AetCollections::holds(Node const & node) const {
     auto const * const present = table_.find(collectionOf(node), node.aetNodeKey());
     return present != nullptr && *present == &node;
@@ -81,6 +82,7 @@ std::vector<U64> AetCollections::keys(U16 collection) const {
     return keys_[collection].rising(isMemberOf(collection));
 }
 
+// Followers' records are their owners'.
 std::size_t AetCollections::bytes() const {
     std::size_t bytes = table_.bytes() + dirty_.bytes() + keys_.capacity() * sizeof(AetKeyList);
     for (AetKeyList const & keys : keys_) {

@@ -24,6 +24,7 @@ Ptr<AllFunctionStatus> allFunctionStatusFactory(String name) {
     return makePtr<AllFunctionStatus>(std::move(name));
 }
 
+// Counted: the function stays good when the name is taken away.
 PtrConst<Eval::FunctionBase> AllFunctionStatus::aet(std::string_view name) const {
     auto const found = aet_.find(name);
     return found == aet_.end() ? nullptr : found->second;
@@ -83,6 +84,7 @@ AetCollections & AllFunctionStatus::nodes() const {
     return *aetNodes_;
 }
 
+// Writing what is there already tells nobody anything; so with the markers.
 void AllFunctionStatus::dedupedFunctionsPresentIs(bool present) {
     if (present != dedupedFunctionsPresent_) {
         dedupedFunctionsPresent_ = present;
@@ -104,6 +106,7 @@ void AllFunctionStatus::endOfDedupedFunctionUpdatesMarkerIs(U32 marker) {
     }
 }
 
+// A fresh store rather than an emptied one: its members would each be a change.
 void AllFunctionStatus::reset() {
     aetDelAll();
     aetNodesDel();

@@ -66,6 +66,7 @@ public:
 
 private:
     bool consume(std::string_view token) {
+        // A refused token leaves the rest where it is, for the next question and for errors.
         bool const found = rest_.starts_with(token);
         rest_.remove_prefix(found ? token.size() : 0);
         return found;
@@ -132,6 +133,7 @@ private:
         return std::min(digits.find_first_not_of('0'), digits.size() - 1);
     }
 
+    // All of the text, or it is none.
     static F32 bandwidth(std::string_view text) {
         F32 value = 0;
         auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

@@ -49,6 +49,7 @@ TypeData const & TypeDataOf<AetCollections>::get() {
 }
 TypeData const & AetCollections::typeData() const { return TypeDataOf<AetCollections>::get(); }
 
+// Functions are shown by name, the store by what it is; each has its own record.
 TypeData const & TypeDataOf<AllFunctionStatus>::get() {
     using Status = AllFunctionStatus;
     static constexpr FieldInfo fields[] = {
