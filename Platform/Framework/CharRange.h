@@ -26,7 +26,7 @@ struct CharRange {
 
     /// Whether everything was consumed.
     constexpr bool empty() const { return begin == end; }
-    /// Characters that were not consumed.
+    /// Characters that were not consumed. In bytes.
     constexpr std::size_t size() const { return static_cast<std::size_t>(end - begin); }
     /// What remains, as a view of the same characters.
     constexpr std::string_view view() const { return {begin, size()}; }

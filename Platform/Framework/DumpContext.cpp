@@ -7,6 +7,8 @@
 #include <cstdio>
 
 void DumpContext::print(char const * format, ...) const {
+    // Nearly all lines fit; a longer one is formatted once more, into a text of the length that the
+    // first try told.
     std::array<char, 256> line{};
     va_list args;
     va_start(args, format);

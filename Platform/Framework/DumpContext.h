@@ -37,6 +37,8 @@ private:
     void write(std::string_view piece) const;
 
     Sink sink_;
+    /// Mutable, as what is printed is no part of what the context says to the objects that it
+    /// visits.
     mutable String text_;
     mutable std::unordered_set<void const *> seen_;
 };

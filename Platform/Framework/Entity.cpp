@@ -38,6 +38,7 @@ void Publisher::Listeners::sweep() {
         }
     }
     std::erase(subscriptions, nullptr);
+    // The publisher without listeners has no list, so that publishing costs it one test again.
     if (subscriptions.empty() && publisher != nullptr) {
         Ptr<Listeners> const keep = std::move(publisher->listeners_);
         publisher = nullptr;
@@ -87,6 +88,7 @@ void Publisher::unsubscribe(SubscriptionId id) {
         return;
     }
     (*found)->id = 0;
+    // A running notification walks over the subscriptions and sweeps at its end.
     if (listeners_->running == 0) {
         Ptr<Listeners> const keep = listeners_;
         keep->sweep();

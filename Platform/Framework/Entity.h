@@ -13,6 +13,7 @@ class Entity;
 struct Notification {
     /// What happened: an attribute has another value, or a collection has a member more or less.
     enum class Kind : U8 { changed, added, removed };
+    /// Short names, since every publication spells one.
     static constexpr Kind changed = Kind::changed;
     static constexpr Kind added = Kind::added;
     static constexpr Kind removed = Kind::removed;
@@ -43,12 +44,15 @@ class Publisher {
 public:
     using Listener = std::function<void(Notification const &)>;
 
+    /// Without listeners, and without memory.
     Publisher();
+    /// May happen inside a notification of its own, which then tells nobody else.
     ~Publisher();
     Publisher(Publisher const &) = delete;
     Publisher & operator=(Publisher const &) = delete;
 
-    /// Listeners are told in the order in which they subscribed.
+    /// Listeners are told in the order in which they subscribed. Allocates; the listener and what
+    /// it captured live until the subscription ends.
     SubscriptionId subscribe(Listener listener);
     /// Ends a subscription; one that is unknown or ended already is ignored. Afterwards the
     /// listener is not called again.
@@ -66,8 +70,10 @@ private:
     /// The subscriptions; made with the first one.
     class Listeners;
 
+    /// Out of line: whoever publishes without listeners pays for the test alone.
     void notify(Notification const & notification);
 
+    /// Null while nobody listens.
     Ptr<Listeners> listeners_;
 };
 
@@ -85,7 +91,8 @@ public:
     virtual Publisher & publisher() const { return publisher_; }
     /// What is known of the entity's class, or of the nearest base that has a record.
     virtual TypeData const & typeData() const;
-    /// Told of each change of the entity before its listeners are.
+    /// Told of each change of the entity before its listeners are. For a class that keeps something
+    /// in step with itself, without a subscription.
     virtual void onNotification(Notification const & /*notification*/) const {}
 
     /// Tells the entity itself and its listeners of a change.
@@ -95,6 +102,8 @@ public:
     }
 
 private:
+    /// Not owned.
     mutable Entity const * parent_ = nullptr;
+    /// Mutable, since one may listen to a constant entity.
     mutable Publisher publisher_;
 };

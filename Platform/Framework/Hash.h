@@ -32,8 +32,10 @@ public:
     constexpr void hashMix(F64 v) noexcept { mix(std::bit_cast<U64>(v), 8); }
     /// Length first (8 bytes), then the bytes.
     void hashMix(std::string_view v) noexcept;
+    /// The same for a text that is owned.
     void hashMix(String const & v) noexcept { hashMix(std::string_view(v)); }
-    /// Anything else would be converted silently, a literal to bool for one.
+    /// Anything else would be converted silently, a literal to bool for one. Callers name the width
+    /// by a cast.
     template <class T>
     void hashMix(T) = delete;
 
@@ -63,6 +65,7 @@ private:
         state_ = std::rotl(state_, 29) + width;
     }
 
+    /// Twice as wide as the result, so that few values lose nothing on the way.
     U64 state_;
 };
 
@@ -73,5 +76,6 @@ private:
 /// The seed is 0: maps need no secret.
 template <typename Value>
 struct HashOfValue {
+    /// Only the lower 32 bits are used.
     std::size_t operator()(Value const & value) const noexcept { return value.hash(0); }
 };

@@ -39,12 +39,16 @@ concept DerivedOf =
 
 /// Pointer to a constant object. Everything that is read only is handed around so: nodes,
 /// functions, lists, versions.
+///
+/// Copying and destroying are short and inlined, with one test for null. What the count does, and
+/// in which order threads see it, stands in RefCount.h.
 template <class T>
 class Ptr<T const> {
 public:
     /// What is pointed to, for generic code.
     using element_type = T const;
 
+    /// No object.
     constexpr Ptr() noexcept = default;
     constexpr Ptr(std::nullptr_t) noexcept {} // NOLINT(google-explicit-constructor)
     /// Counts one user more of `object`, which may be null.
@@ -52,6 +56,8 @@ public:
     Ptr(Ptr const & other) noexcept : object_(other.object_) { count(); }
     /// Hands the use on: nothing is counted, and the other pointer is null afterwards.
     Ptr(Ptr && other) noexcept : object_(other.release()) {}
+    /// A pointer to a derived class serves where its base is wanted. The copy counts; the move does
+    /// not, and leaves the other one null.
     template <class U>
     requires ptrDetail::DerivedOf<U, T const> Ptr(Ptr<U> const & other)
     noexcept // NOLINT(google-explicit-constructor)
@@ -62,6 +68,7 @@ public:
     requires ptrDetail::DerivedOf<U, T const> Ptr(Ptr<U> && other)
     noexcept // NOLINT(google-explicit-constructor)
         : object_(other.release()) {}
+    /// The object dies here if this was its last pointer, and what it holds with it.
     ~Ptr() { uncount(); }
 
     // By way of a copy, so that an object that owns this very pointer may die of the assignment.
@@ -74,12 +81,14 @@ public:
         Ptr(std::move(other)).swap(*this);
         return *this;
     }
+    /// Lets go of the object.
     Ptr & operator=(std::nullptr_t) noexcept {
         reset();
         return *this;
     }
 
-    /// Takes over a use that was counted already, as `release()` hands it out.
+    /// Takes over a use that was counted already, as `release()` hands it out. For whoever passed
+    /// the pointer through a place that holds raw ones.
     static Ptr adopt(T const * counted) noexcept {
         Ptr p;
         p.object_ = counted;
@@ -95,7 +104,8 @@ public:
 
     /// Lets go of the object; it dies if nobody else holds it.
     void reset() noexcept { Ptr().swap(*this); }
-    /// Gives the object away without uncounting it; the pointer is null afterwards.
+    /// Gives the object away without uncounting it; the pointer is null afterwards. The use must be
+    /// adopted again, else the object is never freed.
     [[nodiscard]] T const * release() noexcept { return std::exchange(object_, nullptr); }
     /// Exchanges the objects without counting.
     void swap(Ptr & other) noexcept { std::swap(object_, other.object_); }
@@ -125,8 +135,10 @@ private:
 template <class T>
 class Ptr {
 public:
+    /// What is pointed to, for generic code.
     using element_type = T;
 
+    /// No object.
     constexpr Ptr() noexcept = default;
     constexpr Ptr(std::nullptr_t) noexcept {} // NOLINT(google-explicit-constructor)
     /// Counts one user more of `object`, which may be null. The object must have been made by
@@ -136,6 +148,7 @@ public:
     requires ptrDetail::DerivedOf<U, T> Ptr(Ptr<U> const & other)
     noexcept // NOLINT(google-explicit-constructor)
         : inner_(static_cast<T const *>(other.get())) {}
+    /// A derived class serves for its base, as above.
     template <class U>
     requires ptrDetail::DerivedOf<U, T> Ptr(Ptr<U> && other)
     noexcept // NOLINT(google-explicit-constructor)
@@ -171,6 +184,7 @@ public:
     void reset() noexcept { inner_.reset(); }
     /// Gives the object away without uncounting it; the pointer is null afterwards.
     [[nodiscard]] T * release() noexcept { return const_cast<T *>(inner_.release()); }
+    /// Exchanges the objects without counting.
     void swap(Ptr & other) noexcept { inner_.swap(other.inner_); }
 
 private:
@@ -201,7 +215,8 @@ void swap(Ptr<T> & a, Ptr<T> & b) noexcept {
 }
 
 /// A new object, held by its first pointer. Arguments go to the constructor as they are; what it
-/// throws leaves this call, and no object is left behind.
+/// throws leaves this call, and no object is left behind. Counted objects belong on the heap: their
+/// last pointer deletes them.
 template <class T, class... Args>
 Ptr<T> makePtr(Args &&... args) {
     T * const object = new T(std::forward<Args>(args)...);
@@ -220,18 +235,21 @@ Ptr<T> makePtr(Args &&... args) {
 template <class T>
 class BorrowedPtr {
 public:
-    /// The object must outlive the loan; it may be null.
+    /// The object must outlive the loan; it may be null. A loan is neither copied nor moved: it
+    /// stays in the scope of the call that it is for.
     explicit BorrowedPtr(T * object) noexcept : pointer_(Ptr<T>::adopt(object)) {}
     BorrowedPtr(BorrowedPtr const &) = delete;
     BorrowedPtr & operator=(BorrowedPtr const &) = delete;
     /// Ends the loan: nothing is uncounted, as nothing was counted.
     ~BorrowedPtr() { static_cast<void>(pointer_.release()); }
 
+    /// Good as long as the loan; a copy of it counts.
     operator Ptr<T> const &() const noexcept { // NOLINT(google-explicit-constructor)
         return pointer_;
     }
 
 private:
+    /// Adopted and released, so that its count never changes.
     Ptr<T> pointer_;
 };
 
@@ -248,13 +266,15 @@ requires(!std::is_const_v<T> || std::is_const_v<U>) Ptr<U> ptrCast(Ptr<T> && p)
 noexcept { return Ptr<U>::adopt(static_cast<U *>(p.release())); }
 
 /// The mutable pointer to an object that is known to have been made mutable. For owners of a tree
-/// that was handed out as constant; what other threads may read must not be changed through it.
+/// that was handed out as constant; what other threads may read must not be changed through it. An
+/// object that was made constant must not be changed at all.
 template <class T>
 Ptr<T> constCast(Ptr<T const> const & p) noexcept {
     return Ptr<T>(const_cast<T *>(p.get()));
 }
 
-/// By identity, as pointers compare.
+/// By identity, as pointers compare. So one object is one key of a table, under whatever type it is
+/// held.
 template <class T>
 struct std::hash<Ptr<T>> {
     std::size_t operator()(Ptr<T> const & p) const noexcept { return std::hash<T *>()(p.get()); }

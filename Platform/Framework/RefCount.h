@@ -19,11 +19,13 @@ class ThreadSafePtrs {
 public:
     /// Whether counts are changed atomically.
     static bool enabled() noexcept { return enabled_.load(std::memory_order_relaxed); }
+    /// Not while another thread is counting.
     static void enabledIs(bool enabled) noexcept {
         enabled_.store(enabled, std::memory_order_relaxed);
     }
 
 private:
+    /// Read by all threads and written at the start, so that its cache line stays shared.
     inline static std::atomic<bool> enabled_{true};
 };
 

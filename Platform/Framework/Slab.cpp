@@ -4,7 +4,9 @@
 
 namespace {
 
+// A constant and no #if in each function: both ways are compiled in every build.
 constexpr bool passesThrough = QCF_SLAB_PASSES_THROUGH != 0;
+// Chunks double up to this: a class with few objects takes little, one with many asks seldom.
 constexpr std::size_t largestChunk = 256 * 1024;
 
 // Set once the thread's magazines were given back: what its later destructors free goes straight to
@@ -51,6 +53,8 @@ U64 MemAllocationTracker::freed() const {
     return core_.sum(core_.freedBefore_, &slabDetail::Magazine::freed);
 }
 
+// Under the mutex, so that no thread's counts move to those of the threads that ended while they
+// are added up, and count twice or not at all.
 U64 SlabCore::sum(U64 const & base, std::atomic<U64> Magazine::*counter) const {
     std::lock_guard const lock(mutex_);
     U64 total = base;
@@ -60,12 +64,15 @@ U64 SlabCore::sum(U64 const & base, std::atomic<U64> Magazine::*counter) const {
     return total;
 }
 
+// A magazine starts without a core and with limit 0, so that its first use is on the slow path, in
+// either direction.
 bool SlabCore::adopt(Magazine & magazine) noexcept {
     if (threadGone) {
         return false;
     }
     slabThread.add(magazine);
     magazine.core = this;
+    // Two batches: one to keep and one to give away. With 0 every call stays on the slow path.
     magazine.limit = passesThrough ? 0 : 2 * batch_;
     std::lock_guard const lock(mutex_);
     magazine.previousOfCore = nullptr;
@@ -77,6 +84,7 @@ bool SlabCore::adopt(Magazine & magazine) noexcept {
     return true;
 }
 
+// The batch may be of any size: the depot notes it.
 void SlabCore::abandon(Magazine & magazine) noexcept {
     std::lock_guard const lock(mutex_);
     if (magazine.head != nullptr) {
@@ -91,6 +99,8 @@ void SlabCore::abandon(Magazine & magazine) noexcept {
     freedBefore_ += magazine.freed.load(std::memory_order_relaxed);
     magazine.head = nullptr;
     magazine.count = 0;
+    // As never used: what the thread still frees takes the slow path and finds that the thread is
+    // gone.
     magazine.limit = 0;
     magazine.core = nullptr;
 }
@@ -105,6 +115,7 @@ void * SlabCore::allocateSlow(Magazine & magazine) {
     } else {
         std::lock_guard const lock(mutex_);
         FreeObject * const first = takeBatch(batch_);
+        // The first object of the batch is the one that was asked for.
         magazine.head = first->next;
         magazine.count = static_cast<U32>(first->batchSize - 1);
         memory = first;
@@ -144,6 +155,7 @@ void SlabCore::shed(Magazine & magazine) noexcept {
     giveBatch(first, batch_);
 }
 
+// Destructors of other thread-local objects run behind ours and may allocate and free.
 void * SlabCore::allocateUncached() {
     std::lock_guard const lock(mutex_);
     void * memory = nullptr;
@@ -152,6 +164,7 @@ void * SlabCore::allocateUncached() {
     } else {
         FreeObject * const first = takeBatch(1);
         if (first->batchSize > 1) {
+            // The depot hands out whole batches alone.
             giveBatch(first->next, first->batchSize - 1);
         }
         memory = first;
@@ -172,6 +185,7 @@ void SlabCore::deallocateUncached(void * memory) noexcept {
     giveBatch(object, 1);
 }
 
+// What was freed is used before new memory is cut, so that a class keeps to what it needed at most.
 SlabCore::FreeObject * SlabCore::takeBatch(U32 wanted) {
     if (batches_ == nullptr) {
         return carve(wanted);
@@ -188,6 +202,7 @@ void SlabCore::giveBatch(FreeObject * first, U64 size) noexcept {
 }
 
 SlabCore::FreeObject * SlabCore::carve(U32 wanted) {
+    // The rest of a chunk is used up as a smaller batch before there is another chunk.
     if (carveLeft_ == 0) {
         newChunk();
     }
@@ -207,6 +222,7 @@ SlabCore::FreeObject * SlabCore::carve(U32 wanted) {
 void SlabCore::newChunk() {
     // Chunks are linked so that leak checkers see them as held.
     std::size_t const header = roundUp(sizeof(void *), alignment_);
+    // Eight objects at least: large ones would not fit the first chunks.
     std::size_t const bytes = std::max(chunkBytes_, header + 8 * stride_);
     auto * chunk = static_cast<char *>(::operator new(bytes, std::align_val_t(alignment_)));
     ::new (chunk) void *(chunks_);

@@ -35,6 +35,8 @@
 ///             Slab<Block>::deallocate(p, size);
 ///         }
 ///     };
+///
+/// What passes through is counted as well, so that tests of leaks hold in every build.
 class SlabCore;
 
 /// Counts of the objects of one class. Exact when no other thread is allocating or freeing just
@@ -60,10 +62,14 @@ private:
 namespace slabDetail {
 
 /// What a free object holds. The first object of a batch in the depot also tells of the batch: so
-/// no memory is needed beside the objects.
+/// no memory is needed beside the objects. It lies in the very memory of the object, which is why
+/// slabs have none smaller.
 struct FreeObject {
+    /// Within the batch or the magazine; null at the end.
     FreeObject * next;
+    /// Of the first object of a batch alone.
     FreeObject * nextBatch;
+    /// Objects in the batch, this one included.
     U64 batchSize;
 };
 
@@ -71,12 +77,16 @@ struct FreeObject {
 /// thread writes; the counts are atomic because trackers read them. It is made with the thread and
 /// costs nothing before it is used.
 struct Magazine {
+    /// Freed last, used first: its memory is likely to be in the cache still.
     FreeObject * head = nullptr;
     U32 count = 0;
+    /// 0 sends every call to the slow path, which is how first uses are seen without a test of
+    /// their own.
     U32 limit = 0; ///< objects to keep at most
     /// Objects that this thread made and freed.
     std::atomic<U64> allocated{0};
     std::atomic<U64> freed{0};
+    /// The slab that the magazine belongs to.
     SlabCore * core = nullptr; ///< null until first used, and again after the thread's end
     /// The magazines of one thread, and those of one slab, are linked.
     Magazine * nextOfThread = nullptr;
@@ -95,7 +105,8 @@ struct Magazine {
 /// Its functions take the calling thread's magazine; everything else is behind the mutex.
 class SlabCore {
 public:
-    /// For objects of that size and alignment; a free one must have room for FreeObject.
+    /// For objects of that size and alignment; a free one must have room for FreeObject. Constant,
+    /// so that a slab is ready before any code runs.
     constexpr SlabCore(std::size_t size, std::size_t alignment) noexcept
         : alignment_(alignment < alignof(FreeObject) ? alignof(FreeObject) : alignment),
           stride_(roundUp(size < sizeof(FreeObject) ? sizeof(FreeObject) : size, alignment_)),
@@ -191,14 +202,17 @@ private:
     FreeObject * batches_ = nullptr;
     /// All memory that was taken from the system, so that leak checkers find it.
     void * chunks_ = nullptr;
+    /// Where the current chunk goes on, and how many objects are left of it.
     char * carveAt_ = nullptr;
     std::size_t carveLeft_ = 0; // objects
     std::size_t chunkBytes_ = 4096;
     /// Those of all threads that use the slab.
     Magazine * magazines_ = nullptr;
+    /// So that no count is lost with its thread.
     U64 allocatedBefore_ = 0; // by threads that ended
     U64 freedBefore_ = 0;
 
+    /// Made with the core and as long-lived.
     MemAllocationTracker tracker_{*this};
 };
 
@@ -210,7 +224,7 @@ private:
 template <class T>
 class Slab {
 public:
-    /// Memory for one T, and its return.
+    /// Memory for one T, and its return. Uninitialised: the object is made in it by whoever asked.
     static void * allocate() { return core_.allocate(magazine_); }
     /// In any thread; not twice, and only what this slab handed out.
     static void deallocate(void * memory) noexcept { core_.deallocate(magazine_, memory); }
@@ -234,6 +248,7 @@ public:
 private:
     /// Ready before any code runs, and never destroyed.
     inline static constinit SlabCore core_{sizeof(T), alignof(T)};
-    /// Given back when the thread ends.
+    /// Given back when the thread ends. Each class has its own in each thread, and each thread
+    /// reaches it without a search.
     inline static constinit thread_local slabDetail::Magazine magazine_{};
 };

@@ -9,6 +9,7 @@
 #include <spdlog/logger.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
+/// Where trace messages go. What is asked while tracing is off stands in the header.
 namespace {
 
 // Never destroyed: facilities at namespace scope come before it and go after it.
@@ -38,6 +39,7 @@ spdlog::logger & standardError() {
 } // namespace
 
 TraceFacility::TraceFacility(char const * name) : name_(name) {
+    // Two facilities of one name could not be told apart by whoever turns one on.
     QCF_ASSERT_TEXT(find(name) == nullptr, "trace facility name is taken");
     Registry & r = registry();
     std::lock_guard const lock(r.mutex);
@@ -63,6 +65,7 @@ TraceFacility * TraceFacility::find(std::string_view name) {
 
 void TraceFacility::sinkIs(Sink sink) {
     Registry & r = registry();
+    // A replaced sink is no longer running when this returns: what it refers to may go.
     std::lock_guard const lock(r.sinkMutex);
     r.sink = std::move(sink);
 }
@@ -77,6 +80,7 @@ void TraceFacility::trace(int level, String const & message) const {
     }
 }
 
+// The stream is on the heap: on the stack it would enlarge the frame of every function that traces.
 TraceMessage::TraceMessage() : text_(std::make_unique<std::ostringstream>()) {}
 TraceMessage::~TraceMessage() = default;
 

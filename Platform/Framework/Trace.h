@@ -25,8 +25,10 @@ public:
     /// they were made, without facility, time or line end.
     using Sink = std::function<void(int level, String const & message)>;
 
-    /// Makes the facility known under `name`, which must be a literal and not yet taken.
+    /// Makes the facility known under `name`, which must be a literal and not yet taken. The name
+    /// is not copied.
     explicit TraceFacility(char const * name);
+    /// Afterwards it is not found any more; no thread may be using it.
     ~TraceFacility();
     TraceFacility(TraceFacility const &) = delete;
     TraceFacility & operator=(TraceFacility const &) = delete;
@@ -35,6 +37,7 @@ public:
     char const * name() const noexcept { return name_; }
     /// The highest level of messages that are wanted.
     int level() const noexcept { return level_.load(std::memory_order_relaxed); }
+    /// In effect at once, though a thread may see it a little later than another.
     void levelIs(int level) noexcept { level_.store(level, std::memory_order_relaxed); }
     /// Whether messages of `level` (1 and up) are wanted. Level 1 is for what an operator asks
     /// first, higher levels tell more.

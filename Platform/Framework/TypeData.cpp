@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+/// Rows are searched one by one: types have few, and who looks by name reads a document or writes a
+/// message.
 namespace {
 
 template <typename Rows, typename Predicate>
@@ -29,6 +31,7 @@ EnumeratorInfo const * TypeData::enumerator(std::string_view enumeratorName) con
 }
 
 bool TypeData::isSameType(TypeData const & other) const {
+    // The address first: names are compared only when that does not settle it.
     return this == &other ||
            (std::string_view(name) == other.name && std::string_view(nameSpace) == other.nameSpace);
 }

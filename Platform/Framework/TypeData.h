@@ -7,7 +7,8 @@
 
 class Entity;
 
-/// One field of a type, as reflection tells of it. All texts are literals.
+/// One field of a type, as reflection tells of it. All texts are literals. Plain data, so that
+/// whole tables of them are constants.
 struct FieldInfo {
     char const * name;     ///< "lhs"
     char const * type;     ///< the declared type, "PtrConst<IntModifiable>"
@@ -29,6 +30,7 @@ struct FieldInfo {
 /// One enumerator of an enumeration, by the name that it has in the source.
 struct EnumeratorInfo {
     char const * name;
+    /// The value, widened from whatever the enumeration is stored in.
     U64 number;
 };
 
@@ -67,7 +69,7 @@ struct TypeData {
     EnumeratorInfo const * enumerator(std::string_view enumeratorName) const;
 
     /// Whether both records are of the same type. A program that is linked twice into a process has
-    /// two records of each.
+    /// two records of each. Names decide then, with the namespace.
     bool isSameType(TypeData const & other) const;
 };
 

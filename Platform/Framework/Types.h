@@ -16,7 +16,8 @@ using F32 = float;
 using F64 = double;
 
 /// Text, UTF-8 by convention. Where bytes of any kind may stand in it, such as names of functions,
-/// the reader of outside data says so.
+/// the reader of outside data says so. A `String` owns its text; what only reads takes a
+/// `std::string_view`.
 using String = std::string;
 
 static_assert(sizeof(F32) == 4 && sizeof(F64) == 8, "floats are hashed and stored by their bits");

@@ -16,7 +16,8 @@
 /// point to: "null", or for an entity a reference such as "IntIs#12".
 
 /// Text of a value of a type that has a record: `EvalResult{retVal: true, ...}`, or the name of an
-/// enumerator. `value` must point to an object of just that type.
+/// enumerator. `value` must point to an object of just that type. Only the fields of the type
+/// itself are shown, in the order of the record; those of its base are not.
 String recordText(TypeData const & type, void const * value);
 /// The enumerator of that number by name; the number where there is none.
 String enumeratorText(TypeData const & type, U64 number);
@@ -36,7 +37,8 @@ String referenceText(Entity const & entity);
 /// text allocates; it is meant for messages, logs and debuggers.
 namespace valueText {
 
-/// What can be tested and followed.
+/// What can be tested and followed. Numbers are excluded: they can be tested, but their operators
+/// mean something else.
 template <typename T>
 concept PointerLike = requires(T const & p) {
     static_cast<bool>(p);
@@ -44,13 +46,14 @@ concept PointerLike = requires(T const & p) {
 }
 &&!std::is_arithmetic_v<T>;
 
-/// What has an output operator.
+/// What has an output operator. It is asked for after the texts that a type has of its own.
 template <typename T>
 concept Streamable = requires(std::ostream & out, T const & value) {
     out << value;
 };
 
-/// What has a record of its type.
+/// What has a record of its type. Asked last: a type with a text of its own is shown by that and
+/// not by its fields.
 template <typename T>
 concept Reflected = requires {
     TypeDataOf<T>::get();
@@ -59,7 +62,7 @@ concept Reflected = requires {
 template <typename T>
 String of(T const & value);
 
-/// What the output operator writes.
+/// What the output operator writes. As a fresh stream writes it: decimal, without widths.
 template <typename T>
 String streamedText(T const & value) {
     std::ostringstream out;
@@ -67,7 +70,8 @@ String streamedText(T const & value) {
     return out.str();
 }
 
-/// "[a, b]": the elements in order.
+/// "[a, b]": the elements in order. For unordered collections the order of the collection at the
+/// moment.
 template <typename Collection>
 String elements(Collection const & collection) {
     String text = "[";
@@ -79,6 +83,7 @@ String elements(Collection const & collection) {
 }
 
 /// What a pointer points to: "null", the reference to an entity, or the text of the object.
+/// Entities are told of and not shown, because they may refer to each other in circles.
 template <typename Pointer>
 String pointee(Pointer const & pointer) {
     using Pointee = std::remove_cvref_t<decltype(*pointer)>;
@@ -92,7 +97,9 @@ String pointee(Pointer const & pointer) {
     }
 }
 
-/// Tries the forms from the most to the least special; the first that the type has counts.
+/// Tries the forms from the most to the least special; the first that the type has counts. The
+/// order matters: a boolean is an integer as well, a text is a collection of characters, and a
+/// pointer has an output operator, which would show an address.
 template <typename T>
 String of(T const & value) {
     if constexpr (std::same_as<T, bool>) {
@@ -126,14 +133,16 @@ String of(T const & value) {
 } // namespace valueText
 
 /// The `text` of a field: what `getter`, a member or a function of the object, yields. Instances of
-/// it stand in records, by which a field is read without knowing its type.
+/// it stand in records, by which a field is read without knowing its type. `object` must be an
+/// `Owner`; nothing checks it.
 template <typename Owner, auto getter>
 String fieldText(void const * object) {
     return valueText::of(std::invoke(getter, *static_cast<Owner const *>(object)));
 }
 
 /// A field that is no child of a node, for the records that are written by hand:
-/// `fieldOf<EvalResult, &EvalResult::retVal>("retVal", "TriStateBoolValue")`.
+/// `fieldOf<EvalResult, &EvalResult::retVal>("retVal", "TriStateBoolValue")`. The texts must be
+/// literals, as those of all records.
 template <typename Owner, auto getter>
 constexpr FieldInfo fieldOf(char const * name, char const * type) {
     return {.name = name, .type = type, .wants = type, .text = &fieldText<Owner, getter>};

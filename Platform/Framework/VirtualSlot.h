@@ -8,6 +8,9 @@
 /// Reads the table of virtual functions as the Itanium C++ ABI lays it out, which is that of GCC
 /// and Clang on every Unix. Elsewhere the answer is always yes, which costs a call and nothing
 /// else.
+///
+/// For bases with operations that most derived classes leave alone: a call that would only reach
+/// the base's empty function, or prepare arguments that nobody reads, can be left out.
 #if defined(__GXX_ABI_VERSION)
 #define QCF_VIRTUAL_SLOTS_READABLE 1
 #else
@@ -23,6 +26,7 @@
 using VirtualSlots = unsigned char const *;
 
 /// Where an object's table starts. Not to be followed, only compared and handed to `overridesSlot`.
+/// Its class must have virtual functions, and its table pointer at the start of the object.
 template <typename Object>
 VirtualSlots virtualSlotsOf(Object const & object) {
     VirtualSlots slots = nullptr;
@@ -41,6 +45,8 @@ std::ptrdiff_t virtualSlotOffset(Operation operation) {
     } member;
     static_assert(sizeof operation == sizeof member);
     std::memcpy(&member, &operation, sizeof member);
+// On these machines the offset itself is kept; elsewhere it is kept plus one, which marks it as
+// virtual.
 #if defined(__arm__) || defined(__aarch64__)
     return member.pointer; // the adjustment carries the virtual bit
 #else

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <charconv>
 
+/// Values of a parsed document, and what is said when one is not what was expected. The tree behind
+/// them is JsonTree's, which the parser fills (JsonParse.cpp).
 namespace {
 
 // Roughly the decimal exponent of the number's first digit that is not zero. Good enough to tell a
@@ -39,6 +41,7 @@ std::optional<F32> nearest(std::string_view text) noexcept {
     if (decimalOrder(text) > 0) {
         return std::nullopt;
     }
+    // The sign is kept, as a float keeps it.
     return text.front() == '-' ? -0.0F : 0.0F;
 }
 
@@ -50,6 +53,7 @@ std::size_t JsonValue::size() const noexcept {
     return isArray() || isObject() ? tree_->nodes[index_].content.length : 0;
 }
 
+// An array of plain values needs no table of its elements: each is one node.
 JsonValue JsonValue::at(std::size_t i) const {
     auto const & node = tree_->nodes[index_];
     QCF_ASSERT_TEXT(isArray() && i < node.content.length, "array has no such element");
@@ -67,6 +71,8 @@ std::optional<JsonValue> JsonValue::find(std::string_view key) const {
     return member ? std::optional(JsonValue(*tree_, *member)) : std::nullopt;
 }
 
+// A container's content begins right behind it, and each value knows where its subtree ends. A
+// value that is no container has an empty range.
 JsonValue::Iterator JsonValue::begin() const noexcept { return Iterator({*tree_, index_ + 1}); }
 
 JsonValue::Iterator JsonValue::end() const noexcept {
@@ -100,6 +106,7 @@ std::optional<U64> JsonValue::asU64() const noexcept {
     return number && !number->second ? std::optional(number->first) : std::nullopt;
 }
 
+// The sign stands apart, so that the magnitude may use all 64 bits.
 std::optional<std::pair<U64, bool>> JsonValue::asSigned() const noexcept {
     if (!isNumber()) {
         return std::nullopt;
@@ -109,6 +116,7 @@ std::optional<std::pair<U64, bool>> JsonValue::asSigned() const noexcept {
     text.remove_prefix(negative ? 1 : 0);
     U64 magnitude = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
+    // A fraction or an exponent is left over, even where the number is whole.
     if (error != std::errc() || end != text.data() + text.size()) {
         return std::nullopt;
     }
@@ -159,6 +167,7 @@ String JsonValue::pointer() const { return tree_->pointer(index_); }
 
 void JsonValue::fail(std::string_view wanted) const { fail({}, wanted, describe(*this)); }
 
+// All faults of content read alike: place, what was wanted, what was found.
 void JsonValue::fail(std::string_view subject, std::string_view wanted,
                      std::string_view found) const {
     String line = tree_->place(index_);
@@ -171,6 +180,7 @@ void JsonValue::fail(std::string_view subject, std::string_view wanted,
 }
 
 String describe(JsonValue const & value) {
+    // Messages stay on one line of a terminal, whatever a document holds.
     constexpr std::size_t most = 60;
     switch (value.kind()) {
     case JsonValue::Kind::null:
@@ -190,6 +200,7 @@ String describe(JsonValue const & value) {
     return {};
 }
 
+// The tree is on the heap, so that values stay valid when the document is moved.
 JsonDocument::JsonDocument(String fileName) : tree_(std::make_unique<JsonTree>()) {
     tree_->fileName = std::move(fileName);
     tree_->clear();
@@ -207,10 +218,12 @@ JsonDocument JsonDocument::parse(String text, String fileName, Limits const & li
 
 void JsonDocument::parseLine(std::string_view text, U64 line) {
     tree_->line = line;
+    // A copy, into storage that serves line after line.
     tree_->text.assign(text);
     try {
         tree_->parse(Limits());
     } catch (...) {
+        // Without this the values of half a line could be read.
         tree_->clear();
         throw;
     }

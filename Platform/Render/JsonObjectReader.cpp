@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+/// Whoever reads an object asks for each key that it knows; what nobody asked for is then a fault.
 JsonObjectReader::JsonObjectReader(JsonValue const & value, std::string_view subject)
     : object_(value), subject_(subject) {
     if (!value.isObject()) {
@@ -13,6 +14,7 @@ JsonObjectReader::JsonObjectReader(JsonValue const & value, std::string_view sub
 
 std::optional<JsonValue> JsonObjectReader::optional(std::string_view key) {
     std::optional<JsonValue> const member = object_.find(key);
+    // Each key counts once, however often it is asked for: `done` compares the counts.
     if (std::find(asked_.begin(), asked_.end(), key) == asked_.end()) {
         asked_.push_back(key);
         found_ += member ? 1 : 0;
@@ -29,6 +31,8 @@ JsonValue JsonObjectReader::require(std::string_view key) {
 }
 
 void JsonObjectReader::done() const {
+    // Keys of an object differ, so that equal numbers mean equal keys: the usual end costs no
+    // search.
     if (found_ == object_.size()) {
         return;
     }

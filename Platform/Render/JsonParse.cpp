@@ -6,6 +6,8 @@
 #include <cstring>
 #include <tuple>
 
+/// One pass over the text: RapidJSON knows the syntax, the handler here makes nodes and looks at
+/// the content, so that every fault has its place.
 namespace {
 
 namespace rj = qcfRapidJson;
@@ -62,6 +64,7 @@ public:
     }
     bool Key(char const * s, rj::SizeType length, bool) {
         std::tie(key_, keyDecoded_) = keep({s, length});
+        // The member has no node yet: the object is named in its place.
         check({s, length}, open_, "key");
         return true;
     }
@@ -69,6 +72,7 @@ public:
     bool StartArray() { return start(Kind::array); }
     bool EndObject(rj::SizeType) {
         U32 const object = finish();
+        // Few members are compared each with each, which allocates nothing.
         if (tree_.nodes[object].content.length > JsonTree::smallObject) {
             orderMembers(object);
         } else {
@@ -79,6 +83,7 @@ public:
     bool EndArray(rj::SizeType) {
         U32 const array = finish();
         Node & node = tree_.nodes[array];
+        // Elements with content of their own lie apart: their indices are noted.
         if (!JsonTree::isFlat(node, array)) {
             node.content.at = static_cast<U32>(tree_.order.size());
             for (U32 i = array + 1; i < node.end; i = tree_.nodes[i].end) {
@@ -99,6 +104,7 @@ private:
     U32 last() const noexcept { return static_cast<U32>(tree_.nodes.size() - 1); }
 
     Node & add(Kind kind) {
+        // The root is always let in, so that the message has a place to name.
         if (tree_.nodes.size() >= limits_.values && open_ != JsonTree::noParent) {
             tree_.value(open_).fail(
                 {}, "a document of at most " + std::to_string(limits_.values) + " values", "more");
@@ -106,6 +112,7 @@ private:
         Node & node = tree_.nodes.emplace_back();
         node.kind = kind;
         node.parent = open_;
+        // A container's end is not known before its content was read.
         if (kind != Kind::array && kind != Kind::object) {
             node.end = static_cast<U32>(tree_.nodes.size());
         }
@@ -135,6 +142,7 @@ private:
         U32 const container = open_;
         Node & node = tree_.nodes[container];
         node.end = static_cast<U32>(tree_.nodes.size());
+        // The nodes are the stack: nesting takes no memory beside them.
         open_ = node.parent;
         --depth_;
         return container;
@@ -194,6 +202,7 @@ private:
         }
         std::sort(members.begin(), members.end());
         node.content.at = static_cast<U32>(tree_.order.size());
+        // The first duplicate in the document is told, not the first by hash.
         U32 duplicate = JsonTree::noParent;
         for (std::size_t i = 0; i < members.size(); ++i) {
             tree_.order.push_back(std::get<2>(members[i]));
@@ -220,6 +229,7 @@ String textPlace(JsonTree const & tree, std::size_t offset) {
     std::string_view const before = std::string_view(tree.text).substr(0, offset);
     std::size_t const lineStart = before.rfind('\n') + 1; // npos + 1 is 0
     U64 line = static_cast<U64>(std::count(before.begin(), before.end(), '\n')) + 1;
+    // A document that is one line of a file is told by its line there.
     if (tree.line != 0) {
         line += tree.line - 1;
     }
@@ -241,15 +251,18 @@ void JsonTree::parse(JsonDocument::Limits const & limits) {
                             std::to_string(std::min(limits.bytes, largestDocument)) +
                             " bytes, found " + std::to_string(text.size()));
     }
+    // A byte order mark, which some editors put before UTF-8.
     if (text.starts_with("\xef\xbb\xbf")) {
         text.erase(0, 3);
     }
+    // The stream ends at NUL, so that what stands behind one would be lost without a word.
     if (std::size_t const nul = text.find('\0'); nul != String::npos) {
         throw DocumentError(textPlace(*this, nul) + "wants JSON text, found a NUL byte");
     }
     TextStream stream(text);
     Handler handler(*this, limits, stream);
     rj::Reader reader;
+    // Iterative, so that nesting takes no stack; numbers as text, so that none loses digits.
     constexpr unsigned flags =
         rj::kParseIterativeFlag | rj::kParseNumbersAsStringsFlag | rj::kParseValidateEncodingFlag;
     rj::ParseResult const result = reader.Parse<flags>(stream, handler);

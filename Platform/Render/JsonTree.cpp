@@ -9,6 +9,7 @@ void JsonTree::clear() {
     text.clear();
     decoded.clear();
     order.clear();
+    // A document always has a root, if only a null.
     nodes.assign(1, Node());
     nodes[0].parent = noParent;
     nodes[0].end = 1;
@@ -22,6 +23,7 @@ U32 JsonTree::keyHash(std::string_view key) noexcept {
 
 std::optional<U32> JsonTree::findMember(U32 object, std::string_view wanted) const {
     Node const & node = nodes[object];
+    // A few comparisons cost less than a hash, and the parser then makes no order.
     if (node.content.length <= smallObject) {
         for (U32 i = object + 1; i < node.end; i = nodes[i].end) {
             if (key(nodes[i]) == wanted) {
@@ -30,6 +32,7 @@ std::optional<U32> JsonTree::findMember(U32 object, std::string_view wanted) con
         }
         return std::nullopt;
     }
+    // The order in which the parser left the members: by hash, and by key where hashes are equal.
     auto const rank = [](std::string_view k) { return std::pair(keyHash(k), k); };
     auto const first = order.begin() + node.content.at;
     auto const last = first + node.content.length;
@@ -47,6 +50,7 @@ U32 JsonTree::indexInArray(U32 array, U32 element) const {
     if (node.end == 0) { // still being read: only its last element is asked about
         return node.content.length - 1;
     }
+    // Each element is one node: its place follows from its index.
     if (isFlat(node, array)) {
         return element - array - 1;
     }
@@ -59,6 +63,7 @@ U32 JsonTree::indexInArray(U32 array, U32 element) const {
 // keys are cut.
 String JsonTree::joinPath(U32 index, std::size_t mostOfToken, bool forMessage) const {
     std::vector<U32> path;
+    // Nodes know their parents: the path comes from its end.
     for (; nodes[index].parent != noParent; index = nodes[index].parent) {
         path.push_back(index);
     }
@@ -73,6 +78,7 @@ String JsonTree::joinPath(U32 index, std::size_t mostOfToken, bool forMessage) c
         }
         String token;
         for (char const c : key(nodes[step])) {
+            // The two characters that a pointer gives a meaning to (RFC 6901 3).
             if (c == '~' || c == '/') {
                 token += c == '~' ? "~0" : "~1";
             } else {
@@ -87,6 +93,7 @@ String JsonTree::joinPath(U32 index, std::size_t mostOfToken, bool forMessage) c
 String JsonTree::pointer(U32 index) const { return joinPath(index, 0, false); }
 
 String JsonTree::place(U32 index) const {
+    // A file may have any name: what would break the message's line is escaped.
     String out = oneLine(fileName, 4096);
     out += ':';
     if (line != 0) {

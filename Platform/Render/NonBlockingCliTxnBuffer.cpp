@@ -13,6 +13,8 @@
 #include <poll.h>
 #include <sys/uio.h>
 
+/// Output in chunks, so that what a slow reader has not taken yet need not lie in one piece, and is
+/// never moved when more comes.
 namespace {
 
 /// Keeps SIGPIPE from the calling thread for a while. One that a write raised meanwhile is taken
@@ -25,6 +27,7 @@ public:
         sigset_t pending;
         sigpending(&pending);
         wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+        // Of this thread alone: the process's handling of signals is the embedder's.
         pthread_sigmask(SIG_BLOCK, &sigpipe_, &before_);
     }
     WithoutSigpipe(WithoutSigpipe const &) = delete;
@@ -32,6 +35,7 @@ public:
     ~WithoutSigpipe() {
         if (raised_ && !wasPending_) {
             timespec const now{};
+            // The signal of our own write is taken off before it can be delivered.
             while (sigtimedwait(&sigpipe_, nullptr, &now) < 0 && errno == EINTR) {
             }
         }
@@ -50,6 +54,7 @@ enum class Wait { writable, broken };
 
 Wait waitUntilWritable(int fd) {
     pollfd entry{fd, POLLOUT, 0};
+    // Without a limit: how long a reader may take is not decided here.
     while (::poll(&entry, 1, -1) < 0) {
         if (errno != EINTR) {
             throw std::system_error(errno, std::generic_category(), "poll");
@@ -72,6 +77,8 @@ void NonBlockingCliTxnBuffer::addChunk() {
 
 void NonBlockingCliTxnBuffer::append(std::string_view text) {
     while (!text.empty()) {
+        // The first append finds the end of a full chunk that does not exist: memory is taken when
+        // needed.
         if (end_ == chunkSize_) {
             addChunk();
         }
@@ -102,9 +109,11 @@ bool NonBlockingCliTxnBuffer::writeSome(int fd) {
     WithoutSigpipe guard;
     bool broken = false;
     while (!empty()) {
+        // Several chunks a call; what is left goes with the next one.
         std::array<iovec, 16> parts{};
         std::size_t const used = std::min(parts.size(), chunks_.size());
         for (std::size_t i = 0; i < used; ++i) {
+            // The first chunk may be written in part, and the last one filled in part.
             std::size_t const from = i == 0 ? begin_ : 0;
             std::size_t const to = i + 1 == chunks_.size() ? end_ : chunkSize_;
             parts[i] = {chunks_[i].get() + from, to - from};
@@ -114,6 +123,7 @@ bool NonBlockingCliTxnBuffer::writeSome(int fd) {
             consume(static_cast<std::size_t>(written));
             continue;
         }
+        // Nothing written and no error would be tried again for ever.
         int const error = written == 0 ? EIO : errno;
         if (error == EINTR) {
             continue;

@@ -10,8 +10,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+/// Whole files from outside, bounded, so that no path makes the process read without end.
 namespace {
 
+// "-" is standard input, which is not ours to close.
 class Descriptor {
 public:
     explicit Descriptor(String const & path)
@@ -59,9 +61,12 @@ String readFile(String const & path, U64 limit) {
     content.resize(expectedSize(file.get(), limit) + 1);
     for (;;) {
         if (size == content.size()) {
+            // By half again, so that a pipe of any length is copied a bounded number of times a
+            // byte.
             content.resize(size + std::max(step, size / 2));
         }
         ssize_t const got = ::read(file.get(), content.data() + size, content.size() - size);
+        // An interrupted call read nothing and is made again.
         if (got < 0 && errno != EINTR) {
             failReading(path, errno);
         }

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <variant>
 
+/// JSON by RapidJSON's writers, which do the quoting; what is kept from them is numbers, whose text
+/// they would choose otherwise, and misuse that they would let pass.
 namespace {
 
 namespace rj = qcfRapidJson;
@@ -21,6 +23,7 @@ public:
     explicit Target(String & text) : text_(&text) {}
 
     void Put(char c) {
+        // One of the two is null.
         if (text_ != nullptr) {
             text_->push_back(c);
         } else {
@@ -43,6 +46,7 @@ private:
 
 template <class F>
 std::string_view shortest(std::array<char, 32> & digits, F x) {
+    // In the type's own precision: an F32 widened to F64 would show digits that it does not have.
     auto const result = std::to_chars(digits.data(), digits.data() + digits.size(), x);
     return {digits.data(), static_cast<std::size_t>(result.ptr - digits.data())};
 }
@@ -70,10 +74,12 @@ public:
     using W::W;
     /// Whether a key (or the end of the object) comes next, as opposed to a value.
     bool wantsKey() const {
+        // Outside of all containers a value is wanted.
         if (this->level_stack_.Empty()) {
             return false;
         }
         auto const * level = this->level_stack_.template Top<typename W::Level>();
+        // The writer counts keys and values alike.
         return !level->inArray && level->valueCount % 2 == 0;
     }
 };
@@ -108,6 +114,7 @@ public:
     }
     template <class F>
     void with(F && write) {
+        // The empty alternative is there before the constructor chose a writer, and never after.
         std::visit(
             [&](auto & writer) {
                 if constexpr (!std::is_same_v<decltype(writer), std::monostate &>) {
@@ -145,6 +152,7 @@ void RendererV2::beginArray() {
 }
 
 void RendererV2::endArray() {
+    // Any place in an array will do; the library asserts that it is one.
     writer_->with([](auto & w) { w.EndArray(); });
 }
 
@@ -188,6 +196,7 @@ void RendererV2::floatText(std::string_view digits) {
         return;
     }
     String text(digits);
+    // A whole number stays a float for whoever reads it.
     if (text.find_first_of(".e") == String::npos) {
         text += ".0";
     }
@@ -201,7 +210,9 @@ void RendererV2::nullValue() {
 void RendererV2::endDocument() {
     writer_->with([this](auto & w) {
         QCF_ASSERT_TEXT(w.IsComplete(), "document is not complete");
+        // The writer forgets the document, so that another one may follow.
         w.Reset(writer_->target());
     });
+    // Past the writer, which is between two documents.
     writer_->target().put("\n");
 }

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+/// What is well-formed UTF-8 (RFC 3629), and what is made of text that is not. Document texts are
+/// mostly ASCII, which is passed over by words.
 namespace {
 
 constexpr char hexDigits[] = "0123456789abcdef";
@@ -30,6 +32,7 @@ std::size_t asciiPrefix(std::string_view text) noexcept {
     for (; at + 8 <= text.size(); at += 8) {
         U64 word = 0;
         std::memcpy(&word, text.data() + at, 8);
+        // The highest bit of any of the eight bytes: something else than ASCII.
         if ((word & 0x8080808080808080U) != 0) {
             break;
         }
@@ -58,6 +61,7 @@ std::size_t validPrefix(std::string_view text) noexcept {
     return at;
 }
 
+// As JSON escapes them.
 void appendEscaped(String & out, std::string_view sequence) {
     char const c = sequence.front();
     switch (c) {
@@ -79,6 +83,7 @@ void appendEscaped(String & out, std::string_view sequence) {
     default:
         break;
     }
+    // Control characters could do anything to a terminal.
     if (static_cast<U8>(c) < 0x20 || c == 0x7f) {
         out += "\\u00";
         out += hexDigits[static_cast<U8>(c) >> 4];
@@ -99,6 +104,7 @@ std::size_t utf8SequenceLength(std::string_view text) noexcept {
         return 1;
     }
     std::size_t length = 0;
+    // 0xc0 and 0xc1 would begin overlong forms only, what is above 0xf4 no character at all.
     if (first >= 0xc2 && first <= 0xdf) {
         length = 2;
     } else if (first >= 0xe0 && first <= 0xef) {
@@ -106,6 +112,7 @@ std::size_t utf8SequenceLength(std::string_view text) noexcept {
     } else if (first >= 0xf0 && first <= 0xf4) {
         length = 4;
     }
+    // A character that the text breaks off in is none.
     if (length == 0 || text.size() < length || !secondFits(first, static_cast<U8>(text[1]))) {
         return 0;
     }
@@ -128,6 +135,7 @@ String replaceInvalidUtf8(std::string_view text) {
         text.remove_prefix(valid);
         if (!text.empty()) {
             out += "\xef\xbf\xbd";
+            // One byte at a time: what follows a broken byte may be a character again.
             text.remove_prefix(1);
         }
     }
@@ -137,6 +145,7 @@ String replaceInvalidUtf8(std::string_view text) {
 String oneLine(std::string_view text, std::size_t most) {
     String out;
     while (!text.empty()) {
+        // Looked at before each character, so that none is cut in the middle.
         if (out.size() >= most) {
             out += "...";
             break;

@@ -1,5 +1,7 @@
 #include "Platform/Routing/AsPath.h"
 
+/// What route selection and origin validation ask of a path, and how a path with 16-bit AS numbers
+/// is made whole.
 namespace Routing::Bgp {
 
 U32 pathLength(AsnVector const & path) {
@@ -7,6 +9,7 @@ U32 pathLength(AsnVector const & path) {
     for (AsPathSegment const & segment : path.segments()) {
         if (segment.type == SegmentType::sequence) {
             length += segment.count;
+            // A set is one hop, whichever of its members the route passed.
         } else if (segment.type == SegmentType::set) {
             ++length;
         }
@@ -19,12 +22,14 @@ U32 originAs(AsnVector const & path, U32 localAs, bool & known) {
     if (path.empty() || isConfed(path.segments().back().type)) {
         return localAs;
     }
+    // Of a set nobody can tell which member originated the route.
     known = path.segments().back().type == SegmentType::sequence;
     return known ? path.asns().back() : 0;
 }
 
 U32 lastAs(AsnVector const & path) {
     for (AsPathSegmentView const segment : path) {
+        // Confederation segments are inside the own AS: they have no neighbour in them.
         if (!isConfed(segment.type)) {
             return segment.asns.front();
         }
@@ -60,9 +65,12 @@ void appendLeadingPart(AsnVector const & asPath, U32 missing, AsnVector & out) {
 
 } // namespace
 
+// Lengths are those of route selection, in which confederation segments count nothing, so that both
+// attributes are measured alike.
 void mergeAs4Path(AsnVector const & asPath, AsnVector const & as4Path, AsnVector & out) {
     U32 const length = pathLength(asPath);
     U32 const as4Length = pathLength(as4Path);
+    // Such an AS4_PATH cannot stem from this path: it is ignored (RFC 6793 4.2.3).
     if (as4Length > length) {
         out = asPath;
         return;
@@ -71,6 +79,8 @@ void mergeAs4Path(AsnVector const & asPath, AsnVector const & as4Path, AsnVector
     appendLeadingPart(asPath, length - as4Length, out);
     for (AsPathSegmentView const segment : as4Path) {
         if (!isConfed(segment.type)) {
+            // Joined, since the cut may lie within a sequence that the original path had in one
+            // piece.
             out.appendJoined(segment.type, segment.asns);
         }
     }

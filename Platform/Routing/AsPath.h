@@ -35,6 +35,7 @@ public:
     /// Takes the segments over.
     explicit AsPath(AsnVector asns) : asns_(std::move(asns)), length_(pathLength(asns_)) {}
 
+    /// The segments, good until the path changes.
     AsnVector const & asns() const { return asns_; }
 
     /// Takes over a copy; storage is reused.
@@ -61,6 +62,7 @@ public:
     /// The cached `pathLength` of the path.
     U32 length() const { return length_; }
 
+    /// The length follows from the segments and is not compared.
     bool operator==(AsPath const & other) const { return asns_ == other.asns_; }
 
     /// The path as text, see `appendAsPathText`.
@@ -68,6 +70,7 @@ public:
 
 private:
     AsnVector asns_;
+    /// Of `asns_`, at any time.
     U32 length_ = 0;
 };
 
@@ -134,10 +137,13 @@ public:
         return existing_ != nullptr ? existing_->asns() : AsnVector::none();
     }
 
+    /// The text of the path that holds.
     String toString() const { return asns().toString(); }
 
 private:
+    /// Not owned; null for the empty path.
     AsPath const * existing_ = nullptr;
+    /// Whether the copy below holds; its content is stale otherwise, its storage good.
     bool isExpanded_ = false;
     AsnVector expanded_;
 };

@@ -6,6 +6,7 @@
 #include <limits>
 #include <ostream>
 
+/// AS paths as text and back: one table of brackets for both ways, so that they cannot disagree.
 namespace Routing::Bgp {
 
 namespace {
@@ -24,8 +25,10 @@ constexpr std::array<BracketForm, 3> bracketForms{{
     {SegmentType::confedSet, '[', ']', ' '},
 }};
 
+// NUL for no bracket.
 constexpr BracketForm plainForm{SegmentType::sequence, '\0', '\0', ' '};
 
+// A type that the table does not have is written as a sequence.
 BracketForm const & formOf(SegmentType type) {
     auto const found = std::find_if(bracketForms.begin(), bracketForms.end(),
                                     [type](BracketForm const & form) { return form.type == type; });
@@ -33,6 +36,7 @@ BracketForm const & formOf(SegmentType type) {
 }
 
 void appendSegment(String & out, BracketForm const & form, std::span<Asn const> asns) {
+    // A sequence has no brackets and its numbers only blanks between them.
     if (form.open != '\0') {
         out.push_back(form.open);
     }
@@ -47,9 +51,11 @@ void appendSegment(String & out, BracketForm const & form, std::span<Asn const> 
     }
 }
 
+// Independent of the locale, which isspace is not.
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-/// Reads the text of a path from its begin to its end into an `AsnVector`.
+/// Reads the text of a path from its begin to its end into an `AsnVector`. AS numbers of a segment
+/// gather apart, since its kind and its end show only later.
 class PathReader {
 public:
     PathReader(std::string_view text, AsnVector & path) : rest_(text), path_(path) {}
@@ -90,6 +96,7 @@ private:
         asns_.clear();
     }
 
+    // Plain numbers before the bracket end with it, even if more follow behind.
     bool readBrackets(BracketForm const & form) {
         endSegment(SegmentType::sequence);
         take(form.open);
@@ -98,6 +105,7 @@ private:
             if (!readAsn()) {
                 return false;
             }
+            // A comma promises another number: a closing bracket behind it is an error.
             bool const comma = take(',');
             if (!comma && take(form.close)) {
                 endSegment(form.type);
@@ -107,12 +115,14 @@ private:
         return false;
     }
 
+    // Plain decimal, or two halves of 16 bits with a dot (RFC 5396).
     bool readAsn() {
         std::string_view const token =
             rest_.substr(0, std::min(rest_.find_first_not_of("0123456789."), rest_.size()));
         rest_.remove_prefix(token.size());
         std::size_t const dot = token.find('.');
         if (dot == std::string_view::npos) {
+            // An empty token is no number either: this is where any other character fails.
             auto const asn = TextPieces::parseDecimal(token, std::numeric_limits<U32>::max());
             asns_.push_back(static_cast<Asn>(asn.value_or(0)));
             return asn.has_value();
@@ -135,6 +145,7 @@ void appendPath(String & out, AsnVector const & path, bool oneConfedForm) {
             out.push_back(' ');
         }
         first = false;
+        // Patterns do not tell the two kinds of confederation segments apart.
         SegmentType const shown =
             oneConfedForm && isConfed(segment.type) ? SegmentType::confedSequence : segment.type;
         appendSegment(out, formOf(shown), segment.asns);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+/// The longer operations on paths; what runs for every route stands in the header.
 namespace Routing::Bgp {
 
 // Kept out of line: inlined into a caller, the moves of the inner vectors make g++ 12 warn of reads
@@ -17,6 +18,7 @@ AsnVector::~AsnVector() = default;
 
 void AsnVector::append(SegmentType type, std::span<Asn const> asns) {
     asns_.insert(asns_.end(), asns.begin(), asns.end());
+    // The attribute counts a segment in one byte, so that longer runs are cut.
     for (std::size_t left = asns.size(); left > 0;) {
         U32 const count = static_cast<U32>(std::min<std::size_t>(left, maxSegmentLength));
         segments_.push_back({type, count});
@@ -41,6 +43,7 @@ void AsnVector::assignSequence(std::span<Asn const> asns) {
 }
 
 void AsnVector::prepend(std::span<Asn const> asns) {
+    // AS numbers first, in one move; the segments then only have to be counted anew.
     asns_.insert(asns_.begin(), asns.begin(), asns.end());
     std::size_t left = asns.size();
     if (!segments_.empty() && segments_.front().type == SegmentType::sequence) {

@@ -66,6 +66,7 @@ public:
     /// Walks segments and AS numbers side by side. Valid until the path changes.
     class Iterator {
     public:
+        /// An input iterator: what it yields is made when it is asked for.
         using iterator_category = std::input_iterator_tag;
         using value_type = AsPathSegmentView;
         using difference_type = std::ptrdiff_t;
@@ -78,11 +79,13 @@ public:
 
         /// The segment with its AS numbers.
         AsPathSegmentView operator*() const { return {segment_->type, {asns_, segment_->count}}; }
+        /// Moves over the segment's AS numbers as well.
         Iterator & operator++() {
             asns_ += segment_->count;
             ++segment_;
             return *this;
         }
+        /// By the segment alone: the end has no AS numbers.
         bool operator==(Iterator const & other) const { return segment_ == other.segment_; }
 
     private:
@@ -122,7 +125,8 @@ public:
     }
 
     /// Adds a segment of `count` AS numbers, 1 to 255, and answers where they are to be written.
-    /// They have no particular value before that. The place is valid until the path changes.
+    /// They have no particular value before that. The place is valid until the path changes. For
+    /// readers of packets and tables, who would otherwise copy them twice.
     std::span<Asn> appendForWriting(SegmentType type, U32 count) {
         std::size_t const start = asns_.size();
         asns_.resize(start + count, boost::container::default_init);
@@ -162,6 +166,7 @@ public:
     /// is asked once an AS number, in order.
     template <class Predicate>
     U32 removeIf(Predicate predicate) {
+        // In place: what is kept moves to the front, and `kept` never passes `read`.
         std::size_t read = 0;
         std::size_t kept = 0;
         std::size_t keptSegments = 0;
@@ -190,7 +195,7 @@ public:
     static AsnVector const & none();
 
 private:
-    /// The AS numbers of all segments, in order.
+    /// The AS numbers of all segments, in order. Up to 16 take no heap.
     boost::container::small_vector<Asn, 16> asns_;
     /// How they are cut into segments.
     boost::container::small_vector<AsPathSegment, 4> segments_;

@@ -9,6 +9,8 @@
 #include <charconv>
 #include <limits>
 
+/// Communities as text and back, independent of the locale. Readers take their whole text or
+/// nothing; some read shorter forms than are written.
 namespace {
 
 using Acl::CommunityValue;
@@ -44,6 +46,7 @@ char nameCharacter(char c) {
 }
 
 bool namesEqual(std::string_view text, std::string_view name) {
+    // The text is what somebody wrote: case and underscores are forgiven.
     return std::equal(text.begin(), text.end(), name.begin(), name.end(),
                       [](char a, char b) { return nameCharacter(a) == b; });
 }
@@ -76,6 +79,7 @@ CommunityValue makeExtended(U64 type, U64 subType, U64 administrator, U64 number
 /// A community of the two-octet-AS, IPv4-address or four-octet-AS kind.
 std::optional<CommunityValue> parseAdministered(U64 subType, std::string_view administratorText,
                                                 std::string_view numberText) {
+    // The administrator's form decides how the six octets are shared (RFC 4360, RFC 5668).
     auto const addr = IpGenAddr::parse(administratorText);
     bool const byAddress = addr && addr->af() == AddressFamily::ipv4;
     auto const administrator =
@@ -83,12 +87,14 @@ std::optional<CommunityValue> parseAdministered(U64 subType, std::string_view ad
     if (!administrator) {
         return std::nullopt;
     }
+    // An AS number that fits two octets leaves four for the number.
     bool const wideNumber = !byAddress && *administrator <= max16;
     auto const number = parseDecimal(numberText, wideNumber ? max32 : max16);
     if (!number) {
         return std::nullopt;
     }
     U64 const type = byAddress ? 0x01 : wideNumber ? 0x00 : 0x02;
+    // Types 0x00, 0x01 and 0x02: two-octet AS, IPv4 address, four-octet AS.
     return makeExtended(type, subType, *administrator, *number, wideNumber ? 32 : 16);
 }
 
@@ -100,6 +106,7 @@ std::optional<F32> parseBandwidth(std::string_view text) {
     }
     F32 value = 0;
     auto const [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    // Out of range as a float counts as an error, too.
     if (error != std::errc() || stop != text.data() + text.size()) {
         return std::nullopt;
     }
@@ -113,6 +120,7 @@ std::optional<CommunityValue> parseLinkBandwidth(std::string_view asnText,
     if (!asn || !bandwidth) {
         return std::nullopt;
     }
+    // Not transitive, subtype link bandwidth: bytes a second as a float.
     return makeExtended(0x40, 0x04, *asn, std::bit_cast<U32>(*bandwidth), 32);
 }
 
@@ -125,6 +133,7 @@ std::optional<CommunityValue> parseHexWord(std::string_view digits) {
         }
         value = (value << 4) | static_cast<U64>(digit);
     }
+    // All sixteen digits: a shorter word leaves open where its octets belong.
     return digits.size() == 16 ? std::optional(CommunityValue(value, 0)) : std::nullopt;
 }
 
@@ -136,6 +145,7 @@ std::optional<CommunityValue> parseLarge(std::string_view a, std::string_view b,
     if (!global || !first || !second) {
         return std::nullopt;
     }
+    // The layout of CommunityValue: the third part is the type word.
     return CommunityValue((*global << 32) | *first, static_cast<U32>(*second));
 }
 
@@ -164,6 +174,7 @@ std::optional<U64> parseStandardCommunity(std::string_view text) {
 }
 
 void appendStandardCommunityText(String & out, U64 community) {
+    // No community, but the set may hold it: shown as the number that it is.
     if (community > max32) {
         appendDecimal(out, community);
         return;
@@ -177,11 +188,13 @@ std::optional<CommunityValue> parseCommunityValue(std::string_view text) {
     if (text.starts_with("0x")) {
         return parseHexWord(text.substr(2));
     }
+    // Every form but the hexadecimal one has three parts; the first tells which.
     auto const parts = colonParts<3>(text);
     if (!parts) {
         return std::nullopt;
     }
     auto const & [kind, first, second] = *parts;
+    // Route target and site of origin are told by their subtype alone.
     if (kind == "rt") {
         return parseAdministered(0x02, first, second);
     }
@@ -208,6 +221,7 @@ void appendExtCommunityText(String & out, CommunityValue const & community) {
 }
 
 void appendCommunityValueText(String & out, CommunityValue const & community) {
+    // A large community whose third part is 0 looks like an extended one and is shown as such.
     if (community.type() == 0) {
         appendExtCommunityText(out, community);
     } else {

@@ -9,6 +9,7 @@ namespace Acl {
 
 U32 CommunityValue::hash(U32 seed) const {
     Hash hash(seed);
+    // By the two words that comparison uses, so that equal values hash alike.
     hash.hashMix(value());
     hash.hashMix(type());
     return hash.result();

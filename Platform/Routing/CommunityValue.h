@@ -53,7 +53,8 @@ public:
     }
     constexpr bool operator==(CommunityValue const & other) const { return isEq(other); }
 
-    /// By value word, then by type word, both unsigned.
+    /// By value word, then by type word, both unsigned. Extended communities are so in the order of
+    /// their octets, and those of one type and subtype side by side.
     constexpr std::strong_ordering operator<=>(CommunityValue const & other) const {
         auto const order = value() <=> other.value();
         return std::is_neq(order) ? order : type() <=> other.type();
@@ -73,6 +74,7 @@ public:
     }
 
 private:
+    /// Low half, high half, type.
     U32 words_[3] = {0, 0, 0};
 };
 

@@ -9,6 +9,7 @@ namespace Evpn {
 
 U32 Esid::hash(U32 seed) const {
     Hash hash(seed);
+    // Ten octets make no whole word; they are mixed one by one, on every machine alike.
     for (U8 const octet : octets_) {
         hash.hashMix(octet);
     }

@@ -19,6 +19,7 @@ namespace Evpn {
 /// Compared, hashed and copied by value on any thread.
 class Esid {
 public:
+    /// In network order.
     using Octets = std::array<U8, 10>;
 
     /// The all-zero one.

@@ -7,6 +7,7 @@
 
 U32 EthAddr::hash(U32 seed) const {
     Hash hash(seed);
+    // Octet by octet, so that the order of bytes of the machine has no say.
     for (U8 const octet : octets_) {
         hash.hashMix(octet);
     }

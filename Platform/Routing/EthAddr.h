@@ -16,6 +16,7 @@
 /// Compared, hashed and copied by value on any thread.
 class EthAddr {
 public:
+    /// In network order.
     using Octets = std::array<U8, 6>;
 
     /// The all-zero one, which no interface has.

@@ -14,7 +14,8 @@ class EvaluationLogBase : public PtrInterface {
 public:
     ~EvaluationLogBase() override = default;
 
-    /// Code of the kind of policy that wrote the log.
+    /// Code of the kind of policy that wrote the log. By it a host finds out whether it knows more
+    /// of the log.
     virtual U32 policyType() const = 0;
 
     /// Writes the log as members of the object that is open in the renderer, which must not be

@@ -11,6 +11,7 @@ U32 IntfId::hash(U32 seed) const {
 }
 
 std::optional<IntfId> IntfId::parse(std::string_view text) {
+    // A NUL would end the name for whoever reads it as a C string.
     if (text.find('\0') != std::string_view::npos) {
         return std::nullopt;
     }

@@ -14,7 +14,7 @@
 /// the host's business: names are compared and shown, and mean nothing else here.
 class IntfId {
 public:
-    /// No interface.
+    /// No interface. It equals itself and stands before every name.
     IntfId() = default;
     /// The interface of that name, which need not exist.
     explicit IntfId(String name) : name_(std::move(name)) {}
@@ -22,14 +22,15 @@ public:
     /// The name as it was given; empty for no interface.
     String const & name() const { return name_; }
 
-    /// By name, byte by byte: "Ethernet10" stands before "Ethernet9".
+    /// By name, byte by byte: "Ethernet10" stands before "Ethernet9". Two names are two interfaces,
+    /// whatever they stand for.
     bool operator==(IntfId const &) const = default;
     auto operator<=>(IntfId const &) const = default;
 
     /// Equal names have equal hashes for equal seeds.
     U32 hash(U32 seed) const;
 
-    /// The name.
+    /// The name. Of the object, not a copy.
     String const & toString() const { return name_; }
 
     /// Any text without NUL is a name. The empty text is read as no interface.

@@ -8,6 +8,8 @@
 
 #include <arpa/inet.h>
 
+/// Addresses as text and back. Writing is done here, for the exact form of RFC 5952 and without an
+/// allocation; reading is left to the system.
 namespace {
 
 using Routing::TextPieces::appendDecimal;
@@ -32,6 +34,7 @@ ZeroRun longestZeroRun(U8 const * bytes) {
         while (end < groupCount && group(bytes, end) == 0) {
             ++end;
         }
+        // Greater and not equal: of runs of one length the first is shortened (RFC 5952 4.2.3).
         if (end - i > std::max(best.length, 1U)) {
             best = {i, end - i};
         }
@@ -49,11 +52,13 @@ void appendDottedQuad(String & out, U8 const * octets) {
     }
 }
 
+// Leading zeros of a group are left out (RFC 5952 4.1).
 void appendHexGroup(String & out, U32 value) {
     U32 const digits = value > 0xfff ? 4 : value > 0xff ? 3 : value > 0xf ? 2 : 1;
     Routing::TextPieces::appendHex(out, value, digits);
 }
 
+// ::ffff:0:0/96 (RFC 4291 2.5.5.2), whose last part reads better as a dotted quad (RFC 5952 5).
 bool isV4Mapped(U8 const * bytes) {
     return std::all_of(bytes, bytes + 10, [](U8 octet) { return octet == 0; }) &&
            bytes[10] == 0xff && bytes[11] == 0xff;
@@ -72,6 +77,7 @@ void appendV6(String & out, U8 const * bytes) {
             i += run.length - 1;
             continue;
         }
+        // Behind the shortened run its second colon stands already.
         if (i != 0 && i != run.start + run.length) {
             out.push_back(':');
         }
@@ -83,6 +89,7 @@ void appendV6(String & out, U8 const * bytes) {
 
 U32 IpGenAddr::hash(U32 seed) const {
     Hash hash(seed);
+    // The family first: 0.0.0.0, :: and no address are three values.
     hash.hashMix(static_cast<U8>(family_));
     if (family_ == AddressFamily::ipv4) {
         hash.hashMix(v4Value());
@@ -108,6 +115,7 @@ String IpGenAddr::toString() const {
 }
 
 std::optional<IpGenAddr> IpGenAddr::parse(std::string_view text) {
+    // No address has a text of its own, so that what was written is read again.
     if (text.empty()) {
         return IpGenAddr();
     }
@@ -117,6 +125,7 @@ std::optional<IpGenAddr> IpGenAddr::parse(std::string_view text) {
         return std::nullopt;
     }
     *std::copy(text.begin(), text.end(), terminated.begin()) = '\0';
+    // A colon stands in every IPv6 address and in no IPv4 one.
     bool const isV6 = text.find(':') != std::string_view::npos;
     std::array<U8, 16> octets{};
     if (inet_pton(isV6 ? AF_INET6 : AF_INET, terminated.data(), octets.data()) != 1) {

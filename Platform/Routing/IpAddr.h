@@ -45,7 +45,8 @@ public:
         return addr;
     }
 
-    /// The IPv6 address of 16 octets in network order. An IPv4-mapped one stays an IPv6 address.
+    /// The IPv6 address of 16 octets in network order. An IPv4-mapped one stays an IPv6 address. So
+    /// a route keeps the family that it came with.
     static constexpr IpGenAddr v6(std::array<U8, 16> const & octets) {
         IpGenAddr addr;
         addr.family_ = AddressFamily::ipv6;
@@ -63,8 +64,10 @@ public:
         return __builtin_bswap32(networkOrder);
     }
 
-    /// The numeric value of octets 0 to 7 (`half` 0) or 8 to 15 (`half` 1).
+    /// The numeric value of octets 0 to 7 (`half` 0) or 8 to 15 (`half` 1). Two of them make an
+    /// address, which is how comparisons and prefixes look at it.
     U64 halfValue(U32 half) const {
+        // Copied, since the bytes are aligned to four only.
         U64 networkOrder = 0;
         std::memcpy(&networkOrder, bytes_.data() + 8 * half, sizeof networkOrder);
         return __builtin_bswap64(networkOrder);
@@ -84,7 +87,8 @@ public:
                std::memcmp(bytes_.data(), other.bytes_.data(), bytes_.size()) == 0;
     }
 
-    /// By family (none, IPv4, IPv6), then by numeric value.
+    /// By family (none, IPv4, IPv6), then by numeric value. So a sorted table has one family behind
+    /// the other.
     std::strong_ordering operator<=>(IpGenAddr const & other) const {
         if (family_ != other.family_) {
             return family_ <=> other.family_;

@@ -53,6 +53,7 @@ public:
         }
         switch (af()) {
         case AddressFamily::ipv4:
+            // In 64 bits, since a shift of 32 bits by 32 is undefined.
             return (U64{addr_.v4Value() ^ addr.v4Value()} >> (32U - length_)) == 0;
         case AddressFamily::ipv6:
             return containsV6(addr);
@@ -110,7 +111,8 @@ private:
                topBitsAgree(addr_.halfValue(1), addr.halfValue(1), length_ - 64U);
     }
 
-    /// The address with the bits beyond the length cleared.
+    /// The address with the bits beyond the length cleared. A length beyond the family's width is
+    /// misuse and asserted.
     static IpGenAddr mask(IpGenAddr const & addr, U8 length) {
         QCF_ASSERT(length <= addressWidth(addr.af()));
         if (addr.af() == AddressFamily::ipv4) {
@@ -120,10 +122,12 @@ private:
         return addr.af() == AddressFamily::ipv6 ? maskV6(addr, length) : addr;
     }
 
+    /// The same for sixteen octets, out of line.
     static IpGenAddr maskV6(IpGenAddr const & addr, U8 length);
 
     /// Masked, so that equal prefixes have equal members.
     IpGenAddr addr_;
+    /// At most the family's width.
     U8 length_ = 0;
 };
 

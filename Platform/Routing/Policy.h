@@ -57,6 +57,7 @@ struct Result_ {};
 ///     };
 class PrefixListMatcher : public PtrInterface {
 public:
+    /// By the last pointer, in whatever thread holds it.
     ~PrefixListMatcher() override = default;
 
     /// Family of the prefixes in the list. It does not change.
@@ -81,12 +82,14 @@ public:
     /// Adds a name; one that is there already changes nothing.
     void featureIs(String feature) { features_.insert(std::move(feature)); }
 
+    /// The same names.
     bool operator==(RouteMapFeatures const &) const = default;
 
     /// The names joined by ",", without blanks. Empty where there are none.
     String toStrep() const;
 
 private:
+    /// Searched by views as well, without a copy.
     std::set<String, std::less<>> features_;
 };
 

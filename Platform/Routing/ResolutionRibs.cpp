@@ -9,11 +9,13 @@
 namespace Routing::Rib {
 
 void ResolutionRibProfileConfig::entryIs(std::size_t index, ResolutionRibEntry entry) {
+    // Misuse of the caller: readers of outside data count before.
     QCF_ASSERT(index < maxEntries);
     entries_[index] = std::move(entry);
 }
 
 std::size_t ResolutionRibProfileConfig::entryCount() const {
+    // From the end: an unused entry between used ones keeps its place.
     std::size_t count = maxEntries;
     while (count > 0 && entries_[count - 1].isUnset()) {
         --count;
@@ -22,6 +24,7 @@ std::size_t ResolutionRibProfileConfig::entryCount() const {
 }
 
 void ResolutionRibProfileConfig::hash(Hash & hash) const {
+    // All places, unused ones too, as equality compares them.
     for (ResolutionRibEntry const & entry : entries_) {
         hash.hashMix(entry.name);
         hash.hashMix(entry.kind);

@@ -18,6 +18,7 @@ struct ResolutionRibEntry {
 
     /// Whether the entry is not in use.
     bool isUnset() const { return name.empty() && kind == 0; }
+    /// Name and kind both.
     bool operator==(ResolutionRibEntry const &) const = default;
 };
 
@@ -31,6 +32,7 @@ struct ResolutionRibEntry {
 ///     profile.toString(); // "system-connected:1,tunnel-rib:2"
 class ResolutionRibProfileConfig {
 public:
+    /// A fixed number, so that a profile is copied without an array on the heap.
     static constexpr std::size_t maxEntries = 3;
 
     /// The empty profile: no entries, not the system's default.
@@ -66,6 +68,7 @@ public:
     String toString() const;
 
 private:
+    /// In order of preference.
     std::array<ResolutionRibEntry, maxEntries> entries_;
     bool useDefault_ = false;
 };

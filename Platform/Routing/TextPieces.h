@@ -15,10 +15,11 @@ namespace Routing::TextPieces {
 void appendDecimal(String & out, U64 number);
 
 /// Appends a number as lower-case hexadecimal of exactly `digits` digits (1 to 16). Leading zeros
-/// fill up.
+/// fill up. What does not fit that many digits is cut off at the front.
 void appendHex(String & out, U64 number, U32 digits);
 
-/// Reads decimal digits alone (no sign, no blank) as a number of at most `max`.
+/// Reads decimal digits alone (no sign, no blank) as a number of at most `max`. Leading zeros are
+/// allowed; the empty text is no number.
 std::optional<U64> parseDecimal(std::string_view text, U64 max);
 
 /// Value of a hexadecimal digit of either case, or -1. For every `char`, whatever its sign.

@@ -129,9 +129,9 @@ private:
     IntSource source_;
 };
 
-/// A set operand, read likewise. What it lends is good until the attribute is written.
+/// A set operand, read likewise. What it lends is good until the attribute is written. Sets are not
+/// counted on the way; the context or the route keeps them.
 template <typename Set>
-/// Sets are not counted on the way; the context or the route keeps them.
 class PlanSet {
 public:
     explicit PlanSet(SetStorage<Set> const & node) : node_(&node), source_(node.source()) {}

@@ -64,6 +64,8 @@ bool U64SmallVector::hasAny(U64SmallVector const * a, U64SmallVector const * b) 
 PtrConst<U64SmallVector> U64SmallVector::add(PtrConst<U64SmallVector> const & a,
                                              PtrConst<U64SmallVector> const & b,
                                              U64Buffer & scratch) {
+    // The first operand may be overwritten and be the result: the caller's pointer then shows it
+    // changed.
     return counted<U64SmallVector>(setAdd<U64SmallVector>, a, b, scratch);
 }
 PtrConst<U64SmallVector> U64SmallVector::remove(PtrConst<U64SmallVector> const & a,
@@ -88,6 +90,7 @@ String U64UnsortedSmallVector::toStrep() const { return setToStrep(*this); }
 void CommunitySmallVector::normalize() { sortWithoutDuplicates(*this); }
 Acl::CommunityValue CommunitySmallVector::lastLinkBandwidth() const {
     // Link-bandwidth communities stand together: the last one is before the first value above them.
+    // Type and subtype are the upper 16 bits of a value word, by which values are ordered first.
     constexpr U64 aboveAll = (U64{Acl::CommunityValue::linkBandwidthTypeAndSubType} + 1) << 48;
     auto const values = view();
     auto const above =

@@ -18,6 +18,7 @@ void LazySmallVector<Set>::chooseTarget() {
     // A new set is this evaluation's own, so that the next operator may overwrite it.
     result_ = makePtr<Set>(ModifyFlag::reuseOnWrite);
     if (expectedSize_ > inlineSetCapacity) {
+        // Room once for all, where the values inside the set do not suffice.
         result_->values().reserve(expectedSize_);
     }
     target_ = &result_->values();

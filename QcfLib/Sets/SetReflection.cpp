@@ -10,6 +10,7 @@ namespace {
 
 template <typename Set>
 String valuesText(Set const & set) {
+    // The brackets tell an empty set from no text.
     return "[" + set.toStrep() + "]";
 }
 
