@@ -48,6 +48,7 @@ public:
 
     /// The hash of what was mixed in so far; more may follow.
     constexpr U32 result() const noexcept {
+        // Mixed once more, since the last value has not reached all bits of the state.
         U64 h = state_;
         h ^= h >> 31;
         h *= 0xd6e8feb86659fd93U;

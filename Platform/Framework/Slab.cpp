@@ -227,6 +227,7 @@ void SlabCore::newChunk() {
     auto * chunk = static_cast<char *>(::operator new(bytes, std::align_val_t(alignment_)));
     ::new (chunk) void *(chunks_);
     chunks_ = chunk;
+    // Objects begin behind the link, aligned as the chunk is.
     carveAt_ = chunk + header;
     carveLeft_ = (bytes - header) / stride_;
     chunkBytes_ = std::min(2 * chunkBytes_, largestChunk);

@@ -117,6 +117,7 @@ public:
     /// Memory for one object. Throws std::bad_alloc.
     void * allocate(slabDetail::Magazine & magazine) {
         FreeObject * object = magazine.head;
+        // The one test of the common path: a magazine that was never used is empty, too.
         if (object == nullptr) [[unlikely]] {
             return allocateSlow(magazine);
         }
@@ -128,6 +129,7 @@ public:
 
     /// Takes the memory of an object back, in whatever thread.
     void deallocate(slabDetail::Magazine & magazine, void * memory) noexcept {
+        // True of a magazine that was never used, whose limit is 0.
         if (magazine.count >= magazine.limit) [[unlikely]] {
             deallocateSlow(magazine, memory);
             return;

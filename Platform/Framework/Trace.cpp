@@ -55,6 +55,7 @@ TraceFacility::~TraceFacility() {
 TraceFacility * TraceFacility::find(std::string_view name) {
     Registry & r = registry();
     std::lock_guard const lock(r.mutex);
+    // A handful of them: no map is needed.
     for (TraceFacility * facility : r.facilities) {
         if (name == facility->name()) {
             return facility;

@@ -52,6 +52,7 @@ public:
     static void sinkIs(Sink sink);
 
 private:
+    /// A literal, not owned.
     char const * name_;
     std::atomic<int> level_{0};
 };
@@ -71,6 +72,7 @@ public:
     void send(TraceFacility const & facility, int level) const;
 
 private:
+    /// A pointer, so that a place that traces holds one word and no stream.
     std::unique_ptr<std::ostringstream> text_;
 };
 

@@ -59,6 +59,7 @@ public:
     bool String(char const * s, rj::SizeType length, bool) {
         Node & node = add(Kind::string);
         std::tie(node.content, node.contentDecoded) = keep({s, length});
+        // After the node was made: its place is told from the tree.
         check({s, length}, last(), "string");
         return true;
     }
@@ -152,6 +153,7 @@ private:
     std::pair<JsonTree::Slice, bool> keep(std::string_view s) {
         std::size_t const end = stream_.Tell() - 1;
         auto const length = static_cast<U32>(s.size());
+        // RapidJSON hands strings over decoded, in a buffer of its own: equal bytes need no copy.
         if (s.size() <= end &&
             std::memcmp(tree_.text.data() + end - s.size(), s.data(), s.size()) == 0) {
             return {{static_cast<U32>(end - s.size()), length}, false};

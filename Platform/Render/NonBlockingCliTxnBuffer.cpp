@@ -94,6 +94,7 @@ std::size_t NonBlockingCliTxnBuffer::size() const noexcept {
 }
 
 void NonBlockingCliTxnBuffer::consume(std::size_t count) {
+    // Whole chunks that were written are freed at once.
     begin_ += count;
     while (!chunks_.empty() && begin_ >= chunkSize_) {
         chunks_.pop_front();

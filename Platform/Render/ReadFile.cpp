@@ -74,6 +74,7 @@ String readFile(String const & path, U64 limit) {
             break;
         }
         size += got > 0 ? static_cast<std::size_t>(got) : 0;
+        // Looked at while reading, as a file may be longer than it said.
         if (size > limit) {
             throw DocumentError(oneLine(path, 4096) + ": wants at most " + std::to_string(limit) +
                                 " bytes, found more");

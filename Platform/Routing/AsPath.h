@@ -80,6 +80,7 @@ inline U32 pathLength(AsPath const & path) { return path.length(); }
 inline U32 originAs(AsPath const & path, U32 localAs, bool & known) {
     return originAs(path.asns(), localAs, known);
 }
+/// As for the segments.
 inline U32 lastAs(AsPath const & path) { return lastAs(path.asns()); }
 
 /// A path that starts as somebody else's and is copied only when it is to change.
@@ -145,6 +146,7 @@ private:
     AsPath const * existing_ = nullptr;
     /// Whether the copy below holds; its content is stale otherwise, its storage good.
     bool isExpanded_ = false;
+    /// Keeps its storage from path to path.
     AsnVector expanded_;
 };
 
@@ -159,6 +161,7 @@ inline U32 pathLength(AspathContainerFromExisting const & path) {
 inline U32 originAs(AspathContainerFromExisting const & path, U32 localAs, bool & known) {
     return originAs(path.asns(), localAs, known);
 }
+/// Over the path that holds.
 inline U32 lastAs(AspathContainerFromExisting const & path) { return lastAs(path.asns()); }
 
 /// Appends a path as text: segments joined by one blank, AS numbers in plain decimal. A sequence is

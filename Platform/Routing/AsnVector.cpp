@@ -52,6 +52,7 @@ void AsnVector::prepend(std::span<Asn const> asns) {
         count += static_cast<U32>(joined);
         left -= joined;
     }
+    // All found room in the leading sequence.
     if (left == 0) {
         return;
     }

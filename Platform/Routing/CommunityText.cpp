@@ -63,6 +63,7 @@ std::optional<std::array<std::string_view, N>> colonParts(std::string_view text)
         parts[i] = text.substr(0, colon);
         text.remove_prefix(colon + 1);
     }
+    // One colon too many.
     if (text.find(':') != std::string_view::npos) {
         return std::nullopt;
     }
@@ -160,6 +161,7 @@ String textOf(Append append, Value const & value) {
 } // namespace
 
 std::optional<U64> parseStandardCommunity(std::string_view text) {
+    // With a colon it is two halves or nothing; names and plain numbers have none.
     if (auto const halves = colonParts<2>(text)) {
         auto const high = parseDecimal((*halves)[0], max16);
         auto const low = parseDecimal((*halves)[1], max16);

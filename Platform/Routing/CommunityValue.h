@@ -78,6 +78,7 @@ private:
     U32 words_[3] = {0, 0, 0};
 };
 
+/// Arrays of them are what sets of communities hold.
 static_assert(sizeof(CommunityValue) == 12);
 
 /// Type word 0: "0x" and 16 hexadecimal digits. Any other: "A:B:C" in decimal.

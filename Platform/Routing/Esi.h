@@ -37,7 +37,7 @@ public:
     /// Equal identifiers have equal hashes for equal seeds.
     U32 hash(U32 seed) const;
 
-    /// "00:11:22:33:44:55:66:77:88:99".
+    /// "00:11:22:33:44:55:66:77:88:99". `parse` reads it back as the same identifier.
     String toString() const;
 
     /// Reads ten octets of two hexadecimal digits of either case, joined by colons. Nothing for any

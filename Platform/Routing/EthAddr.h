@@ -34,7 +34,7 @@ public:
     /// Equal addresses have equal hashes for equal seeds.
     U32 hash(U32 seed) const;
 
-    /// "00:1c:73:00:00:01".
+    /// "00:1c:73:00:00:01". `parse` reads it back as the same address.
     String toString() const;
 
     /// Reads six octets of two hexadecimal digits of either case, joined by colons. Nothing for any

@@ -103,6 +103,7 @@ public:
     U32 hash(U32 seed) const;
 
     /// Dotted quad, RFC 5952 form (IPv4-mapped addresses end in a dotted quad), or "" for none.
+    /// `parse` reads it back as the same address.
     String toString() const;
 
     /// Appends what `toString` returns; allocates only when `out` must grow. For writing many.

@@ -83,7 +83,8 @@ public:
     /// Hash of family, address and length. Equal prefixes have equal hashes for equal seeds.
     U32 hash(U32 seed) const;
 
-    /// "10.0.0.0/8", "2001:db8::/32", or "" for family none.
+    /// "10.0.0.0/8", "2001:db8::/32", or "" for family none. `parse` reads it back as the same
+    /// prefix.
     String toString() const;
 
     /// Appends what `toString` returns; allocates only when `out` must grow. For writing many.
@@ -107,6 +108,7 @@ private:
         if (length_ <= 64) {
             return topBitsAgree(addr_.halfValue(0), addr.halfValue(0), length_);
         }
+        // Beyond 64 bits the first half must be equal as a whole.
         return addr_.halfValue(0) == addr.halfValue(0) &&
                topBitsAgree(addr_.halfValue(1), addr.halfValue(1), length_ - 64U);
     }

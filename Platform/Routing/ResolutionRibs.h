@@ -53,6 +53,7 @@ public:
 
     /// Whether the system's default profile is meant.
     bool useDefault() const { return useDefault_; }
+    /// Entries stay as they are.
     void useDefaultIs(bool useDefault) { useDefault_ = useDefault; }
 
     /// Entry by entry, unused ones included, and the flag.

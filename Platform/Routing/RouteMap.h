@@ -81,7 +81,7 @@ public:
     /// Takes a VRF out of the list, which makes it not active.
     void vrfDel(U32 vrfId) { vrfs_.erase(vrfId); }
 
-    /// True when the VRF is listed as active.
+    /// True when the VRF is listed as active. For a VRF that is not listed: false.
     bool activeIn(U32 vrfId) const {
         auto const found = vrfs_.find(vrfId);
         return found != vrfs_.end() && found->second;

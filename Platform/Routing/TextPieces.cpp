@@ -44,6 +44,7 @@ bool parseOctets(std::string_view text, std::span<U8> octets) {
     }
     // All of the text is looked at before the first octet is written: a failure leaves them alone.
     for (std::size_t i = 0; i < text.size(); ++i) {
+        // Two digits, then a colon.
         bool const separatorPlace = i % 3 == 2;
         if (separatorPlace ? text[i] != ':' : hexDigitValue(text[i]) < 0) {
             return false;

@@ -37,7 +37,8 @@ constexpr int hexDigitValue(char c) {
 void appendOctets(String & out, std::span<U8 const> octets);
 
 /// Reads exactly `octets.size()` octets of two hexadecimal digits joined by colons; on failure the
-/// octets are left as they were. Digits may be of either case.
+/// octets are left as they were. Digits may be of either case. Nothing but the octets may stand in
+/// the text.
 bool parseOctets(std::string_view text, std::span<U8> octets);
 
 } // namespace Routing::TextPieces

@@ -41,6 +41,7 @@ CommunityValueDynamic::getVal(Ptr<EvalContextBase const> const & context) const 
     assertWalkable(*this);
     auto const base = val_->getVal(context);
     auto const dynamic = dynamicVal_->getVal(context);
+    // By words, since the three have no common integer type.
     auto const merged = [&](U32 i) {
         return ((dynamic.word(i) ^ base.word(i)) & dynamicValMask_.word(i)) ^ base.word(i);
     };

@@ -79,6 +79,7 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
         result = evalLogged(*link->entry(), context);
         assertNoReturn(result);
         if (result.terminates()) {
+            // Before the second operand no operator has been reached.
             if (position >= 2) {
                 cursor.log(result);
             }
@@ -89,6 +90,7 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
         }
         ++position;
     }
+    // Of a chain without operands, too, whose result is unknown.
     result = op.maybeCastUnknownToFalse(result);
     cursor.log(result);
     return result;

@@ -35,6 +35,7 @@ bool containedInSingletonsOrRanges(Value value, U64SmallVector const * singleton
     return false;
 }
 
+// For attributes, which are 64 bits wide, and for AS numbers.
 template bool containedInSingletonsOrRanges(U64, U64SmallVector const *,
                                             U64UnsortedSmallVector const *,
                                             U64UnsortedSmallVector const *);

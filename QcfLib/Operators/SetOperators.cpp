@@ -46,6 +46,7 @@ template <typename Target, typename Set, typename Combine>
 EvalResult modify(Target const & target, SetOperand<Set> const & lhs, SetOperand<Set> & rhs,
                   Context const & context, Combine combine) {
     PtrConst<Set> fresh;
+    // One buffer for each element type: an operator has done with it before the next one begins.
     auto & scratch = setScratch(evalContext(context), lhs.set);
     Set const * const result = combine(lhs.set, rhs.set, scratch, fresh);
     if (fresh) {
@@ -149,6 +150,7 @@ EvalResult ExtCommunitySetAddImmediate::eval(Context const & context) const {
         return EvalResult::fromBool(true);
     }
     SetOperand<Set> const current(*lhs_, context);
+    // What is added tells whether a bandwidth is replaced; one that is there already is no reason.
     bool const isPlainUnion = added.set->lbwValue().isZero();
     return modify(*lhs_, current, added, context, isPlainUnion ? setAdd<Set> : setAddLinkBandwidth);
 }

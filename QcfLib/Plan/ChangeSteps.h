@@ -81,6 +81,7 @@ public:
     IntStoreStep(IntModifiable const & target, U64 value, PlanStep const * next)
         : PlanStatement(next), node_(target), target_(target.source()), value_(value) {}
     PlanStep const * run(PlanRun run) const override {
+        // Even an equal value marks the attribute as modified, as assigning it by the node does.
         run.context().modify(target_.modifiedFlag).*target_.stored = value_;
         return next();
     }
@@ -89,6 +90,7 @@ public:
     }
 
 private:
+    /// For dumps.
     IntModifiable const & node_;
     IntSource target_;
     U64 value_;
@@ -125,6 +127,7 @@ private:
     IntSource target_;
     IntRange range_;
     SignedMagnitude operand_;
+    /// The operator's own function, so that walk and plan cannot differ.
     IntArithmetic arithmetic_;
 };
 

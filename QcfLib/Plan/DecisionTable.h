@@ -109,6 +109,7 @@ public:
         PtrConst<Set> fresh;
         ClauseBits clauses = others_;
         if (Set const * const set = operand_.lend(run, fresh)) {
+            // Several values may satisfy different clauses: all of them are looked up.
             for (auto const & value : set->view()) {
                 clauses |= table_.clausesOf(value);
             }
@@ -138,6 +139,7 @@ public:
     IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses, ClauseBits others);
     ClauseBits clausesLeft(PlanRun run) const override {
         U64 const value = operand_.read(run);
+        // The first piece begins at 0, so that every value lies in one.
         std::size_t at = 0;
         for (std::size_t step = starts_.size() / 2; step > 0; step /= 2) {
             at += starts_[at + step] <= value ? step : 0;
@@ -175,7 +177,7 @@ private:
     ClauseBits clause_;
 };
 
-/// What a table with those questions is, for dumps.
+/// What a table with those questions is, for dumps. Both kinds of tables read alike there.
 StepText describeTable(std::span<std::unique_ptr<PlanQuestion const> const> questions,
                        std::span<PlanStep const * const> targets, PlanStep const * otherwise);
 
@@ -240,10 +242,13 @@ public:
         Answers answers;
         answers.open = ~ClauseBits{0} >> (maxClauses - clauses_.size());
         while (answers.open != 0) {
+            // Always the first clause that is open: the order of the chain decides which of several
+            // holds.
             auto const clause = static_cast<std::size_t>(std::countr_zero(answers.open));
             if (holds(clause, answers, run)) {
                 return clauses_[clause].target;
             }
+            // Its first question may have left it open, and a later one ruled it out.
             answers.open &= ~(ClauseBits{1} << clause);
         }
         return otherwise_;
@@ -266,6 +271,8 @@ private:
     /// asked first.
     bool holds(std::size_t clause, Answers & answers, PlanRun run) const {
         for (U8 const question : clauses_[clause].questions) {
+            // An answer holds for the whole run: nothing in a chain's conditions changes what they
+            // ask about.
             if (((answers.asked >> question) & 1) == 0) {
                 ClauseBits const left = questions_[question]->clausesLeft(run);
                 answers.left[question] = left;
@@ -281,6 +288,7 @@ private:
 
     std::vector<std::unique_ptr<PlanQuestion const>> questions_;
     std::vector<ClauseBits> startingWith_; ///< for each question, the clauses whose first it is
+    /// In the order of the chain.
     std::vector<Clause> clauses_;
     PlanStep const * otherwise_;
 };

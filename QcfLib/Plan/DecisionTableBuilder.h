@@ -65,6 +65,7 @@ private:
         std::vector<Part> parts;
     };
 
+    /// Tests of one subject can be answered by one look.
     static Subject subjectOf(ConstantTest const & test);
     /// The question that all these parts are of; they have one subject, and stand in the order of
     /// clauses.
@@ -79,6 +80,7 @@ private:
 
     Tests testsOf(Expression const & condition);
 
+    /// Makes the steps of what is left to a clause.
     ConditionLowering & lowering_;
     std::size_t & roomForConstants_;
     /// False once a condition does more: then the others are not looked at.

@@ -59,6 +59,7 @@ public:
         for (; link != nullptr && !lengths_.contains(link); link = next(*link)) {
             unknown.push_back(link);
         }
+        // The walk ended at the end of the chain, or at a link that was counted for another head.
         std::size_t length = link == nullptr ? 0 : lengths_.at(link);
         while (!unknown.empty()) {
             lengths_.emplace(unknown.back(), ++length);

@@ -56,6 +56,7 @@ private:
     /// none of whose clauses holds. Those that may answer null have no steps for the node, which is
     /// evaluated.
     PlanStep const * statement(Expression const & node, PlanStep const * next);
+    /// The statements of a block from the last to the first.
     PlanStep const * block(Block const & node, PlanStep const * next);
     PlanStep const * branch(IfExpression const & head, PlanStep const * next);
     PlanStep const * clauses(std::span<IfExpression const * const> links, PlanStep const * next,
@@ -91,6 +92,7 @@ private:
     /// Outlives the object, as the list of steps does.
     Function const & function_;
     PlanSteps & steps_;
+    /// Of this plan, inlined callees included.
     PlanBudget budget_;
     Callee * callee_ = nullptr; ///< while its body is inlined
 };

@@ -47,6 +47,7 @@ public:
     constexpr PlanStep() = default;
     PlanStep(PlanStep const &) = delete;
     PlanStep & operator=(PlanStep const &) = delete;
+    /// Steps die with their plan, which no run may be using then.
     virtual constexpr ~PlanStep() = default;
 
     /// Does the work; answers the next step. Not to be called at an end.
@@ -62,11 +63,13 @@ public:
     EvalResult returned() const { return returned_; }
 
 protected:
+    /// An end. What its function yields is worked out here, once, and not by every run.
     constexpr explicit PlanStep(EvalResult result)
         : isEnd_(true), result_(result), returned_(result.returned()) {}
 
 private:
     bool isEnd_ = false;
+    /// Of ends alone.
     EvalResult result_;
     EvalResult returned_;
 };
@@ -116,6 +119,7 @@ public:
         if (source_.input == nullptr) {
             return node_->getVal(run.contextPtr);
         }
+        // What the function wrote comes before the route's own value.
         bool const modified = (run.context().modifiedFlags() & source_.modifiedFlag) != 0;
         U64 const value = modified ? run.context().attributeContentConst().*source_.stored
                                    : (run.context().*source_.input)();

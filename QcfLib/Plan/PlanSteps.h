@@ -49,6 +49,7 @@ private:
         std::size_t firstNode; ///< of its nodes, in nodes_
     };
     std::vector<Step> steps_;
+    /// Of all steps, one step's behind the other's.
     std::vector<Expression const *> nodes_;
 };
 

@@ -41,6 +41,8 @@ public:
     PlanStep const * run(PlanRun run) const override {
         PtrConst<Set> fresh;
         Set const * set = current_.lend(run, fresh);
+        // An empty set to which several statements add has no constant for its result: the nodes
+        // make it.
         if (isEmptySet(set) && (whenEmpty_ != nullptr || added_.empty())) {
             store(run, whenEmpty_);
         } else if (tryEditInPlace(set, SetEdit<Value>{removed_, added_, whenEmpty_ != nullptr})) {
@@ -67,6 +69,7 @@ private:
         auto & list = change.adds ? added_ : removed_;
         std::set_union(list.begin(), list.end(), constants.begin(), constants.end(),
                        std::back_inserter(result));
+        // What is removed is not taken out of `added_` alone, but of the set as well.
         list.swap(result);
         if (!change.adds) {
             result.clear();
@@ -81,6 +84,7 @@ private:
         (run.context().modify(target_.modifiedFlag).*target_.stored).borrow(set);
     }
 
+    /// How the set is read, and where it is stored.
     PlanSet<Set> current_;
     SetSource<Set> target_;
     /// In the order of their statements, which is that of evaluation where no edit in place can be.

@@ -119,6 +119,7 @@ private:
 template <typename Set>
 class SetHasAnyTest final : public PlanTest {
 public:
+    /// `rhs` is a literal's kept set, not null and not owned.
     SetHasAnyTest(PlanSet<Set> lhs, Set const * rhs, PlanTargets const & targets)
         : PlanTest(targets), lhs_(lhs), rhs_(rhs) {}
     PlanStep const * run(PlanRun run) const override {
@@ -140,7 +141,9 @@ private:
 /// with its node.
 class PlanPrefix {
 public:
+    /// The node must have a source.
     explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
+    /// The agent's accessor, once a question.
     IpGenPrefix read(PlanRun run) const { return (run.context().*source_)(); }
     String text() const { return node_->toStrep(); }
 
@@ -189,8 +192,10 @@ public:
                    PlanTargets const & targets)
         : candidate_(candidate), list_(list), targets_(targets) {}
     PlanStep const * run(PlanRun run) const override {
+        // The candidate before the list, as the node reads them.
         Routing::Policy::MatchInput_ const input{candidate_.read(run)};
         auto const * const matcher = list_.matcher(run, input.prefix.af());
+        // No list of that name, or none of the candidate's family.
         if (matcher == nullptr) {
             return targets_.onFalse;
         }

@@ -25,6 +25,7 @@ bool isEmptySet(Set const * set) {
 /// they say; sets have only one.
 template <typename Set>
 bool setsEqual(Set const * a, Set const * b) {
+    // Null and empty are one value, so that an agent may hand over either.
     if (isEmptySet(a) || isEmptySet(b)) {
         return isEmptySet(a) && isEmptySet(b);
     }
@@ -96,6 +97,7 @@ bool isSparseIn(std::span<Value const> few, std::span<Value const> many) {
 template <typename Iterator, typename Value>
 Iterator gallop(Iterator from, Iterator end, Value const & value) {
     auto step = std::ptrdiff_t{1};
+    // What is at `from` may be below the value or not: the bisection below covers it as well.
     while (step < end - from && *(from + step) < value) {
         from += step;
         step *= 2;
@@ -110,6 +112,7 @@ bool areAllIn(std::span<Value const> a, std::span<Value const> b) {
     if (a.empty()) {
         return true;
     }
+    // An empty `b` is ruled out by its size, before its ends are looked at.
     if (a.size() > b.size() || a.front() < b.front() || b.back() < a.back()) {
         return false;
     }
@@ -193,6 +196,7 @@ bool setHasAny(Set const * a, Set const * b) {
     if (inB.size() == 1) {
         return setContains(*a, inB.front());
     }
+    // The smaller one is searched for in the larger one, whichever side it is on.
     if (isSparseIn(inB, inA)) {
         return anyFound(inB, *a);
     }

@@ -57,6 +57,7 @@ struct SetEdit {
 template <typename Value>
 void insertInPlace(auto & values, std::span<Value const> few) {
     for (Value const & value : few) {
+        // As values move with each edit the place is looked for anew.
         std::size_t const at =
             countBelow(std::span<Value const>(values.data(), values.size()), value);
         if (at == values.size() || !(values[at] == value)) {
@@ -82,6 +83,7 @@ void eraseInPlace(auto & values, std::span<Value const> few) {
 /// must be seen before. After a change the link bandwidth follows the new values.
 template <typename Set>
 void editInPlace(Set & set, SetEdit<typename Set::Value> const & edit) {
+    // Scanned and not searched: what is edited in place is small.
     auto const isHeld = [&](auto const & value) { return scanned(set.view(), value); };
     if (set.isLent() && edit.added.empty() &&
         std::none_of(edit.removed.begin(), edit.removed.end(), isHeld)) {
@@ -155,6 +157,7 @@ bool areFew(Set const & a, Set const & b) {
 template <typename Set>
 Set const * setAdd(Set const * a, Set const * b, typename Set::Buffer & scratch,
                    PtrConst<Set> & fresh) {
+    // The empty set has no set to edit: the answer is the other operand, shared.
     if (isEmptySet(a)) {
         return b;
     }
@@ -164,6 +167,7 @@ Set const * setAdd(Set const * a, Set const * b, typename Set::Buffer & scratch,
         setIsSubset(b, a)) {
         return a;
     }
+    // The answer is then the right operand's own set, which the caller must not overwrite.
     if (setIsSubset(a, b)) {
         return b;
     }
@@ -232,6 +236,7 @@ Set const * setRemove(Set const * a, Set const * b, typename Set::Buffer & scrat
 template <typename Set>
 Set const * setRetain(Set const * a, Set const * b, typename Set::Buffer & scratch,
                       PtrConst<Set> & fresh) {
+    // Asked first, so that a result without values makes no set.
     if (!setHasAny(a, b)) {
         return nullptr;
     }
@@ -248,6 +253,7 @@ Set const * setRetain(Set const * a, Set const * b, typename Set::Buffer & scrat
 /// such a set is counted.
 template <typename Target, typename Set>
 void storeLent(Target const & target, Set const * set, Ptr<EvalContextBase> const & context) {
+    // Asked of all set attributes of the kind, the target included.
     if (evalContext(context).attributeContentConst().owns(set)) {
         target.setVal(PtrConst<Set>(set), context);
     } else {
@@ -266,6 +272,8 @@ void storeRightOperand(Target const & target, Set const * set, PtrConst<Set> & f
         target.setVal(std::move(fresh), context);
         return;
     }
+    // Constants and inputs have the flag already, and may be shared by threads: they are not
+    // written.
     if (set != nullptr && set->modifyFlag() == ModifyFlag::reuseOnWrite) {
         writable(*set).modifyFlagIs(ModifyFlag::copyOnWrite);
     }
