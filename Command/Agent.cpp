@@ -18,6 +18,9 @@
 #include <thread>
 #include <unordered_map>
 
+/// Following and evaluating are apart: the follower's thread keeps the view in step with the
+/// server, the main thread takes from the view whatever is newest when it is done with the last
+/// table.
 namespace {
 
 using Qcf::Eval::AetNodeBase;
@@ -35,6 +38,7 @@ struct Options {
     RouteRunOptions run;
 };
 
+// Of the one type that a signal's handler may write to.
 volatile std::sig_atomic_t stopAsked = 0;
 
 /// Ends after the table that is being evaluated; a second signal ends at once.
@@ -56,19 +60,24 @@ public:
 
     /// The next version after `last`; null when a stop was asked for or the time is over.
     PtrConst<PolicyVersion> next(String const & last, std::chrono::seconds atMost) {
+        // By the clock that nobody sets, lest a corrected time of day ends the waiting.
         auto const end = std::chrono::steady_clock::now() + atMost;
         std::unique_lock lock(mutex_);
         while (stopAsked == 0 && std::chrono::steady_clock::now() < end) {
             auto version = mirror_.view().current();
+            // As long as nothing was published the id is empty, as `last` is at the beginning.
             if (version->id().id != last) {
                 return version;
             }
+            // Not without limit: a signal notifies nobody, and news may come between the look and
+            // the wait.
             news_.wait_for(lock, 50ms);
         }
         return nullptr;
     }
 
 private:
+    // The wait bounds how long the end of the process takes, since a poll is not broken off.
     void run(std::stop_token const & stop) {
         while (!stop.stop_requested()) {
             if (follower_.poll(200ms)) {
@@ -81,10 +90,13 @@ private:
     std::condition_variable news_;
     Qcf::Mirror::FollowedStore mirror_;
     Qcf::Mirror::RedisFollower follower_;
+    // The last member, so that it starts when all else is there, and is joined before anything
+    // goes.
     std::jthread thread_;
 };
 
-/// Writes what documents have no text for as something else: it is not what they are asked about.
+/// Writes what documents have no text for as something else: it is not what they are asked about. A
+/// name with odd bytes, or an infinite constant, is no reason to turn a published function down.
 class CheckedStyle final : public Qcf::Documents::NodeStyle {
 public:
     void text(std::string_view text, RendererV2 & out) const override {
@@ -104,6 +116,7 @@ public:
 void checkFunction(Function const & function) {
     Qcf::Documents::Program program;
     std::unordered_map<AetNodeBase const *, PtrConst<AetNodeBase>> copies;
+    // Children are left before their parents are, so that their copies are there.
     auto const copyOf = [&](AetNodeBase const & child) { return copies.at(&child); };
     walkTree(
         function,
@@ -120,6 +133,7 @@ void checkFunction(Function const & function) {
     RendererV2 renderer(text);
     Qcf::Documents::writeProgram(program, renderer, CheckedStyle());
     auto const read = Qcf::Documents::readProgram(text, "published function");
+    // The walk leaves the function itself last of all, and so it stands last in the document.
     auto const & fault = read.faults.back().eval;
     if (!fault.empty()) {
         throw DocumentError("function " + function.funcName() + ": " + fault);
@@ -131,6 +145,7 @@ void checkFunction(Function const & function) {
 bool evaluate(PolicyVersion const & version, Options const & options,
               Qcf::Lists::NamedLists const * lists) {
     auto const * const function = version.find(options.function);
+    // No fault of usage: another version may have the function.
     if (function == nullptr) {
         throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
                             options.function);
@@ -139,6 +154,8 @@ bool evaluate(PolicyVersion const & version, Options const & options,
     // it.
     checkFunction(*function);
     String const subject = options.redis.name + " version " + std::to_string(version.id().number);
+    // Nodes of a store stand in no file: a key and the function around it are what can be looked up
+    // there.
     auto const placeOf = [&](AetNodeBase const & node, Function const & within) {
         return subject + ": function \"" + within.funcName() + "\", node " +
                std::to_string(node.aetNodeKey());
@@ -146,14 +163,17 @@ bool evaluate(PolicyVersion const & version, Options const & options,
     if (!Readiness(subject, options.allowUndefinedLists).of(*function, placeOf, lists)) {
         return false;
     }
+    // Bound anew for each version, since each has slots of its own.
     auto const matchers = Qcf::Lists::bindLists(version.slots(), lists);
     runRoutes(options.run, PtrConst<Function>(function),
               [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
+    // The next version may be long in coming; what was told about this one is not to wait for it.
     standardOutput().flush();
     return true;
 }
 
-/// Evaluates with a version as far as it is good; whether it is.
+/// Evaluates with a version as far as it is good; whether it is. A bad version is no end: the one
+/// who published it may publish a better one.
 bool tryVersion(PolicyVersion const & version, Options const & options,
                 Qcf::Lists::NamedLists const * lists) {
     try {
@@ -165,6 +185,7 @@ bool tryVersion(PolicyVersion const & version, Options const & options,
 }
 
 int follow(Options const & options, Following & following, Qcf::Lists::NamedLists const * lists) {
+    // A number that can still be added to a time of the clock.
     constexpr std::chrono::seconds forEver{std::chrono::hours(24 * 365)};
     String last;
     U64 good = 0; ///< the version that was evaluated last
@@ -173,12 +194,15 @@ int follow(Options const & options, Following & following, Qcf::Lists::NamedList
         // Versions that came and went while this one was evaluated are passed over.
         auto const version = following.next(last, patience);
         if (!version) {
+            // An end that was asked for is no failure.
             if (options.once && stopAsked == 0) {
                 throw DocumentError("nothing is published under " + options.redis.name);
             }
             return 0;
         }
+        // Of a bad version as well: it would not be better the next time.
         last = version->id().id;
+        // Before its routes are evaluated, so that it is seen which version they are of.
         tellLine(options.redis.name + ' ' + version->id().toString() + ": " +
                  std::to_string(version->functions().size()) + " functions, " +
                  std::to_string(version->nodes()) + " nodes");
@@ -197,14 +221,18 @@ int follow(Options const & options, Following & following, Qcf::Lists::NamedList
 }
 
 int agent(Options const & options) {
+    // Each version reads its table from the beginning, which standard input can be once.
     if (options.run.routes == "-" && (!options.once || options.lists == "-")) {
         throw UsageError("routes on standard input want --once, and no other file there");
     }
+    // What can be wrong without a server is found out before one is asked.
     auto const redis = options.redis.options();
+    // Read once: other lists want another process.
     PtrConst<Qcf::Lists::NamedLists> lists;
     if (!options.lists.empty()) {
         lists = Qcf::Lists::readListsFile(options.lists, tellLine);
     }
+    // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();
     Following following(redis, options.redis.name);
     return follow(options, following, lists.get());

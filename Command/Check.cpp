@@ -28,7 +28,9 @@ struct Options {
     bool strict = false;
 };
 
-/// Gathers what the engine traces about sanity checks as long as it lives.
+/// Gathers what the engine traces about sanity checks as long as it lives. The engine's check
+/// answers yes or no; why, it tells its trace alone. The sink is the process's: it is taken off
+/// again, because it writes to this object.
 class SanityTrace {
 public:
     SanityTrace() {
@@ -43,7 +45,8 @@ public:
     SanityTrace(SanityTrace const &) = delete;
     SanityTrace & operator=(SanityTrace const &) = delete;
 
-    /// The innermost message that tells of a fault; starts anew.
+    /// The innermost message that tells of a fault; starts anew. Checks trace from the inside out.
+    /// To be asked after each function, sane ones too, since those leave messages as well.
     String takeReason() {
         String reason = "a node is not sane";
         for (String const & message : messages_) {
@@ -86,6 +89,8 @@ struct Document {
     std::vector<UnreadFunction> unread;
 };
 
+// The error goes to the other stream at once: what is written as the result has one form, a line a
+// function.
 void addUnread(UnreadFunction const & unread, CheckReport & report) {
     constexpr std::size_t longestName = 200;
     String const name = unread.name.empty() ? "function " + std::to_string(unread.position)
@@ -94,6 +99,8 @@ void addUnread(UnreadFunction const & unread, CheckReport & report) {
     tellLine(unread.error);
 }
 
+// Functions that were read and those that were not are each in the order of the document, and are
+// told as one list.
 void addFunctions(Document const & document, CheckReport & report) {
     SanityTrace trace;
     auto const & program = document.program;
@@ -109,6 +116,8 @@ void addFunctions(Document const & document, CheckReport & report) {
         String const & fault = program.faults[i].eval;
         bool const sane = function.verifySanity(function.metadata());
         String const reason = trace.takeReason();
+        // Missing arguments are a fault only of a function that nobody calls, which is certain only
+        // where all functions could be read.
         bool const evaluable = fault.empty() || !outermost[i] || !document.unread.empty();
         report.functionIs(function.funcName(), sane && evaluable ? Verdict::sane : Verdict::insane,
                           sane ? (evaluable ? "" : fault) : reason);
@@ -154,6 +163,7 @@ ListFinding listFinding(Finding::Kind kind) {
 }
 
 /// The document's references in the terms of the lists, each with its place as messages tell it.
+/// Documents know a kind by the name of its member, lists by its number.
 std::vector<Qcf::Lists::ListUse> usesIn(Document const & document, String const & fileName) {
     std::vector<Qcf::Lists::ListUse> uses;
     for (auto const & list : document.program.lists) {
@@ -169,6 +179,7 @@ std::vector<Qcf::Lists::ListUse> usesIn(Document const & document, String const 
 void addLists(Document const & document, Options const & options, CheckReport & report) {
     auto const uses = usesIn(document, options.document);
     if (options.lists.empty()) {
+        // Told, lest silence be taken for agreement; but a document without its lists is not wrong.
         for (auto const & use : uses) {
             if (String const text = listText(use); !text.empty()) {
                 report.findingIs(Severity::note, "notCompared", use.place,
@@ -184,6 +195,8 @@ void addLists(Document const & document, Options const & options, CheckReport & 
     }
 }
 
+// Everything is gathered before the first line is written: a file of lists that cannot be read ends
+// the check, and not in the middle of an output.
 int check(Options const & options) {
     if (options.document == "-" && options.lists == "-") {
         throw UsageError("only one file can be standard input");

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+/// What is found is kept apart from how it is told, since both forms want the same in different
+/// orders and the exit code depends on all of it.
 namespace {
 
 using Verdict = CheckReport::Verdict;
@@ -21,6 +23,7 @@ char const * wordOf(Verdict verdict) {
     return "";
 }
 
+// Programs read these words in lines of JSON: they stay as they are.
 char const * wordOf(Severity severity) {
     switch (severity) {
     case Severity::note:
@@ -49,6 +52,7 @@ void CheckReport::findingIs(Severity severity, char const * kind, String const &
     findings_.push_back({severity, kind, place, text});
 }
 
+// Severities rise in the order of their enumerators. A note stays below even the strict bound.
 bool CheckReport::good(bool strict) const {
     Severity const most = strict ? Severity::note : Severity::warning;
     return std::ranges::all_of(functions_,
@@ -56,6 +60,8 @@ bool CheckReport::good(bool strict) const {
            std::ranges::all_of(findings_, [&](auto const & row) { return row.severity <= most; });
 }
 
+// A function that could not be read has its reason on standard error, with the place; here stands
+// that it was not.
 String CheckReport::wrongOf(FunctionRow const & row) {
     if (row.verdict == Verdict::sane) {
         return "";
@@ -78,7 +84,10 @@ String CheckReport::text() const {
 String CheckReport::jsonLines() const {
     String text;
     for (FindingRow const & row : findings_) {
+        // A pointer begins with a slash, so that other colons in a file's name are no matter. A
+        // place without pointer is all file.
         auto const colon = std::min(row.place.find(":/"), row.place.size());
+        // A renderer a line: each line is a document by itself.
         RendererV2 out(text);
         out.beginObject();
         member(out, "file", row.place.substr(0, colon));

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+/// Three forms of one document: the text is for people, JSON for the reader of documents, plans
+/// show what runs.
 namespace {
 
 using Qcf::Documents::Program;
@@ -18,10 +20,12 @@ struct Options {
     bool plan = false;
 };
 
+// Piece by piece: the text of a tree that shares nodes may be far larger than the document.
 PtrConst<DumpContext> toStandardOutput() {
     return makePtr<DumpContext>([](std::string_view piece) { standardOutput().write(piece); });
 }
 
+// Only the text has no way to write such a function; as a document it can be written.
 void dumpText(Function const & function, Program const & program, String const & document) {
     if (auto const & fault = program.faultOf(function).dump; !fault.empty()) {
         throw DocumentError(document + ": function " + function.funcName() + ": " + fault);
@@ -45,10 +49,12 @@ void dumpJson(Program const & program) {
 int dump(Options const & options) {
     Program const program = Qcf::Documents::readProgramFile(options.document);
     PtrConst<Function> only;
+    // Before anything is written, so that a misspelt name leaves no half an output.
     if (!options.function.empty()) {
         only = findFunction(program, options.document, options.function);
     }
     if (options.format == "json") {
+        // A document must have all that it refers to, callees too; a text shows calls by name.
         dumpJson(only ? reachedFrom(only, program) : program);
         return 0;
     }
@@ -86,6 +92,7 @@ void addDumpCommand(Commands & commands) {
     auto * const format = command.add_option("--format", options->format, "text or json")
                               ->check(CLI::IsMember({"text", "json"}))
                               ->capture_default_str();
+    // A plan has one form alone.
     command.add_flag("--plan", options->plan, "The steps of each function's plan instead")
         ->excludes(format);
 }

@@ -8,6 +8,8 @@
 
 #include <memory>
 
+/// Everything that can be wrong with the document, the lists and their names is told before the
+/// first route is read, because a table may take minutes.
 namespace {
 
 using Qcf::Documents::Program;
@@ -20,7 +22,8 @@ struct Options {
     RouteRunOptions run;
 };
 
-/// At most one file can be standard input.
+/// At most one file can be standard input. A stream cannot be read twice; the second reader would
+/// find it empty and call that a fault.
 void checkInputs(Options const & options) {
     int const inputs = (options.document == "-" ? 1 : 0) + (options.run.routes == "-" ? 1 : 0) +
                        (options.lists == "-" ? 1 : 0);
@@ -39,7 +42,8 @@ PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options co
 }
 
 /// Reads document and lists and puts everything in place for the function's evaluation; nothing
-/// when it may not be evaluated, which was told then.
+/// when it may not be evaluated, which was told then. The places of nodes are needed for messages
+/// up to here, and go with the document's text that they hold.
 PtrConst<Qcf::Eval::Function> prepare(Options const & options, Program & program,
                                       PtrConst<Qcf::Lists::NamedLists> & lists) {
     Qcf::Documents::Places places;
@@ -61,6 +65,7 @@ int eval(Options const & options) {
     if (!function) {
         return 1;
     }
+    // One set of matchers for all threads: it never changes.
     auto const matchers = Qcf::Lists::bindLists(program.slots, lists.get());
     runRoutes(options.run, function,
               [&matchers] { return makePtr<Qcf::Agent::AgentContext>(matchers); });

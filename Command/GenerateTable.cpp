@@ -10,6 +10,8 @@
 #include <fstream>
 #include <memory>
 
+/// Tables may be larger than memory: whatever their form, they are written route by route as they
+/// are made.
 namespace {
 
 using Qcf::Agent::JsonLinesWriter;
@@ -23,7 +25,8 @@ struct Options {
     String out;
 };
 
-/// A file that is written; failures are exceptions that name it.
+/// A file that is written; failures are exceptions that name it. Streams tell that something
+/// failed, the system call below them why; hence errno is cleared before and read after.
 class OutputFile {
 public:
     explicit OutputFile(String path) : path_(std::move(path)) {
@@ -37,6 +40,7 @@ public:
         file_.write(text.data(), static_cast<std::streamsize>(text.size()));
         check();
     }
+    // Not left to the destructor: what a disk has no room for may show only now.
     void close() {
         errno = 0;
         file_.close();
@@ -61,6 +65,7 @@ void writeMrt(TableGenerator & table, String const & path) {
     Route route;
     for (U64 written = 0; table.next(route); progress.done(++written)) {
         writer.add(route);
+        // A full disk is told soon, and not after millions of routes.
         file.check();
     }
     writer.finish();
@@ -70,6 +75,7 @@ void writeMrt(TableGenerator & table, String const & path) {
 /// Hands the table to `write` as JSON lines, in pieces.
 template <typename Write>
 void writeJsonLines(TableGenerator & table, Write && write) {
+    // In pieces: neither is a write made for each route, nor is the whole table held.
     constexpr std::size_t piece = std::size_t{1} << 16;
     Progress progress("routes");
     String text;

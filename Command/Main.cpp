@@ -9,8 +9,11 @@
 #include <iostream>
 #include <new>
 
+/// Whatever goes wrong in a sub-command comes out here as an exception, and becomes one line on
+/// standard error and an exit code.
 namespace {
 
+// As the help tells them. Scripts rely on these.
 constexpr int exitDone = 0;
 constexpr int exitFailed = 1;
 constexpr int exitUsage = 2;
@@ -20,6 +23,7 @@ int complain(std::string const & line, int exitCode) {
     return exitCode;
 }
 
+// Of messages with several lines the first says what is wrong, and standard error gets one.
 std::string firstLine(std::string const & text) { return text.substr(0, text.find('\n')); }
 
 /// What is wrong with the arguments. CLI11 says it over several lines, and of an unknown command
@@ -38,6 +42,8 @@ std::string commandName(CLI::App const & app) {
     return parsed.empty() ? app.get_name() : app.get_name() + ' ' + parsed.front()->get_name();
 }
 
+// Parsing is over before anything runs, so that a fault of the arguments is never one of the work.
+// The order in which commands are added is that of the help.
 int parseAndRun(CLI::App & app, int argc, char ** argv) {
     Commands commands(app);
     addEvalCommand(commands);
@@ -49,6 +55,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addAgentCommand(commands);
     addStatusCommand(commands);
     try {
+        // Help that was asked for is output like any other, and no fault.
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const &) {
         standardOutput().write(app.help());
@@ -64,6 +71,8 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     return commands.run();
 }
 
+// The special before the general. Faults of documents and files begin with the name of the file,
+// all others with that of the command. Output is flushed within, because that may fail, too.
 int exitCodeOf(CLI::App & app, int argc, char ** argv) {
     try {
         int const exitCode = parseAndRun(app, argc, argv);
@@ -94,8 +103,12 @@ CLI::App & Commands::add(std::string const & name, std::string const & summary,
     return *command;
 }
 
+// The number is read here, for a message that says what was wanted and what was found as those
+// about documents do.
 CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
                         std::string const & description, U64 least, U64 most) {
+    // By reference is only the target: the other arguments are gone when the command line is
+    // parsed.
     auto const read = [=, &target](std::string const & text) {
         auto const number = Routing::TextPieces::parseDecimal(text, most);
         if (!number || *number < least) {
@@ -109,6 +122,7 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
                 ->type_name("NUMBER");
 }
 
+// There is exactly one: the application wants a sub-command, and sub-commands have none themselves.
 int Commands::run() const { return runs_.at(app_.get_subcommands().front())(); }
 
 int main(int argc, char ** argv) {

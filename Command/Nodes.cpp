@@ -6,12 +6,15 @@
 #include <algorithm>
 #include <memory>
 
+/// Told from the registry alone, as it stands in this build: what is printed is what documents are
+/// read by.
 namespace {
 
 using Qcf::Eval::AttributeInfo;
 using Qcf::Eval::FieldInfo;
 using Qcf::Eval::NodeClass;
 
+// Null and not left out: that an attribute has no range is part of the answer.
 void render(RendererV2 & renderer, char const * key, std::optional<U64> const & number) {
     renderer.key(key);
     if (number) {
@@ -32,6 +35,7 @@ void render(RendererV2 & renderer, FieldInfo const & field) {
     renderer.endObject();
 }
 
+// As members of the class's own object, since no class has two.
 void render(RendererV2 & renderer, AttributeInfo const & attribute) {
     renderer.key("languageName");
     renderer.value(attribute.languageName);
@@ -74,6 +78,7 @@ String asJson() {
     return text;
 }
 
+// A range is told where both ends are known; a default may lie outside of it.
 String attributeText(AttributeInfo const & attribute) {
     String text = '"' + String(attribute.languageName) + '"';
     if (attribute.modifiable) {
@@ -99,7 +104,8 @@ String fieldsText(NodeClass const & nodeClass) {
     return text;
 }
 
-/// A line a class: name, base, and what it holds or is called.
+/// A line a class: name, base, and what it holds or is called. Names are measured first, because
+/// the columns are as wide as the longest.
 String asTable() {
     std::size_t nameWidth = 0;
     std::size_t baseWidth = 0;
@@ -115,6 +121,7 @@ String asTable() {
         line.resize(nameWidth + 2 + baseWidth + 2, ' ');
         line += nodeClass.attribute != nullptr ? attributeText(*nodeClass.attribute)
                                                : fieldsText(nodeClass);
+        // A class without fields ends with its base, and not with blanks behind it.
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + '\n';
     }

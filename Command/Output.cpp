@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+// Held back up to a piece: a table writes a line for every route.
 void Output::write(std::string_view text) {
     buffer_.append(text);
     if (buffer_.size() >= chunk) {
@@ -12,6 +13,7 @@ void Output::write(std::string_view text) {
     }
 }
 
+// A reader that has gone is no fault of this command, a full disk is one.
 void Output::flush() {
     try {
         buffer_.flush(STDOUT_FILENO);
@@ -23,6 +25,7 @@ void Output::flush() {
     }
 }
 
+// Of its own and not the standard stream, whose failures are a state that somebody has to ask for.
 Output & standardOutput() {
     static Output output;
     return output;

@@ -10,7 +10,8 @@ namespace {
 using Qcf::Documents::Program;
 using Qcf::Eval::AetNodeBase;
 
-/// The node and all below it, called functions with theirs.
+/// The node and all below it, called functions with theirs. A node that was met is not entered
+/// again, so that shared trees are walked once.
 std::unordered_set<AetNodeBase const *> nodesFrom(AetNodeBase const & root) {
     std::unordered_set<AetNodeBase const *> nodes;
     walkTree(root, [&](Qcf::Eval::WalkedNode const & at) { return nodes.insert(&at.node).second; });
@@ -19,6 +20,8 @@ std::unordered_set<AetNodeBase const *> nodesFrom(AetNodeBase const & root) {
 
 } // namespace
 
+// A misspelt name is the usual fault, so that the known ones are told; a document may have
+// thousands, and a line is to stay one that can be read.
 PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & program,
                                            String const & document, String const & name) {
     if (auto function = program.find(name)) {
@@ -39,6 +42,8 @@ PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & progr
                         (known.empty() ? "\", and no other" : "\"; its functions: " + known));
 }
 
+// The order of the program is kept, since it has children before parents. Slots and lists are left
+// out: what is made here is written and not evaluated.
 Program reachedFrom(PtrConst<Qcf::Eval::Function> const & function, Program const & program) {
     auto const reached = nodesFrom(*function);
     Program part;

@@ -4,9 +4,12 @@
 
 #include <unistd.h>
 
+// Work that is done within the first second shows nothing. A log file or a pipe gets nothing at
+// all: it would only be littered.
 Progress::Progress(char const * what)
     : what_(what), terminal_(isatty(STDERR_FILENO) == 1), next_(start_ + std::chrono::seconds(1)) {}
 
+// What is written next begins on a clean line.
 Progress::~Progress() {
     if (shown_) {
         std::fputs("\r\033[K", stderr);
@@ -14,6 +17,8 @@ Progress::~Progress() {
     }
 }
 
+// Whether there is a terminal was asked once, at the start; the clock is all that a call costs
+// between two lines.
 void Progress::done(U64 count) {
     if (!terminal_) {
         return;
@@ -22,8 +27,10 @@ void Progress::done(U64 count) {
     if (now < next_) {
         return;
     }
+    // More often than this nobody can read.
     next_ = now + std::chrono::milliseconds(200);
     shown_ = true;
+    // To the start of the line, and the old one wiped: the new one may be shorter.
     std::fprintf(stderr, "\r\033[K%llu %s, %.0f per second", static_cast<unsigned long long>(count),
                  what_, static_cast<F64>(count) / seconds());
     std::fflush(stderr);

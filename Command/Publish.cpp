@@ -7,6 +7,8 @@
 
 #include <memory>
 
+/// A document is turned down here where agents would have to turn it down later, each for itself
+/// and far from the one who wrote it.
 namespace {
 
 struct Options {
@@ -37,6 +39,7 @@ void checkFunctions(Qcf::Documents::Program const & program, String const & docu
     auto const outermost = Qcf::Documents::outermostOf(program.functions);
     for (std::size_t i = 0; i < outermost.size(); ++i) {
         auto const & function = *program.functions[i];
+        // A function that is called gets its arguments from its callers.
         if (outermost[i] && !program.faults[i].eval.empty()) {
             throw DocumentError(document + ": function " + function.funcName() + ": " +
                                 program.faults[i].eval);
@@ -48,9 +51,11 @@ void checkFunctions(Qcf::Documents::Program const & program, String const & docu
 }
 
 int publish(Options const & options) {
+    // Arguments before files, files before the server: each fault is told by the cheapest means.
     auto const redis = options.redis.options();
     auto const program = Qcf::Documents::readProgramFile(options.document);
     checkFunctions(program, options.document);
+    // The document was read whole by now: waiting for a server is for one that can be published.
     Qcf::Mirror::WriterSettings settings;
     settings.patience = std::chrono::seconds(options.wait);
     Qcf::Mirror::RedisWriter writer(redis, options.redis.name, tellLine, std::move(settings));

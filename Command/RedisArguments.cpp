@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+/// How a server is reached is said once for all commands. What needs no server to be found wrong is
+/// found here, and is a fault of usage.
 void RedisArguments::addTo(CLI::App & command) {
     command.add_option("--redis", url, "redis://[:PASSWORD@]HOST[:PORT][/DB], rediss://, unix://")
         ->required()
@@ -21,12 +23,16 @@ void RedisArguments::addTo(CLI::App & command) {
 
 Qcf::Mirror::RedisOptions RedisArguments::options() const {
     try {
+        // Made for its check of the name alone.
         Qcf::Mirror::RedisKeys const keys(name);
         auto options = Qcf::Mirror::RedisOptions::parse(url);
         bool const tlsAsked = insecure || !(caFile + certificateFile + keyFile).empty();
+        // Passing over them would leave a connection in the clear that was meant to be safe.
         if (tlsAsked && !options.tls) {
             throw UsageError("TLS options want a rediss:// URL");
         }
+        // An environment is its owner's alone, a command line can be seen by all users of a
+        // machine. What the URL says goes before.
         char const * const password = std::getenv("QCF_REDIS_PASSWORD");
         if (options.password.empty() && password != nullptr) {
             options.password = password;

@@ -9,6 +9,8 @@
 #include "Command/RouteText.h"
 #include "QcfLib/QcfEval.h"
 
+/// Text is made by all threads side by side, and written in the order of the table: the sinks do
+/// the one as they take routes, and the other as they deliver them.
 namespace {
 
 using Qcf::Agent::Evaluated;
@@ -27,11 +29,13 @@ public:
 
     void take(Evaluated const & evaluated) override { tally_.add(evaluated); }
 
+    // In turn with the other sinks, so that the shared counts need no lock.
     void deliver() override {
         run_.tally.add(tally_);
         tally_ = RouteTally();
         run_.progress.done(run_.tally.routes);
         standardOutput().write(text_);
+        // It keeps its storage for the next stretch.
         text_.clear();
     }
 
@@ -60,6 +64,7 @@ public:
 
 class JsonLinesSink final : public CountingSink {
 public:
+    // The renderer appends to the sink's own text, and goes on in it after each stretch.
     explicit JsonLinesSink(Run & run) : CountingSink(run), renderer_(text()), values_(renderer_) {}
 
     void take(Evaluated const & evaluated) override {
@@ -83,6 +88,7 @@ std::unique_ptr<Qcf::Agent::EvaluationSink> makeSink(String const & output, Run 
     return std::make_unique<CountingSink>(run);
 }
 
+// Lines of JSON are for programs: a summary among them would be none.
 void writeSummary(String const & output, Run const & run,
                   Qcf::Agent::ReadStatistics const & statistics) {
     if (output == "jsonl") {
@@ -97,6 +103,7 @@ void writeSummary(String const & output, Run const & run,
 } // namespace
 
 void RouteRunOptions::addTo(CLI::App & command) {
+    // A bound against mistyped numbers.
     constexpr U64 mostThreads = 256;
     command.add_option("--routes", routes, "Table of routes: MRT or JSON lines, also compressed")
         ->required()
@@ -110,8 +117,11 @@ void RouteRunOptions::addTo(CLI::App & command) {
     addNumber(command, "--limit", limit, "Routes to evaluate at most");
 }
 
+// What was evaluated before a failure is summed up as well, and is written before the message about
+// it. Where nobody reads any more there is nothing to sum up.
 void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
                MakeContext makeContext) {
+    // The file is opened before the clock of the run starts.
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Run run;
     run.log = options.log;

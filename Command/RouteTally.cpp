@@ -39,6 +39,7 @@ void RouteTally::add(Qcf::Agent::Evaluated const & evaluated) {
     nextHopSetToSelf += evaluated.context.nextHopSetToSelf() ? 1 : 0;
     U32 flags = evaluated.context.changes().flags;
     changedRoutes += flags != 0 ? 1 : 0;
+    // A bit an attribute: only those that are set are gone over.
     for (; flags != 0; flags &= flags - 1) {
         ++changed[static_cast<U32>(std::countr_zero(flags))];
     }
@@ -56,6 +57,8 @@ void RouteTally::add(RouteTally const & other) {
     nextHopSetToSelf += other.nextHopSetToSelf;
 }
 
+// The verdicts always stand there, even as 0, so that tables can be compared line by line; what
+// only some files or policies have is left out where it did not occur.
 String RouteTally::summary(Qcf::Agent::ReadStatistics const & read, F64 seconds) const {
     Lines lines;
     lines.add("routes", routes);
@@ -73,6 +76,7 @@ String RouteTally::summary(Qcf::Agent::ReadStatistics const & read, F64 seconds)
     lines.addUnlessZero("withdrawn prefixes", read.withdrawals);
     lines.addUnlessZero("routes of other families", read.skippedFamilies);
     lines.add("milliseconds", static_cast<U64>(seconds * 1e3));
+    // A short table may take no time that the clock shows.
     lines.add("routes per second",
               seconds > 0 ? static_cast<U64>(static_cast<F64>(routes) / seconds) : 0);
     return lines.text();

@@ -11,7 +11,8 @@ using Qcf::Agent::SetForm;
 using Qcf::Debug::EvaluationLog;
 using Routing::TextPieces::appendDecimal;
 
-/// Appends values of attributes without quotes, elements of sets joined by a comma.
+/// Appends values of attributes without quotes, elements of sets joined by a comma. A path has
+/// blanks between its numbers, and so is the one value in quotes.
 class PlainText {
 public:
     PlainText(String & out, SetForm form) : out_(out), form_(form) {}
@@ -39,6 +40,7 @@ public:
     }
 
 private:
+    // The type of an element does not say which kind of set it is of; the form does.
     void element(U64 value) const {
         if (form_ == SetForm::standardCommunities) {
             appendStandardCommunityText(out_, value);
@@ -58,12 +60,14 @@ private:
     SetForm form_;
 };
 
-/// Fills up with blanks so that what follows stands `width` behind `start`.
+/// Fills up with blanks so that what follows stands `width` behind `start`. What is wider pushes
+/// the rest of its line, so that nothing is cut.
 void padTo(String & out, std::size_t start, std::size_t width) {
     std::size_t const length = out.size() - start;
     out.append(length < width ? width - length : 0, ' ');
 }
 
+// A chain is as long as a function's log, but calls nest only as deep as trees may.
 void appendRecords(String & out, EvaluationLog const * record, std::size_t indent) {
     for (; record != nullptr; record = record->nextLog().get()) {
         out.append(indent, ' ');
@@ -76,6 +80,7 @@ void appendRecords(String & out, EvaluationLog const * record, std::size_t inden
         }
         out += '\n';
         auto const * const call = record->functionCallLog().get();
+        // Logs of other engines' functions may stand here, whose records are of another class.
         if (call != nullptr && call->policyType() == EvaluationLog::policyTypeQcf) {
             appendRecords(out, static_cast<EvaluationLog const *>(call), indent + 4);
         }
@@ -106,6 +111,7 @@ void renderRoute(Evaluated const & evaluated, bool withLog, RendererV2 & rendere
         renderer.key("nextHopSetToSelf");
         renderer.value(true);
     }
+    // Where a log was asked for the member is always there, be it empty.
     if (withLog) {
         renderer.key("log");
         renderer.beginObject();
@@ -117,9 +123,12 @@ void renderRoute(Evaluated const & evaluated, bool withLog, RendererV2 & rendere
     renderer.endObject();
 }
 
+// Each value appends itself: a String for each would be made for every route.
 void appendRouteLine(String & out, Evaluated const & evaluated) {
     std::size_t const start = out.size();
     appendDecimal(out, evaluated.number);
+    // Columns: the number, a prefix as wide as the widest of IPv4, and a verdict as wide as
+    // "unknown".
     padTo(out, start, 8);
     out += ' ';
     evaluated.route.ipPrefix.appendText(out);
@@ -140,6 +149,7 @@ void appendRouteLine(String & out, Evaluated const & evaluated) {
     if (evaluated.context.nextHopSetToSelf()) {
         out += " nextHopSetToSelf";
     }
+    // The last column is filled up, too, where nothing follows it.
     out.resize(out.find_last_not_of(' ') + 1);
     out += '\n';
 }

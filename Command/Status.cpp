@@ -8,6 +8,8 @@
 #include <ctime>
 #include <memory>
 
+/// One state in two forms. The table says what numbers mean (in step, under way); JSON has the
+/// numbers themselves, all of them each time, so that a program finds every member.
 namespace {
 
 using Qcf::Mirror::ReaderState;
@@ -18,6 +20,8 @@ struct Options {
     String format = "table";
 };
 
+// In UTC, since writer, server and whoever looks may stand in different zones. The form is that of
+// RFC 3339.
 String timeText(U64 seconds) {
     auto const time = static_cast<std::time_t>(seconds);
     std::tm parts{};
@@ -27,16 +31,19 @@ String timeText(U64 seconds) {
     return text;
 }
 
+// The start marker goes ahead when a batch begins, the end marker follows when it is complete.
 bool batchIsOpen(RedisStatus const & status) {
     return status.state.startMarker > status.state.endMarker;
 }
 
+// From outside a writer that is slow and one that is gone look alike.
 String batchText(RedisStatus const & status) {
     String const markers = " (start " + std::to_string(status.state.startMarker) + ", end " +
                            std::to_string(status.state.endMarker) + ")";
     return (batchIsOpen(status) ? "under way, or given up by its writer" : "complete") + markers;
 }
 
+// By the digest and not by the number: what counts is what the reader holds.
 String readerLine(ReaderState const & reader, RedisStatus const & status) {
     String line = "  " + reader.name + "  version " + std::to_string(reader.version) +
                   "  position " + reader.position + "  ";
@@ -51,6 +58,7 @@ String readerLine(ReaderState const & reader, RedisStatus const & status) {
 void writeTable(RedisStatus const & status, String const & name) {
     auto const row = [](char const * key, String const & value) {
         String text = key;
+        // The longest name and two blanks.
         text.resize(11, ' ');
         standardOutput().write(text + value + '\n');
     };
@@ -64,6 +72,7 @@ void writeTable(RedisStatus const & status, String const & name) {
     row("nodes", std::to_string(state.nodes));
     row("stream",
         std::to_string(status.streamEntries) + " entries, state at " + state.position.toString());
+    // A name may be published for long before its first snapshot is due.
     row("snapshot", status.snapshot.id.empty()
                         ? String("none")
                         : "version " + std::to_string(status.snapshot.version) + " at " +
@@ -128,6 +137,7 @@ int status(Options const & options) {
     auto const redis = options.redis.options();
     Qcf::Mirror::RedisConnection connection(redis);
     auto const status = readStatus(connection, Qcf::Mirror::RedisKeys(options.redis.name));
+    // Most likely the name is misspelt: a failure, and not a state with nothing in it.
     if (!status.state.exists()) {
         throw DocumentError("nothing is published under " + options.redis.name);
     }
