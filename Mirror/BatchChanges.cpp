@@ -4,6 +4,9 @@
 #include "Mirror/Publishable.h"
 #include "QcfLib/QcfEval.h"
 
+/// Builds what a batch says beside the store, line by line. A reference leads only to what stands
+/// there already, in the lines before or in the base: so no circle can be made, and a fault leaves
+/// nothing to be undone.
 namespace Qcf::Mirror {
 
 using Eval::FieldInfo;
@@ -39,6 +42,7 @@ U32 expectU32(JsonValue const & value) {
 
 BatchChanges::BatchChanges(StagedBatch const & batch, AetCollections const * base) : base_(base) {
     batch.eachLine([this](JsonValue const & each) { line(each); });
+    // Nodes for which there would be no store must not vanish silently.
     if (!status_ || (!status_->store && !nodes_.empty())) {
         throw MirrorError("the batch of version " + std::to_string(batch.start().version) +
                           " does not say what becomes of the status");
@@ -46,6 +50,8 @@ BatchChanges::BatchChanges(StagedBatch const & batch, AetCollections const * bas
 }
 
 void BatchChanges::line(JsonValue const & line) {
+    // Told by the member that only this kind has. What is of no kind fails as a removal, by the
+    // members that it lacks.
     if (line.find("class")) {
         nodeLine(line);
     } else if (line.find("function")) {
@@ -77,6 +83,7 @@ void BatchChanges::functionLine(JsonValue const & line) {
     auto const loose = reader.optional("loose");
     auto const key = loose ? std::nullopt : std::optional(reader.require("ref"));
     reader.done();
+    // Null takes the name away.
     if (key && key->isNull()) {
         functions_[name] = nullptr;
     } else {
@@ -123,6 +130,7 @@ void BatchChanges::nodeLine(JsonValue const & line) {
     if (!loose) {
         addMember(key, node);
     } else if (loose->expectU64() != loose_.size()) {
+        // Numbers count in the order of lines, so that a number is a place.
         loose->fail("number " + std::to_string(loose_.size()));
     } else {
         loose_.push_back(node);
@@ -135,6 +143,7 @@ void BatchChanges::addMember(JsonValue const & key, Ptr<Node> const & node) {
         key.fail("key of its own among those of its class");
     }
     auto const position = static_cast<U32>(nodes_.size());
+    // Keys are unique within a class only; the few that several classes share are kept aside.
     if (numbers_.find(number)) {
         more_.emplace(number, position);
     } else {
@@ -143,6 +152,7 @@ void BatchChanges::addMember(JsonValue const & key, Ptr<Node> const & node) {
     nodes_.push_back(node);
 }
 
+// A key that this batch makes free may be used again.
 bool BatchChanges::isTaken(CollKey const & place) const {
     auto const isOfClass = [&](Node const & node) {
         return node.typeData().number() == place.collection;
@@ -159,6 +169,7 @@ PtrConst<BatchChanges::Node> BatchChanges::resolve(JsonValue const & reference,
     }
     auto const key = reference.find("ref");
     auto const className = reference.find("class");
+    // A member that is not understood might change what is meant.
     if (!key || reference.size() != (className ? 2U : 1U)) {
         reference.fail(field.name, "reference to a node", describe(reference));
     }
@@ -180,6 +191,7 @@ PtrConst<BatchChanges::Node> BatchChanges::storedNode(JsonValue const & key,
 PtrConst<BatchChanges::Node> BatchChanges::looseNode(JsonValue const & number,
                                                      FieldInfo const & field) const {
     U64 const at = number.expectU64();
+    // Only numbers of lines before this one.
     if (at >= loose_.size() || !field.accepts(*loose_[at])) {
         number.fail(String("number of a node that is ") + field.wants);
     }

@@ -6,6 +6,8 @@
 #include <numeric>
 #include <random>
 
+/// The lines of a batch as text. Their number and their sum are kept along the way, so that the end
+/// line can prove all that stands before it.
 namespace Qcf::Mirror {
 
 StatusFields StatusFields::of(AllFunctionStatus const & status) {
@@ -17,6 +19,7 @@ AetCollections * storeOf(AllFunctionStatus const & status) {
     return status.aetNodes() ? &status.nodes() : nullptr;
 }
 
+// 128 random bits: nobody has to be asked whether an id is free.
 String newBatchId() {
     std::random_device device;
     String id;
@@ -50,10 +53,12 @@ BatchWriter::BatchWriter(BatchStart start, std::size_t pieceSize) : pieceSize_(p
     line_.value(batch_.start.base);
     line_.endObject();
     endLine();
+    // A piece of its own: by the start line a reader sees whether the rest fits.
     endPiece();
 }
 
 void BatchWriter::remove(std::vector<CollKey> const & members) {
+    // Lines stay short however much goes: readers parse one at a time.
     constexpr std::size_t mostInALine = 100;
     for (std::size_t i = 0; i < members.size();) {
         U16 const collection = members[i].collection;
@@ -62,6 +67,7 @@ void BatchWriter::remove(std::vector<CollKey> const & members) {
         line_.value(Eval::nodeClasses()[collection].name);
         line_.key("keys");
         line_.beginArray();
+        // A line is of one class; another class starts another line.
         std::size_t const end = std::min(members.size(), i + mostInALine);
         for (; i < end && members[i].collection == collection; ++i) {
             line_.value(members[i].key);
@@ -141,12 +147,14 @@ void BatchWriter::writeEnd(Digest const & digest) {
     line_.value(sum_.finish().toString());
     line_.endObject();
     line_.endObject();
+    // Without endLine: the end line is not counted, either.
     line_.endDocument();
 }
 
 Batch BatchWriter::finish(StatusFields const & status, Digest const & digest, U64 functions,
                           U64 nodes) {
     writeStatus(status);
+    // The end line stands alone in the last piece, since it is not part of the sum that it tells.
     endPiece();
     batch_.digest = digest;
     batch_.functions = functions;
@@ -160,6 +168,7 @@ void BatchWriter::endLine() {
     line_.endObject();
     line_.endDocument();
     ++lines_;
+    // Pieces end between lines, so that each can be parsed by itself.
     if (piece_.size() >= pieceSize_) {
         endPiece();
     }

@@ -6,6 +6,8 @@
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
 
+/// Notes what changes and tells it as a batch. Only places and names are noted: what a batch says
+/// of them is read when it is taken, so that what changed twice is told once.
 namespace Qcf::Mirror {
 
 using Node = Eval::AetNodeBase;
@@ -19,6 +21,7 @@ ChangeSource::ChangeSource(Ptr<AllFunctionStatus> status, std::function<void()> 
 }
 
 ChangeSource::~ChangeSource() {
+    // The status lives on, and would call what is gone.
     status_->publisher().unsubscribe(statusSubscription_);
     unwatchStore();
 }
@@ -34,6 +37,7 @@ void ChangeSource::statusChanged(Notification const & notification) {
     if (attribute == "aet") {
         names_.insert(notification.name);
     } else if (attribute == "aetNodes") {
+        // Another store: what was noted of the one before means nothing any more.
         replaced_ = true;
         unwatchStore();
         watchStore();
@@ -95,6 +99,7 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
     std::vector<CollKey> gone;
     std::vector<Node const *> come;
     for (AetChanges::Change const & change : nodes_.changes()) {
+        // Nodes do not change: another node under the key is one that goes and one that comes.
         if (change.kind != Notification::added) {
             gone.push_back(change.place());
         }
@@ -107,17 +112,20 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
     writer.remove(gone);
     BatchNodes nodes(writer, store_.get(), std::move(come));
     nodes.write();
+    // Behind the nodes that the names refer to.
     for (String const & name : names_) {
         auto const function = status_->aet(name);
         function ? nodes.function(name, *function) : writer.functionDel(name);
     }
     Batch batch = writer.finish(StatusFields::of(*status_), digest, status_->aet().size(),
                                 store_ ? store_->size() : 0);
+    // Last: where something cannot be published, the changes stay to be taken.
     changesDel();
     return batch;
 }
 
 Batch ChangeSource::snapshot(BatchStart start, Digest const & digest) const {
+    // Whatever the caller builds on, this says everything.
     start.base.clear();
     BatchWriter writer(std::move(start));
     std::vector<Node const *> all;

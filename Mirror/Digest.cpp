@@ -6,10 +6,12 @@
 
 #include <openssl/evp.h>
 
+/// SHA-256 by the library that TLS uses, too, which stays out of the header.
 namespace Qcf::Mirror {
 
 namespace {
 
+// It can fail only where the library lacks the function, and nothing here could mend that.
 void check(int answer) { QCF_ASSERT_TEXT(answer == 1, "SHA-256 is there"); }
 
 } // namespace
@@ -32,6 +34,7 @@ std::optional<Digest> Digest::parse(std::string_view text) {
     }
     for (std::size_t i = 0; i < digest.bytes.size(); ++i) {
         char const * const first = text.data() + 2 * i;
+        // A single digit would be a number, too: both must be taken.
         auto const read = std::from_chars(first, first + 2, digest.bytes[i], 16);
         if (read.ptr != first + 2) {
             return std::nullopt;

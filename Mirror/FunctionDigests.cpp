@@ -7,6 +7,10 @@
 
 #include <bit>
 
+/// A function's digest is over the contents of its nodes, each once, in the order of a walk. It
+/// must come out alike in every process, so that nothing here may depend on keys, addresses,
+/// sharing or the order of bytes; and whoever changes the bytes makes builds disagree about
+/// versions.
 namespace Qcf::Mirror {
 
 namespace {
@@ -33,9 +37,11 @@ private:
     template <typename T>
     requires std::is_integral_v<T>
     void add(T value) { out_ += std::to_string(value) + ';'; }
+    // The bits: what compares equal, as the two zeros, need not be the same content.
     void add(F32 value) { add(std::bit_cast<U32>(value)); }
     void add(Eval::TriStateBoolValue value) { add(static_cast<U8>(value)); }
     void add(String const & text) {
+        // First, so that no text can run into what follows.
         add(text.size());
         out_ += text;
     }
@@ -101,6 +107,7 @@ Digest FunctionDigests::compute(Eval::Function const & function) {
     String content;
     auto const writeChild = [&](AetNodeBase const * child) {
         auto const * const callee = child == nullptr ? nullptr : Eval::as<Eval::Function>(*child);
+        // A callee counts by its own digest, which other callers share: walks end at calls.
         if (callee != nullptr) {
             content += of(*callee).toString();
         } else {
@@ -130,12 +137,14 @@ Digest FunctionDigests::of(AllFunctionStatus::Functions const & functions) {
     Digester digester;
     for (auto const & [name, function] : functions) {
         digester.add(std::to_string(name.size()) + ';' + name);
+        // Whoever fills the status has seen that all functions are of this class.
         digester.add(of(static_cast<Eval::Function const &>(*function)).toString());
     }
     return digester.finish();
 }
 
 void FunctionDigests::keepInUse() {
+    // A count of one is this table's own.
     std::erase_if(known_,
                   [](auto const & entry) { return entry.second.function->refCount() == 1; });
 }

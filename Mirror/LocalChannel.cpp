@@ -2,11 +2,14 @@
 
 #include "Platform/Framework/Assert.h"
 
+/// Replication within a process goes by the same batches, as text, as over a server. So mirrors
+/// share no node with the publisher, and check what they get in the same way.
 namespace Qcf::Mirror {
 
 namespace {
 
 StagedBatch stage(Batch batch) {
+    // First and last piece have their own ways in, as they come from a stream.
     StagedBatch result("in process", std::move(batch.pieces.front()));
     for (std::size_t i = 1; i + 1 < batch.pieces.size(); ++i) {
         result.add(std::move(batch.pieces[i]));
@@ -29,6 +32,7 @@ LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status, Report report)
 // one version.
 void LocalChannel::attach(FollowedStore & mirror) {
     QCF_ASSERT_TEXT(!status_->dedupedFunctionUpdatesInProgress(), "no batch is under way");
+    // Nobody has the last version: what changed since need not be told, only counted.
     if (followers_.empty()) {
         renew();
     } else if (source_.hasChanges()) {
@@ -53,6 +57,8 @@ void LocalChannel::passChanges() {
     try {
         passBatch();
     } catch (MirrorError const & error) {
+        // The publisher's own call must not fail because of a mirror. What could not be published
+        // stays noted, and the next change tries again.
         troubleIs(error.what());
     }
 }
@@ -61,6 +67,7 @@ void LocalChannel::passChanges() {
 VersionId LocalChannel::nextVersion() {
     VersionId next{version_.number + 1, newBatchId(), version_.digest};
     if (version_.number == 0 || source_.functionsChanged()) {
+        // Before digests look into the functions.
         source_.checkFunctions();
         digests_.keepInUse();
         next.digest = digests_.of(status_->aet());
@@ -93,6 +100,7 @@ void LocalChannel::passBatch() {
 /// Answers what went wrong. A mirror that something else was done to has everything told anew.
 String LocalChannel::give(Follower & follower, StagedBatch const & change) {
     try {
+        // The batch builds on the last version, which only those in step have.
         if (follower.inStep) {
             applyTo(*follower.mirror, change);
         } else {
@@ -108,6 +116,7 @@ String LocalChannel::give(Follower & follower, StagedBatch const & change) {
 }
 
 void LocalChannel::troubleIs(String trouble) {
+    // The same trouble is told once, not with each change.
     if (trouble != trouble_ && !trouble.empty() && report_) {
         report_(trouble);
     }

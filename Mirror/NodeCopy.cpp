@@ -2,6 +2,8 @@
 
 #include "QcfLib/QcfEval.h"
 
+/// Copies and comparisons are the registry's, field by field. What is added here is the value that
+/// literals of constants keep: it is no field, and evaluation counts on it.
 namespace Qcf::Mirror {
 
 Ptr<Eval::AetNodeBase> copyNode(Eval::AetNodeBase const & node, U64 key,

@@ -15,12 +15,14 @@ Eval::Function const * PolicyVersion::find(std::string_view name) const {
 FunctionMetadata PolicyVersion::slots() const {
     FunctionMetadata joined;
     for (auto const & [name, function] : functions_) {
+        // Kinds come in one order for all metadata, so that two can be gone through side by side.
         std::vector<SlotMap const *> theirs;
         FunctionMetadata::eachKind(function->metadata(), [&](char const *, SlotMap const & slots) {
             theirs.push_back(&slots);
         });
         auto next = theirs.begin();
         FunctionMetadata::eachKind(joined, [&](char const *, SlotMap & slots) {
+            // Leaves names that are there already: the first function counts.
             slots.insert((*next)->begin(), (*next)->end());
             ++next;
         });

@@ -7,6 +7,9 @@
 
 #include <algorithm>
 
+/// Finds what of a program is published already, so that publishing the same again does nothing and
+/// a small change stays small. Functions are compared by digest, values by hash and then by
+/// content.
 namespace Qcf::Mirror {
 
 namespace {
@@ -32,9 +35,11 @@ ProgramDifference::ProgramDifference(Documents::Program const & program,
       standIns_(program.nodes.size()),
       stays_(store_.slots()) {
     for (auto const & function : program_.functions) {
+        // Before digests and walks go down the trees.
         checkPublishable(*function);
     }
     compareFunctions();
+    // Where nothing differs, the walk over the store is spared.
     if (!empty()) {
         indexValues();
         collectNewNodes();
@@ -60,6 +65,7 @@ void ProgramDifference::compareFunctions() {
         names.insert(function->funcName());
         auto const * const before = publishedFunction(function->funcName());
         if (before != nullptr && digests_.of(*before) == digests_.of(*function)) {
+            // Whoever calls it and is set anew is to call the published one.
             standIns_[placeOf(*function)] = before;
             keep(*before);
         } else {
@@ -77,6 +83,7 @@ void ProgramDifference::indexValues() {
     values_.reserve(store_.size());
     store_.forEachNode([this](Ptr<AetNodeBase> const & node) {
         if (isSharedValue(*node) && !isTooDeep(*node)) {
+            // By hash alone: equalValue looks at the content.
             values_.emplace(node->hash(0), node.get());
         }
     });
@@ -105,6 +112,7 @@ void ProgramDifference::collectNewNodes() {
             useNode(place, used);
         }
     }
+    // Found parents first, made children first.
     std::reverse(new_.begin(), new_.end());
 }
 
@@ -112,6 +120,7 @@ void ProgramDifference::useNode(U32 place, std::vector<bool> & used) {
     Node const & node = *program_.nodes[place];
     if (auto const * const equal = equalValue(node)) {
         standIns_[place] = equal;
+        // What is under the equal value stays with it; what the program has there is not needed.
         keep(*equal);
         return;
     }

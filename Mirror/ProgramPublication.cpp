@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <numeric>
 
+/// Changes a status as little as a program allows. What differs was found before; here the new
+/// nodes get keys, and the status is changed between its markers.
 namespace Qcf::Mirror {
 
 namespace {
@@ -51,6 +53,7 @@ PublishCounts Publication::run(U32 marker) {
     }
     assignKeys();
     status_.startOfDedupedFunctionUpdatesMarkerIs(marker);
+    // First, for new nodes may take the keys of those that go.
     removeUnused();
     addNewNodes();
     setFunctions();
@@ -67,6 +70,7 @@ bool Publication::keysAreFree() const {
 
 // Above all keys; where that is too high, in the first gap that is wide enough.
 U64 Publication::firstFreshKey() const {
+    // Both ends count as keys, so that a gap before the first or behind the last is one, too.
     std::vector<U64> keys{0, ~U64{0}};
     store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
         if (difference_.stays(*node)) {
@@ -90,6 +94,7 @@ U64 Publication::firstFreshKey() const {
 // Fresh keys rise as the program's do: the log of an evaluation is in the order of keys.
 void Publication::assignKeys() {
     newKeys_.reserve(difference_.newNodes().size());
+    // Keys of the program are kept if all of them can be: a mixture would not be in order.
     for (U32 const place : difference_.newNodes()) {
         newKeys_.push_back(program_.nodes[place]->aetNodeKey());
     }
@@ -107,6 +112,7 @@ void Publication::assignKeys() {
 }
 
 void Publication::removeUnused() {
+    // Collected first: the store must not change while it is walked.
     std::vector<Ptr<AetNodeBase>> unused;
     store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
         if (!difference_.stays(*node)) {
@@ -134,6 +140,7 @@ void Publication::addNewNodes() {
     };
     std::vector<U32> const & places = difference_.newNodes();
     store_.reserveMore(places.size());
+    // Children come first, so that what stands for them is there.
     for (std::size_t i = 0; i < places.size(); ++i) {
         AetNodeBase const & node = *program_.nodes[places[i]];
         Ptr<AetNodeBase> const member = canBecomeMember(node, newKeys_[i])
@@ -160,6 +167,7 @@ void Publication::setFunctions() {
 
 PublishCounts publishProgram(Documents::Program const & program, AllFunctionStatus & status,
                              FunctionDigests & digests, U32 marker) {
+    // A program is compared with a store, even if that is empty.
     status.aetNodesIs();
     return Publication(program, status, digests).run(marker);
 }

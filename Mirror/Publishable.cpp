@@ -6,6 +6,8 @@
 
 #include <functional>
 
+/// What a status within the process may hold and no batch can tell: classes of the program's own,
+/// and trees that no reader would take.
 namespace Qcf::Mirror {
 
 String depthWanted() {
@@ -15,6 +17,7 @@ String depthWanted() {
 void checkPublishable(Eval::AetNodeBase const & node) {
     auto const classes = Eval::nodeClasses();
     Eval::NodeClass const * const nodeClass = &node.typeData();
+    // The class may lie anywhere in memory, and < is defined within one array only.
     std::less<> const before;
     if (before(nodeClass, classes.data()) || !before(nodeClass, classes.data() + classes.size())) {
         throw MirrorError("node " + std::to_string(node.aetNodeKey()) +
@@ -28,6 +31,7 @@ void checkPublishable(Eval::AetNodeBase const & node) {
 
 Eval::Function const & publishableFunction(String const & name,
                                            Eval::FunctionBase const & function) {
+    // A name may hold anything; a message is one line.
     constexpr std::size_t longestName = 100;
     if (!Eval::is<Eval::Function>(function)) {
         throw MirrorError("function \"" + oneLine(name, longestName) +

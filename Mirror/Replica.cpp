@@ -4,6 +4,8 @@
 #include "Platform/Render/DocumentError.h"
 #include "QcfLib/QcfEval.h"
 
+/// Tries a batch and then makes it. Whatever can be wrong with a batch shows before the first
+/// change, so that nobody who follows the status sees a part of it.
 namespace Qcf::Mirror {
 
 Replica::Replica(String name) : status_(allFunctionStatusFactory(std::move(name))) {}
@@ -13,6 +15,7 @@ PtrConst<PolicyVersion> Replica::policy() const {
     for (auto const & [name, function] : status_->aet()) {
         functions.emplace(name, ptrCast<Eval::Function const>(function));
     }
+    // A status may be without a store.
     auto const * const nodes = storeOf(*status_);
     return makePtr<PolicyVersion>(version_, std::move(functions),
                                   nodes != nullptr ? nodes->size() : 0);
@@ -36,6 +39,7 @@ AllFunctionStatus::Functions changedFunctions(AllFunctionStatus const * base,
 
 /// The size of the store after the changes.
 std::size_t changedSize(AetCollections const * base, BatchChanges const & changes) {
+    // Computed and not counted afterwards, when it would be too late to refuse.
     std::size_t size = changes.nodes().size();
     if (base != nullptr) {
         size += base->size();
@@ -62,6 +66,7 @@ bool Replica::isDigest(Digest const & digest, AllFunctionStatus const * base,
 
 // Everything that can fail comes first.
 void Replica::apply(StagedBatch const & batch) {
+    // What says everything fits whatever is there.
     bool const fromNothing = batch.start().base.empty();
     if (!fromNothing && batch.start().base != version_.id) {
         refuse(batch, "it builds on another version than " + version_.toString());
@@ -77,12 +82,14 @@ void Replica::apply(StagedBatch const & batch) {
             refuse(batch, "its nodes are not as many as were published");
         }
         commit(changes, fromNothing);
+        // Digests of functions that went would keep their nodes alive.
         if (fromNothing || !changes.functions().empty()) {
             digests_.keepInUse();
         }
     } catch (DocumentError const & error) {
         throw MirrorError(error.what());
     }
+    // Last: whoever threw left the version as it was.
     version_ = batch.version();
 }
 
@@ -99,6 +106,7 @@ void Replica::commit(BatchChanges const & changes, bool fromNothing) {
     } else {
         status_->aetNodesDel();
     }
+    // Behind the nodes: whoever follows finds in the store what a name means.
     for (auto const & [name, function] : changes.functions()) {
         status_->aetIs(name, function);
     }
@@ -108,6 +116,7 @@ void Replica::commit(BatchChanges const & changes, bool fromNothing) {
 
 void Replica::changeNodes(BatchChanges const & changes) {
     AetCollections & nodes = status_->nodes();
+    // First, since others may come under these keys.
     for (CollKey const & place : changes.removed()) {
         nodes.nodeDel(place.collection, place.key);
     }
@@ -115,6 +124,7 @@ void Replica::changeNodes(BatchChanges const & changes) {
     for (auto const & node : changes.nodes()) {
         nodes.nodeIs(node);
     }
+    // Nobody reads the store's own record of changes here, and it would grow.
     nodes.dirtyCollKeysDel();
 }
 

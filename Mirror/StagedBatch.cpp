@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+/// Collects the text of a batch. Of the lines in between none is parsed before the end line was
+/// right: what is damaged is told as damaged, and not as whatever it happens to say.
 namespace Qcf::Mirror {
 
 namespace {
@@ -35,6 +37,7 @@ void eachTextLine(std::string_view piece, U64 number, Visit && visit) {
 /// Before anything else in the start line: other formats may say more, or it differently.
 void checkFormat(JsonObjectReader & start) {
     auto const format = start.optional("format");
+    // The first format did not name itself.
     U64 const number = format ? format->expectU64() : 1;
     if (number != batchFormat) {
         start.object().fail("", "batch of format " + std::to_string(batchFormat),
@@ -68,6 +71,7 @@ StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(pla
         batch_.start.id = readString(reader, "id");
         batch_.start.base = readString(reader, "base");
         reader.done();
+        // A batch that builds on itself could be applied again and again.
         if (batch_.start.id.empty() || batch_.start.id == batch_.start.base) {
             throw MirrorError(place_ + ": a batch without an id of its own");
         }
@@ -84,6 +88,7 @@ void StagedBatch::take(String piece) {
 
 void StagedBatch::add(String piece) { take(std::move(piece)); }
 
+// The end line does not count in the sum and in the number of lines that it tells.
 void StagedBatch::finish(String piece) {
     asMirrorErrors([&] { parseEnd(piece); });
     batch_.pieces.push_back(std::move(piece));
@@ -101,6 +106,7 @@ void StagedBatch::parseEnd(std::string_view text) {
     U64 const lines = reader.require("lines").expectU64();
     String const sum = readString(reader, "sum");
     reader.done();
+    // A piece that is lost, doubled or of another batch shows in one of the three.
     if (version != batch_.start.version || lines != lines_ || sum != sum_.finish().toString()) {
         throw MirrorError(place_ + ": the batch of version " +
                           std::to_string(batch_.start.version) + " is damaged");
@@ -114,7 +120,9 @@ void StagedBatch::parseEnd(std::string_view text) {
 
 void StagedBatch::eachLine(std::function<void(JsonValue const &)> const & visit) const {
     QCF_ASSERT_TEXT(complete_, "the batch is complete");
+    // One document for all lines: memory is that of the longest.
     JsonDocument line(place_);
+    // The start line, in a piece of its own, is the first.
     U64 number = 2;
     for (std::size_t i = 1; i + 1 < batch_.pieces.size(); ++i) {
         eachTextLine(batch_.pieces[i], number, [&](std::string_view text, U64 at) {

@@ -12,6 +12,9 @@
 #include <unordered_map>
 #include <unordered_set>
 
+/// Makes a status equal to another one node by node. What is equal stays, so that followers of the
+/// target are told only what differs; a node can stay only if all under it does, for nodes hold
+/// their children.
 namespace Qcf::Mirror {
 
 namespace {
@@ -32,6 +35,7 @@ std::vector<Node const *> allNodes(AllFunctionStatus const & status) {
     if (AetCollections const * const store = storeOf(status)) {
         store->forEachNode([&](Ptr<Node> const & node) { roots.push_back(node.get()); });
     }
+    // So that the order does not hang on that of the store.
     std::sort(roots.begin(), roots.end(),
               [](Node const * a, Node const * b) { return a->aetNodeKey() < b->aetNodeKey(); });
     for (auto const & [name, function] : status.aet()) {
@@ -72,6 +76,8 @@ private:
         if (number != 0) {
             return {.loose = true, .number = number};
         }
+        // Always with the class: contents of two statuses are compared, where what a key alone
+        // means may differ.
         return {.number = child.aetNodeKey(), .className = child.typeData().name};
     }
 
@@ -131,6 +137,7 @@ PublishCounts Copy::run() {
 }
 
 void Copy::check() const {
+    // Half a batch is nothing that anybody should have.
     if (source_.dedupedFunctionUpdatesInProgress()) {
         throw MirrorError(source_.name() + ": a batch of updates is under way");
     }
@@ -145,12 +152,14 @@ void Copy::check() const {
 void Copy::findLoose() {
     for (Node const * const node : allNodes(target_)) {
         if (!isMember(target_, *node)) {
+            // Equal nodes of the source will get these numbers.
             looseInTarget_.emplace(loose_.numberOf(*node), node);
         }
     }
 }
 
 void Copy::findTwins() {
+    // Children come first, so that each has its twin by then.
     auto const twinOf = [this](Node const & child) { return twins_.at(&child).node; };
     twins_.reserve(sourceNodes_.size());
     for (Node const * const node : sourceNodes_) {
@@ -160,6 +169,7 @@ void Copy::findTwins() {
         }
         Ptr<Node> const copy = copyNode(*node, node->aetNodeKey(), twinOf);
         twins_.emplace(node, Twin{copy, true});
+        // Others come along with those that hold them.
         if (isMember(source_, *node)) {
             new_.push_back(copy);
         }
@@ -192,6 +202,7 @@ PtrConst<Node> Copy::twinInTarget(Node const & node) {
         store != nullptr ? store->node(collectionOf(node), node.aetNodeKey()) : nullptr;
     bool const same =
         there && sameFields(node, *there, [this](Node const & own, Node const & child) {
+            // Members must be each other's twins; loose nodes only have to say the same.
             U32 const loose = loose_.knownNumber(child);
             return loose != 0 ? loose == loose_.knownNumber(own)
                               : twins_.at(&own).node.get() == &child;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+/// Replacing versions and letting them go. Pinning stands in the header; readers come here when
+/// they begin and end, and when they let go of a version while replaced ones are waiting.
 namespace Qcf::Mirror {
 
 VersionedView::Reader::~Reader() { view_.hazardPointerDel(hazard_); }
@@ -20,6 +22,8 @@ VersionedView::~VersionedView() {
 void VersionedView::currentIs(PtrConst<PolicyVersion> version) {
     {
         std::lock_guard const lock(mutex_);
+        // First: whoever pins from here on gets the new one, and only those can hold the old one
+        // whose hazard pointer says so.
         current_.store(version.get());
         retired_.push_back(std::exchange(held_, std::move(version)));
         retiredCount_.store(retired_.size());
@@ -34,6 +38,7 @@ PtrConst<PolicyVersion> VersionedView::current() {
 
 VersionedView::HazardPointer & VersionedView::hazardPointerIs() {
     std::lock_guard const lock(mutex_);
+    // In a list, so that it stays where its reader knows it.
     return hazards_.emplace_back();
 }
 
@@ -47,6 +52,7 @@ void VersionedView::hazardPointerDel(HazardPointer & hazard) {
 // does not wait for it but has it look again.
 void VersionedView::reclaim() {
     do {
+        // Before the question: the thread that is at it sees this when it has finished its round.
         lookAgain_.store(true);
         if (reclaiming_.exchange(true)) {
             return;
@@ -58,6 +64,8 @@ void VersionedView::reclaim() {
 }
 
 std::vector<PtrConst<PolicyVersion>> VersionedView::takeUnprotected() {
+    // What is taken is destroyed by the caller, without the lock: that may take as long as there
+    // are nodes.
     std::lock_guard const lock(mutex_);
     auto const isProtected = [this](PtrConst<PolicyVersion> const & version) {
         return std::any_of(hazards_.begin(), hazards_.end(), [&](HazardPointer const & hazard) {

@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+/// Fields as batches hold them. They differ from those of flat documents in three things: texts
+/// that JSON cannot hold, floats that are no finite numbers, and references in the place of
+/// children.
 namespace Qcf::Mirror {
 
 using Eval::AetNodeBase;
@@ -14,6 +17,7 @@ using Routing::Policy::RouteMapFeatures;
 using Routing::Rib::ResolutionRibProfileConfig;
 
 void WireStyle::text(std::string_view text, RendererV2 & out) const {
+    // Plain ones without a copy.
     isPlainText(text) ? out.value(text) : out.value(wireText(text));
 }
 
@@ -84,6 +88,7 @@ void unescape(JsonValue const & place, ResolutionRibProfileConfig & value) {
 
 void unescape(JsonValue const & place, FunctionMetadata & value) {
     FunctionMetadata::eachKind(value, [&](char const *, SlotMap & slots) {
+        // Names are the keys of the map, which cannot be changed in place.
         SlotMap named;
         for (auto const & [name, slot] : slots) {
             named.emplace(textOf(place, name), slot);
@@ -95,6 +100,7 @@ void unescape(JsonValue const & place, FunctionMetadata & value) {
 template <typename T>
 void readMember(JsonValue const & member, String const & subject, T & value) {
     if constexpr (std::is_same_v<T, F32>) {
+        // Any other text in a number's place fails below, with its place.
         if (auto const bits = member.isString() ? parseWireBits(member.asString()) : std::nullopt) {
             value = *bits;
             return;
@@ -118,6 +124,7 @@ QCF_FOR_EACH_SCALAR(QCF_READ_MEMBER)
 #undef QCF_READ_MEMBER
 
 PtrConst<AetNodeBase> WireFields::readNode(FieldInfo const & field) {
+    // A writer leaves out children that are null, which only optional ones may be.
     auto const member = field.optional ? line_.optional(field.name) : line_.require(field.name);
     return member ? resolve_(*member, field) : nullptr;
 }

@@ -6,6 +6,8 @@
 #include <charconv>
 #include <cmath>
 
+/// A text that begins with the escape is always one in the escaped form: so a reader needs no mark
+/// beside it, and what was written comes back byte for byte.
 namespace Qcf::Mirror {
 
 namespace {
@@ -62,6 +64,7 @@ std::optional<String> parseWireText(std::string_view wire) {
             text += wire[at];
             continue;
         }
+        // An escape at the very end is short of digits, and refused.
         auto const byte = parseHex(wire.substr(at + 1, 2), 2);
         if (!byte) {
             return std::nullopt;
@@ -81,6 +84,7 @@ String wireBits(F32 value) {
 std::optional<F32> parseWireBits(std::string_view wire) {
     auto const bits =
         wire.starts_with(bitsPrefix) ? parseHex(wire.substr(bitsPrefix.size()), 8) : std::nullopt;
+    // A finite number has one form only, which is JSON's.
     if (!bits || std::isfinite(std::bit_cast<F32>(*bits))) {
         return std::nullopt;
     }

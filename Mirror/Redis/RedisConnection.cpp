@@ -6,6 +6,8 @@
 
 #include <hiredis.h>
 
+/// The library makes the texts of commands and takes those of answers apart. The bytes go over
+/// RedisSocket and not over the library's own connection, so that every wait has an end.
 namespace Qcf::Mirror {
 
 bool RedisRefusal::is(std::string_view code) const {
@@ -20,6 +22,7 @@ std::size_t RedisReply::size() const {
 }
 
 RedisReply RedisReply::at(std::size_t i) const {
+    // A part that keeps the whole answer alive.
     return i < size() ? RedisReply({reply_, reply_->element[i]}) : RedisReply();
 }
 
@@ -34,6 +37,7 @@ std::optional<U64> RedisReply::number() const {
     if (reply_ && reply_->type == REDIS_REPLY_INTEGER && reply_->integer >= 0) {
         return static_cast<U64>(reply_->integer);
     }
+    // Hashes hold numbers as texts.
     auto const digits = text();
     U64 value = 0;
     auto const read = std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -44,6 +48,7 @@ std::optional<U64> RedisReply::number() const {
 
 std::map<String, String, std::less<>> RedisReply::pairs() const {
     std::map<String, String, std::less<>> pairs;
+    // A key without a value at the end is left out.
     for (std::size_t i = 0; i + 1 < size(); i += 2) {
         pairs.emplace(String(at(i).text()), String(at(i + 1).text()));
     }
@@ -55,6 +60,7 @@ RedisConnection::RedisConnection(RedisOptions options)
       socket_(options_),
       reader_(redisReaderCreate(), redisReaderFree) {
     try {
+        // Without a user in the form that servers without users know, too.
         if (!options_.password.empty()) {
             options_.user.empty() ? command({"AUTH", options_.password})
                                   : command({"AUTH", options_.user, options_.password});
@@ -62,6 +68,7 @@ RedisConnection::RedisConnection(RedisOptions options)
         if (options_.database != 0) {
             command({"SELECT", std::to_string(options_.database)});
         }
+        // Shows that the server takes commands: a refusal here counts as no connection.
         command({"PING"});
     } catch (RedisRefusal const & refusal) {
         throw RedisConnectionError("redis at " + options_.place() + ": " + refusal.what());
@@ -74,6 +81,7 @@ RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::mi
     std::vector<char const *> texts;
     std::vector<std::size_t> sizes;
     for (std::string_view const argument : arguments) {
+        // An empty view may be without an address, which the library does not take.
         texts.push_back(argument.data() == nullptr ? "" : argument.data());
         sizes.push_back(argument.size());
     }
@@ -82,6 +90,7 @@ RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::mi
                                               texts.data(), sizes.data());
     QCF_ASSERT_TEXT(length >= 0, "a command can be formatted");
     std::unique_ptr<char, void (*)(char *)> const command(formatted, &redisFreeCommand);
+    // In one piece: the server starts when it has the whole command.
     socket_.write({formatted, static_cast<std::size_t>(length)}, options_.replyTimeout);
     RedisReply reply = receive(options_.replyTimeout + longer);
     if (reply.isError()) {
@@ -91,6 +100,7 @@ RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::mi
 }
 
 RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
+    // One command, one answer: the next whole answer is the one that is waited for.
     for (;;) {
         void * reply = nullptr;
         if (redisReaderGetReply(reader_.get(), &reply) != REDIS_OK) {

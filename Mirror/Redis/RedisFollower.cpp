@@ -7,6 +7,9 @@
 
 #include <unistd.h>
 
+/// Three ways lead to a version: the stream, which is followed; the published state, with which the
+/// copy is compared now and then; and the snapshot, where the stream does not lead. Every fault
+/// ends in one of them.
 namespace Qcf::Mirror {
 
 namespace {
@@ -71,11 +74,13 @@ void RedisFollower::connect() {
         report_("redis at " + options_.place() + ": connected again");
     }
     trouble_.clear();
+    // What happened meanwhile the stream need not tell.
     checkNow_ = true;
 }
 
 void RedisFollower::disconnect(String const & trouble) {
     connection_.reset();
+    // Told when it is another one: tries follow each other quickly.
     if (trouble != trouble_) {
         report_(trouble + "; " + standing());
         trouble_ = trouble;
@@ -93,6 +98,7 @@ bool RedisFollower::step(std::chrono::milliseconds wait) {
             return true;
         }
     }
+    // No wait goes beyond the next check, or a quiet stream would put it off.
     auto const untilCheck =
         std::chrono::duration_cast<std::chrono::milliseconds>(nextCheck_ - Clock::now());
     auto const zero = std::chrono::milliseconds(0);
@@ -117,6 +123,8 @@ bool RedisFollower::checkState() {
     bool const seenBefore = std::exchange(lastSeenId_, state.version.id) == state.version.id;
     announce();
     if (state.version.id == mirror_.version().id) {
+        // The copy is right although the stream was not understood: it is followed afresh from
+        // there.
         if (reader_->lost()) {
             reader_ = std::make_unique<StreamReader>(mirror_.replica(), report_);
             reader_->positionIs(state.position);
@@ -129,6 +137,8 @@ bool RedisFollower::checkState() {
         }
         return false;
     }
+    // The state may be ahead of entries that are still to be read: such a difference counts only
+    // when the next check sees it, too.
     bool const behind = state.position > reader_->position() && !reader_->lost();
     if (mirror_.version().number != 0 && behind && !seenBefore) {
         return false; // the stream will tell
@@ -162,6 +172,7 @@ bool RedisFollower::load(PublishedState const & state) {
     }
     if (now.version.id == state.version.id) {
         hopeless_ = attempt;
+        // Asks the writer for a snapshot.
         stuck_ = true;
         announce();
         report_("version " + std::to_string(state.version.number) +
@@ -169,6 +180,7 @@ bool RedisFollower::load(PublishedState const & state) {
     } else {
         checkNow_ = true;
     }
+    // The stream was read to its end: the present copy goes on from there.
     reader->replicaIs(mirror_.replica());
     reader_ = std::move(reader);
     return false;

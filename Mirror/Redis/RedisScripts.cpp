@@ -4,9 +4,12 @@
 
 #include <openssl/evp.h>
 
+/// Whatever a writer changes is done by a script that compares its token first: done by two
+/// commands, another writer could take the lead between the question and the change.
 namespace Qcf::Mirror {
 
 RedisKeys::RedisKeys(String const & named) : name(named) {
+    // Characters that need no quoting in keys, in shells and in messages.
     bool const fits = !name.empty() && name.size() <= 128 &&
                       std::all_of(name.begin(), name.end(), [](unsigned char c) {
                           return std::isalnum(c) != 0 || c == '.' || c == '_' || c == '-';
@@ -143,6 +146,7 @@ RedisReply runScript(RedisConnection & connection, RedisScript const & script,
     try {
         return connection.command(all);
     } catch (RedisRefusal const & refusal) {
+        // A server forgets its scripts when it starts anew; EVAL makes this one known again.
         if (!refusal.is("NOSCRIPT")) {
             throw;
         }

@@ -14,6 +14,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+/// No socket here blocks; all waiting is done in waitFor, that for a name to be resolved excepted.
 namespace Qcf::Mirror {
 
 /// Shields the header from the TLS library.
@@ -55,6 +56,7 @@ RedisSocket::RedisSocket(RedisOptions const & options) : place_(options.place())
                 waitFor(fd_, events, options.connectTimeout);
             }
         } catch (std::exception const & error) {
+            // No destructor runs for what was never made: what is open is closed here.
             tls_.reset();
             ::close(std::exchange(fd_, -1));
             fail(error.what());
@@ -63,6 +65,7 @@ RedisSocket::RedisSocket(RedisOptions const & options) : place_(options.place())
 }
 
 RedisSocket::~RedisSocket() {
+    // First, for it still says goodbye over the socket.
     tls_.reset();
     if (fd_ >= 0) {
         ::close(fd_);
@@ -77,10 +80,12 @@ void RedisSocket::connectTo(int fd, void const * address, U32 size, Milliseconds
     if (::connect(fd, static_cast<sockaddr const *>(address), size) == 0) {
         return;
     }
+    // EAGAIN is what a socket in the file system says while its server's queue is full.
     if (errno != EINPROGRESS && errno != EAGAIN) {
         fail(errorText(errno));
     }
     waitFor(fd, POLLOUT, timeout);
+    // Ready to write means decided; how, is told by the error.
     int error = 0;
     socklen_t length = sizeof error;
     ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length);
@@ -96,6 +101,7 @@ void RedisSocket::connectPath(RedisOptions const & options) {
         fail("the path of a socket has at most " + std::to_string(sizeof address.sun_path - 1) +
              " bytes");
     }
+    // The address is all zeros, so that the path has its end.
     std::memcpy(address.sun_path, options.socketPath.c_str(), options.socketPath.size());
     Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     connectTo(fd.get(), &address, sizeof address, options.connectTimeout);
@@ -112,10 +118,12 @@ void RedisSocket::connectHost(RedisOptions const & options) {
     }
     std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> const addresses(found, &::freeaddrinfo);
     String lastError = "no address";
+    // Each address with the whole time; what the last one said is told.
     for (addrinfo const * each = found; each != nullptr; each = each->ai_next) {
         Descriptor fd(::socket(each->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
         try {
             connectTo(fd.get(), each->ai_addr, each->ai_addrlen, options.connectTimeout);
+            // Commands are answered one by one: waiting to fill a packet would only delay them.
             int const on = 1;
             ::setsockopt(fd.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
             ::setsockopt(fd.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
@@ -141,6 +149,7 @@ void RedisSocket::waitFor(int fd, short events, Milliseconds timeout) const {
         if (ready == 0) {
             fail("no answer within " + std::to_string(timeout.count()) + " ms");
         }
+        // After a signal the wait goes on with what is left of its time.
         if (errno != EINTR) {
             fail(errorText(errno));
         }
@@ -148,6 +157,8 @@ void RedisSocket::waitFor(int fd, short events, Milliseconds timeout) const {
 }
 
 void RedisSocket::write(std::string_view bytes, Milliseconds timeout) {
+    // The time is that of one wait: a server that takes some bytes now and then is not given up. A
+    // closed connection comes as an error, not as SIGPIPE.
     while (!bytes.empty()) {
         short wanted = POLLOUT;
         ssize_t const count = tls_ ? tls_->write(bytes, wanted)
@@ -163,6 +174,7 @@ void RedisSocket::write(std::string_view bytes, Milliseconds timeout) {
 }
 
 std::string_view RedisSocket::read(Milliseconds timeout) {
+    // Once; later calls find it there.
     input_.resize(std::size_t{1} << 16);
     for (;;) {
         short wanted = POLLIN;

@@ -5,10 +5,13 @@
 
 #include <charconv>
 
+/// What a name holds in the server. Fields that are missing or no numbers count as nothing: what
+/// has to be right is proved by the batches, which carry sums and digests.
 namespace Qcf::Mirror {
 
 namespace {
 
+// Bounds the memory of an answer: pieces usually have up to 64 KiB.
 constexpr char const * entriesAtOnce = "64";
 
 using Members = std::map<String, String, std::less<>>;
@@ -33,6 +36,8 @@ ReaderState readerState(String const & name, String const & record, U64 now) {
     ReaderState reader;
     reader.name = name;
     U64 seen = 0;
+    // The script puts the server's time before the record, so that the readers' clocks do not
+    // matter.
     auto const read = std::from_chars(record.data(), record.data() + record.size(), seen);
     reader.silentSeconds = now > seen ? now - seen : 0;
     try {
@@ -43,6 +48,7 @@ ReaderState readerState(String const & name, String const & record, U64 now) {
         reader.position = members.require("position").expectString();
         reader.stuck = members.require("stuck").expectBool();
     } catch (DocumentError const &) {
+        // Listed all the same: somebody is there.
         reader.position = "unknown"; // not of our writing
     }
     return reader;
@@ -59,6 +65,7 @@ StreamPosition applySnapshot(RedisReply const & reply, Replica & replica) {
         }
         return found->second;
     };
+    // A batch has a piece with its start and one with its end.
     if (count < 2) {
         throw MirrorError("snapshot: it says of no pieces");
     }
@@ -67,9 +74,11 @@ StreamPosition applySnapshot(RedisReply const & reply, Replica & replica) {
         batch.add(piece(i));
     }
     batch.finish(piece(count - 1));
+    // Or it would not say everything.
     if (!batch.start().base.empty()) {
         throw MirrorError("snapshot: it builds on another version");
     }
+    // All of it or nothing: after a fault the replica is as empty as before.
     replica.apply(batch);
     return position(members);
 }
@@ -101,6 +110,7 @@ SnapshotState readSnapshotState(RedisConnection & connection, RedisKeys const & 
 
 std::vector<ReaderState> readReaders(RedisConnection & connection, RedisKeys const & keys) {
     std::vector<ReaderState> readers;
+    // Before the records: one written meanwhile counts as silent for no time.
     U64 const now = connection.command({"TIME"}).at(0).number().value_or(0);
     for (auto const & [name, record] : connection.command({"HGETALL", keys.readers}).pairs()) {
         readers.push_back(readerState(name, record, now));
@@ -125,10 +135,12 @@ RedisReply readEntries(RedisConnection & connection, RedisKeys const & keys,
     String const from = position.toString();
     String const milliseconds = std::to_string(wait.count());
     RedisConnection::Arguments command{"XREAD", "COUNT", entriesAtOnce};
+    // For the server BLOCK 0 means for ever.
     if (wait.count() > 0) {
         command.insert(command.end(), {"BLOCK", milliseconds});
     }
     command.insert(command.end(), {"STREAMS", keys.changes, from});
+    // The only stream's entries; nothing when the time ran out.
     return connection.command(command, wait).at(0).at(1);
 }
 
@@ -141,10 +153,12 @@ void loadReplica(RedisConnection & connection, RedisKeys const & keys, Replica &
             from = applySnapshot(snapshot, replica);
         }
     } catch (MirrorError const & error) {
+        // The stream may still hold everything since the first version.
         report(String(error.what()) + "; going by the stream alone");
     }
     reader.positionIs(from);
     for (;;) {
+        // Without waiting, to the end: a writer may add to it meanwhile.
         auto const entries = readEntries(connection, keys, reader.position(), {});
         if (entries.size() == 0) {
             return;

@@ -8,6 +8,8 @@
 #include <openssl/x509v3.h>
 #include <poll.h>
 
+/// Errors of the library are taken off its queue where they come up, or a later call would be
+/// blamed for them.
 namespace Qcf::Mirror {
 
 namespace {
@@ -25,6 +27,7 @@ void check(int answer, String const & what) {
     }
 }
 
+// Certificates name hosts and addresses in different fields.
 bool isAddress(String const & host) {
     auto * const address = a2i_IPADDRESS(host.c_str());
     ASN1_OCTET_STRING_free(address);
@@ -41,6 +44,7 @@ void loadFiles(SSL_CTX * context, RedisOptions const & options) {
     if (!options.certificateFile.empty()) {
         check(SSL_CTX_use_certificate_chain_file(context, options.certificateFile.c_str()),
               options.certificateFile);
+        // One file may hold the certificate and its key.
         auto const & key = options.keyFile.empty() ? options.certificateFile : options.keyFile;
         check(SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM), key);
     }
@@ -51,6 +55,7 @@ void loadFiles(SSL_CTX * context, RedisOptions const & options) {
 RedisTls::RedisTls(RedisOptions const & options, int fd)
     : context_(SSL_CTX_new(TLS_client_method()), &SSL_CTX_free), session_(nullptr, &SSL_free) {
     SSL_CTX_set_min_proto_version(context_.get(), TLS1_2_VERSION);
+    // What had to wait is written again later, perhaps from another place in memory.
     SSL_CTX_set_mode(context_.get(),
                      SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
     loadFiles(context_.get(), options);
@@ -58,12 +63,14 @@ RedisTls::RedisTls(RedisOptions const & options, int fd)
     check(SSL_set_fd(session_.get(), fd), "socket");
     if (options.verifyServer) {
         SSL_set_verify(session_.get(), SSL_VERIFY_PEER, nullptr);
+        // A good certificate proves nothing unless it is this host's.
         int const named = isAddress(options.host)
                               ? X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(session_.get()),
                                                               options.host.c_str())
                               : SSL_set1_host(session_.get(), options.host.c_str());
         check(named, "host name");
     }
+    // Servers may be told names, never addresses (RFC 6066 3).
     if (!isAddress(options.host)) {
         SSL_set_tlsext_host_name(session_.get(), options.host.c_str());
     }
@@ -71,6 +78,7 @@ RedisTls::RedisTls(RedisOptions const & options, int fd)
 
 RedisTls::~RedisTls() {
     if (session_) {
+        // Tells the server; its answer is not waited for.
         SSL_shutdown(session_.get());
     }
 }
@@ -86,6 +94,7 @@ short RedisTls::handshake() {
     case SSL_ERROR_WANT_WRITE:
         return POLLOUT;
     default:
+        // The reason why a certificate was not taken says more than the library's error.
         if (long const verified = SSL_get_verify_result(session_.get()); verified != X509_V_OK) {
             ERR_clear_error();
             fail(X509_verify_cert_error_string(verified));
@@ -103,11 +112,13 @@ ssize_t RedisTls::result(int answer, short & wanted) {
     switch (error) {
     case SSL_ERROR_WANT_READ:
     case SSL_ERROR_WANT_WRITE:
+        // Not always the direction of the call: a read may have to write first.
         wanted = error == SSL_ERROR_WANT_READ ? POLLIN : POLLOUT;
         errno = EAGAIN;
         return -1;
     case SSL_ERROR_ZERO_RETURN:
     case SSL_ERROR_SYSCALL:
+        // A connection that broke without a word counts as closed.
         return 0;
     default:
         errno = EPROTO;
@@ -116,6 +127,7 @@ ssize_t RedisTls::result(int answer, short & wanted) {
 }
 
 ssize_t RedisTls::write(std::string_view bytes, short & wanted) {
+    // The library counts in int; the caller comes back with the rest.
     auto const size = static_cast<int>(std::min<std::size_t>(bytes.size(), INT_MAX));
     return result(SSL_write(session_.get(), bytes.data(), size), wanted);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+/// Faults name the part that is wrong and never quote it: a URL may hold a password.
 namespace Qcf::Mirror {
 
 namespace {
@@ -44,6 +45,7 @@ String decodePercent(std::string_view text) {
 
 /// Takes `USER:PASSWORD@` off the front.
 void readCredentials(std::string_view & rest, RedisOptions & options) {
+    // The last @ before the path, so that one in the password does no harm.
     std::size_t const at = rest.substr(0, rest.find('/')).rfind('@');
     if (at == std::string_view::npos) {
         return;
@@ -51,6 +53,7 @@ void readCredentials(std::string_view & rest, RedisOptions & options) {
     std::string_view const both = rest.substr(0, at);
     rest.remove_prefix(at + 1);
     std::size_t const colon = std::min(both.find(':'), both.size());
+    // Decoded only now, so that %3A and %40 are no separators.
     options.user = decodePercent(both.substr(0, colon));
     options.password = colon < both.size() ? decodePercent(both.substr(colon + 1)) : String();
     if (options.password.empty()) {
@@ -63,6 +66,7 @@ void readHost(std::string_view text, RedisOptions & options) {
     if (bracket == std::string_view::npos) {
         fail("no ] behind the address");
     }
+    // Colons within brackets belong to the address.
     std::size_t const colon = text.find(':', bracket);
     options.host = text.substr(0, colon);
     if (bracket != 0) {
@@ -87,6 +91,7 @@ RedisOptions RedisOptions::parse(std::string_view url) {
         fail("unknown form");
     }
     std::string_view rest = url.substr(scheme + 3);
+    // The system's calls would take the text to end there.
     if (rest.find('\0') != std::string_view::npos) {
         fail("a NUL byte");
     }
@@ -101,6 +106,7 @@ RedisOptions RedisOptions::parse(std::string_view url) {
     options.tls = name == "rediss";
     std::size_t const slash = std::min(rest.find('/'), rest.size());
     readHost(rest.substr(0, slash), options);
+    // A slash with nothing behind it names no database.
     if (slash + 1 < rest.size()) {
         options.database = readNumber(rest.substr(slash + 1), 1U << 20, "database");
     }

@@ -7,6 +7,9 @@
 
 #include <unistd.h>
 
+/// The order of steps is what matters here: lead, load what the server has, change the replica,
+/// send the batch, and then the snapshot. Whatever fails on the way costs the connection, and the
+/// next try starts from what the server has.
 namespace Qcf::Mirror {
 
 namespace {
@@ -57,6 +60,7 @@ PublishOutcome RedisWriter::persist(Change const & change) {
             trouble = error.what();
         } catch (RedisRefusal const & refusal) {
             connection_.reset();
+            // Not tried again: whoever took the lead did so later.
             if (refusal.is("FENCED")) {
                 throw FencedError(keys_.name + ": another writer has taken the lead; nothing of "
                                                "this publication was made visible by this writer");
@@ -66,6 +70,7 @@ PublishOutcome RedisWriter::persist(Change const & change) {
             }
             trouble = refusal.what();
         } catch (MirrorError const &) {
+            // Trying again would end the same way, and the replica may be half changed.
             connection_.reset();
             throw;
         }
@@ -90,6 +95,7 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
         writeSnapshot();
         outcome.snapshot = true;
     }
+    // Everything was answered.
     unconfirmed_.reset();
     return outcome;
 }
@@ -138,8 +144,10 @@ Batch RedisWriter::takeBatch(U64 version) {
 
 void RedisWriter::open() {
     auto connection = std::make_unique<RedisConnection>(options_);
+    // In place at once, because the steps below use the member.
     std::swap(connection_, connection);
     lead();
+    // It follows the replica that goes.
     source_.reset();
     // What the server has is the truth, whatever this writer had before.
     replica_ = std::make_unique<Replica>(keys_.name);
@@ -156,6 +164,7 @@ void RedisWriter::open() {
 
 // A writer that comes back leads on only if nobody else has led meanwhile.
 void RedisWriter::lead() {
+    // Another token each time: late steps of an earlier connection are refused, too.
     String const token = newBatchId();
     runScript(*connection_, scripts::lead, {keys_.writer}, {token, whoWrites(), token_});
     token_ = token;
@@ -165,6 +174,7 @@ void RedisWriter::lead() {
 void RedisWriter::step(char const * name, RedisScript const & script,
                        RedisConnection::Arguments const & keys,
                        RedisConnection::Arguments const & arguments) {
+    // Every script proves first that this writer still leads.
     RedisConnection::Arguments all{token_};
     all.insert(all.end(), arguments.begin(), arguments.end());
     runScript(*connection_, script, keys, all);

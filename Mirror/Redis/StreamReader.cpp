@@ -2,6 +2,9 @@
 
 #include <charconv>
 
+/// Anything may stand in a stream: pieces that a writer gave up, a batch in the middle, entries of
+/// others. Batches are put together from what fits; a batch counts by its end line, and all else is
+/// told.
 namespace Qcf::Mirror {
 
 std::optional<StreamPosition> StreamPosition::parse(std::string_view text) {
@@ -22,6 +25,7 @@ bool StreamReader::take(RedisReply const & entries) {
         auto const entry = entries.at(i);
         String const place("changes " + String(entry.at(0).text()));
         applied = takeEntry(place, entry.at(1)) || applied;
+        // Also behind an entry that was of no use: it would be of none the next time.
         position_ = StreamPosition::parse(entry.at(0).text()).value_or(position_);
     }
     return applied;
@@ -35,6 +39,7 @@ bool StreamReader::takeEntry(String const & place, RedisReply const & fields) {
     };
     auto const number = fields.at(3).number();
     String const id = member("b");
+    // Four pairs in the order in which the script writes them.
     if (fields.size() != 8 || fields.at(2).text() != "n" || !number || id.empty()) {
         report_(place + ": an entry that is none of ours, passed over");
         doubt_ = true;
@@ -57,6 +62,7 @@ bool StreamReader::takePiece(String const & place, std::string_view kind, U64 nu
     bool const expected = batchOpen() && open_->start().id == id && number == nextPiece_;
     if (!expected) {
         bool const known = batchOpen() && open_->start().id == id;
+        // Told once: the other pieces of a batch that is not followed are all out of place.
         if (known || !lost_) {
             lose(place + ": a piece out of place");
         }
@@ -78,6 +84,8 @@ void StreamReader::start(String const & place, String piece, std::string_view id
     }
     open_.reset();
     StagedBatch batch(place, std::move(piece));
+    // The entry's id decides which pieces follow, the one in the line what the batch is: they must
+    // agree.
     if (batch.start().id != id) {
         throw MirrorError(place + ": the start of another batch than it says");
     }
@@ -93,12 +101,14 @@ bool StreamReader::finish(String piece) {
     }
     replica_->apply(*open_);
     open_.reset();
+    // A batch that fits the present version, or needs none, proves that nothing is missing.
     lost_ = false;
     return true;
 }
 
 void StreamReader::lose(String const & why) {
     report_(why);
+    // What was open can no longer become whole.
     open_.reset();
     lost_ = true;
 }
