@@ -2,6 +2,8 @@
 
 #include <limits>
 
+/// What the agent answers a function that asks for facts of the session or for a named list.
+/// Attributes are answered by the generated base; how a list matches is for the lists to know.
 namespace Qcf::Agent {
 
 using Eval::CommunitySmallVector;
@@ -17,8 +19,11 @@ U32 AgentContext::localAs() const { return route().session.localAs; }
 bool AgentContext::peerConfed() const { return route().session.peerConfed; }
 U32 AgentContext::vrfId() const { return route().session.vrfId; }
 
+// The path of the route is made text once, since all its lists search the same text. A changed one
+// is made text anew at each question.
 std::string_view
 AgentContext::pathText(Routing::Bgp::AspathContainerFromExisting const * path) const {
+    // Another path than the route's own, or one that was edited, must not get into the kept text.
     bool const asItCame =
         path != nullptr && path->expanded() == nullptr && path->existingPath() == &route().asPath;
     if (asItCame && inputPathRoute_ == routeNumber()) {
@@ -35,6 +40,7 @@ AgentContext::pathText(Routing::Bgp::AspathContainerFromExisting const * path) c
     return text;
 }
 
+// The lists were bound before, so that the key of the asking node is not needed.
 bool AgentContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
                                          U64 /*aetNodeKey*/,
                                          PtrConst<AsPathListStatus> const & status) const {
@@ -50,6 +56,7 @@ bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
     bool const isSlot = slot <= std::numeric_limits<U16>::max();
     auto const * const table = static_cast<Lists::RoaTable const *>(
         isSlot ? externalMatchers()->roaTables.at(static_cast<U16>(slot)).get() : nullptr);
+    // An origin that the path does not tell goes as AS 0.
     auto const validity = table != nullptr ? table->validate(route().ipPrefix, known ? origin : 0)
                                            : Lists::OriginValidity::notFound;
     return static_cast<U32>(validity) == state;
@@ -65,7 +72,8 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
 
 } // namespace
 
-// The six operations of one kind of community.
+// The six operations of one kind of community. Those that may meet a pattern are given `text_`,
+// whose storage is kept.
 #define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, permitted, match, matchExact, assign, add, \
                             remove, retain)                                                        \
     bool AgentContext::match(PtrConst<Set> const & set, PtrConst<Status> const & status) const {   \

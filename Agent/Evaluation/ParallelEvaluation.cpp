@@ -6,6 +6,8 @@
 
 #include <thread>
 
+/// Evaluates a table with one thread or several. How the work is dealt out and put back in order is
+/// the matter of TableWork, what becomes of the results that of the sinks.
 namespace Qcf::Agent {
 
 namespace {
@@ -13,6 +15,8 @@ namespace {
 /// What a thread evaluates with.
 class Evaluator {
 public:
+    // Made on the thread that starts the evaluation: what makes contexts and sinks need not be safe
+    // to call from several.
     explicit Evaluator(TableRun const & run)
         : run_(run),
           agentContext_(run.makeContext()),
@@ -32,6 +36,7 @@ public:
 
 private:
     TableRun const & run_;
+    // One context in two types, so that no pointer is converted, and counted, for a route.
     Ptr<AgentContextBase> agentContext_;
     Ptr<Eval::EvalContextBase> context_;
     std::unique_ptr<EvaluationSink> sink_;
@@ -45,6 +50,7 @@ void evaluateAlone(RouteReader & reader, TableRun const & run) {
     for (bool more = true; more;) {
         // Delivered in stretches, as with several threads: sinks see no difference.
         U64 const end = number + std::min<U64>(stretchLength, run.limit - number);
+        // Thrown only after the delivery: the routes before a fault are not lost.
         std::exception_ptr fault;
         try {
             while (number < end && (more = reader.next(route))) {
@@ -71,6 +77,7 @@ public:
         while (source.take(batch_, share_.get())) {
             do {
                 if (!finish(sequencer)) {
+                    // The others find no more pieces and come to an end.
                     source.close();
                     return;
                 }
@@ -81,6 +88,8 @@ public:
 private:
     /// Reads, evaluates and delivers a part of the piece. False when the evaluation is over.
     bool finish(Sequencer & sequencer) {
+        // Without a share the work source has read the routes; a fault of taking is a piece without
+        // routes.
         if (share_ && !batch_.fault) {
             batch_.read(*share_, batchLength);
         }
@@ -97,6 +106,8 @@ private:
                 evaluator_.evaluate(batch_.firstRoute + i, batch_.routes[i]);
             }
         } catch (...) {
+            // Travels with the batch, for what stands before it in the table is to be delivered
+            // first.
             batch_.fault = std::current_exception();
         }
     }
@@ -118,6 +129,7 @@ void evaluateTogether(RouteReader & reader, TableRun const & run) {
         workers.push_back(std::make_unique<Worker>(run, limited ? nullptr : reader.makeShare()));
     }
     try {
+        // Joined at the end of this block, before anybody asks for the fault.
         std::vector<std::jthread> threads;
         for (U32 i = 1; i < run.threads; ++i) {
             threads.emplace_back([&, i] { workers[i]->work(source, sequencer); });

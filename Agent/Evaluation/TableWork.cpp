@@ -2,6 +2,8 @@
 
 #include <utility>
 
+/// Pieces get tickets in the order of the table and pass two turns: one for numbering, behind the
+/// reading, and one for delivering. Between the two everybody evaluates at will.
 namespace Qcf::Agent {
 
 bool WorkSource::take(RouteBatch & batch, RouteShare * share) {
@@ -9,6 +11,7 @@ bool WorkSource::take(RouteBatch & batch, RouteShare * share) {
     if (closed_) {
         return false;
     }
+    // Drawn under the lock under which the data are taken, so that tickets rise as the table does.
     batch.ticket = tickets_++;
     if (share != nullptr) {
         return takeShare(batch, *share);
@@ -47,6 +50,7 @@ bool Sequencer::number(RouteBatch & batch, RouteShare * share) {
     }
     batch.firstRoute = routes_;
     routes_ += batch.size;
+    // Within the turn: statistics and reports then come in the order of the file.
     if (share != nullptr) {
         settle(batch, *share);
     }
@@ -62,6 +66,7 @@ bool Sequencer::deliver(RouteBatch & batch, std::function<void()> const & delive
     if (!awaitTurn(lock, deliverTurn_, batch)) {
         return false;
     }
+    // The sink holds what stands before the fault; that is delivered still.
     fault_ = batch.fault;
     try {
         deliver();
@@ -72,6 +77,7 @@ bool Sequencer::deliver(RouteBatch & batch, std::function<void()> const & delive
     return !fault_;
 }
 
+// The reporter is the caller's and may throw: that counts as a fault behind the batch's routes.
 void Sequencer::settle(RouteBatch & batch, RouteShare & share) {
     try {
         share.settle();
@@ -81,6 +87,7 @@ void Sequencer::settle(RouteBatch & batch, RouteShare & share) {
     }
 }
 
+// A fault ends all waiting: the turns of those behind it would never come.
 bool Sequencer::awaitTurn(std::unique_lock<std::mutex> & lock, U64 const & turn,
                           RouteBatch const & batch) {
     turnPassed_.wait(lock, [&] { return fault_ || turn == batch.ticket; });

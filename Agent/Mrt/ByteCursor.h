@@ -17,6 +17,7 @@ public:
     Damage(char const * subject, char const * problem) noexcept
         : subject_(subject), problem_(problem) {}
 
+    /// What is damaged: "AS_PATH attribute".
     char const * subject() const { return subject_; }
     /// What is wrong with it: "ends too early".
     char const * problem() const { return problem_; }
@@ -64,6 +65,7 @@ public:
     bool atEnd() const { return at_ == end_; }
     /// Where the next read starts.
     U8 const * data() const { return at_; }
+    /// What Damage calls these bytes.
     char const * subject() const { return subject_; }
 
     /// The next number of so many bits.
@@ -104,7 +106,9 @@ private:
 
     /// Never behind `end_`.
     U8 const * at_ = nullptr;
+    /// Behind the last byte that belongs to it.
     U8 const * end_ = nullptr;
+    /// A literal, since Damage keeps it.
     char const * subject_ = "record";
 };
 

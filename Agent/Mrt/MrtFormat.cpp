@@ -6,40 +6,44 @@
 #include <iterator>
 #include <span>
 
+/// The tables of what is known of MRT, and what all kinds of records have in common: addresses and
+/// prefixes. What a record says is decoded elsewhere.
 namespace Qcf::Agent {
 
 namespace Mrt {
 
 namespace {
 
+// Names of subtypes by their number (RFC 6396; those with ADDPATH: RFC 8050). They are for reports,
+// and decide which headers a search for a lost frame trusts.
 constexpr char const * bgpNames[] = {"NULL", "UPDATE", "PREF_UPDATE", "STATE_CHANGE",
-                                     "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
+                                      "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
 constexpr char const * tableDumpNames[] = {nullptr, "AFI_IPv4", "AFI_IPv6"};
 constexpr char const * tableDumpV2Names[] = {nullptr,
-                                             "PEER_INDEX_TABLE",
-                                             "RIB_IPV4_UNICAST",
-                                             "RIB_IPV4_MULTICAST",
-                                             "RIB_IPV6_UNICAST",
-                                             "RIB_IPV6_MULTICAST",
-                                             "RIB_GENERIC",
-                                             "GEO_PEER_TABLE",
-                                             "RIB_IPV4_UNICAST_ADDPATH",
-                                             "RIB_IPV4_MULTICAST_ADDPATH",
-                                             "RIB_IPV6_UNICAST_ADDPATH",
-                                             "RIB_IPV6_MULTICAST_ADDPATH",
-                                             "RIB_GENERIC_ADDPATH"};
+                                              "PEER_INDEX_TABLE",
+                                              "RIB_IPV4_UNICAST",
+                                              "RIB_IPV4_MULTICAST",
+                                              "RIB_IPV6_UNICAST",
+                                              "RIB_IPV6_MULTICAST",
+                                              "RIB_GENERIC",
+                                              "GEO_PEER_TABLE",
+                                              "RIB_IPV4_UNICAST_ADDPATH",
+                                              "RIB_IPV4_MULTICAST_ADDPATH",
+                                              "RIB_IPV6_UNICAST_ADDPATH",
+                                              "RIB_IPV6_MULTICAST_ADDPATH",
+                                              "RIB_GENERIC_ADDPATH"};
 constexpr char const * bgp4mpNames[] = {"STATE_CHANGE",
-                                        "MESSAGE",
-                                        "ENTRY",
-                                        "SNAPSHOT",
-                                        "MESSAGE_AS4",
-                                        "STATE_CHANGE_AS4",
-                                        "MESSAGE_LOCAL",
-                                        "MESSAGE_AS4_LOCAL",
-                                        "MESSAGE_ADDPATH",
-                                        "MESSAGE_AS4_ADDPATH",
-                                        "MESSAGE_LOCAL_ADDPATH",
-                                        "MESSAGE_AS4_LOCAL_ADDPATH"};
+                                         "MESSAGE",
+                                         "ENTRY",
+                                         "SNAPSHOT",
+                                         "MESSAGE_AS4",
+                                         "STATE_CHANGE_AS4",
+                                         "MESSAGE_LOCAL",
+                                         "MESSAGE_AS4_LOCAL",
+                                         "MESSAGE_ADDPATH",
+                                         "MESSAGE_AS4_ADDPATH",
+                                         "MESSAGE_LOCAL_ADDPATH",
+                                         "MESSAGE_AS4_LOCAL_ADDPATH"};
 
 /// A type with the names of its subtypes; those without a name are not defined.
 struct TypeRow {
@@ -48,6 +52,8 @@ struct TypeRow {
     std::span<char const * const> subtypes;
 };
 
+// A type without names for its subtypes can be passed over by its length, but a search for a lost
+// frame never stops at it.
 constexpr TypeRow typeRows[] = {
     {bgp, "BGP", bgpNames},
     {ospfv2, "OSPFv2", {}},
@@ -82,6 +88,7 @@ bool isWellKnown(Header const & header) {
            subtypeName(*row, header.subtype) != nullptr;
 }
 
+// Numbers stand in where there is no name, so that reports tell records apart.
 String recordName(U16 type, U16 subtype) {
     TypeRow const * const row = findType(type);
     if (row == nullptr) {
@@ -102,6 +109,7 @@ IpGenAddr readAddress(ByteCursor & from, AddressFamily family) {
         std::memcpy(octets.data(), from.advance(octets.size()), octets.size());
         return IpGenAddr::v6(octets);
     }
+    // No bytes are taken for a family that is not read.
     return {};
 }
 
@@ -117,6 +125,7 @@ IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family) {
         from.skip(size);
         return {IpGenAddr::v4(value), bits};
     }
+    // IPv6, or the end of a record, where a load of four bytes would leave it.
     U8 const * const bytes = from.advance(size);
     std::array<U8, 16> octets{};
     std::memcpy(octets.data(), bytes, size);
@@ -128,11 +137,13 @@ IpGenPrefix readPrefix(ByteCursor & from, AddressFamily family) {
 
 U64 countPrefixes(ByteCursor from, AddressFamily family, bool addPath) {
     U64 count = 0;
+    // How prefixes of other families are written nobody here knows.
     if (family == AddressFamily::none) {
         return count;
     }
     for (; !from.atEnd(); ++count) {
         if (addPath) {
+            // The path identifier (RFC 7911).
             from.skip(4);
         }
         readPrefix(from, family);

@@ -80,7 +80,9 @@ struct Header {
 
     /// Seconds since 1970, by the collector's clock.
     U32 time;
+    /// See Type; but anything may stand here, as in the fields behind it.
     U16 type;
+    /// What it means depends on the type.
     U16 subtype;
     U32 length; ///< of what follows the header
 

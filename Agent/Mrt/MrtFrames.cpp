@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+/// Nothing marks the start of a record but a header whose length leads to the next one. So a place
+/// is believed to start a record by what stands where its length leads, and every place of doubt is
+/// reported with its offset.
 namespace Qcf::Agent {
 
 namespace {
@@ -31,6 +34,7 @@ bool skipToRecord(Lists::ByteSource & source) {
         if (startsRecord(source, 0)) {
             return true;
         }
+        // Records are not aligned.
         source.skip(1);
     }
     return false;
@@ -46,9 +50,12 @@ String nameOf(Header const & header) { return Mrt::recordName(header.type, heade
 
 bool looksLikeMrt(Lists::ByteSource & source) {
     constexpr std::size_t searched = std::size_t{64} << 10;
+    // A first header that may be one is enough: if it is none, the reader finds the next and says
+    // so.
     if (source.ensure(Header::size) && isPlausible(Header::load(source.data()))) {
         return true;
     }
+    // Nothing is skipped while searching, for the reader is to start at the first byte.
     for (std::size_t at = 1; at < searched && source.ensure(at + Header::size); ++at) {
         if (startsRecord(source, at)) {
             return true;
@@ -65,11 +72,13 @@ bool MrtFrames::next(MrtFindings & findings) {
             return false;
         }
         Header const header = Header::load(stretch_.data);
+        // No stretch of its own: what it says goes along with the stretches behind it.
         if (isPeerTable(header)) {
             readPeers(findings);
             continue;
         }
         if (isSpecial(header)) {
+            // Told once, not for each record of the table.
             unknownPeersTold_ = true;
             findings.reportAt(stretch_.offset, nameOf(header) +
                                                    " record without a PEER_INDEX_TABLE before it: "
@@ -91,6 +100,7 @@ void MrtFrames::extendStretch() {
     std::size_t const most = std::min(most_, source_.available());
     for (std::size_t at = stretch_.size; at + Header::size <= most;) {
         Header const header = Header::load(stretch_.data + at);
+        // Whatever wants care ends the stretch: the next one starts with it, and is looked at then.
         if (!isPlausible(header) || isSpecial(header) || most - at < Header::size + header.length) {
             return;
         }
@@ -104,6 +114,7 @@ void MrtFrames::extendStretch() {
 void MrtFrames::readPeers(MrtFindings & findings) {
     looked_.stretchIs(stretch_);
     Route none;
+    // There is no route in it; asking for one has the record read, and its damage told.
     looked_.next(none, findings);
     stretch_.peers = looked_.peers();
     unknownPeersTold_ = false;
@@ -118,6 +129,7 @@ void MrtFrames::leaveStretch(MrtFindings & findings) {
     }
     std::size_t const lastSize = size - last_;
     bool const followed = recordOrEndAt(source_, size);
+    // The record is decoded a second time only when there is doubt, and room in the budget.
     if (followed || lastSize > searchBudget_ || !lastIsDamaged(lastSize)) {
         source_.skip(size);
         return;
@@ -129,6 +141,7 @@ void MrtFrames::leaveStretch(MrtFindings & findings) {
                  findings);
 }
 
+// Nothing of this trial is told: whoever reads the stretch meets the same damage and reports it.
 bool MrtFrames::lastIsDamaged(std::size_t size) {
     looked_.stretchIs({.data = source_.data() + last_, .size = size, .peers = stretch_.peers});
     MrtFindings findings(false, {});
@@ -156,6 +169,7 @@ bool MrtFrames::findRecord(MrtFindings & findings) {
             return true;
         }
     }
+    // Fewer bytes than a header has.
     if (source_.available() > 0) {
         recordIsCut("record header", Header::size, findings);
     }
@@ -178,6 +192,8 @@ void MrtFrames::recordIsCut(String const & what, std::size_t wanted, MrtFindings
     }
 }
 
+// An unknown type whose length leads on is a record of a kind that nobody here knows; anything else
+// is a broken frame.
 void MrtFrames::noRecordIsHere(Header const & header, MrtFindings & findings) {
     ++findings.statistics.damagedRecords;
     std::size_t const size = Header::size + header.length;
@@ -192,6 +208,7 @@ void MrtFrames::noRecordIsHere(Header const & header, MrtFindings & findings) {
 /// Looks for the next record behind a place where none can be read.
 void MrtFrames::recoverFrame(String const & problem, MrtFindings & findings) {
     U64 const offset = source_.offset();
+    // Or the search would find the place that it starts from.
     source_.skip(1);
     bool const found = skipToRecord(source_);
     if (!found) {
@@ -208,6 +225,7 @@ void MrtFrames::finish(MrtFindings & findings) {
     if (std::exchange(finished_, true)) {
         return;
     }
+    // What was passed over at the end counts as read.
     findings.statistics.bytes = source_.offset();
     if (!source_.note().empty()) {
         findings.log.add(source_.note());

@@ -12,6 +12,12 @@ namespace Qcf::Agent {
 /// is followed by another one or by the end of the data. How much of damaged records is
 /// searched for others is bounded over the whole file, so that false records within each other do
 /// not make it quadratic. Used by one thread at a time.
+///
+///     MrtFrames frames(std::move(source), std::size_t{16} << 10);
+///     while (frames.next(findings)) {
+///         records.stretchIs(frames.stretch());
+///         ...
+///     }
 class MrtFrames {
 public:
     /// A stretch has up to `most` bytes, or one record.
@@ -26,6 +32,7 @@ public:
     /// The current stretch, until `next` is called again.
     MrtStretch const & stretch() const { return stretch_; }
 
+    /// Whether offsets are those of decompressed data, which reports then say.
     bool compressed() const { return source_.compressed(); }
 
 private:
@@ -63,6 +70,7 @@ private:
 };
 
 /// True when the data are MRT: they start with a record, or one starts within the first 64 KiB.
+/// Nothing is skipped: a reader can start at the first byte afterwards.
 bool looksLikeMrt(Lists::ByteSource & source);
 
 } // namespace Qcf::Agent

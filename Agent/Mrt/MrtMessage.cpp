@@ -1,10 +1,14 @@
 #include "Agent/Mrt/MrtMessage.h"
 
+/// The BGP messages in records: over which session one came, and what an UPDATE announces.
+/// Withdrawals are only counted, for they are no routes.
 namespace Qcf::Agent {
 
 namespace {
 
 /// What a subtype of BGP4MP holds; all that are not listed hold no messages.
+/// AS4 is about the width of AS numbers, in the head of the record as in AS_PATH; LOCAL, a message
+/// that the collector sent itself, makes no difference here.
 struct MessageForm {
     U16 subtype;
     bool as4;
@@ -39,6 +43,7 @@ bool isUnread(PathAttributes::MpNlri const & nlri) {
 } // namespace
 
 void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
+    // First: whatever is thrown or passed over below, no route of the record before may come out.
     announced_ = {};
     MessageForm const * const form = findForm(subtype);
     if (form == nullptr) {
@@ -58,12 +63,14 @@ void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & stat
 
     constexpr std::size_t markerSize = 16;
     constexpr std::size_t headSize = markerSize + 3;
+    // The marker means nothing any more (RFC 4271 4.1) and is not compared.
     body.skip(markerSize);
     std::size_t const length = body.u16();
     U8 const type = body.u8();
     if (length < headSize) {
         throw Damage("BGP message", "has a wrong length");
     }
+    // Of other messages nothing more is looked at, not even whether they fit into their record.
     if (type != Mrt::update) {
         ++statistics.skippedRecords;
         return;
@@ -72,11 +79,14 @@ void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & stat
     if (body.left() < length - headSize) {
         throw Damage("BGP message", "is longer than its record");
     }
+    // What stands behind the message in its record does no harm.
     readUpdate(body.take(length - headSize, "UPDATE message"), form->as4, statistics);
 }
 
 void MrtMessage::startBgp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
     announced_ = {};
+    // The deprecated type: sessions of IPv4, AS numbers of two bytes, and an UPDATE without its
+    // header.
     constexpr U16 updateRecord = 1;
     if (subtype != updateRecord) {
         ++statistics.skippedRecords;
@@ -110,6 +120,8 @@ void MrtMessage::readUpdate(ByteCursor body, bool as4, ReadStatistics & statisti
     statistics.withdrawals += withdrawals;
     statistics.skippedFamilies += isUnread(reach) ? 1 : 0;
     statistics.skippedFamilies += isUnread(unreach) ? 1 : 0;
+    // What stands behind the attributes is IPv4 and has the next hop of NEXT_HOP; other families
+    // are in MP_REACH_NLRI with a next hop of their own.
     announced_[0] = {AddressFamily::ipv4, shared_.nextHop, body};
     if (reached != AddressFamily::none) {
         announced_[1] = {reached, reach.nextHop, reach.nlri};
@@ -122,8 +134,10 @@ bool MrtMessage::next(Route & route) {
             continue;
         }
         if (addPath_) {
+            // Identifiers tell several paths of a peer apart; a route has no place for them.
             announced.nlri.skip(4);
         }
+        // Into the caller's storage, which is kept from route to route.
         route = shared_;
         route.ipPrefix = readPrefix(announced.nlri, announced.family);
         route.nextHop = announced.nextHop;

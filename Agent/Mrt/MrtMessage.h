@@ -23,6 +23,7 @@ public:
     /// are not read and records that are no UPDATE in `statistics`. Throws Damage when anything of
     /// the message cannot be read, and then counts nothing and has no routes.
     void startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & statistics);
+    /// The same for the old type: sessions of IPv4, and AS numbers of two bytes.
     void startBgp(U16 subtype, ByteCursor body, ReadStatistics & statistics);
 
     /// The next announced prefix with the attributes of the message; false when there is none
@@ -34,6 +35,7 @@ private:
     struct Announced {
         AddressFamily family = AddressFamily::none;
         IpGenAddr nextHop;
+        /// What was not handed out yet.
         ByteCursor nlri;
     };
 

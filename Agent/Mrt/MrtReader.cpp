@@ -2,6 +2,8 @@
 
 #include <utility>
 
+/// The same stretches and records serve two ways of reading: alone, where the bytes are used in the
+/// source's window, and by shares, which copy theirs so that the window can move on.
 namespace Qcf::Agent {
 
 namespace {
@@ -19,11 +21,15 @@ Lists::Reporter reporterOf(String const & name, Lists::Reporter report) {
 /// Decodes stretches of its own. What is met in them is kept back until it is its turn to be told.
 class MrtReader::Share final : public RouteShare {
 public:
+    // Lines are kept without the file's name, which the reader's reporter puts before them. The
+    // reporter holds this object's address, so that a share stays where it is made.
     explicit Share(MrtReader & reader)
         : reader_(reader), findings_(reader.findings_.compressed, [this](String const & line) {
               lines_.push_back(line);
           }) {}
 
+    // Answers true once more at the end of the data: what was met on the way there is still to be
+    // settled.
     bool take() override {
         if (reader_.ended_) {
             return false;
@@ -32,6 +38,7 @@ public:
         MrtStretch stretch;
         if (!last_) {
             stretch = reader_.frames_.stretch();
+            // Others go on cutting while these bytes are decoded.
             bytes_.assign(stretch.data, stretch.data + stretch.size);
             stretch.data = bytes_.data();
         }
@@ -46,10 +53,13 @@ public:
         for (String const & line : lines_) {
             all.log.add(line);
         }
+        // Lines that this share did not keep count as well, or the number told at the end would be
+        // too small.
         all.log.addUnsaid(findings_.log.unsaid());
         all.statistics.add(std::exchange(findings_.statistics, {}));
         lines_.clear();
         findings_.log.restart();
+        // Whoever met the end of the data is settled last.
         if (std::exchange(last_, false)) {
             all.log.close();
         }
@@ -80,6 +90,7 @@ bool MrtReader::next(Route & route) {
             return false;
         }
         if (!nextStretch(findings_)) {
+            // Reached once: from now on the question above answers.
             findings_.log.close();
             return false;
         }

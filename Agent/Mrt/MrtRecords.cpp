@@ -1,5 +1,7 @@
 #include "Agent/Mrt/MrtRecords.h"
 
+/// Goes through the records of a stretch and hands each to the decoder of its type. Whoever cut the
+/// stretch has seen that the lengths are right: headers are not checked again.
 namespace Qcf::Agent {
 
 using Mrt::Header;
@@ -17,6 +19,7 @@ void MrtRecords::stretchIs(MrtStretch const & stretch) {
     content_ = Content::nothing;
 }
 
+// Damage may come up here, too: the only entry of a record is decoded when it is handed out.
 bool MrtRecords::next(Route & route, MrtFindings & findings) {
     for (;;) {
         try {
@@ -39,9 +42,12 @@ bool MrtRecords::next(Route & route, MrtFindings & findings) {
 void MrtRecords::openRecord(MrtFindings & findings) {
     header_ = Header::load(at_);
     std::size_t const size = Header::size + header_.length;
+    // Before it is decoded: whatever the record turns out to be, the next one is found by its
+    // length.
     at_ += size;
     left_ -= size;
     ++findings.statistics.records;
+    // A place in the file, since a share knows of its own stretches alone.
     findings.statistics.bytes = end_ - left_;
     content_ = Content::nothing;
     try {
@@ -53,6 +59,7 @@ void MrtRecords::openRecord(MrtFindings & findings) {
 
 MrtRecords::Content MrtRecords::startRecord(ReadStatistics & statistics) {
     std::span<U8 const> const bytes(at_ - header_.length, header_.length);
+    // Tables first: in a dump of one, all records behind the first are such.
     if (Mrt::holdsTableRoutes(header_)) {
         if (!table_.startV2(header_.subtype, bytes)) {
             ++statistics.skippedFamilies;
@@ -73,6 +80,7 @@ MrtRecords::Content MrtRecords::startOther(ByteCursor body, ReadStatistics & sta
         }
         return Content::nothing;
     case Mrt::tableDump:
+        // The subtype is the address family.
         if (FamilyCode::addressFamily(header_.subtype) == AddressFamily::none) {
             ++statistics.skippedRecords;
             return Content::nothing;
@@ -83,6 +91,7 @@ MrtRecords::Content MrtRecords::startOther(ByteCursor body, ReadStatistics & sta
         body.skip(4); // microseconds
         [[fallthrough]];
     case Mrt::bgp4mp:
+        // Where it is no UPDATE, it has no announcements and counts as skipped.
         message_.startBgp4mp(header_.subtype, body, statistics);
         return Content::message;
     case Mrt::bgp:
@@ -97,6 +106,7 @@ MrtRecords::Content MrtRecords::startOther(ByteCursor body, ReadStatistics & sta
 void MrtRecords::recordIsDamaged(Damage const & damage, MrtFindings & findings) {
     content_ = Content::nothing;
     ++findings.statistics.damagedRecords;
+    // The text is made only where it will be shown: a file may consist of damage.
     if (findings.log.wantsLine()) {
         U64 const offset = end_ - left_ - Header::size - header_.length;
         findings.reportAt(offset, "damaged " + Mrt::recordName(header_.type, header_.subtype) +

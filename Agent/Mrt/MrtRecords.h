@@ -37,6 +37,11 @@ struct MrtFindings {
 /// A damaged record costs that record: no route comes out of it, so that nobody acts on half of
 /// what it said. Records of types without routes are counted as skipped. Used by one thread at a
 /// time; after the largest record nothing is allocated.
+///
+///     records.stretchIs(stretch);
+///     while (records.next(route, findings)) {
+///         ...
+///     }
 class MrtRecords {
 public:
     /// The stretch to read next; it must stay where it is until then. What was left of the one
@@ -58,6 +63,7 @@ private:
     void openRecord(MrtFindings & findings);
     /// Hands the current record to the decoder of its type.
     Content startRecord(ReadStatistics & statistics);
+    /// The types beside routes of TABLE_DUMP_V2.
     Content startOther(ByteCursor body, ReadStatistics & statistics);
     /// Counts the current record as damaged and reports why.
     void recordIsDamaged(Damage const & damage, MrtFindings & findings);

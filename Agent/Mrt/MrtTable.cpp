@@ -5,6 +5,8 @@
 #include <array>
 #include <utility>
 
+/// Entries of routing tables. A record of TABLE_DUMP_V2 has one prefix and an entry for each peer,
+/// which it names by index; one of TABLE_DUMP is a single entry with its peer.
 namespace Qcf::Agent {
 
 namespace {
@@ -15,6 +17,8 @@ struct RibForm {
     bool addPath;
 };
 
+// Multicast tables hold prefixes of the same form; which of the two it was is not kept. Rows of
+// subtypes without routes are never asked for.
 constexpr auto ribForms = [] {
     std::array<RibForm, Mrt::ribGenericAddPath + 1> forms{};
     forms[Mrt::ribIpv4Unicast] = forms[Mrt::ribIpv4Multicast] = {AddressFamily::ipv4, false};
@@ -29,12 +33,16 @@ constexpr auto ribForms = [] {
 
 constexpr MrtPeer unknownPeer;
 
+// AS numbers have two bytes in TABLE_DUMP and four in TABLE_DUMP_V2, whoever sent them (RFC 6396
+// 4.2 and 4.3.4).
 constexpr AttributeForm formOfV1{.as4 = false, .rib = true};
 constexpr AttributeForm formOfV2{.as4 = true, .rib = true};
 
 } // namespace
 
 void MrtTable::readPeers(ByteCursor body) {
+    // A new object: stretches cut before hold the old one, perhaps in other threads. No peers are
+    // known until all of them were read.
     auto const peers = std::make_shared<MrtPeers>();
     peers_ = nullptr;
     body.skip(4); // the collector's identifier
@@ -66,6 +74,7 @@ bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
         code.safi = rest_.u8();
         family = code.routeFamily();
         if (family == AddressFamily::none) {
+            // The rest of such a record is not looked at.
             return false;
         }
     }
@@ -82,6 +91,7 @@ bool MrtTable::startV2(U16 subtype, std::span<U8 const> body) {
 
 /// A record with damage anywhere gives no route, so all of it is looked at before the first one.
 void MrtTable::checkEntries() {
+    // While this throws the record has no entries.
     U32 const entries = std::exchange(left_, 0);
     ByteCursor from = rest_;
     for (U32 i = 0; i < entries; ++i) {
@@ -103,6 +113,7 @@ void MrtTable::startV1(U16 subtype, ByteCursor body) {
     if (bits > addressWidth(family)) {
         throw Damage("prefix", "is longer than an address");
     }
+    // The address stands in full, however short the prefix.
     prefix_ = IpGenPrefix(addr, bits);
     body.skip(5); // status and time
     ownPeer_.address = readAddress(body, family);
@@ -134,6 +145,7 @@ bool MrtTable::next(Route & route) {
     if (left_ == 0) {
         return false;
     }
+    // Before it is decoded: a damaged entry is not tried again.
     --left_;
     U16 peerIndex = 0;
     std::span<U8 const> const attributes = v2_ ? entryOfV2(rest_, peerIndex) : rest_.rest();
@@ -143,6 +155,7 @@ bool MrtTable::next(Route & route) {
     route.sourceSessionRemoteIpAddress = from.address;
     route.sourceSessionRemoteAs = from.as;
     attributes_.decode(attributes, v2_ ? formOfV2 : formOfV1, route);
+    // Where an entry has both next hops, that of MP_REACH_NLRI counts.
     if (attributes_.reach().nextHop.af() != AddressFamily::none) {
         route.nextHop = attributes_.reach().nextHop;
     }

@@ -26,6 +26,7 @@ public:
     void readPeers(ByteCursor body);
     /// The peers that hold, null before the first table of them and behind a damaged one.
     std::shared_ptr<MrtPeers const> const & peers() const { return peers_; }
+    /// For reading apart from the file: the peers of the table that stands before; null for none.
     void peersIs(std::shared_ptr<MrtPeers const> peers) { peers_ = std::move(peers); }
 
     /// Takes a record of TABLE_DUMP_V2 that holds routes; false when they are of a family that is

@@ -8,6 +8,8 @@
 #include <ostream>
 #include <utility>
 
+/// Writes the one form that keeps most of a route: TABLE_DUMP_V2 with AS numbers of four bytes. A
+/// route that does not fit is refused before anything of it is written.
 namespace Qcf::Agent {
 
 namespace {
@@ -37,7 +39,9 @@ class AttributeWriter {
 public:
     AttributeWriter(String & to, Route const & route) : to_(to), route_(route) { to_.clear(); }
 
+    // What has its default value is left out: a reader puts it there by itself.
     void writeAll() {
+        // BGP has no code for other values, and a reader would take them for damage.
         if (route_.origin <= 2) {
             putHead(Mrt::transitive, Mrt::origin, 1);
             put(to_, route_.origin, 1);
@@ -67,6 +71,7 @@ private:
 
     void putHead(U8 flags, U8 code, std::size_t length) {
         checkLength(length);
+        // A length of two bytes only where one does not do.
         bool const extended = length > std::numeric_limits<U8>::max();
         put(to_, flags | (extended ? Mrt::extendedLength : 0), 1);
         put(to_, code, 1);
@@ -85,6 +90,7 @@ private:
     }
 
     void putPath() {
+        // Written even when it is empty: an AS_PATH is mandatory (RFC 4271 5).
         auto const & path = route_.asPath.asns();
         putHead(Mrt::transitive, Mrt::asPath, 2 * path.segments().size() + 4 * path.asns().size());
         for (auto const & segment : path) {
@@ -101,6 +107,8 @@ private:
             putHead(Mrt::transitive, Mrt::nextHop, 4);
             putAddress(to_, route_.nextHop);
         } else if (route_.nextHop.af() == AddressFamily::ipv6) {
+            // The reduced form of tables (RFC 6396 4.3.4): a length and the address, without family
+            // and NLRI.
             putHead(Mrt::optional, Mrt::mpReach, 17);
             put(to_, 16, 1);
             putAddress(to_, route_.nextHop);
@@ -116,6 +124,7 @@ private:
     }
 
     void putAigp() {
+        // One TLV of type 1, whose length counts its own head of three bytes (RFC 7311 3).
         constexpr U32 tlvLength = 11;
         if (route_.aigpMetric != 0) {
             putHead(Mrt::optional, Mrt::aigp, tlvLength);
@@ -146,6 +155,7 @@ void MrtWriter::writePeers() {
         bool const v6 = peer.address.af() == AddressFamily::ipv6;
         put(body, Mrt::as4Peer | (v6 ? Mrt::ipv6Peer : 0), 1);
         put(body, 0, 4); // the peer's identifier
+        // The format has no peers without an address: 0.0.0.0 stands for none.
         putAddress(body,
                    peer.address.af() == AddressFamily::none ? IpGenAddr::v4(0) : peer.address);
         put(body, peer.as, 4);
@@ -166,8 +176,10 @@ void MrtWriter::add(Route const & route) {
     if (route.ipPrefix.af() == AddressFamily::none) {
         refuse(route, "has no prefix");
     }
+    // Whatever can be refused comes before the first change.
     AttributeWriter(attributes_, route).writeAll();
     U16 const index = peerIndex(route);
+    // The number of entries has 16 bits; those that do not fit start another record of the prefix.
     if (route.ipPrefix != prefix_ || entryCount_ == std::numeric_limits<U16>::max()) {
         finish();
         prefix_ = route.ipPrefix;

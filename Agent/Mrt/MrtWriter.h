@@ -31,18 +31,22 @@ public:
     void finish();
 
 private:
+    /// The first record, to which all others refer.
     void writePeers();
     /// Writes the header and the body.
     void writeRecord(U16 subtype, String const & body);
+    /// Where the route's session stands among the peers.
     U16 peerIndex(Route const & route) const;
 
     std::ostream & out_;
     std::vector<MrtPeer> peers_;
     U32 time_;
+    /// Number of the next record of a prefix.
     U32 sequence_ = 0;
     IpGenPrefix prefix_;
     String entries_; ///< of `prefix_`, not written yet
     U16 entryCount_ = 0;
+    /// Of the route that is being added; kept for its storage.
     String attributes_;
 };
 

@@ -5,6 +5,9 @@
 #include <limits>
 #include <span>
 
+/// Decodes path attributes in one pass. The pass comes twice, as a template so that neither pays
+/// for the other: one fills a route, one only sees whether that could be done. Both throw in the
+/// same cases, or a record that was checked could fail half handed out.
 namespace Qcf::Agent {
 
 namespace {
@@ -13,6 +16,7 @@ using Routing::Bgp::Asn;
 using Routing::Bgp::AsnVector;
 using Routing::Bgp::SegmentType;
 
+// Literals, so that a hostile file cannot make texts.
 constexpr auto attributeNames = [] {
     std::array<char const *, 33> names{};
     names.fill("attribute");
@@ -73,6 +77,7 @@ void readSegments(std::span<U8 const> bytes, char const * subject, Take take) {
         }
         U8 const count = value.u8();
         U8 const * const from = value.advance(count * width);
+        // An empty segment is no damage, and no part of the path.
         if (count != 0) {
             take(SegmentType(type), count, from);
         }
@@ -102,6 +107,7 @@ void readSet(ByteCursor value, std::size_t size, Set & set, Load load) {
         return;
     }
     U8 const * const from = value.data();
+    // Not zeroed first: every element is written below.
     set.resize(count, boost::container::default_init);
     bool ascending = true;
     for (std::size_t i = 0; i < count; ++i) {
@@ -109,6 +115,7 @@ void readSet(ByteCursor value, std::size_t size, Set & set, Load load) {
         ascending = ascending && (i == 0 || set[i - 1] < element);
         set[i] = element;
     }
+    // Sets of a route are ascending without duplicates, whatever was sent.
     if (!ascending) {
         std::sort(set.begin(), set.end());
         set.erase(std::unique(set.begin(), set.end()), set.end());
@@ -120,6 +127,7 @@ U64 readAigp(ByteCursor value) {
     while (!value.atEnd()) {
         U8 const type = value.u8();
         std::size_t const length = value.u16();
+        // The length of a TLV counts its head.
         constexpr std::size_t headLength = 3;
         if (length < headLength) {
             throw Damage(value.subject(), "has a part of a wrong length");
@@ -159,6 +167,7 @@ void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route
 }
 
 void PathAttributes::check(std::span<U8 const> bytes, AttributeForm form) {
+    // What is read on the way has to go somewhere; nobody looks at it.
     walk<Aim::check>(bytes, form, checked_);
 }
 
@@ -169,6 +178,7 @@ void PathAttributes::walk(std::span<U8 const> bytes, AttributeForm form, Route &
     reach_ = {};
     unreach_ = {};
     while (!from.atEnd()) {
+        // The shortest head; an extended length has one byte more.
         U8 const * const head = from.advance(3); // flags, code, length
         U8 const code = head[1];
         std::size_t length = head[2];
@@ -179,6 +189,8 @@ void PathAttributes::walk(std::span<U8 const> bytes, AttributeForm form, Route &
             throw Damage(attributeName(code), "is longer than what is left");
         }
         std::span<U8 const> const value = from.bytes(length);
+        // Of attributes that come twice the first counts (RFC 7606 3 g has it so for most of
+        // them). From 64 on no code is read, so that the bits of one word are enough.
         if (code < 64) {
             if (has(code)) {
                 continue;
@@ -198,6 +210,7 @@ void PathAttributes::readPath(std::span<U8 const> bytes, AttributeForm form, Rou
         route.asPath.asnsWrittenBy(
             [&](AsnVector & path) { readSegments<4>(bytes, name, appendTo<4>(path)); });
     } else {
+        // Kept aside: AS4_PATH may come later, and only the two together are the path.
         path_.clear();
         readSegments<2>(bytes, name, appendTo<2>(path_));
     }
@@ -242,6 +255,7 @@ void PathAttributes::readRare(U8 code, std::span<U8 const> bytes, Route & route)
     ByteCursor value(bytes, attributeName(code));
     switch (code) {
     case Mrt::aggregator:
+        // Wanted only beside an AS_PATH of two-byte numbers, see finishPath.
         aggregatorAs_ = value.left() == 6 ? value.u16() : 0;
         break;
     case Mrt::extCommunities:
@@ -258,6 +272,7 @@ void PathAttributes::readRare(U8 code, std::span<U8 const> bytes, Route & route)
         readUnreach(value);
         break;
     case Mrt::as4Path:
+        // Read in either form: its damage counts even where the path does without it.
         as4Path_.clear();
         readSegments<4>(bytes, attributeName(code), appendTo<4>(as4Path_));
         break;
@@ -282,9 +297,11 @@ void PathAttributes::readReach(std::span<U8 const> bytes, bool rib) {
     }
     std::size_t const hopLength = value.u8();
     ByteCursor const hop = value.take(hopLength, "next hop of MP_REACH_NLRI");
+    // Next hops of other families have lengths of their own.
     if (reduced || reach_.family.routeFamily() != AddressFamily::none) {
         reach_.nextHop = readNextHop(hop);
     }
+    // In a table the record has the prefix: nothing behind the next hop is of interest.
     if (!rib) {
         value.skip(1); // reserved
         reach_.nlri = value;
@@ -303,6 +320,7 @@ void PathAttributes::readUnreach(ByteCursor value) {
 void PathAttributes::finishPath(Route & route) {
     bool const stale =
         has(Mrt::aggregator) && has(Mrt::as4Aggregator) && aggregatorAs_ != Mrt::asTrans;
+    // The route keeps the empty path that it was cleared to.
     if (!has(Mrt::asPath)) {
         return;
     }

@@ -59,6 +59,7 @@ private:
     void readOne(U8 code, std::span<U8 const> bytes, AttributeForm form, Route & route);
     template <Aim aim>
     void readRare(U8 code, std::span<U8 const> bytes, Route & route);
+    /// Straight into the route where numbers have four bytes, else aside until AS4_PATH is known.
     template <Aim aim>
     void readPath(std::span<U8 const> bytes, AttributeForm form, Route & route);
     /// Reads the family and the next hop; prefixes stay as they are.

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <utility>
 
+/// Finds the lines in the data and the routes in the lines. Shares take runs of whole lines one
+/// after the other, which is quick, and parse them side by side.
 namespace Qcf::Agent {
 
 namespace {
@@ -17,6 +19,7 @@ bool readRouteLine(std::string_view line, U64 number, JsonDocument & document,
     if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
         return false;
     }
+    // A line that fails below is a record that was met, though no route.
     ++statistics.records;
     document.parseLine(line, number);
     readRoute(document.root(), route);
@@ -32,11 +35,14 @@ public:
     explicit Share(JsonLinesReader & reader) : reader_(reader), document_(reader.name_) {}
 
     bool take() override {
+        // Some hundred lines: worth a turn, and usually no more routes than are kept at once.
         constexpr std::size_t piece = std::size_t{64} << 10;
         lines_.clear();
         at_ = 0;
+        // Messages and counts are about the whole file, wherever the run starts.
         line_ = reader_.line_;
         begin_ = reader_.source_.offset() + reader_.taken_;
+        // Found behind the lines of the share before; told now, as a piece without routes.
         if (reader_.fault_) {
             std::rethrow_exception(std::exchange(reader_.fault_, nullptr));
         }
@@ -67,10 +73,13 @@ private:
         try {
             auto const line = reader_.findLine(statistics_);
             if (line) {
+                // Copied, because the source's window moves on with the next line. Each gets an
+                // end, so that `next` can rely on one.
                 lines_.append(*line) += '\n';
             }
             return line.has_value();
         } catch (...) {
+            // A fault must not take the good lines before it along.
             if (lines_.empty()) {
                 throw;
             }
@@ -117,8 +126,10 @@ bool JsonLinesReader::readLine(Route & route) {
     return false;
 }
 
-/// The next line without its end, in the source's window; nothing at the end of the data.
+/// The next line without its end, in the source's window; nothing at the end of the data. What is
+/// met goes to the statistics of the caller: a share settles its own later.
 std::optional<std::string_view> JsonLinesReader::findLine(ReadStatistics & statistics) {
+    // The text of the line before was lent until now.
     source_.skip(std::exchange(taken_, 0));
     ++line_;
     std::size_t searched = 0;
@@ -130,16 +141,20 @@ std::optional<std::string_view> JsonLinesReader::findLine(ReadStatistics & stati
         if (end != nullptr) {
             return takeLine(static_cast<std::size_t>(end - source_.data()), true);
         }
+        // Searched bytes are not searched again, or a long line would cost its length squared.
         searched = available;
+        // Before more is asked for: data without line ends must not fill the memory.
         checkLength(searched);
         if (!source_.ensure(available + 1)) {
             break;
         }
     }
+    // What is left of a line when the data break off is never parsed.
     if (!source_.fault().empty()) {
         statistics.cut = true;
         throw DocumentError(lineName() + source_.fault());
     }
+    // What follows compressed data is known only here, and told once.
     if (auto const report = std::exchange(report_, {}); report && !source_.note().empty()) {
         report(name_ + ": " + source_.note());
     }

@@ -49,8 +49,10 @@ private:
     /// "FILE:LINE: ", for messages.
     String lineName() const;
 
-    /// Stands at the current line, whose bytes are skipped when the next one is looked for.
+    /// The data, decompressed. Stands at the current line, whose bytes are skipped when the next
+    /// one is looked for.
     Lists::ByteSource source_;
+    /// Stands before the numbers of lines.
     String name_;
     /// Kept from line to line for its storage.
     JsonDocument document_;

@@ -1,9 +1,11 @@
 #include "Agent/Routes/JsonLinesWriter.h"
 
+/// Leaves out what has its default value: a reader puts it there by itself, and lines stay short.
 namespace Qcf::Agent {
 
 JsonLinesWriter::JsonLinesWriter(String & out)
     : renderer_(out), values_(renderer_), defaultRoute_() {
+    // Without their types: each is compared only with the same member of another route.
     defaultRoute_.eachAttribute(
         [this](std::size_t, auto const & value) { defaults_.push_back(&value); });
 }
@@ -18,6 +20,7 @@ void JsonLinesWriter::add(Route const & route) {
         renderer_.key(attribute.name);
         values_.render(value, attribute.form);
     });
+    // Last, and under one key, since these are no attributes.
     addSession(route.session);
     renderer_.endObject();
     renderer_.endDocument();
@@ -25,6 +28,7 @@ void JsonLinesWriter::add(Route const & route) {
 
 void JsonLinesWriter::addSession(Session const & session) {
     Session const usual;
+    // The object is begun with its first member, so that the usual session leaves no trace.
     bool begun = false;
     auto const member = [&](char const * name, auto value, auto usualValue) {
         if (value == usualValue) {

@@ -13,6 +13,8 @@ namespace Qcf::Agent {
 ///     String text;
 ///     JsonLinesWriter writer(text);
 ///     writer.add(route); // {"prefix":"10.0.0.0/8","med":50}
+///
+/// Members come in the order of routeAttributeNames(), `session` last. Belongs to one thread.
 class JsonLinesWriter {
 public:
     /// `out` must outlive the writer.
@@ -25,6 +27,7 @@ private:
     /// Writes what differs from the session of a fresh route.
     void addSession(Session const & session);
 
+    /// Writes to `out`; `values_` writes by it.
     RendererV2 renderer_;
     ValueRenderer values_;
     /// What is left out is what a route has that nobody said anything of.

@@ -49,7 +49,7 @@ public:
         }
     }
 
-    /// Forgets what was counted.
+    /// Forgets what was counted, for a log that goes on with another piece of a file.
     void restart() { count_ = 0; }
 
 private:
@@ -60,7 +60,9 @@ private:
         }
     }
 
+    /// Who gets the lines; may be empty.
     Lists::Reporter report_;
+    /// Lines since the start, passed on or not.
     U64 count_ = 0;
 };
 

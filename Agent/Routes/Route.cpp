@@ -1,5 +1,7 @@
 #include "Agent/Routes/Route.h"
 
+/// Clearing a route, which readers do for each one: storage is kept, and the rare attributes, where
+/// there are any, are only marked as absent.
 namespace Qcf::Agent {
 
 namespace {
@@ -24,6 +26,7 @@ void restoreCommon(Route & /*route*/, Route const & /*fresh*/, Value RareAttribu
 
 template <auto... members>
 void restoreAll(MemberList<members...> /*all*/, Route & route, Route const & fresh) {
+    // The list has the members of both records; the overloads tell them apart.
     (restoreCommon(route, fresh, members), ...);
 }
 
@@ -31,6 +34,7 @@ void restoreAll(MemberList<members...> /*all*/, Route & route, Route const & fre
 
 void Route::clear() {
     static Route const fresh;
+    // Whatever the rare attributes were, they read as their defaults from here on.
     rare_.clear();
     session = fresh.session;
     restoreAll(RouteMembers(), *this, fresh);

@@ -17,7 +17,10 @@ namespace Qcf::Agent {
 /// Sets must be ascending and without duplicates; the limits of numbers are in RouteAttributes.h.
 /// Whoever fills a route sees to both. Attributes can also be gone through in the order of their
 /// language names (`routeAttributeNames`).
+///
+/// A plain value: a copy has everything, the rare attributes included. One thread writes it.
 struct Route : CommonAttributes {
+    /// Facts of the session, which are no attributes.
     Session session;
 
     /// The rare attributes; their defaults as long as none was set.
@@ -28,19 +31,22 @@ struct Route : CommonAttributes {
     void clear();
 
     /// Calls `visit` with attribute `index` of routeAttributeNames() for writing; not at all when
-    /// there is none.
+    /// there is none. A visit of a rare attribute makes the rare record, whether anything is
+    /// written or not.
     template <typename Visitor>
     void visitAttribute(std::size_t index, Visitor && visit) {
         visitMember(RouteMembers(), index, visit);
     }
 
     /// Calls `visit(index, value)` for every attribute in the order of routeAttributeNames().
+    /// Rare ones that nobody set are visited, too, with their defaults.
     template <typename Visitor>
     void eachAttribute(Visitor && visit) const {
         eachMember(RouteMembers(), visit);
     }
 
 private:
+    /// A member where it stands, in the route or in the rare record, which writing makes.
     template <typename Value>
     Value & writable(Value CommonAttributes::*member) {
         return this->*member;
@@ -58,6 +64,7 @@ private:
         return rare().*member;
     }
 
+    /// One function a member, so that an index leads to its member by a table.
     template <auto member, typename Visitor>
     static void visitOne(Route & route, Visitor & visit) {
         visit(route.writable(member));
@@ -75,6 +82,7 @@ private:
         (visit(index++, readable(members)), ...);
     }
 
+    /// Apart, since most routes have none of them.
     Boxed<RareAttributes> rare_;
 };
 

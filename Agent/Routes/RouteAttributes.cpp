@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
+/// What an attribute of a route may be, from the declarations in the registry where those have it:
+/// readers then refuse what the engine would assert.
 namespace Qcf::Agent {
 
 namespace {
@@ -12,7 +14,9 @@ namespace {
 RouteAttribute makeRouteAttribute(char const * name) {
     RouteAttribute attribute;
     attribute.name = name;
+    // The C++ type does not tell: tags and standard communities share one.
     attribute.form = setFormOf(name);
+    // Counts where the declaration has no limits.
     if (attribute.name == "isis.levels") {
         attribute.least = 1;
         attribute.most = 2;
@@ -20,6 +24,7 @@ RouteAttribute makeRouteAttribute(char const * name) {
     if (Eval::NodeClass const * const node = Eval::findAttribute(name)) {
         attribute.least = node->attribute->min.value_or(attribute.least);
         attribute.most = node->attribute->max.value_or(attribute.most);
+        // A default may lie outside the limits and is allowed all the same.
         attribute.also = node->attribute->defaultValue;
     }
     return attribute;
@@ -49,6 +54,7 @@ std::span<RouteAttribute const> routeAttributes() {
 }
 
 std::optional<std::size_t> findRouteAttribute(std::string_view languageName) {
+    // Readers ask once a member of every line.
     static std::unordered_map<std::string_view, std::size_t> const byName = [] {
         std::unordered_map<std::string_view, std::size_t> made;
         for (RouteAttribute const & attribute : routeAttributes()) {

@@ -31,6 +31,10 @@ struct RouteAttribute {
 /// One record an attribute, by the index of routeAttributeNames(). The limits are those that the
 /// engine asserts: a value beyond them must never get into a route. The same object for all
 /// threads. Made at the first call.
+///
+///     if (auto const index = findRouteAttribute("med")) {
+///         bool const fits = value <= routeAttributes()[*index].most;
+///     }
 std::span<RouteAttribute const> routeAttributes();
 
 /// The index of an attribute; nothing when a route has none of that name. Costs one look-up by

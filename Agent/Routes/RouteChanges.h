@@ -17,8 +17,11 @@ struct RouteChanges : ChangedAttributes {
     /// Bit n is set when attribute n was written.
     U32 flags = 0;
 
+    /// Nothing counts as changed any more; the values stay and mean nothing.
     void clear() { flags = 0; }
+    /// Whether the attribute was written back, so that its member counts.
     bool changed(Attribute attribute) const { return (flags & flagOf(attribute)) != 0; }
+    /// The attribute's member counts from here on; writing it is the caller's.
     void mark(Attribute attribute) { flags |= flagOf(attribute); }
 
     /// Calls `visit(attribute, languageName, value)` for each change, in flush order.
@@ -28,11 +31,13 @@ struct RouteChanges : ChangedAttributes {
     }
 
 private:
+    /// The list of members is in the order of ModifiableAttribute, so that places are numbers.
     template <auto... members, typename Visitor>
     void eachMember(MemberList<members...> /*all*/, Visitor & visit) const {
         U8 number = 0;
         (visitChanged(Attribute{number++}, this->*members, visit), ...);
     }
+    /// Passes over what was not written: it is left from some route before.
     template <typename Value, typename Visitor>
     void visitChanged(Attribute attribute, Value const & value, Visitor & visit) const {
         if (changed(attribute)) {
@@ -41,7 +46,8 @@ private:
     }
 };
 
-/// Language names of the modifiable attributes, by ModifiableAttribute.
+/// Language names of the modifiable attributes, by ModifiableAttribute. One table for all threads,
+/// which holds as long as the program.
 std::span<char const * const> modifiableAttributeNames();
 
 } // namespace Qcf::Agent

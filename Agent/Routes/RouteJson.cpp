@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <limits>
 
+/// Routes from JSON. What comes out holds all that the engine asserts, numbers within their limits
+/// and sets in order, so that whatever is wrong fails here, with its place in the document.
 namespace Qcf::Agent {
 
 namespace {
@@ -34,8 +36,10 @@ Acl::CommunityValue readCommunityValue(JsonValue const & from) {
     if (!from.isObject()) {
         from.fail(wanted);
     }
+    // The form for values that no text stands for: any 64 bits, with any word beside them.
     JsonObjectReader members(from, "community");
     U64 const value = members.require("value").expectU64();
+    // The word beside the 64 bits has 32.
     U64 const type = members.require("type").expectU64(0, maxU32);
     members.done();
     return {value, static_cast<U32>(type)};
@@ -55,6 +59,7 @@ U64 readStandardCommunity(JsonValue const & from) {
 
 template <typename Set>
 void makeSet(Set & set) {
+    // Sets come in order from our own writer.
     if (!std::is_sorted(set.begin(), set.end())) {
         std::sort(set.begin(), set.end());
     }
@@ -77,6 +82,7 @@ public:
 
     void operator()(Eval::TriStateBoolValue & to) const {
         constexpr auto wanted = "true, false or \"unknown\"";
+        // The third truth value has no JSON of its own.
         if (from_.isBool()) {
             to = from_.asBool() ? Eval::QcfTrue() : Eval::QcfFalse();
         } else if (from_.expectString(wanted) == "unknown") {
@@ -94,6 +100,7 @@ public:
         }
     }
 
+    // In the text form, the only one that a path has in JSON.
     void operator()(Routing::Bgp::AsPath & to) const {
         constexpr auto wanted = "AS path such as \"65001 {65002,65003}\"";
         to.asnsIs(
@@ -101,6 +108,7 @@ public:
     }
 
     void operator()(RouteIntSet & to) const {
+        // Tags and communities have one C++ type: the attribute's form tells which it is.
         bool const communities = attribute_.form == SetForm::standardCommunities;
         to.clear();
         for (JsonValue const element : from_.expectArray()) {
@@ -119,6 +127,7 @@ public:
 
     void operator()(Routing::Rib::ResolutionRibProfileConfig & to) const {
         JsonObjectReader members(from_, "resolution RIBs");
+        // A fresh one, so that nothing of the route before shows through.
         to = Routing::Rib::ResolutionRibProfileConfig(false);
         if (auto const useDefault = members.optional("useDefault")) {
             to.useDefaultIs(useDefault->expectBool());
@@ -132,6 +141,7 @@ public:
 private:
     U64 number(JsonValue const & from) const {
         auto const value = from.asU64();
+        // First, since it may lie outside the limits.
         return value && value == attribute_.also
                    ? *value
                    : from.expectU64(attribute_.least, attribute_.most);
@@ -145,6 +155,7 @@ private:
     static void readEntries(JsonValue const & entries,
                             Routing::Rib::ResolutionRibProfileConfig & to) {
         if (entries.expectArray().size() > to.maxEntries) {
+            // The record has places for so many.
             entries.fail("at most " + std::to_string(to.maxEntries) + " entries");
         }
         std::size_t index = 0;
@@ -161,6 +172,7 @@ private:
     JsonValue from_;
 };
 
+// What is left out stays as `clear` has set it.
 void readSession(JsonValue const & from, Session & session) {
     JsonObjectReader members(from, "session");
     if (auto const outbound = members.optional("outbound")) {
@@ -178,6 +190,8 @@ void readSession(JsonValue const & from, Session & session) {
     members.done();
 }
 
+// A name that the language has, but no route carries, gets an answer of its own: it is not
+// misspelt.
 [[noreturn]] void refuseKey(JsonValue const & member) {
     String found = '"' + oneLine(member.key(), 60) + '"';
     if (Eval::findAttribute(String(member.key())) != nullptr) {
@@ -189,6 +203,7 @@ void readSession(JsonValue const & from, Session & session) {
 } // namespace
 
 void readRoute(JsonValue const & object, Route & route) {
+    // A member that is left out has its default, not what the route before had.
     route.clear();
     for (JsonValue const member : object.expectObject()) {
         if (auto const index = findRouteAttribute(member.key())) {

@@ -13,6 +13,9 @@ namespace Qcf::Agent {
 ///     readRoute(document.root(), route); // {"prefix": "10.0.0.0/8", "med": 5}
 ///
 /// After an exception the route is in no particular state.
+///
+/// The sets come out in order and without duplicates, the numbers within their limits, so that the
+/// engine may rely on it. Nothing is read from the object later.
 void readRoute(JsonValue const & object, Route & route);
 
 } // namespace Qcf::Agent

@@ -11,6 +11,7 @@ void ReadStatistics::add(ReadStatistics const & part) {
     damagedRecords += part.damagedRecords;
     skippedRecords += part.skippedRecords;
     skippedFamilies += part.skippedFamilies;
+    // A place in the data and no count: the furthest that was reached.
     bytes = std::max(bytes, part.bytes);
     cut = cut || part.cut;
 }

@@ -34,6 +34,7 @@ struct ReadStatistics {
 ///     }
 class RouteShare {
 public:
+    /// To be gone before the reader.
     virtual ~RouteShare() = default;
 
     /// Takes the next piece, which may turn out to hold no routes; false at the end, for good. The
@@ -65,6 +66,7 @@ public:
 /// line that is no route ends the reading: `next` throws DocumentError, which names the line.
 class RouteReader {
 public:
+    /// Shares must be gone by then.
     virtual ~RouteReader() = default;
 
     /// Overwrites every attribute of `route`, reusing its storage; false at the end, for good, with

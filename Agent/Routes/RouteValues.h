@@ -17,10 +17,12 @@ using Eval::TriStateBoolValue;
 using Eval::U64SmallVector;
 
 /// The sets of a route: ascending, without duplicates.
+/// Up to 16 or 8 values stand in the route itself; more take storage, which is kept.
 using RouteIntSet = boost::container::small_vector<U64, 16>;
 using RouteCommunitySet = boost::container::small_vector<Acl::CommunityValue, 8>;
 
 /// A set's values where they are.
+/// Good until the set changes. Nothing is copied.
 template <typename Set>
 std::span<typename Set::value_type const> viewOf(Set const & set) {
     return {set.data(), set.size()};

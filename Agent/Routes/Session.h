@@ -9,6 +9,9 @@ namespace Qcf::Agent {
 ///
 /// A route carries them because readers find them beside it: JSON lines have them in `session`, a
 /// routing table leaves them as they are here. Copied with the route; a plain value.
+///
+///     route.session.outbound = true;
+///     route.session.localAs = 65000;
 struct Session {
     bool outbound = false; ///< the route is about to be sent, not received
     /// The AS of this speaker; 0 where nobody said.

@@ -2,9 +2,12 @@
 
 #include "Platform/Routing/CommunityText.h"
 
+/// The forms of values in JSON, each of them one that RouteJson.cpp reads. What is added there is
+/// to be added here, or a written route does not read back.
 namespace Qcf::Agent {
 
 void ValueRenderer::render(Eval::TriStateBoolValue value) {
+    // JSON has no third truth value.
     if (value == Eval::QcfUnknown()) {
         renderer_.value("unknown");
     } else {
@@ -28,6 +31,7 @@ void ValueRenderer::render(std::optional<Evpn::Esid> const & value) {
     if (value) {
         renderer_.value(value->toString());
     } else {
+        // Not "": an absent segment has no text.
         renderer_.nullValue();
     }
 }
@@ -69,6 +73,7 @@ void ValueRenderer::render(Routing::Rib::ResolutionRibProfileConfig const & valu
 void ValueRenderer::render(std::span<U64 const> values, SetForm form) {
     renderer_.beginArray();
     for (U64 const value : values) {
+        // Other sets of numbers have no text form.
         if (form == SetForm::standardCommunities) {
             text_.clear();
             appendStandardCommunityText(text_, value);
@@ -84,6 +89,7 @@ void ValueRenderer::render(std::span<Acl::CommunityValue const> values, SetForm 
     renderer_.beginArray();
     for (Acl::CommunityValue const & value : values) {
         text_.clear();
+        // Both kinds have one type of value: the attribute says which it is.
         if (form == SetForm::largeCommunities) {
             appendLargeCommunityText(text_, value);
         } else {

@@ -29,10 +29,12 @@ public:
     /// Addresses and prefixes in their usual text; "" for none.
     void render(IpGenAddr const & value);
     void render(IpGenPrefix const & value);
+    /// A MAC address and the name of an interface as text.
     void render(EthAddr const & value) { renderer_.value(value.toString()); }
     void render(IntfId const & value) { renderer_.value(value.name()); }
     /// Null where there is no segment.
     void render(std::optional<Evpn::Esid> const & value);
+    /// A community of any kind, which its text would not tell: an object with value and type.
     void render(Acl::CommunityValue const & value);
     /// A path as one text.
     void render(Routing::Bgp::AsnVector const & value);
@@ -41,6 +43,7 @@ public:
     void render(Routing::Rib::ResolutionRibProfileConfig const & value);
 
     /// Sets, by the form of their elements. Each is an array.
+    /// Numbers have a text only as standard communities.
     void render(std::span<U64 const> values, SetForm form);
     void render(std::span<Acl::CommunityValue const> values, SetForm form);
     /// Any other value, for callers that write all of them alike.

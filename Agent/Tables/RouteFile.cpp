@@ -7,6 +7,8 @@
 #include <span>
 #include <utility>
 
+/// Tells from the first bytes what a file of routes holds and makes the reader for it.
+/// Decompression lies below: what is looked at here are the data themselves.
 namespace Qcf::Agent {
 
 namespace {
@@ -32,9 +34,12 @@ std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<Lists::ByteStream> strea
                                         String const & name, Lists::Reporter report) {
     Lists::ByteSource source(std::move(stream));
     bool const empty = !source.ensure(1);
+    // A stream that fails before its first byte is no empty table.
     if (empty && !source.fault().empty()) {
         throw Lists::FileError(name + ": " + source.fault());
     }
+    // Text is asked for first: that looks at few bytes, the search for a record of MRT at many
+    // more.
     if (!empty && looksLikeText(source)) {
         return makeJsonLinesReader(std::move(source), name, std::move(report));
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <span>
 
+/// Invented routes for tests and measurements. Every choice is drawn from one stream of numbers, so
+/// that the order of the draws is a part of what a seed means.
 namespace Qcf::Agent {
 
 namespace {
@@ -13,6 +15,7 @@ struct LengthWeight {
     U32 weight;
 };
 
+// The most frequent first, which is where picking usually ends.
 constexpr LengthWeight v4Lengths[] = {
     {24, 6000}, {22, 1080}, {23, 1000}, {21, 520}, {20, 440}, {19, 270}, {16, 140}, {18, 140},
     {17, 85},   {15, 20},   {14, 12},   {13, 6},   {12, 3},   {11, 1},   {10, 1},   {8, 1},
@@ -29,6 +32,8 @@ constexpr U32 v6Blocks[] = {0x240, 0x260, 0x280, 0x2a0, 0x2c0};
 /// over the whole range and never gives a prefix twice.
 constexpr U64 spread = 0x9e3779b97f4a7c15U;
 
+// AS numbers and, below, addresses of peers are from the ranges for documentation (RFC 5398, RFC
+// 5737, RFC 3849).
 constexpr U32 v4PeerCount = 6;
 constexpr U32 v6PeerCount = 4;
 constexpr U32 firstPeerAs = 64496;
@@ -117,6 +122,7 @@ IpGenPrefix TableGenerator::nextPrefix(AddressFamily family) {
         while (usedV4_[length] < (U64{1} << length)) {
             U64 const index = offset_ + usedV4_[length]++;
             auto const address = static_cast<U32>((index * spread) << (32U - length));
+            // One that is not usable counts as handed out, and the next one is tried.
             if (isUsable(address)) {
                 return {IpGenAddr::v4(address), length};
             }
@@ -128,6 +134,7 @@ IpGenPrefix TableGenerator::nextPrefix(AddressFamily family) {
     return v6Prefix(usedV6_[length]++, offset_, length);
 }
 
+// Nearly a fifth of the prefixes are IPv6. Peers start anywhere, so that none has them all.
 void TableGenerator::startPrefix() {
     bool const v6 = random_.below(100) < 18;
     prefix_ = nextPrefix(v6 ? AddressFamily::ipv6 : AddressFamily::ipv4);
@@ -142,6 +149,7 @@ bool TableGenerator::next(Route & route) {
         return false;
     }
     --left_;
+    // Routes of one prefix follow each other, so that a writer can put them into one record.
     if (peersLeft_ == 0) {
         startPrefix();
     }
@@ -177,6 +185,7 @@ void TableGenerator::fillPath(Route & route, U32 peerAs) {
     }
     asns[hops - 1] = originAs_;
     if (hops > 2 && random_.oneIn(8)) {
+        // From there on the path is the origin alone.
         U32 const at = 1 + random_.below(hops - 2);
         std::fill_n(asns.begin() + at, hops - at, asns[hops - 1]);
     }
@@ -193,6 +202,8 @@ void TableGenerator::fillCommunities(Route & route) {
     U32 const dice = random_.below(10);
     U32 const count = dice < 3 ? 0 : dice < 8 ? 1 + random_.below(6) : 1 + random_.below(18);
     for (U32 i = 0; i < count; ++i) {
+        // A standard community has 16 bits for who set it: most are set by a transit, some by the
+        // peer.
         U32 const tagger = i % 3 == 0 ? static_cast<U32>(route.sourceSessionRemoteAs)
                                       : transits_[random_.below(20)] & 0xffff;
         route.community.push_back((U64{tagger} << 16) | (100 * random_.below(60)));
