@@ -17,33 +17,33 @@ namespace {
 // Names of subtypes by their number (RFC 6396; those with ADDPATH: RFC 8050). They are for reports,
 // and decide which headers a search for a lost frame trusts.
 constexpr char const * bgpNames[] = {"NULL", "UPDATE", "PREF_UPDATE", "STATE_CHANGE",
-                                      "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
+                                     "SYNC", "OPEN",   "NOTIFY",      "KEEPALIVE"};
 constexpr char const * tableDumpNames[] = {nullptr, "AFI_IPv4", "AFI_IPv6"};
 constexpr char const * tableDumpV2Names[] = {nullptr,
-                                              "PEER_INDEX_TABLE",
-                                              "RIB_IPV4_UNICAST",
-                                              "RIB_IPV4_MULTICAST",
-                                              "RIB_IPV6_UNICAST",
-                                              "RIB_IPV6_MULTICAST",
-                                              "RIB_GENERIC",
-                                              "GEO_PEER_TABLE",
-                                              "RIB_IPV4_UNICAST_ADDPATH",
-                                              "RIB_IPV4_MULTICAST_ADDPATH",
-                                              "RIB_IPV6_UNICAST_ADDPATH",
-                                              "RIB_IPV6_MULTICAST_ADDPATH",
-                                              "RIB_GENERIC_ADDPATH"};
+                                             "PEER_INDEX_TABLE",
+                                             "RIB_IPV4_UNICAST",
+                                             "RIB_IPV4_MULTICAST",
+                                             "RIB_IPV6_UNICAST",
+                                             "RIB_IPV6_MULTICAST",
+                                             "RIB_GENERIC",
+                                             "GEO_PEER_TABLE",
+                                             "RIB_IPV4_UNICAST_ADDPATH",
+                                             "RIB_IPV4_MULTICAST_ADDPATH",
+                                             "RIB_IPV6_UNICAST_ADDPATH",
+                                             "RIB_IPV6_MULTICAST_ADDPATH",
+                                             "RIB_GENERIC_ADDPATH"};
 constexpr char const * bgp4mpNames[] = {"STATE_CHANGE",
-                                         "MESSAGE",
-                                         "ENTRY",
-                                         "SNAPSHOT",
-                                         "MESSAGE_AS4",
-                                         "STATE_CHANGE_AS4",
-                                         "MESSAGE_LOCAL",
-                                         "MESSAGE_AS4_LOCAL",
-                                         "MESSAGE_ADDPATH",
-                                         "MESSAGE_AS4_ADDPATH",
-                                         "MESSAGE_LOCAL_ADDPATH",
-                                         "MESSAGE_AS4_LOCAL_ADDPATH"};
+                                        "MESSAGE",
+                                        "ENTRY",
+                                        "SNAPSHOT",
+                                        "MESSAGE_AS4",
+                                        "STATE_CHANGE_AS4",
+                                        "MESSAGE_LOCAL",
+                                        "MESSAGE_AS4_LOCAL",
+                                        "MESSAGE_ADDPATH",
+                                        "MESSAGE_AS4_ADDPATH",
+                                        "MESSAGE_LOCAL_ADDPATH",
+                                        "MESSAGE_AS4_LOCAL_ADDPATH"};
 
 /// A type with the names of its subtypes; those without a name are not defined.
 struct TypeRow {
