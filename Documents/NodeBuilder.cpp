@@ -60,7 +60,8 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     U32 const structure = shared ? structureOf(*node, factsOfChildren) : 0;
     // The first node of its content stands for all that come later. One with a key of its own
     // stays, because somebody may refer to it.
-    bool const known = structure != 0 && structure <= firstOf_.size();
+    bool const known =
+        structure != 0 && structure <= firstOf_.size() && firstOf_[structure - 1] != none;
     if (known && !keyGiven) {
         U32 const first = firstOf_[structure - 1];
         noteNode(first, place);
@@ -77,7 +78,9 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     U32 const number = table_.add(node, facts);
     noteNode(number, place);
     if (shared && !known) {
-        firstOf_.push_back(number);
+        // A content whose node was refused has a number and no node: reading may go on behind it.
+        firstOf_.resize(std::max<std::size_t>(firstOf_.size(), structure), none);
+        firstOf_[structure - 1] = number;
     }
     return number;
 }

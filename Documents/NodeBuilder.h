@@ -80,7 +80,7 @@ private:
     NodeTable table_;
     U64 largestUnread_ = 0;
     StructureTable structures_;
-    std::vector<U32> firstOf_; ///< by structure - 1: the node that stands for equal ones
+    std::vector<U32> firstOf_; ///< by structure - 1: the node that stands for equal ones, or none
     String content_;           ///< kept for its storage
     U64 constantElements_ = 0;
 };

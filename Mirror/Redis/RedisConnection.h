@@ -59,8 +59,8 @@ private:
 /// thread.
 class RedisConnection {
 public:
-    /// Connects, signs in and chooses the database. Throws RedisRefusal, too, when the server does
-    /// not let it in.
+    /// Connects, signs in and chooses the database. A server that does not let it in is a
+    /// RedisConnectionError as well.
     explicit RedisConnection(RedisOptions options);
     ~RedisConnection();
     RedisConnection(RedisConnection const &) = delete;

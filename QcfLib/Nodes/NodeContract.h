@@ -15,14 +15,13 @@
 /// other, so that equal positions meet as equal types, and nothing is allocated on the way:
 ///
 ///     a.withFields([&](auto const &... mine) {
-///         return b.withFields([&](auto const &... theirs) { return (same(mine, theirs) && ...);
-///         });
+///         return b.withFields(
+///             [&](auto const &... theirs) { return (same(mine, theirs) && ...); });
 ///     });
 ///
 /// Included by generated sources, whose bodies are one call each, and by the few that treat all
-/// classes alike. Links of chains are
-/// visited by loop, everything else by recursion, which asserts first that the stack suffices;
-/// large trees that share much are looked at once (SharedAnswers.h).
+/// classes alike. Links of chains are visited by loop, everything else by recursion, which asserts
+/// first that the stack suffices; large trees that share much are looked at once (SharedAnswers.h).
 namespace Qcf::Eval {
 
 namespace contract {

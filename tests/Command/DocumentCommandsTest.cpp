@@ -62,6 +62,27 @@ TEST(Check, TellsTheFirstErrorOfEveryFunction) {
               "(\"afi\")\n");
 }
 
+// Values behind a function that could not be read are the ones that stand there.
+TEST(Check, ReadsRightlyBehindAFunctionThatIsRefused) {
+    Workshop const workshop;
+    auto const asks = [](String const & attribute, String const & value) {
+        return R"({"class": "IfExpression", "condition": {"class": "IntIs", "lhs": ")" + attribute +
+               R"(", "rhs": )" + value + R"(}, "thenBlock": {"class": "Block", "stmts": []}})";
+    };
+    String const passesOn =
+        R"({"class": "FunctionCallExpression", "calleeName": "c", "argListHead": [{"class": )"
+        R"("IntSetImmediate", "head": [{"class": "IntVariable", "name": "x", "argVectorIndex": 0}]}]})";
+    workshop.write(
+        "d.json",
+        document(function("c", acceptText) + "," + function("f", passesOn) + "," +
+                 function("g", asks("med", "5000000000") + "," + asks("med", "100") + "," +
+                                   asks("local_preference", "5000000000") + "," + acceptText)));
+    Outcome const outcome = workshop.run({"check", "d.json"});
+    EXPECT_EQ(outcome.out, "c: sane\nf: not read\ng: sane\n");
+    EXPECT_THAT(outcome.err, HasSubstr("never true: med (0 to 4294967295) and 5000000000"));
+    EXPECT_THAT(outcome.err, HasSubstr("never true: local_preference (0 to 4294967295) and 5"));
+}
+
 TEST(Check, WarnsOfWhatIsHardlyMeant) {
     Workshop const workshop;
     workshop.write("d.json", document(function("f", R"({"class": "IntAssign", "lhs": "med",
