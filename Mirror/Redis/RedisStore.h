@@ -69,8 +69,8 @@ RedisStatus readStatus(RedisConnection & connection, RedisKeys const & keys);
 
 /// Fills an empty replica from the snapshot, if there is a good one, and the stream behind it up to
 /// its end. `reader` then stands at that end. What makes no version is reported, and the replica
-/// then has none that the caller would want: whoever loads compares versions. Writers may go on meanwhile: what they add is
-/// read, too.
+/// then has none that the caller would want: whoever loads compares versions. Writers may go on
+/// meanwhile: what they add is read, too.
 void loadReplica(RedisConnection & connection, RedisKeys const & keys, Replica & replica,
                  StreamReader & reader, Report const & report);
 
