@@ -32,9 +32,9 @@ public:
     /// Sets what the attributes say and leaves the rest of `route` alone, which is to be cleared
     /// before. Attributes of unknown codes are passed over, of two with one code the first counts.
     ///
-    /// AS4_PATH is merged into an AS_PATH of two-byte numbers that is at least as long, and
-    /// has no effect otherwise, though damage in it always counts. An AIGP metric of all ones (infinite) becomes the largest one that a
-    /// route may have, one less. Throws Damage.
+    /// AS4_PATH is merged into an AS_PATH of two-byte numbers that is at least as long, and has no
+    /// effect otherwise, though damage in it always counts. An AIGP metric of all ones (infinite)
+    /// becomes the largest one that a route may have, one less. Throws Damage.
     void decode(std::span<U8 const> bytes, AttributeForm form, Route & route);
 
     /// Throws the Damage that `decode` would throw, without making paths and sets.
