@@ -20,14 +20,11 @@ namespace {
 /// told once for each caller.
 template <typename Visit>
 void eachNode(Function const & function, Visit const & visit) {
-    std::unordered_set<AetNodeBase const *> met;
-    walkTree(function, [&](WalkedNode const & at) {
-        if (!met.insert(&at.node).second) {
-            return false;
-        }
+    auto const enter = [&](WalkedNode const & at) {
         visit(at.node);
         return &at.node == &function || !is<Function>(at.node);
-    });
+    };
+    walkNodes(function, enter, [](AetNodeBase const &) {});
 }
 
 /// Looks through one function after the other. How evaluation may leave nodes is kept over all of

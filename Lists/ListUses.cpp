@@ -5,7 +5,6 @@
 #include "QcfLib/NodeWalk.h"
 
 #include <set>
-#include <unordered_set>
 
 namespace Qcf::Lists {
 
@@ -62,13 +61,9 @@ std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & pla
     // A name is told once a kind, and a node looked at once: names are few, and many nodes have the
     // same.
     std::set<std::pair<SlotKind, String>> told;
-    std::unordered_set<AetNodeBase const *> met;
     // The functions that the walk is in; a node's place is told within the innermost one.
     std::vector<Function const *> within;
     auto const enter = [&](Eval::WalkedNode const & at) {
-        if (!met.insert(&at.node).second) {
-            return false;
-        }
         if (auto const * const entered = Eval::as<Function>(at.node)) {
             // The walk leaves what it enters, so that this is taken off again.
             within.push_back(entered);
@@ -87,7 +82,7 @@ std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & pla
             within.pop_back();
         }
     };
-    walkTree(function, enter, leave);
+    walkNodes(function, enter, leave);
     return uses;
 }
 

@@ -3,6 +3,7 @@
 #include "QcfLib/AetNode.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <vector>
 
 /// Walking a tree node by node, in the order of the text, without recursion: trees may be deep and
@@ -30,8 +31,10 @@ struct WalkedNode {
 /// Memory grows with the depth and the children of what is open, not with the tree. A link is a
 /// child of the one before it, so that entering a chain keeps a place for each link until its end.
 /// Nodes are not counted on the way: whoever keeps one counts it.
-template <typename Enter, typename Leave>
-void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
+/// `meet(WalkedNode)` says of each child, when its parent is entered, whether the walk is to come
+/// to it at all.
+template <typename Meet, typename Enter, typename Leave>
+void walkTree(AetNodeBase const & root, Meet && meet, Enter && enter, Leave && leave) {
     // One that is entered stays until all that it pushed is done.
     struct Place {
         AetNodeBase const * node;
@@ -50,18 +53,36 @@ void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
         }
         places.back().isEntered = true;
         auto const firstChild = static_cast<std::ptrdiff_t>(places.size());
-        at.node->typeData().visitChildren(*at.node,
-                                          [&](FieldInfo const & field, AetNodeBase const * child) {
-                                              if (child != nullptr) {
-                                                  places.push_back({child, &field, false});
-                                              }
-                                          });
+        at.node->typeData().visitChildren(
+            *at.node, [&](FieldInfo const & field, AetNodeBase const * child) {
+                if (child != nullptr && meet(WalkedNode{*child, &field})) {
+                    places.push_back({child, &field, false});
+                }
+            });
         // The last one pushed comes first.
         std::reverse(places.begin() + firstChild, places.end());
     }
 }
 
-/// The same without looking at nodes when they are left.
+/// The same to every place of every node.
+template <typename Enter, typename Leave>
+void walkTree(AetNodeBase const & root, Enter && enter, Leave && leave) {
+    walkTree(
+        root, [](WalkedNode const &) { return true; }, std::forward<Enter>(enter),
+        std::forward<Leave>(leave));
+}
+
+/// The same to each node once: to the place where the walk first sees it below a parent, which for
+/// a shared node may come after another of its places.
+template <typename Enter, typename Leave>
+void walkNodes(AetNodeBase const & root, Enter && enter, Leave && leave) {
+    std::unordered_set<AetNodeBase const *> met{&root};
+    walkTree(
+        root, [&](WalkedNode const & at) { return met.insert(&at.node).second; },
+        std::forward<Enter>(enter), std::forward<Leave>(leave));
+}
+
+/// The same as the first without looking at nodes when they are left.
 /// An exception of `enter` ends the walk, here and above; nothing has to be undone.
 template <typename Enter>
 void walkTree(AetNodeBase const & root, Enter && enter) {
