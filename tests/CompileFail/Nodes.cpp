@@ -22,28 +22,28 @@ void build(Ptr<EvalContextBase> const & context, PtrConst<EvalContextBase> const
     static_cast<void>(constant->typeData());
 
     // misuse: intAssignFactory(10, one, one);
-    // says: could not convert .*one|no matching function|no viable conversion
+    // says: could not convert .*one|no matching function|no (viable|known) conversion
 
     // misuse: intAssignFactory(10, Attribute::afiFactory(11), one);
-    // says: could not convert .*afiFactory|no viable conversion
+    // says: could not convert .*afiFactory|no (viable|known) conversion
 
     // misuse: intAssignFactory(10, Attribute::medInputFactory(11), one);
-    // says: could not convert .*medInputFactory|no viable conversion
+    // says: could not convert .*medInputFactory|no (viable|known) conversion
 
     // misuse: communitySetAssignImmediateFactory(10, extended, communities);
-    // says: could not convert .*communities|no viable conversion
+    // says: could not convert .*communities|no (viable|known) conversion
 
     // misuse: intSetHasAnyImmediateFactory(10, communities, one);
-    // says: could not convert .*one|no viable conversion
+    // says: could not convert .*one|no (viable|known) conversion
 
     // misuse: expressionListFactory(10, one, nullptr);
-    // says: could not convert .*one|no viable conversion
+    // says: could not convert .*one|no (viable|known) conversion
 
     // misuse: returnExpressionFactory(10, one);
-    // says: could not convert .*one|no viable conversion
+    // says: could not convert .*one|no (viable|known) conversion
 
     // misuse: ifExpressionFactory(10, med, body, nullptr);
-    // says: could not convert .*med|no viable conversion
+    // says: could not convert .*med|no (viable|known) conversion
 
     // misuse: triStateBoolImmediateFactory(10, true);
     // says: cannot convert 'bool'|no matching function|cannot initialize a parameter
@@ -64,10 +64,10 @@ void build(Ptr<EvalContextBase> const & context, PtrConst<EvalContextBase> const
     // says: abstract class type|is an abstract class
 
     // misuse: body->eval(constant);
-    // says: cannot convert|no viable conversion
+    // says: cannot convert|no (viable|known) conversion
 
     // misuse: communities->setVal(others, context);
-    // says: cannot convert|could not convert|no viable conversion
+    // says: cannot convert|could not convert|no (viable|known) conversion
 
     // misuse: communities->lendVal(context, fresh)->clear();
     // says: discards qualifiers|not marked const

@@ -21,7 +21,7 @@ export work
 trap 'rm -rf "$work"' EXIT
 
 compile() {
-    "$compiler" -std=c++20 -Wall -Wextra -Werror -Wno-unused -I "$root" "$@"
+    "$compiler" -std=c++20 -Wall -Wextra -Werror -Wno-unused-variable -I "$root" "$@"
 }
 
 # expect SOURCE LINE: the source with the misuse of that line in place; LINE 0 is the source as it is.
