@@ -25,23 +25,12 @@ std::vector<Entry> joinEqual(std::vector<Entry> entries) {
     return joined;
 }
 
-template <typename Field, typename Entry>
-std::vector<Field> column(std::vector<Entry> const & entries, Field Entry::*field) {
-    std::vector<Field> fields;
-    for (Entry const & entry : entries) {
-        fields.push_back(entry.*field);
-    }
-    return fields;
-}
-
 } // namespace
 
 // A constant that several clauses want is one value of the index.
 template <typename Value>
 ConstantTable<Value>::ConstantTable(std::vector<Entry> entries)
-    : values_(column(entries = joinEqual(std::move(entries)), &Entry::value)),
-      clauses_(column(entries, &Entry::clauses)),
-      index_(values_) {}
+    : entries_(joinEqual(std::move(entries))), index_(entries_) {}
 
 template class ConstantTable<U64>;
 template class ConstantTable<Acl::CommunityValue>;

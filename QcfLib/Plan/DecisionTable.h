@@ -49,28 +49,38 @@ public:
     virtual PlanStep const * steps() const { return nullptr; }
 };
 
+/// A constant and the clauses that it satisfies, side by side: who has found the one has the other.
+/// The index knows an entry by its value alone.
+template <typename Value>
+struct ConstantEntry {
+    Value value;
+    ClauseBits clauses;
+
+    friend U64 spreadBits(ConstantEntry const & entry) { return Eval::spreadBits(entry.value); }
+    friend bool operator==(ConstantEntry const & a, ConstantEntry const & b) {
+        return a.value == b.value;
+    }
+};
+
 /// From a constant to the clauses that it satisfies. A look-up costs the same however many clauses
 /// and constants there are: it goes by a hash index.
 template <typename Value>
 class ConstantTable {
 public:
-    struct Entry {
-        Value value;
-        ClauseBits clauses;
-    };
+    using Entry = ConstantEntry<Value>;
+
     /// A value may have several entries. Several clauses may want one constant, and a clause may
     /// name it twice. The order is of no matter.
     explicit ConstantTable(std::vector<Entry> entries);
 
     /// None for a value that no clause wants.
     ClauseBits clausesOf(Value const & value) const {
-        U32 const at = index_.positionOf(std::span<Value const>(values_), value);
-        return at == MembershipIndex::none ? 0 : clauses_[at];
+        U32 const at = index_.positionOf(std::span<Entry const>(entries_), Entry{value, 0});
+        return at == MembershipIndex::none ? 0 : entries_[at].clauses;
     }
 
 private:
-    std::vector<Value> values_;
-    std::vector<ClauseBits> clauses_; ///< by the position of the value
+    std::vector<Entry> entries_;
     MembershipIndex index_;
 };
 
