@@ -28,12 +28,15 @@ clangBuild() {
     cmake --build build/clang --parallel "$jobs"
 }
 
-# The programs in which threads meet, and only they: tests/CMakeLists.txt labels them.
+# The programs in which threads meet, and only they: tests/CMakeLists.txt labels them. Left out are
+# tests of the process's end, whose forks the sanitizer does not follow, and the deepest trees, for
+# which its frames leave too little stack.
 threadTests() {
     setup
     configure tsan -DQCF_BUILD_TESTS=ON
     cmake --build build/tsan --parallel "$jobs" --target test_threads
-    ctest --test-dir build/tsan --output-on-failure --parallel "$jobs" --label-regex '^threads$'
+    ctest --test-dir build/tsan --output-on-failure --parallel "$jobs" --label-regex '^threads$' \
+        --exclude-regex 'DeathTest|DeepTree'
 }
 
 check() {
