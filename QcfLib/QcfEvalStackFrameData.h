@@ -68,8 +68,9 @@ using IntTypeArgContainer = ArgumentContainer<IntTypeArgumentVector>;
 using PrefixListTypeArgContainer = ArgumentContainer<PrefixListTypeArgumentVector>;
 using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentVector>;
 
-/// What a called function knows of its call: arguments by type, and the part of the debug log that
-/// it writes. A call makes a frame, pushes the values of its arguments, which are evaluated in the
+/// The frame of one function call: its arguments, a container for each type in use, and the part of
+/// the debug log that was written while it was current. Used by the evaluating thread alone. A call
+/// makes a frame, pushes the values of its arguments, which are evaluated in the
 /// caller's frame, and makes it current in the context until it returns:
 ///
 ///     StackFrameData_ frame;
@@ -78,9 +79,6 @@ using TriStateBoolTypeArgContainer = ArgumentContainer<TriStateBoolTypeArgumentV
 ///
 /// A parameter is found by its type and its position among the arguments of that type. Frames of
 /// calls live on the stack of the evaluating thread; the outermost function's is the context's own.
-///
-/// The frame of one function call: its arguments, a container for each type in use, and the part of
-/// the debug log that was written while it was current. Used by the evaluating thread alone.
 /// An empty one costs some null pointers: calls without arguments allocate nothing.
 class StackFrameData_ {
 public:
