@@ -46,13 +46,13 @@ check() {
     --changed | --changed=?*)
         commit=${1#--changed}
         commit=${commit#=}
-        # A commit that was asked for by name has to be known; the default need not be.
-        commit=${commit:-${QCF_BASE:-}}
+        # A commit that was asked for by name has to be known; the default need not be: where it is
+        # not, as in a shallow clone, lint says so and the other gates run all the same.
         if [[ -n $commit ]] && ! git rev-parse --quiet --verify "$commit^{commit}" >/dev/null; then
             echo "check: there is no commit $commit here" >&2
             return 2
         fi
-        lintStep=(tidyChanged "${commit:-HEAD~1}")
+        lintStep=(tidyChanged "${commit:-${QCF_BASE:-HEAD~1}}")
         seconds=10
         ;;
     *)
