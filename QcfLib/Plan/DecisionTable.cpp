@@ -8,7 +8,7 @@ namespace Qcf::Eval {
 
 namespace {
 
-/// The entries in the order of their values, those of one value as one. The index demands values
+/// The entries in the order of their values, those of one value as one. The table demands values
 /// that differ from each other.
 template <typename Entry>
 std::vector<Entry> joinEqual(std::vector<Entry> entries) {
@@ -27,10 +27,13 @@ std::vector<Entry> joinEqual(std::vector<Entry> entries) {
 
 } // namespace
 
-// A constant that several clauses want is one value of the index.
+// Room for each entry, though some may be joined.
 template <typename Value>
-ConstantTable<Value>::ConstantTable(std::vector<Entry> entries)
-    : entries_(joinEqual(std::move(entries))), index_(entries_) {}
+ConstantTable<Value>::ConstantTable(std::vector<Entry> entries) : entries_(entries.size()) {
+    for (Entry const & entry : joinEqual(std::move(entries))) {
+        entries_.insert(spreadBits(entry.value), entry);
+    }
+}
 
 template class ConstantTable<U64>;
 template class ConstantTable<Acl::CommunityValue>;

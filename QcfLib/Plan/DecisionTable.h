@@ -50,16 +50,12 @@ public:
 };
 
 /// A constant and the clauses that it satisfies, side by side: who has found the one has the other.
-/// The index knows an entry by its value alone.
 template <typename Value>
 struct ConstantEntry {
-    Value value;
-    ClauseBits clauses;
-
-    friend U64 spreadBits(ConstantEntry const & entry) { return Eval::spreadBits(entry.value); }
-    friend bool operator==(ConstantEntry const & a, ConstantEntry const & b) {
-        return a.value == b.value;
-    }
+    Value value{};
+    /// At least one, unless the entry stands for no constant.
+    ClauseBits clauses = 0;
+    bool isFree() const { return clauses == 0; }
 };
 
 /// From a constant to the clauses that it satisfies. A look-up costs the same however many clauses
@@ -75,13 +71,12 @@ public:
 
     /// None for a value that no clause wants.
     ClauseBits clausesOf(Value const & value) const {
-        U32 const at = index_.positionOf(std::span<Entry const>(entries_), Entry{value, 0});
-        return at == MembershipIndex::none ? 0 : entries_[at].clauses;
+        auto const isIt = [&](Entry const & entry) { return entry.value == value; };
+        return entries_.find(spreadBits(value), isIt).clauses;
     }
 
 private:
-    std::vector<Entry> entries_;
-    MembershipIndex index_;
+    SpreadTable<Entry> entries_;
 };
 
 extern template class ConstantTable<U64>;
