@@ -44,6 +44,10 @@ struct AttributeInfo {
     std::optional<U64> defaultValue;
     int readBit;  ///< in AttributeSet; -1 for internal attributes
     int writeBit; ///< in ModifiableAttributeSet; -1 when not modifiable
+    /// Of an integer whose values have names: those of 0, 1 and so on. Empty for all others.
+    std::span<std::string_view const> valueNames = {};
+    /// Of communities: the kind of lists that are made for them.
+    std::optional<SlotKind> lists = {};
 };
 
 /// The bases that node classes derive from. A class is of its base's kind, and of every kind that
@@ -163,6 +167,10 @@ struct ClassFacts {
     bool assigns = false; ///< replaces its target without reading it
     /// Of a comparison of two integers or two bandwidths, its only children; else `none`.
     ComparisonOrder compares = ComparisonOrder::none;
+    /// How policy text spells the class: of an operator what stands between its operands ("has
+    /// all"), of the body of a built-in function its name, of others the word that begins it.
+    /// Empty where the form of the text is another.
+    std::string_view words = {};
     // Of attribute classes the attribute's own bit; what children read is not in it.
     U64 reads = 0;                   ///< bits of AttributeSet, its own alone
     U32 writes = 0;                  ///< bits of ModifiableAttributeSet, its own alone

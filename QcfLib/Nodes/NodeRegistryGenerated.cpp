@@ -247,13 +247,16 @@ constexpr AttributeInfo attributeAsPathOriginAsInput{
 constexpr AttributeInfo attributeBestpath{
     "bgp.best_path", false, std::nullopt, std::nullopt, std::nullopt, 7, -1};
 constexpr AttributeInfo attributeCommunity{
-    "community", true, std::nullopt, std::nullopt, std::nullopt, 10, 4};
+    "community", true, std::nullopt, std::nullopt, std::nullopt, 10, 4, {}, SlotKind::commList};
 constexpr AttributeInfo attributeCommunityCount{
-    "community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1};
+    "community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
+    SlotKind::commList};
 constexpr AttributeInfo attributeCommunityCountInput{
-    "input.community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1};
+    "input.community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
+    SlotKind::commList};
 constexpr AttributeInfo attributeCommunityInput{
-    "input.community", false, std::nullopt, std::nullopt, std::nullopt, 10, -1};
+    "input.community", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
+    SlotKind::commList};
 constexpr AttributeInfo attributeConnectedInterface{
     "connected.interface", false, std::nullopt, std::nullopt, std::nullopt, 11, -1};
 constexpr AttributeInfo attributeDestinationSessionLocalAs{
@@ -317,13 +320,17 @@ constexpr AttributeInfo attributeEvpnMacIpRouteMacAddress{
 constexpr AttributeInfo attributeEvpnRouteType{
     "evpn.route_type", false, std::nullopt, std::nullopt, std::nullopt, 20, -1};
 constexpr AttributeInfo attributeExtCommunity{
-    "ext_community", true, std::nullopt, std::nullopt, std::nullopt, 21, 7};
+    "ext_community",      true, std::nullopt, std::nullopt, std::nullopt, 21, 7, {},
+    SlotKind::extCommList};
 constexpr AttributeInfo attributeExtCommunityCount{
-    "ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1};
+    "ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
+    SlotKind::extCommList};
 constexpr AttributeInfo attributeExtCommunityCountInput{
-    "input.ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1};
+    "input.ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
+    SlotKind::extCommList};
 constexpr AttributeInfo attributeExtCommunityInput{
-    "input.ext_community", false, std::nullopt, std::nullopt, std::nullopt, 21, -1};
+    "input.ext_community", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
+    SlotKind::extCommList};
 constexpr AttributeInfo attributeFlowspecDestinationPrefix{
     "flowspec.destination.prefix", false, std::nullopt, std::nullopt, std::nullopt, 23, -1};
 constexpr AttributeInfo attributeFlowspecDestinationPrefixIpVersion{
@@ -361,13 +368,17 @@ constexpr AttributeInfo attributeIsisMetric{"isis.metric", true, 0ULL, 429496729
 constexpr AttributeInfo attributeIsisMetricInput{
     "input.isis.metric", false, std::nullopt, std::nullopt, std::nullopt, 29, -1};
 constexpr AttributeInfo attributeLargeCommunity{
-    "large_community", true, std::nullopt, std::nullopt, std::nullopt, 30, 12};
+    "large_community",      true, std::nullopt, std::nullopt, std::nullopt, 30, 12, {},
+    SlotKind::largeCommList};
 constexpr AttributeInfo attributeLargeCommunityCount{
-    "large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1};
+    "large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
+    SlotKind::largeCommList};
 constexpr AttributeInfo attributeLargeCommunityCountInput{
-    "input.large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1};
+    "input.large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
+    SlotKind::largeCommList};
 constexpr AttributeInfo attributeLargeCommunityInput{
-    "input.large_community", false, std::nullopt, std::nullopt, std::nullopt, 30, -1};
+    "input.large_community", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
+    SlotKind::largeCommList};
 constexpr AttributeInfo attributeLocalPref{
     "local_preference", true, 0ULL, 4294967295ULL, 100ULL, 31, 13};
 constexpr AttributeInfo attributeLocalPrefInput{
@@ -389,13 +400,16 @@ constexpr AttributeInfo attributeNextHopIpVersionInput{
     "input.next_hop.ip_version", false, std::nullopt, std::nullopt, std::nullopt, 33, -1};
 constexpr AttributeInfo attributeNextHopMetric{
     "next_hop_metric", false, std::nullopt, std::nullopt, std::nullopt, 35, -1};
-constexpr AttributeInfo attributeOrigin{"origin", true, 0ULL, 2ULL, 256ULL, 36, 17};
-constexpr AttributeInfo attributeOriginInput{
-    "input.origin", false, std::nullopt, std::nullopt, std::nullopt, 36, -1};
+constexpr std::string_view namesOrigin[] = {"igp", "egp", "incomplete"};
+constexpr AttributeInfo attributeOrigin{"origin", true, 0ULL, 2ULL, 256ULL, 36, 17, namesOrigin};
+constexpr AttributeInfo attributeOriginInput{"input.origin", false, std::nullopt, std::nullopt,
+                                             std::nullopt,   36,    -1,           namesOrigin};
+constexpr std::string_view namesOriginValidationState[] = {"valid", "not_found", "invalid"};
 constexpr AttributeInfo attributeOriginValidationState{
-    "rpki.origin_as_validity", true, 0ULL, 2ULL, std::nullopt, 42, 21};
+    "rpki.origin_as_validity", true, 0ULL, 2ULL, std::nullopt, 42, 21, namesOriginValidationState};
 constexpr AttributeInfo attributeOriginValidationStateInput{
-    "input.rpki.origin_as_validity", false, std::nullopt, std::nullopt, std::nullopt, 42, -1};
+    "input.rpki.origin_as_validity", false, std::nullopt, std::nullopt, std::nullopt, 42, -1,
+    namesOriginValidationState};
 constexpr AttributeInfo attributePrefixSidIndex{"bgp.prefix_sid.index", true, 0ULL, 1048575ULL,
                                                 std::nullopt,           8,    3};
 constexpr AttributeInfo attributePrefixSidIndexInput{
@@ -423,8 +437,12 @@ constexpr AttributeInfo attributeRtMembershipOriginAs{
     "rt_membership.origin_as", false, std::nullopt, std::nullopt, std::nullopt, 43, -1};
 constexpr AttributeInfo attributeRtMembershipRouteTarget{
     "rt_membership.route_target", false, std::nullopt, std::nullopt, std::nullopt, 44, -1};
+constexpr std::string_view namesSourceProtocol[] = {
+    "ATTACHED_HOST", "CONNECTED", "DHCP", "DYNAMIC", "ISIS",
+    "KERNEL",        "NO_MATCH",  "OSPF", "OSPFv3",  "STATIC"};
 constexpr AttributeInfo attributeSourceProtocol{
-    "source_protocol", false, std::nullopt, std::nullopt, std::nullopt, 45, -1};
+    "source_protocol", false, std::nullopt, std::nullopt,
+    std::nullopt,      45,    -1,           namesSourceProtocol};
 constexpr AttributeInfo attributeSourceSessionInterfaceBandwidth{
     "source_session.interface.bandwidth", false, std::nullopt, std::nullopt, std::nullopt, 46, -1};
 constexpr AttributeInfo attributeSourceSessionRemoteAs{
@@ -1141,16 +1159,19 @@ std::span<NodeClass const> nodeClasses() {
         row<Block>("Block", "Qcf::Eval", "Expression", "blockColl", fieldsBlock, nullptr,
                    {.onlyReads = false},
                    {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<AndOperator>(
-            "AndOperator", "Qcf::Eval", "LogicalOperator", "andOperatorColl", {}, nullptr, {},
-            {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase)}),
+        row<AndOperator>("AndOperator", "Qcf::Eval", "LogicalOperator", "andOperatorColl", {},
+                         nullptr, {},
+                         {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase),
+                          .words = "and"}),
         row<OrOperator>("OrOperator", "Qcf::Eval", "LogicalOperator", "orOperatorColl", {}, nullptr,
                         {},
-                        {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase)}),
+                        {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase),
+                         .words = "or"}),
         row<SequentialOperator>(
             "SequentialOperator", "Qcf::Eval", "LogicalOperator", "sequentialOperatorColl", {},
             nullptr, {},
-            {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::logicalOperator) | bitOf(NodeKind::aetNodeBase),
+             .words = "??"}),
         row<LogicalOperatorList>("LogicalOperatorList", "Qcf::Eval", "AetNodeBase",
                                  "logicalOperatorListColl", fieldsLogicalOperatorList, nullptr,
                                  {.isLevel = false},
@@ -1159,19 +1180,23 @@ std::span<NodeClass const> nodeClasses() {
             "LogicalOperatorExpression", "Qcf::Eval", "Expression", "logicalOperatorExpressionColl",
             fieldsLogicalOperatorExpression, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<NotExpression>("NotExpression", "Qcf::Eval", "Expression", "notExpressionColl",
-                           fieldsNotExpression, nullptr, {},
-                           {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<IfExpression>("IfExpression", "Qcf::Eval", "Expression", "ifExpressionColl",
-                          fieldsIfExpression, nullptr, {.onlyReads = false},
-                          {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<ReturnExpression>(
-            "ReturnExpression", "Qcf::Eval", "Expression", "returnExpressionColl",
-            fieldsReturnExpression, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .returns = true}),
-        row<ExitExpression>("ExitExpression", "Qcf::Eval", "Expression", "exitExpressionColl",
-                            fieldsExitExpression, nullptr, {.onlyReads = false},
-                            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+        row<NotExpression>(
+            "NotExpression", "Qcf::Eval", "Expression", "notExpressionColl", fieldsNotExpression,
+            nullptr, {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "not"}),
+        row<IfExpression>(
+            "IfExpression", "Qcf::Eval", "Expression", "ifExpressionColl", fieldsIfExpression,
+            nullptr, {.onlyReads = false},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "if"}),
+        row<ReturnExpression>("ReturnExpression", "Qcf::Eval", "Expression", "returnExpressionColl",
+                              fieldsReturnExpression, nullptr, {.onlyReads = false},
+                              {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                               .returns = true,
+                               .words = "return"}),
+        row<ExitExpression>(
+            "ExitExpression", "Qcf::Eval", "Expression", "exitExpressionColl", fieldsExitExpression,
+            nullptr, {.onlyReads = false},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "exit"}),
         row<TriStateBoolExpression>(
             "TriStateBoolExpression", "Qcf::Eval", "Expression", "triStateBoolExpressionColl",
             fieldsTriStateBoolExpression, nullptr, {},
@@ -1219,14 +1244,16 @@ std::span<NodeClass const> nodeClasses() {
             {.kinds = bitOf(NodeKind::communityValue) | bitOf(NodeKind::storageType) |
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::node,
-             .isShared = true}),
+             .isShared = true,
+             .words = "merge"}),
         row<BandwidthToCommunityValue>(
             "BandwidthToCommunityValue", "Qcf::Eval", "CommunityValue",
             "bandwidthToCommunityValueColl", fieldsBandwidthToCommunityValue, nullptr, {},
             {.kinds = bitOf(NodeKind::communityValue) | bitOf(NodeKind::storageType) |
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::node,
-             .isShared = true}),
+             .isShared = true,
+             .words = "bandwidth_bits"}),
         row<ExtCommSetToLinkBandwidthExtCommValue>(
             "ExtCommSetToLinkBandwidthExtCommValue", "Qcf::Eval", "CommunityValue",
             "extCommSetToLinkBandwidthExtCommValueColl",
@@ -1234,16 +1261,17 @@ std::span<NodeClass const> nodeClasses() {
             {.kinds = bitOf(NodeKind::communityValue) | bitOf(NodeKind::storageType) |
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::node,
-             .isShared = true}),
+             .isShared = true,
+             .words = "link_bandwidth"}),
         row<ExtCommunitySetAddImmediate>(
             "ExtCommunitySetAddImmediate", "Qcf::Eval", "Expression",
             "extCommunitySetAddImmediateColl", fieldsExtCommunitySetAddImmediate, nullptr,
             {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "add"}),
         row<IntInImmediateSetWithRanges>(
             "IntInImmediateSetWithRanges", "Qcf::Eval", "Expression",
             "intInImmediateSetWithRangesColl", fieldsIntInImmediateSetWithRanges, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "in"}),
         row<Attribute::AdminAs>("AdminAs", "Qcf::Eval::Attribute", "Qcf::Eval::CommunityValue",
                                 "adminAsColl", {}, &attributeAdminAs, {},
                                 {.kinds = bitOf(NodeKind::communityValue) |
@@ -2068,25 +2096,30 @@ std::span<NodeClass const> nodeClasses() {
             "BandwidthGreaterThan", "Qcf::Eval", "Expression", "bandwidthGreaterThanColl",
             fieldsBandwidthGreaterThan, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .compares = ComparisonOrder::greaterThan}),
+             .compares = ComparisonOrder::greaterThan,
+             .words = ">"}),
         row<BandwidthGreaterThanEq>(
             "BandwidthGreaterThanEq", "Qcf::Eval", "Expression", "bandwidthGreaterThanEqColl",
             fieldsBandwidthGreaterThanEq, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .compares = ComparisonOrder::greaterThanEq}),
+             .compares = ComparisonOrder::greaterThanEq,
+             .words = ">="}),
         row<BandwidthIs>("BandwidthIs", "Qcf::Eval", "Expression", "bandwidthIsColl",
                          fieldsBandwidthIs, nullptr, {},
                          {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                          .compares = ComparisonOrder::is}),
+                          .compares = ComparisonOrder::is,
+                          .words = "is"}),
         row<BandwidthLessThan>("BandwidthLessThan", "Qcf::Eval", "Expression",
                                "bandwidthLessThanColl", fieldsBandwidthLessThan, nullptr, {},
                                {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                                .compares = ComparisonOrder::lessThan}),
+                                .compares = ComparisonOrder::lessThan,
+                                .words = "<"}),
         row<BandwidthLessThanEq>(
             "BandwidthLessThanEq", "Qcf::Eval", "Expression", "bandwidthLessThanEqColl",
             fieldsBandwidthLessThanEq, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .compares = ComparisonOrder::lessThanEq}),
+             .compares = ComparisonOrder::lessThanEq,
+             .words = "<="}),
         row<BandwidthImmediate>("BandwidthImmediate", "Qcf::Eval", "Bandwidth",
                                 "bandwidthImmediateColl", fieldsBandwidthImmediate, nullptr, {},
                                 {.kinds = bitOf(NodeKind::bandwidth) |
@@ -2104,43 +2137,53 @@ std::span<NodeClass const> nodeClasses() {
         row<IntGreaterThan>("IntGreaterThan", "Qcf::Eval", "Expression", "intGreaterThanColl",
                             fieldsIntGreaterThan, nullptr, {},
                             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                             .compares = ComparisonOrder::greaterThan}),
+                             .compares = ComparisonOrder::greaterThan,
+                             .words = ">"}),
         row<IntGreaterThanEq>("IntGreaterThanEq", "Qcf::Eval", "Expression", "intGreaterThanEqColl",
                               fieldsIntGreaterThanEq, nullptr, {},
                               {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                               .compares = ComparisonOrder::greaterThanEq}),
+                               .compares = ComparisonOrder::greaterThanEq,
+                               .words = ">="}),
         row<IntInImmediateSet>(
             "IntInImmediateSet", "Qcf::Eval", "Expression", "intInImmediateSetColl",
             fieldsIntInImmediateSet, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "in"}),
         row<IntIs>("IntIs", "Qcf::Eval", "Expression", "intIsColl", fieldsIntIs, nullptr, {},
                    {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                    .compares = ComparisonOrder::is}),
+                    .compares = ComparisonOrder::is,
+                    .words = "is"}),
         row<IntLessThan>("IntLessThan", "Qcf::Eval", "Expression", "intLessThanColl",
                          fieldsIntLessThan, nullptr, {},
                          {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                          .compares = ComparisonOrder::lessThan}),
+                          .compares = ComparisonOrder::lessThan,
+                          .words = "<"}),
         row<IntLessThanEq>("IntLessThanEq", "Qcf::Eval", "Expression", "intLessThanEqColl",
                            fieldsIntLessThanEq, nullptr, {},
                            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                            .compares = ComparisonOrder::lessThanEq}),
+                            .compares = ComparisonOrder::lessThanEq,
+                            .words = "<="}),
         row<IntMatchTagSet>("IntMatchTagSet", "Qcf::Eval", "Expression", "intMatchTagSetColl",
                             fieldsIntMatchTagSet, nullptr, {},
                             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                             .list = SlotKind::tagSet}),
-        row<IntAssign>(
-            "IntAssign", "Qcf::Eval", "Expression", "intAssignColl", fieldsIntAssign, nullptr,
+                             .list = SlotKind::tagSet,
+                             .words = "matches"}),
+        row<IntAssign>("IntAssign", "Qcf::Eval", "Expression", "intAssignColl", fieldsIntAssign,
+                       nullptr, {.onlyReads = false},
+                       {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                        .assigns = true,
+                        .words = "="}),
+        row<IntMinusEq>(
+            "IntMinusEq", "Qcf::Eval", "Expression", "intMinusEqColl", fieldsIntMinusEq, nullptr,
             {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
-        row<IntMinusEq>("IntMinusEq", "Qcf::Eval", "Expression", "intMinusEqColl", fieldsIntMinusEq,
-                        nullptr, {.onlyReads = false},
-                        {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<IntMultEq>("IntMultEq", "Qcf::Eval", "Expression", "intMultEqColl", fieldsIntMultEq,
-                       nullptr, {.onlyReads = false},
-                       {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<IntPlusEq>("IntPlusEq", "Qcf::Eval", "Expression", "intPlusEqColl", fieldsIntPlusEq,
-                       nullptr, {.onlyReads = false},
-                       {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "-="}),
+        row<IntMultEq>(
+            "IntMultEq", "Qcf::Eval", "Expression", "intMultEqColl", fieldsIntMultEq, nullptr,
+            {.onlyReads = false},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "*="}),
+        row<IntPlusEq>(
+            "IntPlusEq", "Qcf::Eval", "Expression", "intPlusEqColl", fieldsIntPlusEq, nullptr,
+            {.onlyReads = false},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "+="}),
         row<IntImmediate>("IntImmediate", "Qcf::Eval", "Int", "intImmediateColl",
                           fieldsIntImmediate, nullptr, {},
                           {.kinds = bitOf(NodeKind::int_) | bitOf(NodeKind::storageType) |
@@ -2157,22 +2200,25 @@ std::span<NodeClass const> nodeClasses() {
         row<CommunityValueIn>(
             "CommunityValueIn", "Qcf::Eval", "Expression", "communityValueInColl",
             fieldsCommunityValueIn, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "in"}),
         row<CommunityValueIs>(
             "CommunityValueIs", "Qcf::Eval", "Expression", "communityValueIsColl",
             fieldsCommunityValueIs, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<ResolutionRibsAssign>(
             "ResolutionRibsAssign", "Qcf::Eval", "Expression", "resolutionRibsAssignColl",
             fieldsResolutionRibsAssign, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .assigns = true,
+             .words = "="}),
         row<ResolutionRibsImmediate>(
             "ResolutionRibsImmediate", "Qcf::Eval", "ResolutionRibs", "resolutionRibsImmediateColl",
             fieldsResolutionRibsImmediate, nullptr, {},
             {.kinds = bitOf(NodeKind::resolutionRibs) | bitOf(NodeKind::storageType) |
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::node,
-             .isShared = true}),
+             .isShared = true,
+             .words = "ribs"}),
         row<CommunityValueImmediate>(
             "CommunityValueImmediate", "Qcf::Eval", "CommunityValue", "communityValueImmediateColl",
             fieldsCommunityValueImmediate, nullptr, {},
@@ -2181,9 +2227,10 @@ std::span<NodeClass const> nodeClasses() {
              .argument = ArgumentKind::node,
              .isShared = true,
              .isConstant = true}),
-        row<TriStateBoolIs>("TriStateBoolIs", "Qcf::Eval", "Expression", "triStateBoolIsColl",
-                            fieldsTriStateBoolIs, nullptr, {},
-                            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+        row<TriStateBoolIs>(
+            "TriStateBoolIs", "Qcf::Eval", "Expression", "triStateBoolIsColl", fieldsTriStateBoolIs,
+            nullptr, {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<TriStateBoolVariable>(
             "TriStateBoolVariable", "Qcf::Eval", "TriStateBool", "triStateBoolVariableColl",
             fieldsTriStateBoolVariable, nullptr, {.looksIntoFrame = true},
@@ -2198,9 +2245,10 @@ std::span<NodeClass const> nodeClasses() {
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::triStateBool,
              .isShared = true}),
-        row<MacAddressIs>("MacAddressIs", "Qcf::Eval", "Expression", "macAddressIsColl",
-                          fieldsMacAddressIs, nullptr, {},
-                          {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+        row<MacAddressIs>(
+            "MacAddressIs", "Qcf::Eval", "Expression", "macAddressIsColl", fieldsMacAddressIs,
+            nullptr, {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<MacAddressImmediate>("MacAddressImmediate", "Qcf::Eval", "MacAddress",
                                  "macAddressImmediateColl", fieldsMacAddressImmediate, nullptr, {},
                                  {.kinds = bitOf(NodeKind::macAddress) |
@@ -2208,21 +2256,25 @@ std::span<NodeClass const> nodeClasses() {
                                            bitOf(NodeKind::aetNodeBase),
                                   .argument = ArgumentKind::node,
                                   .isShared = true}),
-        row<IpAddressIs>("IpAddressIs", "Qcf::Eval", "Expression", "ipAddressIsColl",
-                         fieldsIpAddressIs, nullptr, {},
-                         {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+        row<IpAddressIs>(
+            "IpAddressIs", "Qcf::Eval", "Expression", "ipAddressIsColl", fieldsIpAddressIs, nullptr,
+            {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<IpAddressIsAddrZero>(
             "IpAddressIsAddrZero", "Qcf::Eval", "Expression", "ipAddressIsAddrZeroColl",
             fieldsIpAddressIsAddrZero, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "is zero"}),
         row<IpAddressMatchPrefixList>(
             "IpAddressMatchPrefixList", "Qcf::Eval", "Expression", "ipAddressMatchPrefixListColl",
             fieldsIpAddressMatchPrefixList, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<IpAddressAssign>(
-            "IpAddressAssign", "Qcf::Eval", "Expression", "ipAddressAssignColl",
-            fieldsIpAddressAssign, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "matches"}),
+        row<IpAddressAssign>("IpAddressAssign", "Qcf::Eval", "Expression", "ipAddressAssignColl",
+                             fieldsIpAddressAssign, nullptr, {.onlyReads = false},
+                             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                              .assigns = true,
+                              .words = "="}),
         row<IpAddressImmediate>("IpAddressImmediate", "Qcf::Eval", "IpAddress",
                                 "ipAddressImmediateColl", fieldsIpAddressImmediate, nullptr, {},
                                 {.kinds = bitOf(NodeKind::ipAddress) |
@@ -2230,21 +2282,24 @@ std::span<NodeClass const> nodeClasses() {
                                           bitOf(NodeKind::aetNodeBase),
                                  .argument = ArgumentKind::node,
                                  .isShared = true}),
-        row<IpPrefixCoveredBy>(
-            "IpPrefixCoveredBy", "Qcf::Eval", "Expression", "ipPrefixCoveredByColl",
-            fieldsIpPrefixCoveredBy, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<IpPrefixIs>("IpPrefixIs", "Qcf::Eval", "Expression", "ipPrefixIsColl", fieldsIpPrefixIs,
-                        nullptr, {},
-                        {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+        row<IpPrefixCoveredBy>("IpPrefixCoveredBy", "Qcf::Eval", "Expression",
+                               "ipPrefixCoveredByColl", fieldsIpPrefixCoveredBy, nullptr, {},
+                               {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                                .words = "covered by"}),
+        row<IpPrefixIs>(
+            "IpPrefixIs", "Qcf::Eval", "Expression", "ipPrefixIsColl", fieldsIpPrefixIs, nullptr,
+            {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<IpPrefixMatchCoveredPrefixList>(
             "IpPrefixMatchCoveredPrefixList", "Qcf::Eval", "Expression",
             "ipPrefixMatchCoveredPrefixListColl", fieldsIpPrefixMatchCoveredPrefixList, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "matches covered"}),
         row<IpPrefixMatchPrefixList>(
             "IpPrefixMatchPrefixList", "Qcf::Eval", "Expression", "ipPrefixMatchPrefixListColl",
             fieldsIpPrefixMatchPrefixList, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "matches"}),
         row<IpPrefixImmediate>("IpPrefixImmediate", "Qcf::Eval", "IpPrefix",
                                "ipPrefixImmediateColl", fieldsIpPrefixImmediate, nullptr, {},
                                {.kinds = bitOf(NodeKind::ipPrefix) | bitOf(NodeKind::storageType) |
@@ -2255,209 +2310,251 @@ std::span<NodeClass const> nodeClasses() {
             "AsPathMatchAsPathAccessList", "Qcf::Eval", "Expression",
             "asPathMatchAsPathAccessListColl", fieldsAsPathMatchAsPathAccessList, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::asPathAccessList}),
-        row<AsPathAssign>(
-            "AsPathAssign", "Qcf::Eval", "Expression", "asPathAssignColl", fieldsAsPathAssign,
-            nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
+             .list = SlotKind::asPathAccessList,
+             .words = "matches"}),
+        row<AsPathAssign>("AsPathAssign", "Qcf::Eval", "Expression", "asPathAssignColl",
+                          fieldsAsPathAssign, nullptr, {.onlyReads = false},
+                          {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                           .assigns = true,
+                           .words = "="}),
         row<AsPathPrepend>("AsPathPrepend", "Qcf::Eval", "Expression", "asPathPrependColl",
                            fieldsAsPathPrepend, nullptr, {.onlyReads = false},
-                           {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
-        row<InterfaceIs>("InterfaceIs", "Qcf::Eval", "Expression", "interfaceIsColl",
-                         fieldsInterfaceIs, nullptr, {},
-                         {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+                           {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                            .words = "prepend"}),
+        row<InterfaceIs>(
+            "InterfaceIs", "Qcf::Eval", "Expression", "interfaceIsColl", fieldsInterfaceIs, nullptr,
+            {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<InterfaceImmediate>("InterfaceImmediate", "Qcf::Eval", "Interface",
                                 "interfaceImmediateColl", fieldsInterfaceImmediate, nullptr, {},
                                 {.kinds = bitOf(NodeKind::interface) |
                                           bitOf(NodeKind::storageType) |
                                           bitOf(NodeKind::aetNodeBase),
                                  .argument = ArgumentKind::node,
-                                 .isShared = true}),
+                                 .isShared = true,
+                                 .words = "interface"}),
         row<IntSetAllInImmediate>(
             "IntSetAllInImmediate", "Qcf::Eval", "Expression", "intSetAllInImmediateColl",
             fieldsIntSetAllInImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "all in"}),
         row<IntSetHasAllImmediate>(
             "IntSetHasAllImmediate", "Qcf::Eval", "Expression", "intSetHasAllImmediateColl",
             fieldsIntSetHasAllImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has all"}),
         row<IntSetHasAnyImmediate>(
             "IntSetHasAnyImmediate", "Qcf::Eval", "Expression", "intSetHasAnyImmediateColl",
             fieldsIntSetHasAnyImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has any"}),
         row<IntSetHasNoneImmediate>(
             "IntSetHasNoneImmediate", "Qcf::Eval", "Expression", "intSetHasNoneImmediateColl",
             fieldsIntSetHasNoneImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has none"}),
         row<IntSetIsEmpty>("IntSetIsEmpty", "Qcf::Eval", "Expression", "intSetIsEmptyColl",
                            fieldsIntSetIsEmpty, nullptr, {},
-                           {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+                           {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+                            .words = "is empty"}),
         row<IntSetIsImmediate>(
             "IntSetIsImmediate", "Qcf::Eval", "Expression", "intSetIsImmediateColl",
             fieldsIntSetIsImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<IntSetMatchCommList>(
             "IntSetMatchCommList", "Qcf::Eval", "Expression", "intSetMatchCommListColl",
             fieldsIntSetMatchCommList, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::commList}),
+             .list = SlotKind::commList,
+             .words = "matches"}),
         row<IntSetMatchExactCommList>(
             "IntSetMatchExactCommList", "Qcf::Eval", "Expression", "intSetMatchExactCommListColl",
             fieldsIntSetMatchExactCommList, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::commList}),
+             .list = SlotKind::commList,
+             .words = "matches exact"}),
         row<IntSetAddCommList>("IntSetAddCommList", "Qcf::Eval", "Expression",
                                "intSetAddCommListColl", fieldsIntSetAddCommList, nullptr,
                                {.onlyReads = false},
                                {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-                                .list = SlotKind::commList}),
+                                .list = SlotKind::commList,
+                                .words = "add"}),
         row<IntSetAddImmediate>(
             "IntSetAddImmediate", "Qcf::Eval", "Expression", "intSetAddImmediateColl",
             fieldsIntSetAddImmediate, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "add"}),
         row<IntSetAssignCommList>(
             "IntSetAssignCommList", "Qcf::Eval", "Expression", "intSetAssignCommListColl",
             fieldsIntSetAssignCommList, nullptr, {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
              .list = SlotKind::commList,
-             .assigns = true}),
+             .assigns = true,
+             .words = "="}),
         row<IntSetAssignImmediate>(
             "IntSetAssignImmediate", "Qcf::Eval", "Expression", "intSetAssignImmediateColl",
             fieldsIntSetAssignImmediate, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .assigns = true,
+             .words = "="}),
         row<IntSetRemoveCommList>(
             "IntSetRemoveCommList", "Qcf::Eval", "Expression", "intSetRemoveCommListColl",
             fieldsIntSetRemoveCommList, nullptr, {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::commList}),
+             .list = SlotKind::commList,
+             .words = "remove"}),
         row<IntSetRemoveImmediate>(
             "IntSetRemoveImmediate", "Qcf::Eval", "Expression", "intSetRemoveImmediateColl",
             fieldsIntSetRemoveImmediate, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "remove"}),
         row<IntSetRetainCommList>(
             "IntSetRetainCommList", "Qcf::Eval", "Expression", "intSetRetainCommListColl",
             fieldsIntSetRetainCommList, nullptr, {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::commList}),
+             .list = SlotKind::commList,
+             .words = "retain"}),
         row<IntSetRetainImmediate>(
             "IntSetRetainImmediate", "Qcf::Eval", "Expression", "intSetRetainImmediateColl",
             fieldsIntSetRetainImmediate, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "retain"}),
         row<CommunitySetAllInImmediate>(
             "CommunitySetAllInImmediate", "Qcf::Eval", "Expression",
             "communitySetAllInImmediateColl", fieldsCommunitySetAllInImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "all in"}),
         row<CommunitySetHasAllImmediate>(
             "CommunitySetHasAllImmediate", "Qcf::Eval", "Expression",
             "communitySetHasAllImmediateColl", fieldsCommunitySetHasAllImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has all"}),
         row<CommunitySetHasAnyImmediate>(
             "CommunitySetHasAnyImmediate", "Qcf::Eval", "Expression",
             "communitySetHasAnyImmediateColl", fieldsCommunitySetHasAnyImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has any"}),
         row<CommunitySetHasNoneImmediate>(
             "CommunitySetHasNoneImmediate", "Qcf::Eval", "Expression",
             "communitySetHasNoneImmediateColl", fieldsCommunitySetHasNoneImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "has none"}),
         row<CommunitySetIsEmpty>(
             "CommunitySetIsEmpty", "Qcf::Eval", "Expression", "communitySetIsEmptyColl",
             fieldsCommunitySetIsEmpty, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "is empty"}),
         row<CommunitySetIsImmediate>(
             "CommunitySetIsImmediate", "Qcf::Eval", "Expression", "communitySetIsImmediateColl",
             fieldsCommunitySetIsImmediate, nullptr, {},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<CommunitySetMatchExactExtCommList>(
             "CommunitySetMatchExactExtCommList", "Qcf::Eval", "Expression",
             "communitySetMatchExactExtCommListColl", fieldsCommunitySetMatchExactExtCommList,
             nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::extCommList}),
+             .list = SlotKind::extCommList,
+             .words = "matches exact"}),
         row<CommunitySetMatchExtCommList>(
             "CommunitySetMatchExtCommList", "Qcf::Eval", "Expression",
             "communitySetMatchExtCommListColl", fieldsCommunitySetMatchExtCommList, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::extCommList}),
+             .list = SlotKind::extCommList,
+             .words = "matches"}),
         row<CommunitySetAddExtCommList>(
             "CommunitySetAddExtCommList", "Qcf::Eval", "Expression",
             "communitySetAddExtCommListColl", fieldsCommunitySetAddExtCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::extCommList}),
+             .list = SlotKind::extCommList,
+             .words = "add"}),
         row<CommunitySetAddImmediate>(
             "CommunitySetAddImmediate", "Qcf::Eval", "Expression", "communitySetAddImmediateColl",
             fieldsCommunitySetAddImmediate, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "add plain"}),
         row<CommunitySetAssignExtCommList>(
             "CommunitySetAssignExtCommList", "Qcf::Eval", "Expression",
             "communitySetAssignExtCommListColl", fieldsCommunitySetAssignExtCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
              .list = SlotKind::extCommList,
-             .assigns = true}),
+             .assigns = true,
+             .words = "="}),
         row<CommunitySetAssignImmediate>(
             "CommunitySetAssignImmediate", "Qcf::Eval", "Expression",
             "communitySetAssignImmediateColl", fieldsCommunitySetAssignImmediate, nullptr,
             {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .assigns = true}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .assigns = true,
+             .words = "="}),
         row<CommunitySetRemoveExtCommList>(
             "CommunitySetRemoveExtCommList", "Qcf::Eval", "Expression",
             "communitySetRemoveExtCommListColl", fieldsCommunitySetRemoveExtCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::extCommList}),
+             .list = SlotKind::extCommList,
+             .words = "remove"}),
         row<CommunitySetRemoveImmediate>(
             "CommunitySetRemoveImmediate", "Qcf::Eval", "Expression",
             "communitySetRemoveImmediateColl", fieldsCommunitySetRemoveImmediate, nullptr,
             {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "remove"}),
         row<CommunitySetRetainExtCommList>(
             "CommunitySetRetainExtCommList", "Qcf::Eval", "Expression",
             "communitySetRetainExtCommListColl", fieldsCommunitySetRetainExtCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::extCommList}),
+             .list = SlotKind::extCommList,
+             .words = "retain"}),
         row<CommunitySetRetainImmediate>(
             "CommunitySetRetainImmediate", "Qcf::Eval", "Expression",
             "communitySetRetainImmediateColl", fieldsCommunitySetRetainImmediate, nullptr,
             {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .words = "retain"}),
         row<CommunitySetMatchExactLargeCommList>(
             "CommunitySetMatchExactLargeCommList", "Qcf::Eval", "Expression",
             "communitySetMatchExactLargeCommListColl", fieldsCommunitySetMatchExactLargeCommList,
             nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::largeCommList}),
+             .list = SlotKind::largeCommList,
+             .words = "matches exact"}),
         row<CommunitySetMatchLargeCommList>(
             "CommunitySetMatchLargeCommList", "Qcf::Eval", "Expression",
             "communitySetMatchLargeCommListColl", fieldsCommunitySetMatchLargeCommList, nullptr, {},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::largeCommList}),
+             .list = SlotKind::largeCommList,
+             .words = "matches"}),
         row<CommunitySetAddLargeCommList>(
             "CommunitySetAddLargeCommList", "Qcf::Eval", "Expression",
             "communitySetAddLargeCommListColl", fieldsCommunitySetAddLargeCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::largeCommList}),
+             .list = SlotKind::largeCommList,
+             .words = "add"}),
         row<CommunitySetAssignLargeCommList>(
             "CommunitySetAssignLargeCommList", "Qcf::Eval", "Expression",
             "communitySetAssignLargeCommListColl", fieldsCommunitySetAssignLargeCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
              .list = SlotKind::largeCommList,
-             .assigns = true}),
+             .assigns = true,
+             .words = "="}),
         row<CommunitySetRemoveLargeCommList>(
             "CommunitySetRemoveLargeCommList", "Qcf::Eval", "Expression",
             "communitySetRemoveLargeCommListColl", fieldsCommunitySetRemoveLargeCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::largeCommList}),
+             .list = SlotKind::largeCommList,
+             .words = "remove"}),
         row<CommunitySetRetainLargeCommList>(
             "CommunitySetRetainLargeCommList", "Qcf::Eval", "Expression",
             "communitySetRetainLargeCommListColl", fieldsCommunitySetRetainLargeCommList, nullptr,
             {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
-             .list = SlotKind::largeCommList}),
+             .list = SlotKind::largeCommList,
+             .words = "retain"}),
         row<RoaTableImmediate>("RoaTableImmediate", "Qcf::Eval", "Int", "roaTableImmediateColl",
                                fieldsRoaTableImmediate, nullptr, {},
                                {.kinds = bitOf(NodeKind::int_) | bitOf(NodeKind::storageType) |
@@ -2465,7 +2562,8 @@ std::span<NodeClass const> nodeClasses() {
                                 .argument = ArgumentKind::integer,
                                 .list = SlotKind::roaTable,
                                 .isShared = true,
-                                .isConstant = true}),
+                                .isConstant = true,
+                                .words = "roa_table"}),
         row<PrefixListImmediate>("PrefixListImmediate", "Qcf::Eval", "PrefixList",
                                  "prefixListImmediateColl", fieldsPrefixListImmediate, nullptr, {},
                                  {.kinds = bitOf(NodeKind::prefixList) |
@@ -2488,15 +2586,18 @@ std::span<NodeClass const> nodeClasses() {
                       bitOf(NodeKind::aetNodeBase),
              .argument = ArgumentKind::prefixList,
              .list = SlotKind::dynamicPrefixList,
-             .isShared = true}),
-        row<EsiIs>("EsiIs", "Qcf::Eval", "Expression", "esiIsColl", fieldsEsiIs, nullptr, {},
-                   {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase)}),
+             .isShared = true,
+             .words = "dynamic_prefix_list"}),
+        row<EsiIs>(
+            "EsiIs", "Qcf::Eval", "Expression", "esiIsColl", fieldsEsiIs, nullptr, {},
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .words = "is"}),
         row<SetNextHopSelfImplExpr>(
             "SetNextHopSelfImplExpr", "Qcf::Eval", "Expression", "setNextHopSelfImplExprColl", {},
             nullptr, {.onlyReads = false},
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
              .returns = true,
-             .writes = 32768U}),
+             .writes = 32768U,
+             .words = "set_next_hop_self"}),
         row<MatchOriginAsValidityImplExpr>(
             "MatchOriginAsValidityImplExpr", "Qcf::Eval", "Expression",
             "matchOriginAsValidityImplExprColl", {}, nullptr,
@@ -2504,11 +2605,14 @@ std::span<NodeClass const> nodeClasses() {
             {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
              .returns = true,
              .reads = 137438953488U,
-             .integerArguments = 2}),
+             .integerArguments = 2,
+             .words = "match_origin_as_validity"}),
         row<EvpnIpPrefixRouteSetOverlayIndexImplExpr>(
             "EvpnIpPrefixRouteSetOverlayIndexImplExpr", "Qcf::Eval", "Expression",
             "evpnIpPrefixRouteSetOverlayIndexImplExprColl", {}, nullptr, {.onlyReads = false},
-            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase), .returns = true}),
+            {.kinds = bitOf(NodeKind::expression) | bitOf(NodeKind::aetNodeBase),
+             .returns = true,
+             .words = "evpn_set_overlay_index"}),
         row<AsPathReplaceImplExpr>(
             "AsPathReplaceImplExpr", "Qcf::Eval", "Expression", "asPathReplaceImplExprColl", {},
             nullptr, {.onlyReads = false, .looksIntoFrame = true},
@@ -2517,6 +2621,7 @@ std::span<NodeClass const> nodeClasses() {
              .reads = 16U,
              .writes = 4U,
              .integerArguments = 1,
+             .words = "as_path_replace",
              .readsNodeArguments = true}),
         row<AsPathRemoveImplExpr>(
             "AsPathRemoveImplExpr", "Qcf::Eval", "Expression", "asPathRemoveImplExprColl", {},
@@ -2525,6 +2630,7 @@ std::span<NodeClass const> nodeClasses() {
              .returns = true,
              .reads = 16U,
              .writes = 4U,
+             .words = "as_path_remove",
              .readsNodeArguments = true}),
         row<EsiImmediate>("EsiImmediate", "Qcf::Eval", "Esi", "esiImmediateColl",
                           fieldsEsiImmediate, nullptr, {},

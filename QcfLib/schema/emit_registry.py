@@ -55,8 +55,14 @@ def facts(node):
             ("isLink", node.isChain), ("isShared", node.isValue or node.shared), ("isConstant", node.constant), ("returns", node.returns),
             ("assigns", node.assigns), ("compares", f"ComparisonOrder::{node.compares}" if node.compares else ""), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
             ("writes", f"{attributeBits(writes, MODIFIABLE)}U" if writes else ""), ("integerArguments", str(node.integers) if node.integers else ""),
-            ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
+            ("words", f'"{node.words}"' if node.words else ""), ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
     return "{" + ", ".join(f".{name} = {str(value).lower() if value is True else value}" for name, value in rows if value) + "}"
+
+
+def ofValues(source):
+    """What an attribute says of its values beyond their range, left out where it is nothing."""
+    names = f", names{source.cls}" if source.names else ""
+    return f"{names or ', {}'}, SlotKind::{source.lists}" if source.lists else names
 
 
 def attributeInfo(a):
@@ -65,12 +71,16 @@ def attributeInfo(a):
     numbers = ["std::nullopt" if n is None else f"{n}ULL" for n in limits]
     read = READABLE.index(s) if s.inSets else -1
     write = MODIFIABLE.index(s) if a.modifiable else -1
-    return f'{{"{a.language}", {str(a.modifiable).lower()}, {", ".join(numbers)}, {read}, {write}}}'
+    return f'{{"{a.language}", {str(a.modifiable).lower()}, {", ".join(numbers)}, {read}, {write}{ofValues(s)}}}'
 
 
 def tables(node):
     """The constant records that the class's row points to."""
     if node.attribute:
+        # A twin has the names of its attribute, whose class is the first to be written.
+        if node.attribute.source.cls == node.cls and node.attribute.source.names:
+            texts = ", ".join(f'"{name}"' for name in node.attribute.source.names)
+            yield f"constexpr std::string_view names{node.cls}[] = {{{texts}}};\n"
         yield f"constexpr AttributeInfo attribute{node.cls}{attributeInfo(node.attribute)};\n"
     if node.fields:
         yield f"constexpr FieldInfo fields{node.cls}[] = {{\n" + "".join(fieldRow(node, f) for f in node.fields) + "};\n"

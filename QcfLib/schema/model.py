@@ -58,6 +58,8 @@ class Source:
     default: Optional[int]
     initial: str
     common: bool
+    names: tuple = ()
+    lists: str = ""
 
     @property
     def stem(self):
@@ -138,6 +140,7 @@ class Node:
     returns: bool = False
     assigns: bool = False
     compares: str = ""
+    words: str = ""
     reads: tuple = ()
     writes: tuple = ()
     integers: int = 0
@@ -187,16 +190,18 @@ class Node:
         return not self.isChain and self.base != "FunctionBase"
 
 
-def source(cls, language, kind, doc, modifiable=False, max=None, default=None, initial=None, common=False):
+def source(cls, language, kind, doc, modifiable=False, max=None, default=None, initial=None, common=False, names="", lists=""):
     if kind not in KINDS:
         raise SchemaError(f"attribute {cls}: no type {kind!r}")
     isInt = kind == "int" and modifiable
     if isInt != (max is not None):
         raise SchemaError(f"attribute {cls}: modifiable integers, and only they, state their largest value")
+    if lists not in {"", *LISTS}:
+        raise SchemaError(f"attribute {cls}: no kind of list {lists!r}")
     if not doc.endswith("."):
         raise SchemaError(f"attribute {cls}: the sentence wants a full stop")
     k = KINDS[kind]
-    return Source(cls, language, k, kind, doc, modifiable, 0 if isInt else None, max, default, initial or k.initial, common)
+    return Source(cls, language, k, kind, doc, modifiable, 0 if isInt else None, max, default, initial or k.initial, common, tuple(names.split()), lists)
 
 
 def derived(cls, source, suffix, compute, doc):
@@ -264,6 +269,7 @@ def node(cls, base, fields, doc, module, **more):
     returns        it can end the function, whatever its children do
     assigns        it replaces its target without reading it
     compares       of a comparison of two integers or bandwidths: its order
+    words          how policy text spells it: what stands between its operands, or before its parts
     reads, writes  attributes that it reads and writes by itself, by language name
     integers       integer arguments that it reads by itself; nodeArguments: also a set and two lists
     lowered        it says how a plan runs it
