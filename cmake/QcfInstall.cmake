@@ -1,5 +1,5 @@
 # What `cmake --install` puts down: the libraries with their public headers, and a package that
-# find_package(Qcf [COMPONENTS Documents Lists Agent Mirror]) reads. The engine is one export set, every
+# find_package(Qcf [COMPONENTS Documents Lists Text Agent Mirror]) reads. The engine is one export set, every
 # component another, so that nothing is looked for unasked.
 include(CMakePackageConfigHelpers)
 
@@ -22,6 +22,7 @@ endfunction()
 qcf_install(QcfTargets QcfPlatform QcfLib)
 qcf_install(QcfDocumentsTargets QcfDocuments)
 qcf_install(QcfListsTargets QcfLists)
+qcf_install(QcfTextTargets QcfText)
 qcf_install(QcfAgentTargets QcfAgent)
 qcf_install(QcfMirrorTargets QcfMirror)
 

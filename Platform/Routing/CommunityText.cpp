@@ -175,6 +175,24 @@ std::optional<U64> parseStandardCommunity(std::string_view text) {
     return parseDecimal(text, max32);
 }
 
+std::string_view wellKnownCommunityName(U64 community) {
+    for (WellKnownCommunity const & each : wellKnownCommunities) {
+        if (each.value == community) {
+            return each.name;
+        }
+    }
+    return {};
+}
+
+std::span<std::string_view const> wellKnownCommunityNames() {
+    static auto const names = [] {
+        std::array<std::string_view, wellKnownCommunities.size()> all;
+        std::ranges::transform(wellKnownCommunities, all.begin(), &WellKnownCommunity::name);
+        return all;
+    }();
+    return names;
+}
+
 void appendStandardCommunityText(String & out, U64 community) {
     // No community, but the set may hold it: shown as the number that it is.
     if (community > max32) {

@@ -4,6 +4,7 @@
 #include "Platform/Routing/CommunityValue.h"
 
 #include <optional>
+#include <span>
 #include <string_view>
 
 /// Texts of communities. Readers take the whole text or nothing: no blanks, no signs, and a part
@@ -14,6 +15,12 @@
 /// well-known name as registered for RFC 1997, 3765, 7999, 8326 and 9494 ("no-export"; any case,
 /// "-" and "_" alike).
 std::optional<U64> parseStandardCommunity(std::string_view text);
+
+/// The name under which a standard community is registered, lower case and joined by "-"; empty for
+/// all that have none.
+std::string_view wellKnownCommunityName(U64 community);
+/// All of those names.
+std::span<std::string_view const> wellKnownCommunityNames();
 
 /// "A:B". A number beyond 32 bits, which no standard community is, reads as a plain decimal.
 String standardCommunityText(U64 community);

@@ -24,7 +24,7 @@ project(Consumer LANGUAGES CXX)
 find_package(Qcf REQUIRED COMPONENTS ${COMPONENTS})
 add_executable(consumer embed.cpp)
 target_link_libraries(consumer PRIVATE Qcf::QcfLib)
-foreach(component Documents Lists Agent Mirror)
+foreach(component Documents Lists Text Agent Mirror)
     if(TARGET Qcf::Qcf${component})
         message(NOTICE "has ${component}")
         file(WRITE ${CMAKE_BINARY_DIR}/${component}.cpp "int main() {}\n")
@@ -60,7 +60,7 @@ if ldd "$work/alone/consumer" | grep -E 'hiredis|librtr|libre2|libz|libbz2|libss
 fi
 
 has=$(consumer all "Documents;Agent;Mirror")
-[[ $has == "Documents Lists Agent Mirror" ]] || fail "asked for all components, got '$has'"
+[[ $has == "Documents Lists Text Agent Mirror" ]] || fail "asked for all components, got '$has'"
 if consumer unknown Nonsense >"$work/unknown.out"; then
     fail "an unknown component is taken as found"
 fi

@@ -30,7 +30,7 @@ while read -r header; do
     failed=1
 done <"$work/missing"
 # A folder that installs nothing would pass everything above.
-for folder in Platform/Framework QcfLib QcfLib/ClientPlugin Documents Lists Agent/Evaluation Mirror; do
+for folder in Platform/Framework QcfLib QcfLib/ClientPlugin Documents Lists Text Agent/Evaluation Mirror; do
     grep -q "^$folder/[^/]*\.h$" "$work/installed" || {
         echo "FAILED: no header of $folder is installed"
         failed=1

@@ -1,0 +1,73 @@
+#include "Text/Message.h"
+
+#include "Platform/Render/Utf8.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace Qcf::Text {
+
+namespace {
+
+/// As much of a line as is shown; a text may be one line of a megabyte.
+constexpr std::size_t widestLine = 200;
+
+/// What stands before the caret: tabs stay, so that the caret stands below its character whatever
+/// their width is.
+String caretLine(std::string_view line, U32 column) {
+    String caret;
+    U32 at = 1;
+    for (char const c : line) {
+        if ((static_cast<unsigned char>(c) & 0xC0U) == 0x80) {
+            continue;
+        }
+        if (at++ == column) {
+            break;
+        }
+        caret += c == '\t' ? '\t' : ' ';
+    }
+    return caret + '^';
+}
+
+} // namespace
+
+char const * toString(Severity severity) {
+    return severity == Severity::error ? "error" : "warning";
+}
+
+void Messages::add(Message message) {
+    errors_ += message.severity == Severity::error ? 1 : 0;
+    messages_.push_back(std::move(message));
+}
+
+void Messages::sort() {
+    std::ranges::stable_sort(messages_, [](Message const & a, Message const & b) {
+        return a.span.file == b.span.file ? a.span.begin < b.span.begin : a.span.file < b.span.file;
+    });
+}
+
+String lineOf(Message const & message, Sources const & sources) {
+    String line =
+        sources.placeText(message.span) + ": " + toString(message.severity) + ": " + message.text;
+    if (!message.suggestion.empty()) {
+        line += "; did you mean '" + message.suggestion + "'?";
+    }
+    return line;
+}
+
+void Messages::print(Sources const & sources, std::ostream & out) const {
+    for (Message const & message : messages_) {
+        SourceText const & source = sources[message.span.file];
+        std::string_view const line = source.lineOf(message.span.begin);
+        U32 const column = source.placeOf(message.span.begin).column;
+        out << lineOf(message, sources) << '\n';
+        if (line.size() <= widestLine) {
+            out << "    " << line << "\n    " << caretLine(line, column) << '\n';
+        }
+        if (!message.note.empty()) {
+            out << "    " << message.note << '\n';
+        }
+    }
+}
+
+} // namespace Qcf::Text
