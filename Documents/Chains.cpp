@@ -57,7 +57,7 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
 
 // From the end on: a link refers to the one behind it. The keys so rise from the end to the front,
 // as those of children before parents do.
-U32 addLinks(NodeBuilder & builder, Chain const & chain) {
+U32 addLinks(DocumentBuilder & builder, Chain const & chain) {
     U32 next = chain.tail;
     for (auto link = chain.links.rbegin(); link != chain.links.rend(); ++link) {
         U32 const children[] = {link->entryNumber, next};

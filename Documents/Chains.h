@@ -40,6 +40,6 @@ Chain openChain(EarlierNodes const & earlier, JsonValue const & owner,
                 std::optional<JsonValue> json, Position const & position);
 
 /// Makes the links over their entries' nodes. Answers the number of the first, `none` of no links.
-U32 addLinks(NodeBuilder & builder, Chain const & chain);
+U32 addLinks(DocumentBuilder & builder, Chain const & chain);
 
 } // namespace Qcf::Documents

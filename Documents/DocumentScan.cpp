@@ -1,5 +1,6 @@
 #include "Documents/DocumentScan.h"
 
+#include "Documents/DocumentBuilder.h"
 #include "Documents/Position.h"
 #include "Documents/ScalarReader.h"
 #include "Documents/Words.h"
@@ -49,7 +50,7 @@ void DocumentScan::scanMetadata(JsonValue const & function) {
     if (auto const json = function.find(position.field.name)) {
         FunctionMetadata metadata;
         readScalar(*json, position.subject(), metadata);
-        names_.metadataIs(*json, metadata);
+        names_.metadataIs(JsonPlace(*json, nullptr), metadata);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Documents/NodeBuilder.h"
+#include "Documents/DocumentBuilder.h"
 #include "Documents/NodeObject.h"
 #include "Documents/Position.h"
 
@@ -19,7 +19,7 @@ namespace Qcf::Documents {
 /// A function can be called from where it is read on, so that calls never go round in a circle.
 class EarlierNodes {
 public:
-    explicit EarlierNodes(NodeBuilder & builder) : builder_(builder) {}
+    explicit EarlierNodes(DocumentBuilder & builder) : builder_(builder) {}
 
     /// The node that `json`, an object with the member `ref`, refers to and that may stand there.
     U32 findReferenced(JsonValue const & json, Position const & position) const;
@@ -35,7 +35,7 @@ private:
     /// The same of one object alone.
     void addUnreadObject(JsonValue const & json);
 
-    NodeBuilder & builder_;
+    DocumentBuilder & builder_;
     /// Numbers of functions by their names.
     std::unordered_map<String, U32> functions_;
     /// Names and keys that stand in entries that could not be read.

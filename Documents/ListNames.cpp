@@ -18,7 +18,7 @@ String metadataName() {
     return Eval::nodeClassOf<Eval::Function>().fieldOf(Eval::FieldRole::metadata)->name;
 }
 
-[[noreturn]] void failSlot(JsonValue const & place, SlotKindInfo const & kind, String const & name,
+[[noreturn]] void failSlot(Place const & place, SlotKindInfo const & kind, String const & name,
                            U16 slot, String const & other) {
     place.fail(metadataName() + "." + kind.name,
                "\"" + oneLine(name, 60) + "\" at slot " + std::to_string(slot) +
@@ -43,7 +43,7 @@ bool ListNames::take(SlotKind kind, String const & name, U16 slot) {
 
 // Slots are the document's and not a function's: one agent's tables serve all its functions, so
 // that they must agree.
-void ListNames::metadataIs(JsonValue const & place, FunctionMetadata const & metadata) {
+void ListNames::metadataIs(Place const & place, FunctionMetadata const & metadata) {
     for (SlotKindInfo const & info : slotKinds) {
         SlotMap const & slots = slots_.of(info.kind);
         for (auto const & [name, slot] : metadata.of(info.kind)) {
@@ -67,7 +67,7 @@ void ListNames::slotIs(SlotKind kind, String const & name, U64 slot) {
 }
 
 // Counted wider than slots are, so that the end shows.
-U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
+U16 ListNames::nextSlot(Place const & place, SlotKind kind) {
     auto const & taken = ofKind(kind).taken;
     U32 & last = ofKind(kind).lastCounted;
     do {
@@ -81,7 +81,7 @@ U16 ListNames::nextSlot(JsonValue const & place, SlotKind kind) {
 
 // The first use makes the set and the entry of the document's lists; all later ones answer with
 // that set, so that a tree with many uses of one name has one set for it.
-U32 ListNames::use(JsonValue const & place, SlotKind kind, String const & name) {
+U32 ListNames::use(Place const & place, SlotKind kind, String const & name) {
     auto const [at, isNew] = ofKind(kind).uses.emplace(name, static_cast<U32>(uses_.size()));
     if (!isNew) {
         return uses_[at->second].set;
@@ -92,7 +92,7 @@ U32 ListNames::use(JsonValue const & place, SlotKind kind, String const & name) 
     auto const set = static_cast<U32>(sets_.size());
     sets_.push_back({at->second, 0, 0, 0});
     uses_.push_back({kind, name, set});
-    lists_.push_back({slotKindInfo(kind).name, name, slotOf(kind, name), place.pointer()});
+    lists_.push_back({slotKindInfo(kind).name, name, slotOf(kind, name), place.text()});
     return set;
 }
 
@@ -115,7 +115,7 @@ U32 ListNames::join(U32 a, U32 b) {
 
 // Each function goes over all of its sets, once each. Many functions over one large tree go over
 // the same ones, so that the steps are limited.
-FunctionMetadata ListNames::metadataOf(JsonValue const & place, U32 set) {
+FunctionMetadata ListNames::metadataOf(Place const & place, U32 set) {
     FunctionMetadata metadata;
     std::vector<U32> open{set};
     ++visit_;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Documents/Place.h"
 #include "Documents/Program.h"
-#include "Platform/Render/JsonDocument.h"
 
 #include <array>
 #include <unordered_map>
@@ -24,13 +24,13 @@ class ListNames {
 public:
     /// Joins the metadata of a function, given at `place`. Fails when a name has another slot
     /// elsewhere in the document, or the slot another name.
-    void metadataIs(JsonValue const & place, FunctionMetadata const & metadata);
+    void metadataIs(Place const & place, FunctionMetadata const & metadata);
     /// Notes that a node gives a list this slot. Call for all nodes before the first `use`.
     void slotIs(SlotKind kind, String const & name, U64 slot);
 
     /// Notes that the node at `place` uses a list; answers the set of just this name. Fails when no
     /// slot is left for it.
-    U32 use(JsonValue const & place, SlotKind kind, String const & name);
+    U32 use(Place const & place, SlotKind kind, String const & name);
     /// The slot of a name that was used; 0, which selects nothing, for any other.
     U16 slotOf(SlotKind kind, String const & name) const;
 
@@ -38,7 +38,7 @@ public:
     U32 join(U32 a, U32 b);
     /// Metadata of a function whose tree uses this set. `place` is for the failure when a document
     /// wants more work than a limit for this.
-    FunctionMetadata metadataOf(JsonValue const & place, U32 set);
+    FunctionMetadata metadataOf(Place const & place, U32 set);
 
     /// All names with slots.
     FunctionMetadata const & slots() const { return slots_; }
@@ -73,7 +73,7 @@ private:
     /// Gives the name this slot; false when that is another name's.
     bool take(SlotKind kind, String const & name, U16 slot);
     /// The next one that no name has.
-    U16 nextSlot(JsonValue const & place, SlotKind kind);
+    U16 nextSlot(Place const & place, SlotKind kind);
 
     FunctionMetadata slots_;
     std::array<Kind, std::size(slotKinds)> kinds_;

@@ -14,13 +14,13 @@ constexpr U32 none = NodeBuilder::none;
 
 /// A value at a position. Readers of a type answer `none` for what is no literal of that type.
 struct Literal {
-    NodeBuilder & builder;
+    DocumentBuilder & builder;
     JsonValue const & json;
     Position const & position;
 
     U64 key() const { return builder.keyFor(json, std::nullopt); }
     U32 add(Ptr<AetNodeBase> const & node, std::span<U32 const> children = {}) const {
-        return builder.add(json, node, children, false);
+        return builder.add(builder.at(json), node, children, false);
     }
 };
 
@@ -144,7 +144,7 @@ std::optional<U32> Literals::attribute(JsonValue const & json, Position const & 
     if (!position.field.accepts(*node)) {
         return std::nullopt;
     }
-    return attributes_[nodeClass] = builder_.add(json, node, {}, false);
+    return attributes_[nodeClass] = builder_.add(builder_.at(json), node, {}, false);
 }
 
 U32 Literals::read(JsonValue const & json, Position const & position) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Documents/NodeBuilder.h"
+#include "Documents/DocumentBuilder.h"
 #include "Documents/Position.h"
 
 #include <unordered_map>
@@ -17,7 +17,7 @@ namespace Qcf::Documents {
 /// Answers are node numbers of the builder, which must outlive this. Failures are DocumentErrors.
 class Literals {
 public:
-    explicit Literals(NodeBuilder & builder) : builder_(builder) {}
+    explicit Literals(DocumentBuilder & builder) : builder_(builder) {}
 
     /// The node that the value stands for. Attributes come first: a text that is the name of one
     /// which may stand there is nothing else.
@@ -29,7 +29,7 @@ private:
     /// The attribute that a text names; nothing where it is none, or may not stand there.
     std::optional<U32> attribute(JsonValue const & json, Position const & position);
 
-    NodeBuilder & builder_;
+    DocumentBuilder & builder_;
     /// Nodes of attributes, those that were made from their names.
     std::unordered_map<Eval::NodeClass const *, U32> attributes_;
 };

@@ -2,7 +2,6 @@
 
 #include "Documents/NodeChecks.h"
 #include "Documents/NodeContent.h"
-#include "Documents/Places.h"
 #include "Documents/Program.h"
 
 #include <boost/container/small_vector.hpp>
@@ -14,17 +13,17 @@ namespace Qcf::Documents {
 
 using Eval::FieldInfo;
 
-U64 NodeBuilder::keyFor(JsonValue const & place, std::optional<JsonValue> const & given) const {
-    if (!given) {
-        U64 const largest = std::max(table_.largestKey(), largestUnread_);
-        if (largest == ~U64{0}) {
-            place.fail("", "key above 18446744073709551615", "none that is larger");
-        }
-        return largest + 1;
+U64 NodeBuilder::nextKey(Place const & place) const {
+    U64 const largest = std::max(table_.largestKey(), largestUnread_);
+    if (largest == ~U64{0}) {
+        place.fail("", "key above 18446744073709551615", "none that is larger");
     }
-    U64 const key = given->expectU64(1);
+    return largest + 1;
+}
+
+U64 NodeBuilder::freeKey(Place const & place, U64 key) const {
     if (find(key)) {
-        given->fail("", "key of its own", "key " + std::to_string(key) + " again");
+        place.fail("", "key of its own", "key " + std::to_string(key) + " again");
     }
     return key;
 }
@@ -49,7 +48,7 @@ U32 NodeBuilder::namesOf(Node const & node, std::span<U32 const> children, U32 o
     return names;
 }
 
-U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<U32 const> children,
+U32 NodeBuilder::add(Place const & place, Ptr<Node> const & node, std::span<U32 const> children,
                      bool keyGiven, U32 names) {
     boost::container::small_vector<NodeFacts const *, 4> theirs;
     for (U32 const child : children) {
@@ -64,7 +63,7 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
         structure != 0 && structure <= firstOf_.size() && firstOf_[structure - 1] != none;
     if (known && !keyGiven) {
         U32 const first = firstOf_[structure - 1];
-        noteNode(first, place);
+        place.note(*table_.node(first));
         return first;
     }
     NodeFacts facts = Documents::factsOf(*node, factsOfChildren);
@@ -76,7 +75,7 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     }
 
     U32 const number = table_.add(node, facts);
-    noteNode(number, place);
+    place.note(*node);
     if (shared && !known) {
         // A content whose node was refused has a number and no node: reading may go on behind it.
         firstOf_.resize(std::max<std::size_t>(firstOf_.size(), structure), none);
@@ -85,14 +84,8 @@ U32 NodeBuilder::add(JsonValue const & place, Ptr<Node> const & node, std::span<
     return number;
 }
 
-void NodeBuilder::noteNode(U32 number, JsonValue const & place) {
-    if (places_ != nullptr) {
-        places_->note(*table_.node(number), place);
-    }
-}
-
 // Depth counts levels alone: links of a chain stand side by side, and may be millions.
-void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & nodeClass,
+void NodeBuilder::checkDepth(Place const & place, Eval::NodeClass const & nodeClass,
                              std::span<U32 const> children) const {
     U32 below = 0;
     for (U32 const child : children) {
@@ -108,8 +101,7 @@ void NodeBuilder::checkDepth(JsonValue const & place, Eval::NodeClass const & no
 
 // A literal that says it is cachable although an element is no constant is built at each
 // evaluation.
-void NodeBuilder::keepConstant(JsonValue const & place, Node const & node,
-                               NodeFacts const & elements) {
+void NodeBuilder::keepConstant(Place const & place, Node const & node, NodeFacts const & elements) {
     auto const keep = node.typeData().facts.keepConstant;
     if (keep == nullptr || !elements.constant || elements.length == 0) {
         return;

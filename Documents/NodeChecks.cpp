@@ -22,7 +22,7 @@ String countText(std::size_t count, char const * what) {
 
 // Counted as evaluation meets them, not as they are stored: a few kilobytes of nodes that share
 // each other may unfold to more than can ever be walked.
-void checkExtent(JsonValue const & place, AetNodeBase const & node, NodeFacts const & facts) {
+void checkExtent(Place const & place, AetNodeBase const & node, NodeFacts const & facts) {
     if (facts.size > ProgramLimits::unfoldedNodes) {
         place.fail(node.typeData().name,
                    "tree of at most " + std::to_string(ProgramLimits::unfoldedNodes) +
@@ -32,7 +32,7 @@ void checkExtent(JsonValue const & place, AetNodeBase const & node, NodeFacts co
 }
 
 /// A return that comes out of an operand ends the process.
-void checkOperands(JsonValue const & place, AetNodeBase const & node, Children children) {
+void checkOperands(Place const & place, AetNodeBase const & node, Children children) {
     auto child = children.begin();
     for (FieldInfo const & field : node.typeData().fields) {
         if (!field.isNode()) {
@@ -61,7 +61,7 @@ NodeFacts const * childOf(AetNodeBase const & node, Children children, FieldRole
 
 U32 lengthOf(NodeFacts const * chain) { return chain == nullptr ? 0 : chain->length; }
 
-void checkBounds(JsonValue const & place, std::string_view subject, U32 lower, U32 upper) {
+void checkBounds(Place const & place, std::string_view subject, U32 lower, U32 upper) {
     if (lower != upper) {
         place.fail(subject, "as many lower bounds as upper bounds",
                    std::to_string(lower) + " and " + std::to_string(upper));
@@ -70,7 +70,7 @@ void checkBounds(JsonValue const & place, std::string_view subject, U32 lower, U
 
 /// A value that is passed as a reference would be read in the callee's frame. By then the frame is
 /// that of another function, whose arguments are others.
-void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
+void checkArgument(Place const & place, FunctionArgumentList const & link,
                    NodeFacts const & entry) {
     NodeClass const & nodeClass = link.entry()->typeData();
     if (entry.onFrame && nodeClass.facts.argument == ArgumentKind::node) {
@@ -84,8 +84,7 @@ void checkArgument(JsonValue const & place, FunctionArgumentList const & link,
 /// known.
 class CallCheck {
 public:
-    CallCheck(JsonValue const & place, FunctionCallExpression const & call,
-              NodeTable const & earlier)
+    CallCheck(Place const & place, FunctionCallExpression const & call, NodeTable const & earlier)
         : place_(place),
           call_(call),
           earlier_(earlier),
@@ -178,7 +177,7 @@ private:
 
     String subject() const { return "call of " + call_.calleeName(); }
 
-    JsonValue const & place_;
+    Place const & place_;
     FunctionCallExpression const & call_;
     NodeTable const & earlier_;
     ArgumentNeeds const & needs_;
@@ -197,8 +196,8 @@ bool chainMatches(AetNodeBase const & chain, Children children) {
 
 } // namespace
 
-void checkNode(JsonValue const & place, AetNodeBase const & node, Children children,
-               NodeFacts & facts, NodeTable const & earlier) {
+void checkNode(Place const & place, AetNodeBase const & node, Children children, NodeFacts & facts,
+               NodeTable const & earlier) {
     checkExtent(place, node, facts);
     checkOperands(place, node, children);
     if (is<IntInImmediateSetWithRanges>(node)) {

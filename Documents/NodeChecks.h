@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Documents/NodeTable.h"
-#include "Platform/Render/JsonDocument.h"
+#include "Documents/Place.h"
 
 namespace Qcf::Documents {
 
@@ -12,7 +12,7 @@ namespace Qcf::Documents {
 ///
 /// Completes what `facts`, which are the node's own, say about calls and logical chains. `children`
 /// stand in the order of the node's fields, null for absent ones. `earlier` has all nodes below.
-void checkNode(JsonValue const & place, Eval::AetNodeBase const & node,
+void checkNode(Place const & place, Eval::AetNodeBase const & node,
                std::span<NodeFacts const * const> children, NodeFacts & facts,
                NodeTable const & earlier);
 

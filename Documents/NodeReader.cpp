@@ -58,7 +58,7 @@ U32 NodeReader::readFunction(JsonValue const & json) {
 U32 NodeReader::readObject(NodeObject const & object) {
     object.checkMembers();
     Children const children = readChildren(object);
-    builder_.checkDepth(object.json, object.nodeClass, children.all());
+    builder_.checkDepth(builder_.at(object.json), object.nodeClass, children.all());
     U32 const number = addNode(builder_, object, children.all(), object.json.find(word::key));
     if (isClass<Eval::Function>(object.nodeClass)) {
         earlier_.addFunction(object, number);

@@ -14,13 +14,13 @@ namespace Qcf::Documents {
 /// null. Throws the DocumentError of what cannot be read; nodes that were read before stay. Goes as
 /// deep as the document is nested, which its parser limits.
 ///
-///     NodeBuilder builder(names, nullptr);
+///     DocumentBuilder builder(names, nullptr);
 ///     NodeReader reader(builder);
 ///     U32 const number = reader.readFunction(entry);
 ///     auto const function = ptrCast<Function const>(builder.node(number));
 class NodeReader {
 public:
-    explicit NodeReader(NodeBuilder & builder)
+    explicit NodeReader(DocumentBuilder & builder)
         : builder_(builder), earlier_(builder), literals_(builder) {}
 
     /// An object with a class, wherever any node may stand.
@@ -58,7 +58,7 @@ private:
     /// A literal of that class from an array of its elements.
     U32 readListLiteral(JsonValue const & array, Eval::NodeClass const & literal);
 
-    NodeBuilder & builder_;
+    DocumentBuilder & builder_;
     // What children may be besides objects.
     EarlierNodes earlier_;
     Literals literals_;

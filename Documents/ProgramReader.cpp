@@ -123,7 +123,7 @@ private:
 
     ReadAlong const along_;
     ListNames names_;
-    NodeBuilder builder_{names_, along_.places};
+    DocumentBuilder builder_{names_, along_.places};
     NodeReader reader_{builder_};
     Program program_;
 };
