@@ -53,9 +53,9 @@ def facts(node):
             ("argument", f"ArgumentKind::{(arguments or ['node'])[0]}" if node.isValue else ""),
             ("list", f"SlotKind::{node.list}" if node.list else ""),
             ("isLink", node.isChain), ("isShared", node.isValue or node.shared), ("isConstant", node.constant), ("returns", node.returns),
-            ("assigns", node.assigns), ("compares", f"ComparisonOrder::{node.compares}" if node.compares else ""), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
+            ("assigns", node.assigns), ("compares", f"ComparisonOrder::{node.compares}" if node.compares else ""), ("words", f'"{node.words}"' if node.words else ""), ("reads", f"{attributeBits(reads, READABLE)}U" if reads else ""),
             ("writes", f"{attributeBits(writes, MODIFIABLE)}U" if writes else ""), ("integerArguments", str(node.integers) if node.integers else ""),
-            ("words", f'"{node.words}"' if node.words else ""), ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
+            ("readsNodeArguments", node.nodeArguments), ("keepConstant", f"&keepConstant<{node.cls}>" if node.keepsConstant else "")]
     return "{" + ", ".join(f".{name} = {str(value).lower() if value is True else value}" for name, value in rows if value) + "}"
 
 
