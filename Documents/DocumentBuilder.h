@@ -12,10 +12,6 @@ public:
     /// `places` may be null, and must outlive this.
     JsonPlace(JsonValue json, Places * places) : json_(json), places_(places) {}
 
-    [[noreturn]] void fail(std::string_view subject, std::string_view wanted,
-                           std::string_view found) const override {
-        json_.fail(subject, wanted, found);
-    }
     String text() const override { return json_.pointer(); }
     void note(Eval::AetNodeBase const & node) const override {
         if (places_ != nullptr) {
@@ -24,6 +20,11 @@ public:
     }
 
 private:
+    void throwError(std::string_view subject, std::string_view wanted,
+                    std::string_view found) const override {
+        json_.fail(subject, wanted, found);
+    }
+
     JsonValue json_;
     Places * places_;
 };

@@ -2,6 +2,7 @@
 
 #include "QcfLib/AetNode.h"
 
+#include <exception>
 #include <string_view>
 
 namespace Qcf::Documents {
@@ -15,14 +16,21 @@ namespace Qcf::Documents {
 class Place {
 public:
     /// Tells that `subject` wants something else than was found, by an exception.
-    [[noreturn]] virtual void fail(std::string_view subject, std::string_view wanted,
-                                   std::string_view found) const = 0;
+    [[noreturn]] void fail(std::string_view subject, std::string_view wanted,
+                           std::string_view found) const {
+        throwError(subject, wanted, found);
+        std::terminate();
+    }
     /// The place as messages call it within its text: a JSON pointer, `LINE:COLUMN`.
     virtual String text() const = 0;
     /// Notes that the node stands here. An equal node that stands for another one is noted again.
     virtual void note(Eval::AetNodeBase const & node) const = 0;
 
 protected:
+    /// Throws the error that `fail` is asked for; must not return.
+    virtual void throwError(std::string_view subject, std::string_view wanted,
+                            std::string_view found) const = 0;
+
     // Nobody owns one by its base.
     ~Place() = default;
     Place() = default;
