@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Text/Draft.h"
+
+#include <map>
+#include <optional>
+
+namespace Qcf::Text {
+
+/// A parameter of a function, as its header declares it.
+struct Parameter {
+    String name;
+    Eval::ArgumentKind kind; ///< integer, bandwidth, triStateBool or prefixList
+    U8 index;                ///< among those of its kind
+    Span span;
+    mutable bool isUsed = false;
+};
+
+/// One element of a constant: a literal, or a range of integers.
+struct ConstantItem {
+    Literal low;
+    std::optional<Literal> high = {};
+};
+
+/// A constant of a text. It means its literals wherever it stands.
+struct Constant {
+    String name;
+    Span span;
+    bool isSet;
+    std::vector<ConstantItem> items; ///< one, unless it is a set
+    mutable bool isUsed = false;
+};
+
+/// The constants of one text, above their use. Names are kept in the order of the text by span.
+using Constants = std::map<String, Constant, std::less<>>;
+using Parameters = std::vector<Parameter>;
+
+/// The names that a function's body can see, attributes and lists apart.
+struct Scope {
+    Constants const & constants;
+    Parameters const & parameters;
+
+    Parameter const * findParameter(std::string_view name) const;
+    Constant const * findConstant(std::string_view name) const;
+};
+
+/// The word that declares a parameter of that kind: "int".
+char const * parameterWord(Eval::ArgumentKind kind);
+/// The kind that the word declares; nothing for other words.
+std::optional<Eval::ArgumentKind> parameterKind(std::string_view word);
+
+/// The attribute or other known name that was probably meant where values stand: foreign words are
+/// known ("local-pref"), others by their spelling. `fits` says which attributes may stand there.
+String suggestName(std::string_view word, Scope const & scope,
+                   bool (*fits)(Eval::NodeClass const & nodeClass) = nullptr);
+
+} // namespace Qcf::Text
