@@ -60,16 +60,6 @@ bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
     return defined;
 }
 
-/// A member of an object as a JSON pointer writes it. Escaped as RFC 6901 wants it, since names may
-/// be any texts.
-String pointerStep(std::string_view key) {
-    String step = "/";
-    for (char const c : key) {
-        step += c == '~' ? "~0" : c == '/' ? "~1" : String(1, c);
-    }
-    return step;
-}
-
 class Check {
 public:
     Check(FunctionMetadata const & metadata, NamedLists const & lists)
@@ -111,7 +101,7 @@ public:
     void lists() {
         lists_.eachKind([&](ListKind kind, auto const & byName) {
             for (auto const & [name, list] : byName) {
-                String const place = lists_.fileName + ":/" + sectionName(kind) + pointerStep(name);
+                String const place = lists_.placeOf(kind, name);
                 if (isEmpty(list)) {
                     add(Kind::emptyList, place, listText(kind, name) + " is empty");
                 }

@@ -1,5 +1,6 @@
 #include "Lists/ListsDocument.h"
 
+#include "Lists/ListWords.h"
 #include "Lists/PlainText.h"
 #include "Lists/RoaExport.h"
 #include "Platform/Render/JsonObjectReader.h"
@@ -19,17 +20,18 @@ namespace {
 constexpr U64 max32 = std::numeric_limits<U32>::max();
 
 ListAction readAction(JsonValue const & value) {
-    std::string_view const text = value.expectString("\"permit\" or \"deny\"");
-    if (text != "permit" && text != "deny") {
+    auto const action = actionNamed(value.expectString("\"permit\" or \"deny\""));
+    if (!action) {
         value.fail("\"permit\" or \"deny\"");
     }
-    return text == "permit" ? ListAction::permit : ListAction::deny;
+    return *action;
 }
 
-Pattern readPattern(JsonValue const & value, bool isAsPath) {
+/// `make` is communityPattern or asPathPattern.
+WrittenPattern readPattern(JsonValue const & value, WrittenPattern (*make)(std::string_view)) {
     std::string_view const text = value.expectString("regular expression");
     try {
-        return Pattern(isAsPath ? asPathExpression(text) : String(text));
+        return make(text);
     } catch (PatternError const & error) {
         value.fail({}, "regular expression", describe(value) + " (" + error.what() + ")");
     }
@@ -37,80 +39,75 @@ Pattern readPattern(JsonValue const & value, bool isAsPath) {
 
 // Prefix lists.
 
-// A bound that is left out follows from the other: without both only the prefix itself matches,
-// with a lower one alone everything longer.
+std::optional<U8> readLength(std::optional<JsonValue> const & value, LengthBounds bounds) {
+    return value ? std::optional(static_cast<U8>(value->expectU64(bounds.least, bounds.most)))
+                 : std::nullopt;
+}
+
 PrefixListEntry readPrefixListEntry(JsonValue const & value, AddressFamily family) {
     JsonObjectReader reader(value);
     PrefixListEntry entry;
-    entry.seq = static_cast<U32>(reader.require("seq").expectU64(0, max32));
-    entry.action = readAction(reader.require("action"));
-    entry.prefix = readPrefix(reader.require("prefix"), family);
-    U8 const own = entry.prefix.len();
-    U8 const width = addressWidth(family);
-    auto const ge = reader.optional("ge");
-    auto const le = reader.optional("le");
+    entry.seq = static_cast<U32>(reader.require(word::seq).expectU64(0, max32));
+    entry.action = readAction(reader.require(word::action));
+    entry.prefix = readPrefix(reader.require(word::prefix), family);
+    auto const lower = reader.optional(word::ge);
+    auto const upper = reader.optional(word::le);
     reader.done();
-    entry.minLength = ge ? static_cast<U8>(ge->expectU64(own, width)) : own;
-    U8 const most = ge ? width : own;
-    entry.maxLength = le ? static_cast<U8>(le->expectU64(entry.minLength, width)) : most;
+    auto const ge = readLength(lower, boundsOfLonger(entry.prefix));
+    lengthsAre(entry, ge, readLength(upper, boundsOfLe(entry.prefix, ge)));
     return entry;
 }
 
-PtrConst<PrefixListTrie> readEntries(std::optional<JsonValue> const & value, AddressFamily family,
-                                     bool covered) {
+std::vector<PrefixListEntry> readEntries(std::optional<JsonValue> const & value,
+                                         AddressFamily family) {
     std::vector<PrefixListEntry> entries;
     std::unordered_set<U32> seqs;
     if (value) {
-        for (JsonValue const element : value->expectArray()) {
+        entries.reserve(value->expectArray().size());
+        for (JsonValue const element : *value) {
             entries.push_back(readPrefixListEntry(element, family));
-            // Such a list matches all that lies in its prefixes, whatever its entries say of
-            // lengths.
-            if (covered) {
-                entries.back().minLength = entries.back().prefix.len();
-                entries.back().maxLength = addressWidth(family);
-            }
             // Entries are tried by their numbers: two alike would leave open which one decides.
             if (!seqs.insert(entries.back().seq).second) {
-                element.find("seq")->fail("seq that no entry before it has");
+                element.find(word::seq)->fail("seq that no entry before it has");
             }
         }
     }
-    return makePtr<PrefixListTrie>(family, std::move(entries));
+    return entries;
 }
 
-PtrConst<PrefixListTrie> readPrefixList(JsonValue const & value) {
+PrefixListRecord readPrefixList(JsonValue const & value) {
     JsonObjectReader reader(value);
-    JsonValue const family = reader.require("family");
+    JsonValue const family = reader.require(word::family);
     std::string_view const text = family.expectString("\"v4\" or \"v6\"");
-    if (text != "v4" && text != "v6") {
+    if (text != word::v4 && text != word::v6) {
         family.fail("\"v4\" or \"v6\"");
     }
-    auto const covered = reader.optional("covered");
-    JsonValue const entries = reader.require("entries");
+    auto const covered = reader.optional(word::covered);
+    JsonValue const entries = reader.require(word::entries);
     reader.done();
-    return readEntries(entries, text == "v4" ? AddressFamily::ipv4 : AddressFamily::ipv6,
-                       covered && covered->expectBool());
+    auto const af = text == word::v4 ? AddressFamily::ipv4 : AddressFamily::ipv6;
+    return {af, covered && covered->expectBool(), readEntries(entries, af)};
 }
 
-DynamicPrefixList readDynamicPrefixList(JsonValue const & value) {
+DynamicPrefixListRecord readDynamicPrefixList(JsonValue const & value) {
     JsonObjectReader reader(value);
-    auto const v4 = reader.optional("v4");
-    auto const v6 = reader.optional("v6");
-    auto const vrfs = reader.optional("vrfs");
+    auto const v4 = reader.optional(word::v4);
+    auto const v6 = reader.optional(word::v6);
+    auto const vrfs = reader.optional(word::vrfs);
     reader.done();
-    auto const status = makePtr<Routing::RouteMap::DynamicPrefixListStatus>();
+    DynamicPrefixListRecord list;
     if (vrfs) {
         for (JsonValue const vrf : vrfs->expectObject()) {
             auto const id = Routing::TextPieces::parseDecimal(vrf.key(), max32);
             if (!id) {
                 vrf.fail({}, "VRF id as key", '"' + String(vrf.key()) + '"');
             }
-            status->vrfIs(static_cast<U32>(*id), vrf.expectBool());
+            list.vrfs.insert_or_assign(static_cast<U32>(*id), vrf.expectBool());
         }
     }
-    // A family that is left out has a list all the same, without entries.
-    return {readEntries(v4, AddressFamily::ipv4, false),
-            readEntries(v6, AddressFamily::ipv6, false), status};
+    list.v4 = readEntries(v4, AddressFamily::ipv4);
+    list.v6 = readEntries(v6, AddressFamily::ipv6);
+    return list;
 }
 
 // Community lists.
@@ -140,11 +137,8 @@ Acl::CommunityValue readCommunityValue(JsonValue const & value, bool isLarge) {
     }
     std::string_view const wanted = isLarge ? "large community" : "extended community";
     std::string_view const text = value.expectString(wanted);
-    auto const community = parseCommunityValue(text);
-    // One reader of texts knows both kinds; a list is of one.
-    bool const writtenAsLarge = !text.starts_with("0x") && !text.starts_with("0X") &&
-                                text.find_first_not_of("0123456789:") == std::string_view::npos;
-    if (!community || writtenAsLarge != isLarge) {
+    auto const community = isLarge ? parseLargeCommunity(text) : parseExtendedCommunity(text);
+    if (!community) {
         value.fail(wanted);
     }
     return *community;
@@ -162,21 +156,22 @@ Acl::CommunityValue readCommunity(JsonValue const & value, LargeCommunityList co
 }
 
 template <typename List>
-PtrConst<List> readCommunityList(JsonValue const & value) {
-    std::vector<typename List::Matcher::Entry> entries;
-    for (JsonValue const element : value.expectArray()) {
+CommunityListRecord<List> readCommunityList(JsonValue const & value) {
+    CommunityListRecord<List> list;
+    list.entries.reserve(value.expectArray().size());
+    for (JsonValue const element : value) {
         JsonObjectReader reader(element);
-        auto & entry = entries.emplace_back();
-        entry.action = readAction(reader.require("action"));
-        auto const communities = reader.optional("communities");
-        auto const regex = reader.optional("regex");
+        auto & entry = list.entries.emplace_back();
+        entry.action = readAction(reader.require(word::action));
+        auto const communities = reader.optional(word::communities);
+        auto const regex = reader.optional(word::regex);
         reader.done();
         // An entry of both would have to say which one decides.
         if (communities.has_value() == regex.has_value()) {
             element.fail({}, "either communities or regex", regex ? "both" : "neither");
         }
         if (regex) {
-            entry.pattern = readPattern(*regex, false);
+            entry.pattern = readPattern(*regex, communityPattern);
             continue;
         }
         for (JsonValue const community : communities->expectArray()) {
@@ -184,7 +179,7 @@ PtrConst<List> readCommunityList(JsonValue const & value) {
                 readCommunity(community, static_cast<List const *>(nullptr)));
         }
     }
-    return makePtr<List>(std::move(entries));
+    return list;
 }
 
 // The rest.
@@ -193,105 +188,109 @@ PtrConst<List> readCommunityList(JsonValue const & value) {
 std::optional<U64> readOrigin(JsonValue const & value) {
     constexpr std::string_view wanted = R"("any", "igp", "egp" or "incomplete")";
     std::string_view const text = value.expectString(wanted);
-    if (text == "any") {
-        return std::nullopt;
-    }
-    constexpr std::string_view names[] = {"igp", "egp", "incomplete"}; // by their number
-    auto const * const name = std::find(std::begin(names), std::end(names), text);
-    if (name == std::end(names)) {
+    auto const origin = originNamed(text);
+    if (!origin && text != word::anyOrigin) {
         value.fail(wanted);
     }
-    return static_cast<U64>(name - std::begin(names));
+    return origin;
 }
 
-PtrConst<AsPathList> readAsPathList(JsonValue const & value) {
-    std::vector<AsPathList::Entry> entries;
+AsPathListRecord readAsPathList(JsonValue const & value) {
+    AsPathListRecord list;
     for (JsonValue const element : value.expectArray()) {
         JsonObjectReader reader(element);
-        ListAction const action = readAction(reader.require("action"));
-        JsonValue const regex = reader.require("regex");
-        auto const origin = reader.optional("origin");
+        ListAction const action = readAction(reader.require(word::action));
+        JsonValue const regex = reader.require(word::regex);
+        auto const origin = reader.optional(word::origin);
         reader.done();
-        entries.push_back({action, readPattern(regex, true),
-                           origin ? readOrigin(*origin) : std::optional<U64>()});
+        list.entries.push_back({action, readPattern(regex, asPathPattern),
+                                origin ? readOrigin(*origin) : std::optional<U64>()});
     }
-    return makePtr<AsPathList>(std::move(entries));
+    return list;
 }
 
-PtrConst<Routing::RouteMap::TagSetStatus> readTagSet(JsonValue const & value) {
-    auto const tags = makePtr<Routing::RouteMap::TagSetStatus>();
-    for (JsonValue const tag : value.expectArray()) {
-        tags->tagIs(static_cast<U32>(tag.expectU64(0, max32)));
+TagSetRecord readTagSet(JsonValue const & value) {
+    TagSetRecord list;
+    list.tags.reserve(value.expectArray().size());
+    for (JsonValue const tag : value) {
+        list.tags.push_back(static_cast<U32>(tag.expectU64(0, max32)));
     }
-    return tags;
+    return list;
 }
 
-/// The path of a file that a document names, as seen from the document. So a document and its files
-/// can be moved together. Nothing is read from standard input by that name: a path begins with a
-/// folder.
-String besideDocument(String const & fileName, std::string_view name) {
-    if (name.starts_with('/')) {
-        return String(name);
-    }
-    auto const slash = fileName.rfind('/');
-    String const folder = slash == String::npos ? "./" : fileName.substr(0, slash + 1);
-    return folder + String(name);
-}
-
-PtrConst<RoaTable> readRoaTable(JsonValue const & value, String const & fileName,
-                                Reporter const & warn) {
+RoaTableRecord readRoaTable(JsonValue const & value, String const & fileName,
+                            Reporter const & warn) {
     if (value.isArray()) {
-        return makePtr<RoaTable>(readRoas(value));
+        return {readRoas(value)};
     }
     if (!value.isObject()) {
         value.fail("array of ROAs or {\"file\": NAME}");
     }
     JsonObjectReader reader(value);
-    JsonValue const file = reader.require("file");
+    JsonValue const file = reader.require(word::file);
     reader.done();
-    String const path = besideDocument(fileName, file.expectString("name of a file"));
-    return makePtr<RoaTable>(readRoaExport(readPlainText(path, warn), path, warn));
+    String const path = pathBeside(fileName, file.expectString("name of a file"));
+    return {readRoaExport(readPlainText(path, warn), path, warn)};
 }
 
-// A section may be left out; a name stands once in it, as the parser has seen to.
-template <typename List, typename Read>
-void readSection(JsonObjectReader & document, ListKind kind, ListsByName<List> & lists,
-                 Read const & read) {
-    auto const section = document.optional(sectionName(kind));
-    if (!section) {
-        return;
+/// Takes the lists one by one as they are read.
+template <typename Take>
+class DocumentReader {
+public:
+    DocumentReader(JsonValue const & root, Take const & take) : document_(root), take_(take) {
+        JsonValue const format = document_.require(word::format);
+        if (!format.isString() || format.asString() != word::formatName) {
+            format.fail("\"lists/1\"");
+        }
     }
-    for (JsonValue const list : section->expectObject()) {
-        lists.emplace(list.key(), read(list));
+
+    void read(String const & fileName, Reporter const & warn) {
+        section(ListKind::prefixList, readPrefixList);
+        section(ListKind::dynamicPrefixList, readDynamicPrefixList);
+        section(ListKind::communityList, readCommunityList<StandardCommunityList>);
+        section(ListKind::extCommunityList, readCommunityList<ExtCommunityList>);
+        section(ListKind::largeCommunityList, readCommunityList<LargeCommunityList>);
+        section(ListKind::asPathAccessList, readAsPathList);
+        section(ListKind::tagSet, readTagSet);
+        section(ListKind::roaTable,
+                [&](JsonValue const & value) { return readRoaTable(value, fileName, warn); });
+        document_.done();
     }
-}
+
+private:
+    // A section may be left out; a name stands once in it, as the parser has seen to.
+    template <typename Read>
+    void section(ListKind kind, Read const & readList) {
+        auto const lists = document_.optional(sectionName(kind));
+        if (!lists) {
+            return;
+        }
+        for (JsonValue const list : lists->expectObject()) {
+            take_(ListRecord{String(list.key()), readList(list)});
+        }
+    }
+
+    JsonObjectReader document_;
+    Take const & take_;
+};
 
 } // namespace
 
+std::vector<ListRecord> readListRecords(JsonValue const & root, String const & fileName,
+                                        Reporter const & warn) {
+    std::vector<ListRecord> lists;
+    auto const keep = [&](ListRecord record) { lists.push_back(std::move(record)); };
+    DocumentReader(root, keep).read(fileName, warn);
+    return lists;
+}
+
 PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn) {
     auto const json = JsonDocument::parse(std::move(text), fileName);
-    JsonObjectReader document(json.root());
-    JsonValue const format = document.require("qcf");
-    if (!format.isString() || format.asString() != "lists/1") {
-        format.fail("\"lists/1\"");
-    }
     // Whoever asked gets all of them or, by an exception, none.
     auto lists = makePtr<NamedLists>();
     lists->fileName = fileName;
-    readSection(document, ListKind::prefixList, lists->prefixLists, readPrefixList);
-    readSection(document, ListKind::dynamicPrefixList, lists->dynamicPrefixLists,
-                readDynamicPrefixList);
-    readSection(document, ListKind::communityList, lists->communityLists,
-                readCommunityList<StandardCommunityList>);
-    readSection(document, ListKind::extCommunityList, lists->extCommunityLists,
-                readCommunityList<ExtCommunityList>);
-    readSection(document, ListKind::largeCommunityList, lists->largeCommunityLists,
-                readCommunityList<LargeCommunityList>);
-    readSection(document, ListKind::asPathAccessList, lists->asPathAccessLists, readAsPathList);
-    readSection(document, ListKind::tagSet, lists->tagSets, readTagSet);
-    readSection(document, ListKind::roaTable, lists->roaTables,
-                [&](JsonValue const & value) { return readRoaTable(value, fileName, warn); });
-    document.done();
+    auto const make = [&](ListRecord record) { addList(*lists, std::move(record)); };
+    DocumentReader(json.root(), make).read(fileName, warn);
     return lists;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Lists/NamedLists.h"
+#include "Lists/ListRecord.h"
 #include "Lists/Reporter.h"
-#include "Platform/Render/DocumentError.h"
+#include "Platform/Render/JsonDocument.h"
 
 namespace Qcf::Lists {
 
@@ -24,5 +24,10 @@ PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter co
 /// The same for a file; `-` is standard input. A file that cannot be read is a DocumentError as
 /// well.
 PtrConst<NamedLists> readListsFile(String const & path, Reporter const & warn = {});
+
+/// The lists of such a document as they are written in it, in the order of its sections, and by
+/// name as they stand there. `root` is that of the parsed document.
+std::vector<ListRecord> readListRecords(JsonValue const & root, String const & fileName,
+                                        Reporter const & warn = {});
 
 } // namespace Qcf::Lists

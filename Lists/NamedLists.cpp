@@ -23,9 +23,25 @@ constexpr KindTexts kindTexts[] = {
     {"ROA table", "roaTables"},
 };
 
+/// A member of an object as a JSON pointer writes it. Escaped as RFC 6901 wants it, since names may
+/// be any texts.
+String pointerStep(std::string_view key) {
+    String step = "/";
+    for (char const c : key) {
+        step += c == '~' ? "~0" : c == '/' ? "~1" : String(1, c);
+    }
+    return step;
+}
+
 } // namespace
 
 char const * kindText(ListKind kind) { return kindTexts[static_cast<U8>(kind)].text; }
 char const * sectionName(ListKind kind) { return kindTexts[static_cast<U8>(kind)].section; }
+
+String NamedLists::placeOf(ListKind kind, String const & name) const {
+    auto const own = places.find({kind, name});
+    return own != places.end() ? own->second
+                               : fileName + ":/" + sectionName(kind) + pointerStep(name);
+}
 
 } // namespace Qcf::Lists

@@ -76,6 +76,10 @@ public:
     /// The document that the lists were read from, which findings about them name as their place;
     /// empty for lists made otherwise.
     String fileName;
+    /// Places of lists that come from elsewhere: a line of policy text, another document.
+    std::map<std::pair<ListKind, String>, String> places;
+    /// Where that list stands: its own place, else that in the document by JSON pointer.
+    String placeOf(ListKind kind, String const & name) const;
 
     /// Calls `visit(kind, map)` for every kind in the order of ListKind. The maps are of different
     /// types: `visit` is a template, or takes `auto const &`.

@@ -53,17 +53,12 @@ std::size_t classOpening(std::string_view rest) {
 } // namespace
 
 Pattern::Pattern(std::string_view expression)
-    : compiled_(std::make_unique<re2::RE2>(re2::StringPiece(expression.data(), expression.size()),
-                                           options())) {
+    : compiled_(std::make_shared<re2::RE2 const>(
+          re2::StringPiece(expression.data(), expression.size()), options())) {
     if (!compiled_->ok()) {
         throw PatternError(compiled_->error());
     }
 }
-
-// Defined here because the header does not know the library's class.
-Pattern::Pattern(Pattern &&) noexcept = default;
-Pattern & Pattern::operator=(Pattern &&) noexcept = default;
-Pattern::~Pattern() = default;
 
 bool Pattern::foundIn(std::string_view text) const {
     return re2::RE2::PartialMatch(re2::StringPiece(text.data(), text.size()), *compiled_);

@@ -26,22 +26,19 @@ public:
 ///
 /// Searching takes time linear in the text whatever the expression, and memory that is bounded
 /// however hostile it is; back references and look-around are therefore no part of it. Any number
-/// of threads may search at once. It may be moved; what was moved from may only be assigned or
-/// destroyed.
+/// of threads may search at once. Copies share what was compiled; what was moved from may only be
+/// assigned or destroyed.
 class Pattern {
 public:
     /// Throws PatternError for an expression that cannot be read or is too large. The syntax is
     /// that of RE2.
     explicit Pattern(std::string_view expression);
-    Pattern(Pattern &&) noexcept;
-    Pattern & operator=(Pattern &&) noexcept;
-    ~Pattern();
 
     /// Whether the expression matches anywhere in the text.
     bool foundIn(std::string_view text) const;
 
 private:
-    std::unique_ptr<re2::RE2> compiled_;
+    std::shared_ptr<re2::RE2 const> compiled_;
 };
 
 /// The regular expression for an expression about AS paths, in which `_` stands for the start, the

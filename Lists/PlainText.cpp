@@ -50,4 +50,13 @@ String readPlainText(String const & path, Reporter const & warn, U64 limit) {
     return content;
 }
 
+String pathBeside(String const & document, std::string_view name) {
+    if (name.starts_with('/')) {
+        return String(name);
+    }
+    auto const slash = document.rfind('/');
+    String const folder = slash == String::npos ? "./" : document.substr(0, slash + 1);
+    return folder + String(name);
+}
+
 } // namespace Qcf::Lists

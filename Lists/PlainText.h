@@ -13,4 +13,9 @@ namespace Qcf::Lists {
 /// compressed data.
 String readPlainText(String const & path, Reporter const & warn, U64 limit = largestDocument);
 
+/// The path of a file that a document names, as seen from the document: so a document and its files
+/// can be moved together. Nothing is read from standard input by that name, since a path begins
+/// with a folder.
+String pathBeside(String const & document, std::string_view name);
+
 } // namespace Qcf::Lists

@@ -1,5 +1,7 @@
 #include "Lists/RoaExport.h"
 
+#include "Lists/ListRecord.h"
+#include "Lists/ListWords.h"
 #include "Platform/Render/JsonObjectReader.h"
 #include "Platform/Routing/TextPieces.h"
 
@@ -36,22 +38,21 @@ U32 readAsn(JsonValue const & value) {
 /// prefix and its family is a fault: it cannot be meant.
 Roa readRoa(JsonObjectReader & reader) {
     Roa roa;
-    roa.prefix = readPrefix(reader.require("prefix"), AddressFamily::none);
-    auto const maxLength = reader.optional("maxLength");
-    roa.asn = readAsn(reader.require("asn"));
-    U8 const own = roa.prefix.len();
-    U8 const width = addressWidth(roa.prefix.af());
-    roa.maxLength = maxLength ? static_cast<U8>(maxLength->expectU64(own, width)) : own;
+    roa.prefix = readPrefix(reader.require(word::prefix), AddressFamily::none);
+    auto const maxLength = reader.optional(word::maxLength);
+    roa.asn = readAsn(reader.require(word::asn));
+    auto const [least, most] = boundsOfLonger(roa.prefix);
+    roa.maxLength = maxLength ? static_cast<U8>(maxLength->expectU64(least, most)) : least;
     return roa;
 }
 
 /// What keeps an export's entry from being a payload: a prefix that is none, or an AS number.
 std::optional<JsonValue> missingIn(JsonValue const & entry) {
-    auto const prefix = entry.find("prefix");
+    auto const prefix = entry.find(word::prefix);
     if (prefix && (prefix->isNull() || (prefix->isString() && prefix->asString().empty()))) {
         return prefix;
     }
-    auto const asn = entry.find("asn");
+    auto const asn = entry.find(word::asn);
     bool const isMissing =
         asn && (asn->isNull() || (asn->isString() && withoutAs(asn->asString()).empty()));
     return isMissing ? asn : std::nullopt;
@@ -86,9 +87,9 @@ std::vector<Roa> readRoas(JsonValue const & array) {
 // Exports are written by programs and by the hundred thousand. Entries that are plainly empty are
 // left out with one warning; anything else that does not fit is a fault, lest a change of the
 // format goes unseen.
-std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
-    auto const json = JsonDocument::parse(std::move(text), fileName);
-    JsonValue const root = json.root().expectObject();
+std::vector<Roa> readRoaExport(JsonValue const & root, String const & fileName,
+                               Reporter const & warn) {
+    root.expectObject();
     // Such a file has ROAs, too, under other names: read as an export it would grant nothing.
     if (root.find("slurmVersion")) {
         root.fail({}, "export of validated ROAs", "SLURM file of local exceptions");
@@ -113,6 +114,10 @@ std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter co
             (left == 1 ? " entry of this kind is left out" : " entries of this kind are left out"));
     }
     return roas;
+}
+
+std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
+    return readRoaExport(JsonDocument::parse(std::move(text), fileName).root(), fileName, warn);
 }
 
 } // namespace Qcf::Lists

@@ -19,6 +19,9 @@ std::vector<Roa> readRoas(JsonValue const & array);
 /// number is null or lacks its digits. `warn` is told how many there are, and the place of the
 /// first.
 std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn);
+/// The same of a document that was parsed.
+std::vector<Roa> readRoaExport(JsonValue const & root, String const & fileName,
+                               Reporter const & warn);
 
 /// Reads a prefix of the family; of either one for `none`. Bits beyond the length must be zero.
 IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family);
