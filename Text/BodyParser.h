@@ -30,8 +30,8 @@ struct ListUse {
 struct BodyUses {
     std::vector<CallDraft> calls;
     std::vector<ListUse> lists;
-    /// Functions that raw nodes refer to.
-    std::vector<CallDraft> rawCallees;
+    /// Calls that are written as raw nodes.
+    std::vector<CallDraft> rawCalls;
 };
 
 /// Reads what stands in functions: statements, conditions, values. What is read are drafts of
@@ -69,6 +69,8 @@ public:
         bool prefixLists = false;
     };
     Draft * value(Want const & want);
+    /// What stands in the parentheses of a call of that function.
+    std::vector<Draft *> arguments(std::string_view callee);
 
 private:
     // BodyStatements.cpp
@@ -87,7 +89,6 @@ private:
     Draft * builtIn();
     bool startsCall() const;
     Draft * call();
-    std::vector<Draft *> arguments(std::string_view callee);
 
     // BodyTests.cpp
     Draft * valueOrTest(bool mayChange);

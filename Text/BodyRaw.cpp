@@ -81,10 +81,7 @@ DraftField BodyParser::rawField(NodeClass const & nodeClass, FieldInfo const & f
     }
     if (plays(field, FieldRole::callee)) {
         // By name; the compiler finds it.
-        Token const token = cursor_.now();
-        String const callee = name("a function");
-        uses_.rawCallees.push_back({nullptr, callee, cursor_.spanOf(token), {}});
-        return callee;
+        return name("a function");
     }
     NodeClass const * const wanted = classWanted(field);
     if (cursor_.accept("null")) {
@@ -204,9 +201,19 @@ String BodyParser::json() {
     return String(cursor_.sources().textOf(cursor_.since(first)));
 }
 
-// Names of lists are known to the program wherever they stand.
+// Names of lists and of functions are known to the program wherever they stand.
 void BodyParser::noteRaw(Draft & draft, Token const & first) {
     auto const & facts = draft.nodeClass->facts;
+    if (draft.nodeClass->fieldOf(FieldRole::callee) != nullptr) {
+        auto const * const callee = std::get_if<String>(&draft.at(FieldRole::callee));
+        auto const * const named = std::get_if<String>(&draft.at(FieldRole::calleeName));
+        if (named == nullptr) {
+            cursor_.fail(cursor_.spanOf(first), "raw-call",
+                         String(draft.nodeClass->name) + " wants the name of its callee in quotes");
+        }
+        uses_.rawCalls.push_back(
+            {&draft, callee == nullptr ? *named : *callee, cursor_.spanOf(first), {}});
+    }
     if (!facts.list) {
         return;
     }

@@ -37,6 +37,7 @@ public:
     void add(Message message);
 
     bool hasErrors() const { return errors_ != 0; }
+    std::size_t errorCount() const { return errors_; }
     /// Whether no further error is worth looking for.
     bool isFull() const { return errors_ >= mostErrors; }
     std::vector<Message> const & all() const { return messages_; }

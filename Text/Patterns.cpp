@@ -172,8 +172,8 @@ std::vector<TemplatePart> templateOf(std::string_view pattern, std::size_t partC
         }
         isOneCommunity = isOneCommunity && parts.back() && !parts.back()->isRange;
     }
-    bool const isTemplate = parts.size() == partCount && !isOneCommunity &&
-                            templatePattern(parts) == pattern;
+    bool const isTemplate =
+        parts.size() == partCount && !isOneCommunity && templatePattern(parts) == pattern;
     return isTemplate ? parts : std::vector<TemplatePart>();
 }
 

@@ -1,0 +1,105 @@
+#include "Text/Policy.h"
+
+#include "Lists/ListRecord.h"
+#include "Platform/Render/ReadFile.h"
+#include "Text/Compiler.h"
+#include "Text/FileParser.h"
+
+#include <map>
+
+namespace Qcf::Text {
+
+namespace {
+
+/// Reads texts and what they import, each file once.
+class PolicyReader {
+public:
+    PolicyReader(Sources & sources, Messages & messages, Declarations & into)
+        : sources_(sources), messages_(messages), into_(into) {}
+
+    /// Answers the constants that stand in the text; null where it cannot be read.
+    Constants const * read(String text, String const & name, bool withTests) {
+        U32 const file = sources_.add(name, std::move(text));
+        FileParser parser(
+            sources_, file, messages_, into_,
+            [this](ImportRequest const & request) { return import(request); }, withTests);
+        parser.parse();
+        return &(constants_[name] = parser.constants());
+    }
+
+private:
+    // A circle ends here: what is being read is known.
+    Constants const * import(ImportRequest const & request) {
+        auto imported = importFile(request, sources_, messages_);
+        if (!imported) {
+            return nullptr;
+        }
+        for (ListDeclaration & list : imported->lists) {
+            into_.lists.push_back(std::move(list));
+        }
+        if (!imported->isText) {
+            return nullptr;
+        }
+        auto const [known, isNew] = constants_.try_emplace(imported->path);
+        return isNew ? read(std::move(imported->text), imported->path, false) : &known->second;
+    }
+
+    Sources & sources_;
+    Messages & messages_;
+    Declarations & into_;
+    /// By the names of the files.
+    std::map<String, Constants> constants_;
+};
+
+} // namespace
+
+Policy::Policy(Documents::Program program, SourceMap map,
+               std::unique_ptr<Declarations> declarations)
+    : program_(std::move(program)), map_(std::move(map)), declarations_(std::move(declarations)) {}
+Policy::Policy(Policy &&) noexcept = default;
+Policy & Policy::operator=(Policy &&) noexcept = default;
+Policy::~Policy() = default;
+
+PtrConst<Lists::NamedLists> Policy::lists() const {
+    auto lists = makePtr<Lists::NamedLists>();
+    for (ListDeclaration const & declaration : declarations_->lists) {
+        Lists::addList(*lists, declaration.list);
+    }
+    return lists;
+}
+
+std::vector<Lists::ListRecord> Policy::listRecords() const {
+    std::vector<Lists::ListRecord> records;
+    for (ListDeclaration const & declaration : declarations_->lists) {
+        records.push_back(declaration.list);
+    }
+    return records;
+}
+
+std::optional<Policy> readPolicyText(String text, String const & name, Sources & sources,
+                                     Messages & messages) {
+    auto declarations = std::make_unique<Declarations>();
+    PolicyReader(sources, messages, *declarations).read(std::move(text), name, true);
+    // What is wrong between functions is told even where a body has errors.
+    resolve(*declarations, sources, messages);
+    if (messages.hasErrors()) {
+        return std::nullopt;
+    }
+    SourceMap map;
+    Documents::Program program = makeProgram(*declarations, messages, map);
+    if (messages.hasErrors()) {
+        return std::nullopt;
+    }
+    return Policy(std::move(program), std::move(map), std::move(declarations));
+}
+
+std::optional<Policy> readPolicy(String const & path, Sources & sources, Messages & messages) {
+    return readPolicyText(readFile(path), path, sources, messages);
+}
+
+bool isJson(std::string_view text) {
+    std::size_t const first = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
+    return first != std::string_view::npos && text[first] == '{';
+}
+
+} // namespace Qcf::Text
