@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Writes every *Generated file from the schema rows; with --check, tells which would change.
+"""Writes every *Generated file, and the tables of the language's page, from the schema rows; with
+--check, tells which would change.
 
 The rows are checked first and the row that is wrong is named. Nothing here knows what a node
-computes: generated files hold names, data and one-line bodies, laid out by clang-format.
+computes: generated files hold names, data and one-line bodies; sources are laid out by clang-format.
 """
 
 import subprocess
@@ -11,6 +12,7 @@ from pathlib import Path
 
 import emit_agent
 import emit_attributes
+import emit_docs
 import emit_nodes
 import emit_registry
 import emit_store
@@ -48,9 +50,12 @@ def outputs(numbered):
     yield from emit_registry.emit(numbered)
     yield from emit_store.emit(numbered)
     yield from emit_agent.emit()
+    yield from emit_docs.emit(numbered)
 
 
 def formatted(path, text):
+    if path.suffix not in (".h", ".cpp"):
+        return text
     return subprocess.run(["clang-format-14", "--assume-filename", path], input=text, stdout=subprocess.PIPE, text=True, check=True).stdout
 
 
