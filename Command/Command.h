@@ -58,6 +58,7 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
 void addEvalCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
+void addFmtCommand(Commands & commands);
 void addNodesCommand(Commands & commands);
 void addGenerateTableCommand(Commands & commands);
 void addPublishCommand(Commands & commands);

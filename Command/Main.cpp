@@ -49,6 +49,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addEvalCommand(commands);
     addCheckCommand(commands);
     addDumpCommand(commands);
+    addFmtCommand(commands);
     addNodesCommand(commands);
     addGenerateTableCommand(commands);
     addPublishCommand(commands);

@@ -5,12 +5,19 @@
 #include <span>
 #include <string_view>
 
-/// The words of policy text that mean something by themselves.
+/// The words of policy text that mean something by themselves. They are rows of the schema, which
+/// the grammars for editors are written from, too.
 namespace Qcf::Text {
 
 /// Words that no function, parameter, constant or list is called by unless in quotes. Sorted.
 /// Words that mean something only where no name can stand ("permit", "seq") are not among them.
 std::span<std::string_view const> keywords();
+
+/// Keywords that an operand follows: "and", "in", "add". Sorted.
+std::span<std::string_view const> operatorWords();
+
+/// Words that are a constant, names of standard communities among them. Sorted.
+std::span<std::string_view const> constantWords();
 
 /// Words that mean something in lists and tests alone. Sorted.
 std::span<std::string_view const> listWords();

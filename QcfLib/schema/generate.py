@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes every *Generated file, and the tables of the language's page, from the schema rows; with
---check, tells which would change.
+"""Writes every *Generated file from the schema rows, the grammars for editors and the tables of the
+language's page; with --check, tells which would change.
 
 The rows are checked first and the row that is wrong is named. Nothing here knows what a node
-computes: generated files hold names, data and one-line bodies; sources are laid out by clang-format.
+computes: generated files hold names, data and one-line bodies, C++ laid out by clang-format.
 """
 
 import subprocess
@@ -13,9 +13,12 @@ from pathlib import Path
 import emit_agent
 import emit_attributes
 import emit_docs
+import emit_editors
 import emit_nodes
 import emit_registry
 import emit_store
+import emit_words
+import language
 from model import BASES, SchemaError
 from nodes import ATTRIBUTES, NODES
 
@@ -42,6 +45,7 @@ def check(numbered):
         for f in row.fields:
             if f.isNode and f.type not in known:
                 raise SchemaError(f"{row.cls}.{f.name}: no node class {f.type!r}")
+    language.check([row for _, row in numbered])
 
 
 def outputs(numbered):
@@ -51,6 +55,8 @@ def outputs(numbered):
     yield from emit_store.emit(numbered)
     yield from emit_agent.emit()
     yield from emit_docs.emit(numbered)
+    yield from emit_words.emit()
+    yield from emit_editors.emit(numbered)
 
 
 def formatted(path, text):
@@ -74,6 +80,7 @@ def main(arguments):
             continue
         stale.append(name)
         if "--check" not in arguments:
+            path.parent.mkdir(exist_ok=True)
             path.write_text(text)
     for name in stale:
         print(("stale: " if "--check" in arguments else "wrote ") + name)
