@@ -41,6 +41,14 @@ struct ListDeclaration {
 /// known. Never throws Recovery. Takes time and memory linear in the text.
 std::optional<ListDeclaration> readList(Cursor & cursor, ConstantScope const & constants);
 
+/// Kind and name of a list, as they stand in a declaration and behind `as`. Throws Recovery.
+struct KindAndName {
+    Lists::ListKind kind;
+    String name;
+    Span nameSpan;
+};
+KindAndName readKindAndName(Cursor & cursor);
+
 /// The word of a kind: "prefix_list".
 std::string_view kindWord(Lists::ListKind kind);
 /// The kind of a word; nothing for other words.
