@@ -3,11 +3,12 @@
 #include "Command/ProgramFile.h"
 #include "Platform/Framework/DumpContext.h"
 #include "QcfLib/Plan.h"
+#include "Text/Printer.h"
 
 #include <memory>
 
-/// Three forms of one document: the text is for people, JSON for the reader of documents, plans
-/// show what runs.
+/// Four forms of one document: the text is for people, policy text for those who write policies,
+/// JSON for the reader of documents, plans show what runs.
 namespace {
 
 using Qcf::Documents::Program;
@@ -58,6 +59,11 @@ int dump(Options const & options) {
         dumpJson(only ? reachedFrom(only, program) : program);
         return 0;
     }
+    if (options.format == "qcf") {
+        standardOutput().write(only ? Qcf::Text::printPolicy(program, *only)
+                                    : Qcf::Text::printPolicy(program));
+        return 0;
+    }
     for (PtrConst<Function> const & function : program.functions) {
         if (only && function != only) {
             continue;
@@ -77,20 +83,19 @@ void addDumpCommand(Commands & commands) {
     auto const options = std::make_shared<Options>();
     auto & command = commands.add(
         "dump", "Print the functions of a document",
-        "As source-like text, or as a document in flat form: every node once, children first, "
-        "each\n"
-        "with its key. The flat form reads back to an equal store. With --function only that\n"
-        "function, in flat form with what it calls. With --plan as the steps that evaluation "
-        "runs,\n"
-        "each with the nodes that it stands for.",
+        "As source-like text, as policy text (qcf), or as a document in flat form (json): every\n"
+        "node once, children first, each with its key. Policy text reads back to equal functions,\n"
+        "the flat form to an equal store. With --function only that function, in flat form with\n"
+        "what it calls. With --plan as the steps that evaluation runs, each with the nodes that\n"
+        "it stands for.",
         "qcf dump policy.json --function import --format text",
         [options] { return dump(*options); });
     command.add_option("document", options->document, "Evaluation-tree document")
         ->required()
         ->type_name("DOC");
     command.add_option("--function", options->function, "Only this function")->type_name("NAME");
-    auto * const format = command.add_option("--format", options->format, "text or json")
-                              ->check(CLI::IsMember({"text", "json"}))
+    auto * const format = command.add_option("--format", options->format, "text, qcf or json")
+                              ->check(CLI::IsMember({"text", "qcf", "json"}))
                               ->capture_default_str();
     // A plan has one form alone.
     command.add_flag("--plan", options->plan, "The steps of each function's plan instead")
