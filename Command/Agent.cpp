@@ -1,6 +1,7 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
@@ -230,7 +231,7 @@ int agent(Options const & options) {
     // Read once: other lists want another process.
     PtrConst<Qcf::Lists::NamedLists> lists;
     if (!options.lists.empty()) {
-        lists = Qcf::Lists::readListsFile(options.lists, tellLine);
+        lists = readListsOf(options.lists);
     }
     // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();

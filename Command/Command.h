@@ -57,6 +57,7 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
 /// Adds `qcf eval`; the others likewise. Each in the file of its name.
 void addEvalCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
+void addCompileCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
 void addFmtCommand(Commands & commands);
 void addNodesCommand(Commands & commands);

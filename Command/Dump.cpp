@@ -1,5 +1,6 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/PolicyFile.h"
 #include "Command/ProgramFile.h"
 #include "Platform/Framework/DumpContext.h"
 #include "QcfLib/Plan.h"
@@ -7,7 +8,7 @@
 
 #include <memory>
 
-/// Four forms of one document: the text is for people, policy text for those who write policies,
+/// Four forms of one policy: the text is for people, policy text for those who write policies,
 /// JSON for the reader of documents, plans show what runs.
 namespace {
 
@@ -15,7 +16,7 @@ using Qcf::Documents::Program;
 using Qcf::Eval::Function;
 
 struct Options {
-    String document;
+    PolicyFile::Options policy;
     String function;
     String format = "text";
     bool plan = false;
@@ -48,11 +49,11 @@ void dumpJson(Program const & program) {
 }
 
 int dump(Options const & options) {
-    Program const program = Qcf::Documents::readProgramFile(options.document);
+    Program const program = PolicyFile::read(options.policy).program();
     PtrConst<Function> only;
     // Before anything is written, so that a misspelt name leaves no half an output.
     if (!options.function.empty()) {
-        only = findFunction(program, options.document, options.function);
+        only = findFunction(program, options.policy.path, options.function);
     }
     if (options.format == "json") {
         // A document must have all that it refers to, callees too; a text shows calls by name.
@@ -71,7 +72,7 @@ int dump(Options const & options) {
         if (options.plan) {
             dumpPlan(*function);
         } else {
-            dumpText(*function, program, options.document);
+            dumpText(*function, program, options.policy.path);
         }
     }
     return 0;
@@ -82,7 +83,7 @@ int dump(Options const & options) {
 void addDumpCommand(Commands & commands) {
     auto const options = std::make_shared<Options>();
     auto & command = commands.add(
-        "dump", "Print the functions of a document",
+        "dump", "Print the functions of a policy",
         "As source-like text, as policy text (qcf), or as a document in flat form (json): every\n"
         "node once, children first, each with its key. Policy text reads back to equal functions,\n"
         "the flat form to an equal store. With --function only that function, in flat form with\n"
@@ -90,9 +91,7 @@ void addDumpCommand(Commands & commands) {
         "it stands for.",
         "qcf dump policy.json --function import --format text",
         [options] { return dump(*options); });
-    command.add_option("document", options->document, "Evaluation-tree document")
-        ->required()
-        ->type_name("DOC");
+    options->policy.addTo(command);
     command.add_option("--function", options->function, "Only this function")->type_name("NAME");
     auto * const format = command.add_option("--format", options->format, "text, qcf or json")
                               ->check(CLI::IsMember({"text", "qcf", "json"}))

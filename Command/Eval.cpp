@@ -1,10 +1,9 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
+#include "Command/PolicyFile.h"
 #include "Command/ProgramFile.h"
 #include "Command/Readiness.h"
 #include "Command/RouteRun.h"
-#include "Documents/Places.h"
-#include "Lists/ListsDocument.h"
 
 #include <memory>
 
@@ -15,7 +14,7 @@ namespace {
 using Qcf::Documents::Program;
 
 struct Options {
-    String document;
+    PolicyFile::Options policy;
     String function;
     String lists;
     bool allowUndefinedLists = false;
@@ -25,7 +24,7 @@ struct Options {
 /// At most one file can be standard input. A stream cannot be read twice; the second reader would
 /// find it empty and call that a fault.
 void checkInputs(Options const & options) {
-    int const inputs = (options.document == "-" ? 1 : 0) + (options.run.routes == "-" ? 1 : 0) +
+    int const inputs = (options.policy.path == "-" ? 1 : 0) + (options.run.routes == "-" ? 1 : 0) +
                        (options.lists == "-" ? 1 : 0);
     if (inputs > 1) {
         throw UsageError("only one file can be standard input");
@@ -34,30 +33,34 @@ void checkInputs(Options const & options) {
 
 /// The function to evaluate, which must be one that can be.
 PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options const & options) {
-    auto function = findFunction(program, options.document, options.function);
+    auto function = findFunction(program, options.policy.path, options.function);
     if (auto const & fault = program.faultOf(*function).eval; !fault.empty()) {
-        throw DocumentError(options.document + ": function " + options.function + ": " + fault);
+        throw DocumentError(options.policy.path + ": function " + options.function + ": " + fault);
     }
     return function;
 }
 
 /// Reads document and lists and puts everything in place for the function's evaluation; nothing
 /// when it may not be evaluated, which was told then. The places of nodes are needed for messages
-/// up to here, and go with the document's text that they hold.
-PtrConst<Qcf::Eval::Function> prepare(Options const & options, Program & program,
+/// up to here, and go with the document's text that they hold; those of a text stay.
+PtrConst<Qcf::Eval::Function> prepare(Options & options, Program & program,
                                       PtrConst<Qcf::Lists::NamedLists> & lists) {
-    Qcf::Documents::Places places;
-    program = Qcf::Documents::readProgramFile(options.document, {.places = &places});
+    PolicyFile const policy = PolicyFile::read(options.policy);
+    program = policy.program();
     auto function = chosenFunction(program, options);
-    if (!options.lists.empty()) {
-        lists = Qcf::Lists::readListsFile(options.lists, tellLine);
+    lists = policy.listsWith(options.lists);
+    if (options.run.places && !policy.hasMap()) {
+        throw UsageError("--places wants a policy text, or --map for a document");
     }
-    auto const placeOf = [&places](auto const &... at) { return places.of(at...); };
-    Readiness const readiness(options.document, options.allowUndefinedLists);
+    if (options.run.places) {
+        options.run.map = std::make_shared<Qcf::Text::PlaceMap const>(policy.map());
+    }
+    auto const placeOf = [&policy](auto const &... at) { return policy.placeOf(at...); };
+    Readiness const readiness(options.policy.path, options.allowUndefinedLists);
     return readiness.of(*function, placeOf, lists.get()) ? function : nullptr;
 }
 
-int eval(Options const & options) {
+int eval(Options & options) {
     checkInputs(options);
     Program program;
     PtrConst<Qcf::Lists::NamedLists> lists;
@@ -84,16 +87,18 @@ void addEvalCommand(Commands & commands) {
         "changed is shown for routes that it accepts. A name that the function reaches and no "
         "list\n"
         "has is an error, told before the first route.",
-        "qcf eval policy.json --function import --routes table.mrt.gz --output jsonl",
+        "qcf eval policy.qcf --function import --routes table.mrt.gz --output jsonl",
         [options] { return eval(*options); });
-    command.add_option("document", options->document, "Evaluation-tree document")
-        ->required()
-        ->type_name("DOC");
-    command.add_option("--function", options->function, "Function of the document to evaluate")
+    options->policy.addTo(command);
+    command.add_option("--function", options->function, "Function to evaluate")
         ->required()
         ->type_name("NAME");
-    command.add_option("--lists", options->lists, "Lists that the document refers to by name")
+    command
+        .add_option("--lists", options->lists,
+                    "Lists that the policy refers to by name: a document or a text")
         ->type_name("FILE");
     addAllowUndefinedLists(command, options->allowUndefinedLists);
     options->run.addTo(command);
+    command.add_flag("--places", options->run.places,
+                     "Tell in the log where each node stands in the text");
 }

@@ -48,6 +48,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     Commands commands(app);
     addEvalCommand(commands);
     addCheckCommand(commands);
+    addCompileCommand(commands);
     addDumpCommand(commands);
     addFmtCommand(commands);
     addNodesCommand(commands);

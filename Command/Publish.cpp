@@ -1,5 +1,6 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Documents/Analysis.h"
@@ -12,7 +13,7 @@
 namespace {
 
 struct Options {
-    String document;
+    PolicyFile::Options policy;
     RedisArguments redis;
     U64 wait = 10;
 };
@@ -53,8 +54,8 @@ void checkFunctions(Qcf::Documents::Program const & program, String const & docu
 int publish(Options const & options) {
     // Arguments before files, files before the server: each fault is told by the cheapest means.
     auto const redis = options.redis.options();
-    auto const program = Qcf::Documents::readProgramFile(options.document);
-    checkFunctions(program, options.document);
+    auto const program = PolicyFile::read(options.policy).program();
+    checkFunctions(program, options.policy.path);
     // The document was read whole by now: waiting for a server is for one that can be published.
     Qcf::Mirror::WriterSettings settings;
     settings.patience = std::chrono::seconds(options.wait);
@@ -74,9 +75,7 @@ void addPublishCommand(Commands & commands) {
         "that publishes under the same name meanwhile is fenced off and fails.",
         "qcf publish policy.json --redis redis://localhost --name edge",
         [options] { return publish(*options); });
-    command.add_option("document", options->document, "Evaluation-tree document")
-        ->required()
-        ->type_name("DOC");
+    options->policy.addTo(command);
     options->redis.addTo(command);
     addNumber(command, "--wait", options->wait, "Seconds to go on trying while the server is away",
               0, 86400)

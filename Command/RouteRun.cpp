@@ -18,6 +18,8 @@ using Qcf::Agent::Evaluated;
 /// What the threads of a run share; used in turn.
 struct Run {
     bool log = false;
+    /// Null where places are not asked for.
+    Qcf::Text::PlaceMap const * places = nullptr;
     RouteTally tally;
     Progress progress{"routes"};
 };
@@ -41,6 +43,7 @@ public:
 
 protected:
     bool log() const { return run_.log; }
+    Qcf::Text::PlaceMap const * places() const { return run_.places; }
     String & text() { return text_; }
 
 private:
@@ -57,7 +60,7 @@ public:
         CountingSink::take(evaluated);
         appendRouteLine(text(), evaluated);
         if (log()) {
-            appendLogLines(text(), evaluated);
+            appendLogLines(text(), evaluated, places());
         }
     }
 };
@@ -69,7 +72,7 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
-        renderRoute(evaluated, log(), renderer_, values_);
+        renderRoute(evaluated, log(), places(), renderer_, values_);
         renderer_.endDocument();
     }
 
@@ -125,6 +128,7 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Run run;
     run.log = options.log;
+    run.places = options.places ? options.map.get() : nullptr;
     Qcf::Agent::TableRun tableRun;
     tableRun.function = std::move(function);
     tableRun.makeContext = std::move(makeContext);

@@ -2,6 +2,9 @@
 
 #include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Command/Command.h"
+#include "Text/MapFile.h"
+
+#include <memory>
 
 /// How a table of routes is evaluated and what is told of it; the options that say so, the same for
 /// `eval` and `agent`.
@@ -10,6 +13,9 @@ struct RouteRunOptions {
     String routes;
     String output = "table"; ///< table, jsonl or none
     bool log = false;
+    /// Whether the log tells the places of nodes; `map` has them then.
+    bool places = false;
+    std::shared_ptr<Qcf::Text::PlaceMap const> map = {};
     /// From 1 on.
     U64 threads = 1;
     /// Routes to evaluate at most.

@@ -3,12 +3,14 @@
 #include "Agent/Routes/ValueRenderer.h"
 #include "Platform/Routing/CommunityText.h"
 #include "Platform/Routing/TextPieces.h"
+#include "Text/MapFile.h"
 
 namespace {
 
 using Qcf::Agent::Evaluated;
 using Qcf::Agent::SetForm;
 using Qcf::Debug::EvaluationLog;
+using Qcf::Text::PlaceMap;
 using Routing::TextPieces::appendDecimal;
 
 /// Appends values of attributes without quotes, elements of sets joined by a comma. A path has
@@ -68,7 +70,8 @@ void padTo(String & out, std::size_t start, std::size_t width) {
 }
 
 // A chain is as long as a function's log, but calls nest only as deep as trees may.
-void appendRecords(String & out, EvaluationLog const * record, std::size_t indent) {
+void appendRecords(String & out, EvaluationLog const * record, std::size_t indent,
+                   PlaceMap const * places) {
     for (; record != nullptr; record = record->nextLog().get()) {
         out.append(indent, ' ');
         appendDecimal(out, record->aetNodeKey());
@@ -78,19 +81,64 @@ void appendRecords(String & out, EvaluationLog const * record, std::size_t inden
             out += ' ';
             out += toString(record->result().termination());
         }
+        if (places != nullptr) {
+            out += "  ";
+            out += places->text(record->aetNodeKey());
+        }
         out += '\n';
         auto const * const call = record->functionCallLog().get();
         // Logs of other engines' functions may stand here, whose records are of another class.
         if (call != nullptr && call->policyType() == EvaluationLog::policyTypeQcf) {
-            appendRecords(out, static_cast<EvaluationLog const *>(call), indent + 4);
+            appendRecords(out, static_cast<EvaluationLog const *>(call), indent + 4, places);
         }
     }
 }
 
+void renderRecords(EvaluationLog const * record, PlaceMap const & places, RendererV2 & renderer);
+
+// As the log writes itself, with one member more.
+void renderRecord(EvaluationLog const & record, PlaceMap const & places, RendererV2 & renderer) {
+    renderer.beginObject();
+    renderer.key("aetNodeKey");
+    renderer.value(record.aetNodeKey());
+    if (auto const * const place = places.find(record.aetNodeKey())) {
+        renderer.key("at");
+        renderer.beginArray();
+        renderer.value(places.fileName(*place));
+        renderer.value(U64{place->begin.line});
+        renderer.value(U64{place->begin.column});
+        renderer.endArray();
+    }
+    renderer.key("result");
+    renderer.value(toString(record.result().retVal()));
+    renderer.key("termination");
+    renderer.value(toString(record.result().termination()));
+    if (auto const * const call = record.functionCallLog().get()) {
+        renderer.key("functionCallLog");
+        renderer.beginObject();
+        if (call->policyType() == EvaluationLog::policyTypeQcf) {
+            renderRecords(static_cast<EvaluationLog const *>(call), places, renderer);
+        } else {
+            call->toJson(&renderer);
+        }
+        renderer.endObject();
+    }
+    renderer.endObject();
+}
+
+void renderRecords(EvaluationLog const * record, PlaceMap const & places, RendererV2 & renderer) {
+    renderer.key("entries");
+    renderer.beginArray();
+    for (; record != nullptr; record = record->nextLog().get()) {
+        renderRecord(*record, places, renderer);
+    }
+    renderer.endArray();
+}
+
 } // namespace
 
-void renderRoute(Evaluated const & evaluated, bool withLog, RendererV2 & renderer,
-                 Qcf::Agent::ValueRenderer & values) {
+void renderRoute(Evaluated const & evaluated, bool withLog, PlaceMap const * places,
+                 RendererV2 & renderer, Qcf::Agent::ValueRenderer & values) {
     renderer.beginObject();
     renderer.key("route");
     renderer.value(evaluated.number);
@@ -116,7 +164,8 @@ void renderRoute(Evaluated const & evaluated, bool withLog, RendererV2 & rendere
         renderer.key("log");
         renderer.beginObject();
         if (auto const log = evaluated.context.evaluationLog()) {
-            log->toJson(&renderer);
+            places == nullptr ? log->toJson(&renderer)
+                              : renderRecords(log.get(), *places, renderer);
         }
         renderer.endObject();
     }
@@ -154,6 +203,6 @@ void appendRouteLine(String & out, Evaluated const & evaluated) {
     out += '\n';
 }
 
-void appendLogLines(String & out, Evaluated const & evaluated) {
-    appendRecords(out, evaluated.context.evaluationLog().get(), 4);
+void appendLogLines(String & out, Evaluated const & evaluated, PlaceMap const * places) {
+    appendRecords(out, evaluated.context.evaluationLog().get(), 4, places);
 }

@@ -1,0 +1,85 @@
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/PolicyFile.h"
+#include "Command/Readiness.h"
+#include "Lists/ListsWriter.h"
+
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+/// A text becomes the documents that everything else takes.
+namespace {
+
+struct Options {
+    PolicyFile::Options policy;
+    String lists;
+    String out;
+    String listsOut;
+    String mapOut;
+};
+
+template <typename Write>
+void writeFile(String const & path, Write const & write) {
+    String text;
+    {
+        RendererV2 renderer(text, RendererV2::Style::pretty);
+        write(renderer);
+    }
+    text += '\n';
+    if (path.empty() || path == "-") {
+        standardOutput().write(text);
+        return;
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) {
+        throw DocumentError(path + ": cannot be written");
+    }
+}
+
+// Everything is read and compared before anything is written.
+int compile(Options const & options) {
+    PolicyFile const policy = PolicyFile::read(options.policy);
+    if (policy.text() == nullptr) {
+        throw DocumentError(options.policy.path +
+                            ": is a document; a policy text is what is compiled");
+    }
+    policy.tellMessages();
+    auto const lists = policy.listsWith(options.lists);
+    writeFile(options.out, [&](RendererV2 & renderer) {
+        Qcf::Documents::writeProgram(policy.program(), renderer);
+    });
+    if (!options.listsOut.empty()) {
+        writeFile(options.listsOut, [&](RendererV2 & renderer) {
+            Qcf::Lists::writeLists(policy.text()->listRecords(), renderer);
+        });
+    }
+    if (!options.mapOut.empty()) {
+        writeFile(options.mapOut, [&](RendererV2 & renderer) {
+            Qcf::Text::writeMap(policy.text()->map(), policy.sources(), renderer);
+        });
+    }
+    return 0;
+}
+
+} // namespace
+
+void addCompileCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "compile", "Make documents of a policy text",
+        "The functions become an evaluation-tree document, to standard output or -o FILE; lists\n"
+        "become a lists document, and the places of all nodes a source map, with which commands\n"
+        "that take the document name lines of the text.",
+        "qcf compile transit.qcf -o transit.json --lists-out lists.json --map-out transit.map",
+        [options] { return compile(*options); });
+    command.add_option("text", options->policy.path, "Policy text")->required()->type_name("TEXT");
+    command.add_option("--lists", options->lists, "Lists that stand in for those of the text")
+        ->type_name("FILE");
+    command.add_option("-o,--out", options->out, "The document")->type_name("FILE");
+    command.add_option("--lists-out", options->listsOut, "The lists of the text")
+        ->type_name("FILE");
+    command.add_option("--map-out", options->mapOut, "The source map")->type_name("FILE");
+}

@@ -1,0 +1,95 @@
+#include "Command/PolicyFile.h"
+
+#include "Command/Readiness.h"
+#include "Lists/ListRecord.h"
+#include "Lists/ListsDocument.h"
+
+#include <sstream>
+
+namespace {
+
+using Qcf::Lists::NamedLists;
+using Qcf::Text::Messages;
+using Qcf::Text::Policy;
+using Qcf::Text::Sources;
+
+/// Messages as they are told, without the last line's end.
+String printed(Messages & messages, Sources const & sources) {
+    messages.sort();
+    std::ostringstream out;
+    messages.print(sources, out);
+    String text = out.str();
+    text.resize(text.find_last_not_of('\n') + 1);
+    return text;
+}
+
+/// The policy of a text; throws all that is wrong with it.
+Policy readText(String text, String const & path, Sources & sources, Messages & messages) {
+    auto policy = Qcf::Text::readPolicyText(std::move(text), path, sources, messages);
+    if (!policy) {
+        throw DocumentError(printed(messages, sources));
+    }
+    return std::move(*policy);
+}
+
+} // namespace
+
+void PolicyFile::Options::addTo(CLI::App & command) {
+    command.add_option("document", path, "Policy text or evaluation-tree document")
+        ->required()
+        ->type_name("POLICY");
+    command.add_option("--map", map, "Source map of a compiled document (qcf compile --map-out)")
+        ->type_name("FILE");
+}
+
+PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong along) {
+    PolicyFile file;
+    String text = readFile(options.path);
+    file.sources_ = std::make_shared<Sources>();
+    if (Qcf::Text::isJson(text)) {
+        file.places_ = std::make_shared<Qcf::Documents::Places>();
+        along.places = file.places_.get();
+        file.program_ = Qcf::Documents::readProgram(std::move(text), options.path, along);
+        if (!options.map.empty()) {
+            file.map_ = Qcf::Text::PlaceMap::read(options.map);
+        }
+        return file;
+    }
+    file.text_ = readText(std::move(text), options.path, *file.sources_, file.messages_);
+    file.messages_.sort();
+    file.program_ = file.text_->program();
+    file.map_ = Qcf::Text::PlaceMap::of(file.text_->map(), *file.sources_);
+    return file;
+}
+
+String PolicyFile::placeOf(Qcf::Eval::AetNodeBase const & node,
+                           Qcf::Eval::Function const & within) const {
+    String const place = map_ ? map_->text(node.aetNodeKey()) : String();
+    return place.empty() && places_ ? places_->of(node, within) : place;
+}
+
+void PolicyFile::tellMessages() const {
+    std::ostringstream out;
+    messages_.print(*sources_, out);
+    tell(out.str());
+}
+
+PtrConst<NamedLists> PolicyFile::listsWith(String const & file) const {
+    bool const hasOwn = text_ && !text_->declarations().lists.empty();
+    PtrConst<NamedLists> const own = hasOwn ? text_->lists() : nullptr;
+    if (file.empty()) {
+        return own;
+    }
+    auto const over = readListsOf(file);
+    return own ? Qcf::Lists::mergeLists(*own, *over) : over;
+}
+
+PtrConst<NamedLists> readListsOf(String const & file) {
+    String text = readFile(file);
+    if (Qcf::Text::isJson(text)) {
+        return Qcf::Lists::readLists(std::move(text), file, tellLine);
+    }
+    Sources sources;
+    Messages messages;
+    return readText(std::move(text), file, sources, messages).lists();
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Documents/Places.h"
+#include "Documents/Program.h"
+#include "Lists/NamedLists.h"
+#include "Text/Declarations.h"
+#include "Text/MapFile.h"
+#include "Text/Policy.h"
+
+#include <CLI/CLI.hpp>
+
+/// The policy that a command is given: a document or a policy text, told apart by its content.
+///
+///     PolicyFile const policy = PolicyFile::read(options.policy);
+///     auto const function = findFunction(policy.program(), options.policy.path, options.function);
+///
+/// What is wrong with it is a DocumentError; errors of a text are all of them, with their lines.
+class PolicyFile {
+public:
+    /// Which file, and whether its nodes' places are wanted.
+    struct Options {
+        String path;
+        /// A source map of the document; empty for none.
+        String map = {};
+
+        /// Adds the argument and --map; must outlive the parsing.
+        void addTo(CLI::App & command);
+    };
+
+    /// Warnings of a text go to standard error. `along` is for documents alone.
+    static PolicyFile read(Options const & options, Qcf::Documents::ReadAlong along = {});
+
+    Qcf::Documents::Program const & program() const { return program_; }
+    /// `FILE:LINE:COLUMN` where there is a source map, else `FILE:POINTER`.
+    String placeOf(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
+    /// Whether nodes have places in a text.
+    bool hasMap() const { return map_.has_value(); }
+    Qcf::Text::PlaceMap const & map() const { return *map_; }
+
+    /// The lists of the text, and those of the file over them; null where there is neither.
+    /// The file may be a lists document or a policy text; empty for none.
+    PtrConst<Qcf::Lists::NamedLists> listsWith(String const & file) const;
+
+    /// The text that it was; null for a document.
+    Qcf::Text::Policy const * text() const { return text_ ? &*text_ : nullptr; }
+    Qcf::Text::Sources const & sources() const { return *sources_; }
+    Qcf::Text::Messages const & messages() const { return messages_; }
+    /// Writes the text's warnings to standard error.
+    void tellMessages() const;
+
+private:
+    Qcf::Documents::Program program_;
+    std::shared_ptr<Qcf::Documents::Places> places_;
+    std::optional<Qcf::Text::PlaceMap> map_;
+    std::optional<Qcf::Text::Policy> text_;
+    std::shared_ptr<Qcf::Text::Sources> sources_;
+    Qcf::Text::Messages messages_;
+};
+
+/// Lists from a lists document or from a policy text.
+PtrConst<Qcf::Lists::NamedLists> readListsOf(String const & file);
