@@ -6,7 +6,9 @@
 #include "QcfLib/Plan.h"
 #include "Text/Printer.h"
 
+#include <charconv>
 #include <memory>
+#include <unordered_set>
 
 /// Four forms of one policy: the text is for people, policy text for those who write policies,
 /// JSON for the reader of documents, plans show what runs.
@@ -22,9 +24,39 @@ struct Options {
     bool plan = false;
 };
 
+/// Takes the addresses of functions out of the engine's own text, which tells functions of one name
+/// apart by them: two runs would have two texts.
+class WithoutAddresses {
+public:
+    explicit WithoutAddresses(Program const & program) {
+        for (auto const & function : program.functions) {
+            addresses_.insert(reinterpret_cast<U64>(function.get()));
+        }
+    }
+
+    void write(std::string_view piece) const {
+        for (std::size_t at = piece.find(mark); at != std::string_view::npos;
+             at = piece.find(mark, at)) {
+            std::string_view const digits = piece.substr(at + mark.size());
+            U64 address = 0;
+            auto const * const end = std::from_chars(digits.begin(), digits.end(), address, 16).ptr;
+            bool const isFunction = addresses_.contains(address);
+            standardOutput().write(piece.substr(0, isFunction ? at : at + mark.size()));
+            piece = isFunction ? std::string_view(end, piece.end()) : digits;
+            at = 0;
+        }
+        standardOutput().write(piece);
+    }
+
+private:
+    static constexpr std::string_view mark = "@0x";
+    std::unordered_set<U64> addresses_;
+};
+
 // Piece by piece: the text of a tree that shares nodes may be far larger than the document.
-PtrConst<DumpContext> toStandardOutput() {
-    return makePtr<DumpContext>([](std::string_view piece) { standardOutput().write(piece); });
+PtrConst<DumpContext> toStandardOutput(Program const & program) {
+    return makePtr<DumpContext>(
+        [filter = WithoutAddresses(program)](std::string_view piece) { filter.write(piece); });
 }
 
 // Only the text has no way to write such a function; as a document it can be written.
@@ -32,12 +64,12 @@ void dumpText(Function const & function, Program const & program, String const &
     if (auto const & fault = program.faultOf(function).dump; !fault.empty()) {
         throw DocumentError(document + ": function " + function.funcName() + ": " + fault);
     }
-    function.dumpState(toStandardOutput(), 0);
+    function.dumpState(toStandardOutput(program), 0);
 }
 
-void dumpPlan(Function const & function) {
+void dumpPlan(Function const & function, Program const & program) {
     standardOutput().write("function " + function.funcName() + ": ");
-    function.planFor(function).dump(toStandardOutput());
+    function.planFor(function).dump(toStandardOutput(program));
 }
 
 void dumpJson(Program const & program) {
@@ -70,7 +102,7 @@ int dump(Options const & options) {
             continue;
         }
         if (options.plan) {
-            dumpPlan(*function);
+            dumpPlan(*function, program);
         } else {
             dumpText(*function, program, options.policy.path);
         }

@@ -33,6 +33,8 @@ Operator rowOf(NodeClass const & nodeClass) {
                  plays(left, FieldRole::target)};
     if (nodeClass.facts.list) {
         row.side = RightSide::list;
+    } else if (nodeClass.fieldOf(FieldRole::lowerBounds) != nullptr) {
+        row.side = RightSide::ranges;
     } else if (nodeClass.fields.size() > 1) {
         row.side = RightSide::value;
         row.right = &nodeClass.fields[1];

@@ -12,6 +12,7 @@ namespace Qcf::Text {
 enum class RightSide : U8 {
     nothing, ///< `is empty`
     value,   ///< the field `right`
+    ranges,  ///< a set of items with ranges, in fields of their own
     list,    ///< the name of an outside list
 };
 

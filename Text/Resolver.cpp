@@ -182,11 +182,13 @@ private:
         std::size_t const declared = declarations_.functions.size();
         state_.assign(declared, State::open);
         for (std::size_t i = 0; i < declared; ++i) {
-            // Calls are looked at in the order of the texts: they declare built-ins.
-            for (auto const * const calls : {&declarations_.functions[i].uses.calls,
-                                             &declarations_.functions[i].uses.rawCalls}) {
-                for (std::size_t k = 0; k < calls->size(); ++k) {
-                    callees_[i].push_back(find((*calls)[k]));
+            // Calls are looked at in the order of the texts. They declare built-ins, which makes the
+            // functions move.
+            for (auto const member : {&BodyUses::calls, &BodyUses::rawCalls}) {
+                std::size_t const count = (declarations_.functions[i].uses.*member).size();
+                for (std::size_t k = 0; k < count; ++k) {
+                    CallDraft const call = (declarations_.functions[i].uses.*member)[k];
+                    callees_[i].push_back(find(call));
                 }
             }
         }

@@ -81,7 +81,7 @@ TEST(Literal, ReadsBackWhatItWrites) {
         ASSERT_TRUE(literal) << word;
         EXPECT_EQ(toWord(*literal), word);
     }
-    EXPECT_EQ(parseLiteral("65000:1"), Literal(Integer{65000 * 65536 + 1, false}));
+    EXPECT_EQ(parseLiteral("65000:1"), Literal(Integer{65000ULL * 65536 + 1, false}));
     EXPECT_EQ(parseLiteral("no-export"), Literal(Integer{0xffffff01, false}));
     EXPECT_EQ(parseLiteral("10Gbps"), Literal(1e10F));
     EXPECT_EQ(parseLiteral("-0.5"), Literal(-0.5F));
