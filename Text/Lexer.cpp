@@ -97,6 +97,11 @@ void Lexer::scanWord() {
     }
 }
 
+// A link bandwidth ends in one.
+bool Lexer::startsNumber(std::size_t begin) const {
+    return isDigit(at(begin)) || at(begin) == '-' || text_.substr(begin).starts_with("lbw:");
+}
+
 bool Lexer::continuesWord(std::size_t begin) const {
     char const c = text_[at_];
     char const before = text_[at_ - 1];
@@ -105,16 +110,15 @@ bool Lexer::continuesWord(std::size_t begin) const {
     case '.':
         return isWordCharacter(after) && isWordCharacter(before);
     case ':':
-        // The second of two ends an address where nothing follows.
-        return isWordCharacter(after) || after == ':' || after == '*' ||
-               (before == ':' && (at_ - begin > 1 || after == '/'));
+        // The second of two ends an address where nothing follows, or is all of it.
+        return isWordCharacter(after) || after == ':' || after == '*' || before == ':';
     case '/':
         return isDigit(after);
     case '-':
         return isWordCharacter(after) && isWordCharacter(before);
     case '+':
-        // Of an exponent.
-        return isDigit(text_[begin]) && (before == 'e' || before == 'E') && isDigit(after);
+        // Of an exponent, and nothing that a name could end in.
+        return (before == 'e' || before == 'E') && isDigit(after) && startsNumber(begin);
     case '*':
         return before == ':';
     default:

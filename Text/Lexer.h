@@ -51,6 +51,7 @@ private:
     TokenKind scanString();
     TokenKind scanSign();
     bool startsWord() const;
+    bool startsNumber(std::size_t begin) const;
     /// Whether the word that began at `begin` goes on with the byte at `at_`.
     bool continuesWord(std::size_t begin) const;
 

@@ -41,9 +41,10 @@ U32 blanksBefore(TokenTree const & tree, U32 i, BracketKind inside) {
     if (isTight(tree, i)) {
         return 0;
     }
-    bool const isMarked = tree.is(i - 1, ";") || tree.is(i - 1, ",") || tree.is(i + 1, "{");
+    bool const isMarked = tree.is(i - 1, ";") || tree.is(i - 1, ",");
+    bool const isFamily = tree.is(i, "v4") || tree.is(i, "v6");
     bool const isNextEntry =
-        inside == BracketKind::list && tree.separates(i, inside) && !isMarked;
+        inside == BracketKind::list && tree.separates(i, inside) && !isMarked && !isFamily;
     return isNextEntry ? 2 : 1;
 }
 

@@ -30,6 +30,7 @@ TEST(Usage, WrongArgumentsAreToldInOneLine) {
         {{"check"}, "document is required"},
         {{"check", "-", "--lists", "-"}, "only one file can be standard input"},
         {{"dump", "d.json", "--format", "yaml"}, "--format"},
+        {{"fmt"}, "files is required"},
         {{"nodes", "--format", "xml"}, "--format"},
         {{"generate-table", "--out", "t"}, "--routes is required"},
         {{"generate-table", "--routes", "18446744073709551616", "--out", "t"}, "--routes"},
@@ -51,7 +52,7 @@ TEST(Usage, HelpExplainsEveryCommandWithAnExample) {
     Outcome const help = workshop.run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
-    for (char const * const command : {"eval", "check", "dump", "nodes", "generate-table"}) {
+    for (char const * const command : {"eval", "check", "dump", "fmt", "nodes", "generate-table"}) {
         EXPECT_THAT(help.out, HasSubstr(String("\n  ") + command + ' '));
         Outcome const own = workshop.run({command, "--help"});
         EXPECT_EQ(own.exitCode, 0) << command;
