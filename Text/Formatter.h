@@ -13,11 +13,11 @@ namespace Qcf::Text {
 ///     Messages messages;
 ///     if (auto const text = formatText(sources, file, messages)) ...
 ///
-/// Two blanks a level, four before a line that continues a statement. Whatever began a line goes on
-/// to do so, and within values nothing else does. A block that stands over several lines, or that
-/// makes its line wider than 120 columns, has each of its statements and its `}` on a line of their
-/// own; any other stays on its line. At most one empty line is kept, none at the edges of brackets.
-/// Comments behind code that stood in one column stand in one column again.
+/// Two blanks a level; a line that goes on with a statement is a level deeper. Whatever began a
+/// line goes on to do so, and within values nothing else does. A block that stands over several
+/// lines, or that makes its line wider than 120 columns, has each of its statements and its `}` on
+/// a line of their own; any other stays on its line. At most one empty line is kept, none at the
+/// edges of brackets. Comments behind code that stood in one column stand in one column again.
 ///
 /// What is laid out already does not change again. Takes time linear in the text. Nothing, and an
 /// error told, where a token is not of the language, brackets do not pair or the text does not

@@ -32,8 +32,8 @@ syn keyword qcfPredicate empty zero
 syn keyword qcfType bandwidth int tristate
 syn keyword qcfListKind as_path_list community_list dynamic_prefix_list ext_community_list large_community_list prefix_list
 syn keyword qcfListKind roa_table tag_set
-syn keyword qcfValue bandwidth_bits interface lbw link_bandwidth merge ribs
-syn keyword qcfValue v4 v6
+syn keyword qcfValue bandwidth_bits interface link_bandwidth merge ribs v4
+syn keyword qcfValue v6
 syn keyword qcfListWord accept as bind by changes contains
 syn keyword qcfListWord deny ends from ge le max
 syn keyword qcfListWord only permit reject seq starts unchanged
@@ -61,6 +61,7 @@ syn keyword qcfAttribute prefix prefix.ip_version prefix.length resolution_ribs 
 syn keyword qcfAttribute route.priority rpki.origin_as_validity rt_membership.origin_as rt_membership.route_target source_protocol source_session.interface.bandwidth
 syn keyword qcfAttribute source_session.remote.as source_session.remote.ip_address source_session.remote.router_id weight
 syn keyword qcfBuiltIn as_path_remove as_path_replace evpn_set_overlay_index match_origin_as_validity set_next_hop_self
+syn match qcfValue /\v<lbw\(@=/
 syn match qcfReason /\v(because\s+)@<=[A-Za-z0-9_-]+/
 syn match qcfAnnotation /\v\@[A-Za-z]+\(@=/
 syn region qcfString start=/"/ skip=/\\[\\"]/ end=/"/ oneline

@@ -1,5 +1,6 @@
 #include "Text/Lexer.h"
 #include "Text/Literal.h"
+#include "Text/Words.h"
 
 #include <gmock/gmock.h>
 
@@ -96,5 +97,11 @@ TEST(Literal, RefusesWhatOnlyLooksLikeOne) {
     for (char const * word : {"NO_EXPORT", "community", "e5", "Gbps"}) {
         EXPECT_FALSE(parseLiteral(word)) << word;
         EXPECT_EQ(whyNoLiteral(word), "") << word;
+    }
+}
+
+TEST(Words, EachConstantIsALiteral) {
+    for (std::string_view const word : constantWords()) {
+        EXPECT_TRUE(parseLiteral(word)) << word;
     }
 }

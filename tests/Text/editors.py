@@ -85,7 +85,7 @@ def main():
     tables = {"variable.language.attribute": attributes, "keyword|storage|support": words(reader, "keywords"),
               "keyword.operator.word": words(reader, "operatorWords"), "keyword.other.list": words(reader, "listWords"), "constant.language": words(reader, "constantWords")}
     vim = (TREE / "editors/qcf.vim").read_text()
-    vimWords = {word for line in vim.splitlines() if line.startswith("syn keyword") for word in line.split()[3:]}
+    vimWords = {word for line in vim.splitlines() if line.startswith("syn keyword") for word in line.split()[3:]} | set(re.findall(r"\\v<(\w+)\\\(@=", vim))
     for scope, table in tables.items():
         if len(table) < 10:
             wrong.append(f"{scope}: only {len(table)} words are known")
