@@ -105,17 +105,16 @@ void LineBreaks::beginLine(U32 i) {
         return;
     }
     line_.indent = indentFor(i);
-    line_.end = ends_[i];
-    U64 const end = columns_[line_.end - 1] + width(line_.end - 1);
+    U32 const last = ends_[i] - 1;
+    U64 const end = columns_[last] + width(last);
     line_.isWide = line_.indent + end - columns_[i] > widestLine;
 }
 
 void LineBreaks::enter(U32 i) {
     BracketKind const kind = tree_.kind(i);
-    U32 const mate = tree_.mate(i);
     bool const isBlock = holdsStatements(kind);
     bool const isBroken = isBlock && hasLineBreakInside(i);
-    bool const byWidth = isBlock && !isBroken && line_.isWide && mate < line_.end && mate != i + 1;
+    bool const byWidth = isBlock && !isBroken && line_.isWide && tree_.mate(i) != i + 1;
     bool const isOfStatement = isBlock && (open_.empty() || holdsStatements(open_.back().kind));
     U32 const indent = isOfStatement ? statementIndent() : line_.indent;
     open_.push_back({i, kind, isBroken || byWidth, byWidth, indent, line_});

@@ -30,10 +30,9 @@ public:
     U32 indentOfComment(U32 i) const;
 
 private:
-    /// A line of the result as far as it is known when it begins.
+    /// A line of the result.
     struct Line {
         U32 indent = 0;
-        U32 end = 0;         ///< the next token that surely begins another
         bool isWide = false; ///< whether blocks in it must be broken
     };
     struct Open {

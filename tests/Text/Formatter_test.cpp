@@ -133,8 +133,7 @@ TEST(Formatter, SetsBlanksAndLines) {
          "list roa_table R {\n  1.0.0.0/8 max 8 AS1\n  2.0.0.0/8 max 9 AS2\n}\n"},
         {"continued statements",
          "function f() {\nif a\nand b or\nc {\nd\n}\nreturn x\nbecause y\nz\nis 5\nnot a\n}",
-         "function f() {\n  if a\n      and b or\n      c {\n    d\n  }\n  return x\n      because "
-         "y\n"
+         "function f() {\n  if a\n    and b or\n    c {\n    d\n  }\n  return x\n    because y\n"
          "  z\n    is 5\n  not a\n}\n"},
         {"continued values", "const A = {\n1,\n# two\n2\n}\nfunction f() { return (\na or\nb) }\n",
          "const A = {\n  1,\n  # two\n  2\n}\nfunction f() {\n  return (\n    a or\n    b )\n}\n"},
@@ -165,6 +164,10 @@ TEST(Formatter, BreaksTheBlocksOfALineThatIsTooWide) {
                   " {\n    a();\n    b()\n  } else if c {} else {\n    return false because "
                   "neither\n  }\n}\n");
     expectLaws(wide);
+    // Of the statements of such a block each is measured by itself.
+    EXPECT_EQ(laidOut("function f() { if a { b }; " + condition + "; return " + condition + " }\n"),
+              "function f() {\n  if a { b };\n  " + condition + ";\n  return " + condition +
+                  "\n}\n");
     // 120 columns stay, one more does not; what stands behind in a comment does not count.
     for (std::size_t length = 100; length < 110; ++length) {
         String const name(length, 'n');
