@@ -5,6 +5,7 @@
 
 #include <array>
 #include <limits>
+#include <utility>
 
 namespace Qcf::Text {
 
@@ -108,15 +109,19 @@ void ListEntryReader::passSeparator() {
 bool ListEntryReader::startsEntry() const {
     bool const isPayload = kind_ == ListKind::roaTable && cursor_.isWord() &&
                            cursor_.text().find('/') != std::string_view::npos;
-    return cursor_.now().startsLine || isPayload;
+    bool const isSection = kind_ == ListKind::dynamicPrefixList && !inSection_ &&
+                           (cursor_.is("vrfs") || cursor_.is("v4") || cursor_.is("v6"));
+    return cursor_.now().startsLine || isPayload || isSection;
 }
 
 void ListEntryReader::skipEntry(Token const & first) {
+    bool const hasActions = kind_ != ListKind::dynamicPrefixList || inSection_;
     std::string_view const text = cursor_.sources()[cursor_.file()].text();
     U32 open = openBraces(text.substr(first.begin, cursor_.now().begin - first.begin));
     while (!cursor_.atEnd() && !startsDeclaration(cursor_)) {
         bool const moved = cursor_.now().begin != first.begin;
-        bool const isAction = cursor_.is("permit") || cursor_.is("deny") || cursor_.is("seq");
+        bool const isAction =
+            hasActions && (cursor_.is("permit") || cursor_.is("deny") || cursor_.is("seq"));
         bool const ends = open == 0 && (cursor_.is("}") || (moved && startsEntry()));
         if (ends || (moved && isAction)) {
             return;
@@ -288,25 +293,30 @@ void ListEntryReader::readVrf(Lists::DynamicPrefixListRecord & list) {
     }
 }
 
+template <typename ReadSection>
+void ListEntryReader::readSection(bool & seen, ReadSection const & readContent) {
+    Token const word = cursor_.take();
+    if (std::exchange(seen, true)) {
+        cursor_.fail(cursor_.spanOf(word), "list-entry",
+                     "'" + String(cursor_.text(word)) + "' stands twice in the list");
+    }
+    inSection_ = true;
+    readContent();
+    inSection_ = false;
+}
+
 void ListEntryReader::read(Lists::DynamicPrefixListRecord & list) {
-    std::array<bool, 3> seen{};
-    auto const section = [&](std::size_t number) {
-        Token const word = cursor_.take();
-        if (std::exchange(seen[number], true)) {
-            cursor_.fail(cursor_.spanOf(word), "list-entry",
-                         "'" + String(cursor_.text(word)) + "' stands twice in the list");
-        }
-    };
+    bool hasVrfs = false;
+    bool hasV4 = false;
+    bool hasV6 = false;
     eachEntry([&] {
+        inSection_ = false;
         if (cursor_.is("vrfs")) {
-            section(0);
-            eachEntry([&] { readVrf(list); });
+            readSection(hasVrfs, [&] { eachEntry([&] { readVrf(list); }); });
         } else if (cursor_.is("v4")) {
-            section(1);
-            readPrefixEntries(AddressFamily::ipv4, list.v4);
+            readSection(hasV4, [&] { readPrefixEntries(AddressFamily::ipv4, list.v4); });
         } else if (cursor_.is("v6")) {
-            section(2);
-            readPrefixEntries(AddressFamily::ipv6, list.v6);
+            readSection(hasV6, [&] { readPrefixEntries(AddressFamily::ipv6, list.v6); });
         } else {
             failEntry("'vrfs', 'v4' or 'v6'");
         }

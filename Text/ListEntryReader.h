@@ -51,6 +51,8 @@ private:
     Front readFront(std::optional<U32> & lastSeq);
     U32 readSeq(std::optional<U32> lastSeq);
     Lists::ListAction readAction();
+    template <typename ReadSection>
+    void readSection(bool & seen, ReadSection const & readContent);
     void readPrefixEntries(AddressFamily family, std::vector<Lists::PrefixListEntry> & entries);
     IpGenPrefix readPrefix(AddressFamily family);
     void readLengths(Lists::PrefixListEntry & entry);
@@ -87,6 +89,8 @@ private:
     Cursor & cursor_;
     ConstantScope const & constants_;
     Lists::ListKind kind_;
+    /// Of a dynamic prefix list: entries are read, not the words before their braces.
+    bool inSection_ = false;
 };
 
 } // namespace Qcf::Text

@@ -142,7 +142,8 @@ TEST_F(ListImport, TellsFaultsAtTheImport) {
          "error: f.json:/A/0: wants exact or a range of lengths, found both"},
         {R"({"A": [{"prefix": "10.0.0.0/8"}, {"prefix": "::/0"}]})", "",
          "error: f.json:/A/1/prefix: wants IPv4 prefix, found \"::/0\""},
-        {R"({"A": [], "B": []})", "as tag_set T", "error: f.json: wants one list for 'T', found 2"},
+        {R"({"A": [], "B": []})", "as tag_set T",
+         "error: f.json:: wants one list for 'T', found 2"},
         {roas, "", "error: f.json: an export of ROAs is imported 'as roa_table NAME'"},
         {roas, "as tag_set T", "error: f.json: an export of ROAs is imported 'as roa_table NAME'"},
         {R"({"qcf": "lists/1"})", "as tag_set T",
@@ -150,7 +151,7 @@ TEST_F(ListImport, TellsFaultsAtTheImport) {
         {R"({"qcf": "lists/1", "tagSets": {"T": [-1]}})", "",
          "error: f.json:/tagSets/T/0: wants integer from 0 to 4294967295, found number -1"},
         {R"({"qcf": "aet/1"})", "", "error: f.json:/qcf: wants \"lists/1\", found \"aet/1\""},
-        {"{", "", "error: f.json:1:2: wants '\"' or '}', found end of text"},
+        {"{", "", "error: f.json:1:2: syntax error: Missing a name for object member."},
         {"list x", "as tag_set T",
          "error: f.json: is a policy text, which names its lists itself; import it without 'as'"},
     };

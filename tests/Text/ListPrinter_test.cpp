@@ -113,7 +113,10 @@ list community_list BACKUP {
   deny { 65000:900..999 }
   permit "^65000:9"
 }
-list as_path_list LEAKS { permit "^1299_(174|701)_" origin egp  permit contains { 64496..131071 } }
+list as_path_list LEAKS {
+  permit "^1299_(174|701)_" origin egp
+  permit contains { 64496..131071 }
+}
 list tag_set LOCAL { 7, 77, 777 }
 list tag_set NONE { }
 list roa_table RPKI { 1.1.1.0/24 AS13335  2001:db8::/32 max 48 AS64500 }

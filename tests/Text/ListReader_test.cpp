@@ -243,8 +243,8 @@ list tag_set LAST { 5 }
                             HasSubstr("9:20: "), HasSubstr("11:1: "), HasSubstr("11:42: "),
                             HasSubstr("12:42: "), HasSubstr("12:46: "), HasSubstr("13:6: ")));
     EXPECT_EQ(printLists(read.records()),
-              "list community_list C { permit { 65000:1 }  permit { 65000:3 }  permit { 65000:6 }  "
-              "permit { 65000:7 } }\n"
+              "list community_list C {\n  permit { 65000:1 }\n  permit { 65000:3 }\n"
+              "  permit { 65000:6 }\n  permit { 65000:7 }\n}\n"
               "list roa_table R { 11.0.0.0/8 AS2  14.0.0.0/8 AS3 }\n"
               "list tag_set T { 1, 3 }\n"
               "list prefix_list P v4 { seq 20 permit 2.0.0.0/8 }\n"
