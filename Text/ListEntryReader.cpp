@@ -259,6 +259,11 @@ void ListEntryReader::readLengths(Lists::PrefixListEntry & entry) {
         le = readLength("le", Lists::boundsOfLe(entry.prefix, ge), family,
                         ge ? "'ge " + std::to_string(*ge) + "'" : own);
     }
+    if (cursor_.text() == "+" || cursor_.is("orlonger")) {
+        cursor_.fail(cursor_.here(), "list-length",
+                     "no " + cursor_.found() + ": 'le " + std::to_string(addressWidth(family)) +
+                         "' takes what is longer, too");
+    }
     if (cursor_.is("ge")) {
         cursor_.fail(cursor_.here(), "list-length",
                      le && !ge ? "'ge' stands before 'le'" : "'ge' stands twice");

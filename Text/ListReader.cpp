@@ -17,11 +17,19 @@ constexpr std::string_view kindWords[] = {
 };
 static_assert(std::size(kindWords) == std::variant_size_v<Lists::ListContent>);
 
+/// The kind that is near, or the only one that begins so ("roa").
+String suggestedKind(std::string_view word) {
+    auto const beginsSo = [&](std::string_view kind) { return kind.starts_with(word); };
+    auto const * const kind = std::ranges::find_if(kindWords, beginsSo);
+    return std::ranges::count_if(kindWords, beginsSo) == 1 ? String(*kind)
+                                                           : nearest(word, kindWords);
+}
+
 ListKind readKind(Cursor & cursor) {
     auto const kind = cursor.isWord() ? kindOfWord(cursor.text()) : std::nullopt;
     if (!kind) {
         cursor.fail(cursor.here(), "list-kind", "wants a kind of list, found " + cursor.found(),
-                    cursor.isWord() ? nearest(cursor.text(), kindWords) : String(),
+                    cursor.isWord() ? suggestedKind(cursor.text()) : String(),
                     "kinds are prefix_list, dynamic_prefix_list, community_list, "
                     "ext_community_list, large_community_list, as_path_list, tag_set, roa_table");
     }

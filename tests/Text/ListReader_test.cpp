@@ -99,6 +99,7 @@ TEST(ListReader, TellsWhatIsWrongAndWhere) {
         // The head.
         {"prefixlist P v4 { }", "6: error: wants a kind of list, found 'prefixlist'; did you mean "
                                 "'prefix_list'?"},
+        {"roa R { }", "6: error: wants a kind of list, found 'roa'; did you mean 'roa_table'?"},
         {"prefix_list { }", "18: error: wants the list's name, found '{'"},
         {"tag_set 65000:1 { }", "14: error: '65000:1' is no name; any text is one in quotes; did "
                                 "you mean '\"65000:1\"'?"},
@@ -131,6 +132,8 @@ TEST(ListReader, TellsWhatIsWrongAndWhere) {
         {"prefix_list P v6 { permit ::/0 ge 129 }",
          "37: error: 'ge 129' is above 128, the length of an IPv6 address"},
         {"prefix_list P v4 { permit 10.0.0.0/8 le 24 ge 9 }", "49: error: 'ge' stands before 'le'"},
+        {"prefix_list P v4 { permit 10.0.0.0/8+ }",
+         "42: error: no '+': 'le 32' takes what is longer, too"},
         // Actions and numbers of entries.
         {"prefix_list P v4 { allow 10.0.0.0/8 }",
          "25: error: wants 'permit' or 'deny', found 'allow'; did you mean 'permit'?"},
