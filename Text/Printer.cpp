@@ -84,15 +84,16 @@ private:
         return names;
     }
 
-    // Prefix lists go by their family, as where they are named.
+    // Both families of prefix lists have one word.
     static std::vector<String> slots(FunctionMetadata const & metadata) {
         std::vector<String> texts;
         for (SlotKindInfo const & info : slotKinds) {
             bool const isV4 = info.kind == SlotKind::v4PrefixList;
             bool const isV6 = info.kind == SlotKind::v6PrefixList;
-            String const kind(isV4 ? "v4" : isV6 ? "v6" : listKindWord(info.kind));
+            String const family = isV4 ? " v4 " : isV6 ? " v6 " : " ";
             for (auto const & [name, slot] : metadata.of(info.kind)) {
-                texts.push_back(kind + ' ' + nameWord(name) + ' ' + std::to_string(slot));
+                texts.push_back(String(listKindWord(info.kind)) + ' ' + nameWord(name) + family +
+                                std::to_string(slot));
             }
         }
         return texts;
