@@ -79,7 +79,8 @@ private:
     Draft * ifExpression();
     Draft * leave();
     void endStatement();
-    void skipStatement(bool hasBegun);
+    void skipStatement(U32 level, bool hasBegun);
+    bool startsDeclaration() const;
     void failForeignStatement();
 
     // BodyConditions.cpp

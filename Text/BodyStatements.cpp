@@ -17,17 +17,20 @@ constexpr std::string_view declarationStarts[] = {"function", "list", "test", "c
 
 } // namespace
 
+/// No statement begins with such a word, but for a call of a function that has it as its name.
+bool BodyParser::startsDeclaration() const {
+    return cursor_.now().startsLine && !cursor_.isAhead("(") &&
+           std::ranges::any_of(declarationStarts, [&](auto word) { return cursor_.is(word); });
+}
+
 Draft * BodyParser::block() {
     Token const open = cursor_.expect("{");
-    Cursor::Level const level(cursor_);
+    Cursor::Level const nesting(cursor_);
+    U32 const level = cursor_.openBraces();
     DraftChain entries;
     bool isWhole = true;
     while (!cursor_.is("}")) {
-        bool const declares =
-            cursor_.atEnd() ||
-            (cursor_.now().startsLine && !cursor_.isAhead("(") &&
-             std::ranges::any_of(declarationStarts, [&](auto word) { return cursor_.is(word); }));
-        if (declares) {
+        if (cursor_.atEnd() || startsDeclaration()) {
             if (!isWhole) {
                 throw Recovery{};
             }
@@ -45,7 +48,7 @@ Draft * BodyParser::block() {
             if (cursor_.messages().isFull()) {
                 throw;
             }
-            skipStatement(cursor_.now().begin != begin);
+            skipStatement(level, cursor_.now().begin != begin);
         }
     }
     cursor_.take();
@@ -53,26 +56,29 @@ Draft * BodyParser::block() {
     return tree_.add<Block>(cursor_.since(open), {chain});
 }
 
-// To the next line that begins a statement, over whole blocks. That may be the line at hand where
-// some of the statement was read before.
-void BodyParser::skipStatement(bool hasBegun) {
-    U32 open = 0;
+// To the next line that begins a statement on the block's own level. That may be the line at hand
+// where some of the statement was read before.
+void BodyParser::skipStatement(U32 level, bool hasBegun) {
     while (!cursor_.atEnd()) {
-        if (cursor_.is("}") && open == 0) {
+        bool const isOwn = cursor_.openBraces() <= level;
+        if (isOwn && cursor_.is("}")) {
             return;
         }
-        if (open == 0 && hasBegun && cursor_.now().startsLine && !cursor_.is("{") &&
-            !cursor_.is("and") && !cursor_.is("or") && !cursor_.is("??") && !cursor_.is("else")) {
+        bool const continues = cursor_.is("{") || cursor_.is("and") || cursor_.is("or") ||
+                               cursor_.is("??") || cursor_.is("else");
+        if (isOwn && hasBegun && cursor_.now().startsLine && !continues) {
             return;
         }
-        if (open == 0 && cursor_.is(";")) {
-            cursor_.take();
+        // A declaration in the first column: braces are what is wrong.
+        if (startsDeclaration()) {
             return;
         }
-        open += cursor_.is("{") ? 1 : 0;
-        open -= cursor_.is("}") ? 1 : 0;
-        hasBegun = true;
+        bool const ends = isOwn && cursor_.is(";");
         cursor_.take();
+        hasBegun = true;
+        if (ends) {
+            return;
+        }
     }
 }
 

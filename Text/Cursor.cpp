@@ -52,6 +52,8 @@ Token Cursor::read() {
 Token Cursor::take() {
     Token const taken = now_;
     lastEnd_ = taken.end;
+    openBraces_ += is("{") ? 1 : 0;
+    openBraces_ -= is("}") && openBraces_ > 0 ? 1 : 0;
     now_ = ahead_;
     documentation_ = std::move(documentationAhead_);
     documentationAhead_.clear();

@@ -56,6 +56,9 @@ public:
     /// " + where + ", found ...".
     Token expect(std::string_view what, std::string_view where = {});
 
+    /// How many braces were taken and not closed.
+    U32 openBraces() const { return openBraces_; }
+
     Span spanOf(Token const & token) const { return {file_, token.begin, token.end}; }
     Span here() const { return spanOf(now_); }
     /// From the first byte of that token to the last one of what was taken last.
@@ -119,6 +122,7 @@ private:
     Token ahead_;
     U32 lastEnd_ = 0;
     U32 depth_ = 0;
+    U32 openBraces_ = 0;
     String documentation_;
     String documentationAhead_;
     bool ended_ = false;

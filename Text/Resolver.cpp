@@ -182,8 +182,8 @@ private:
         std::size_t const declared = declarations_.functions.size();
         state_.assign(declared, State::open);
         for (std::size_t i = 0; i < declared; ++i) {
-            // Calls are looked at in the order of the texts. They declare built-ins, which makes the
-            // functions move.
+            // Calls are looked at in the order of the texts. They declare built-ins, which makes
+            // the functions move.
             for (auto const member : {&BodyUses::calls, &BodyUses::rawCalls}) {
                 std::size_t const count = (declarations_.functions[i].uses.*member).size();
                 for (std::size_t k = 0; k < count; ++k) {
