@@ -7,7 +7,6 @@
 /// link.
 namespace Qcf::Documents {
 
-using Eval::classWanted;
 using Eval::FieldRole;
 
 void Chain::append(JsonValue const & array) {

@@ -13,7 +13,6 @@ using Eval::ClassFacts;
 using Eval::FieldInfo;
 using Eval::FieldRole;
 using Eval::Function;
-using Eval::NodeClass;
 
 bool ArgumentNeeds::any() const {
     return integers != 0 || bandwidths != 0 || triStateBools != 0 || prefixLists != 0 || nodes;

@@ -8,7 +8,6 @@
 /// themselves what they are come first: a chain, null, a reference, an object with a class.
 namespace Qcf::Documents {
 
-using Eval::classWanted;
 using Eval::FieldInfo;
 using Eval::FieldRole;
 using Eval::NodeClass;

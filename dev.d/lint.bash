@@ -32,7 +32,7 @@ isGenerated() {
 tidy() {
     setup
     needs "${lintPackages[@]}" "${benchPackages[@]}"
-    configure release -B build/lint -DQCF_BUILD_BENCH=ON -DQCF_BUILD_FUZZ=ON
+    configure clang -B build/lint -DQCF_BUILD_BENCH=ON -DQCF_BUILD_FUZZ=ON
     # run-clang-tidy prints a command line a file; only what it found is wanted here.
     run-clang-tidy-14 -quiet -p build/lint -j "$jobs" -extra-arg=-Wno-unknown-warning-option \
         "$@" >build/lint/tidy.log 2>/dev/null || {

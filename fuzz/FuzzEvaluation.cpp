@@ -12,8 +12,8 @@
 
 namespace {
 
-using namespace Qcf::Agent;
-using namespace Qcf::Lists;
+using namespace Qcf::Agent; // NOLINT(google-build-using-namespace): what is under test
+using namespace Qcf::Lists; // NOLINT(google-build-using-namespace): what is under test
 using Qcf::Documents::Program;
 using Qcf::Eval::EvalContextBase;
 using Qcf::Eval::Function;

@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace Qcf::Lists;
+using namespace Qcf::Lists; // NOLINT(google-build-using-namespace): what is under test
 
 /// Candidates at the ends of both families and where the seeds have entries.
 std::vector<IpGenPrefix> const & candidates() {

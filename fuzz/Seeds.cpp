@@ -52,7 +52,7 @@ String packed(String const & json) {
 
 /// The batches that publish one document after another.
 String batches(std::vector<String> const & documents) {
-    using namespace Qcf::Mirror;
+    using namespace Qcf::Mirror; // NOLINT(google-build-using-namespace): what is under test
     auto const status = Qcf::allFunctionStatusFactory("fuzz");
     FunctionDigests digests;
     ChangeSource source(status);

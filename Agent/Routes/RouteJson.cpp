@@ -154,9 +154,11 @@ private:
 
     static void readEntries(JsonValue const & entries,
                             Routing::Rib::ResolutionRibProfileConfig & to) {
-        if (entries.expectArray().size() > to.maxEntries) {
+        if (entries.expectArray().size() > Routing::Rib::ResolutionRibProfileConfig::maxEntries) {
             // The record has places for so many.
-            entries.fail("at most " + std::to_string(to.maxEntries) + " entries");
+            entries.fail("at most " +
+                         std::to_string(Routing::Rib::ResolutionRibProfileConfig::maxEntries) +
+                         " entries");
         }
         std::size_t index = 0;
         for (JsonValue const entry : entries) {

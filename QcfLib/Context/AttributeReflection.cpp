@@ -6,7 +6,8 @@
 
 /// The records of the attribute layer: its store, its cache and their enumerations.
 
-using namespace Qcf::Eval;
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 // Fields of attributes are generated; here is what holds them together.
 TypeData const & TypeDataOf<AttributeContent>::get() {

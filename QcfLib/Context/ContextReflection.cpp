@@ -3,8 +3,9 @@
 
 /// The records of contexts, of external matchers and of the sets of attributes.
 
-using namespace Qcf;
-using namespace Qcf::Eval;
+using namespace Qcf; // NOLINT(google-build-using-namespace): what is described has these names
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 namespace {
 

@@ -3,7 +3,8 @@
 
 /// The records of enumerations. What has a text is named by it.
 
-using namespace Qcf::Eval;
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 namespace {
 

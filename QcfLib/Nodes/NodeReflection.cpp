@@ -3,8 +3,9 @@
 
 /// The records of results, of what a function declares, and of what all nodes share.
 
-using namespace Qcf;
-using namespace Qcf::Eval;
+using namespace Qcf; // NOLINT(google-build-using-namespace): what is described has these names
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 TypeData const & TypeDataOf<EvalResult>::get() {
     static constexpr FieldInfo fields[] = {

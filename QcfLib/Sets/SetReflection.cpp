@@ -3,8 +3,9 @@
 
 /// The records of the containers.
 
-using namespace Qcf;
-using namespace Qcf::Eval;
+using namespace Qcf; // NOLINT(google-build-using-namespace): what is described has these names
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 namespace {
 

@@ -168,7 +168,7 @@ private:
         NodeClass const * const nodeClass = findNodeClass(text.substr(0, hash));
         U64 key = 0;
         auto const * const end = text.data() + text.size();
-        auto const * const digits = hash == text.npos ? end : text.data() + hash + 1;
+        auto const * const digits = hash == std::string_view::npos ? end : text.data() + hash + 1;
         auto const [stop, error] = std::from_chars(digits, end, key);
         if (nodeClass != nullptr && error == std::errc() && stop == end) {
             auto const found = nodes_->node(static_cast<U16>(nodeClass->number()), key);

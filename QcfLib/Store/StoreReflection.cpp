@@ -7,8 +7,9 @@
 
 /// The records of the store and the status.
 
-using namespace Qcf;
-using namespace Qcf::Eval;
+using namespace Qcf; // NOLINT(google-build-using-namespace): what is described has these names
+using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): what is described has these
+                           // names
 
 namespace {
 

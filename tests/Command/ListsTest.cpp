@@ -6,9 +6,7 @@
 namespace Qcf::Command::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 String match(char const * list) {
     return R"({"class": "IntSetMatchCommList", "lhs": "community", "listName": ")" + String(list) +
