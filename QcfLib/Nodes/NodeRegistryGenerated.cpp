@@ -249,11 +249,9 @@ constexpr AttributeInfo attributeBestpath{
 constexpr AttributeInfo attributeCommunity{
     "community", true, std::nullopt, std::nullopt, std::nullopt, 10, 4, {}, SlotKind::commList};
 constexpr AttributeInfo attributeCommunityCount{
-    "community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
-    SlotKind::commList};
+    "community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1};
 constexpr AttributeInfo attributeCommunityCountInput{
-    "input.community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
-    SlotKind::commList};
+    "input.community.count", false, std::nullopt, std::nullopt, std::nullopt, 10, -1};
 constexpr AttributeInfo attributeCommunityInput{
     "input.community", false, std::nullopt, std::nullopt, std::nullopt, 10, -1, {},
     SlotKind::commList};
@@ -323,11 +321,9 @@ constexpr AttributeInfo attributeExtCommunity{
     "ext_community",      true, std::nullopt, std::nullopt, std::nullopt, 21, 7, {},
     SlotKind::extCommList};
 constexpr AttributeInfo attributeExtCommunityCount{
-    "ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
-    SlotKind::extCommList};
+    "ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1};
 constexpr AttributeInfo attributeExtCommunityCountInput{
-    "input.ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
-    SlotKind::extCommList};
+    "input.ext_community.count", false, std::nullopt, std::nullopt, std::nullopt, 21, -1};
 constexpr AttributeInfo attributeExtCommunityInput{
     "input.ext_community", false, std::nullopt, std::nullopt, std::nullopt, 21, -1, {},
     SlotKind::extCommList};
@@ -371,11 +367,9 @@ constexpr AttributeInfo attributeLargeCommunity{
     "large_community",      true, std::nullopt, std::nullopt, std::nullopt, 30, 12, {},
     SlotKind::largeCommList};
 constexpr AttributeInfo attributeLargeCommunityCount{
-    "large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
-    SlotKind::largeCommList};
+    "large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1};
 constexpr AttributeInfo attributeLargeCommunityCountInput{
-    "input.large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
-    SlotKind::largeCommList};
+    "input.large_community.count", false, std::nullopt, std::nullopt, std::nullopt, 30, -1};
 constexpr AttributeInfo attributeLargeCommunityInput{
     "input.large_community", false, std::nullopt, std::nullopt, std::nullopt, 30, -1, {},
     SlotKind::largeCommList};

@@ -71,7 +71,9 @@ def attributeInfo(a):
     numbers = ["std::nullopt" if n is None else f"{n}ULL" for n in limits]
     read = READABLE.index(s) if s.inSets else -1
     write = MODIFIABLE.index(s) if a.modifiable else -1
-    return f'{{"{a.language}", {str(a.modifiable).lower()}, {", ".join(numbers)}, {read}, {write}{ofValues(s)}}}'
+    # What is computed from an attribute has values of its own.
+    values = ofValues(s) if a.language.removeprefix("input.") == s.language else ""
+    return f'{{"{a.language}", {str(a.modifiable).lower()}, {", ".join(numbers)}, {read}, {write}{values}}}'
 
 
 def tables(node):
