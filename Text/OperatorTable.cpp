@@ -83,8 +83,10 @@ std::span<Operator const> operatorTable() {
 
 Operator const * findOperator(std::string_view words, NodeClass const & left,
                               NodeClass const & right) {
+    // A set of items alone tells that ranges are asked; a set that stands there whole is the value.
     return findRow(words, left, [&](Operator const & row) {
-        return row.side == RightSide::value && mayStand(right, *row.right);
+        return row.side == RightSide::value && mayStand(right, *row.right) &&
+               row.nodeClass->fieldOf(FieldRole::lowerBounds) == nullptr;
     });
 }
 
