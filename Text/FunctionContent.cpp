@@ -3,6 +3,7 @@
 #include "Documents/FieldVisitors.h"
 #include "QcfLib/NodeWalk.h"
 
+#include <set>
 #include <unordered_set>
 
 namespace Qcf::Text {
@@ -14,6 +15,28 @@ using Eval::FieldInfo;
 using Eval::FieldRole;
 
 namespace {
+
+/// Picks name and slot out of a node's fields.
+class ListFields final : public Documents::FieldVisitor<ListFields> {
+public:
+    explicit ListFields(SlotKind kind) : list{kind, {}, 0} {}
+
+    template <typename T>
+    void visit(FieldInfo const & field, T const & value) {
+        if constexpr (std::is_same_v<T, String>) {
+            list.name = plays(field, FieldRole::listName) ? value : list.name;
+        } else if constexpr (std::is_same_v<T, bool>) {
+            // The class says IPv4 for both families.
+            bool const isV6 = plays(field, FieldRole::isV4) && !value;
+            list.kind = isV6 ? SlotKind::v6PrefixList : list.kind;
+        } else if constexpr (std::is_unsigned_v<T>) {
+            list.slot = plays(field, FieldRole::listSlot) ? value : list.slot;
+        }
+    }
+    void writeNode(FieldInfo const & /*field*/, AetNodeBase const * /*child*/) override {}
+
+    PrintedList list;
+};
 
 /// Picks name and index out of an argument's fields.
 class VariableFields final : public Documents::FieldVisitor<VariableFields> {
@@ -93,6 +116,12 @@ private:
 };
 
 } // namespace
+
+PrintedList listOf(AetNodeBase const & node) {
+    ListFields fields(*node.typeData().facts.list);
+    node.typeData().write(node, fields);
+    return std::move(fields.list);
+}
 
 PrintedVariable variableOf(AetNodeBase const & node) {
     VariableFields fields(node.typeData().facts.argument);

@@ -1,9 +1,19 @@
 #pragma once
 
 #include "QcfLib/QcfEval.h"
-#include "Text/PrintedLists.h"
+
+#include <compare>
+#include <vector>
 
 namespace Qcf::Text {
+
+/// An outside list as a node names it.
+struct PrintedList {
+    SlotKind kind;
+    String name;
+    U64 slot;
+    auto operator<=>(PrintedList const &) const = default;
+};
 
 /// An argument as a variable of the function's body names it.
 struct PrintedVariable {
@@ -30,6 +40,9 @@ struct FunctionContent {
 
 /// Goes over the function's tree once, each shared node once, without recursion.
 FunctionContent contentOf(Eval::Function const & function);
+
+/// The list that the node names; its class must name one.
+PrintedList listOf(Eval::AetNodeBase const & node);
 
 /// The argument that the node reads; its class must read one.
 PrintedVariable variableOf(Eval::AetNodeBase const & node);

@@ -1,49 +1,14 @@
 #include "Text/PrintedLists.h"
 
-#include "Documents/FieldVisitors.h"
-#include "Text/FunctionContent.h"
-
-#include <algorithm>
 #include <array>
 
 namespace Qcf::Text {
-
-using Eval::FieldInfo;
-using Eval::FieldRole;
 
 namespace {
 
 constexpr U64 largestSlot = 0xffff;
 
-/// Picks name and slot out of a node's fields.
-class ListFields final : public Documents::FieldVisitor<ListFields> {
-public:
-    explicit ListFields(SlotKind kind) : list{kind, {}, 0} {}
-
-    template <typename T>
-    void visit(FieldInfo const & field, T const & value) {
-        if constexpr (std::is_same_v<T, String>) {
-            list.name = plays(field, FieldRole::listName) ? value : list.name;
-        } else if constexpr (std::is_same_v<T, bool>) {
-            // The class says IPv4 for both families.
-            bool const isV6 = plays(field, FieldRole::isV4) && !value;
-            list.kind = isV6 ? SlotKind::v6PrefixList : list.kind;
-        } else if constexpr (std::is_unsigned_v<T>) {
-            list.slot = plays(field, FieldRole::listSlot) ? value : list.slot;
-        }
-    }
-    void writeNode(FieldInfo const & /*field*/, Eval::AetNodeBase const * /*child*/) override {}
-
-    PrintedList list;
-};
-
 } // namespace
-
-PrintedList listOf(Eval::AetNodeBase const & node) {
-    ListFields fields(*node.typeData().facts.list);
-    node.typeData().write(node, fields);
-    return std::move(fields.list);
-}
 
 // Slots that are contradicted may not settle at once: then all of a kind are written.
 PrintedLists::PrintedLists(std::span<FunctionContent const> contents) {

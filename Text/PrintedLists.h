@@ -1,26 +1,11 @@
 #pragma once
 
-#include "QcfLib/AetNode.h"
+#include "Text/FunctionContent.h"
 
-#include <map>
 #include <set>
 #include <span>
-#include <vector>
 
 namespace Qcf::Text {
-
-struct FunctionContent;
-
-/// An outside list as a node names it.
-struct PrintedList {
-    SlotKind kind;
-    String name;
-    U64 slot;
-    auto operator<=>(PrintedList const &) const = default;
-};
-
-/// The list that the node names; its class must name one.
-PrintedList listOf(Eval::AetNodeBase const & node);
 
 /// Which slots of lists a text has to give: those that reading it would not derive. A reader takes
 /// the slots of annotations first, then those that stand at names, and counts the others by kind in

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Documents/Program.h"
-#include "Text/FunctionContent.h"
+#include "Text/PrintedLists.h"
 
 #include <unordered_map>
 
