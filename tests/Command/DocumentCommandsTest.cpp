@@ -173,6 +173,12 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
                 ElementsAre("QCF Function callee, features=<>",
                             testing::MatchesRegex("function callee@0x[0-9a-f]+\\(\\) \\{"),
                             "    return true  ", "}"));
+    Outcome const policy =
+        workshop.run({"dump", "d.json", "--function", "caller", "--format", "qcf"});
+    EXPECT_TRUE(policy.out.starts_with("function caller() {\n")) << policy.out << policy.err;
+    EXPECT_EQ(policy.out.find("function callee"), String::npos);
+    workshop.write("d.qcf", workshop.run({"dump", "d.json", "--format", "qcf"}).out);
+    EXPECT_EQ(workshop.run({"dump", "d.qcf", "--format", "qcf"}).out, workshop.read("d.qcf"));
     Outcome const plan = workshop.run({"dump", "d.json", "--function", "callee", "--plan"});
     EXPECT_EQ(plan.out, "function callee: plan of 0 steps: returns true\n");
     Outcome const unknown = workshop.run({"dump", "d.json", "--function", "f"});
