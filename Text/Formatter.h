@@ -13,7 +13,7 @@ namespace Qcf::Text {
 ///     Messages messages;
 ///     if (auto const text = formatText(sources, file, messages)) ...
 ///
-/// Two blanks a level; a line that goes on with a statement is a level deeper. Whatever began a
+/// Two blanks a level, four before a line that goes on with a statement. Whatever began a
 /// line goes on to do so, and within values nothing else does. A block that stands over several
 /// lines, or that makes its line wider than 120 columns, has each of its statements and its `}` on
 /// a line of their own; any other stays on its line. At most one empty line is kept, none at the

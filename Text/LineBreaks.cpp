@@ -14,6 +14,8 @@ namespace Qcf::Text {
 namespace {
 
 constexpr U32 level = 2;
+/// Deeper than the block that may follow.
+constexpr U32 continuation = 4;
 constexpr U64 widestLine = 120;
 
 /// What an entry of a list goes on with.
@@ -129,7 +131,7 @@ U32 LineBreaks::indentFor(U32 i) const {
         return open_.back().indent;
     }
     bool const isInValue = !open_.empty() && !holdsStatements(open_.back().kind);
-    return statementIndent() + (!isInValue && continues(i) ? level : 0);
+    return statementIndent() + (!isInValue && continues(i) ? continuation : 0);
 }
 
 U32 LineBreaks::indentOfComment(U32 i) const {

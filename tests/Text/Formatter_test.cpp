@@ -90,7 +90,7 @@ function customer(int n, prefix_list nets) { # called for each
   if not ( prefix matches nets ?? true ) and med in { 1..5, 7 } { return false because no-such-net }
   else if n is 4 { as_path_remove({}, [ 64512 ], []) }
   if community has any OURS
-    and med > -5 {
+      and med > -5 {
     community add { 65000:3,
       65000:4 }
   } else {
@@ -133,8 +133,9 @@ TEST(Formatter, SetsBlanksAndLines) {
          "list roa_table R {\n  1.0.0.0/8 max 8 AS1\n  2.0.0.0/8 max 9 AS2\n}\n"},
         {"continued statements",
          "function f() {\nif a\nand b or\nc {\nd\n}\nreturn x\nbecause y\nz\nis 5\nnot a\n}",
-         "function f() {\n  if a\n    and b or\n    c {\n    d\n  }\n  return x\n    because y\n"
-         "  z\n    is 5\n  not a\n}\n"},
+         "function f() {\n  if a\n      and b or\n      c {\n    d\n  }\n  return x\n      because "
+         "y\n"
+         "  z\n      is 5\n  not a\n}\n"},
         {"continued values", "const A = {\n1,\n# two\n2\n}\nfunction f() { return (\na or\nb) }\n",
          "const A = {\n  1,\n  # two\n  2\n}\nfunction f() {\n  return (\n    a or\n    b )\n}\n"},
         {"a call is no group", "function f() {\n  g (1 )\n  g( 1)\n  \"h\" ()\n}",

@@ -36,6 +36,7 @@ TEST(Lexer, KeepsLiteralsOfRoutingWhole) {
                               "-5",
                               "10Gbps",
                               "1.5e9",
+                              "-1.5e+09",
                               "00:1c:73:00:00:01",
                               "no-export",
                               "_internal.admin_as",
@@ -54,6 +55,8 @@ TEST(Lexer, EndsWordsWhereNothingOfThemFollows) {
     EXPECT_THAT(tokens("24..32"), ElementsAre("24", "..", "32"));
     EXPECT_THAT(tokens("65000:900..999"), ElementsAre("65000:900", "..", "999"));
     EXPECT_THAT(tokens("lhs: 5"), ElementsAre("lhs", ":", "5"));
+    EXPECT_THAT(tokens("lhs: ::, 5"), ElementsAre("lhs", ":", "::", ",", "5"));
+    EXPECT_THAT(tokens("me+5"), ElementsAre("me", "?+", "5"));
     EXPECT_THAT(tokens("med-=5"), ElementsAre("med", "-=", "5"));
     EXPECT_THAT(tokens("med*=-2"), ElementsAre("med", "*=", "-2"));
     EXPECT_THAT(tokens("f(1)@7"), ElementsAre("f", "(", "1", ")", "@", "7"));
