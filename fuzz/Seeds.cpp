@@ -11,6 +11,8 @@
 #include "Mirror/ProgramPublication.h"
 #include "Platform/Render/ReadFile.h"
 #include "QcfLib/NodeClass.h"
+#include "Text/Printer.h"
+#include "Text/Words.h"
 #include "tests/support/RandomDocument.h"
 
 #include <filesystem>
@@ -78,6 +80,7 @@ public:
 
     void write() const {
         examples();
+        texts();
         randomDocuments();
         tables();
         dictionary();
@@ -103,6 +106,40 @@ private:
                 policies.push_back(packed(readFile(entry.path())));
                 document(name, policies.back());
                 writeFile(folder_ / "FuzzMirror" / name, batches({policies.back()}));
+            }
+        }
+    }
+
+    /// Policies as text: whole ones, the functions of small documents, and what is wrong.
+    void texts() const {
+        for (char const * const folder : {"/examples", "/tests/Text/right_texts"}) {
+            for (auto const & entry : fs::directory_iterator(QCF_SOURCE_DIR + String(folder))) {
+                if (entry.path().extension() == ".qcf") {
+                    writeFile(folder_ / "FuzzText" / entry.path().filename(),
+                              readFile(entry.path()));
+                }
+            }
+        }
+        constexpr U32 count = 60;
+        for (U32 seed = 0; seed < count; ++seed) {
+            Qcf::test::RandomDocument::Options const options{.calls = seed % 3 != 2,
+                                                             .depth = 1 + seed % 3};
+            auto const program = Qcf::Documents::readProgram(
+                Qcf::test::RandomDocument(seed, options).functions(1), "seed");
+            writeFile(folder_ / "FuzzText" / ("random" + std::to_string(seed)),
+                      Qcf::Text::printPolicy(program));
+        }
+        std::istringstream rows(readFile(QCF_SOURCE_DIR "/tests/Text/wrong_texts.txt"));
+        String text;
+        U32 number = 0;
+        for (String line; std::getline(rows, line);) {
+            if (line.starts_with("--- ") || line.starts_with("=> ")) {
+                if (!text.empty()) {
+                    writeFile(folder_ / "FuzzText" / ("wrong" + std::to_string(number++)), text);
+                }
+                text.clear();
+            } else {
+                text += line + '\n';
             }
         }
     }
@@ -143,15 +180,21 @@ private:
         }
     }
 
-    /// Names of classes and of their fields.
+    /// Names of classes and of their fields, words of policy text.
     void dictionary() const {
         std::set<String> words;
         for (auto const & nodeClass : Qcf::Eval::nodeClasses()) {
             words.insert(nodeClass.name);
+            words.emplace(nodeClass.facts.words);
             for (auto const & field : nodeClass.fields) {
                 words.insert(field.name);
             }
         }
+        for (auto const more : {Qcf::Text::keywords(), Qcf::Text::listWords()}) {
+            words.insert(more.begin(), more.end());
+        }
+        // Most classes have no word.
+        words.erase("");
         String text;
         for (String const & word : words) {
             text += "\"" + word + "\"\n";
