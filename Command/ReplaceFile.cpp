@@ -18,11 +18,10 @@ namespace {
 /// A file of its own beside another, which is removed again unless it is renamed.
 class NewFile {
 public:
-    explicit NewFile(String const & target)
-        : path_(target + ".XXXXXX"), fd_(::mkstemp(path_.data())) {
-        if (fd_ < 0) {
-            fail(target, errno);
-        }
+    /// `shown` is the other file as messages name it.
+    NewFile(String const & target, String const & shown)
+        : path_(target + ".XXXXXX"), shown_(shown), fd_(::mkstemp(path_.data())) {
+        check(fd_ < 0 ? -1 : 0);
     }
     NewFile(NewFile const &) = delete;
     NewFile & operator=(NewFile const &) = delete;
@@ -39,7 +38,7 @@ public:
         while (!content.empty()) {
             ssize_t const written = ::write(fd_, content.data(), content.size());
             if (written < 0 && errno != EINTR) {
-                fail(path_, errno);
+                fail(shown_, errno);
             }
             content.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
         }
@@ -47,7 +46,7 @@ public:
     // Whoever may not give the file to its owner keeps it as their own, as every editor does.
     void takeAfter(struct stat const & old) {
         if (::fchown(fd_, old.st_uid, old.st_gid) != 0 && errno != EPERM) {
-            fail(path_, errno);
+            fail(shown_, errno);
         }
         check(::fchmod(fd_, old.st_mode & 07777));
     }
@@ -61,11 +60,12 @@ public:
 private:
     void check(int result) const {
         if (result != 0) {
-            fail(path_, errno);
+            fail(shown_, errno);
         }
     }
 
     String path_;
+    String shown_;
     int fd_;
     bool isKept_ = false;
 };
@@ -82,7 +82,7 @@ void replaceFile(String const & path, std::string_view content) {
     }
     // Of a link the file that it leads to is replaced.
     String const target = std::filesystem::canonical(path).string();
-    NewFile file(target);
+    NewFile file(target, path);
     file.write(content);
     file.takeAfter(old);
     file.renameTo(target);
