@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Lists/ListRecord.h"
 #include "Lists/Reporter.h"
 #include "Platform/Render/JsonDocument.h"
-#include "Text/ListImport.h"
+#include "Text/ImportRequest.h"
 
 namespace Qcf::Text {
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Text/ListReader.h"
+#include "Text/Cursor.h"
+#include "Text/ListDeclaration.h"
 #include "Text/Patterns.h"
 
 namespace Qcf::Text {

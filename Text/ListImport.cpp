@@ -5,6 +5,7 @@
 #include "Lists/PlainText.h"
 #include "Lists/RoaExport.h"
 #include "Text/ForeignLists.h"
+#include "Text/ListReader.h"
 #include "Text/Words.h"
 
 /// A file's own readers know what is wrong with it, and say so by an exception that names the

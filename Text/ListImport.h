@@ -1,24 +1,10 @@
 #pragma once
 
-#include "Text/ListReader.h"
+#include "Text/Cursor.h"
+#include "Text/ImportRequest.h"
+#include "Text/ListDeclaration.h"
 
 namespace Qcf::Text {
-
-/// What an `import` says.
-struct ImportRequest {
-    /// Of the import: where messages stand.
-    Span span;
-    /// As it is written, relative to the importing text.
-    String path;
-    /// What stands behind `as`: the kind, name and family that the file's list is to have.
-    struct As {
-        Lists::ListKind kind;
-        String name;
-        Span nameSpan;
-        AddressFamily family = AddressFamily::none; ///< none where it is not said
-    };
-    std::optional<As> as = {};
-};
 
 /// What a file is that was imported.
 struct ImportedFile {

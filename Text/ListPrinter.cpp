@@ -2,7 +2,7 @@
 
 #include "Platform/Routing/CommunityText.h"
 #include "Text/Lexer.h"
-#include "Text/ListReader.h"
+#include "Text/ListDeclaration.h"
 #include "Text/Literal.h"
 #include "Text/Patterns.h"
 #include "Text/Words.h"

@@ -10,19 +10,12 @@ using Lists::ListKind;
 
 namespace {
 
-/// By ListKind.
-constexpr std::string_view kindWords[] = {
-    "prefix_list",          "dynamic_prefix_list", "community_list", "ext_community_list",
-    "large_community_list", "as_path_list",        "tag_set",        "roa_table",
-};
-static_assert(std::size(kindWords) == std::variant_size_v<Lists::ListContent>);
-
 /// The kind that is near, or the only one that begins so ("roa").
 String suggestedKind(std::string_view word) {
     auto const beginsSo = [&](std::string_view kind) { return kind.starts_with(word); };
-    auto const * const kind = std::ranges::find_if(kindWords, beginsSo);
-    return std::ranges::count_if(kindWords, beginsSo) == 1 ? String(*kind)
-                                                           : nearest(word, kindWords);
+    bool const isOne = std::ranges::count_if(kindWords(), beginsSo) == 1;
+    return isOne ? String(*std::ranges::find_if(kindWords(), beginsSo))
+                 : nearest(word, kindWords());
 }
 
 ListKind readKind(Cursor & cursor) {
@@ -96,15 +89,6 @@ KindAndName readKindAndName(Cursor & cursor) {
     return {kind, readName(cursor), nameSpan};
 }
 
-std::string_view kindWord(ListKind kind) { return kindWords[static_cast<U8>(kind)]; }
-
-std::optional<ListKind> kindOfWord(std::string_view word) {
-    auto const * const at = std::ranges::find(kindWords, word);
-    return at == std::end(kindWords)
-               ? std::nullopt
-               : std::optional(static_cast<ListKind>(at - std::begin(kindWords)));
-}
-
 std::optional<ListDeclaration> readList(Cursor & cursor, ConstantScope const & constants) {
     Token const first = cursor.now();
     ListDeclaration list;
@@ -129,24 +113,6 @@ std::optional<ListDeclaration> readList(Cursor & cursor, ConstantScope const & c
     readContent(cursor, constants, list.list.content, list.kind());
     list.span = cursor.since(first);
     return list;
-}
-
-bool addTo(Lists::NamedLists & lists, ListDeclaration declaration, Sources const & sources,
-           Messages & messages) {
-    auto const key = std::pair(declaration.kind(), declaration.name());
-    auto const [place, isNew] = lists.places.emplace(key, sources.placeText(declaration.nameSpan));
-    if (!isNew) {
-        messages.add({declaration.nameSpan,
-                      Severity::error,
-                      "duplicate-list",
-                      "the " + String(kindText(key.first)) + ' ' + nameWord(key.second) +
-                          " is declared twice",
-                      {},
-                      "the other stands at " + place->second});
-        return false;
-    }
-    addList(lists, std::move(declaration.list));
-    return true;
 }
 
 } // namespace Qcf::Text
