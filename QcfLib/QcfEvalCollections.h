@@ -183,6 +183,9 @@ public:
 
     /// Appends.
     void insert(U64 value) { values().push_back(value); }
+    /// None: nobody asks a list for a member, and its values need not differ from each other, as an
+    /// index wants.
+    void indexIs() {}
     /// The same values in the same order; null is the empty list.
     static bool isEqual(U64UnsortedSmallVector const * a, U64UnsortedSmallVector const * b);
     /// The values in order, joined by ",".

@@ -171,7 +171,7 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
     Outcome const text = workshop.run({"dump", "d.json", "--function", "callee"});
     EXPECT_THAT(linesOf(text.out),
                 ElementsAre("QCF Function callee, features=<>",
-                            testing::MatchesRegex("function callee@0x[0-9a-f]+\\(\\) \\{"),
+                            "function callee() {",
                             "    return true  ", "}"));
     Outcome const policy =
         workshop.run({"dump", "d.json", "--function", "caller", "--format", "qcf"});
