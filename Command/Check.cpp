@@ -1,15 +1,16 @@
 #include "Command/CheckReport.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
 #include "Documents/Analysis.h"
-#include "Documents/Places.h"
 #include "Documents/Program.h"
 #include "Lists/ListBinding.h"
 #include "Lists/ListsDocument.h"
 #include "Platform/Framework/Trace.h"
 #include "Platform/Render/Utf8.h"
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <vector>
@@ -22,7 +23,7 @@ using Qcf::Eval::Function;
 using Qcf::Lists::Finding;
 
 struct Options {
-    String document;
+    PolicyFile::Options policy;
     String lists;
     String format = "text";
     bool strict = false;
@@ -82,11 +83,12 @@ private:
 using Severity = CheckReport::Severity;
 using Verdict = CheckReport::Verdict;
 
-/// A document as far as it could be read.
+/// A policy as far as it could be read.
 struct Document {
-    Program program;
-    Qcf::Documents::Places places;
+    PolicyFile file;
     std::vector<UnreadFunction> unread;
+
+    Program const & program() const { return file.program(); }
 };
 
 // The error goes to the other stream at once: what is written as the result has one form, a line a
@@ -103,7 +105,7 @@ void addUnread(UnreadFunction const & unread, CheckReport & report) {
 // told as one list.
 void addFunctions(Document const & document, CheckReport & report) {
     SanityTrace trace;
-    auto const & program = document.program;
+    auto const & program = document.program();
     auto const outermost = Qcf::Documents::outermostOf(program.functions);
     auto unread = document.unread.begin();
     for (std::size_t i = 0, position = 0;
@@ -125,17 +127,60 @@ void addFunctions(Document const & document, CheckReport & report) {
     }
 }
 
-void addRemarks(Document const & document, CheckReport & report) {
+CheckReport::Place placeOf(Qcf::Text::Message const & message, Qcf::Text::Sources const & sources) {
+    auto const & source = sources[message.span.file];
+    auto const begin = source.placeOf(message.span.begin);
+    auto const end = source.placeOf(message.span.end);
+    // An editor marks one line.
+    U32 const endColumn = end.line == begin.line ? end.column : begin.column + 1;
+    return {source.name(), {}, begin.line, begin.column, endColumn};
+}
+
+CheckReport::Place placeOf(PolicyFile const & file, Qcf::Documents::Remark const & remark) {
+    if (auto const * const place = file.mappedPlace(*remark.node)) {
+        bool const isOneLine = place->end.line == place->begin.line;
+        return {file.map().fileName(*place),
+                {},
+                place->begin.line,
+                place->begin.column,
+                isOneLine ? place->end.column : place->begin.column + 1};
+    }
+    return CheckReport::Place::of(file.placeOf(*remark.node, *remark.function));
+}
+
+/// What the reader of a text told, and with it what the analysis finds in the text: to people on
+/// standard error with the lines, to programs as the other findings.
+void addMessages(PolicyFile & file, std::vector<Qcf::Documents::Remark> const & remarks,
+                 Options const & options, CheckReport & report) {
+    for (Qcf::Documents::Remark const & remark : remarks) {
+        file.messageIs(*remark.node, remarkName(remark.kind), remark.text);
+    }
+    file.sortMessages();
+    for (Qcf::Text::Message const & message : file.messages().all()) {
+        bool const isError = message.severity == Qcf::Text::Severity::error;
+        report.findingIs(isError ? Severity::error : Severity::warning, message.code,
+                         placeOf(message, file.sources()), message.text, message.suggestion, true);
+    }
+    if (options.format == "text") {
+        file.tellMessages();
+    }
+}
+
+void addRemarks(Document & document, Options const & options, CheckReport & report) {
     using Kind = Qcf::Documents::Remark::Kind;
-    for (Qcf::Documents::Remark const & remark :
-         Qcf::Documents::analyse(document.program.functions)) {
+    auto const remarks = Qcf::Documents::analyse(document.program().functions);
+    if (document.file.isText()) {
+        addMessages(document.file, remarks, options, report);
+        return;
+    }
+    for (Qcf::Documents::Remark const & remark : remarks) {
         bool const ofOutermost =
             remark.kind == Kind::endsWithoutReturn || remark.kind == Kind::expectsArguments;
         if (ofOutermost && !document.unread.empty()) {
             continue; // what could not be read may call it
         }
-        report.findingIs(Severity::warning, remarkName(remark.kind),
-                         document.places.of(*remark.node, *remark.function), remark.text);
+        report.findingIs(Severity::warning, remarkName(remark.kind), placeOf(document.file, remark),
+                         remark.text);
     }
 }
 
@@ -166,48 +211,71 @@ ListFinding listFinding(Finding::Kind kind) {
 /// Documents know a kind by the name of its member, lists by its number.
 std::vector<Qcf::Lists::ListUse> usesIn(Document const & document, String const & fileName) {
     std::vector<Qcf::Lists::ListUse> uses;
-    for (auto const & list : document.program.lists) {
+    for (auto const & list : document.program().lists) {
+        // A text's places name their file, which may be an imported one.
+        String const place = document.file.isText() ? list.pointer : fileName + ':' + list.pointer;
         for (Qcf::SlotKindInfo const & kind : Qcf::slotKinds) {
             if (kind.name == list.kind) {
-                uses.push_back({kind.kind, list.name, list.slot, fileName + ':' + list.pointer});
+                uses.push_back({kind.kind, list.name, list.slot, place});
             }
         }
     }
     return uses;
 }
 
+// Told, lest silence be taken for agreement; but a policy without its lists is not wrong.
+void addNotCompared(Qcf::Lists::ListUse const & use, CheckReport & report) {
+    if (String const text = listText(use); !text.empty()) {
+        report.findingIs(Severity::note, "notCompared", CheckReport::Place::of(use.place),
+                         text + " is not compared: no --lists");
+    }
+}
+
 void addLists(Document const & document, Options const & options, CheckReport & report) {
-    auto const uses = usesIn(document, options.document);
-    if (options.lists.empty()) {
-        // Told, lest silence be taken for agreement; but a document without its lists is not wrong.
+    auto const uses = usesIn(document, options.policy.path);
+    bool const isText = document.file.isText();
+    if (options.lists.empty() && !isText) {
         for (auto const & use : uses) {
-            if (String const text = listText(use); !text.empty()) {
-                report.findingIs(Severity::note, "notCompared", use.place,
-                                 text + " is not compared: no --lists");
-            }
+            addNotCompared(use, report);
         }
         return;
     }
-    auto const lists = Qcf::Lists::readListsFile(options.lists, tellLine);
-    for (Finding const & finding : checkLists(document.program.slots, uses, *lists)) {
-        auto const [severity, name] = listFinding(finding.kind);
-        report.findingIs(severity, name, finding.place, finding.text);
+    // A text is compared with the lists that it declares itself; others it may get from outside.
+    auto lists = document.file.listsWith(options.lists);
+    if (!lists) {
+        lists = makePtr<Qcf::Lists::NamedLists>();
+    }
+    for (Finding const & finding : checkLists(document.program().slots, uses, *lists)) {
+        auto [severity, name] = listFinding(finding.kind);
+        bool const isOutside =
+            isText && options.lists.empty() && finding.kind == Finding::Kind::undefinedList;
+        if (isOutside) {
+            severity = Severity::note;
+            name = "notCompared";
+        }
+        // The reader of a text tells of lists that nothing uses.
+        if (!isText || finding.kind != Finding::Kind::unusedList) {
+            report.findingIs(severity, name, CheckReport::Place::of(finding.place), finding.text);
+        }
     }
 }
 
 // Everything is gathered before the first line is written: a file of lists that cannot be read ends
 // the check, and not in the middle of an output.
 int check(Options const & options) {
-    if (options.document == "-" && options.lists == "-") {
+    if (options.policy.path == "-" && options.lists == "-") {
         throw UsageError("only one file can be standard input");
     }
     Document document;
-    document.program = Qcf::Documents::readProgramFile(
-        options.document, {.places = &document.places, .unread = &document.unread});
+    document.file = PolicyFile::readAll(options.policy, {.unread = &document.unread});
     CheckReport report;
-    addFunctions(document, report);
-    addRemarks(document, report);
-    addLists(document, options, report);
+    if (document.file.isUnreadable()) {
+        addMessages(document.file, {}, options, report);
+    } else {
+        addFunctions(document, report);
+        addRemarks(document, options, report);
+        addLists(document, options, report);
+    }
     standardOutput().write(options.format == "json" ? report.jsonLines() : report.text());
     return report.good(options.strict) ? 0 : 1;
 }
@@ -217,7 +285,8 @@ int check(Options const & options) {
 void addCheckCommand(Commands & commands) {
     auto const options = std::make_shared<Options>();
     auto & command = commands.add(
-        "check", "Check a document and the lists that it refers to",
+        "check", "Check a policy and the lists that it refers to",
+        "Of a text all errors go to standard error, with their lines, else what is hardly meant.\n"
         "Prints a line a function: sane, insane and why, or not read, whose first error goes to\n"
         "standard error; then warnings: an outermost function that can end without return,\n"
         "statements that are never reached, comparisons that are always or never true, constants\n"
@@ -226,10 +295,8 @@ void addCheckCommand(Commands & commands) {
         "list that is empty or not used); without it, which names were not compared. Exit code 1\n"
         "when a function is insane or not read or something is an error, with --strict also for a\n"
         "warning.",
-        "qcf check policy.json --lists lists.json", [options] { return check(*options); });
-    command.add_option("document", options->document, "Evaluation-tree document")
-        ->required()
-        ->type_name("DOC");
+        "qcf check policy.qcf --format json", [options] { return check(*options); });
+    options->policy.addTo(command);
     command.add_option("--lists", options->lists, "Lists that the document refers to by name")
         ->type_name("FILE");
     command.add_option("--format", options->format, "text or json")

@@ -1,6 +1,7 @@
 #include "Command/CheckReport.h"
 
 #include "Platform/Render/RendererV2.h"
+#include "Platform/Routing/TextPieces.h"
 
 #include <algorithm>
 
@@ -40,6 +41,10 @@ void member(RendererV2 & out, char const * key, String const & value) {
     out.key(key);
     out.value(value);
 }
+void member(RendererV2 & out, char const * key, U32 value) {
+    out.key(key);
+    out.value(U64{value});
+}
 
 } // namespace
 
@@ -47,9 +52,44 @@ void CheckReport::functionIs(String const & name, Verdict verdict, String const 
     functions_.push_back({name, verdict, reason});
 }
 
-void CheckReport::findingIs(Severity severity, char const * kind, String const & place,
-                            String const & text) {
-    findings_.push_back({severity, kind, place, text});
+/// "FILE:LINE:COLUMN"; nothing for other texts.
+std::optional<CheckReport::Place> CheckReport::Place::lineOf(std::string_view text) {
+    auto const column = text.rfind(':');
+    auto const line = column == 0 || column == std::string_view::npos ? std::string_view::npos
+                                                                      : text.rfind(':', column - 1);
+    if (line == std::string_view::npos) {
+        return std::nullopt;
+    }
+    using Routing::TextPieces::parseDecimal;
+    auto const number = parseDecimal(text.substr(line + 1, column - line - 1), 0xFFFFFFFF);
+    auto const at = parseDecimal(text.substr(column + 1), 0xFFFFFFFF);
+    if (!number || !at || *number == 0) {
+        return std::nullopt;
+    }
+    auto const begin = static_cast<U32>(*at);
+    return Place{String(text.substr(0, line)), {}, static_cast<U32>(*number), begin, begin};
+}
+
+// A pointer begins with a slash, so that other colons in a file's name are no matter. A place
+// without pointer is all file.
+CheckReport::Place CheckReport::Place::of(String const & text) {
+    if (auto const place = lineOf(text)) {
+        return *place;
+    }
+    auto const colon = std::min(text.find(":/"), text.size());
+    return {text.substr(0, colon), text.substr(std::min(colon + 1, text.size()))};
+}
+
+String CheckReport::Place::text() const {
+    if (line != 0) {
+        return file + ':' + std::to_string(line) + ':' + std::to_string(column);
+    }
+    return pointer.empty() ? file : file + ':' + pointer;
+}
+
+void CheckReport::findingIs(Severity severity, char const * kind, Place const & place,
+                            String const & text, String const & suggestion, bool wasTold) {
+    findings_.push_back({severity, kind, place, text, suggestion, wasTold});
 }
 
 // Severities rise in the order of their enumerators. A note stays below even the strict bound.
@@ -76,7 +116,9 @@ String CheckReport::text() const {
         text += row.reason.empty() ? "\n" : ": " + row.reason + '\n';
     }
     for (FindingRow const & row : findings_) {
-        text += row.place + ": " + wordOf(row.severity) + ": " + row.text + '\n';
+        if (!row.wasTold) {
+            text += row.place.text() + ": " + wordOf(row.severity) + ": " + row.text + '\n';
+        }
     }
     return text;
 }
@@ -84,17 +126,22 @@ String CheckReport::text() const {
 String CheckReport::jsonLines() const {
     String text;
     for (FindingRow const & row : findings_) {
-        // A pointer begins with a slash, so that other colons in a file's name are no matter. A
-        // place without pointer is all file.
-        auto const colon = std::min(row.place.find(":/"), row.place.size());
         // A renderer a line: each line is a document by itself.
         RendererV2 out(text);
         out.beginObject();
-        member(out, "file", row.place.substr(0, colon));
-        member(out, "pointer", row.place.substr(std::min(colon + 1, row.place.size())));
+        member(out, "file", row.place.file);
+        if (row.place.line != 0) {
+            member(out, "line", row.place.line);
+            member(out, "column", row.place.column);
+            member(out, "endColumn", row.place.endColumn);
+        } else {
+            member(out, "pointer", row.place.pointer);
+        }
         member(out, "severity", wordOf(row.severity));
         member(out, "code", row.kind);
         member(out, "message", row.text);
+        out.key("suggestion");
+        row.suggestion.empty() ? out.nullValue() : out.value(row.suggestion);
         out.endObject();
         out.endDocument();
     }

@@ -10,7 +10,6 @@ namespace {
 
 using Qcf::Lists::NamedLists;
 using Qcf::Text::Messages;
-using Qcf::Text::Policy;
 using Qcf::Text::Sources;
 
 /// Messages as they are told, without the last line's end.
@@ -21,15 +20,6 @@ String printed(Messages & messages, Sources const & sources) {
     String text = out.str();
     text.resize(text.find_last_not_of('\n') + 1);
     return text;
-}
-
-/// The policy of a text; throws all that is wrong with it.
-Policy readText(String text, String const & path, Sources & sources, Messages & messages) {
-    auto policy = Qcf::Text::readPolicyText(std::move(text), path, sources, messages);
-    if (!policy) {
-        throw DocumentError(printed(messages, sources));
-    }
-    return std::move(*policy);
 }
 
 } // namespace
@@ -43,6 +33,14 @@ void PolicyFile::Options::addTo(CLI::App & command) {
 }
 
 PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong along) {
+    PolicyFile file = readAll(options, along);
+    if (file.isUnreadable()) {
+        throw DocumentError(printed(file.messages_, *file.sources_));
+    }
+    return file;
+}
+
+PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlong along) {
     PolicyFile file;
     String text = readFile(options.path);
     file.sources_ = std::make_shared<Sources>();
@@ -55,10 +53,13 @@ PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong a
         }
         return file;
     }
-    file.text_ = readText(std::move(text), options.path, *file.sources_, file.messages_);
+    file.text_ =
+        Qcf::Text::readPolicyText(std::move(text), options.path, *file.sources_, file.messages_);
     file.messages_.sort();
-    file.program_ = file.text_->program();
-    file.map_ = Qcf::Text::PlaceMap::of(file.text_->map(), *file.sources_);
+    if (file.text_) {
+        file.program_ = file.text_->program();
+        file.map_ = Qcf::Text::PlaceMap::of(file.text_->map(), *file.sources_);
+    }
     return file;
 }
 
@@ -66,6 +67,13 @@ String PolicyFile::placeOf(Qcf::Eval::AetNodeBase const & node,
                            Qcf::Eval::Function const & within) const {
     String const place = map_ ? map_->text(node.aetNodeKey()) : String();
     return place.empty() && places_ ? places_->of(node, within) : place;
+}
+
+void PolicyFile::messageIs(Qcf::Eval::AetNodeBase const & node, char const * code,
+                           String const & text) {
+    auto const * const entry = text_->map().find(node.aetNodeKey());
+    Qcf::Text::Span const span = entry == nullptr ? Qcf::Text::Span() : entry->span;
+    messages_.add({span, Qcf::Text::Severity::warning, code, text});
 }
 
 void PolicyFile::tellMessages() const {
@@ -91,5 +99,9 @@ PtrConst<NamedLists> readListsOf(String const & file) {
     }
     Sources sources;
     Messages messages;
-    return readText(std::move(text), file, sources, messages).lists();
+    auto const policy = Qcf::Text::readPolicyText(std::move(text), file, sources, messages);
+    if (!policy) {
+        throw DocumentError(printed(messages, sources));
+    }
+    return policy->lists();
 }

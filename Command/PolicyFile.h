@@ -30,9 +30,24 @@ public:
     /// Warnings of a text go to standard error. `along` is for documents alone.
     static PolicyFile read(Options const & options, Qcf::Documents::ReadAlong along = {});
 
+    /// The same, but a text with errors is answered without its program, with all its messages.
+    static PolicyFile readAll(Options const & options, Qcf::Documents::ReadAlong along = {});
+
+    bool isText() const { return sources_ && sources_->size() != 0; }
+    /// Whether it is a text that has errors.
+    bool isUnreadable() const { return isText() && !text_; }
+
     Qcf::Documents::Program const & program() const { return program_; }
     /// `FILE:LINE:COLUMN` where there is a source map, else `FILE:POINTER`.
     String placeOf(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
+    /// The node's place in a text; null where none is known.
+    Qcf::Text::MappedPlace const * mappedPlace(Qcf::Eval::AetNodeBase const & node) const {
+        return map_ ? map_->find(node.aetNodeKey()) : nullptr;
+    }
+    /// Adds what was found at a node of a text to the messages.
+    void messageIs(Qcf::Eval::AetNodeBase const & node, char const * code, String const & text);
+    /// Brings the messages into the order of the texts again.
+    void sortMessages() { messages_.sort(); }
     /// Whether nodes have places in a text.
     bool hasMap() const { return map_.has_value(); }
     Qcf::Text::PlaceMap const & map() const { return *map_; }

@@ -60,11 +60,12 @@ private:
 
 } // namespace
 
-Documents::Program makeProgram(Declarations & declarations, Messages & messages, SourceMap & map) {
+Documents::Program makeProgram(Declarations & declarations, Sources const & sources,
+                               Messages & messages, SourceMap & map) {
     Documents::Program program;
     Documents::ListNames names;
     Documents::NodeBuilder builder(names);
-    DraftEmitter emitter(builder, messages, map);
+    DraftEmitter emitter(builder, sources, messages, map);
     GivenSlots given(names, messages);
     try {
         for (FunctionDeclaration const & function : declarations.functions) {

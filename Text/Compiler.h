@@ -15,6 +15,7 @@ void resolve(Declarations & declarations, Sources const & sources, Messages & me
 
 /// Makes the program of declarations that were resolved without an error. Tells what the tree
 /// itself refuses.
-Documents::Program makeProgram(Declarations & declarations, Messages & messages, SourceMap & map);
+Documents::Program makeProgram(Declarations & declarations, Sources const & sources,
+                               Messages & messages, SourceMap & map);
 
 } // namespace Qcf::Text

@@ -14,11 +14,10 @@ constexpr U32 none = Documents::NodeBuilder::none;
 /// A draft as the place of its node.
 class TextPlace final : public Documents::Place {
 public:
-    TextPlace(Draft const & draft, Messages & messages, SourceMap & map)
-        : draft_(draft), messages_(messages), map_(map) {}
+    TextPlace(Draft const & draft, Sources const & sources, Messages & messages, SourceMap & map)
+        : draft_(draft), sources_(sources), messages_(messages), map_(map) {}
 
-    // Places of lists are asked for by documents alone.
-    String text() const override { return {}; }
+    String text() const override { return sources_.placeText(draft_.span); }
     void note(AetNodeBase const & node) const override {
         map_.add(node, draft_.span, draft_.reason);
     }
@@ -33,6 +32,7 @@ private:
     }
 
     Draft const & draft_;
+    Sources const & sources_;
     Messages & messages_;
     SourceMap & map_;
 };
@@ -107,7 +107,7 @@ void DraftEmitter::children(Draft const & draft, Numbers & numbers) {
             numbers.push_back(static_cast<U32>(*callee));
         } else {
             if (!field.optional) {
-                TextPlace(draft, messages_, map_)
+                TextPlace(draft, sources_, messages_, map_)
                     .fail(String(draft.nodeClass->name) + '.' + field.name, field.wants, "none");
             }
             numbers.push_back(none);
@@ -140,7 +140,7 @@ void DraftEmitter::logicalChain(Draft const & draft, Numbers & numbers) {
             return emit(**whole);
         }
         if (entries.empty() && !field.optional) {
-            TextPlace(draft, messages_, map_)
+            TextPlace(draft, sources_, messages_, map_)
                 .fail(String(draft.nodeClass->name) + '.' + field.name, field.wants, "none");
         }
         return links(field, entries, made);
@@ -174,7 +174,7 @@ U32 DraftEmitter::links(FieldInfo const & field, DraftChain const & entries,
 }
 
 U32 DraftEmitter::add(Draft const & draft, std::span<U32 const> numbers, std::optional<U64> key) {
-    TextPlace const place(draft, messages_, map_);
+    TextPlace const place(draft, sources_, messages_, map_);
     for (std::size_t i = 0, child = 0; i < draft.nodeClass->fields.size(); ++i) {
         FieldInfo const & field = draft.nodeClass->fields[i];
         if (!field.isNode()) {

@@ -12,15 +12,16 @@ namespace Qcf::Text {
 /// Makes the nodes of drafts and has the builder take them in: children before parents, in the
 /// order in which evaluation logs them, as readers of documents do.
 ///
-///     DraftEmitter emitter(builder, messages, map);
+///     DraftEmitter emitter(builder, sources, messages, map);
 ///     U32 const number = emitter.emit(*function.draft, function.key);
 ///
 /// Throws Recovery where the builder refuses a node, which is told at the draft's place.
 class DraftEmitter {
 public:
     /// All must outlive it.
-    DraftEmitter(Documents::NodeBuilder & builder, Messages & messages, SourceMap & map)
-        : builder_(builder), messages_(messages), map_(map) {}
+    DraftEmitter(Documents::NodeBuilder & builder, Sources const & sources, Messages & messages,
+                 SourceMap & map)
+        : builder_(builder), sources_(sources), messages_(messages), map_(map) {}
 
     /// The number of the draft's node. `key` is the one given to it, where one is.
     U32 emit(Draft const & draft, std::optional<U64> key = {});
@@ -44,6 +45,7 @@ private:
     U32 add(Draft const & draft, std::span<U32 const> numbers, std::optional<U64> key);
 
     Documents::NodeBuilder & builder_;
+    Sources const & sources_;
     Messages & messages_;
     SourceMap & map_;
     /// Nodes of attributes: one serves all places.
