@@ -4,6 +4,7 @@
 #include "Command/Readiness.h"
 #include "Lists/ListsWriter.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -20,10 +21,10 @@ struct Options {
 };
 
 template <typename Write>
-void writeFile(String const & path, Write const & write) {
+void writeFile(String const & path, RendererV2::Style style, Write const & write) {
     String text;
     {
-        RendererV2 renderer(text, RendererV2::Style::pretty);
+        RendererV2 renderer(text, style);
         write(renderer);
     }
     text += '\n';
@@ -39,8 +40,21 @@ void writeFile(String const & path, Write const & write) {
     }
 }
 
+/// No file is written over another one of the command.
+void checkOutputs(Options const & options) {
+    std::vector<String> files;
+    for (String const & file :
+         {options.policy.path, options.out, options.listsOut, options.mapOut}) {
+        if (!file.empty() && file != "-" && std::ranges::find(files, file) != files.end()) {
+            throw UsageError(file + " is named twice");
+        }
+        files.push_back(file);
+    }
+}
+
 // Everything is read and compared before anything is written.
 int compile(Options const & options) {
+    checkOutputs(options);
     PolicyFile const policy = PolicyFile::read(options.policy);
     if (policy.text() == nullptr) {
         throw DocumentError(options.policy.path +
@@ -48,16 +62,16 @@ int compile(Options const & options) {
     }
     policy.tellMessages();
     auto const lists = policy.listsWith(options.lists);
-    writeFile(options.out, [&](RendererV2 & renderer) {
+    writeFile(options.out, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
         Qcf::Documents::writeProgram(policy.program(), renderer);
     });
     if (!options.listsOut.empty()) {
-        writeFile(options.listsOut, [&](RendererV2 & renderer) {
+        writeFile(options.listsOut, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
             Qcf::Lists::writeLists(policy.text()->listRecords(), renderer);
         });
     }
     if (!options.mapOut.empty()) {
-        writeFile(options.mapOut, [&](RendererV2 & renderer) {
+        writeFile(options.mapOut, RendererV2::Style::compact, [&](RendererV2 & renderer) {
             Qcf::Text::writeMap(policy.text()->map(), policy.sources(), renderer);
         });
     }

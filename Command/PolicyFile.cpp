@@ -58,15 +58,25 @@ PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlon
     file.messages_.sort();
     if (file.text_) {
         file.program_ = file.text_->program();
-        file.map_ = Qcf::Text::PlaceMap::of(file.text_->map(), *file.sources_);
     }
     return file;
 }
 
 String PolicyFile::placeOf(Qcf::Eval::AetNodeBase const & node,
                            Qcf::Eval::Function const & within) const {
+    if (text_) {
+        auto const * const entry = text_->map().find(node.aetNodeKey());
+        return entry == nullptr ? (*sources_)[0].name() : sources_->placeText(entry->span);
+    }
     String const place = map_ ? map_->text(node.aetNodeKey()) : String();
     return place.empty() && places_ ? places_->of(node, within) : place;
+}
+
+Qcf::Text::PlaceMap const & PolicyFile::map() const {
+    if (!map_) {
+        map_ = Qcf::Text::PlaceMap::of(text_->map(), *sources_);
+    }
+    return *map_;
 }
 
 void PolicyFile::messageIs(Qcf::Eval::AetNodeBase const & node, char const * code,

@@ -42,15 +42,16 @@ public:
     String placeOf(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
     /// The node's place in a text; null where none is known.
     Qcf::Text::MappedPlace const * mappedPlace(Qcf::Eval::AetNodeBase const & node) const {
-        return map_ ? map_->find(node.aetNodeKey()) : nullptr;
+        return hasMap() ? map().find(node.aetNodeKey()) : nullptr;
     }
     /// Adds what was found at a node of a text to the messages.
     void messageIs(Qcf::Eval::AetNodeBase const & node, char const * code, String const & text);
     /// Brings the messages into the order of the texts again.
     void sortMessages() { messages_.sort(); }
     /// Whether nodes have places in a text.
-    bool hasMap() const { return map_.has_value(); }
-    Qcf::Text::PlaceMap const & map() const { return *map_; }
+    bool hasMap() const { return map_.has_value() || text_.has_value(); }
+    /// All of these places; of a text they are worked out with the first call.
+    Qcf::Text::PlaceMap const & map() const;
 
     /// The lists of the text, and those of the file over them; null where there is neither.
     /// The file may be a lists document or a policy text; empty for none.
@@ -66,7 +67,7 @@ public:
 private:
     Qcf::Documents::Program program_;
     std::shared_ptr<Qcf::Documents::Places> places_;
-    std::optional<Qcf::Text::PlaceMap> map_;
+    mutable std::optional<Qcf::Text::PlaceMap> map_;
     std::optional<Qcf::Text::Policy> text_;
     std::shared_ptr<Qcf::Text::Sources> sources_;
     Qcf::Text::Messages messages_;

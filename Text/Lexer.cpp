@@ -53,9 +53,10 @@ Token Lexer::next() {
 void Lexer::skipGap() {
     for (; at_ < text_.size(); ++at_) {
         char const c = text_[at_];
-        if (c == '\n') {
+        // A carriage return alone ends a line, too, lest a comment take all of a text.
+        if (c == '\n' || c == '\r') {
             lineStart_ = true;
-        } else if (c != ' ' && c != '\t' && c != '\r') {
+        } else if (c != ' ' && c != '\t') {
             return;
         }
         gap_ = true;
@@ -68,8 +69,7 @@ TokenKind Lexer::scan() {
     }
     char const c = text_[at_];
     if (c == '#') {
-        at_ = std::min(text_.find('\n', at_), text_.size());
-        at_ -= text_[at_ - 1] == '\r' ? 1 : 0;
+        at_ = std::min(text_.find_first_of("\r\n", at_), text_.size());
         return TokenKind::comment;
     }
     if (c == '"') {

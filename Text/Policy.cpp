@@ -5,6 +5,7 @@
 #include "Text/Compiler.h"
 #include "Text/FileParser.h"
 
+#include <filesystem>
 #include <map>
 
 namespace Qcf::Text {
@@ -20,15 +21,23 @@ public:
     /// Answers the constants that stand in the text; null where it cannot be read.
     Constants const * read(String text, String const & name, bool withTests) {
         U32 const file = sources_.add(name, std::move(text));
+        // Known from here on, so that a circle of imports ends.
+        constants_.try_emplace(identity(name));
         FileParser parser(
             sources_, file, messages_, into_,
             [this](ImportRequest const & request) { return import(request); }, withTests);
         parser.parse();
-        return &(constants_[name] = parser.constants());
+        return &(constants_[identity(name)] = parser.constants());
     }
 
 private:
-    // A circle ends here: what is being read is known.
+    /// One file has one, by whatever path it is reached.
+    static String identity(String const & path) {
+        std::error_code error;
+        auto const whole = std::filesystem::weakly_canonical(path, error);
+        return error ? path : whole.string();
+    }
+
     Constants const * import(ImportRequest const & request) {
         auto imported = importFile(request, sources_, messages_);
         if (!imported) {
@@ -40,14 +49,14 @@ private:
         if (!imported->isText) {
             return nullptr;
         }
-        auto const [known, isNew] = constants_.try_emplace(imported->path);
+        auto const [known, isNew] = constants_.try_emplace(identity(imported->path));
         return isNew ? read(std::move(imported->text), imported->path, false) : &known->second;
     }
 
     Sources & sources_;
     Messages & messages_;
     Declarations & into_;
-    /// By the names of the files.
+    /// By the identities of the files.
     std::map<String, Constants> constants_;
 };
 

@@ -29,6 +29,9 @@ constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 bool isFirstOfCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80; }
 
+/// Bytes between two counts of characters.
+constexpr std::size_t stretch = 512;
+
 } // namespace
 
 // A byte order mark says nothing that is not so anyway.
@@ -51,6 +54,21 @@ void SourceText::findLines() const {
     for (std::size_t at = text_.find('\n'); at != String::npos; at = text_.find('\n', at + 1)) {
         lines_.push_back(static_cast<U32>(at + 1));
     }
+    U32 characters = 0;
+    for (std::size_t at = 0; at < text_.size(); ++at) {
+        if (at % stretch == 0) {
+            characters_.push_back(characters);
+        }
+        characters += isFirstOfCharacter(text_[at]) ? 1 : 0;
+    }
+    characters_.push_back(characters);
+}
+
+std::size_t SourceText::charactersBefore(std::size_t offset) const {
+    std::size_t const counted = std::min(offset / stretch, characters_.size() - 1) * stretch;
+    std::string_view const rest = text().substr(counted, offset - counted);
+    auto const characters = std::ranges::count_if(rest, isFirstOfCharacter);
+    return characters_[counted / stretch] + static_cast<std::size_t>(characters);
 }
 
 std::size_t SourceText::lineNumber(U32 offset) const {
@@ -63,8 +81,7 @@ std::size_t SourceText::lineNumber(U32 offset) const {
 
 LinePlace SourceText::placeOf(U32 offset) const {
     std::size_t const line = lineNumber(offset);
-    std::string_view const before = text().substr(lines_[line], offset - lines_[line]);
-    auto const characters = std::count_if(before.begin(), before.end(), isFirstOfCharacter);
+    std::size_t const characters = charactersBefore(offset) - charactersBefore(lines_[line]);
     return {static_cast<U32>(line + 1), static_cast<U32>(characters + 1)};
 }
 

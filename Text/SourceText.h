@@ -48,6 +48,8 @@ public:
 
 private:
     void findLines() const;
+    /// Characters before the byte.
+    std::size_t charactersBefore(std::size_t offset) const;
     /// Number of the line, from 0 on.
     std::size_t lineNumber(U32 offset) const;
 
@@ -55,6 +57,8 @@ private:
     String text_;
     /// Where lines begin; empty until somebody asks. Most texts are right and nobody does.
     mutable std::vector<U32> lines_;
+    /// Characters before every so many bytes, found with the lines: a text may be one line.
+    mutable std::vector<U32> characters_;
 };
 
 /// The texts that are read together: the one that was asked for and those that it imports. A text
