@@ -64,11 +64,12 @@ Draft * BodyParser::unary() {
         return builtIn();
     }
     if (startsCall()) {
-        return call();
-    }
-    if (first.kind == TokenKind::foreign && cursor_.text() == "!") {
-        cursor_.fail(cursor_.here(), "foreign", "'not' negates; '!' is not of this language",
-                     "not");
+        Draft * const made = call();
+        if (startsTest()) {
+            cursor_.fail(cursor_.here(), "call-as-value",
+                         "a call is a condition by itself: its answer is not compared");
+        }
+        return made;
     }
     if (cursor_.is("if") || cursor_.is("return") || cursor_.is("exit")) {
         cursor_.fail(cursor_.here(), "syntax",
@@ -86,21 +87,20 @@ Draft * BodyParser::parenthesised() {
         inner = ifExpression();
     } else if (cursor_.is("return") || cursor_.is("exit")) {
         inner = leave();
-    } else if (cursor_.is("not") || cursor_.is("(") || cursor_.is("block") ||
-               cursor_.is("builtin") || startsCall()) {
+    } else if (startsCondition()) {
         inner = condition();
     } else {
         inner = restOfChain(valueOrTest(true));
     }
-    if (!cursor_.is(")")) {
-        cursor_.failWanted("')'");
+    if (!cursor_.accept(")")) {
+        failBehind("')'");
     }
-    cursor_.take();
     return inner;
 }
 
 Draft * BodyParser::builtIn() {
     Token const first = cursor_.take();
+    refuseInAssertion(cursor_.spanOf(first));
     NodeClass const * const nodeClass = cursor_.isWord() ? findBuiltIn(cursor_.text()) : nullptr;
     if (nodeClass == nullptr) {
         cursor_.fail(cursor_.here(), "unknown-builtin",
@@ -115,6 +115,12 @@ Draft * BodyParser::builtIn() {
 bool BodyParser::startsCall() const {
     bool const follows = cursor_.isAhead("(") && !cursor_.ahead().afterGap;
     return follows && (cursor_.isString() || (cursor_.isWord() && isPlainName(cursor_.text())));
+}
+
+// All that is a condition and does not begin with a value.
+bool BodyParser::startsCondition() const {
+    return cursor_.is("not") || cursor_.is("(") || cursor_.is("block") || cursor_.is("builtin") ||
+           startsCall();
 }
 
 Draft * BodyParser::call() {
@@ -138,15 +144,15 @@ Draft * BodyParser::call() {
 
 // The states of origin validation have names as the argument that takes them.
 std::vector<Draft *> BodyParser::arguments(std::string_view callee) {
-    auto const & validation = nodeClassOf<MatchOriginAsValidityImplExpr>().facts;
+    bool const validates = callee == nodeClassOf<MatchOriginAsValidityImplExpr>().facts.words;
     auto const & state = *nodeClassOf<Attribute::OriginValidationState>().attribute;
     cursor_.expect("(");
     Cursor::Level const level(cursor_);
     std::vector<Draft *> values;
     while (!cursor_.is(")")) {
-        Want want{.prefixLists = true};
-        bool const isState = callee == validation.words && values.size() == 1;
-        want.names = isState ? &state : nullptr;
+        Want want{.prefixLists = !validates};
+        want.roaTable = validates && values.empty();
+        want.names = validates && values.size() == 1 ? &state : nullptr;
         Draft * const argument = value(want);
         if (!argument->isKind(NodeKind::storageType)) {
             cursor_.fail(argument->span, "type", "an argument is a value, not a condition");

@@ -14,26 +14,15 @@ constexpr U64 linkBandwidthType = 0x4004;
 
 } // namespace
 
-namespace {
-
-void wantKind(Cursor & cursor, Draft const & draft, NodeKind kind, char const * type) {
-    if (!draft.isKind(kind)) {
-        cursor.fail(draft.span, "type",
-                    String("wants ") + type + ", found " + describeDraft(draft, cursor.sources()));
-    }
-}
-
-} // namespace
-
 Draft * BodyParser::merge() {
     Token const first = cursor_.take();
     cursor_.expect("(");
     Cursor::Level const level(cursor_);
     Draft * const fixed = value({});
-    wantKind(cursor_, *fixed, NodeKind::communityValue, "CommunityValue");
+    wantKind(*fixed, NodeKind::communityValue, "CommunityValue");
     cursor_.expect(",");
     Draft * const moving = value({});
-    wantKind(cursor_, *moving, NodeKind::communityValue, "CommunityValue");
+    wantKind(*moving, NodeKind::communityValue, "CommunityValue");
     cursor_.expect(",");
     auto const mask = cursor_.isWord() ? parseLiteral(cursor_.text()) : std::nullopt;
     if (!mask || !std::holds_alternative<Acl::CommunityValue>(*mask)) {
@@ -49,7 +38,7 @@ Draft * BodyParser::bandwidthBits() {
     cursor_.expect("(");
     Cursor::Level const level(cursor_);
     Draft * const bandwidth = value({});
-    wantKind(cursor_, *bandwidth, NodeKind::bandwidth, "Bandwidth");
+    wantKind(*bandwidth, NodeKind::bandwidth, "Bandwidth");
     cursor_.expect(",");
     U64 const offset = number("an offset", 0xFF);
     cursor_.expect(")");
@@ -61,7 +50,7 @@ Draft * BodyParser::linkBandwidth() {
     cursor_.expect("(");
     Cursor::Level const level(cursor_);
     Draft * const set = value({.communities = true});
-    wantKind(cursor_, *set, NodeKind::communitySet, "CommunitySet");
+    wantKind(*set, NodeKind::communitySet, "CommunitySet");
     cursor_.expect(")");
     return tree_.add<ExtCommSetToLinkBandwidthExtCommValue>(cursor_.since(first), {set});
 }
@@ -75,13 +64,22 @@ Draft * BodyParser::lbw() {
     U64 const as = number("an AS number", 0xFFFF);
     cursor_.expect(",");
     Draft * const bandwidth = value({});
-    wantKind(cursor_, *bandwidth, NodeKind::bandwidth, "Bandwidth");
+    wantKind(*bandwidth, NodeKind::bandwidth, "Bandwidth");
     cursor_.expect(")");
     Span const span = cursor_.since(first);
     Acl::CommunityValue const community((linkBandwidthType << 48) | (as << 32), 0);
     Draft * const bits = tree_.add<BandwidthToCommunityValue>(span, {bandwidth, U64{64}});
     return tree_.add<CommunityValueDynamic>(
         span, {literalAt(community, span), bits, Literal(Acl::CommunityValue(bandwidthBits32, 0))});
+}
+
+Draft * BodyParser::interface() {
+    Token const first = cursor_.take();
+    if (!cursor_.isString()) {
+        cursor_.failWanted("the interface's name in quotes");
+    }
+    String const text = unquoted(cursor_.text(cursor_.take()));
+    return tree_.add<InterfaceImmediate>(cursor_.since(first), {text});
 }
 
 // `ribs [ system-connected:2, use_default ]`

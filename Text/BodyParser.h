@@ -42,13 +42,19 @@ struct BodyUses {
 ///     Draft * const block = parser.block();
 ///
 /// Errors are told to the cursor's messages. One within a statement ends that statement alone;
-/// others are thrown on as Recovery. For one body; the sources of its parts are BodyStatements.cpp,
-/// BodyConditions.cpp, BodyTests.cpp, BodyValues.cpp, BodyMadeValues.cpp and BodyRaw.cpp.
+/// others are thrown on as Recovery. For one body; each of its parts has a source (Body*.cpp).
 class BodyParser {
 public:
+    /// What is read: a function's body, or an assertion, which changes nothing and leaves nothing.
+    enum class Purpose : U8 { body, assertion };
+
     /// All must outlive it.
-    BodyParser(Cursor & cursor, DraftTree & tree, Scope const & scope, BodyUses & uses)
-        : cursor_(cursor), tree_(tree), scope_(scope), uses_(uses) {}
+    BodyParser(Cursor & cursor, DraftTree & tree, Scope const & scope, BodyUses & uses,
+               Purpose purpose = Purpose::body)
+        : cursor_(cursor), tree_(tree), scope_(scope), uses_(uses), purpose_(purpose) {}
+
+    /// Whether no statement was passed over for an error.
+    bool isWhole() const { return isWhole_; }
 
     // Statements.
     /// `{ ... }`, a Block.
@@ -67,6 +73,8 @@ public:
         bool communities = false;
         /// A bare name may be a prefix list.
         bool prefixLists = false;
+        /// A bare name lacks the word of ROA tables.
+        bool roaTable = false;
     };
     Draft * value(Want const & want);
     /// What stands in the parentheses of a call of that function.
@@ -81,7 +89,7 @@ private:
     void endStatement();
     void skipStatement(U32 level, bool hasBegun);
     bool startsDeclaration() const;
-    void failForeignStatement();
+    [[noreturn]] void failOpenBlock(Token const & open);
 
     // BodyConditions.cpp
     Draft * unary();
@@ -89,68 +97,118 @@ private:
     Draft * parenthesised();
     Draft * builtIn();
     bool startsCall() const;
+    bool startsCondition() const;
     Draft * call();
 
     // BodyTests.cpp
     Draft * valueOrTest(bool mayChange);
     Draft * restOfTest(Draft * left);
-    Draft * change(Draft * left);
     Draft * isTest(Draft * left);
     Draft * membership(Draft * left);
-    Draft * itemsTest(Draft * left, Token const & first);
-    void items(Want const & want, std::vector<Draft *> & singles, std::vector<Draft *> & lows,
-               std::vector<Draft *> & highs);
-    void checkRange(Draft const & low, Draft const & high);
-    Draft * matchTest(Draft * left);
+    Draft * positiveMembership(Draft * left);
+    Draft * compared(Draft * left, std::string_view words, Token const & at);
+    Draft * negated(Draft * test, Token const & first);
+    Draft * make(Draft * left, std::string_view words, Draft * right, Token const & at);
+    Draft * predicate(Draft * value);
+    bool startsTest() const;
+    Want wantOf(Draft const & left) const;
+
+    // BodyChanges.cpp
+    bool startsChange() const;
+    Draft * change(Draft * left);
     bool isListName() const;
     [[noreturn]] void failReadOnly(Draft const & left);
-    static String suggestOperator(std::string_view word);
-    Draft * negated(Draft * test, Token const & first);
-    Draft * make(Draft * left, std::string_view words, Draft * right, Span const & at);
-    Draft * makeList(Draft * left, std::string_view words, Token const & first);
-    Draft * predicate(Draft * value);
-    bool startsChange() const;
-    bool startsTest() const;
-    [[noreturn]] void failNoTest(Draft * left);
-    [[noreturn]] void failOperator(Draft * left, std::string_view words, Draft * right,
-                                   Span const & at);
-    [[noreturn]] void failForeignOperator(Draft * left);
-    Want wantOf(Draft const & left) const;
+
+    // BodyItems.cpp
+    struct Items {
+        std::vector<Draft *> singles;
+        std::vector<Draft *> lows; ///< of ranges, in parallel with the upper ends
+        std::vector<Draft *> highs;
+    };
+    Draft * itemsTest(Draft * left, Token const & at);
+    Draft * rangesTest(Draft * left, Items const & items, Span const & span, Token const & at);
+    void readItems(Want const & want, Items & items);
+    void item(Want const & want, Items & items);
+    bool takeSetConstant(Items & items);
+    void checkRange(Draft const & low, Draft const & high);
+
+    // BodySets.cpp
+    Draft * setOf(Want const & want);
+    Draft * intList();
+    Draft * setLiteral(std::vector<Draft *> const & elements, Span const & span, bool communities);
+    void elements(Want const & want, std::string_view end, std::vector<Draft *> & elements);
+    void constantElements(Constant const & constant, Span const & span,
+                          std::vector<Draft *> & elements);
+
+    // BodyLists.cpp
+    Draft * matchTest(Draft * left);
+    Draft * makeList(Draft * left, std::string_view words, Token const & at);
+    std::optional<SlotKind> writtenListKind(Draft const & left, std::string_view words,
+                                            Token const & at);
+    SlotKind listKindOf(Draft const & left, std::string_view words, Token const & at);
+    Draft * prefixList(SlotKind kind);
+    Draft * roaTable();
+    Draft * openPrefixList(Token const & name);
+    std::optional<U64> slot();
+    void noteList(SlotKind kind, String const & name, Span const & span, Draft * draft,
+                  bool isOpen = false);
 
     // BodyValues.cpp
     Draft * word(Want const & want);
+    Draft * text(Want const & want);
     Draft * keywordValue();
+    Draft * attributeValue(Eval::NodeClass const & attribute);
+    Draft * constantValue(Constant const & constant, Want const & want);
+    Draft * literalAt(Literal const & literal, Span const & span);
+    Draft * variable(Parameter const & parameter, Span const & span);
+    U64 number(char const * what, U64 most);
+    /// A name, plain or in quotes.
+    String name(char const * what);
+
+    // BodyMadeValues.cpp
     Draft * merge();
     Draft * bandwidthBits();
     Draft * linkBandwidth();
     Draft * lbw();
+    Draft * interface();
     Draft * ribs();
     Routing::Rib::ResolutionRibEntry rib();
-    Draft * setOf(Want const & want);
-    Draft * intList();
-    Draft * setLiteral(std::vector<Draft *> const & elements, Span const & span, bool communities);
-    void elements(Want const & want, std::vector<Draft *> & elements);
-    void constantElements(Constant const & constant, Span const & span,
-                          std::vector<Draft *> & elements);
-    Draft * prefixList(SlotKind kind);
-    Draft * roaTable();
-    Draft * openPrefixList(Token const & name);
-    Draft * literalAt(Literal const & literal, Span const & span);
-    Draft * variable(Parameter const & parameter, Span const & span);
-    std::optional<U64> slot();
-    U64 number(char const * what, U64 most);
+
+    // BodySlips.cpp: what is meant where something else stands. Those called refuse... return
+    // where nothing of the kind does.
+    void refuseForeignStatement();
+    void refuseInAssertion(Span const & span);
+    void refuseListName(Draft const & left, std::string_view words, Token const & at);
+    void refusePattern(Draft const & left, SlotKind kind);
+    void refuseRange(Draft const & low, char const * before);
+    bool startsArithmetic() const;
+    [[noreturn]] void failArithmetic(String const & changed);
+    [[noreturn]] void failForeignSign(String const & wanted);
+    [[noreturn]] void failBehind(String const & wanted);
+    [[noreturn]] void failNoTest(Draft * left);
     [[noreturn]] void failUnknown(Token const & token, Want const & want);
-    void noteList(SlotKind kind, String const & name, Span const & span, Draft * draft,
-                  bool isOpen = false);
-    /// A name, plain or in quotes.
-    String name(char const * what);
+    void refuseUnseen(Token const & token);
+    static String suggestOperator(std::string_view word);
+    String suggestValue(std::string_view text, Want const & want) const;
+
+    // BodyOperands.cpp: operators and what does not suit them.
+    [[noreturn]] void failOperator(Draft * left, std::string_view words, Draft * right,
+                                   Token const & at);
+    void refuseSetOperand(Draft const & left, std::string_view words, Draft const & right,
+                          Token const & at);
+    void refuseElement(Draft const & right, Eval::FieldInfo const & wanted);
+    [[noreturn]] void failNoOperator(Draft const & left, std::string_view words, Token const & at);
+    void wantKind(Draft const & draft, Eval::NodeKind kind, char const * type);
+    [[noreturn]] void failType(String const & wanted, Draft const & found, String note = {});
+    String described(Draft const & draft) const;
+    String textOf(Draft const & draft) const;
 
     // BodyRaw.cpp
     Draft * raw();
     void rawMember(Draft & draft);
     DraftField rawField(Eval::NodeClass const & nodeClass, Eval::FieldInfo const & field);
     Draft * rawNode(Eval::NodeClass const & nodeClass, Eval::FieldInfo const & field);
-    Draft * rawCondition();
+    Draft * rawExpression();
     Draft * rawOperator();
     DraftField rawChain(Eval::NodeClass const & link);
     DraftField rawScalar(Eval::FieldInfo const & field);
@@ -161,6 +219,8 @@ private:
     DraftTree & tree_;
     Scope const & scope_;
     BodyUses & uses_;
+    Purpose purpose_;
+    bool isWhole_ = true;
 };
 
 /// What messages call the type of a value: "IntSet 'community'".

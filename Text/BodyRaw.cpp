@@ -34,6 +34,12 @@ Draft * BodyParser::raw() {
                      nearest(cursor_.text(), names));
     }
     cursor_.take();
+    bool const isExpression = nodeClass->isKind(NodeKind::expression);
+    bool const changes = nodeClass->fieldOf(FieldRole::target) != nullptr ||
+                         nodeClass->facts.returns || nodeClass->facts.writes != 0;
+    if (isExpression && changes) {
+        refuseInAssertion(cursor_.since(first));
+    }
     Draft * const draft = tree_.add(*nodeClass, {});
     cursor_.expect("(");
     while (!cursor_.is(")")) {
@@ -84,11 +90,12 @@ DraftField BodyParser::rawField(NodeClass const & nodeClass, FieldInfo const & f
         return name("a function");
     }
     NodeClass const * const wanted = classWanted(field);
-    if (cursor_.accept("null")) {
+    if (cursor_.is("null")) {
         if (!field.optional) {
             cursor_.fail(cursor_.here(), "null",
                          String(nodeClass.name) + "." + field.name + " is never null");
         }
+        cursor_.take();
         return static_cast<Draft *>(nullptr);
     }
     if (wanted != nullptr && wanted->facts.isLink && cursor_.is("[")) {
@@ -105,11 +112,7 @@ Draft * BodyParser::rawNode(NodeClass const & nodeClass, FieldInfo const & field
     if (isBlock) {
         node = cursor_.is("@") ? raw() : block();
     } else if (field.wanted == wanting(NodeKind::expression)) {
-        node = cursor_.is("{")        ? block()
-               : cursor_.is("if")     ? ifExpression()
-               : cursor_.is("return") ? leave()
-               : cursor_.is("exit")   ? leave()
-                                      : rawCondition();
+        node = rawExpression();
     } else if (field.wanted == wanting(NodeKind::logicalOperator)) {
         node = rawOperator();
     } else {
@@ -121,15 +124,22 @@ Draft * BodyParser::rawNode(NodeClass const & nodeClass, FieldInfo const & field
     if (!mayStand(*node->nodeClass, field)) {
         cursor_.fail(cursor_.since(first), "type",
                      String(nodeClass.name) + "." + field.name + " wants " + field.wants +
-                         ", found " + describeDraft(*node, cursor_.sources()));
+                         ", found " + described(*node));
     }
     return node;
 }
 
-Draft * BodyParser::rawCondition() {
-    bool const isCondition = cursor_.is("not") || cursor_.is("(") || cursor_.is("block") ||
-                             cursor_.is("builtin") || startsCall();
-    return isCondition ? condition() : restOfChain(valueOrTest(true));
+Draft * BodyParser::rawExpression() {
+    if (cursor_.is("{")) {
+        return block();
+    }
+    if (cursor_.is("if")) {
+        return ifExpression();
+    }
+    if (cursor_.is("return") || cursor_.is("exit")) {
+        return leave();
+    }
+    return startsCondition() ? condition() : restOfChain(valueOrTest(true));
 }
 
 Draft * BodyParser::rawOperator() {

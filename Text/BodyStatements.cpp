@@ -34,10 +34,7 @@ Draft * BodyParser::block() {
             if (!isWhole) {
                 throw Recovery{};
             }
-            LinePlace const place = cursor_.sources()[cursor_.file()].placeOf(open.begin);
-            cursor_.fail(cursor_.here(), "brace", "wants '}', found " + cursor_.found(), {},
-                         "the block begins in line " + std::to_string(place.line) + ", column " +
-                             std::to_string(place.column));
+            failOpenBlock(open);
         }
         U32 const begin = cursor_.now().begin;
         try {
@@ -45,15 +42,20 @@ Draft * BodyParser::block() {
             endStatement();
         } catch (Recovery const &) {
             isWhole = false;
-            if (cursor_.messages().isFull()) {
-                throw;
-            }
+            isWhole_ = false;
             skipStatement(level, cursor_.now().begin != begin);
         }
     }
     cursor_.take();
     DraftField const chain = entries.empty() ? DraftField() : DraftField(std::move(entries));
     return tree_.add<Block>(cursor_.since(open), {chain});
+}
+
+void BodyParser::failOpenBlock(Token const & open) {
+    LinePlace const place = cursor_.sources()[cursor_.file()].placeOf(open.begin);
+    cursor_.fail(cursor_.here(), "brace", "wants '}', found " + cursor_.found(), {},
+                 "the block begins in line " + std::to_string(place.line) + ", column " +
+                     std::to_string(place.column));
 }
 
 // To the next line that begins a statement on the block's own level. That may be the line at hand
@@ -84,17 +86,10 @@ void BodyParser::skipStatement(U32 level, bool hasBegun) {
 
 // `}`, `;` or the line's end.
 void BodyParser::endStatement() {
-    if (cursor_.accept(";") || cursor_.is("}") || cursor_.now().startsLine || cursor_.atEnd()) {
-        return;
+    bool const isOver = cursor_.accept(";") || cursor_.is("}") || cursor_.now().startsLine;
+    if (!isOver && !cursor_.atEnd()) {
+        failBehind("';' or a new line behind the statement");
     }
-    if (cursor_.is("then")) {
-        cursor_.fail(cursor_.here(), "foreign",
-                     "a condition is followed by '{'; there is no 'then'", "{");
-    }
-    if (cursor_.now().kind == TokenKind::foreign) {
-        failForeignOperator(nullptr);
-    }
-    cursor_.failWanted("';' or a new line behind the statement");
 }
 
 Draft * BodyParser::statement() {
@@ -107,92 +102,39 @@ Draft * BodyParser::statement() {
     if (cursor_.is("return") || cursor_.is("exit")) {
         return leave();
     }
-    failForeignStatement();
+    refuseForeignStatement();
     return plainStatement();
 }
 
-/// What other languages begin statements with.
-void BodyParser::failForeignStatement() {
-    struct Slip {
-        std::string_view word;
-        char const * text;
-        char const * ours;
-    };
-    static constexpr Slip slips[] = {
-        {"elif", "'elif' is written 'else if', behind the block's '}'", "else if"},
-        {"elsif", "'elsif' is written 'else if', behind the block's '}'", "else if"},
-        {"elseif", "'elseif' is written 'else if', behind the block's '}'", "else if"},
-        {"then", "a condition is followed by '{'; there is no 'then'", "{"},
-        {"else", "'else' stands behind the '}' of an 'if'", ""},
-        {"set", "nothing stands before the attribute: 'local_preference = 200'", ""},
-        {"let", "there are no variables; 'const' names a value above the functions", "const"},
-        {"var", "there are no variables; 'const' names a value above the functions", "const"},
-        {"case", "there is no 'case'; write 'if ... else if ...'", "if"},
-        {"switch", "there is no 'switch'; write 'if ... else if ...'", "if"},
-        {"for", "there are no loops; sets are asked with 'has any', 'has all'", ""},
-        {"while", "there are no loops; sets are asked with 'has any', 'has all'", ""},
-        {"accept", "write 'return true' (this function) or 'exit true' (the whole evaluation)", ""},
-        {"reject", "write 'return false' (this function) or 'exit false' (the whole evaluation)",
-         ""},
-        {"pass", "write 'return true' (this function) or 'exit true' (the whole evaluation)", ""},
-        {"drop", "write 'return false' (this function) or 'exit false' (the whole evaluation)", ""},
-        {"permit", "write 'return true' (this function) or 'exit true' (the whole evaluation)", ""},
-        {"deny", "write 'return false' (this function) or 'exit false' (the whole evaluation)", ""},
-    };
-    if (!cursor_.isWord() || startsCall()) {
-        return;
-    }
-    for (Slip const & slip : slips) {
-        if (cursor_.is(slip.word) && scope_.findParameter(slip.word) == nullptr) {
-            bool const isVerdict = String(slip.text).starts_with("write 'return");
-            cursor_.fail(cursor_.here(), isVerdict ? "verdict" : "foreign", slip.text, slip.ours);
-        }
-    }
-}
-
 Draft * BodyParser::plainStatement() {
-    bool const isCondition = cursor_.is("not") || cursor_.is("(") || cursor_.is("block") ||
-                             cursor_.is("builtin") || startsCall();
-    if (isCondition) {
-        bool const isCall = startsCall();
-        std::size_t const before = uses_.calls.size();
-        Draft * const made = condition();
-        bool const isLone = isCall && made->nodeClass == &nodeClassOf<FunctionCallExpression>();
-        if (isLone) {
-            uses_.calls[before].isStatement = true;
-        }
-        if (cursor_.is("=") || startsChange()) {
-            cursor_.fail(cursor_.here(), "syntax", "only an attribute can be changed");
-        }
-        return made;
+    if (!startsCondition()) {
+        return restOfChain(valueOrTest(true));
     }
-    if (cursor_.isWord() && cursor_.isAhead("(") && cursor_.ahead().afterGap &&
-        isPlainName(cursor_.text()) && scope_.findParameter(cursor_.text()) == nullptr &&
-        scope_.findConstant(cursor_.text()) == nullptr) {
-        cursor_.fail(cursor_.spanOf(cursor_.ahead()), "call-gap",
-                     "the ( follows without a blank: '" + String(cursor_.text()) + "('");
+    bool const isCall = startsCall();
+    std::size_t const before = uses_.calls.size();
+    Draft * const made = condition();
+    if (isCall && made->nodeClass == &nodeClassOf<FunctionCallExpression>()) {
+        uses_.calls[before].isStatement = true;
     }
-    return restOfChain(valueOrTest(true));
+    if (startsChange()) {
+        cursor_.fail(cursor_.here(), "syntax", "only an attribute can be changed");
+    }
+    return made;
 }
 
 Draft * BodyParser::ifExpression() {
     Cursor::Level const level(cursor_);
     Token const first = cursor_.take();
     Draft * const test = condition();
-    if (cursor_.is("then") || cursor_.is(":")) {
-        cursor_.fail(cursor_.here(), "foreign",
-                     "a condition is followed by '{'; there is no '" + String(cursor_.text()) + "'",
-                     "{");
-    }
     if (!cursor_.is("{")) {
-        if (cursor_.now().kind == TokenKind::foreign || cursor_.text().starts_with('-')) {
-            failForeignOperator(nullptr);
-        }
-        cursor_.failWanted("'{' behind the condition");
+        failBehind("'{' behind the condition");
     }
     Draft * const thenBlock = block();
     DraftField otherwise;
     if (cursor_.accept("else")) {
+        if (!cursor_.is("if") && !cursor_.is("{")) {
+            cursor_.failWanted("'if' or '{' behind 'else'");
+        }
         otherwise = cursor_.is("if") ? ifExpression() : block();
     }
     return tree_.add<IfExpression>(cursor_.since(first), {test, thenBlock, otherwise});
@@ -201,6 +143,7 @@ Draft * BodyParser::ifExpression() {
 // The operand stands in the line of its word: a `return` alone would take the next statement.
 Draft * BodyParser::leave() {
     Token const first = cursor_.take();
+    refuseInAssertion(cursor_.spanOf(first));
     String const text(cursor_.text(first));
     bool const isAlone = cursor_.now().startsLine || cursor_.is("}") || cursor_.is(";") ||
                          cursor_.atEnd() || cursor_.is("because");
@@ -215,7 +158,6 @@ Draft * BodyParser::leave() {
                      cursor_.is("accept") ? "true" : "false");
     }
     Draft * const operand = condition();
-    DraftField const field(operand);
     String reason;
     if (cursor_.accept("because")) {
         if (!cursor_.isWord()) {
@@ -226,7 +168,7 @@ Draft * BodyParser::leave() {
     NodeClass const & nodeClass = text == nodeClassOf<ReturnExpression>().facts.words
                                       ? nodeClassOf<ReturnExpression>()
                                       : nodeClassOf<ExitExpression>();
-    Draft * const made = tree_.add(nodeClass, cursor_.since(first), {field});
+    Draft * const made = tree_.add(nodeClass, cursor_.since(first), {operand});
     made->reason = std::move(reason);
     return made;
 }

@@ -98,7 +98,14 @@ void Cursor::fail(Span const & span, char const * code, String text, String sugg
                   String note) {
     messages_.add(
         {span, Severity::error, code, std::move(text), std::move(suggestion), std::move(note)});
+    if (messages_.isFull()) {
+        endText();
+    }
     throw Recovery{};
+}
+
+void Cursor::fail(Span const & span, Slip const & slip) {
+    fail(span, slip.code, slip.text, slip.suggestion);
 }
 
 void Cursor::failWanted(String const & wanted) {
@@ -114,12 +121,16 @@ void Cursor::enterLevel() {
     ++depth_;
     if (depth_ > deepestNesting) {
         Span const span = here();
-        now_ = {TokenKind::end, true, true, span.begin, span.begin};
-        ahead_ = now_;
-        ended_ = true;
+        endText();
         --depth_;
         fail(span, "nesting", "nested deeper than " + std::to_string(deepestNesting) + " levels");
     }
+}
+
+void Cursor::endText() {
+    now_ = {TokenKind::end, true, true, now_.begin, now_.begin};
+    ahead_ = now_;
+    ended_ = true;
 }
 
 void Cursor::skipTo(std::initializer_list<std::string_view> starts) {

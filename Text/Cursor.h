@@ -2,6 +2,7 @@
 
 #include "Text/Lexer.h"
 #include "Text/Message.h"
+#include "Text/Slips.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -76,8 +77,10 @@ public:
     String describe(Token const & token) const;
     String found() const { return describe(now_); }
 
+    /// Once so many errors are told that nobody reads more, the text ends here.
     [[noreturn]] void fail(Span const & span, char const * code, String text,
                            String suggestion = {}, String note = {});
+    [[noreturn]] void fail(Span const & span, Slip const & slip);
     /// At the token, "wants WANTED, found ...".
     [[noreturn]] void failWanted(String const & wanted);
     void warn(Span const & span, char const * code, String text, String suggestion = {});
@@ -110,6 +113,7 @@ private:
                text(token) == what;
     }
     void enterLevel();
+    void endText();
     Token read();
     void noteComment(Token const & comment);
 

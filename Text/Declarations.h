@@ -3,6 +3,8 @@
 #include "Text/BodyParser.h"
 #include "Text/ListReader.h"
 
+#include <set>
+
 namespace Qcf::Text {
 
 /// A function as a text declares it.
@@ -64,6 +66,12 @@ struct Declarations {
     std::vector<FunctionDeclaration> functions;
     std::vector<ListDeclaration> lists;
     std::vector<TestDeclaration> tests;
+    /// Names of constants and where they are declared: no list is called so.
+    std::vector<std::pair<String, Span>> constants = {};
+    /// Names of lists of which errors hide what they are.
+    std::set<String, std::less<>> faultyLists = {};
+    /// The text that was asked for, which the others are imported into.
+    std::optional<U32> mainFile = {};
 };
 
 } // namespace Qcf::Text

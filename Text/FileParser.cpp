@@ -1,5 +1,6 @@
 #include "Text/FileParser.h"
 
+#include "Text/ConstantParser.h"
 #include "Text/FunctionParser.h"
 #include "Text/TestParser.h"
 #include "Text/Words.h"
@@ -23,6 +24,9 @@ public:
             return {};
         }
         Constant const & constant = found->second;
+        if (constant.isFaulty) {
+            throw Recovery{};
+        }
         constant.isUsed = true;
         auto const [words, isNew] = words_.try_emplace(constant.name);
         if (isNew) {
@@ -54,7 +58,12 @@ FileParser::FileParser(Sources const & sources, U32 file, Messages & messages, D
     : cursor_(sources, file, messages),
       into_(into),
       onImport_(std::move(onImport)),
-      withTests_(withTests) {}
+      withTests_(withTests),
+      declared_(sources[file].text()) {
+    if (withTests) {
+        into_.mainFile = file;
+    }
+}
 
 void FileParser::parse() {
     while (!cursor_.atEnd() && !cursor_.messages().isFull()) {
@@ -68,14 +77,16 @@ void FileParser::parse() {
             skipDeclaration();
         }
     }
-    if (!cursor_.messages().hasErrors()) {
+    bool const hasFunctions = std::ranges::any_of(
+        into_.functions, [&](auto const & each) { return each.span.file == cursor_.file(); });
+    if (withTests_ && hasFunctions && !cursor_.messages().hasErrors()) {
         warnUnused();
     }
 }
 
 void FileParser::declaration() {
     if (cursor_.is("function") || cursor_.is("@")) {
-        into_.functions.push_back(readFunction(cursor_, into_.tree, constants_));
+        function();
     } else if (cursor_.is("list")) {
         list();
     } else if (cursor_.is("const")) {
@@ -89,26 +100,24 @@ void FileParser::declaration() {
     }
 }
 
-void FileParser::failDeclaration() {
-    struct Slip {
-        std::string_view word;
-        char const * text;
-        char const * ours;
-    };
-    static constexpr Slip slips[] = {
-        {"filter", "a filter is a function: 'function NAME() { ... }'", "function"},
-        {"policy", "a policy is a function: 'function NAME() { ... }'", "function"},
-        {"def", "a function begins with 'function'", "function"},
-        {"define", "a value with a name is 'const NAME = ...'", "const"},
-        {"include", "another file is read by 'import \"FILE\"'", "import"},
-        {"prefix_list", "a list begins with 'list'", "list prefix_list"},
-        {"community_list", "a list begins with 'list'", "list community_list"},
-        {"as_path_list", "a list begins with 'list'", "list as_path_list"},
-    };
-    for (Slip const & slip : slips) {
-        if (cursor_.is(slip.word)) {
-            cursor_.fail(cursor_.here(), "declaration", slip.text, slip.ours);
+// What calls a function with errors is not told that there is none.
+void FileParser::function() {
+    FunctionDeclaration made;
+    try {
+        readFunction(cursor_, into_.tree, scope(), made);
+    } catch (Recovery const &) {
+        if (!made.name.empty()) {
+            made.takesAnything = true;
+            into_.functions.push_back(std::move(made));
         }
+        throw;
+    }
+    into_.functions.push_back(std::move(made));
+}
+
+void FileParser::failDeclaration() {
+    if (Slip const * const slip = findDeclarationSlip(cursor_.text())) {
+        cursor_.fail(cursor_.here(), *slip);
     }
     if (cursor_.is("}")) {
         cursor_.fail(cursor_.here(), "brace", "'}' without its '{'");
@@ -133,7 +142,8 @@ void FileParser::skipDeclaration() {
 }
 
 void FileParser::import() {
-    Token const first = cursor_.take();
+    cursor_.take();
+    Token const first = cursor_.now();
     if (!cursor_.isString()) {
         cursor_.failWanted("the file to import in quotes");
     }
@@ -159,103 +169,49 @@ void FileParser::import() {
     }
 }
 
+// Known for faulty where its value is: what uses it is right.
 void FileParser::constant() {
     cursor_.take();
-    Token const nameToken = cursor_.now();
-    if (!cursor_.isWord() || !isPlainName(cursor_.text())) {
-        bool const isKnown = cursor_.isWord() && hasNameShape(cursor_.text());
-        if (isKnown) {
-            cursor_.fail(cursor_.here(), "name",
-                         cursor_.found() + " means something in this language; a constant wants "
-                                           "another name");
-        }
-        cursor_.failWanted("the name of a constant");
-    }
     Constant made;
-    made.name = String(cursor_.text(cursor_.take()));
-    made.span = cursor_.spanOf(nameToken);
-    auto const before = constants_.find(made.name);
-    if (before != constants_.end()) {
-        cursor_.fail(made.span, "duplicate",
-                     "the constant '" + made.name + "' is declared twice, first at " +
-                         cursor_.sources().placeText(before->second.span));
-    }
-    cursor_.expect("=", "behind the constant's name");
-    made.isSet = cursor_.is("{");
-    if (made.isSet) {
-        cursor_.take();
-        constantItems(made);
-    } else {
-        made.items.push_back({literal()});
-    }
-    if (!cursor_.accept(";") && !cursor_.now().startsLine && !cursor_.atEnd()) {
-        cursor_.failWanted("';' or a new line behind the constant");
-    }
-    constants_.emplace(made.name, std::move(made));
-}
-
-void FileParser::constantItems(Constant & constant) {
-    while (!cursor_.is("}")) {
-        auto const inner = cursor_.isWord() ? constants_.find(cursor_.text()) : constants_.end();
-        if (inner != constants_.end() && inner->second.isSet) {
-            inner->second.isUsed = true;
-            auto const & items = inner->second.items;
-            constant.items.insert(constant.items.end(), items.begin(), items.end());
-            cursor_.take();
-        } else {
-            ConstantItem item{literal()};
-            if (cursor_.accept("..")) {
-                item.high = literal();
-            }
-            constant.items.push_back(std::move(item));
+    auto const keep = [&] {
+        into_.constants.emplace_back(made.name, made.span);
+        constants_.emplace(made.name, std::move(made));
+    };
+    try {
+        readConstant(cursor_, constants_, made);
+    } catch (Recovery const &) {
+        if (!made.name.empty() && !constants_.contains(made.name)) {
+            made.isFaulty = true;
+            keep();
         }
-        if (!cursor_.accept(",") && !cursor_.is("}")) {
-            cursor_.failWanted("',' or '}'");
-        }
+        throw;
     }
-    cursor_.take();
-}
-
-// A literal, or a constant above that is one.
-Literal FileParser::literal() {
-    auto const known = cursor_.isWord() ? constants_.find(cursor_.text()) : constants_.end();
-    if (known != constants_.end() && !known->second.isSet) {
-        known->second.isUsed = true;
-        cursor_.take();
-        return known->second.items.front().low;
-    }
-    auto const found = cursor_.isWord() ? parseLiteral(cursor_.text()) : std::nullopt;
-    if (!found) {
-        if (cursor_.isWord()) {
-            if (String const why = whyNoLiteral(cursor_.text()); !why.empty()) {
-                cursor_.fail(cursor_.here(), "literal", cursor_.found() + ": " + why);
-            }
-        }
-        cursor_.failWanted("a literal, or a set of them in braces");
-    }
-    cursor_.take();
-    return *found;
+    keep();
 }
 
 void FileParser::list() {
     String documentation = cursor_.takeDocumentation();
     cursor_.take();
+    bool const isQuoted = cursor_.ahead().kind == TokenKind::string;
+    std::string_view const name = cursor_.text(cursor_.ahead());
     if (auto made = readList(cursor_, ListConstants(constants_))) {
         made->documentation = std::move(documentation);
         into_.lists.push_back(std::move(*made));
     } else {
+        into_.faultyLists.insert(isQuoted ? unquoted(name) : String(name));
         skipDeclaration();
     }
 }
 
 void FileParser::test() {
     cursor_.take();
-    TestDeclaration made = readTest(cursor_, into_.tree, constants_, ListConstants(constants_));
+    TestDeclaration made = readTest(cursor_, into_.tree, scope(), ListConstants(constants_));
     if (withTests_) {
         into_.tests.push_back(std::move(made));
     }
 }
 
+// A text without functions, or one that others import, has them for others.
 void FileParser::warnUnused() {
     for (auto const & [name, constant] : constants_) {
         if (!constant.isUsed && constant.span.file == cursor_.file()) {

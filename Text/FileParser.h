@@ -19,8 +19,8 @@ class FileParser {
 public:
     using OnImport = std::function<Constants const *(ImportRequest const & request)>;
 
-    /// Tests are read only where `withTests`: those of an imported text run when its own file is
-    /// named.
+    /// Tests are kept only where `withTests`: those of an imported text run when its own file is
+    /// named. So is what is not used told of that text alone.
     FileParser(Sources const & sources, U32 file, Messages & messages, Declarations & into,
                OnImport onImport, bool withTests);
 
@@ -33,19 +33,20 @@ private:
     void declaration();
     void import();
     void constant();
-    void constantItems(Constant & constant);
-    Literal literal();
+    void function();
     void list();
     void test();
     void skipDeclaration();
     [[noreturn]] void failDeclaration();
     void warnUnused();
+    TextScope scope() const { return {constants_, declared_}; }
 
     Cursor cursor_;
     Declarations & into_;
     OnImport onImport_;
     bool withTests_;
     Constants constants_;
+    DeclaredNames declared_;
 };
 
 } // namespace Qcf::Text

@@ -6,10 +6,13 @@ namespace Qcf::Text {
 
 /// Reads a function from its annotations or the word `function` on.
 ///
-///     if (auto function = readFunction(cursor, tree, constants)) ...
+///     FunctionDeclaration function;
+///     readFunction(cursor, tree, scope, function);
 ///
-/// Throws Recovery where the header cannot be read; the cursor then stands within it. A body with
-/// errors is told and leaves the function without a draft.
-FunctionDeclaration readFunction(Cursor & cursor, DraftTree & tree, Constants const & constants);
+/// Throws Recovery where the header cannot be read or the body has no end; the cursor then stands
+/// within it, and `into` holds what was read before. A body with errors is told and leaves the
+/// function without a draft.
+void readFunction(Cursor & cursor, DraftTree & tree, TextScope const & outer,
+                  FunctionDeclaration & into);
 
 } // namespace Qcf::Text

@@ -36,7 +36,11 @@ char const * toString(Severity severity) {
 }
 
 void Messages::add(Message message) {
-    errors_ += message.severity == Severity::error ? 1 : 0;
+    bool const isError = message.severity == Severity::error;
+    if (isError && isFull()) {
+        return;
+    }
+    errors_ += isError ? 1 : 0;
     messages_.push_back(std::move(message));
 }
 

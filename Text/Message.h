@@ -34,6 +34,7 @@ public:
     /// So many errors are kept, so that a file of another kind does not end in a million lines.
     static constexpr std::size_t mostErrors = 100;
 
+    /// Errors beyond the most are dropped.
     void add(Message message);
 
     bool hasErrors() const { return errors_ != 0; }

@@ -1,9 +1,9 @@
 #include "QcfLib/QcfEval.h"
 #include "Text/Compiler.h"
+#include "Text/ListResolver.h"
 #include "Text/Words.h"
 
 #include <algorithm>
-#include <set>
 #include <unordered_map>
 
 namespace Qcf::Text {
@@ -12,92 +12,41 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 
 namespace {
 
-using Lists::ListKind;
-
-/// The kind under which a list of that slot kind is declared.
-ListKind declaredKind(SlotKind kind) {
+/// The type of the arguments that a parameter takes, as messages name types.
+char const * argumentType(ArgumentKind kind) {
     switch (kind) {
-    case SlotKind::commList:
-        return ListKind::communityList;
-    case SlotKind::extCommList:
-        return ListKind::extCommunityList;
-    case SlotKind::largeCommList:
-        return ListKind::largeCommunityList;
-    case SlotKind::tagSet:
-        return ListKind::tagSet;
-    case SlotKind::asPathAccessList:
-        return ListKind::asPathAccessList;
-    case SlotKind::dynamicPrefixList:
-        return ListKind::dynamicPrefixList;
-    case SlotKind::roaTable:
-        return ListKind::roaTable;
+    case ArgumentKind::integer:
+        return "Int";
+    case ArgumentKind::bandwidth:
+        return "Bandwidth";
+    case ArgumentKind::triStateBool:
+        return "TriStateBool";
     default:
-        return ListKind::prefixList;
+        return "PrefixList";
     }
 }
 
-/// The lists that the texts declare, by kind and name.
-class DeclaredLists {
-public:
-    explicit DeclaredLists(std::vector<ListDeclaration> const & lists, Sources const & sources,
-                           Messages & messages) {
-        for (ListDeclaration const & list : lists) {
-            auto const [at, isNew] =
-                lists_[static_cast<std::size_t>(list.kind())].emplace(list.name(), &list);
-            if (!isNew) {
-                messages.add({list.nameSpan, Severity::error, "duplicate",
-                              "the " + String(kindWord(list.kind())) + " '" + list.name() +
-                                  "' is declared twice, first at " +
-                                  sources.placeText(at->second->nameSpan)});
-            }
-        }
+/// "no arguments", "2 arguments (int n, prefix_list nets)".
+String wantedArguments(Parameters const & parameters) {
+    if (parameters.empty()) {
+        return "no arguments";
     }
-
-    ListDeclaration const * find(ListKind kind, std::string_view name) const {
-        auto const & lists = lists_[static_cast<std::size_t>(kind)];
-        auto const found = lists.find(name);
-        return found == lists.end() ? nullptr : found->second;
+    String names;
+    for (Parameter const & each : parameters) {
+        names += (names.empty() ? "" : ", ") + (parameterWord(each.kind) + (' ' + each.name));
     }
-
-    /// Any list of that name but of another kind.
-    ListDeclaration const * findOther(ListKind kind, std::string_view name) const {
-        for (auto const & lists : lists_) {
-            auto const found = lists.find(name);
-            if (found != lists.end() && found->second->kind() != kind) {
-                return found->second;
-            }
-        }
-        return nullptr;
-    }
-
-    String nearestName(ListKind kind, std::string_view name) const {
-        std::vector<std::string_view> names;
-        for (auto const & [each, list] : lists_[static_cast<std::size_t>(kind)]) {
-            names.push_back(each);
-        }
-        return nearest(name, names);
-    }
-
-private:
-    std::array<std::map<std::string_view, ListDeclaration const *>, 8> lists_;
-};
+    return std::to_string(parameters.size()) +
+           (parameters.size() == 1 ? " argument (" : " arguments (") + names + ')';
+}
 
 class Resolver {
 public:
     Resolver(Declarations & declarations, Sources const & sources, Messages & messages)
-        : declarations_(declarations),
-          sources_(sources),
-          messages_(messages),
-          lists_(declarations.lists, sources, messages) {}
+        : declarations_(declarations), sources_(sources), messages_(messages) {}
 
     void run() {
         collectFunctions();
-        for (FunctionDeclaration & function : declarations_.functions) {
-            lists(function.uses);
-        }
-        for (TestDeclaration & test : declarations_.tests) {
-            lists(test.uses);
-        }
+        resolveLists(declarations_, sources_, messages_);
         order();
         for (FunctionDeclaration & function : declarations_.functions) {
             for (CallDraft & call : function.uses.calls) {
@@ -145,6 +94,7 @@ private:
         std::size_t const number = declarations_.functions.size();
         declarations_.functions.push_back(builtIn(call, *body));
         functions_.emplace(call.name, number);
+        builtIns_.emplace(call.name, body);
         return number;
     }
 
@@ -167,12 +117,11 @@ private:
         }
         String suggestion = nearest(call.name, known);
         if (suggestion.empty()) {
-            Constants const noConstants;
-            Parameters const noParameters;
-            String const foreign = suggestName(call.name, {noConstants, noParameters});
+            String foreign = suggestName(call.name);
+            foreign.resize(std::min(foreign.find('('), foreign.size()));
             suggestion = findBuiltIn(foreign) != nullptr ? foreign : "";
         }
-        error(call.nameSpan, "unknown-function", "no function is called '" + call.name + "'",
+        error(call.nameSpan, "unknown-function", "unknown function '" + call.name + "'",
               suggestion);
     }
 
@@ -261,78 +210,6 @@ private:
         functions_ = std::move(positions);
     }
 
-    // Lists that a construct names.
-    void lists(BodyUses & uses) {
-        for (ListUse & use : uses.lists) {
-            ListKind const kind = declaredKind(use.kind);
-            ListDeclaration const * declared = lists_.find(kind, use.name);
-            if (use.isOpen) {
-                declared = openFamily(use, declared);
-            } else if (declared == nullptr) {
-                undeclared(use, kind);
-            } else if (kind == ListKind::prefixList &&
-                       declared->isV4() != (use.kind == SlotKind::v4PrefixList)) {
-                error(use.span, "list-family",
-                      "the prefix list '" + use.name + "' is of " +
-                          (declared->isV4() ? "v4" : "v6") + ", declared at " +
-                          sources_.placeText(declared->nameSpan));
-            }
-            if (declared != nullptr) {
-                used_.insert(declared);
-            }
-        }
-    }
-
-    ListDeclaration const * openFamily(ListUse & use, ListDeclaration const * declared) {
-        if (declared == nullptr) {
-            declared = lists_.find(ListKind::dynamicPrefixList, use.name);
-        }
-        if (declared == nullptr) {
-            ListDeclaration const * const other = lists_.findOther(ListKind::prefixList, use.name);
-            String suggestion = lists_.nearestName(ListKind::prefixList, use.name);
-            if (other != nullptr) {
-                error(use.span, "list-kind",
-                      "wants a prefix list, found the " + String(kindWord(other->kind())) + " '" +
-                          use.name + "'");
-            } else if (!suggestion.empty()) {
-                error(use.span, "unknown-name", "unknown name '" + use.name + "'", suggestion);
-            } else {
-                error(use.span, "unknown-name",
-                      "unknown name '" + use.name +
-                          "'; a prefix list that is declared elsewhere is 'v4 " + use.name +
-                          "' or 'v6 " + use.name + "'");
-            }
-            return nullptr;
-        }
-        Draft & draft = *use.draft;
-        if (declared->kind() == ListKind::dynamicPrefixList) {
-            auto const fields = draft.fields;
-            draft.nodeClass = &nodeClassOf<DynamicPrefixListImmediate>();
-            draft.fields.assign(fields.begin(), fields.begin() + 2);
-        } else {
-            draft.at(FieldRole::isV4) = declared->isV4();
-        }
-        return declared;
-    }
-
-    void undeclared(ListUse const & use, ListKind kind) {
-        ListDeclaration const * const other = lists_.findOther(kind, use.name);
-        if (other != nullptr) {
-            error(use.span, "list-kind",
-                  "wants a " + String(kindWord(kind)) + ", found the " +
-                      String(kindWord(other->kind())) + " '" + use.name + "'",
-                  {}, "declared at " + sources_.placeText(other->nameSpan));
-            return;
-        }
-        String const suggestion = lists_.nearestName(kind, use.name);
-        if (!suggestion.empty()) {
-            messages_.add({use.span, Severity::warning, "undeclared-list",
-                           "no " + String(kindWord(kind)) + " '" + use.name +
-                               "' is declared; it is taken from outside",
-                           suggestion});
-        }
-    }
-
     // Kind by kind, as calls pass them.
     void arguments(CallDraft const & call) {
         auto const found = functions_.find(call.name);
@@ -340,14 +217,27 @@ private:
             return;
         }
         FunctionDeclaration const & function = declarations_.functions[found->second];
-        if (function.takesAnything) {
-            return;
+        auto const builtIn = builtIns_.find(call.name);
+        if (builtIn != builtIns_.end()) {
+            builtInArguments(call, builtIn->second->facts);
+        } else if (!function.takesAnything) {
+            declaredArguments(call, function);
         }
+    }
+
+    // Those that it reads must be there; what stands behind them, documents may pass.
+    void builtInArguments(CallDraft const & call, ClassFacts const & facts) {
+        std::size_t const wants = facts.integerArguments;
+        std::size_t const count = call.arguments.size();
+        if (count < wants || (count != 0 && wants == 0 && !facts.readsNodeArguments)) {
+            failCount(call, wants == 0 ? "no arguments" : std::to_string(wants) + " arguments", {});
+        }
+    }
+
+    void declaredArguments(CallDraft const & call, FunctionDeclaration const & function) {
         if (call.arguments.size() != function.parameters.size()) {
-            error(call.nameSpan, "arguments",
-                  function.name + " wants " + countText(function.parameters.size()) + ", found " +
-                      std::to_string(call.arguments.size()),
-                  {}, "declared at " + sources_.placeText(function.nameSpan));
+            failCount(call, wantedArguments(function.parameters),
+                      "declared at " + sources_.placeText(function.nameSpan));
             return;
         }
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
@@ -355,15 +245,18 @@ private:
             Parameter const & parameter = function.parameters[i];
             if (argument.nodeClass->facts.argument != parameter.kind) {
                 error(argument.span, "argument-type",
-                      "argument '" + parameter.name + "' of " + function.name + " wants " +
-                          parameterWord(parameter.kind) + ", found " +
+                      "'" + parameter.name + "' of '" + function.name + "' wants " +
+                          argumentType(parameter.kind) + ", found " +
                           describeDraft(argument, sources_));
             }
         }
     }
 
-    static String countText(std::size_t count) {
-        return std::to_string(count) + (count == 1 ? " argument" : " arguments");
+    void failCount(CallDraft const & call, String const & wants, String note) {
+        error(call.nameSpan, "arguments",
+              "'" + call.name + "' wants " + wants + ", found " +
+                  std::to_string(call.arguments.size()),
+              {}, std::move(note));
     }
 
     enum class State : U8 { open, entered, placed };
@@ -371,9 +264,9 @@ private:
     Declarations & declarations_;
     Sources const & sources_;
     Messages & messages_;
-    DeclaredLists lists_;
-    std::set<ListDeclaration const *> used_;
     std::unordered_map<String, std::size_t> functions_;
+    /// Built-in functions that their first call declared.
+    std::unordered_map<String, NodeClass const *> builtIns_;
     std::vector<State> state_;
     std::vector<std::size_t> order_;
     std::unordered_map<std::size_t, std::vector<std::optional<std::size_t>>> callees_;

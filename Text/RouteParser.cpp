@@ -1,7 +1,7 @@
 #include "Text/RouteParser.h"
 
 #include "QcfLib/QcfEval.h"
-#include "Text/OperatorTable.h"
+#include "Text/RouteValues.h"
 
 #include <algorithm>
 #include <set>
@@ -21,27 +21,10 @@ constexpr SessionKey sessionKeys[] = {
     {"outbound", false}, {"local_as", true}, {"peer_confed", false}, {"vrf_id", true}};
 constexpr std::string_view session = "session";
 
-/// A text in JSON, quotes around it.
-String jsonText(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    String json = "\"";
-    for (char const c : text) {
-        auto const byte = static_cast<unsigned char>(c);
-        if (byte < 0x20) {
-            json += "\\u00";
-            json += digits[byte >> 4];
-            json += digits[byte & 15];
-            continue;
-        }
-        json += c == '"' || c == '\\' ? "\\" : "";
-        json += c;
-    }
-    return json + '"';
-}
-
 class RouteReader {
 public:
-    RouteReader(Cursor & cursor, Scope const & scope) : cursor_(cursor), scope_(scope) {}
+    RouteReader(Cursor & cursor, Scope const & scope)
+        : cursor_(cursor), scope_(scope), values_(cursor, scope) {}
 
     String members() {
         cursor_.expect("{", "behind 'route'");
@@ -69,14 +52,32 @@ private:
         if (!keys_.insert(key).second) {
             cursor_.fail(cursor_.here(), "route-key", "the key '" + key + "' stands here twice");
         }
+        takeKey();
+        return jsonText(key) + ": " +
+               (key == session ? sessionMembers() : values_.value(*attribute));
+    }
+
+    void takeKey() {
         cursor_.take();
-        return jsonText(key) + ": " + (key == session ? sessionMembers() : value(*attribute));
+        if (cursor_.is("=") || cursor_.is(":")) {
+            refuseSign(String(cursor_.text()));
+        }
     }
 
     [[noreturn]] void failKey(String const & key, NodeClass const * attribute) {
+        constexpr std::string_view input = "input.";
+        if (attribute != nullptr && key.starts_with(input)) {
+            cursor_.fail(cursor_.here(), "route-key",
+                         "'" + key + "' is what came, which a route gives without 'input.'",
+                         key.substr(input.size()));
+        }
         if (attribute != nullptr) {
             cursor_.fail(cursor_.here(), "route-key",
                          "'" + key + "' is computed from the route; it is not given");
+        }
+        NodeClass const * const clinging = findAttribute(key.substr(0, key.find(':')));
+        if (clinging != nullptr && isRouteKey(*clinging)) {
+            refuseSign(":");
         }
         auto known = routeKeys();
         known.push_back(session);
@@ -94,233 +95,39 @@ private:
         cursor_.expect("{", "behind 'session'");
         String json = "{";
         while (!cursor_.is("}")) {
-            auto const * const key = std::ranges::find_if(
-                sessionKeys, [&](SessionKey const & each) { return cursor_.is(each.name); });
-            if (key == std::end(sessionKeys)) {
-                std::vector<std::string_view> names;
-                for (SessionKey const & each : sessionKeys) {
-                    names.push_back(each.name);
-                }
-                cursor_.fail(cursor_.here(), "route-key", "a session has no " + cursor_.found(),
-                             nearest(cursor_.text(), names));
-            }
-            cursor_.take();
+            SessionKey const & key = sessionKey();
             json += json.size() > 1 ? ", " : "";
-            json += jsonText(key->name) + ": " + (key->isNumber ? number() : truth());
+            json += jsonText(key.name) + ": " + (key.isNumber ? values_.number() : values_.truth());
             cursor_.accept(";");
         }
         cursor_.take();
         return json + '}';
     }
 
-    std::optional<Literal> literal() const {
-        if (!cursor_.isWord()) {
-            return std::nullopt;
-        }
-        if (Constant const * const constant = scope_.findConstant(cursor_.text())) {
-            constant->isUsed = true;
-            return constant->isSet ? std::nullopt : std::optional(constant->items.front().low);
-        }
-        return parseLiteral(cursor_.text());
-    }
-
-    template <typename T>
-    T const & wanted(std::optional<Literal> const & found, char const * what) {
-        T const * const value = found ? std::get_if<T>(&*found) : nullptr;
-        if (value == nullptr) {
-            cursor_.failWanted(what);
-        }
-        return *value;
-    }
-
-    String number() {
-        auto const found = literal();
-        auto const & value = wanted<Integer>(found, "a number");
-        if (value.negative) {
-            cursor_.failWanted("a number that is not negative");
-        }
-        String const text = std::to_string(value.magnitude);
-        cursor_.take();
-        return text;
-    }
-
-    String truth() {
-        if (!cursor_.is("true") && !cursor_.is("false")) {
-            cursor_.failWanted("true or false");
-        }
-        return String(cursor_.text(cursor_.take()));
-    }
-
-    /// The literal of that type, as a text.
-    template <typename T>
-    String textOf(char const * what) {
-        auto const found = literal();
-        wanted<T>(found, what);
-        String const text = toWord(*found);
-        cursor_.take();
-        return jsonText(text.starts_with("no_") ? "" : text);
-    }
-
-    String value(NodeClass const & attribute) {
-        if (attribute.isKind(NodeKind::int_)) {
-            return integer(attribute);
-        }
-        if (attribute.isKind(NodeKind::intSet) || attribute.isKind(NodeKind::communitySet)) {
-            return set(attribute);
-        }
-        if (attribute.isKind(NodeKind::asPath) || attribute.isKind(NodeKind::interface)) {
-            if (!cursor_.isString()) {
-                cursor_.failWanted(attribute.isKind(NodeKind::asPath)
-                                       ? "the path in quotes, such as \"65001 65002\""
-                                       : "the interface in quotes");
+    SessionKey const & sessionKey() {
+        auto const * const key = std::ranges::find_if(
+            sessionKeys, [&](SessionKey const & each) { return cursor_.is(each.name); });
+        if (key == std::end(sessionKeys)) {
+            std::vector<std::string_view> names;
+            for (SessionKey const & each : sessionKeys) {
+                names.push_back(each.name);
             }
-            return jsonText(unquoted(cursor_.text(cursor_.take())));
+            cursor_.fail(cursor_.here(), "route-key", "a session has no " + cursor_.found(),
+                         nearest(cursor_.text(), names));
         }
-        if (attribute.isKind(NodeKind::ipAddress)) {
-            return textOf<IpGenAddr>("an address");
-        }
-        if (attribute.isKind(NodeKind::ipPrefix)) {
-            return textOf<IpGenPrefix>("a prefix");
-        }
-        if (attribute.isKind(NodeKind::macAddress)) {
-            return textOf<EthAddr>("a MAC address");
-        }
-        return rareValue(attribute);
+        takeKey();
+        return *key;
     }
 
-    String rareValue(NodeClass const & attribute) {
-        if (attribute.isKind(NodeKind::esi)) {
-            auto const found = literal();
-            auto const & esi = wanted<std::optional<Evpn::Esid>>(found, "ten octets, or no_esi");
-            String const json = esi ? jsonText(esi->toString()) : "null";
-            cursor_.take();
-            return json;
-        }
-        if (attribute.isKind(NodeKind::triStateBool)) {
-            auto const found = literal();
-            auto const truthValue = wanted<TriStateBoolValue>(found, "true, false or unknown");
-            cursor_.take();
-            return truthValue == TriStateBoolValue::unknown ? jsonText(toString(truthValue))
-                                                            : String(toString(truthValue));
-        }
-        if (attribute.isKind(NodeKind::bandwidth)) {
-            auto const found = literal();
-            wanted<F32>(found, "a bandwidth, such as 10Gbps");
-            cursor_.take();
-            return toWord(*found);
-        }
-        if (attribute.isKind(NodeKind::communityValue)) {
-            return community();
-        }
-        return ribs();
-    }
-
-    String integer(NodeClass const & attribute) {
-        auto const names = attribute.attribute->valueNames;
-        auto const named = std::ranges::find(names, cursor_.text());
-        if (cursor_.isWord() && named != names.end()) {
-            cursor_.take();
-            return std::to_string(named - names.begin());
-        }
-        return number();
-    }
-
-    // As it is written: the same number can be an extended community and a large one.
-    String community() {
-        auto const found = literal();
-        wanted<Acl::CommunityValue>(found, "a community, such as 65000:1:2 or rt:65000:1");
-        bool const isWritten = parseLiteral(cursor_.text()).has_value();
-        String const text = isWritten ? String(cursor_.text()) : toWord(*found);
-        cursor_.take();
-        return jsonText(text);
-    }
-
-    String set(NodeClass const & attribute) {
-        Constant const * const constant =
-            cursor_.isWord() ? scope_.findConstant(cursor_.text()) : nullptr;
-        if (constant != nullptr && constant->isSet) {
-            return '[' + constantMembers(attribute, *constant) + ']';
-        }
-        cursor_.expect("{", "before the set's elements");
-        String json = "[";
-        while (!cursor_.is("}")) {
-            json += json.size() > 1 ? ", " : "";
-            Constant const * const inner =
-                cursor_.isWord() ? scope_.findConstant(cursor_.text()) : nullptr;
-            json += inner != nullptr && inner->isSet           ? constantMembers(attribute, *inner)
-                    : attribute.isKind(NodeKind::communitySet) ? community()
-                                                               : standardMember(attribute);
-            if (!cursor_.accept(",") && !cursor_.is("}")) {
-                cursor_.failWanted("',' or '}'");
-            }
-        }
-        cursor_.take();
-        return json + ']';
-    }
-
-    String standardMember(NodeClass const & attribute) {
-        auto const found = literal();
-        auto const & value = wanted<Integer>(
-            found, attribute.attribute->lists ? "a community, such as 65000:1" : "a number");
-        String const text = std::to_string(value.magnitude);
-        bool const isCommunity = attribute.attribute->lists.has_value();
-        if (value.negative || (isCommunity && value.magnitude > 0xFFFFFFFF)) {
-            cursor_.failWanted("a community of 32 bits");
-        }
-        cursor_.take();
-        return text;
-    }
-
-    String constantMembers(NodeClass const & attribute, Constant const & constant) {
-        bool const ofCommunities = attribute.isKind(NodeKind::communitySet);
-        constant.isUsed = true;
-        String json;
-        for (ConstantItem const & item : constant.items) {
-            bool const isCommunity = std::holds_alternative<Acl::CommunityValue>(item.low);
-            if (item.high || isCommunity != ofCommunities) {
-                cursor_.fail(cursor_.here(), "type",
-                             "the constant '" + constant.name + "' is no set of that type");
-            }
-            json += json.empty() ? "" : ", ";
-            json += ofCommunities ? jsonText(toWord(item.low)) : toWord(item.low);
-        }
-        cursor_.take();
-        return json;
-    }
-
-    // `ribs [ system-connected:2, use_default ]`
-    String ribs() {
-        cursor_.expect("ribs");
-        cursor_.expect("[", "behind 'ribs'");
-        String entries;
-        bool useDefault = false;
-        while (!cursor_.accept("]")) {
-            if (cursor_.accept("use_default")) {
-                useDefault = true;
-            } else {
-                std::string_view const text = cursor_.text();
-                std::size_t const colon = text.rfind(':');
-                auto const kind = colon == std::string_view::npos
-                                      ? std::nullopt
-                                      : parseLiteral(text.substr(colon + 1));
-                if (!kind || !std::holds_alternative<Integer>(*kind)) {
-                    cursor_.failWanted("a RIB as NAME:KIND, or 'use_default'");
-                }
-                entries += entries.empty() ? "" : ", ";
-                entries += "{\"name\": " + jsonText(text.substr(0, colon)) +
-                           ", \"kind\": " + toWord(*kind) + '}';
-                cursor_.take();
-            }
-            if (!cursor_.accept(",") && !cursor_.is("]")) {
-                cursor_.failWanted("',' or ']'");
-            }
-        }
-        return "{\"entries\": [" + entries +
-               "], \"useDefault\": " + (useDefault ? "true" : "false") + '}';
+    // `med = 5` and `med: 5`; a colon may cling to the key.
+    void refuseSign(String const & sign) {
+        cursor_.fail(cursor_.here(), "route-key",
+                     "a key and its value stand side by side, without '" + sign + "'");
     }
 
     Cursor & cursor_;
     Scope const & scope_;
+    RouteValues values_;
     std::set<String, std::less<>> keys_;
 };
 

@@ -20,53 +20,6 @@ constexpr KindWord kindWords[] = {{ArgumentKind::integer, "int"},
                                   {ArgumentKind::triStateBool, "tristate"},
                                   {ArgumentKind::prefixList, "prefix_list"}};
 
-/// What other languages call things, in lower case with `_`, and what they are here.
-struct ForeignWord {
-    std::string_view foreign;
-    std::string_view ours;
-};
-constexpr ForeignWord foreignWords[] = {
-    {"local_pref", "local_preference"},
-    {"localpref", "local_preference"},
-    {"bgp_local_pref", "local_preference"},
-    {"preference", "local_preference"},
-    {"bgp_path", "as_path"},
-    {"aspath", "as_path"},
-    {"path", "as_path"},
-    {"bgp_community", "community"},
-    {"communities", "community"},
-    {"standard_community", "community"},
-    {"bgp_large_community", "large_community"},
-    {"bgp_ext_community", "ext_community"},
-    {"extcommunity", "ext_community"},
-    {"ext_communities", "ext_community"},
-    {"large_communities", "large_community"},
-    {"bgp_med", "med"},
-    {"metric", "med"},
-    {"bgp_origin", "origin"},
-    {"bgp_next_hop", "next_hop"},
-    {"nexthop", "next_hop"},
-    {"net", "prefix"},
-    {"network", "prefix"},
-    {"nlri", "prefix"},
-    {"tag", "igp.tag"},
-    {"peer_as", "source_session.remote.as"},
-    {"neighbor_as", "source_session.remote.as"},
-    {"roa_check", "match_origin_as_validity"},
-    {"self", "set_next_hop_self"},
-    {"bgp_path.len", "as_path.length"},
-    {"net.len", "prefix.length"},
-};
-
-String foldedWord(std::string_view word) {
-    String folded;
-    for (char const c : word) {
-        bool const isUpper = c >= 'A' && c <= 'Z';
-        folded += c == '-' ? '_' : isUpper ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return folded;
-}
-
 } // namespace
 
 Parameter const * Scope::findParameter(std::string_view name) const {
@@ -74,9 +27,19 @@ Parameter const * Scope::findParameter(std::string_view name) const {
     return found == parameters.end() ? nullptr : &*found;
 }
 
-Constant const * Scope::findConstant(std::string_view name) const {
+bool Scope::isTaken(std::string_view name) const {
+    return findParameter(name) != nullptr || constants.contains(name);
+}
+
+Constant const * TextScope::findConstant(std::string_view name) const {
     auto const found = constants.find(name);
-    return found == constants.end() ? nullptr : &found->second;
+    if (found == constants.end()) {
+        return nullptr;
+    }
+    if (found->second.isFaulty) {
+        throw Recovery{};
+    }
+    return &found->second;
 }
 
 char const * parameterWord(ArgumentKind kind) {
@@ -90,17 +53,13 @@ std::optional<ArgumentKind> parameterKind(std::string_view word) {
     return found == std::end(kindWords) ? std::nullopt : std::optional(found->kind);
 }
 
-String suggestName(std::string_view word, Scope const & scope,
-                   bool (*fits)(Eval::NodeClass const & nodeClass)) {
-    String const folded = foldedWord(word);
-    for (ForeignWord const & each : foreignWords) {
-        if (each.foreign == folded) {
-            return String(each.ours);
-        }
+String suggestName(std::string_view word, Scope const & scope) {
+    if (std::string_view const ours = nameOfForeignWord(word); !ours.empty()) {
+        return String(ours);
     }
     std::vector<std::string_view> known;
     for (Eval::NodeClass const & nodeClass : Eval::nodeClasses()) {
-        if (nodeClass.attribute != nullptr && (fits == nullptr || fits(nodeClass))) {
+        if (nodeClass.attribute != nullptr) {
             known.push_back(nodeClass.attribute->languageName);
         }
     }
@@ -113,6 +72,13 @@ String suggestName(std::string_view word, Scope const & scope,
     auto const communities = wellKnownCommunityNames();
     known.insert(known.end(), communities.begin(), communities.end());
     return nearest(word, known);
+}
+
+String suggestName(std::string_view word) {
+    Constants const noConstants;
+    DeclaredNames const nothing("");
+    Parameters const noParameters;
+    return suggestName(word, Scope{{noConstants, nothing}, noParameters});
 }
 
 } // namespace Qcf::Text

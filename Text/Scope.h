@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Text/DeclaredNames.h"
 #include "Text/Draft.h"
 
 #include <map>
@@ -24,10 +25,12 @@ struct ConstantItem {
 
 /// A constant of a text. It means its literals wherever it stands.
 struct Constant {
-    String name;
-    Span span;
-    bool isSet;
-    std::vector<ConstantItem> items; ///< one, unless it is a set
+    String name = {};
+    Span span = {};
+    bool isSet = false;
+    std::vector<ConstantItem> items = {}; ///< one, unless it is a set
+    /// Its value is wrong, which was told: nothing that uses it is worth a message.
+    bool isFaulty = false;
     mutable bool isUsed = false;
 };
 
@@ -35,13 +38,22 @@ struct Constant {
 using Constants = std::map<String, Constant, std::less<>>;
 using Parameters = std::vector<Parameter>;
 
-/// The names that a function's body can see, attributes and lists apart.
-struct Scope {
+/// The names that everything in a text can see, attributes and lists apart.
+struct TextScope {
     Constants const & constants;
+    DeclaredNames const & declared;
+
+    /// Throws Recovery for one whose declaration was told to be wrong.
+    Constant const * findConstant(std::string_view name) const;
+};
+
+/// The names that a function's body can see.
+struct Scope : TextScope {
     Parameters const & parameters;
 
     Parameter const * findParameter(std::string_view name) const;
-    Constant const * findConstant(std::string_view name) const;
+    /// Whether a parameter or a constant is called so.
+    bool isTaken(std::string_view name) const;
 };
 
 /// The word that declares a parameter of that kind: "int".
@@ -50,8 +62,9 @@ char const * parameterWord(Eval::ArgumentKind kind);
 std::optional<Eval::ArgumentKind> parameterKind(std::string_view word);
 
 /// The attribute or other known name that was probably meant where values stand: foreign words are
-/// known ("local-pref"), others by their spelling. `fits` says which attributes may stand there.
-String suggestName(std::string_view word, Scope const & scope,
-                   bool (*fits)(Eval::NodeClass const & nodeClass) = nullptr);
+/// known ("local-pref"), others by their spelling. Empty where nothing is near.
+String suggestName(std::string_view word, Scope const & scope);
+/// The same among the names that every text has.
+String suggestName(std::string_view word);
 
 } // namespace Qcf::Text

@@ -15,13 +15,13 @@ namespace {
 
 class TestReader {
 public:
-    TestReader(Cursor & cursor, DraftTree & tree, Constants const & constants,
+    TestReader(Cursor & cursor, DraftTree & tree, TextScope const & outer,
                ConstantScope const & listConstants)
         : cursor_(cursor),
           tree_(tree),
-          scope_{constants, parameters_},
+          scope_{outer, parameters_},
           listConstants_(listConstants),
-          body_(cursor, tree, scope_, uses_) {}
+          body_(cursor, tree, scope_, uses_, BodyParser::Purpose::assertion) {}
 
     TestDeclaration read() {
         test_.documentation = cursor_.takeDocumentation();
@@ -196,9 +196,9 @@ private:
 
 } // namespace
 
-TestDeclaration readTest(Cursor & cursor, DraftTree & tree, Constants const & constants,
+TestDeclaration readTest(Cursor & cursor, DraftTree & tree, TextScope const & outer,
                          ConstantScope const & listConstants) {
-    return TestReader(cursor, tree, constants, listConstants).read();
+    return TestReader(cursor, tree, outer, listConstants).read();
 }
 
 } // namespace Qcf::Text

@@ -6,7 +6,7 @@ namespace Qcf::Text {
 
 /// Reads a test behind the word `test`. Throws Recovery after an error; the cursor then stands
 /// within the test.
-TestDeclaration readTest(Cursor & cursor, DraftTree & tree, Constants const & constants,
+TestDeclaration readTest(Cursor & cursor, DraftTree & tree, TextScope const & outer,
                          ConstantScope const & listConstants);
 
 } // namespace Qcf::Text
