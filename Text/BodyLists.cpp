@@ -116,12 +116,16 @@ Draft * BodyParser::prefixList(SlotKind kind) {
     Token const nameToken = cursor_.now();
     String const text = name("a prefix list");
     auto const given = slot();
-    DraftField const slotField = given ? DraftField(*given) : DraftField();
-    Draft * const draft =
-        kind == SlotKind::dynamicPrefixList
-            ? tree_.add<DynamicPrefixListImmediate>(cursor_.since(first), {text, slotField})
-            : tree_.add<PrefixListImmediate>(cursor_.since(first),
-                                             {text, slotField, kind == SlotKind::v4PrefixList});
+    bool const isDynamic = kind == SlotKind::dynamicPrefixList;
+    Draft * const draft = isDynamic
+                              ? tree_.add<DynamicPrefixListImmediate>(cursor_.since(first), {text})
+                              : tree_.add<PrefixListImmediate>(cursor_.since(first), {text});
+    if (!isDynamic) {
+        draft->at(FieldRole::isV4) = kind == SlotKind::v4PrefixList;
+    }
+    if (given) {
+        draft->at(FieldRole::listSlot) = *given;
+    }
     noteList(kind, text, cursor_.spanOf(nameToken), draft);
     return draft;
 }
@@ -132,8 +136,10 @@ Draft * BodyParser::openPrefixList(Token const & nameToken) {
     String const text =
         isQuoted ? unquoted(cursor_.text(nameToken)) : String(cursor_.text(nameToken));
     auto const given = slot();
-    Draft * const draft = tree_.add<PrefixListImmediate>(
-        cursor_.since(nameToken), {text, given ? DraftField(*given) : DraftField()});
+    Draft * const draft = tree_.add<PrefixListImmediate>(cursor_.since(nameToken), {text});
+    if (given) {
+        draft->at(FieldRole::listSlot) = *given;
+    }
     draft->isFamilyOpen = true;
     noteList(SlotKind::v4PrefixList, text, cursor_.spanOf(nameToken), draft, true);
     return draft;

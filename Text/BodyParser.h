@@ -85,6 +85,7 @@ private:
     Draft * statement();
     Draft * plainStatement();
     Draft * ifExpression();
+    Draft * ifLink();
     Draft * leave();
     void endStatement();
     void skipStatement(U32 level, bool hasBegun);
@@ -219,6 +220,9 @@ private:
     DraftTree & tree_;
     Scope const & scope_;
     BodyUses & uses_;
+    /// `else if` that stand around what is read. Trees are not as deep as lists are long.
+    static constexpr U32 mostElseIfs = 1024;
+    U32 elseIfs_ = 0;
     Purpose purpose_;
     bool isWhole_ = true;
 };

@@ -122,22 +122,44 @@ Draft * BodyParser::plainStatement() {
     return made;
 }
 
+// Each `else if` stands in the one before. They are read one after the other all the same, since a
+// chain is longer than texts are nested.
 Draft * BodyParser::ifExpression() {
     Cursor::Level const level(cursor_);
+    Draft * const head = ifLink();
+    Draft * last = head;
+    U32 links = 0;
+    while (cursor_.accept("else")) {
+        if (!cursor_.is("if")) {
+            if (!cursor_.is("{")) {
+                cursor_.failWanted("'if' or '{' behind 'else'");
+            }
+            last->fields.back() = block();
+            break;
+        }
+        if (++elseIfs_ > mostElseIfs) {
+            cursor_.fail(cursor_.here(), "nesting",
+                         "more than " + std::to_string(mostElseIfs) + " 'else if' in one another");
+        }
+        ++links;
+        Draft * const next = ifLink();
+        last->fields.back() = next;
+        last = next;
+    }
+    elseIfs_ -= links;
+    head->span = cursor_.since(head->span);
+    return head;
+}
+
+// Without what stands behind `else`.
+Draft * BodyParser::ifLink() {
     Token const first = cursor_.take();
     Draft * const test = condition();
     if (!cursor_.is("{")) {
         failBehind("'{' behind the condition");
     }
     Draft * const thenBlock = block();
-    DraftField otherwise;
-    if (cursor_.accept("else")) {
-        if (!cursor_.is("if") && !cursor_.is("{")) {
-            cursor_.failWanted("'if' or '{' behind 'else'");
-        }
-        otherwise = cursor_.is("if") ? ifExpression() : block();
-    }
-    return tree_.add<IfExpression>(cursor_.since(first), {test, thenBlock, otherwise});
+    return tree_.add<IfExpression>(cursor_.since(first), {test, thenBlock});
 }
 
 // The operand stands in the line of its word: a `return` alone would take the next statement.
