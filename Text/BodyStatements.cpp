@@ -139,7 +139,7 @@ Draft * BodyParser::ifExpression() {
         }
         if (++elseIfs_ > mostElseIfs) {
             cursor_.fail(cursor_.here(), "nesting",
-                         "more than " + std::to_string(mostElseIfs) + " 'else if' in one another");
+                         "nested deeper than " + std::to_string(mostElseIfs) + " 'else if'");
         }
         ++links;
         Draft * const next = ifLink();

@@ -124,7 +124,8 @@ void DraftFields::readField(FieldInfo const & field, T & value) {
         }
     }
     if (!take(content, value)) {
-        fail(field, "another value");
+        auto const * const number = std::get_if<U64>(&content);
+        fail(field, number == nullptr ? "another value" : "number " + std::to_string(*number));
     }
 }
 

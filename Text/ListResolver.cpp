@@ -102,6 +102,7 @@ private:
             return nullptr;
         }
         Draft & draft = *use.draft;
+        draft.isFamilyOpen = false;
         if (declared->kind() == ListKind::dynamicPrefixList) {
             auto const fields = draft.fields;
             draft.nodeClass = &nodeClassOf<DynamicPrefixListImmediate>();

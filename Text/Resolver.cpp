@@ -243,7 +243,8 @@ private:
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             Draft const & argument = *call.arguments[i];
             Parameter const & parameter = function.parameters[i];
-            if (argument.nodeClass->facts.argument != parameter.kind) {
+            // A list whose name is unknown was told already.
+            if (argument.nodeClass->facts.argument != parameter.kind && !argument.isFamilyOpen) {
                 error(argument.span, "argument-type",
                       "'" + parameter.name + "' of '" + function.name + "' wants " +
                           argumentType(parameter.kind) + ", found " +

@@ -111,7 +111,7 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[0], R"({"file":"d.json","pointer":"/functions/0/body/stmts/0",)"
                         R"("severity":"warning","code":"outOfRange","message":"the constant -1 is )"
-                        R"(out of the range of med, 0 to 4294967295"})");
+                        R"(out of the range of med, 0 to 4294967295","suggestion":null})");
     EXPECT_EQ(lines[4], R"({"function":"f","sane":true,"message":""})");
 }
 

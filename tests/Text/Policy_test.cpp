@@ -107,7 +107,7 @@ TEST(Policy, ConstantsAndReasonsAreToldToTheMapAlone) {
             reasons.push_back(map.reasonOf(entry) + " at " + with.sources.placeText(entry.span));
         }
     }
-    EXPECT_THAT(reasons, ElementsAre("own at t.qcf:4:43"));
+    EXPECT_THAT(reasons, ElementsAre("own at t.qcf:4:44"));
 }
 
 TEST(Policy, AMapFileSaysWhatTheMapSays) {
