@@ -15,6 +15,19 @@ namespace {
 /// Where the block has been left without its `}`.
 constexpr std::string_view declarationStarts[] = {"function", "list", "test", "const", "import"};
 
+/// Gives a number back its value where its life ends.
+class Restored {
+public:
+    explicit Restored(U32 & number) : number_(number), value_(number) {}
+    Restored(Restored const &) = delete;
+    Restored & operator=(Restored const &) = delete;
+    ~Restored() { number_ = value_; }
+
+private:
+    U32 & number_;
+    U32 value_;
+};
+
 } // namespace
 
 /// No statement begins with such a word, but for a call of a function that has it as its name.
@@ -128,7 +141,8 @@ Draft * BodyParser::ifExpression() {
     Cursor::Level const level(cursor_);
     Draft * const head = ifLink();
     Draft * last = head;
-    U32 links = 0;
+    // Also where an error ends the chain.
+    Restored const count(elseIfs_);
     while (cursor_.accept("else")) {
         if (!cursor_.is("if")) {
             if (!cursor_.is("{")) {
@@ -141,12 +155,10 @@ Draft * BodyParser::ifExpression() {
             cursor_.fail(cursor_.here(), "nesting",
                          "nested deeper than " + std::to_string(mostElseIfs) + " 'else if'");
         }
-        ++links;
         Draft * const next = ifLink();
         last->fields.back() = next;
         last = next;
     }
-    elseIfs_ -= links;
     head->span = cursor_.since(head->span);
     return head;
 }

@@ -1,4 +1,5 @@
 #include "QcfLib/QcfEval.h"
+#include "Text/ArgumentChecks.h"
 #include "Text/Compiler.h"
 #include "Text/ListResolver.h"
 #include "Text/Words.h"
@@ -11,33 +12,6 @@ namespace Qcf::Text {
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
 
 namespace {
-
-/// The type of the arguments that a parameter takes, as messages name types.
-char const * argumentType(ArgumentKind kind) {
-    switch (kind) {
-    case ArgumentKind::integer:
-        return "Int";
-    case ArgumentKind::bandwidth:
-        return "Bandwidth";
-    case ArgumentKind::triStateBool:
-        return "TriStateBool";
-    default:
-        return "PrefixList";
-    }
-}
-
-/// "no arguments", "2 arguments (int n, prefix_list nets)".
-String wantedArguments(Parameters const & parameters) {
-    if (parameters.empty()) {
-        return "no arguments";
-    }
-    String names;
-    for (Parameter const & each : parameters) {
-        names += (names.empty() ? "" : ", ") + (parameterWord(each.kind) + (' ' + each.name));
-    }
-    return std::to_string(parameters.size()) +
-           (parameters.size() == 1 ? " argument (" : " arguments (") + names + ')';
-}
 
 class Resolver {
 public:
@@ -219,45 +193,10 @@ private:
         FunctionDeclaration const & function = declarations_.functions[found->second];
         auto const builtIn = builtIns_.find(call.name);
         if (builtIn != builtIns_.end()) {
-            builtInArguments(call, builtIn->second->facts);
+            checkBuiltInArguments(call, builtIn->second->facts, messages_);
         } else if (!function.takesAnything) {
-            declaredArguments(call, function);
+            checkArguments(call, function, sources_, messages_);
         }
-    }
-
-    // Those that it reads must be there; what stands behind them, documents may pass.
-    void builtInArguments(CallDraft const & call, ClassFacts const & facts) {
-        std::size_t const wants = facts.integerArguments;
-        std::size_t const count = call.arguments.size();
-        if (count < wants || (count != 0 && wants == 0 && !facts.readsNodeArguments)) {
-            failCount(call, wants == 0 ? "no arguments" : std::to_string(wants) + " arguments", {});
-        }
-    }
-
-    void declaredArguments(CallDraft const & call, FunctionDeclaration const & function) {
-        if (call.arguments.size() != function.parameters.size()) {
-            failCount(call, wantedArguments(function.parameters),
-                      "declared at " + sources_.placeText(function.nameSpan));
-            return;
-        }
-        for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-            Draft const & argument = *call.arguments[i];
-            Parameter const & parameter = function.parameters[i];
-            // A list whose name is unknown was told already.
-            if (argument.nodeClass->facts.argument != parameter.kind && !argument.isFamilyOpen) {
-                error(argument.span, "argument-type",
-                      "'" + parameter.name + "' of '" + function.name + "' wants " +
-                          argumentType(parameter.kind) + ", found " +
-                          describeDraft(argument, sources_));
-            }
-        }
-    }
-
-    void failCount(CallDraft const & call, String const & wants, String note) {
-        error(call.nameSpan, "arguments",
-              "'" + call.name + "' wants " + wants + ", found " +
-                  std::to_string(call.arguments.size()),
-              {}, std::move(note));
     }
 
     enum class State : U8 { open, entered, placed };

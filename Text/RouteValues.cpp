@@ -145,8 +145,7 @@ String RouteValues::bandwidth() {
 
 String RouteValues::integer(NodeClass const & attribute) {
     auto const names = attribute.attribute->valueNames;
-    auto const named = std::ranges::find(names, cursor_.text());
-    if (cursor_.isWord() && named != names.end()) {
+    if (auto const named = std::ranges::find(names, cursor_.text()); named != names.end()) {
         cursor_.take();
         return std::to_string(named - names.begin());
     }

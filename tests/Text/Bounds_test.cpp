@@ -49,7 +49,6 @@ TEST(Bounds, DeepTextsAreRefusedAtOnce) {
              Row{"a set's brackets", open + "as_path = " + repeated("[", million)},
              Row{"sets", open + "return med in " + repeated("{", million)},
              Row{"if", open + repeated("if med is 5 {\n", 100'000)},
-             Row{"else if", open + repeated("if med is 5 {} else ", 100'000)},
              Row{"blocks as conditions", open + repeated("return block {", 100'000)},
              Row{"raw nodes", open + "return " + repeated("@NotExpression(expr: ", 100'000)},
              Row{"merge", open + "ext_community add { " + repeated("merge(", 100'000)},
@@ -64,6 +63,22 @@ TEST(Bounds, DeepTextsAreRefusedAtOnce) {
     }
 }
 
+// Those of a chain that ends in an error count no longer.
+TEST(Bounds, ElseIfsAreCountedInEachChain) {
+    auto const toldOf = [](String const & statements) {
+        return messagesOf("function f() {\n" + statements + "return true }\n");
+    };
+    auto const chain = [](std::size_t links) {
+        return repeated("if med is 5 {} else ", links) + "if mdd is 5 {}\n";
+    };
+    for (Message const & message : toldOf(chain(600) + chain(600) + chain(600))) {
+        EXPECT_EQ(message.text, "unknown name 'mdd'");
+    }
+    auto const messages = toldOf(chain(100'000));
+    ASSERT_EQ(messages.size(), 1U);
+    EXPECT_EQ(messages.front().text, "nested deeper than 1024 'else if'");
+}
+
 // Where no nesting is, the first of them is one too many.
 TEST(Bounds, OpenBracketsOfOtherPlacesAreRefusedAtOnce) {
     for (char const * const begin :
@@ -71,7 +86,7 @@ TEST(Bounds, OpenBracketsOfOtherPlacesAreRefusedAtOnce) {
           "list community_list C { permit ", "test \"t\" f() ", "test \"t\" f() { route ",
           "test \"t\" f() { bind ", "function f", "function f()", "@slots(", "import "}) {
         for (char const * const piece : {"{", "(", "[", "\"", "@", "not ", "{ list tag_set T "}) {
-            auto const messages = messagesOf(begin + repeated(piece, 100'000));
+            auto const messages = messagesOf(begin + repeated(piece, 10'000));
             EXPECT_FALSE(messages.empty()) << begin << piece;
             EXPECT_LE(messages.size(), Messages::mostErrors) << begin << piece;
         }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Text/Declarations.h"
+
+namespace Qcf::Text {
+
+/// Tells where the arguments of a call are too few, too many, or of another type than the
+/// parameters of the function.
+void checkArguments(CallDraft const & call, FunctionDeclaration const & function,
+                    Sources const & sources, Messages & messages);
+
+/// The same for a built-in function that no text declares. Those that it reads must be there; what
+/// stands behind them, documents may pass.
+void checkBuiltInArguments(CallDraft const & call, Eval::ClassFacts const & facts,
+                           Messages & messages);
+
+} // namespace Qcf::Text
