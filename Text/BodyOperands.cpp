@@ -168,8 +168,13 @@ void BodyParser::refuseElement(Draft const & right, FieldInfo const & wanted) {
 }
 
 void BodyParser::failNoOperator(Draft const & left, std::string_view words, Token const & at) {
+    // Sets are changed by words, numbers by signs.
+    String const suggestion = !isSet(left)    ? ""
+                              : words == "+=" ? "add"
+                              : words == "-=" ? "remove"
+                                              : "";
     cursor_.fail(cursor_.spanOf(at), "type", described(left) + " has no '" + String(words) + "'",
-                 {}, "'" + String(words) + "' stands behind " + typesOf(words));
+                 suggestion, "'" + String(words) + "' stands behind " + typesOf(words));
 }
 
 } // namespace Qcf::Text

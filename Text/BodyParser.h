@@ -87,7 +87,7 @@ private:
     Draft * ifExpression();
     Draft * ifLink();
     Draft * leave();
-    void endStatement();
+    void endStatement(Draft const & statement);
     void skipStatement(U32 level, bool hasBegun);
     bool startsDeclaration() const;
     [[noreturn]] void failOpenBlock(Token const & open);

@@ -52,7 +52,7 @@ Draft * BodyParser::block() {
         U32 const begin = cursor_.now().begin;
         try {
             entries.push_back(statement());
-            endStatement();
+            endStatement(*entries.back());
         } catch (Recovery const &) {
             isWhole = false;
             isWhole_ = false;
@@ -97,10 +97,12 @@ void BodyParser::skipStatement(U32 level, bool hasBegun) {
     }
 }
 
-// `}`, `;` or the line's end.
-void BodyParser::endStatement() {
+// `}`, `;` or the line's end. What ends in a block needs none of them.
+void BodyParser::endStatement(Draft const & statement) {
+    bool const endsInBlock = statement.nodeClass == &nodeClassOf<Block>() ||
+                             statement.nodeClass == &nodeClassOf<IfExpression>();
     bool const isOver = cursor_.accept(";") || cursor_.is("}") || cursor_.now().startsLine;
-    if (!isOver && !cursor_.atEnd()) {
+    if (!isOver && !endsInBlock && !cursor_.atEnd()) {
         failBehind("';' or a new line behind the statement");
     }
 }

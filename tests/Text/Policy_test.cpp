@@ -1,6 +1,7 @@
 #include "Lists/NamedLists.h"
 #include "Platform/Render/ReadFile.h"
 #include "Text/Declarations.h"
+#include "Text/Formatter.h"
 #include "Text/MapFile.h"
 #include "Text/Policy.h"
 
@@ -72,6 +73,29 @@ TEST(Policy, ExamplesAreTheirDocuments) {
         }
     }
     EXPECT_EQ(twins, 7U);
+}
+
+TEST(Policy, RightTextsReadAndAreLaidOutToTheSame) {
+    std::size_t texts = 0;
+    for (auto const & entry : fs::directory_iterator(QCF_SOURCE_DIR "/tests/Text/right_texts")) {
+        if (entry.path().extension() != ".qcf") {
+            continue;
+        }
+        ++texts;
+        Sources sources;
+        Messages messages;
+        auto const policy = readPolicy(entry.path(), sources, messages);
+        for (Message const & message : messages.all()) {
+            EXPECT_NE(message.severity, Severity::error) << lineOf(message, sources);
+        }
+        auto const laidOut = formatText(sources, 0, messages);
+        ASSERT_TRUE(policy && laidOut) << entry.path();
+        Sources laidOutSources;
+        auto const again = readPolicyText(*laidOut, entry.path(), laidOutSources, messages);
+        ASSERT_TRUE(again) << entry.path();
+        EXPECT_EQ(flat(again->program()), flat(policy->program()));
+    }
+    EXPECT_GE(texts, 5U);
 }
 
 TEST(Policy, CalleesStandBeforeCallersAndBuiltInsFirst) {
