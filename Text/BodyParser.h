@@ -136,7 +136,7 @@ private:
     // BodySets.cpp
     Draft * setOf(Want const & want);
     Draft * intList();
-    Draft * setLiteral(std::vector<Draft *> const & elements, Span const & span, bool communities);
+    Draft * setLiteral(std::vector<Draft *> const & members, Span const & span, bool communities);
     void elements(Want const & want, std::string_view end, std::vector<Draft *> & elements);
     void constantElements(Constant const & constant, Span const & span,
                           std::vector<Draft *> & elements);

@@ -28,7 +28,7 @@ Draft * BodyParser::raw() {
     if (nodeClass == nullptr) {
         std::vector<std::string_view> names;
         for (NodeClass const & each : nodeClasses()) {
-            names.push_back(each.name);
+            names.emplace_back(each.name);
         }
         cursor_.fail(cursor_.here(), "unknown-class", "no node class is called " + cursor_.found(),
                      nearest(cursor_.text(), names));
@@ -64,7 +64,7 @@ void BodyParser::rawMember(Draft & draft) {
     if (field == nullptr) {
         std::vector<std::string_view> names;
         for (FieldInfo const & each : draft.nodeClass->fields) {
-            names.push_back(each.name);
+            names.emplace_back(each.name);
         }
         cursor_.fail(cursor_.here(), "unknown-field",
                      String(draft.nodeClass->name) + " has no field " + cursor_.found(),

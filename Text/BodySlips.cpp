@@ -170,7 +170,7 @@ String BodyParser::suggestOperator(std::string_view word) {
 }
 
 String BodyParser::suggestValue(std::string_view text, Want const & want) const {
-    String const named = want.names == nullptr ? String() : nearest(text, want.names->valueNames);
+    String named = want.names == nullptr ? String() : nearest(text, want.names->valueNames);
     if (!named.empty()) {
         return named;
     }

@@ -170,7 +170,7 @@ U32 distance(std::string_view a, std::string_view b) {
         return farthest + 1;
     }
     std::array<std::array<U32, longestName + 1>, 3> rows{};
-    auto * before = &rows[0];
+    auto * before = rows.data();
     auto * last = &rows[1];
     auto * row = &rows[2];
     for (std::size_t j = 0; j <= b.size(); ++j) {

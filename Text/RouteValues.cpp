@@ -52,7 +52,7 @@ String RouteValues::number() {
     if (value.negative) {
         cursor_.failWanted("a number that is not negative");
     }
-    String const text = std::to_string(value.magnitude);
+    String text = std::to_string(value.magnitude);
     cursor_.take();
     return text;
 }
@@ -189,7 +189,7 @@ String RouteValues::standardMember(NodeClass const & attribute) {
     auto const found = literal();
     auto const & value = wanted<Integer>(
         found, attribute.attribute->lists ? "a community, such as 65000:1" : "a number");
-    String const text = std::to_string(value.magnitude);
+    String text = std::to_string(value.magnitude);
     bool const isCommunity = attribute.attribute->lists.has_value();
     if (value.negative || (isCommunity && value.magnitude > 0xFFFFFFFF)) {
         cursor_.failWanted("a community of 32 bits");

@@ -60,7 +60,7 @@ String suggestName(std::string_view word, Scope const & scope) {
     std::vector<std::string_view> known;
     for (Eval::NodeClass const & nodeClass : Eval::nodeClasses()) {
         if (nodeClass.attribute != nullptr) {
-            known.push_back(nodeClass.attribute->languageName);
+            known.emplace_back(nodeClass.attribute->languageName);
         }
     }
     for (Parameter const & parameter : scope.parameters) {

@@ -18,7 +18,6 @@ public:
     TestReader(Cursor & cursor, DraftTree & tree, TextScope const & outer,
                ConstantScope const & listConstants)
         : cursor_(cursor),
-          tree_(tree),
           scope_{outer, parameters_},
           listConstants_(listConstants),
           body_(cursor, tree, scope_, uses_, BodyParser::Purpose::assertion) {}
@@ -185,7 +184,6 @@ private:
     }
 
     Cursor & cursor_;
-    DraftTree & tree_;
     Parameters const parameters_;
     Scope scope_;
     ConstantScope const & listConstants_;
