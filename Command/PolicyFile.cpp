@@ -94,7 +94,7 @@ void PolicyFile::tellMessages() const {
 
 PtrConst<NamedLists> PolicyFile::listsWith(String const & file) const {
     bool const hasOwn = text_ && !text_->declarations().lists.empty();
-    PtrConst<NamedLists> const own = hasOwn ? text_->lists() : nullptr;
+    PtrConst<NamedLists> own = hasOwn ? text_->lists() : nullptr;
     if (file.empty()) {
         return own;
     }

@@ -6,7 +6,6 @@
 namespace Qcf::Documents {
 
 using Eval::FieldInfo;
-using Eval::FieldRole;
 
 // Names come before fields, because the slot of a list must be known when its field is asked for.
 // The key is taken behind those of the children, and so is above them.
