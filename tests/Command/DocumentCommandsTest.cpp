@@ -169,10 +169,8 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
     EXPECT_THAT(flat.out, testing::Not(HasSubstr("\"other\"")));
     EXPECT_EQ(workshop.run({"check", "-"}, flat.out).out, "callee: sane\ncaller: sane\n");
     Outcome const text = workshop.run({"dump", "d.json", "--function", "callee"});
-    EXPECT_THAT(linesOf(text.out),
-                ElementsAre("QCF Function callee, features=<>",
-                            "function callee() {",
-                            "    return true  ", "}"));
+    EXPECT_THAT(linesOf(text.out), ElementsAre("QCF Function callee, features=<>",
+                                               "function callee() {", "    return true  ", "}"));
     Outcome const policy =
         workshop.run({"dump", "d.json", "--function", "caller", "--format", "qcf"});
     EXPECT_TRUE(policy.out.starts_with("function caller() {\n")) << policy.out << policy.err;

@@ -78,8 +78,7 @@ TEST(Analysis, AFunctionCanEndWithoutReturn) {
         Lines const expected =
             c.ends ? Lines{"/functions/0 endsWithoutReturn: the function can end without return"}
                    : Lines{};
-        EXPECT_EQ(remarksOn(documentOf(c.statements)), expected)
-            << c.statements;
+        EXPECT_EQ(remarksOn(documentOf(c.statements)), expected) << c.statements;
     }
 }
 
