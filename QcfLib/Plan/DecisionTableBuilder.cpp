@@ -1,7 +1,6 @@
 #include "QcfLib/Plan/DecisionTableBuilder.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 
 /// In two passes: the constructor counts which tests the clauses have in common, `step` hands them
@@ -177,8 +176,9 @@ U8 DecisionTableBuilder::ownQuestion(Tests const & tests, ClauseBits clause) {
         return endOfRun(EvalResult(value, TerminationFlag::noTermination));
     };
     PlanStep const * first = end(QcfTrue());
-    for (Test const & test : std::views::reverse(tests)) {
-        first = lowering_.condition(*test.node, {end(QcfFalse()), end(QcfFalse()), first});
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 has no reversed views with this library
+    for (auto test = tests.rbegin(); test != tests.rend(); ++test) {
+        first = lowering_.condition(*test->node, {end(QcfFalse()), end(QcfFalse()), first});
     }
     questions_.push_back({std::make_unique<ConditionQuestion const>(first, clause), {}});
     return static_cast<U8>(questions_.size() - 1);
