@@ -127,14 +127,14 @@ std::optional<F32> JsonValue::asFloat() const noexcept {
     return isNumber() ? nearest(numberText()) : std::nullopt;
 }
 
-JsonValue const & JsonValue::expectObject() const {
+JsonValue JsonValue::expectObject() const {
     if (!isObject()) {
         fail("object");
     }
     return *this;
 }
 
-JsonValue const & JsonValue::expectArray() const {
+JsonValue JsonValue::expectArray() const {
     if (!isArray()) {
         fail("array");
     }

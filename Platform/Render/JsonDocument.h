@@ -65,10 +65,10 @@ public:
     /// what is no number, either.
     std::optional<F32> asFloat() const noexcept;
 
-    /// As above, but failing with a text about what was wanted. Each answers the value itself or
-    /// its content.
-    JsonValue const & expectObject() const;
-    JsonValue const & expectArray() const;
+    /// As above, but failing with a text about what was wanted. Each answers the value itself, by
+    /// value so that a loop over what a call answered keeps it, or its content.
+    JsonValue expectObject() const;
+    JsonValue expectArray() const;
     std::string_view expectString(std::string_view wanted = "string") const;
     bool expectBool() const;
     U64 expectU64(U64 least = 0, U64 most = ~U64{0}) const;
