@@ -3,15 +3,12 @@
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
+#include "Command/SanityTrace.h"
 #include "Documents/Analysis.h"
 #include "Documents/Program.h"
-#include "Lists/ListBinding.h"
-#include "Lists/ListsDocument.h"
-#include "Platform/Framework/Trace.h"
+#include "Lists/ListUses.h"
 #include "Platform/Render/Utf8.h"
 
-#include <algorithm>
-#include <charconv>
 #include <memory>
 #include <vector>
 
@@ -27,57 +24,8 @@ struct Options {
     String lists;
     String format = "text";
     bool strict = false;
-};
 
-/// Gathers what the engine traces about sanity checks as long as it lives. The engine's check
-/// answers yes or no; why, it tells its trace alone. The sink is the process's: it is taken off
-/// again, because it writes to this object.
-class SanityTrace {
-public:
-    SanityTrace() {
-        TraceFacility::sinkIs(
-            [this](int, String const & message) { messages_.push_back(message); });
-        Qcf::Eval::traceQcfEval.levelIs(2);
-    }
-    ~SanityTrace() {
-        Qcf::Eval::traceQcfEval.levelIs(0);
-        TraceFacility::sinkIs({});
-    }
-    SanityTrace(SanityTrace const &) = delete;
-    SanityTrace & operator=(SanityTrace const &) = delete;
-
-    /// The innermost message that tells of a fault; starts anew. Checks trace from the inside out.
-    /// To be asked after each function, sane ones too, since those leave messages as well.
-    String takeReason() {
-        String reason = "a node is not sane";
-        for (String const & message : messages_) {
-            if (tellsOfFault(message)) {
-                reason = message;
-                break;
-            }
-        }
-        messages_.clear();
-        return reason;
-    }
-
-private:
-    /// Messages end in `name=number` pairs: a check that failed is 0, and a slot is to be equal to
-    /// that of the metadata and not 0.
-    static bool tellsOfFault(String const & message) {
-        std::optional<U64> common;
-        for (std::size_t at = message.find('='); at != String::npos;
-             at = message.find('=', at + 1)) {
-            U64 number = 0;
-            std::from_chars(message.data() + at + 1, message.data() + message.size(), number);
-            if (number == 0 || number != common.value_or(number)) {
-                return true;
-            }
-            common = number;
-        }
-        return false;
-    }
-
-    std::vector<String> messages_;
+    bool isJson() const { return format == "json"; }
 };
 
 using Severity = CheckReport::Severity;
@@ -91,19 +39,38 @@ struct Document {
     Program const & program() const { return file.program(); }
 };
 
-// The error goes to the other stream at once: what is written as the result has one form, a line a
-// function.
-void addUnread(UnreadFunction const & unread, CheckReport & report) {
+/// An error that kept something from being read. `file` is told where the error does not know its
+/// own.
+void addError(DocumentError const & error, char const * code, String const & file,
+              CheckReport & report) {
+    auto const & at = error.place();
+    CheckReport::Place place{at.file.empty() ? file : at.file, at.pointer};
+    // A line without column is that of a document in a file of many.
+    if (at.column != 0) {
+        place.line = static_cast<U32>(at.line);
+        place.column = static_cast<U32>(at.column);
+        place.endColumn = place.column + 1;
+    }
+    report.findingIs(Severity::error, code, place, error.message());
+}
+
+// To people the error goes to the other stream at once: what is written as the result has one form,
+// a line a function.
+void addUnread(UnreadFunction const & unread, Options const & options, CheckReport & report) {
     constexpr std::size_t longestName = 200;
     String const name = unread.name.empty() ? "function " + std::to_string(unread.position)
                                             : oneLine(unread.name, longestName);
     report.functionIs(name, Verdict::unread, "");
-    tellLine(unread.error);
+    if (options.isJson()) {
+        addError(unread.error, "document", options.policy.path, report);
+    } else {
+        tellLine(unread.error.what());
+    }
 }
 
 // Functions that were read and those that were not are each in the order of the document, and are
 // told as one list.
-void addFunctions(Document const & document, CheckReport & report) {
+void addFunctions(Document const & document, Options const & options, CheckReport & report) {
     SanityTrace trace;
     auto const & program = document.program();
     auto const outermost = Qcf::Documents::outermostOf(program.functions);
@@ -111,7 +78,7 @@ void addFunctions(Document const & document, CheckReport & report) {
     for (std::size_t i = 0, position = 0;
          i < program.functions.size() || unread != document.unread.end(); ++position) {
         if (unread != document.unread.end() && unread->position == position) {
-            addUnread(*unread++, report);
+            addUnread(*unread++, options, report);
             continue;
         }
         Function const & function = *program.functions[i];
@@ -203,6 +170,10 @@ ListFinding listFinding(Finding::Kind kind) {
         return {Severity::warning, "emptyList"};
     case Finding::Kind::unusedList:
         return {Severity::warning, "unusedList"};
+    case Finding::Kind::coveredEntry:
+        return {Severity::warning, "coveredEntry"};
+    case Finding::Kind::anchoredPattern:
+        return {Severity::warning, "anchoredPattern"};
     }
     return {Severity::error, ""};
 }
@@ -241,11 +212,25 @@ void addLists(Document const & document, Options const & options, CheckReport & 
         return;
     }
     // A text is compared with the lists that it declares itself; others it may get from outside.
-    auto lists = document.file.listsWith(options.lists);
+    Qcf::Lists::EntryFindings entries;
+    PtrConst<Qcf::Lists::NamedLists> lists;
+    try {
+        lists = document.file.listsWith(options.lists, &entries);
+    } catch (DocumentError const & error) {
+        if (!options.isJson()) {
+            throw;
+        }
+        addError(error, "lists", options.lists, report);
+        return;
+    }
     if (!lists) {
         lists = makePtr<Qcf::Lists::NamedLists>();
     }
-    for (Finding const & finding : checkLists(document.program().slots, uses, *lists)) {
+    auto const questions = Qcf::Lists::questionsOf(document.program().functions);
+    // Lists that nothing uses are not asked for: files of lists serve several documents, and of its
+    // own lists the reader of a text tells.
+    for (Finding const & finding : checkLists(document.program().slots, uses, *lists,
+                                              {.entries = &entries, .questions = &questions})) {
         auto [severity, name] = listFinding(finding.kind);
         bool const isOutside =
             isText && options.lists.empty() && finding.kind == Finding::Kind::undefinedList;
@@ -253,10 +238,21 @@ void addLists(Document const & document, Options const & options, CheckReport & 
             severity = Severity::note;
             name = "notCompared";
         }
-        // The reader of a text tells of lists that nothing uses.
-        if (!isText || finding.kind != Finding::Kind::unusedList) {
-            report.findingIs(severity, name, CheckReport::Place::of(finding.place), finding.text);
+        report.findingIs(severity, name, CheckReport::Place::of(finding.place), finding.text);
+    }
+}
+
+/// Reads the policy; false where it cannot be read at all, which is told.
+bool readPolicy(Document & document, Options const & options, CheckReport & report) {
+    try {
+        document.file = PolicyFile::readAll(options.policy, {.unread = &document.unread});
+        return true;
+    } catch (DocumentError const & error) {
+        if (!options.isJson()) {
+            throw;
         }
+        addError(error, "document", options.policy.path, report);
+        return false;
     }
 }
 
@@ -267,16 +263,19 @@ int check(Options const & options) {
         throw UsageError("only one file can be standard input");
     }
     Document document;
-    document.file = PolicyFile::readAll(options.policy, {.unread = &document.unread});
     CheckReport report;
-    if (document.file.isUnreadable()) {
+    if (!readPolicy(document, options, report)) {
+        // Nothing more can be said.
+    } else if (document.file.isUnreadable()) {
         addMessages(document.file, {}, options, report);
     } else {
-        addFunctions(document, report);
+        addFunctions(document, options, report);
         addRemarks(document, options, report);
         addLists(document, options, report);
     }
-    standardOutput().write(options.format == "json" ? report.jsonLines() : report.text());
+    standardOutput().write(options.isJson() ? report.jsonLines() : report.text());
+    // Notes are neither errors nor warnings, which programs are told.
+    tell(options.isJson() ? report.notes() : String());
     return report.good(options.strict) ? 0 : 1;
 }
 
@@ -290,11 +289,15 @@ void addCheckCommand(Commands & commands) {
         "Prints a line a function: sane, insane and why, or not read, whose first error goes to\n"
         "standard error; then warnings: an outermost function that can end without return,\n"
         "statements that are never reached, comparisons that are always or never true, constants\n"
-        "out of range. With --lists also what is wrong between the document and the lists: errors\n"
-        "(a list that is not defined, of the wrong family or in the wrong slot) and warnings (a\n"
-        "list that is empty or not used); without it, which names were not compared. Exit code 1\n"
-        "when a function is insane or not read or something is an error, with --strict also for a\n"
-        "warning.",
+        "out of range, calls and tests whose answer is not used and that do nothing else. With\n"
+        "--lists also what is wrong between the document and the lists: errors (a list that is "
+        "not\n"
+        "defined, of the wrong family or in the wrong slot) and warnings (a list that is empty, "
+        "an\n"
+        "entry that an earlier one covers, ^ or $ in a pattern that sees all communities joined);\n"
+        "without it, which names were not compared. Exit code 1 when a function is insane or not\n"
+        "read or something is an error, with --strict also for a warning. With --format json each\n"
+        "error and warning is an object a line, then each function.",
         "qcf check policy.qcf --format json", [options] { return check(*options); });
     options->policy.addTo(command);
     command.add_option("--lists", options->lists, "Lists that the document refers to by name")

@@ -109,6 +109,10 @@ String CheckReport::wrongOf(FunctionRow const & row) {
     return row.reason.empty() ? String(wordOf(row.verdict)) : row.reason;
 }
 
+String CheckReport::lineOf(FindingRow const & row) {
+    return row.place.text() + ": " + wordOf(row.severity) + ": " + row.text + '\n';
+}
+
 String CheckReport::text() const {
     String text;
     for (FunctionRow const & row : functions_) {
@@ -117,7 +121,7 @@ String CheckReport::text() const {
     }
     for (FindingRow const & row : findings_) {
         if (!row.wasTold) {
-            text += row.place.text() + ": " + wordOf(row.severity) + ": " + row.text + '\n';
+            text += lineOf(row);
         }
     }
     return text;
@@ -126,6 +130,9 @@ String CheckReport::text() const {
 String CheckReport::jsonLines() const {
     String text;
     for (FindingRow const & row : findings_) {
+        if (row.severity == Severity::note) {
+            continue;
+        }
         // A renderer a line: each line is a document by itself.
         RendererV2 out(text);
         out.beginObject();
@@ -151,9 +158,21 @@ String CheckReport::jsonLines() const {
         member(out, "function", row.name);
         out.key("sane");
         out.value(row.verdict == Verdict::sane);
-        member(out, "message", wrongOf(row));
+        String const wrong = wrongOf(row);
+        out.key("message");
+        wrong.empty() ? out.nullValue() : out.value(wrong);
         out.endObject();
         out.endDocument();
+    }
+    return text;
+}
+
+String CheckReport::notes() const {
+    String text;
+    for (FindingRow const & row : findings_) {
+        if (row.severity == Severity::note && !row.wasTold) {
+            text += lineOf(row);
+        }
     }
     return text;
 }

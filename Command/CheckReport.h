@@ -43,10 +43,13 @@ public:
     /// A line a function: "f: sane", "f: insane: REASON", "f: not read: REASON"; then a line a
     /// finding: "PLACE: warning: TEXT".
     String text() const;
-    /// The same for programs, one JSON object a line: what was found, with `file`, `pointer` (in a
-    /// text `line`, `column` and `endColumn`), `severity`, `code`, `message` and `suggestion`, then
-    /// the functions, with `function`, `sane` and `message`.
+    /// The same for programs, one JSON object a line: errors and warnings with `file`, `pointer`
+    /// (in a text `line`, `column` and `endColumn`), `severity`, `code`, `message` and
+    /// `suggestion`, then the functions, with `function`, `sane` and `message`. What there is not
+    /// is null. Notes are left to `notes`.
     String jsonLines() const;
+    /// The notes, as `text` has them.
+    String notes() const;
 
 private:
     /// What was given, a row each.
@@ -64,6 +67,8 @@ private:
         bool wasTold;
     };
 
+    /// A finding as people are told it, with the line's end.
+    static String lineOf(FindingRow const & row);
     /// What the row says is wrong: nothing for a sane function.
     static String wrongOf(FunctionRow const & row);
 

@@ -61,6 +61,7 @@ void addCompileCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
 void addFmtCommand(Commands & commands);
 void addNodesCommand(Commands & commands);
+void addSchemaCommand(Commands & commands);
 void addGenerateTableCommand(Commands & commands);
 void addPublishCommand(Commands & commands);
 void addAgentCommand(Commands & commands);

@@ -52,6 +52,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addDumpCommand(commands);
     addFmtCommand(commands);
     addNodesCommand(commands);
+    addSchemaCommand(commands);
     addGenerateTableCommand(commands);
     addPublishCommand(commands);
     addAgentCommand(commands);

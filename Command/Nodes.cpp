@@ -1,10 +1,13 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Documents/ExampleNode.h"
 #include "Platform/Render/RendererV2.h"
+#include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeClass.h"
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 /// Told from the registry alone, as it stands in this build: what is printed is what documents are
 /// read by.
@@ -46,14 +49,15 @@ void render(RendererV2 & renderer, AttributeInfo const & attribute) {
     render(renderer, "default", attribute.defaultValue);
 }
 
-void render(RendererV2 & renderer, NodeClass const & nodeClass) {
-    renderer.beginObject();
+void renderMembers(RendererV2 & renderer, NodeClass const & nodeClass) {
     renderer.key("class");
     renderer.value(nodeClass.name);
     renderer.key("base");
     renderer.value(nodeClass.base);
     renderer.key("collection");
     renderer.value(nodeClass.collection);
+    renderer.key("description");
+    renderer.value(nodeClass.description);
     renderer.key("fields");
     renderer.beginArray();
     for (FieldInfo const & field : nodeClass.fields) {
@@ -63,7 +67,6 @@ void render(RendererV2 & renderer, NodeClass const & nodeClass) {
     if (nodeClass.attribute != nullptr) {
         render(renderer, *nodeClass.attribute);
     }
-    renderer.endObject();
 }
 
 String asJson() {
@@ -71,7 +74,9 @@ String asJson() {
     RendererV2 renderer(text, RendererV2::Style::pretty);
     renderer.beginArray();
     for (NodeClass const & nodeClass : Qcf::Eval::nodeClasses()) {
-        render(renderer, nodeClass);
+        renderer.beginObject();
+        renderMembers(renderer, nodeClass);
+        renderer.endObject();
     }
     renderer.endArray();
     renderer.endDocument();
@@ -93,13 +98,14 @@ String attributeText(AttributeInfo const & attribute) {
     return text;
 }
 
+String fieldText(FieldInfo const & field) {
+    return String(field.name) + (field.optional ? "?: " : ": ") + field.type;
+}
+
 String fieldsText(NodeClass const & nodeClass) {
     String text;
     for (FieldInfo const & field : nodeClass.fields) {
-        text += text.empty() ? "" : ", ";
-        text += field.name;
-        text += field.optional ? "?: " : ": ";
-        text += field.type;
+        text += (text.empty() ? "" : ", ") + fieldText(field);
     }
     return text;
 }
@@ -128,20 +134,95 @@ String asTable() {
     return text;
 }
 
+/// By its own name, or by the name that an attribute has in the language.
+NodeClass const & findClass(String const & name) {
+    NodeClass const * nodeClass = Qcf::Eval::findNodeClass(name);
+    nodeClass = nodeClass != nullptr ? nodeClass : Qcf::Eval::findAttribute(name);
+    if (nodeClass == nullptr) {
+        throw UsageError("has no class or attribute \"" + oneLine(name, 60) + '"');
+    }
+    return *nodeClass;
+}
+
+String documentForm(NodeClass const & nodeClass) {
+    String text;
+    RendererV2 renderer(text);
+    writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
+    return text;
+}
+
+/// How a node of the class is written, a row each form.
+struct Form {
+    char const * name;
+    String (*example)(NodeClass const & nodeClass);
+};
+constexpr Form forms[] = {
+    {"document", documentForm},
+};
+
+String classAsJson(NodeClass const & nodeClass) {
+    String text;
+    RendererV2 renderer(text, RendererV2::Style::pretty);
+    renderer.beginObject();
+    renderMembers(renderer, nodeClass);
+    renderer.key("example");
+    writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
+    renderer.endObject();
+    renderer.endDocument();
+    return text;
+}
+
+String classAsText(NodeClass const & nodeClass) {
+    constexpr std::size_t width = 12;
+    auto const row = [](String name, String const & text) {
+        name.resize(std::max(width, name.size() + 1), ' ');
+        return name + text + '\n';
+    };
+    String text = String(nodeClass.name) + ": " + nodeClass.description + '\n';
+    text += row("base", nodeClass.base) + row("collection", nodeClass.collection);
+    if (nodeClass.attribute != nullptr) {
+        text += row("attribute", attributeText(*nodeClass.attribute));
+    }
+    String label = "fields";
+    for (FieldInfo const & field : nodeClass.fields) {
+        text += row(std::exchange(label, ""), fieldText(field));
+    }
+    for (Form const & form : forms) {
+        text += row(form.name, form.example(nodeClass));
+    }
+    return text;
+}
+
+struct Options {
+    String format = "table";
+    String nodeClass;
+};
+
+int printNodes(Options const & options) {
+    bool const isJson = options.format == "json";
+    if (options.nodeClass.empty()) {
+        standardOutput().write(isJson ? asJson() : asTable());
+        return 0;
+    }
+    NodeClass const & nodeClass = findClass(options.nodeClass);
+    standardOutput().write(isJson ? classAsJson(nodeClass) : classAsText(nodeClass));
+    return 0;
+}
+
 } // namespace
 
 void addNodesCommand(Commands & commands) {
-    auto const format = std::make_shared<String>("table");
+    auto const options = std::make_shared<Options>();
     auto & command = commands.add(
-        "nodes", "List every class of evaluation-tree nodes",
+        "nodes", "List every class of evaluation-tree nodes, or tell of one",
         "Each with its base, its fields in constructor order (a ? marks those that may be null)\n"
         "and, for a route attribute, its name in the language and its range. The order is that of\n"
-        "the store's collections.",
-        "qcf nodes --format json | jq -r '.[].class'", [format] {
-            standardOutput().write(*format == "json" ? asJson() : asTable());
-            return 0;
-        });
-    command.add_option("--format", *format, "table or json")
+        "the store's collections. Of one class, named as such or as an attribute, also what it is\n"
+        "and an example of how it is written.",
+        "qcf nodes IntAssign", [options] { return printNodes(*options); });
+    command.add_option("class", options->nodeClass, "Class, or attribute by its language name")
+        ->type_name("CLASS");
+    command.add_option("--format", options->format, "table or json")
         ->check(CLI::IsMember({"table", "json"}))
         ->capture_default_str();
 }

@@ -22,6 +22,17 @@ String printed(Messages & messages, Sources const & sources) {
     return text;
 }
 
+/// The lists that a text declares; an imported list has its entries in another file.
+PtrConst<NamedLists> listsOf(Qcf::Text::Policy const & policy, Sources const & sources,
+                             Qcf::Lists::EntryFindings * findings) {
+    if (findings != nullptr) {
+        for (auto const & declaration : policy.declarations().lists) {
+            noteEntries(*findings, declaration.list);
+        }
+    }
+    return policy.lists(sources);
+}
+
 } // namespace
 
 void PolicyFile::Options::addTo(CLI::App & command) {
@@ -92,20 +103,21 @@ void PolicyFile::tellMessages() const {
     tell(out.str());
 }
 
-PtrConst<NamedLists> PolicyFile::listsWith(String const & file) const {
+PtrConst<NamedLists> PolicyFile::listsWith(String const & file,
+                                           Qcf::Lists::EntryFindings * findings) const {
     bool const hasOwn = text_ && !text_->declarations().lists.empty();
-    PtrConst<NamedLists> own = hasOwn ? text_->lists() : nullptr;
+    PtrConst<NamedLists> own = hasOwn ? listsOf(*text_, *sources_, findings) : nullptr;
     if (file.empty()) {
         return own;
     }
-    auto const over = readListsOf(file);
+    auto const over = readListsOf(file, findings);
     return own ? Qcf::Lists::mergeLists(*own, *over) : over;
 }
 
-PtrConst<NamedLists> readListsOf(String const & file) {
+PtrConst<NamedLists> readListsOf(String const & file, Qcf::Lists::EntryFindings * findings) {
     String text = readFile(file);
     if (Qcf::Text::isJson(text)) {
-        return Qcf::Lists::readLists(std::move(text), file, tellLine);
+        return Qcf::Lists::readLists(std::move(text), file, tellLine, findings);
     }
     Sources sources;
     Messages messages;
@@ -113,5 +125,5 @@ PtrConst<NamedLists> readListsOf(String const & file) {
     if (!policy) {
         throw DocumentError(printed(messages, sources));
     }
-    return policy->lists();
+    return listsOf(*policy, sources, findings);
 }

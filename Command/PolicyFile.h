@@ -2,7 +2,7 @@
 
 #include "Documents/Places.h"
 #include "Documents/Program.h"
-#include "Lists/NamedLists.h"
+#include "Lists/EntryFindings.h"
 #include "Text/Declarations.h"
 #include "Text/MapFile.h"
 #include "Text/Policy.h"
@@ -54,8 +54,10 @@ public:
     Qcf::Text::PlaceMap const & map() const;
 
     /// The lists of the text, and those of the file over them; null where there is neither.
-    /// The file may be a lists document or a policy text; empty for none.
-    PtrConst<Qcf::Lists::NamedLists> listsWith(String const & file) const;
+    /// The file may be a lists document or a policy text; empty for none. `findings` takes what is
+    /// found about entries of either, where it is given.
+    PtrConst<Qcf::Lists::NamedLists>
+    listsWith(String const & file, Qcf::Lists::EntryFindings * findings = nullptr) const;
 
     /// The text that it was; null for a document.
     Qcf::Text::Policy const * text() const { return text_ ? &*text_ : nullptr; }
@@ -73,5 +75,6 @@ private:
     Qcf::Text::Messages messages_;
 };
 
-/// Lists from a lists document or from a policy text.
-PtrConst<Qcf::Lists::NamedLists> readListsOf(String const & file);
+/// Lists from a lists document or from a policy text. `findings` as above.
+PtrConst<Qcf::Lists::NamedLists> readListsOf(String const & file,
+                                             Qcf::Lists::EntryFindings * findings = nullptr);

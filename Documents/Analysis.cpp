@@ -1,5 +1,6 @@
 #include "Documents/Analysis.h"
 
+#include "Documents/Actions.h"
 #include "Documents/ConstantAnswer.h"
 #include "Documents/Flow.h"
 #include "Platform/Render/Utf8.h"
@@ -35,6 +36,7 @@ public:
 
     void function(Function const & function, bool outermost) {
         function_ = &function;
+        statements_.clear();
         eachNode(function, [this](AetNodeBase const & node) { this->node(node); });
         // Of a called function its callers decide what an answer, or none, means.
         if (!outermost) {
@@ -64,12 +66,37 @@ private:
     /// Of the statements that are never reached the first is told. What stands behind it follows
     /// from the same fault.
     void statements(Block const & block) {
+        bool reached = true;
         for (auto const * link = block.stmts().get(); link != nullptr; link = link->next().get()) {
-            if (!flow_.of(*link->entry()).completes && link->next()) {
+            statement(link->entry().get());
+            if (reached && !flow_.of(*link->entry()).completes && link->next()) {
                 add(Remark::Kind::neverReached, *link->next()->entry(),
                     "the statement is never reached, the one before it always leaves");
-                return;
+                reached = false;
             }
+        }
+    }
+
+    /// A statement's answer is dropped, and so is that of what stands in place of an else block.
+    void statement(Expression const * node) {
+        while (node != nullptr && statements_.insert(node).second) {
+            if (auto const * const call = as<FunctionCallExpression>(*node)) {
+                unusedResult(*call);
+            } else if (node->treeFacts().onlyReads) {
+                add(Remark::Kind::bareTest, *node,
+                    "the answer of the test is not used, and nothing is changed");
+            }
+            auto const * const branch = as<IfExpression>(*node);
+            node = branch != nullptr ? branch->elseBlock().get() : nullptr;
+        }
+    }
+
+    void unusedResult(FunctionCallExpression const & call) {
+        if (!actions_.acts(*call.calleePtr())) {
+            add(Remark::Kind::unusedResult, call,
+                "the result of the call is not used, and \"" +
+                    oneLine(call.calleePtr()->funcName(), longestText) +
+                    "\" neither changes anything nor exits");
         }
     }
 
@@ -94,6 +121,9 @@ private:
 
     std::vector<Remark> & remarks_;
     FlowAnalysis flow_;
+    ActionAnalysis actions_;
+    /// Those of the function that were looked at.
+    std::unordered_set<Expression const *> statements_;
     Function const * function_ = nullptr;
 };
 
@@ -111,6 +141,10 @@ char const * remarkName(Remark::Kind kind) {
         return "outOfRange";
     case Remark::Kind::expectsArguments:
         return "expectsArguments";
+    case Remark::Kind::unusedResult:
+        return "unusedResult";
+    case Remark::Kind::bareTest:
+        return "bareTest";
     }
     return "";
 }

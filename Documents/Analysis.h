@@ -26,6 +26,8 @@ struct Remark {
         constantAnswer,    ///< a comparison answers the same for every route
         outOfRange,        ///< a constant that no value of the attribute or the set can be
         expectsArguments,  ///< an outermost function expects arguments
+        unusedResult,      ///< a call as a statement whose callee neither changes nor exits
+        bareTest,          ///< a statement that only tests
     };
 
     Kind kind;

@@ -36,13 +36,18 @@ Places::Noted const * Places::find(Eval::AetNodeBase const & node, U32 entry) co
 
 // The function itself stands once, in its entry; that tells which places of a shared node are
 // within.
-String Places::of(Eval::AetNodeBase const & node, Eval::Function const & within) const {
+String Places::pointerOf(Eval::AetNodeBase const & node, Eval::Function const & within) const {
     if (!sorted_) {
         sort();
     }
     Noted const * const function = find(within, 0);
     Noted const * const at = find(node, function == nullptr ? 0 : function->entry);
-    return at == nullptr ? fileName_ : fileName_ + ':' + at->place.pointer();
+    return at == nullptr ? String() : at->place.pointer();
+}
+
+String Places::of(Eval::AetNodeBase const & node, Eval::Function const & within) const {
+    String const pointer = pointerOf(node, within);
+    return pointer.empty() ? fileName_ : fileName_ + ':' + pointer;
 }
 
 } // namespace Qcf::Documents

@@ -23,6 +23,9 @@ public:
     /// `within`, its first place in the document where it is not written there.
     String of(Eval::AetNodeBase const & node, Eval::Function const & within) const;
 
+    /// The pointer alone; empty where the document does not have the node.
+    String pointerOf(Eval::AetNodeBase const & node, Eval::Function const & within) const;
+
     // For the reader. Nodes are noted, entry of `functions` by entry, as often as they stand
     // somewhere; entry 0 is the list of nodes.
     void entryIs(U32 entry) { entry_ = entry; }

@@ -80,7 +80,7 @@ struct ProgramLimits {
 struct UnreadFunction {
     std::size_t position; ///< in the document's list of functions
     String name;          ///< empty where it has none
-    String error;         ///< the line of its DocumentError
+    DocumentError error;
 };
 
 /// What a reader is asked for beside the program; may be null.
@@ -109,6 +109,9 @@ public:
     virtual void number(F32 value, RendererV2 & out) const { out.value(value); }
     /// What stands for a child.
     virtual void reference(Eval::AetNodeBase const & child, RendererV2 & out) const;
+    /// Whether what a document's reader works out by itself is left out: keys, callees that are
+    /// named, declarations of functions.
+    virtual bool isBrief() const { return false; }
     /// Called for a child that is null, which is left out.
     virtual void absent(Eval::FieldInfo const & /*field*/) const {}
 };

@@ -95,7 +95,7 @@ private:
             // Its name may itself be what is wrong.
             auto const name = json.find(word::functionName);
             along_.unread->push_back(
-                {position, String(name && name->isString() ? name->asString() : ""), error.what()});
+                {position, String(name && name->isString() ? name->asString() : ""), error});
             reader_.addUnread(json);
         }
     }

@@ -1,4 +1,4 @@
-#include "Documents/FieldVisitors.h"
+#include "Documents/LeftOut.h"
 #include "Documents/NodeObject.h"
 #include "Documents/NodeOrder.h"
 #include "Documents/Program.h"
@@ -25,7 +25,7 @@ public:
           calleeByName_(calleeByName) {}
 
     void writeNode(FieldInfo const & field, AetNodeBase const * child) override {
-        bool const named = calleeByName_ && plays(field, FieldRole::callee);
+        bool const named = (calleeByName_ || style_.isBrief()) && plays(field, FieldRole::callee);
         if (child == nullptr) {
             // A left-out member reads back as null; others than documents may have to know.
             style_.absent(field);
@@ -39,6 +39,9 @@ public:
 
     template <typename T>
     void visit(FieldInfo const & field, T const & value) {
+        if (style_.isBrief() && (followsFromRest(field) || isDeclaration<T>)) {
+            return;
+        }
         out_.key(memberName(field, isFunctionEntry_));
         write(value);
     }
@@ -142,8 +145,10 @@ void writeMembers(AetNodeBase const & node, NodeStyle const & style, RendererV2 
         renderer.key(word::nodeClass);
         renderer.value(node.typeData().name);
     }
-    renderer.key(word::key);
-    renderer.value(node.aetNodeKey());
+    if (!style.isBrief()) {
+        renderer.key(word::key);
+        renderer.value(node.aetNodeKey());
+    }
     MemberWriter members(renderer, style, isFunctionEntry, calleeByName);
     node.typeData().write(node, members);
 }

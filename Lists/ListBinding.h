@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Lists/EntryFindings.h"
 #include "Lists/NamedLists.h"
 #include "QcfLib/ExternalMatchers.h"
 #include "QcfLib/FunctionMetadata.h"
@@ -37,6 +38,8 @@ struct Finding {
         wrongSlot,     ///< the slot differs from that of the metadata, or two names share one
         emptyList,
         unusedList,
+        coveredEntry,    ///< an entry that an earlier one covers
+        anchoredPattern, ///< `^` or `$` in a pattern that sees all communities joined
     };
 
     Kind kind;
@@ -49,11 +52,27 @@ struct Finding {
     bool operator==(Finding const &) const = default;
 };
 
+/// What functions ask of each community list, by the kind of its slots and its name.
+using QuestionsOfLists = std::map<std::pair<SlotKind, String>, ListQuestions>;
+
+/// What a check of lists is told beside the program's uses. Null for what it is to leave out.
+struct ListCheckAlong {
+    /// What was found about entries when the lists were read.
+    EntryFindings const * entries = nullptr;
+    /// Of the whole program, see `questionsOf`; without it each list counts as one that nobody
+    /// asks.
+    QuestionsOfLists const * questions = nullptr;
+    /// Whether lists that the program does not name are told: good for lists that were written for
+    /// this program, not for those that several share.
+    bool unused = false;
+};
+
 /// What is wrong between a program (its joined metadata and every place that uses a list) and the
 /// lists: first the uses in their order, then the metadata, then the lists. Each finding once.
 /// Costs in proportion to uses and names.
 std::vector<Finding> checkLists(FunctionMetadata const & metadata,
-                                std::vector<ListUse> const & uses, NamedLists const & lists);
+                                std::vector<ListUse> const & uses, NamedLists const & lists,
+                                ListCheckAlong const & along = {});
 
 /// Of these uses those that no list answers: the name is not defined, or a prefix list of the other
 /// family has it. `lists` may be null.

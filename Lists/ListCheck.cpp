@@ -62,8 +62,9 @@ bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
 
 class Check {
 public:
-    Check(FunctionMetadata const & metadata, NamedLists const & lists)
-        : metadata_(metadata), lists_(lists) {}
+    Check(FunctionMetadata const & metadata, NamedLists const & lists,
+          ListCheckAlong const & along = {})
+        : metadata_(metadata), lists_(lists), along_(along) {}
 
     void use(ListUse const & use) {
         auto const * const kind = findUseKind(use.kind);
@@ -103,9 +104,14 @@ public:
             for (auto const & [name, list] : byName) {
                 String const place = lists_.placeOf(kind, name);
                 if (isEmpty(list)) {
-                    add(Kind::emptyList, place, listText(kind, name) + " is empty");
+                    // The one kind whose lists then have no answer.
+                    add(Kind::emptyList, place,
+                        listText(kind, name) + (kind == ListKind::prefixList
+                                                    ? " is empty: it answers unknown"
+                                                    : " is empty"));
                 }
-                if (!used_.contains({kind, name})) {
+                entries(kind, name, place);
+                if (along_.unused && !used_.contains({kind, name})) {
                     add(Kind::unusedList, place, listText(kind, name) + " is not used");
                 }
             }
@@ -115,6 +121,35 @@ public:
     std::vector<Finding> findings() && { return std::move(findings_); }
 
 private:
+    // Of a list that was not read from a document there is one place for all entries.
+    void entries(ListKind kind, String const & name, String const & place) {
+        auto const * const found = along_.entries;
+        auto const at =
+            found == nullptr ? EntryFindings::const_iterator() : found->find({kind, name});
+        if (found == nullptr || at == found->end()) {
+            return;
+        }
+        bool const hasPointers = place.ends_with(':' + NamedLists::pointerOf(kind, name));
+        ListQuestions const questions = questionsOf(kind, name);
+        for (EntryFinding const & finding : at->second) {
+            if (finding.holdsFor(questions)) {
+                bool const isCovered = finding.kind == EntryFinding::Kind::coveredEntry;
+                add(isCovered ? Kind::coveredEntry : Kind::anchoredPattern,
+                    hasPointers ? place + finding.pointer : place,
+                    listText(kind, name) + ": " + finding.text);
+            }
+        }
+    }
+
+    ListQuestions questionsOf(ListKind kind, String const & name) const {
+        auto const * const row = std::ranges::find(useKinds, kind, &UseKind::kind);
+        if (along_.questions == nullptr || row == std::end(useKinds)) {
+            return {};
+        }
+        auto const at = along_.questions->find({row->slots, name});
+        return at == along_.questions->end() ? ListQuestions() : at->second;
+    }
+
     // Places that several functions share come up several times.
     void add(Kind kind, String const & place, String text) {
         Finding finding{kind, place, std::move(text)};
@@ -160,6 +195,7 @@ private:
 
     FunctionMetadata const & metadata_;
     NamedLists const & lists_;
+    ListCheckAlong along_;
     std::set<std::pair<ListKind, String>> used_;
     std::set<std::pair<SlotKind, String>> spokenOf_;
     std::set<String> told_;
@@ -169,8 +205,9 @@ private:
 } // namespace
 
 std::vector<Finding> checkLists(FunctionMetadata const & metadata,
-                                std::vector<ListUse> const & uses, NamedLists const & lists) {
-    Check check(metadata, lists);
+                                std::vector<ListUse> const & uses, NamedLists const & lists,
+                                ListCheckAlong const & along) {
+    Check check(metadata, lists, along);
     for (ListUse const & use : uses) {
         check.use(use);
     }

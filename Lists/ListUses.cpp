@@ -3,8 +3,12 @@
 #include "QcfLib/NodeClass.h"
 #include "QcfLib/NodeFields.h"
 #include "QcfLib/NodeWalk.h"
+#include "QcfLib/QcfEvalCollections.h"
+#include "QcfLib/QcfEvalOperatorTypes.h"
 
+#include <algorithm>
 #include <set>
+#include <unordered_set>
 
 namespace Qcf::Lists {
 
@@ -54,7 +58,69 @@ private:
     void writeNode(FieldInfo const &, AetNodeBase const *) override {}
 };
 
+constexpr ListQuestions matchesText{.matches = true};
+constexpr ListQuestions matchesExactly{.exact = true};
+constexpr ListQuestions asksEach{.single = true};
+constexpr ListQuestions unites{.unites = true};
+
+/// What a class of nodes asks of the list that it names.
+struct Asking {
+    U16 classNumber;
+    ListQuestions questions;
+};
+constexpr Asking askings[] = {
+    {Eval::IntSetMatchCommList::classNumber, matchesText},
+    {Eval::IntSetMatchExactCommList::classNumber, matchesExactly},
+    {Eval::IntSetRemoveCommList::classNumber, asksEach},
+    {Eval::IntSetRetainCommList::classNumber, asksEach},
+    {Eval::IntSetAssignCommList::classNumber, unites},
+    {Eval::IntSetAddCommList::classNumber, unites},
+    {Eval::CommunitySetMatchExtCommList::classNumber, matchesText},
+    {Eval::CommunitySetMatchExactExtCommList::classNumber, matchesExactly},
+    {Eval::CommunitySetRemoveExtCommList::classNumber, asksEach},
+    {Eval::CommunitySetRetainExtCommList::classNumber, asksEach},
+    {Eval::CommunitySetAssignExtCommList::classNumber, unites},
+    {Eval::CommunitySetAddExtCommList::classNumber, unites},
+    {Eval::CommunitySetMatchLargeCommList::classNumber, matchesText},
+    {Eval::CommunitySetMatchExactLargeCommList::classNumber, matchesExactly},
+    {Eval::CommunitySetRemoveLargeCommList::classNumber, asksEach},
+    {Eval::CommunitySetRetainLargeCommList::classNumber, asksEach},
+    {Eval::CommunitySetAssignLargeCommList::classNumber, unites},
+    {Eval::CommunitySetAddLargeCommList::classNumber, unites},
+};
+
+/// A class without a row is of lists whose entries are good for one question, whichever node asks.
+ListQuestions questionsOf(Eval::NodeClass const & nodeClass) {
+    auto const * const row = std::ranges::find(askings, nodeClass.number(), &Asking::classNumber);
+    return row == std::end(askings) ? ListQuestions() : row->questions;
+}
+
+void unite(ListQuestions & questions, ListQuestions const & more) {
+    questions.matches = questions.matches || more.matches;
+    questions.single = questions.single || more.single;
+    questions.exact = questions.exact || more.exact;
+    questions.unites = questions.unites || more.unites;
+}
+
 } // namespace
+
+QuestionsOfLists questionsOf(std::span<PtrConst<Function> const> functions) {
+    QuestionsOfLists found;
+    std::unordered_set<AetNodeBase const *> met;
+    for (auto const & function : functions) {
+        Eval::walkTree(*function, [&](Eval::WalkedNode const & at) {
+            bool const isNew = met.insert(&at.node).second;
+            auto const kind = at.node.typeData().facts.list;
+            if (isNew && kind) {
+                ReferenceFields fields(*kind);
+                at.node.typeData().write(at.node, fields);
+                unite(found[{fields.use.kind, fields.use.name}], questionsOf(at.node.typeData()));
+            }
+            return isNew;
+        });
+    }
+    return found;
+}
 
 std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & placeOf) {
     std::vector<ListUse> uses;

@@ -4,6 +4,7 @@
 #include "QcfLib/QcfEval.h"
 
 #include <functional>
+#include <span>
 
 namespace Qcf::Lists {
 
@@ -19,5 +20,9 @@ using PlaceOf =
 /// Walks the tree without recursion, each node once, whatever the depth; asks `placeOf` only for
 /// what it lists. Which classes name a list, and by which fields, is a fact of the class.
 std::vector<ListUse> reachedLists(Eval::Function const & function, PlaceOf const & placeOf);
+
+/// What the functions ask of each community list that they name, functions that they call included:
+/// for findings that depend on it. Walks like `reachedLists`.
+QuestionsOfLists questionsOf(std::span<PtrConst<Eval::Function> const> functions);
 
 } // namespace Qcf::Lists

@@ -284,12 +284,18 @@ std::vector<ListRecord> readListRecords(JsonValue const & root, String const & f
     return lists;
 }
 
-PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn) {
+PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn,
+                               EntryFindings * findings) {
     auto const json = JsonDocument::parse(std::move(text), fileName);
     // Whoever asked gets all of them or, by an exception, none.
     auto lists = makePtr<NamedLists>();
     lists->fileName = fileName;
-    auto const make = [&](ListRecord record) { addList(*lists, std::move(record)); };
+    auto const make = [&](ListRecord record) {
+        if (findings != nullptr) {
+            noteEntries(*findings, record);
+        }
+        addList(*lists, std::move(record));
+    };
     DocumentReader(json.root(), make).read(fileName, warn);
     return lists;
 }

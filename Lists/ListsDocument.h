@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Lists/ListRecord.h"
+#include "Lists/EntryFindings.h"
 #include "Lists/Reporter.h"
 #include "Platform/Render/JsonDocument.h"
 
@@ -18,8 +18,11 @@ namespace Qcf::Lists {
 /// told under its own name. `warn` is told what such a file has that is left out; without it nobody
 /// is.
 ///
+/// `findings` takes what is found about entries, where it is given; that costs a look at each.
+///
 /// `text` is handed over; what is answered is the caller's alone until it is shared.
-PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn = {});
+PtrConst<NamedLists> readLists(String text, String const & fileName, Reporter const & warn = {},
+                               EntryFindings * findings = nullptr);
 
 /// The same for a file; `-` is standard input. A file that cannot be read is a DocumentError as
 /// well.

@@ -40,8 +40,11 @@ char const * sectionName(ListKind kind) { return kindTexts[static_cast<U8>(kind)
 
 String NamedLists::placeOf(ListKind kind, String const & name) const {
     auto const own = places.find({kind, name});
-    return own != places.end() ? own->second
-                               : fileName + ":/" + sectionName(kind) + pointerStep(name);
+    return own != places.end() ? own->second : fileName + ':' + pointerOf(kind, name);
+}
+
+String NamedLists::pointerOf(ListKind kind, String const & name) {
+    return String("/") + sectionName(kind) + pointerStep(name);
 }
 
 } // namespace Qcf::Lists

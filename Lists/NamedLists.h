@@ -80,6 +80,8 @@ public:
     std::map<std::pair<ListKind, String>, String> places;
     /// Where that list stands: its own place, else that in the document by JSON pointer.
     String placeOf(ListKind kind, String const & name) const;
+    /// The JSON pointer under which a document has a list.
+    static String pointerOf(ListKind kind, String const & name);
 
     /// Calls `visit(kind, map)` for every kind in the order of ListKind. The maps are of different
     /// types: `visit` is a template, or takes `auto const &`.

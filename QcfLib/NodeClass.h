@@ -228,6 +228,8 @@ struct NodeClass : TypeData {
     /// What its constructor tells of itself to TreeFacts.
     NodeEffects effects = {};
     ClassFacts facts = {};
+    /// What the class is, in a sentence; fields stand in it `so`.
+    char const * description = "";
 
     /// Position in nodeClasses().
     /// Also the class's `classNumber`, and the number of its collection in a store.

@@ -69,9 +69,11 @@ Policy::Policy(Policy &&) noexcept = default;
 Policy & Policy::operator=(Policy &&) noexcept = default;
 Policy::~Policy() = default;
 
-PtrConst<Lists::NamedLists> Policy::lists() const {
+PtrConst<Lists::NamedLists> Policy::lists(Sources const & sources) const {
     auto lists = makePtr<Lists::NamedLists>();
     for (ListDeclaration const & declaration : declarations_->lists) {
+        lists->places.emplace(std::pair(declaration.kind(), declaration.name()),
+                              sources.placeText(declaration.nameSpan));
         Lists::addList(*lists, declaration.list);
     }
     return lists;

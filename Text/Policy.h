@@ -45,8 +45,9 @@ public:
     /// The functions, lists and tests as they are declared.
     Declarations const & declarations() const { return *declarations_; }
 
-    /// The lists that the texts declare, made anew with each call; empty where there are none.
-    PtrConst<Lists::NamedLists> lists() const;
+    /// The lists that the texts declare, with their places there, made anew with each call; empty
+    /// where there are none. The sources are those that it was read with.
+    PtrConst<Lists::NamedLists> lists(Sources const & sources) const;
     /// The same as records, for who writes them.
     std::vector<Lists::ListRecord> listRecords() const;
 

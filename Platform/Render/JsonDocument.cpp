@@ -170,13 +170,13 @@ void JsonValue::fail(std::string_view wanted) const { fail({}, wanted, describe(
 // All faults of content read alike: place, what was wanted, what was found.
 void JsonValue::fail(std::string_view subject, std::string_view wanted,
                      std::string_view found) const {
-    String line = tree_->place(index_);
-    line += subject;
-    line += subject.empty() ? "wants " : " wants ";
-    line += wanted;
-    line += ", found ";
-    line += found;
-    throw DocumentError(line);
+    String message(subject);
+    message += subject.empty() ? "wants " : " wants ";
+    message += wanted;
+    message += ", found ";
+    message += found;
+    throw DocumentError(tree_->place(index_), std::move(message),
+                        {tree_->fileName, tree_->pointer(index_), tree_->line, 0});
 }
 
 String describe(JsonValue const & value) {

@@ -226,8 +226,8 @@ private:
     bool keyDecoded_ = false;
 };
 
-/// `FILE:LINE:COLUMN: `, both from 1, columns in characters.
-String textPlace(JsonTree const & tree, std::size_t offset) {
+/// Throws an error whose place is `FILE:LINE:COLUMN: `, both from 1, columns in characters.
+[[noreturn]] void failAt(JsonTree const & tree, std::size_t offset, String const & message) {
     std::string_view const before = std::string_view(tree.text).substr(0, offset);
     std::size_t const lineStart = before.rfind('\n') + 1; // npos + 1 is 0
     U64 line = static_cast<U64>(std::count(before.begin(), before.end(), '\n')) + 1;
@@ -236,10 +236,12 @@ String textPlace(JsonTree const & tree, std::size_t offset) {
         line += tree.line - 1;
     }
     std::string_view const inLine = before.substr(lineStart);
-    auto const column = std::count_if(inLine.begin(), inLine.end(),
-                                      [](char c) { return (static_cast<U8>(c) & 0xc0U) != 0x80U; });
-    return oneLine(tree.fileName, 4096) + ':' + std::to_string(line) + ':' +
-           std::to_string(column + 1) + ": ";
+    auto const characters = std::count_if(
+        inLine.begin(), inLine.end(), [](char c) { return (static_cast<U8>(c) & 0xc0U) != 0x80U; });
+    U64 const column = static_cast<U64>(characters) + 1;
+    throw DocumentError(oneLine(tree.fileName, 4096) + ':' + std::to_string(line) + ':' +
+                            std::to_string(column) + ": ",
+                        message, {tree.fileName, {}, line, column});
 }
 
 } // namespace
@@ -249,9 +251,11 @@ void JsonTree::parse(JsonDocument::Limits const & limits) {
     decoded.clear();
     order.clear();
     if (text.size() > std::min(limits.bytes, largestDocument)) {
-        throw DocumentError(oneLine(fileName, 4096) + ": wants at most " +
-                            std::to_string(std::min(limits.bytes, largestDocument)) +
-                            " bytes, found " + std::to_string(text.size()));
+        throw DocumentError(oneLine(fileName, 4096) + ": ",
+                            "wants at most " +
+                                std::to_string(std::min(limits.bytes, largestDocument)) +
+                                " bytes, found " + std::to_string(text.size()),
+                            {fileName, {}, 0, 0});
     }
     // A byte order mark, which some editors put before UTF-8.
     if (text.starts_with("\xef\xbb\xbf")) {
@@ -259,7 +263,7 @@ void JsonTree::parse(JsonDocument::Limits const & limits) {
     }
     // The stream ends at NUL, so that what stands behind one would be lost without a word.
     if (std::size_t const nul = text.find('\0'); nul != String::npos) {
-        throw DocumentError(textPlace(*this, nul) + "wants JSON text, found a NUL byte");
+        failAt(*this, nul, "wants JSON text, found a NUL byte");
     }
     TextStream stream(text);
     Handler handler(*this, limits, stream);
@@ -269,7 +273,7 @@ void JsonTree::parse(JsonDocument::Limits const & limits) {
         rj::kParseIterativeFlag | rj::kParseNumbersAsStringsFlag | rj::kParseValidateEncodingFlag;
     rj::ParseResult const result = reader.Parse<flags>(stream, handler);
     if (result.IsError()) {
-        throw DocumentError(textPlace(*this, result.Offset()) +
-                            "syntax error: " + rj::GetParseError_En(result.Code()));
+        failAt(*this, result.Offset(),
+               String("syntax error: ") + rj::GetParseError_En(result.Code()));
     }
 }

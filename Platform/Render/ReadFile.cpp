@@ -34,8 +34,10 @@ private:
 };
 
 [[noreturn]] void failReading(String const & path, int error) {
-    throw DocumentError(oneLine(path, 4096) + ": wants a readable file, found \"" +
-                        std::generic_category().message(error) + "\"");
+    throw DocumentError(oneLine(path, 4096) + ": ",
+                        "wants a readable file, found \"" +
+                            std::generic_category().message(error) + '"',
+                        {path, {}, 0, 0});
 }
 
 // A guess only: what is no regular file says nothing, and a file may grow while it is read.
@@ -76,8 +78,9 @@ String readFile(String const & path, U64 limit) {
         size += got > 0 ? static_cast<std::size_t>(got) : 0;
         // Looked at while reading, as a file may be longer than it said.
         if (size > limit) {
-            throw DocumentError(oneLine(path, 4096) + ": wants at most " + std::to_string(limit) +
-                                " bytes, found more");
+            throw DocumentError(oneLine(path, 4096) + ": ",
+                                "wants at most " + std::to_string(limit) + " bytes, found more",
+                                {path, {}, 0, 0});
         }
     }
     content.resize(size);

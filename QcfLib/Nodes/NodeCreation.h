@@ -196,7 +196,7 @@ template <typename Node>
 constexpr NodeClass row(char const * name, char const * nameSpace, char const * base,
                         char const * collection, std::span<FieldInfo const> fields,
                         AttributeInfo const * attribute, NodeEffects effects,
-                        ClassFacts const & facts) {
+                        ClassFacts const & facts, char const * description) {
     return {{TypeData::Kind::entity, name, nameSpace, base, fields, {}},
             collection,
             typeCodeOf(nameSpace, name),
@@ -208,7 +208,8 @@ constexpr NodeClass row(char const * name, char const * nameSpace, char const * 
             &sameFields<Node>,
             &Node::memAllocationTracker,
             effects,
-            facts};
+            facts,
+            description};
 }
 
 } // namespace Qcf::Eval

@@ -1,5 +1,7 @@
 """Writes the table of all node classes, from which reading, writing and listing them follow."""
 
+import json
+
 from emit_attributes import MODIFIABLE, READABLE
 from emit_nodes import MODULES, effects, getters
 from model import ARGUMENTS, BASES, lowerFirst
@@ -88,11 +90,17 @@ def tables(node):
         yield f"constexpr FieldInfo fields{node.cls}[] = {{\n" + "".join(fieldRow(node, f) for f in node.fields) + "};\n"
 
 
+def description(node):
+    """The sentence about the class as a literal; that of an attribute without its name in front."""
+    sentence = node.doc.removeprefix(f'"{node.attribute.language}": ') if node.attribute else node.doc
+    return json.dumps(sentence)
+
+
 def classRow(node):
     base = f"Qcf::Eval::{node.base}" if node.attribute else node.base
     fields = f"fields{node.cls}" if node.fields else "{}"
     attribute = f"&attribute{node.cls}" if node.attribute else "nullptr"
-    return f'row<{node.spelled}>("{node.cls}", "{node.namespace}", "{base}", "{node.collection}", {fields}, {attribute}, {effects(node)}, {facts(node)}),\n'
+    return f'row<{node.spelled}>("{node.cls}", "{node.namespace}", "{base}", "{node.collection}", {fields}, {attribute}, {effects(node)}, {facts(node)}, {description(node)}),\n'
 
 
 def emit(numbered):

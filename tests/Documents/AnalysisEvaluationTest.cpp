@@ -97,7 +97,7 @@ TEST(AnalysisOfRandomDocuments, DamagedOnesGiveTheErrorThatEndsAStrictReading) {
         try {
             Program const program =
                 readProgram(text, "f.json", {.places = &places, .unread = &unread});
-            EXPECT_EQ(unread.empty() ? "" : unread.front().error, strict);
+            EXPECT_EQ(unread.empty() ? "" : unread.front().error.what(), strict);
             for (Remark const & remark : analyse(program.functions)) {
                 EXPECT_TRUE(places.of(*remark.node, *remark.function).starts_with("f.json:/"));
             }

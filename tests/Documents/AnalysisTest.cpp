@@ -218,6 +218,83 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
     }
 }
 
+TEST(Analysis, StatementsThatDoNothing) {
+    auto const function = [](char const * name, String const & statements) {
+        return R"({"name":")" + String(name) + R"(","argumentsExpected":true,"body":)" +
+               block(statements) + "}";
+    };
+    auto const call = [](char const * name) {
+        return R"({"class":"FunctionCallExpression","calleeName":")" + String(name) + "\"}";
+    };
+    auto const chain = [](String const & first, String const & second) {
+        return R"({"class":"LogicalOperatorExpression","operatorList":["and"],"expressionList":[)" +
+               first + "," + second + "]}";
+    };
+    auto const notOf = [](String const & operand) {
+        return R"({"class":"NotExpression","expr":)" + operand + "}";
+    };
+    String const callees =
+        function("tests", ifElse(dependsText, returnText, "")) + "," +
+        function("asks", R"({"class":"ReturnExpression","expr":)" + call("tests") + "}") + "," +
+        function("writes", ifElse(dependsText, medText, "")) + "," +
+        function("exits", ifElse(dependsText, exitText, "")) + "," +
+        function("passes", ifElse(call("writes"), returnText, "")) + "," +
+        function("overlay", R"({"class":"EvpnIpPrefixRouteSetOverlayIndexImplExpr"})") + "," +
+        function("nextHop", R"({"class":"SetNextHopSelfImplExpr"})") + "," +
+        function("origin", R"({"class":"MatchOriginAsValidityImplExpr"})");
+    String const unused = " unusedResult: the result of the call is not used, and ";
+    String const idle = " neither changes anything nor exits";
+    String const bare = " bareTest: the answer of the test is not used, and nothing is changed";
+    struct Case {
+        String statement;
+        String told; ///< behind the statement's place; empty for nothing
+    };
+    Case const cases[] = {
+        {call("tests"), unused + "\"tests\"" + idle},
+        {call("asks"), unused + "\"asks\"" + idle},
+        {call("writes"), ""},
+        {call("exits"), ""},
+        {call("passes"), ""},
+        {call("overlay"), ""},
+        {call("nextHop"), ""},
+        {dependsText, bare},
+        {"true", bare},
+        {notOf(dependsText), bare},
+        {chain(dependsText, dependsText), bare},
+        {chain(dependsText, medText), ""},
+        {chain(dependsText, call("tests")), ""}, // a call: nothing is said of chains
+        {notOf(medText), ""},
+        {medText, ""},
+        {exitText, ""},
+        {block(""), ""},
+        {ifElse(dependsText, medText, ""), ""},
+        {ifElse(dependsText, medText, dependsText), "/elseBlock" + bare},
+        {ifElse(dependsText, medText, ifElse(dependsText, medText, call("tests"))),
+         "/elseBlock/elseBlock" + unused + "\"tests\"" + idle},
+        {ifElse(call("tests"), dependsText, ""), "/thenBlock/stmts/0" + bare},
+        {R"({"class":"ReturnExpression","expr":)" + call("tests") + "}", ""},
+    };
+    for (Case const & c : cases) {
+        Lines expected;
+        if (!c.told.empty()) {
+            expected.push_back("/functions/8/body/stmts/0" + c.told);
+        }
+        EXPECT_EQ(remarksOn(R"({"qcf":"aet/1","functions":[)" + callees +
+                            R"(,{"name":"f","body":)" + block(c.statement + "," + returnText) +
+                            "}]}"),
+                  expected)
+            << c.statement;
+    }
+}
+
+TEST(Analysis, AStatementInManyPlacesIsToldOnce) {
+    String const shared = R"({"ref":7})";
+    EXPECT_EQ(remarksOn(documentOf(block(shared) + "," + block(shared) + "," + returnText,
+                                   R"({"class":"IntIs","key":7,"lhs":"med","rhs":5})"))
+                  .size(),
+              1U);
+}
+
 TEST(Analysis, ManyTimesSharedAndDeepTreesAreWalkedOnce) {
     constexpr U32 levels = 20;
     String nodes = R"({"class":"Block","key":1000,"stmts":[)" + medText + "]}";
@@ -259,12 +336,14 @@ TEST(Unread, EveryFunctionsFirstErrorIsToldAndTheOthersAreRead) {
             block(R"({"class":"FunctionCallExpression","calleeName":"b"})") + "}]}",
         "d.json", {.unread = &unread});
     ASSERT_EQ(unread.size(), 3U);
-    EXPECT_EQ(unread[0].error,
-              "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
-              "(\"afi\")");
-    EXPECT_EQ(unread[1].error,
-              "d.json:/functions/2/body/stmts/0/calleeName: FunctionCallExpression.calleePtr wants "
-              "Function that could be read, found \"a\", which has an error");
+    EXPECT_STREQ(
+        unread[0].error.what(),
+        "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
+        "(\"afi\")");
+    EXPECT_STREQ(
+        unread[1].error.what(),
+        "d.json:/functions/2/body/stmts/0/calleeName: FunctionCallExpression.calleePtr wants "
+        "Function that could be read, found \"a\", which has an error");
     EXPECT_EQ(unread[2].position, 3U);
     ASSERT_EQ(program.functions.size(), 2U);
     EXPECT_EQ(program.functions[1]->funcName(), "e");
@@ -279,8 +358,8 @@ TEST(Unread, KeysOfWhatCouldNotBeReadStayTaken) {
                     {"name":"c","body":{"class":"Block","key":3,"stmts":[{"ref":100}]}}]})",
                 "d.json", {.unread = &unread});
     ASSERT_EQ(unread.size(), 2U);
-    EXPECT_THAT(unread[1].error, testing::HasSubstr("stmts/0/ref: "));
-    EXPECT_THAT(unread[1].error,
+    EXPECT_THAT(unread[1].error.what(), testing::HasSubstr("stmts/0/ref: "));
+    EXPECT_THAT(unread[1].error.what(),
                 testing::HasSubstr("key 100, which has an error or stands behind"));
 }
 

@@ -267,7 +267,7 @@ TEST(ListBinding, FindingsNameTheirPlaces) {
     metadata.asPathAccessListsUsed = {{"A", 1}, {"B", 1}};
     metadata.DynPrefixListsUsed.clear();
     metadata.roaTablesUsed = {{"R", 1}};
-    auto const findings = checkLists(metadata, reachedLists(*second, placeOf), *lists());
+    auto const findings = checkLists(metadata, reachedLists(*second, placeOf), *lists(), {.unused = true});
     EXPECT_EQ(linesOf(findings),
               R"(p.json: first/IntSetMatchCommList: community list "Missing" is not defined
 p.json: first/PrefixListImmediate: prefix list "P6" is used as a v4 list, its family is v6
@@ -277,7 +277,7 @@ metadata asPathAccessListsUsed: AS-path access list "B" is not defined
 metadata asPathAccessListsUsed: AS-path access list "B" has slot 1, and so has "A"
 metadata V4PrefixListsUsed: prefix list "Missing" is not defined
 metadata V6PrefixListsUsed: prefix list "Missing" is not defined
-lists.json:/prefixLists/Empty: prefix list "Empty" is empty
+lists.json:/prefixLists/Empty: prefix list "Empty" is empty: it answers unknown
 lists.json:/dynamicPrefixLists/D: dynamic prefix list "D" is not used
 lists.json:/communityLists/Unused~1~0: community list "Unused/~" is not used
 )");
