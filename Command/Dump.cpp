@@ -2,8 +2,13 @@
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
 #include "Command/ProgramFile.h"
+#include "Command/Readiness.h"
+#include "Lists/ListWords.h"
+#include "Lists/ListsDocument.h"
 #include "Platform/Framework/DumpContext.h"
+#include "Platform/Render/JsonDocument.h"
 #include "QcfLib/Plan.h"
+#include "Text/ListPrinter.h"
 #include "Text/Printer.h"
 
 #include <charconv>
@@ -80,7 +85,28 @@ void dumpJson(Program const & program) {
     standardOutput().write("\n");
 }
 
+/// The lists of a lists document; nothing where it is none.
+std::optional<std::vector<Qcf::Lists::ListRecord>> listsOf(String const & path) {
+    String text = readFile(path);
+    if (!Qcf::Text::isJson(text)) {
+        return std::nullopt;
+    }
+    auto const document = JsonDocument::parse(std::move(text), path);
+    auto const format = document.root().find(Qcf::Lists::word::format);
+    bool const isLists =
+        format && format->isString() && format->asString() == Qcf::Lists::word::formatName;
+    return isLists ? std::optional(Qcf::Lists::readListRecords(document.root(), path, tellLine))
+                   : std::nullopt;
+}
+
 int dump(Options const & options) {
+    // Standard input is read once.
+    if (options.format == "qcf" && options.policy.path != "-") {
+        if (auto const lists = listsOf(options.policy.path)) {
+            standardOutput().write(Qcf::Text::printLists(*lists));
+            return 0;
+        }
+    }
     Program const program = PolicyFile::read(options.policy).program();
     PtrConst<Function> only;
     // Before anything is written, so that a misspelt name leaves no half an output.
@@ -118,9 +144,9 @@ void addDumpCommand(Commands & commands) {
         "dump", "Print the functions of a policy",
         "As source-like text, as policy text (qcf), or as a document in flat form (json): every\n"
         "node once, children first, each with its key. Policy text reads back to equal functions,\n"
-        "the flat form to an equal store. With --function only that function, in flat form with\n"
-        "what it calls. With --plan as the steps that evaluation runs, each with the nodes that\n"
-        "it stands for.",
+        "the flat form to an equal store; a lists document, too, has a form as policy text.\n"
+        "With --function only that function, in flat form with what it calls. With --plan as the\n"
+        "steps that evaluation runs, each with the nodes that it stands for.",
         "qcf dump policy.json --function import --format text",
         [options] { return dump(*options); });
     options->policy.addTo(command);

@@ -4,6 +4,7 @@
 #include "Platform/Render/RendererV2.h"
 #include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeClass.h"
+#include "Text/NodeText.h"
 
 #include <algorithm>
 #include <memory>
@@ -147,8 +148,12 @@ NodeClass const & findClass(String const & name) {
 String documentForm(NodeClass const & nodeClass) {
     String text;
     RendererV2 renderer(text);
-    writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
+    Qcf::Documents::writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
     return text;
+}
+
+String textForm(NodeClass const & nodeClass) {
+    return Qcf::Text::printNode(*Qcf::Documents::exampleNode(nodeClass));
 }
 
 /// How a node of the class is written, a row each form.
@@ -157,6 +162,7 @@ struct Form {
     String (*example)(NodeClass const & nodeClass);
 };
 constexpr Form forms[] = {
+    {"text", textForm},
     {"document", documentForm},
 };
 
@@ -165,18 +171,23 @@ String classAsJson(NodeClass const & nodeClass) {
     RendererV2 renderer(text, RendererV2::Style::pretty);
     renderer.beginObject();
     renderMembers(renderer, nodeClass);
+    renderer.key("text");
+    renderer.value(textForm(nodeClass));
     renderer.key("example");
-    writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
+    Qcf::Documents::writeNested(*Qcf::Documents::exampleNode(nodeClass), renderer);
     renderer.endObject();
     renderer.endDocument();
     return text;
 }
 
 String classAsText(NodeClass const & nodeClass) {
-    constexpr std::size_t width = 12;
     auto const row = [](String name, String const & text) {
+        constexpr std::size_t width = 12;
         name.resize(std::max(width, name.size() + 1), ' ');
-        return name + text + '\n';
+        for (char const c : text) {
+            name += c == '\n' ? '\n' + String(width, ' ') : String(1, c);
+        }
+        return name + '\n';
     };
     String text = String(nodeClass.name) + ": " + nodeClass.description + '\n';
     text += row("base", nodeClass.base) + row("collection", nodeClass.collection);

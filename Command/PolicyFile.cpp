@@ -61,6 +61,10 @@ PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlon
         file.program_ = Qcf::Documents::readProgram(std::move(text), options.path, along);
         if (!options.map.empty()) {
             file.map_ = Qcf::Text::PlaceMap::read(options.map);
+            // What could not be read of the document lacks its nodes.
+            if (along.unread == nullptr || along.unread->empty()) {
+                file.map_->mustSuit(file.program_);
+            }
         }
         return file;
     }

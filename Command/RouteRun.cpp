@@ -18,6 +18,7 @@ using Qcf::Agent::Evaluated;
 /// What the threads of a run share; used in turn.
 struct Run {
     bool log = false;
+    RouteSelection const * selection = nullptr;
     /// Null where places are not asked for.
     Qcf::Text::PlaceMap const * places = nullptr;
     RouteTally tally;
@@ -42,6 +43,7 @@ public:
     }
 
 protected:
+    bool selects(Evaluated const & evaluated) const { return run_.selection->selects(evaluated); }
     bool log() const { return run_.log; }
     Qcf::Text::PlaceMap const * places() const { return run_.places; }
     String & text() { return text_; }
@@ -58,6 +60,9 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
+        if (!selects(evaluated)) {
+            return;
+        }
         appendRouteLine(text(), evaluated);
         if (log()) {
             appendLogLines(text(), evaluated, places());
@@ -72,6 +77,9 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
+        if (!selects(evaluated)) {
+            return;
+        }
         renderRoute(evaluated, log(), places(), renderer_, values_);
         renderer_.endDocument();
     }
@@ -118,6 +126,7 @@ void RouteRunOptions::addTo(CLI::App & command) {
     addNumber(command, "--threads", threads, "Threads that evaluate", 1, mostThreads)
         .default_str("1");
     addNumber(command, "--limit", limit, "Routes to evaluate at most");
+    selection.addTo(command);
 }
 
 // What was evaluated before a failure is summed up as well, and is written before the message about
@@ -128,6 +137,7 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Run run;
     run.log = options.log;
+    run.selection = &options.selection;
     run.places = options.places ? options.map.get() : nullptr;
     Qcf::Agent::TableRun tableRun;
     tableRun.function = std::move(function);
@@ -136,6 +146,9 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     tableRun.threads = static_cast<U32>(options.threads);
     tableRun.limit = options.limit;
     tableRun.log = options.log;
+    if (options.output == "table") {
+        standardOutput().write(routeHeading());
+    }
     try {
         evaluateTable(*reader, tableRun);
     } catch (ClosedOutput const &) {

@@ -2,6 +2,7 @@
 
 #include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Command/Command.h"
+#include "Command/RouteSelection.h"
 #include "Text/MapFile.h"
 
 #include <memory>
@@ -12,6 +13,8 @@ struct RouteRunOptions {
     /// A file, or "-" for standard input.
     String routes;
     String output = "table"; ///< table, jsonl or none
+    /// Of the routes that are written.
+    RouteSelection selection = {};
     bool log = false;
     /// Whether the log tells the places of nodes; `map` has them then.
     bool places = false;
@@ -21,7 +24,8 @@ struct RouteRunOptions {
     /// Routes to evaluate at most.
     U64 limit = ~U64{0};
 
-    /// Adds --routes, --output, --log, --threads and --limit; must outlive the parsing.
+    /// Adds --routes, --output, --log, --threads, --limit and those of the selection; must outlive
+    /// the parsing.
     void addTo(CLI::App & command);
 };
 

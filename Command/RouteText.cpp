@@ -69,6 +69,38 @@ void padTo(String & out, std::size_t start, std::size_t width) {
     out.append(length < width ? width - length : 0, ' ');
 }
 
+/// What stands before the changes of a route; wide enough for most, since a table is not known to
+/// its end when its first line is written.
+struct Column {
+    char const * title;
+    std::size_t width; ///< with the blank behind it
+    void (*append)(String & out, Evaluated const & evaluated);
+};
+
+void appendPeer(String & out, Evaluated const & evaluated) {
+    IpGenAddr const & peer = evaluated.route.sourceSessionRemoteIpAddress;
+    if (peer.isAddrZero()) {
+        out += '-';
+    } else {
+        peer.appendText(out);
+    }
+}
+
+void appendResult(String & out, Evaluated const & evaluated) {
+    out += toString(evaluated.result.retVal());
+    if (evaluated.result.terminates()) {
+        out += ' ';
+        out += toString(evaluated.result.termination());
+    }
+}
+
+constexpr Column columns[] = {
+    {"route", 9, [](String & out, Evaluated const & at) { appendDecimal(out, at.number); }},
+    {"prefix", 20, [](String & out, Evaluated const & at) { at.route.ipPrefix.appendText(out); }},
+    {"peer", 17, appendPeer},
+    {"result", 17, appendResult},
+};
+
 // A chain is as long as a function's log, but calls nest only as deep as trees may.
 void appendRecords(String & out, EvaluationLog const * record, std::size_t indent,
                    PlaceMap const * places) {
@@ -144,6 +176,10 @@ void renderRoute(Evaluated const & evaluated, bool withLog, PlaceMap const * pla
     renderer.value(evaluated.number);
     renderer.key("prefix");
     values.render(evaluated.route.ipPrefix);
+    if (IpGenAddr const & peer = evaluated.route.sourceSessionRemoteIpAddress; !peer.isAddrZero()) {
+        renderer.key("peer");
+        values.render(peer);
+    }
     renderer.key("result");
     renderer.value(toString(evaluated.result.retVal()));
     renderer.key("termination");
@@ -172,31 +208,36 @@ void renderRoute(Evaluated const & evaluated, bool withLog, PlaceMap const * pla
     renderer.endObject();
 }
 
+String routeHeading() {
+    String line;
+    std::size_t end = 0;
+    for (Column const & column : columns) {
+        line += column.title;
+        end += column.width;
+        padTo(line, 0, end);
+    }
+    return line + "changes\n";
+}
+
 // Each value appends itself: a String for each would be made for every route.
 void appendRouteLine(String & out, Evaluated const & evaluated) {
     std::size_t const start = out.size();
-    appendDecimal(out, evaluated.number);
-    // Columns: the number, a prefix as wide as the widest of IPv4, and a verdict as wide as
-    // "unknown".
-    padTo(out, start, 8);
-    out += ' ';
-    evaluated.route.ipPrefix.appendText(out);
-    padTo(out, start, 8 + 1 + 18);
-    out += ' ';
-    out += toString(evaluated.result.retVal());
-    padTo(out, start, 8 + 1 + 18 + 1 + 7);
-    if (evaluated.result.terminates()) {
+    std::size_t end = 0;
+    for (Column const & column : columns) {
+        column.append(out, evaluated);
+        end += column.width;
+        // A value that is too wide for its column stays apart from the next.
         out += ' ';
-        out += toString(evaluated.result.termination());
+        padTo(out, start, end);
     }
     evaluated.context.changes().eachChange([&out](auto, char const * name, auto const & value) {
-        out += ' ';
         out += name;
         out += '=';
         PlainText(out, Qcf::Agent::setFormOf(name))(value);
+        out += ' ';
     });
     if (evaluated.context.nextHopSetToSelf()) {
-        out += " nextHopSetToSelf";
+        out += "nextHopSetToSelf";
     }
     // The last column is filled up, too, where nothing follows it.
     out.resize(out.find_last_not_of(' ') + 1);

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "Lists/EntryFindings.h"
+#include "Lists/EntryFinding.h"
+#include "Lists/ListRecord.h"
+
+#include <vector>
 
 namespace Qcf::Lists {
-
-/// What is said of entry `own`, which the earlier one covers: both as the list numbers them, by
-/// what is called `what`.
-EntryFinding coveredEntry(String pointer, char const * what, U64 own, U64 earlier);
 
 /// `findingsIn` for community lists.
 template <typename List>

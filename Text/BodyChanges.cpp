@@ -45,7 +45,7 @@ Draft * BodyParser::change(Draft * left) {
     if (isOfSet && cursor_.is("(") && attribute != nullptr && attribute->lists) {
         cursor_.failWanted("a set or a " + String(listKindWord(*attribute->lists)));
     }
-    Draft * const right = value(wantOf(*left));
+    Draft * const right = value(wantBehind(*left, words));
     if (startsArithmetic()) {
         failArithmetic(words == "=" && textOf(*right) == textOf(*left) ? textOf(*left) : "");
     }
@@ -55,8 +55,12 @@ Draft * BodyParser::change(Draft * left) {
 bool BodyParser::isListName() const {
     bool const isKind = std::ranges::any_of(
         changingKinds, [&](SlotKind kind) { return cursor_.is(listKindWord(kind)); });
-    return isKind || cursor_.isString() ||
-           (cursor_.isWord() && isPlainName(cursor_.text()) && !scope_.isTaken(cursor_.text()));
+    if (isKind) {
+        return true;
+    }
+    return cursor_.isString()
+               ? !scope_.isTaken(unquoted(cursor_.text()))
+               : cursor_.isWord() && isPlainName(cursor_.text()) && !scope_.isTaken(cursor_.text());
 }
 
 void BodyParser::failReadOnly(Draft const & left) {

@@ -13,7 +13,9 @@ Draft * BodyParser::itemsTest(Draft * left, Token const & at) {
     Items items;
     if (cursor_.accept("{")) {
         Cursor::Level const level(cursor_);
-        readItems(wantOf(*left), items);
+        Want want = wantOf(*left);
+        want.element = true;
+        readItems(want, items);
         cursor_.expect("}");
     } else if (isWithRanges) {
         cursor_.failWanted("'{' behind 'ranges'");
@@ -73,8 +75,7 @@ void BodyParser::item(Want const & want, Items & items) {
 }
 
 bool BodyParser::takeSetConstant(Items & items) {
-    bool const mayBe = cursor_.isWord() && scope_.findParameter(cursor_.text()) == nullptr;
-    Constant const * const constant = mayBe ? scope_.findConstant(cursor_.text()) : nullptr;
+    Constant const * const constant = scope_.constantAt(cursor_);
     if (constant == nullptr || !constant->isSet) {
         return false;
     }

@@ -131,6 +131,11 @@ void BodyParser::refuseSetOperand(Draft const & left, std::string_view words, Dr
         cursor_.fail(span, "set-is",
                      textOf(left) + " is a set: '" + textOf(right) + " in " + textOf(left) + "'");
     }
+    if (words == "in" && left.isKind(NodeKind::int_) && right.isKind(NodeKind::asPath)) {
+        cursor_.fail(span, "list-wanted",
+                     "a path is asked by a list: 'list as_path_list NAME { permit contains { " +
+                         textOf(left) + " } }', then '" + textOf(right) + " matches NAME'");
+    }
     if (words == "is" && isSet(right) && !isSet(left)) {
         cursor_.fail(right.span, "is-set",
                      "'is' compares with one value; 'in' asks for one of a set");

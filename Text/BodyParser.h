@@ -75,6 +75,11 @@ public:
         bool prefixLists = false;
         /// A bare name lacks the word of ROA tables.
         bool roaTable = false;
+        /// What stands before it: a side and its operator. Names are suggested that suit them.
+        Eval::NodeClass const * left = nullptr;
+        std::string_view words = {};
+        /// It is an element of a set.
+        bool element = false;
     };
     Draft * value(Want const & want);
     /// What stands in the parentheses of a call of that function.
@@ -113,6 +118,7 @@ private:
     Draft * predicate(Draft * value);
     bool startsTest() const;
     Want wantOf(Draft const & left) const;
+    Want wantBehind(Draft const & left, std::string_view words) const;
 
     // BodyChanges.cpp
     bool startsChange() const;
@@ -189,7 +195,8 @@ private:
     [[noreturn]] void failNoTest(Draft * left);
     [[noreturn]] void failUnknown(Token const & token, Want const & want);
     void refuseUnseen(Token const & token);
-    static String suggestOperator(std::string_view word);
+    static String suggestOperator(Draft const & left, std::string_view word);
+    Fits fitting(Want const & want) const;
     String suggestValue(std::string_view text, Want const & want) const;
 
     // BodyOperands.cpp: operators and what does not suit them.

@@ -22,8 +22,7 @@ void BodyParser::constantElements(Constant const & constant, Span const & span,
 void BodyParser::elements(Want const & want, std::string_view end,
                           std::vector<Draft *> & elements) {
     while (!cursor_.is(end)) {
-        bool const mayBe = cursor_.isWord() && scope_.findParameter(cursor_.text()) == nullptr;
-        Constant const * const constant = mayBe ? scope_.findConstant(cursor_.text()) : nullptr;
+        Constant const * const constant = scope_.constantAt(cursor_);
         if (constant != nullptr && constant->isSet) {
             Span const span = cursor_.here();
             cursor_.take();
@@ -45,7 +44,9 @@ Draft * BodyParser::setOf(Want const & want) {
     Token const open = cursor_.take();
     Cursor::Level const level(cursor_);
     std::vector<Draft *> members;
-    elements(want, "}", members);
+    Want ofElement = want;
+    ofElement.element = true;
+    elements(ofElement, "}", members);
     cursor_.expect("}");
     return setLiteral(members, cursor_.since(open), want.communities);
 }
@@ -76,7 +77,7 @@ Draft * BodyParser::intList() {
     Token const open = cursor_.take();
     Cursor::Level const level(cursor_);
     std::vector<Draft *> members;
-    elements({}, "]", members);
+    elements({.element = true}, "]", members);
     for (Draft const * const member : members) {
         wantKind(*member, NodeKind::int_, "Int");
     }

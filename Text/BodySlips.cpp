@@ -49,7 +49,7 @@ void BodyParser::refuseListName(Draft const & left, std::string_view words, Toke
     std::string_view const text = cursor_.text();
     bool const isUnknown = cursor_.isWord() && isPlainName(text) && !scope_.isTaken(text) &&
                            !scope_.declared.hasConstant(text) && !scope_.declared.hasFunction(text);
-    Want const want = wantOf(left);
+    Want const want = wantBehind(left, words);
     bool const isValueName =
         want.names != nullptr &&
         std::ranges::find(want.names->valueNames, text) != want.names->valueNames.end();
@@ -159,14 +159,22 @@ void BodyParser::failNoTest(Draft * left) {
     if (wordFollows) {
         cursor_.fail(cursor_.here(), "operator",
                      "wants an operator behind " + described(*left) + ", found " + cursor_.found(),
-                     suggestOperator(cursor_.text()));
+                     suggestOperator(*left, cursor_.text()));
     }
     cursor_.fail(left->span, "no-test", "wants a test, found " + described(*left) + " alone");
 }
 
-String BodyParser::suggestOperator(std::string_view word) {
-    std::string_view const ours = operatorOfForeignWord(word);
-    return ours.empty() ? nearest(word, operatorWords()) : String(ours);
+// Of what others call it, the one that the left side has.
+String BodyParser::suggestOperator(Draft const & left, std::string_view word) {
+    auto const suits = [&](std::string_view words) {
+        return !operatorsFor(words, *left.nodeClass).empty();
+    };
+    auto const known = operatorsOfForeignWord(word);
+    auto const ours = std::ranges::find_if(known, suits);
+    if (ours != known.end()) {
+        return String(*ours);
+    }
+    return known.empty() ? nearest(word, operatorWords()) : String(known.front());
 }
 
 String BodyParser::suggestValue(std::string_view text, Want const & want) const {
@@ -175,7 +183,36 @@ String BodyParser::suggestValue(std::string_view text, Want const & want) const 
         return named;
     }
     String const digits = digitsOfAs(text);
-    return digits.empty() ? suggestName(text, scope_) : digits;
+    return digits.empty() ? suggestName(text, scope_, fitting(want)) : digits;
+}
+
+// What may stand in the place of the word at the cursor: it is on the right of an operator, an
+// element, or before what follows.
+Fits BodyParser::fitting(Want const & want) const {
+    if (want.element) {
+        return [](NodeClass const & each) {
+            return each.isKind(NodeKind::int_) || each.isKind(NodeKind::communityValue);
+        };
+    }
+    if (want.left != nullptr) {
+        return [rows = operatorsFor(want.words, *want.left)](NodeClass const & each) {
+            return std::ranges::any_of(rows, [&](Operator const * row) {
+                return row->right != nullptr && mayStand(each, *row->right);
+            });
+        };
+    }
+    std::vector<Operator const *> rows;
+    for (Operator const & row : operatorTable()) {
+        bool const follows = cursor_.isAhead(row.words.substr(0, row.words.find(' ')));
+        if (follows) {
+            rows.push_back(&row);
+        }
+    }
+    return [rows = std::move(rows)](NodeClass const & each) {
+        return rows.empty() || std::ranges::any_of(rows, [&](Operator const * row) {
+                   return mayStand(each, *row->left);
+               });
+    };
 }
 
 // Names that are known, but mean nothing in this place.

@@ -64,6 +64,13 @@ BodyParser::Want BodyParser::wantOf(Draft const & left) const {
     return want;
 }
 
+BodyParser::Want BodyParser::wantBehind(Draft const & left, std::string_view words) const {
+    Want want = wantOf(left);
+    want.left = left.nodeClass;
+    want.words = words;
+    return want;
+}
+
 Draft * BodyParser::restOfTest(Draft * left) {
     if (left->isKind(NodeKind::expression)) {
         // A raw node may be a whole test.
@@ -116,7 +123,7 @@ Draft * BodyParser::isTest(Draft * left) {
 // The operator was taken; a value is its right side.
 Draft * BodyParser::compared(Draft * left, std::string_view words, Token const & at) {
     refuseListName(*left, words, at);
-    Draft * const right = value(wantOf(*left));
+    Draft * const right = value(wantBehind(*left, words));
     refuseRange(*right, words == "in" ? "" : "in ");
     return make(left, words, right, at);
 }

@@ -31,8 +31,11 @@ Draft * BodyParser::value(Want const & want) {
     return word(want);
 }
 
-// A parameter's name, a list's, or an interface's.
+// A parameter's name, a constant's, a list's, or an interface's.
 Draft * BodyParser::text(Want const & want) {
+    if (Constant const * const constant = scope_.constantAt(cursor_)) {
+        return constantValue(*constant, want);
+    }
     Token const token = cursor_.take();
     Span const span = cursor_.spanOf(token);
     String const content = unquoted(cursor_.text(token));
@@ -45,7 +48,8 @@ Draft * BodyParser::text(Want const & want) {
     return tree_.add<InterfaceImmediate>(span, {content});
 }
 
-// Value names win over other names where they may stand; a parameter over a constant.
+// Value names win over other names where they may stand. What is called as an attribute is, stands
+// in quotes.
 Draft * BodyParser::word(Want const & want) {
     Token const token = cursor_.now();
     std::string_view const text = cursor_.text();
@@ -58,11 +62,12 @@ Draft * BodyParser::word(Want const & want) {
             return literalAt(Integer{static_cast<U64>(found - names.begin()), false}, span);
         }
     }
-    if (Parameter const * const parameter = scope_.findParameter(text)) {
+    Parameter const * const parameter = scope_.findParameter(text);
+    if (parameter != nullptr && isPlainName(text)) {
         cursor_.take();
         return variable(*parameter, span);
     }
-    if (Constant const * const constant = scope_.findConstant(text)) {
+    if (Constant const * const constant = scope_.constantAt(cursor_)) {
         return constantValue(*constant, want);
     }
     if (NodeClass const * const attribute = findAttribute(text)) {
@@ -107,12 +112,7 @@ Draft * BodyParser::literalAt(Literal const & literal, Span const & span) {
 
 Draft * BodyParser::variable(Parameter const & parameter, Span const & span) {
     parameter.isUsed = true;
-    NodeClass const & nodeClass =
-        parameter.kind == ArgumentKind::integer        ? nodeClassOf<IntVariable>()
-        : parameter.kind == ArgumentKind::bandwidth    ? nodeClassOf<BandwidthVariable>()
-        : parameter.kind == ArgumentKind::triStateBool ? nodeClassOf<TriStateBoolVariable>()
-                                                       : nodeClassOf<PrefixListVariable>();
-    return tree_.add(nodeClass, span, {parameter.name, U64{parameter.index}});
+    return tree_.add(variableClass(parameter.kind), span, {parameter.name, U64{parameter.index}});
 }
 
 Draft * BodyParser::keywordValue() {

@@ -34,29 +34,32 @@ public:
 
 private:
     void name() {
-        if (!cursor_.isWord() || !isPlainName(cursor_.text())) {
+        bool const isQuoted = cursor_.isString();
+        if (!isQuoted && (!cursor_.isWord() || !isPlainName(cursor_.text()))) {
             if (cursor_.isWord() && hasNameShape(cursor_.text())) {
                 cursor_.fail(cursor_.here(), "name",
                              cursor_.found() + " means something in this language; a constant "
-                                               "wants another name");
+                                               "of that name stands in quotes");
             }
             cursor_.failWanted("the name of a constant");
         }
-        auto const before = above_.constants.find(cursor_.text());
+        String const name = isQuoted ? unquoted(cursor_.text()) : String(cursor_.text());
+        auto const before = above_.constants.find(name);
         if (before != above_.constants.end()) {
             cursor_.fail(cursor_.here(), "duplicate",
                          "the constant '" + before->first + "' is declared twice, first at " +
                              cursor_.sources().placeText(before->second.span));
         }
         constant_.span = cursor_.here();
-        constant_.name = String(cursor_.text(cursor_.take()));
+        constant_.name = name;
+        cursor_.take();
     }
 
     // A set constant in a set is spliced into it.
     void items() {
         while (!cursor_.is("}")) {
             Span const span = cursor_.here();
-            Constant const * const inner = constantHere();
+            Constant const * const inner = above_.constantAt(cursor_);
             if (inner != nullptr && inner->isSet) {
                 inner->isUsed = true;
                 cursor_.take();
@@ -105,13 +108,9 @@ private:
         constant_.items.push_back(item);
     }
 
-    Constant const * constantHere() const {
-        return cursor_.isWord() ? above_.findConstant(cursor_.text()) : nullptr;
-    }
-
     // A literal, or a constant above that is one.
     Literal literal() {
-        Constant const * const known = constantHere();
+        Constant const * const known = above_.constantAt(cursor_);
         if (known != nullptr && !known->isSet) {
             known->isUsed = true;
             cursor_.take();

@@ -12,7 +12,9 @@ std::size_t positionOf(NodeClass const & nodeClass, FieldRole role) {
     return static_cast<std::size_t>(nodeClass.fieldOf(role) - nodeClass.fields.data());
 }
 
-/// The immediate of each kind of literal, in the order of the variant.
+} // namespace
+
+// In the order of the variant.
 NodeClass const & immediateOf(Literal const & literal) {
     static NodeClass const * const classes[] = {
         &nodeClassOf<IntImmediate>(),          &nodeClassOf<BandwidthImmediate>(),
@@ -22,8 +24,6 @@ NodeClass const & immediateOf(Literal const & literal) {
     static_assert(std::size(classes) == std::variant_size_v<Literal>);
     return *classes[literal.index()];
 }
-
-} // namespace
 
 DraftField & Draft::at(FieldRole role) { return fields[positionOf(*nodeClass, role)]; }
 DraftField const & Draft::at(FieldRole role) const { return fields[positionOf(*nodeClass, role)]; }

@@ -74,6 +74,9 @@ private:
     std::deque<Draft> drafts_;
 };
 
+/// The class of the node that a literal stands for.
+Eval::NodeClass const & immediateOf(Literal const & literal);
+
 /// Whether a node of that class may stand in the field.
 bool mayStand(Eval::NodeClass const & nodeClass, Eval::FieldInfo const & field);
 

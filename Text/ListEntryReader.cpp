@@ -250,6 +250,7 @@ U8 ListEntryReader::readLength(char const * word, Lists::LengthBounds bounds, Ad
 void ListEntryReader::readLengths(Lists::PrefixListEntry & entry) {
     auto const family = entry.prefix.af();
     String const own = "the prefix's length, " + std::to_string(entry.prefix.len());
+    Token const first = cursor_.now();
     std::optional<U8> ge;
     std::optional<U8> le;
     if (cursor_.is("ge")) {
@@ -267,6 +268,11 @@ void ListEntryReader::readLengths(Lists::PrefixListEntry & entry) {
     if (cursor_.is("ge")) {
         cursor_.fail(cursor_.here(), "list-length",
                      le && !ge ? "'ge' stands before 'le'" : "'ge' stands twice");
+    }
+    if (isCovered_ && (ge || le)) {
+        cursor_.warn(
+            cursor_.since(first), "covered-length",
+            "a covered list takes all that lies in its prefixes: 'ge' and 'le' do nothing");
     }
     lengthsAre(entry, ge, le);
 }
@@ -286,6 +292,7 @@ void ListEntryReader::readPrefixEntries(AddressFamily family,
 }
 
 void ListEntryReader::read(Lists::PrefixListRecord & list) {
+    isCovered_ = list.covered;
     readPrefixEntries(list.family, list.entries);
 }
 

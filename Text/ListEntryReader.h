@@ -92,6 +92,8 @@ private:
     Lists::ListKind kind_;
     /// Of a dynamic prefix list: entries are read, not the words before their braces.
     bool inSection_ = false;
+    /// Entries are those of a covered list.
+    bool isCovered_ = false;
 };
 
 } // namespace Qcf::Text

@@ -156,7 +156,7 @@ String whyNoLiteral(std::string_view word) {
         return "a prefix has no bits set behind its length; '" + prefix->toString() + "' is meant?";
     }
     if (word.starts_with("0x")) {
-        return "an extended community is 0x and 16 hexadecimal digits";
+        return "numbers are decimal; an extended community is 0x and 16 hexadecimal digits";
     }
     if (word.starts_with("rt:") || word.starts_with("soo:") || word.starts_with("lbw:")) {
         return "an extended community is rt:, soo: or lbw: with ASN:NUMBER or ADDRESS:NUMBER";

@@ -5,6 +5,7 @@
 #include "Platform/Routing/TextPieces.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace Qcf::Text {
 
@@ -89,6 +90,7 @@ PlaceMap PlaceMap::read(String const & path) {
         format.fail("\"map/1\"");
     }
     PlaceMap made;
+    made.path_ = path;
     for (JsonValue const file : members.require("files").expectArray()) {
         made.files_.emplace_back(file.expectString());
     }
@@ -102,6 +104,26 @@ PlaceMap PlaceMap::read(String const & path) {
     members.done();
     std::ranges::sort(made.entries_, {}, &Entry::key);
     return made;
+}
+
+// That of an earlier compilation would name places where something else stands by now.
+void PlaceMap::mustSuit(Documents::Program const & program) const {
+    std::unordered_set<U64> keys;
+    for (auto const & node : program.nodes) {
+        keys.insert(node->aetNodeKey());
+    }
+    for (Entry const & entry : entries_) {
+        if (!keys.contains(entry.key)) {
+            throw DocumentError(path_ + ": is not the map of this document, which has no node " +
+                                std::to_string(entry.key));
+        }
+    }
+    for (auto const & function : program.functions) {
+        if (find(function->body()->aetNodeKey()) == nullptr) {
+            throw DocumentError(path_ + ": is not the map of this document: it has no place for '" +
+                                function->funcName() + "'");
+        }
+    }
 }
 
 MappedPlace const * PlaceMap::find(U64 key) const {

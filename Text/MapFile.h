@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Documents/Program.h"
 #include "Platform/Render/RendererV2.h"
 #include "Text/SourceMap.h"
 
@@ -31,6 +32,10 @@ public:
     /// The same of a map that was not written.
     static PlaceMap of(SourceMap const & map, Sources const & sources);
 
+    /// Whether it can be the program's: nodes that it places are there, and functions' bodies have
+    /// places. Throws DocumentError about the map where it cannot.
+    void mustSuit(Documents::Program const & program) const;
+
     /// Null for keys without a place.
     MappedPlace const * find(U64 key) const;
     String const & fileName(MappedPlace const & place) const { return files_[place.file]; }
@@ -43,6 +48,7 @@ private:
         MappedPlace place;
     };
 
+    String path_; ///< of a map that was read
     std::vector<String> files_;
     std::vector<Entry> entries_; ///< by key
 };

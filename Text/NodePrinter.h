@@ -22,6 +22,8 @@ public:
 
     /// `{`, the statements in lines of their own, `}`; the line goes on. A null one is empty.
     void block(Eval::Block const * block);
+    /// Any node but a function: what it is where it stands, the links of a chain with commas.
+    void node(Eval::AetNodeBase const & node);
 
 private:
     using Node = Eval::AetNodeBase;
@@ -32,6 +34,9 @@ private:
         bool standardCommunities = false;                  ///< integers are such
         bool communities = false;                          ///< an empty set is one of these
     };
+
+    // NodeText.cpp
+    void entries(Node const & first);
 
     // PrintedStatements.cpp
     void statement(Eval::Expression const & node);

@@ -14,6 +14,9 @@ public:
     bool isOpen() const { return isOpen_; }
     std::vector<PrintedVariable> const & parameters() const { return parameters_; }
 
+    /// Those of a body that is not there: each variable is as it calls itself.
+    static Signature of(std::vector<PrintedVariable> variables);
+
     /// The name under which a parameter is what the variable says; null where none is.
     String const * find(PrintedVariable const & variable) const;
     /// Whether the call passes just what the parameters want.

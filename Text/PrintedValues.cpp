@@ -229,7 +229,8 @@ bool NodePrinter::ribs(Node const & node) {
     }
     auto const & profile = immediate->value();
     put(node.typeData().facts.words);
-    open(" [");
+    bool const isEmpty = profile.entryCount() == 0 && !profile.useDefault();
+    open(isEmpty ? " [" : " [ ");
     for (std::size_t i = 0; i < profile.entryCount(); ++i) {
         auto const & entry = profile.entries().at(i);
         separate(i == 0);
@@ -240,7 +241,7 @@ bool NodePrinter::ribs(Node const & node) {
         separate(profile.entryCount() == 0);
         put("use_default");
     }
-    close("]");
+    close(isEmpty ? "]" : " ]");
     return true;
 }
 

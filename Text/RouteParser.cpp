@@ -86,7 +86,7 @@ private:
     }
 
     String suggestedKey(String const & key, std::vector<std::string_view> const & known) const {
-        String const foreign = suggestName(key, scope_);
+        String const foreign = suggestName(key);
         bool const isKey = std::ranges::find(known, foreign) != known.end();
         return isKey ? foreign : nearest(key, known);
     }

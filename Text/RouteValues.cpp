@@ -27,14 +27,11 @@ String jsonText(std::string_view text) {
 }
 
 std::optional<Literal> RouteValues::literal() const {
-    if (!cursor_.isWord()) {
-        return std::nullopt;
-    }
-    if (Constant const * const constant = scope_.findConstant(cursor_.text())) {
+    if (Constant const * const constant = scope_.constantAt(cursor_)) {
         constant->isUsed = true;
         return constant->isSet ? std::nullopt : std::optional(constant->items.front().low);
     }
-    return parseLiteral(cursor_.text());
+    return cursor_.isWord() ? parseLiteral(cursor_.text()) : std::nullopt;
 }
 
 template <typename T>
@@ -163,8 +160,7 @@ String RouteValues::community() {
 }
 
 String RouteValues::set(NodeClass const & attribute) {
-    Constant const * const constant =
-        cursor_.isWord() ? scope_.findConstant(cursor_.text()) : nullptr;
+    Constant const * const constant = scope_.constantAt(cursor_);
     if (constant != nullptr && constant->isSet) {
         return '[' + constantMembers(attribute, *constant) + ']';
     }
@@ -172,8 +168,7 @@ String RouteValues::set(NodeClass const & attribute) {
     String json = "[";
     while (!cursor_.is("}")) {
         json += json.size() > 1 ? ", " : "";
-        Constant const * const inner =
-            cursor_.isWord() ? scope_.findConstant(cursor_.text()) : nullptr;
+        Constant const * const inner = scope_.constantAt(cursor_);
         json += inner != nullptr && inner->isSet           ? constantMembers(attribute, *inner)
                 : attribute.isKind(NodeKind::communitySet) ? community()
                                                            : standardMember(attribute);

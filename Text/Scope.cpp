@@ -1,7 +1,9 @@
 #include "Text/Scope.h"
 
 #include "Platform/Routing/CommunityText.h"
+#include "QcfLib/QcfEval.h"
 #include "Text/Cursor.h"
+#include "Text/Words.h"
 
 #include <algorithm>
 
@@ -10,6 +12,7 @@ namespace Qcf::Text {
 namespace {
 
 using Eval::ArgumentKind;
+using Eval::NodeKind;
 
 struct KindWord {
     ArgumentKind kind;
@@ -19,6 +22,18 @@ constexpr KindWord kindWords[] = {{ArgumentKind::integer, "int"},
                                   {ArgumentKind::bandwidth, "bandwidth"},
                                   {ArgumentKind::triStateBool, "tristate"},
                                   {ArgumentKind::prefixList, "prefix_list"}};
+
+/// What a constant is where it stands alone. One that is faulty has no elements.
+Eval::NodeClass const & classOf(Constant const & constant) {
+    bool const ofCommunities =
+        !constant.items.empty() && kindOf(constant.items.front().low) == NodeKind::communityValue;
+    if (constant.isSet) {
+        return ofCommunities ? Eval::nodeClassOf<Eval::CommunitySetImmediate>()
+                             : Eval::nodeClassOf<Eval::IntSetImmediate>();
+    }
+    return constant.items.empty() ? Eval::nodeClassOf<Eval::IntImmediate>()
+                                  : immediateOf(constant.items.front().low);
+}
 
 } // namespace
 
@@ -42,6 +57,14 @@ Constant const * TextScope::findConstant(std::string_view name) const {
     return &found->second;
 }
 
+Constant const * TextScope::constantAt(Cursor const & cursor) const {
+    if (cursor.isString()) {
+        return findConstant(unquoted(cursor.text()));
+    }
+    Constant const * const constant = cursor.isWord() ? findConstant(cursor.text()) : nullptr;
+    return constant != nullptr && isPlainName(cursor.text()) ? constant : nullptr;
+}
+
 char const * parameterWord(ArgumentKind kind) {
     auto const * const found = std::ranges::find(kindWords, kind, &KindWord::kind);
     return found == std::end(kindWords) ? "value" : found->word;
@@ -53,24 +76,39 @@ std::optional<ArgumentKind> parameterKind(std::string_view word) {
     return found == std::end(kindWords) ? std::nullopt : std::optional(found->kind);
 }
 
-String suggestName(std::string_view word, Scope const & scope) {
+Eval::NodeClass const & variableClass(ArgumentKind kind) {
+    using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its
+                          // nodes
+    return kind == ArgumentKind::integer        ? nodeClassOf<IntVariable>()
+           : kind == ArgumentKind::bandwidth    ? nodeClassOf<BandwidthVariable>()
+           : kind == ArgumentKind::triStateBool ? nodeClassOf<TriStateBoolVariable>()
+                                                : nodeClassOf<PrefixListVariable>();
+}
+
+String suggestName(std::string_view word, Scope const & scope, Fits const & fits) {
     if (std::string_view const ours = nameOfForeignWord(word); !ours.empty()) {
         return String(ours);
     }
     std::vector<std::string_view> known;
+    auto const add = [&](std::string_view name, Eval::NodeClass const & nodeClass) {
+        if (fits(nodeClass)) {
+            known.push_back(name);
+        }
+    };
     for (Eval::NodeClass const & nodeClass : Eval::nodeClasses()) {
         if (nodeClass.attribute != nullptr) {
-            known.emplace_back(nodeClass.attribute->languageName);
+            add(nodeClass.attribute->languageName, nodeClass);
         }
     }
     for (Parameter const & parameter : scope.parameters) {
-        known.push_back(parameter.name);
+        add(parameter.name, variableClass(parameter.kind));
     }
     for (auto const & [name, constant] : scope.constants) {
-        known.push_back(name);
+        add(name, classOf(constant));
     }
-    auto const communities = wellKnownCommunityNames();
-    known.insert(known.end(), communities.begin(), communities.end());
+    for (std::string_view const name : wellKnownCommunityNames()) {
+        add(name, Eval::nodeClassOf<Eval::IntImmediate>());
+    }
     return nearest(word, known);
 }
 
@@ -78,7 +116,8 @@ String suggestName(std::string_view word) {
     Constants const noConstants;
     DeclaredNames const nothing("");
     Parameters const noParameters;
-    return suggestName(word, Scope{{noConstants, nothing}, noParameters});
+    auto const anything = [](Eval::NodeClass const &) { return true; };
+    return suggestName(word, Scope{{noConstants, nothing}, noParameters}, anything);
 }
 
 } // namespace Qcf::Text

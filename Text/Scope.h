@@ -3,10 +3,13 @@
 #include "Text/DeclaredNames.h"
 #include "Text/Draft.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 
 namespace Qcf::Text {
+
+class Cursor;
 
 /// A parameter of a function, as its header declares it.
 struct Parameter {
@@ -45,6 +48,9 @@ struct TextScope {
 
     /// Throws Recovery for one whose declaration was told to be wrong.
     Constant const * findConstant(std::string_view name) const;
+    /// The constant whose name stands at the cursor, plain or in quotes; null for all else. Throws
+    /// as above.
+    Constant const * constantAt(Cursor const & cursor) const;
 };
 
 /// The names that a function's body can see.
@@ -61,9 +67,16 @@ char const * parameterWord(Eval::ArgumentKind kind);
 /// The kind that the word declares; nothing for other words.
 std::optional<Eval::ArgumentKind> parameterKind(std::string_view word);
 
+/// The class of what a parameter of that kind is where it stands.
+Eval::NodeClass const & variableClass(Eval::ArgumentKind kind);
+
+/// Whether a value of that class may stand where a name is not known.
+using Fits = std::function<bool(Eval::NodeClass const &)>;
+
 /// The attribute or other known name that was probably meant where values stand: foreign words are
-/// known ("local-pref"), others by their spelling. Empty where nothing is near.
-String suggestName(std::string_view word, Scope const & scope);
+/// known ("local-pref"), others by their spelling, among those that fit. Empty where nothing is
+/// near.
+String suggestName(std::string_view word, Scope const & scope, Fits const & fits);
 /// The same among the names that every text has.
 String suggestName(std::string_view word);
 

@@ -15,6 +15,9 @@ constexpr char const * noVariables =
 constexpr char const * noLoops = "there are no loops; sets are asked with 'has any', 'has all'";
 constexpr char const * noCase = "there is no 'case'; write 'if ... else if ...'";
 
+constexpr char const * noJumps = "there are no jumps; what is done stands in the '{ }' of an 'if'";
+constexpr char const * isTest = "a test stands in an 'if': 'if prefix matches NAME { ... }'";
+
 constexpr Slip statementSlips[] = {
     {"accept", "verdict", accepts, ""},
     {"pass", "verdict", accepts, ""},
@@ -38,13 +41,38 @@ constexpr Slip statementSlips[] = {
     {"tristate", "foreign", noVariables, "const"},
     {"case", "foreign", noCase, "if"},
     {"switch", "foreign", noCase, "if"},
+    {"match", "foreign", isTest, "if"},
+    {"call", "foreign", "a call is the function's name: 'NAME()'", ""},
+    {"goto", "foreign", noJumps, ""},
+    {"continue", "foreign", noJumps, ""},
+    {"next", "foreign", noJumps, ""},
+    {"on-match", "foreign", noJumps, ""},
     {"for", "foreign", noLoops, ""},
     {"while", "foreign", noLoops, ""},
 };
 
+constexpr char const * inFunction = "statements stand in a function: 'function NAME() { ... }'";
+constexpr char const * prefixes =
+    "prefixes are listed by 'list prefix_list NAME v4 { permit 10.0.0.0/8 le 24 }'";
+constexpr char const * otherLists =
+    "lists are 'list community_list NAME { permit { 65000:1 } }' and "
+    "'list as_path_list NAME { permit contains { 174 } }'";
+
 constexpr Slip declarationSlips[] = {
     {"filter", "declaration", "a filter is a function: 'function NAME() { ... }'", "function"},
     {"policy", "declaration", "a policy is a function: 'function NAME() { ... }'", "function"},
+    {"route-map", "declaration", "a route map is a function: 'function NAME() { ... }'",
+     "function"},
+    {"match", "declaration", isTest, ""},
+    {"if", "declaration", inFunction, ""},
+    {"return", "declaration", inFunction, ""},
+    {"set", "declaration", inFunction, ""},
+    {"ip", "declaration", prefixes, "list prefix_list"},
+    {"ipv6", "declaration", prefixes, "list prefix_list"},
+    {"prefix-list", "declaration", prefixes, "list prefix_list"},
+    {"bgp", "declaration", otherLists, "list"},
+    {"community-list", "declaration", otherLists, "list community_list"},
+    {"as-path", "declaration", otherLists, "list as_path_list"},
     {"def", "declaration", "a function begins with 'function'", "function"},
     {"define", "declaration", "a value with a name is 'const NAME = ...'", "const"},
     {"include", "declaration", "another file is read by 'import \"FILE\"'", "import"},
@@ -87,11 +115,17 @@ struct Pair {
 constexpr Pair arithmetic[] = {{"+", "+="}, {"++", "+="}, {"-", "-="},
                                {"*", "*="}, {"/", ""},    {"%", ""}};
 
+/// Several of a word stand in the order of their use.
 constexpr Pair foreignOperators[] = {
-    {"contains", "has any"},  {"contain", "has any"}, {"includes", "has any"},
-    {"equals", "is"},         {"eq", "is"},           {"match", "matches"},
-    {"within", "covered by"}, {"delete", "remove"},   {"append", "add"},
-    {"additive", "add"},      {"filter", "retain"},   {"set", "="},
+    {"contains", "has any"},  {"contains", "matches"},
+    {"contain", "has any"},   {"contain", "matches"},
+    {"includes", "has any"},  {"includes", "matches"},
+    {"equals", "is"},         {"eq", "is"},
+    {"eq", "matches"},        {"match", "matches"},
+    {"within", "covered by"}, {"delete", "remove"},
+    {"append", "add"},        {"append", "prepend"},
+    {"additive", "add"},      {"filter", "retain"},
+    {"filter", "matches"},    {"set", "="},
 };
 
 /// In lower case with `_`.
@@ -158,8 +192,14 @@ Slip const * findDeclarationSlip(std::string_view word) { return find(declaratio
 Slip const * findSignSlip(std::string_view sign) { return find(signSlips, sign); }
 char const * changeOfSign(std::string_view sign) { return find(arithmetic, sign); }
 
-std::string_view operatorOfForeignWord(std::string_view word) {
-    return orEmpty(find(foreignOperators, word));
+std::vector<std::string_view> operatorsOfForeignWord(std::string_view word) {
+    std::vector<std::string_view> ours;
+    for (Pair const & pair : foreignOperators) {
+        if (pair.foreign == word) {
+            ours.emplace_back(pair.ours);
+        }
+    }
+    return ours;
 }
 std::string_view nameOfForeignWord(std::string_view word) {
     return orEmpty(find(foreignNames, folded(word)));

@@ -3,6 +3,7 @@
 #include "Platform/Framework/Types.h"
 
 #include <string_view>
+#include <vector>
 
 /// What people write who know other languages, and what is meant by it: tables that messages are
 /// made of. Rows are looked up only where a text is wrong already.
@@ -27,8 +28,9 @@ Slip const * findSignSlip(std::string_view sign);
 /// null for what is no such sign.
 char const * changeOfSign(std::string_view sign);
 
-/// What others call an operator, and what it is here: "has any" for "contains". Empty for others.
-std::string_view operatorOfForeignWord(std::string_view word);
+/// What others call an operator, and what it is here, by what stands on its left: "has any" and
+/// "matches" for "contains". Empty for others.
+std::vector<std::string_view> operatorsOfForeignWord(std::string_view word);
 /// What others call an attribute or a function, whatever its case, with `-` or `_`, and what it is
 /// here: "local_preference" for "local-pref". Empty for others.
 std::string_view nameOfForeignWord(std::string_view word);

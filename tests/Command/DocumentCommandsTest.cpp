@@ -269,6 +269,15 @@ TEST(Dump, OneFunctionComesWithWhatItCalls) {
     EXPECT_EQ(unknown.err, "d.json: has no function \"f\"; its functions: other, callee, caller\n");
 }
 
+TEST(Dump, ListsHaveAFormAsPolicyText) {
+    Workshop const workshop;
+    workshop.write("l.json", R"({"qcf": "lists/1", "tagSets": {"T": [7, 77]}, "prefixLists":
+        {"P": {"family": "v4", "entries": [{"seq": 10, "action": "permit", "prefix": "10.0.0.0/8"}]}}})");
+    Outcome const text = workshop.run({"dump", "l.json", "--format", "qcf"});
+    EXPECT_EQ(text.out, "list prefix_list P v4 { permit 10.0.0.0/8 }\nlist tag_set T { 7, 77 }\n");
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+}
+
 TEST(Nodes, AreListedWithTheirFieldsAndAttributesWithTheirRanges) {
     Workshop const workshop;
     Outcome const json = workshop.run({"nodes", "--format", "json"});
@@ -309,6 +318,11 @@ collection  ifExpressionColl
 fields      condition: PtrConst<Expression>
             thenBlock: PtrConst<Block>
             elseBlock?: PtrConst<Expression>
+text        if med is 1 {
+              return true
+            } else {
+              return true
+            }
 document    {"class":"IfExpression","condition":{"class":"IntIs","lhs":"med","rhs":1},)"
               R"("thenBlock":{"class":"Block","stmts":[{"class":"ReturnExpression","expr":true}]},)"
               R"("elseBlock":{"class":"Block","stmts":[{"class":"ReturnExpression","expr":true}]}}
@@ -318,27 +332,31 @@ document    {"class":"IfExpression","condition":{"class":"IntIs","lhs":"med","rh
 base        Qcf::Eval::IntModifiable
 collection  originColl
 attribute   "origin" modifiable 0..2 default 256
+text        origin
 document    "origin"
 )");
     struct Case {
         char const * nodeClass;
+        char const * text;
         char const * example;
     };
     Case const cases[] = {
-        {"IntAssign", R"({"class":"IntAssign","lhs":"med","rhs":1})"},
-        {"IntSetMatchCommList",
+        {"IntAssign", "med = 1", R"({"class":"IntAssign","lhs":"med","rhs":1})"},
+        {"IntSetMatchCommList", "community matches LIST",
          R"({"class":"IntSetMatchCommList","lhs":"community","listName":"LIST"})"},
-        {"FunctionCallExpression",
+        {"FunctionCallExpression", "example(1)",
          R"({"class":"FunctionCallExpression","calleeName":"example","argListHead":[1]})"},
-        {"LogicalOperatorExpression",
+        {"LogicalOperatorExpression", "med is 1 and med is 1",
          R"({"class":"LogicalOperatorExpression","expressionList":)"
          R"([{"class":"IntIs","lhs":"med","rhs":1},{"class":"IntIs","lhs":"med","rhs":1}],)"
          R"("operatorList":["and"]})"},
-        {"AsPathPrepend", R"({"class":"AsPathPrepend","lhs":"as_path","rhs":[1]})"},
+        {"AsPathPrepend", "as_path prepend [ 1 ]",
+         R"({"class":"AsPathPrepend","lhs":"as_path","rhs":[1]})"},
     };
     for (Case const & c : cases) {
         EXPECT_THAT(linesOf(workshop.run({"nodes", c.nodeClass}).out),
-                    testing::Contains("document    " + String(c.example)));
+                    testing::IsSupersetOf(
+                        {"text        " + String(c.text), "document    " + String(c.example)}));
         String json = workshop.run({"nodes", c.nodeClass, "--format", "json"}).out;
         std::erase_if(json, [](char each) { return each == ' ' || each == '\n'; });
         EXPECT_THAT(json, HasSubstr(R"("example":)" + String(c.example) + '}'));

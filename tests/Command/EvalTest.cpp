@@ -186,7 +186,8 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
                                 "condition": {"class": "IntIs", "lhs": "med", "rhs": 5},
                                 "thenBlock": {"class": "Block", "stmts": [
                                   {"class": "ExitExpression", "expr": false}]}})")));
-    String const routes = R"({"prefix": "10.0.0.0/8", "med": 6, "as_path": "2 {3,4}"})"
+    String const routes = R"({"prefix": "10.0.0.0/8", "med": 6, "as_path": "2 {3,4}", )"
+                          R"("source_session.remote.ip_address": "192.0.2.1"})"
                           "\n"
                           R"({"prefix": "2001:db8:1:2:3:4:5:6/128", "med": 5})"
                           "\n"
@@ -200,11 +201,12 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
     EXPECT_EQ(table.exitCode, 0);
     auto const lines = linesOf(table.out);
     ASSERT_GT(lines.size(), 4U);
-    EXPECT_EQ(lines[0], "0        10.0.0.0/8         true    as_path=\"1 2 {3,4}\" "
-                        "community=1:2,65535:65281 local_preference=200");
-    EXPECT_EQ(lines[1], "1        2001:db8:1:2:3:4:5:6/128 false exitToPoa");
-    EXPECT_EQ(lines[2], "2        10.0.0.0/8         unknown");
-    EXPECT_EQ(lines[3], "");
+    EXPECT_EQ(lines[0], "route    prefix              peer             result           changes");
+    EXPECT_EQ(lines[1], "0        10.0.0.0/8          192.0.2.1        true             "
+                        "as_path=\"1 2 {3,4}\" community=1:2,65535:65281 local_preference=200");
+    EXPECT_EQ(lines[2], "1        2001:db8:1:2:3:4:5:6/128 -           false exitToPoa");
+    EXPECT_EQ(lines[3], "2        10.0.0.0/8          -                unknown");
+    EXPECT_EQ(lines[4], "");
     String const summary = table.out.substr(table.out.find("\n\n") + 2);
     EXPECT_LT(linesOf(summary).size(), 60U);
     for (String const & text : {summary, run("none").out}) {
@@ -218,6 +220,72 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
         EXPECT_EQ(counted(text, "  med"), std::nullopt);
         EXPECT_TRUE(counted(text, "routes per second"));
         EXPECT_EQ(text.find("\n\n"), String::npos);
+    }
+}
+
+TEST(Eval, TellsOfTheRoutesThatAreAskedFor) {
+    Workshop const workshop;
+    workshop.write("p.qcf", "function f() {\n"
+                            "  if med is 1 { local_preference = 5; return true }\n"
+                            "  if med is 2 { return false }\n"
+                            "  if med is 3 { return true }\n"
+                            "}\n");
+    workshop.write("r.jsonl", R"({"prefix": "10.0.0.0/8", "med": 1}
+{"prefix": "10.1.0.0/16", "med": 2, "source_session.remote.ip_address": "192.0.2.1"}
+{"prefix": "10.1.0.0/16", "med": 3, "source_session.remote.ip_address": "192.0.2.2"}
+{"prefix": "2001:db8::/32", "med": 4, "source_session.remote.ip_address": "192.0.2.1"}
+)");
+    struct Case {
+        std::vector<String> options;
+        String routes; ///< numbers of those that are told
+    };
+    Case const cases[] = {
+        {{}, "0123"},
+        {{"--prefix", "10.1.0.0/16"}, "12"},
+        {{"--prefix", "10.0.0.0/8"}, "0"},
+        {{"--prefix", "10.0.0.0/8/longer"}, "012"},
+        {{"--prefix", "::/0/longer"}, "3"},
+        {{"--peer", "192.0.2.1"}, "13"},
+        {{"--only", "accepted"}, "02"},
+        {{"--only", "rejected"}, "1"},
+        {{"--only", "unknown"}, "3"},
+        {{"--only", "changed"}, "0"},
+        {{"--peer", "192.0.2.1", "--only", "rejected", "--prefix", "10.0.0.0/8/longer"}, "1"},
+    };
+    for (Case const & c : cases) {
+        std::vector<String> words = {"eval",     "p.qcf",   "--function", "f",
+                                     "--routes", "r.jsonl", "--threads",  "2"};
+        words.insert(words.end(), c.options.begin(), c.options.end());
+        Outcome const table = workshop.run(words);
+        words.insert(words.end(), {"--output", "jsonl"});
+        String told;
+        String tabled;
+        for (String const & line : linesOf(workshop.run(words).out)) {
+            told += line.substr(String(R"({"route":)").size(), 1);
+        }
+        for (String const & line : linesOf(table.out)) {
+            if (line.empty()) {
+                break;
+            }
+            tabled += line.substr(0, 1);
+        }
+        EXPECT_EQ(told, c.routes) << testing::PrintToString(c.options);
+        EXPECT_EQ(tabled, "r" + c.routes) << testing::PrintToString(c.options);
+        EXPECT_EQ(counted(table.out, "routes"), 4U);
+    }
+    EXPECT_EQ(workshop
+                  .run({"eval", "p.qcf", "--function", "f", "--routes", "r.jsonl", "--output",
+                        "jsonl", "--only", "rejected"})
+                  .out,
+              R"({"route":1,"prefix":"10.1.0.0/16","peer":"192.0.2.1","result":"false",)"
+              R"("termination":"noTermination","changes":{}})"
+              "\n");
+    for (char const * const wrong :
+         {"--prefix=10.0.0.1/8", "--prefix=x", "--peer=10.0.0.0/8", "--only=some"}) {
+        EXPECT_EQ(workshop.run({"eval", "p.qcf", "--function", "f", "--routes", "r.jsonl", wrong})
+                      .exitCode,
+                  2)
+            << wrong;
     }
 }
 

@@ -214,7 +214,10 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
             expected.push_back("/functions/0/body/stmts/0" + told.substr(0, blank) +
                                " outOfRange: the constant" + told.substr(blank));
         }
-        EXPECT_EQ(remarksOn(documentOf(node + "," + returnText)), expected) << node;
+        Lines remarks = remarksOn(documentOf(node + "," + returnText));
+        std::erase_if(remarks,
+                      [](String const & line) { return line.find("bareTest") != line.npos; });
+        EXPECT_EQ(remarks, expected) << node;
     }
 }
 
@@ -279,11 +282,14 @@ TEST(Analysis, StatementsThatDoNothing) {
         if (!c.told.empty()) {
             expected.push_back("/functions/8/body/stmts/0" + c.told);
         }
-        EXPECT_EQ(remarksOn(R"({"qcf":"aet/1","functions":[)" + callees +
-                            R"(,{"name":"f","body":)" + block(c.statement + "," + returnText) +
-                            "}]}"),
-                  expected)
-            << c.statement;
+        Lines told =
+            remarksOn(R"({"qcf":"aet/1","functions":[)" + callees + R"(,{"name":"f","body":)" +
+                      block(c.statement + "," + returnText) + "}]}");
+        // Of callees that this one does not call, and of what stands behind, other things are told.
+        std::erase_if(told, [](String const & line) {
+            return !line.starts_with("/functions/8/body/stmts/0");
+        });
+        EXPECT_EQ(told, expected) << c.statement;
     }
 }
 

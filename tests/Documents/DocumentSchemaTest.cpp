@@ -21,10 +21,12 @@ String objectOf(NodeClass const & nodeClass) {
     return nodeClass.attribute == nullptr ? text : R"({"class":")" + String(nodeClass.name) + "\"}";
 }
 
-/// A document with that node, and with the function that examples call.
+/// A document with that node, and with the function that examples call, unless it is that one.
 String documentWith(String const & node) {
-    return R"({"qcf":"aet/1","nodes":[)" + node +
-           R"(],"functions":[{"name":"example","argumentsExpected":true,"body":{"class":"Block"}}]})";
+    bool const isCallee = node.find(R"("funcName":"example")") != String::npos;
+    String const callee = R"({"name":"example","argumentsExpected":true,"body":{"class":"Block"}})";
+    return R"({"qcf":"aet/1","nodes":[)" + node + R"(],"functions":[)" + (isCallee ? "" : callee) +
+           "]}";
 }
 
 /// The object without one of its members.
@@ -85,7 +87,7 @@ TEST(DocumentSchema, WhatAClassMayLeaveOutIsWhatItsReaderTakesAsLeftOut) {
             ++left;
         }
     }
-    EXPECT_GT(left, 200U);
+    EXPECT_GT(left, 150U);
 }
 
 TEST(DocumentSchema, LaysOutWithoutChangingAValue) {

@@ -105,7 +105,7 @@ CommunityListRecord<List> anyCommunities(Random & random) {
 
 TEST(ListPrinter, PrintsAsPeopleWrite) {
     char const * const text = R"(list prefix_list LENGTHS v4 { permit 0.0.0.0/0 ge 8 le 24 }
-list prefix_list "a b" v6 covered { seq 5 deny 2001:db8::/32  permit ::/0 le 128 }
+list prefix_list "a b" v6 covered { seq 5 deny 2001:db8::/32  permit ::/0 }
 list dynamic_prefix_list MEMBERS { vrfs { 1, 2 false }  v4 { permit 192.0.2.0/24 le 26 } }
 list community_list BACKUP {
   permit { 64496:50, no-export }

@@ -37,9 +37,9 @@ TEST(ListReader, ReadsWhatDocumentsHave) {
          R"x({"seq":15,"action":"deny","prefix":"0.0.0.0/0","ge":8,"le":24},)x"
          R"x({"seq":25,"action":"permit","prefix":"1.0.0.0/8"},)x"
          R"x({"seq":35,"action":"permit","prefix":"2.0.0.0/8","ge":9}]})x"},
-        {"prefix_list L v6 covered { permit ::/0 le 48 }", "prefixLists",
+        {"prefix_list L v6 covered { permit ::/0 }", "prefixLists",
          R"x({"family":"v6","covered":true,"entries":[)x"
-         R"x({"seq":10,"action":"permit","prefix":"::/0","le":48}]})x"},
+         R"x({"seq":10,"action":"permit","prefix":"::/0"}]})x"},
         {"dynamic_prefix_list L { v6 { permit 2001:db8::/32 } vrfs { 1, 2 false 3 } }",
          "dynamicPrefixLists",
          R"x({"v4":[],"v6":[{"seq":10,"action":"permit","prefix":"2001:db8::/32"}],)x"

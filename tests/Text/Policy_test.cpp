@@ -151,6 +151,14 @@ TEST(Policy, AMapFileSaysWhatTheMapSays) {
         EXPECT_EQ(fromFile.text(key), direct.text(key));
         EXPECT_NE(direct.text(key), "") << key;
     }
+    EXPECT_NO_THROW(fromFile.mustSuit(read.policy->program()));
+    // That of another policy: it names what is not there, or lacks what is.
+    Read const longer(
+        "function g() { return true }\nfunction f() { return med is 5 and med is 6 }\n");
+    EXPECT_THROW(fromFile.mustSuit(longer.policy->program()), DocumentError);
+    EXPECT_THROW(
+        PlaceMap::of(longer.policy->map(), longer.sources).mustSuit(read.policy->program()),
+        DocumentError);
     std::ofstream(path) << R"({"qcf":"map/1","files":["a"],"nodes":{"1":[1,1,1,1,1,null]}})";
     EXPECT_THROW(PlaceMap::read(path), DocumentError);
 }
@@ -177,7 +185,7 @@ TEST(Policy, ImportsAreReadOnceAndBringNoTests) {
     ASSERT_TRUE(policy);
     EXPECT_THAT(functionNames(*policy), ElementsAre("base", "other", "main"));
     EXPECT_EQ(policy->declarations().tests.size(), 1U);
-    EXPECT_EQ(policy->lists()->tagSets.size(), 1U);
+    EXPECT_EQ(policy->lists(sources)->tagSets.size(), 1U);
     fs::remove_all(folder);
 }
 

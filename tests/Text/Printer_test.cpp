@@ -1,4 +1,6 @@
+#include "Documents/ExampleNode.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
+#include "Text/NodeText.h"
 #include "tests/Documents/DocumentTools.h"
 #include "tests/Text/PrinterTools.h"
 #include "tests/support/RandomDocument.h"
@@ -105,7 +107,7 @@ TEST(Printer, SpellsTestsAndChanges) {
         {R"({"class":"ResolutionRibsAssign","lhs":"resolution_ribs","rhs":
             {"class":"ResolutionRibsImmediate","value":{"entries":[{"name":"a-b","kind":2},
             {"name":"","kind":0},{"name":"x y","kind":1}],"useDefault":true}}})",
-         "resolution_ribs = ribs [a-b:2, \"\":0, \"x y\":1, use_default]"},
+         "resolution_ribs = ribs [ a-b:2, \"\":0, \"x y\":1, use_default ]"},
         {R"({"class":"BandwidthIs","lhs":"ecmp.aggregate_link_bandwidth","rhs":-0.0})",
          "ecmp.aggregate_link_bandwidth is -0.0"},
     });
@@ -411,6 +413,24 @@ TEST(Printer, PrintsRandomDocuments) {
         if (testing::Test::HasFailure()) {
             FAIL() << text;
         }
+    }
+}
+
+// The examples of statements and conditions stand in a body as they are printed.
+TEST(NodeText, ExamplesOfExpressionsReadBackAsTheirClass) {
+    for (NodeClass const & nodeClass : nodeClasses()) {
+        auto const example = Documents::exampleNode(nodeClass);
+        String const text = printNode(*example);
+        EXPECT_FALSE(text.empty()) << nodeClass.name;
+        if (!nodeClass.isKind(NodeKind::expression) || is<Function>(*example)) {
+            continue;
+        }
+        bool const isBuiltIn = text.starts_with("builtin ");
+        auto const policy = readBack("function example(...) { return true }\nfunction f(" +
+                                     String(isBuiltIn ? "..." : "") + ") { " + text + " }\n");
+        ASSERT_TRUE(policy) << nodeClass.name;
+        auto const body = policy->program().find("f")->body();
+        EXPECT_EQ(&body->stmts()->entry()->typeData(), &nodeClass) << text;
     }
 }
 
