@@ -1,4 +1,5 @@
 #include "Command/CheckReport.h"
+#include "Command/Colours.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
@@ -11,6 +12,8 @@
 
 #include <memory>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -273,7 +276,8 @@ int check(Options const & options) {
         addRemarks(document, options, report);
         addLists(document, options, report);
     }
-    standardOutput().write(options.isJson() ? report.jsonLines() : report.text());
+    standardOutput().write(options.isJson() ? report.jsonLines()
+                                           : colouredMessages(report.text(), STDOUT_FILENO));
     // Notes are neither errors nor warnings, which programs are told.
     tell(options.isJson() ? report.notes() : String());
     return report.good(options.strict) ? 0 : 1;

@@ -1,13 +1,18 @@
 #include "Command/Readiness.h"
 
+#include "Command/Colours.h"
 #include "Platform/Render/Utf8.h"
 
 #include <iostream>
 
+#include <unistd.h>
+
 using Qcf::Lists::Finding;
 
 // One write of the whole, so that lines of other threads do not come in between.
-void tell(String const & lines) { std::cerr << lines << std::flush; }
+void tell(String const & lines) {
+    std::cerr << colouredMessages(lines, STDERR_FILENO) << std::flush;
+}
 void tellLine(String const & line) { tell(line + '\n'); }
 
 void addAllowUndefinedLists(CLI::App & command, bool & target) {

@@ -63,12 +63,13 @@ public:
     void operator()(RouteCommunitySet const &) const {
         schema_ = JsonSchema::array(communityValueSchema());
     }
-    void operator()(Routing::Rib::ResolutionRibProfileConfig const & value) const {
+    void operator()(Routing::Rib::ResolutionRibProfileConfig const &) const {
+        using Profile = Routing::Rib::ResolutionRibProfileConfig;
         Object rib;
         rib.member("name", JsonSchema::text());
         rib.member("kind", JsonSchema::integer(0, 255));
         Object profile;
-        profile.member("entries", JsonSchema::array(rib.text(), 0, value.maxEntries),
+        profile.member("entries", JsonSchema::array(rib.text(), 0, Profile::maxEntries),
                        JsonSchema::optional);
         profile.member("useDefault", JsonSchema::boolean(), JsonSchema::optional);
         schema_ = profile.text();
