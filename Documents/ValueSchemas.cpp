@@ -115,12 +115,13 @@ String valueSchema(Acl::CommunityValue const &) {
     return JsonSchema::anyOf({JsonSchema::text(pattern), words.text()});
 }
 
-String valueSchema(Routing::Rib::ResolutionRibProfileConfig const & value) {
+String valueSchema(Routing::Rib::ResolutionRibProfileConfig const &) {
+    using Profile = Routing::Rib::ResolutionRibProfileConfig;
     JsonSchema::Object rib;
     rib.member(word::ribName, JsonSchema::text());
     rib.member(word::ribKind, integerSchema<U8>());
     JsonSchema::Object profile;
-    profile.member(word::ribEntries, JsonSchema::array(rib.text(), 0, value.maxEntries));
+    profile.member(word::ribEntries, JsonSchema::array(rib.text(), 0, Profile::maxEntries));
     profile.member(word::useDefaultRib, JsonSchema::boolean());
     return profile.text();
 }

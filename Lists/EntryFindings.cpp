@@ -45,6 +45,7 @@ private:
 void findCovered(std::vector<PrefixListEntry> const & entries, String const & member,
                  std::vector<EntryFinding> & findings) {
     std::vector<IpGenPrefix> prefixes;
+    prefixes.reserve(entries.size());
     for (PrefixListEntry const & entry : entries) {
         prefixes.push_back(entry.prefix);
     }

@@ -24,7 +24,7 @@ constexpr std::string_view session = "session";
 class RouteReader {
 public:
     RouteReader(Cursor & cursor, Scope const & scope)
-        : cursor_(cursor), scope_(scope), values_(cursor, scope) {}
+        : cursor_(cursor), values_(cursor, scope) {}
 
     String members() {
         cursor_.expect("{", "behind 'route'");
@@ -126,7 +126,6 @@ private:
     }
 
     Cursor & cursor_;
-    Scope const & scope_;
     RouteValues values_;
     std::set<String, std::less<>> keys_;
 };

@@ -216,7 +216,7 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
         }
         Lines remarks = remarksOn(documentOf(node + "," + returnText));
         std::erase_if(remarks,
-                      [](String const & line) { return line.find("bareTest") != line.npos; });
+                      [](String const & line) { return line.find("bareTest") != String::npos; });
         EXPECT_EQ(remarks, expected) << node;
     }
 }

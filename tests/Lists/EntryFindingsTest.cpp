@@ -13,7 +13,6 @@
 namespace Qcf::Lists {
 namespace {
 
-using testing::ElementsAreArray;
 
 /// What is found in a document's one list, as "POINTER: TEXT" for a list that is asked so.
 std::vector<String> foundIn(String const & section, String const & list,

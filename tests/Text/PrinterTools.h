@@ -52,7 +52,7 @@ inline std::optional<Policy> readBack(String const & text) {
 
 /// Prints the program and reads the text back: to equal functions, whose text is the same.
 inline String expectRoundTrip(Documents::Program const & program) {
-    String const text = printPolicy(program);
+    String text = printPolicy(program);
     expectWellFormed(program, text);
     auto const policy = readBack(text);
     if (!policy) {
