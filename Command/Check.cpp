@@ -9,6 +9,7 @@
 #include "Documents/Program.h"
 #include "Lists/ListUses.h"
 #include "Platform/Render/Utf8.h"
+#include "QcfLib/NodeWalk.h"
 
 #include <memory>
 #include <vector>
@@ -71,9 +72,36 @@ void addUnread(UnreadFunction const & unread, Options const & options, CheckRepo
     }
 }
 
+/// Links of chains and operators are asked by the nodes that have them.
+bool isSane(Qcf::Eval::AetNodeBase const & node, Function const & function) {
+    using Qcf::Eval::NodeKind;
+    if (node.typeData().isKind(NodeKind::expression)) {
+        return static_cast<Qcf::Eval::Expression const &>(node).verifySanity(function.metadata());
+    }
+    return !node.typeData().isKind(NodeKind::storageType) ||
+           static_cast<Qcf::Eval::StorageType const &>(node).verifySanity(function.metadata());
+}
+
+/// The first node that is not sane and has none below that is not either.
+Qcf::Eval::AetNodeBase const & insaneNode(Function const & function) {
+    Qcf::Eval::AetNodeBase const * found = &function;
+    bool isFound = false;
+    walkTree(
+        function,
+        [&](Qcf::Eval::WalkedNode const & at) {
+            bool const isCallee = &at.node != &function && Qcf::Eval::is<Function>(at.node);
+            bool const isLink = at.node.typeData().facts.isLink;
+            bool const isInsane = !isFound && !isCallee && (isLink || !isSane(at.node, function));
+            found = isInsane && !isLink ? &at.node : found;
+            return isInsane;
+        },
+        [&](Qcf::Eval::AetNodeBase const & node) { isFound = isFound || &node == found; });
+    return *found;
+}
+
 // Functions that were read and those that were not are each in the order of the document, and are
 // told as one list.
-void addFunctions(Document const & document, Options const & options, CheckReport & report) {
+void addFunctions(Document & document, Options const & options, CheckReport & report) {
     SanityTrace trace;
     auto const & program = document.program();
     auto const outermost = Qcf::Documents::outermostOf(program.functions);
@@ -88,6 +116,11 @@ void addFunctions(Document const & document, Options const & options, CheckRepor
         String const & fault = program.faults[i].eval;
         bool const sane = function.verifySanity(function.metadata());
         String const reason = trace.takeReason();
+        if (!sane && document.file.isText()) {
+            document.file.messageIs(insaneNode(function), "insane", "not sane: " + reason,
+                                    Qcf::Text::Severity::error);
+            trace.takeReason();
+        }
         // Missing arguments are a fault only of a function that nobody calls, which is certain only
         // where all functions could be read.
         bool const evaluable = fault.empty() || !outermost[i] || !document.unread.empty();
@@ -118,6 +151,15 @@ CheckReport::Place placeOf(PolicyFile const & file, Qcf::Documents::Remark const
     return CheckReport::Place::of(file.placeOf(*remark.node, *remark.function));
 }
 
+void addMessages(Qcf::Text::Messages const & messages, Qcf::Text::Sources const & sources,
+                 CheckReport & report) {
+    for (Qcf::Text::Message const & message : messages.all()) {
+        bool const isError = message.severity == Qcf::Text::Severity::error;
+        report.findingIs(isError ? Severity::error : Severity::warning, message.code,
+                         placeOf(message, sources), message.text, message.suggestion, true);
+    }
+}
+
 /// What the reader of a text told, and with it what the analysis finds in the text: to people on
 /// standard error with the lines, to programs as the other findings.
 void addMessages(PolicyFile & file, std::vector<Qcf::Documents::Remark> const & remarks,
@@ -126,11 +168,7 @@ void addMessages(PolicyFile & file, std::vector<Qcf::Documents::Remark> const & 
         file.messageIs(*remark.node, remarkName(remark.kind), remark.text);
     }
     file.sortMessages();
-    for (Qcf::Text::Message const & message : file.messages().all()) {
-        bool const isError = message.severity == Qcf::Text::Severity::error;
-        report.findingIs(isError ? Severity::error : Severity::warning, message.code,
-                         placeOf(message, file.sources()), message.text, message.suggestion, true);
-    }
+    addMessages(file.messages(), file.sources(), report);
     if (options.format == "text") {
         file.tellMessages();
     }
@@ -177,6 +215,8 @@ ListFinding listFinding(Finding::Kind kind) {
         return {Severity::warning, "coveredEntry"};
     case Finding::Kind::anchoredPattern:
         return {Severity::warning, "anchoredPattern"};
+    case Finding::Kind::foreignPattern:
+        return {Severity::warning, "foreignPattern"};
     }
     return {Severity::error, ""};
 }
@@ -185,6 +225,15 @@ ListFinding listFinding(Finding::Kind kind) {
 /// Documents know a kind by the name of its member, lists by its number.
 std::vector<Qcf::Lists::ListUse> usesIn(Document const & document, String const & fileName) {
     std::vector<Qcf::Lists::ListUse> uses;
+    if (document.file.hasMap() && !document.file.isText()) {
+        // With a map places are lines.
+        auto const placeOf = [&](auto const &... at) { return document.file.placeOf(at...); };
+        for (auto const & function : document.program().functions) {
+            auto const reached = Qcf::Lists::reachedLists(*function, placeOf);
+            uses.insert(uses.end(), reached.begin(), reached.end());
+        }
+        return uses;
+    }
     for (auto const & list : document.program().lists) {
         // A text's places name their file, which may be an imported one.
         String const place = document.file.isText() ? list.pointer : fileName + ':' + list.pointer;
@@ -219,6 +268,12 @@ void addLists(Document const & document, Options const & options, CheckReport & 
     PtrConst<Qcf::Lists::NamedLists> lists;
     try {
         lists = document.file.listsWith(options.lists, &entries);
+    } catch (TextError const & error) {
+        if (!options.isJson()) {
+            throw;
+        }
+        addMessages(error.messages(), error.sources(), report);
+        return;
     } catch (DocumentError const & error) {
         if (!options.isJson()) {
             throw;
@@ -277,7 +332,7 @@ int check(Options const & options) {
         addLists(document, options, report);
     }
     standardOutput().write(options.isJson() ? report.jsonLines()
-                                           : colouredMessages(report.text(), STDOUT_FILENO));
+                                            : colouredMessages(report.text(), STDOUT_FILENO));
     // Notes are neither errors nor warnings, which programs are told.
     tell(options.isJson() ? report.notes() : String());
     return report.good(options.strict) ? 0 : 1;

@@ -67,7 +67,7 @@ int compile(Options const & options) {
     });
     if (!options.listsOut.empty()) {
         writeFile(options.listsOut, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
-            Qcf::Lists::writeLists(policy.text()->listRecords(), renderer);
+            Qcf::Lists::writeLists(policy.listRecordsWith(options.lists), renderer);
         });
     }
     if (!options.mapOut.empty()) {

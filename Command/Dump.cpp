@@ -85,6 +85,22 @@ void dumpJson(Program const & program) {
     standardOutput().write("\n");
 }
 
+// A text has its lists with it.
+void dumpPolicy(PolicyFile const & policy, Function const * only) {
+    if (only != nullptr) {
+        standardOutput().write(Qcf::Text::printPolicy(policy.program(), *only));
+        return;
+    }
+    String lists;
+    if (policy.text() != nullptr) {
+        lists = Qcf::Text::printLists(policy.text()->listRecords());
+    }
+    String const functions = Qcf::Text::printPolicy(policy.program());
+    standardOutput().write(lists);
+    standardOutput().write(lists.empty() || functions.empty() ? "" : "\n");
+    standardOutput().write(functions);
+}
+
 /// The lists of a lists document; nothing where it is none.
 std::optional<std::vector<Qcf::Lists::ListRecord>> listsOf(String const & path) {
     String text = readFile(path);
@@ -107,7 +123,8 @@ int dump(Options const & options) {
             return 0;
         }
     }
-    Program const program = PolicyFile::read(options.policy).program();
+    PolicyFile const policy = PolicyFile::read(options.policy);
+    Program const & program = policy.program();
     PtrConst<Function> only;
     // Before anything is written, so that a misspelt name leaves no half an output.
     if (!options.function.empty()) {
@@ -119,8 +136,7 @@ int dump(Options const & options) {
         return 0;
     }
     if (options.format == "qcf") {
-        standardOutput().write(only ? Qcf::Text::printPolicy(program, *only)
-                                    : Qcf::Text::printPolicy(program));
+        dumpPolicy(policy, only.get());
         return 0;
     }
     for (PtrConst<Function> const & function : program.functions) {

@@ -1,9 +1,12 @@
 #include "Command/PolicyFile.h"
 
+#include "Command/Command.h"
 #include "Command/Readiness.h"
 #include "Lists/ListRecord.h"
 #include "Lists/ListsDocument.h"
+#include "Platform/Render/JsonDocument.h"
 
+#include <map>
 #include <sstream>
 
 namespace {
@@ -33,6 +36,21 @@ PtrConst<NamedLists> listsOf(Qcf::Text::Policy const & policy, Sources const & s
     return policy.lists(sources);
 }
 
+std::vector<Qcf::Lists::ListRecord> listRecordsOf(String const & file) {
+    String text = readFile(file);
+    if (Qcf::Text::isJson(text)) {
+        auto const document = JsonDocument::parse(std::move(text), file);
+        return Qcf::Lists::readListRecords(document.root(), file, tellLine);
+    }
+    auto const sources = std::make_shared<Sources>();
+    Messages messages;
+    auto const policy = Qcf::Text::readPolicyText(std::move(text), file, *sources, messages);
+    if (!policy) {
+        throw TextError(std::move(messages), sources);
+    }
+    return policy->listRecords();
+}
+
 } // namespace
 
 void PolicyFile::Options::addTo(CLI::App & command) {
@@ -42,6 +60,11 @@ void PolicyFile::Options::addTo(CLI::App & command) {
     command.add_option("--map", map, "Source map of a compiled document (qcf compile --map-out)")
         ->type_name("FILE");
 }
+
+TextError::TextError(Messages messages, std::shared_ptr<Sources const> sources)
+    : DocumentError(printed(messages, *sources)),
+      messages_(std::move(messages)),
+      sources_(std::move(sources)) {}
 
 PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong along) {
     PolicyFile file = readAll(options, along);
@@ -67,6 +90,9 @@ PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlon
             }
         }
         return file;
+    }
+    if (!options.map.empty()) {
+        throw UsageError("--map is for a document; " + options.path + " has its places itself");
     }
     file.text_ =
         Qcf::Text::readPolicyText(std::move(text), options.path, *file.sources_, file.messages_);
@@ -95,10 +121,10 @@ Qcf::Text::PlaceMap const & PolicyFile::map() const {
 }
 
 void PolicyFile::messageIs(Qcf::Eval::AetNodeBase const & node, char const * code,
-                           String const & text) {
+                           String const & text, Qcf::Text::Severity severity) {
     auto const * const entry = text_->map().find(node.aetNodeKey());
     Qcf::Text::Span const span = entry == nullptr ? Qcf::Text::Span() : entry->span;
-    messages_.add({span, Qcf::Text::Severity::warning, code, text});
+    messages_.add({span, severity, code, text});
 }
 
 void PolicyFile::tellMessages() const {
@@ -118,16 +144,36 @@ PtrConst<NamedLists> PolicyFile::listsWith(String const & file,
     return own ? Qcf::Lists::mergeLists(*own, *over) : over;
 }
 
+std::vector<Qcf::Lists::ListRecord> PolicyFile::listRecordsWith(String const & file) const {
+    auto records = text_ ? text_->listRecords() : std::vector<Qcf::Lists::ListRecord>();
+    if (file.empty()) {
+        return records;
+    }
+    std::map<std::pair<Qcf::Lists::ListKind, String>, std::size_t> known;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        known.emplace(std::pair(records[i].kind(), records[i].name), i);
+    }
+    for (auto & record : listRecordsOf(file)) {
+        auto const at = known.find({record.kind(), record.name});
+        if (at == known.end()) {
+            records.push_back(std::move(record));
+        } else {
+            records[at->second] = std::move(record);
+        }
+    }
+    return records;
+}
+
 PtrConst<NamedLists> readListsOf(String const & file, Qcf::Lists::EntryFindings * findings) {
     String text = readFile(file);
     if (Qcf::Text::isJson(text)) {
         return Qcf::Lists::readLists(std::move(text), file, tellLine, findings);
     }
-    Sources sources;
+    auto const sources = std::make_shared<Sources>();
     Messages messages;
-    auto const policy = Qcf::Text::readPolicyText(std::move(text), file, sources, messages);
+    auto const policy = Qcf::Text::readPolicyText(std::move(text), file, *sources, messages);
     if (!policy) {
-        throw DocumentError(printed(messages, sources));
+        throw TextError(std::move(messages), sources);
     }
-    return listsOf(*policy, sources, findings);
+    return listsOf(*policy, *sources, findings);
 }

@@ -45,7 +45,8 @@ public:
         return hasMap() ? map().find(node.aetNodeKey()) : nullptr;
     }
     /// Adds what was found at a node of a text to the messages.
-    void messageIs(Qcf::Eval::AetNodeBase const & node, char const * code, String const & text);
+    void messageIs(Qcf::Eval::AetNodeBase const & node, char const * code, String const & text,
+                   Qcf::Text::Severity severity = Qcf::Text::Severity::warning);
     /// Brings the messages into the order of the texts again.
     void sortMessages() { messages_.sort(); }
     /// Whether nodes have places in a text.
@@ -58,6 +59,9 @@ public:
     /// found about entries of either, where it is given.
     PtrConst<Qcf::Lists::NamedLists>
     listsWith(String const & file, Qcf::Lists::EntryFindings * findings = nullptr) const;
+
+    /// The lists of the text as records, those of the file over them, for who writes them.
+    std::vector<Qcf::Lists::ListRecord> listRecordsWith(String const & file) const;
 
     /// The text that it was; null for a document.
     Qcf::Text::Policy const * text() const { return text_ ? &*text_ : nullptr; }
@@ -75,6 +79,21 @@ private:
     Qcf::Text::Messages messages_;
 };
 
-/// Lists from a lists document or from a policy text. `findings` as above.
+/// Errors of a policy text that lists were wanted from: as one error for people, and each by
+/// itself.
+class TextError : public DocumentError {
+public:
+    TextError(Qcf::Text::Messages messages, std::shared_ptr<Qcf::Text::Sources const> sources);
+
+    Qcf::Text::Messages const & messages() const { return messages_; }
+    Qcf::Text::Sources const & sources() const { return *sources_; }
+
+private:
+    Qcf::Text::Messages messages_;
+    std::shared_ptr<Qcf::Text::Sources const> sources_;
+};
+
+/// Lists from a lists document or from a policy text. `findings` as above. Throws DocumentError, of
+/// a text TextError.
 PtrConst<Qcf::Lists::NamedLists> readListsOf(String const & file,
                                              Qcf::Lists::EntryFindings * findings = nullptr);

@@ -137,9 +137,13 @@ String outOfRange(IntModifiable const & target, Int const & operand, bool assign
     bool const isDefault = assigns && value == S128(target.defaultValue());
     bool const fits = isDefault || (assigns ? value >= target.min() && value <= target.max()
                                             : abs(value) <= S128(target.max()));
-    return fits ? String()
-                : nameOf(operand) + " is out of the range of " + target.toStrep() + ", " +
-                      IntSpan(target.min(), target.max()).text();
+    if (fits) {
+        return {};
+    }
+    String const kept = std::to_string(value < S128(target.min()) ? target.min() : target.max());
+    return nameOf(operand) + " is out of the range of " + target.toStrep() + ", " +
+           IntSpan(target.min(), target.max()).text() +
+           (assigns ? "; it is written as " + kept : String());
 }
 
 /// Of a node that writes to an integer attribute; empty for others. By what the fields want, as all

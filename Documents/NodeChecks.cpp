@@ -40,8 +40,7 @@ void checkOperands(Place const & place, AetNodeBase const & node, Children child
         }
         NodeFacts const * const facts = *child++;
         if (facts != nullptr && facts->returns && plays(field, FieldRole::operand)) {
-            place.fail(Position{node.typeData(), field}.subject(), "operand that does not return",
-                       "one that can");
+            place.fail(Position{node.typeData(), field}.subject(), wantsNoReturn, "one that can");
         }
     }
 }

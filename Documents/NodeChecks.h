@@ -5,6 +5,9 @@
 
 namespace Qcf::Documents {
 
+/// What is wanted of an operand out of which a return would come.
+inline constexpr std::string_view wantsNoReturn = "operand that does not return";
+
 /// Refuses, with a DocumentError at `place`, a node that evaluation would stop the process at or
 /// that is beyond the limits on trees: an operand that returns, a call whose arguments are not
 /// those that its callee reads, bounds of ranges that do not match. Whatever passes can be

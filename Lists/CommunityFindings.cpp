@@ -148,6 +148,14 @@ private:
                                     " sees all communities of a route joined: only the first can "
                                     "meet ^, only the last $"});
         }
+        constexpr bool isExt = std::is_same_v<List, ExtCommunityList>;
+        if (wantsForeignLetter(text, isExt ? "abcdefx" : "")) {
+            findings.push_back({Kind::foreignPattern, pointerOf(number),
+                                "the pattern of the entry with number " +
+                                    std::to_string(number + 1) +
+                                    " never matches: communities are seen as " +
+                                    (isExt ? "0x and 16 hexadecimal digits" : "numbers")});
+        }
     }
 
     void set(std::size_t number, Entry const & entry) {

@@ -33,6 +33,9 @@ bool EntryFinding::holdsFor(ListQuestions const & asked) const {
     if (kind == Kind::anchoredPattern) {
         return asked.matches;
     }
+    if (kind == Kind::foreignPattern) {
+        return true;
+    }
     bool const isAsked = asked.matches || asked.single || asked.exact || asked.unites;
     ListQuestions const all = isAsked ? asked : ListQuestions{true, true, true, true};
     return (idleIn.matches || !all.matches) && (idleIn.single || !all.single) &&
@@ -62,6 +65,36 @@ bool hasLoneAnchor(std::string_view pattern) {
                                                                      : 0;
         } else if ((rest.front() == '^' || rest.front() == '$') && isLone(pattern, at)) {
             return true;
+        }
+    }
+    return false;
+}
+
+bool wantsForeignLetter(std::string_view pattern, std::string_view letters) {
+    if (pattern.find('|') != std::string_view::npos ||
+        pattern.find("(?") != std::string_view::npos) {
+        return false;
+    }
+    bool inClass = false;
+    U32 inGroup = 0;
+    for (std::size_t at = 0; at < pattern.size(); ++at) {
+        char const c = pattern[at];
+        char const next = at + 1 < pattern.size() ? pattern[at + 1] : '\0';
+        if (c == '\\') {
+            ++at;
+        } else if (inClass) {
+            inClass = c != ']';
+        } else if (c == '[') {
+            inClass = true;
+            at += next == ']' || next == '^' ? 1 : 0;
+        } else if (c == '(' || c == ')') {
+            inGroup += c == '(' ? 1 : 0;
+            inGroup -= c == ')' && inGroup != 0 ? 1 : 0;
+        } else if (((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) && inGroup == 0) {
+            bool const isOptional = next == '*' || next == '?' || next == '{';
+            if (!isOptional && letters.find(c) == std::string_view::npos) {
+                return true;
+            }
         }
     }
     return false;

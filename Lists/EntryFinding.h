@@ -20,6 +20,7 @@ struct EntryFinding {
     enum class Kind : U8 {
         coveredEntry,    ///< whatever it matches, an earlier one decides
         anchoredPattern, ///< `^` or `$`, where a pattern sees all communities joined
+        foreignPattern,  ///< it wants a letter that no community is written with
     };
 
     Kind kind;
@@ -40,5 +41,9 @@ EntryFinding coveredEntry(String pointer, char const * what, U64 own, U64 earlie
 /// Whether a pattern that sees communities joined by blanks has an anchor that only the first or
 /// the last of them can meet. Of `(^| )`, `^.*` and `^$` none is.
 bool hasLoneAnchor(std::string_view pattern);
+
+/// Whether every match of the pattern wants a letter besides these: certain, so that patterns with
+/// alternatives or flags are none of them.
+bool wantsForeignLetter(std::string_view pattern, std::string_view letters);
 
 } // namespace Qcf::Lists

@@ -40,6 +40,7 @@ struct Finding {
         unusedList,
         coveredEntry,    ///< an entry that an earlier one covers
         anchoredPattern, ///< `^` or `$` in a pattern that sees all communities joined
+        foreignPattern,  ///< a pattern with a letter that no community is written with
     };
 
     Kind kind;

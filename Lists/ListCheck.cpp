@@ -60,6 +60,18 @@ bool isDefined(NamedLists const & lists, ListKind kind, String const & name) {
     return defined;
 }
 
+Kind kindOf(EntryFinding::Kind kind) {
+    switch (kind) {
+    case EntryFinding::Kind::coveredEntry:
+        return Kind::coveredEntry;
+    case EntryFinding::Kind::anchoredPattern:
+        return Kind::anchoredPattern;
+    case EntryFinding::Kind::foreignPattern:
+        return Kind::foreignPattern;
+    }
+    return Kind::coveredEntry;
+}
+
 class Check {
 public:
     Check(FunctionMetadata const & metadata, NamedLists const & lists,
@@ -133,9 +145,7 @@ private:
         ListQuestions const questions = questionsOf(kind, name);
         for (EntryFinding const & finding : at->second) {
             if (finding.holdsFor(questions)) {
-                bool const isCovered = finding.kind == EntryFinding::Kind::coveredEntry;
-                add(isCovered ? Kind::coveredEntry : Kind::anchoredPattern,
-                    hasPointers ? place + finding.pointer : place,
+                add(kindOf(finding.kind), hasPointers ? place + finding.pointer : place,
                     listText(kind, name) + ": " + finding.text);
             }
         }

@@ -142,6 +142,21 @@ Draft * BodyParser::call() {
     return made.call;
 }
 
+// A number as a table, or one that is no state: documents may pass it, and nothing ever matches.
+void BodyParser::warnOfNumber(Draft const & argument, std::size_t position) {
+    bool const isNumber = argument.nodeClass == &nodeClassOf<IntImmediate>();
+    if (isNumber && position == 0) {
+        cursor_.warn(argument.span, "argument-type",
+                     "a number names no ROA table; 'roa_table NAME' does");
+    }
+    if (isNumber && position == 1 &&
+        std::get<U64>(argument.fields[0]) >
+            *nodeClassOf<Attribute::OriginValidationState>().attribute->max) {
+        cursor_.warn(argument.span, "argument-type",
+                     "no state of origin validation; there are valid, not_found and invalid");
+    }
+}
+
 // The states of origin validation have names as the argument that takes them.
 std::vector<Draft *> BodyParser::arguments(std::string_view callee) {
     bool const validates = callee == nodeClassOf<MatchOriginAsValidityImplExpr>().facts.words;
@@ -156,6 +171,9 @@ std::vector<Draft *> BodyParser::arguments(std::string_view callee) {
         Draft * const argument = value(want);
         if (!argument->isKind(NodeKind::storageType)) {
             cursor_.fail(argument->span, "type", "an argument is a value, not a condition");
+        }
+        if (validates) {
+            warnOfNumber(*argument, values.size());
         }
         values.push_back(argument);
         if (!cursor_.accept(",") && !cursor_.is(")")) {

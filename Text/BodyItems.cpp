@@ -82,6 +82,7 @@ bool BodyParser::takeSetConstant(Items & items) {
     Span const span = cursor_.here();
     cursor_.take();
     constant->isUsed = true;
+    scope_.constants.splice(cursor_, span, constant->items.size());
     for (ConstantItem const & each : constant->items) {
         (each.high ? items.lows : items.singles).push_back(literalAt(each.low, span));
         if (each.high) {

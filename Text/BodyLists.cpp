@@ -88,6 +88,7 @@ Draft * BodyParser::makeList(Draft * left, std::string_view words, Token const &
     }
     Token const nameToken = cursor_.now();
     String const listName = name(("a " + kindText).c_str());
+    refuseCommunityName(listName, nameToken, kindText);
     auto const given = slot();
     Operator const * const row = findListOperator(words, *left->nodeClass, kind);
     Draft * const draft = tree_.add(*row->nodeClass, cursor_.since(left->span), {left, listName});
@@ -96,6 +97,25 @@ Draft * BodyParser::makeList(Draft * left, std::string_view words, Token const &
     }
     noteList(kind, listName, cursor_.spanOf(nameToken), draft);
     return draft;
+}
+
+// "1:1" in quotes, NO_EXPORT: communities without their braces, which no list is called as.
+void BodyParser::refuseCommunityName(String const & name, Token const & at,
+                                     String const & kindText) {
+    String folded = name;
+    std::ranges::transform(folded, folded.begin(), [](char c) {
+        return c == '_' ? '-' : c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    auto const literal = parseLiteral(folded);
+    bool const isCommunity =
+        literal &&
+        (std::holds_alternative<Acl::CommunityValue>(*literal) ||
+         (std::holds_alternative<Integer>(*literal) && folded.find_first_of(":-") != String::npos));
+    if (isCommunity) {
+        cursor_.fail(cursor_.spanOf(at), "list-wanted",
+                     "wants the name of a " + kindText + ", found '" + name + "'", {},
+                     "communities stand in braces: '{ " + folded + " }'");
+    }
 }
 
 std::optional<U64> BodyParser::slot() {

@@ -172,6 +172,39 @@ void BodyParser::refuseElement(Draft const & right, FieldInfo const & wanted) {
     }
 }
 
+// Types tell extended and large communities not apart, but their spellings do.
+void BodyParser::warnOfCommunityKind(Draft const & set, Draft const & value) {
+    AttributeInfo const * const attribute = set.nodeClass->attribute;
+    bool const ofExt = attribute != nullptr && attribute->lists == SlotKind::extCommList;
+    bool const ofLarge = attribute != nullptr && attribute->lists == SlotKind::largeCommList;
+    if (!ofExt && !ofLarge) {
+        return;
+    }
+    auto const * const members =
+        value.isKind(NodeKind::communitySet) && value.nodeClass->attribute == nullptr
+            ? std::get_if<DraftChain>(&value.fields[0])
+            : nullptr;
+    auto const check = [&](Draft const & member) {
+        String const text = textOf(member);
+        bool const isExt = text.starts_with("0x") || text.starts_with("rt:") ||
+                           text.starts_with("soo:") || text.starts_with("lbw:");
+        bool const isLarge = !isExt && text.find(':') != text.rfind(':') &&
+                             text.find_first_not_of("0123456789:") == String::npos;
+        if (ofExt ? isLarge : isExt) {
+            cursor_.warn(member.span, "community-kind",
+                         "'" + text + "' is " + (isLarge ? "a large" : "an extended") +
+                             " community, which is none of " + attribute->languageName);
+        }
+    };
+    if (members != nullptr) {
+        for (Draft const * const member : *members) {
+            check(*member);
+        }
+    } else if (value.isKind(NodeKind::communityValue)) {
+        check(value);
+    }
+}
+
 void BodyParser::failNoOperator(Draft const & left, std::string_view words, Token const & at) {
     // Sets are changed by words, numbers by signs.
     String const suggestion = !isSet(left)    ? ""

@@ -156,6 +156,7 @@ private:
     Draft * prefixList(SlotKind kind);
     Draft * roaTable();
     Draft * openPrefixList(Token const & name);
+    void refuseCommunityName(String const & name, Token const & at, String const & kindText);
     std::optional<U64> slot();
     void noteList(SlotKind kind, String const & name, Span const & span, Draft * draft,
                   bool isOpen = false);
@@ -195,6 +196,8 @@ private:
     [[noreturn]] void failNoTest(Draft * left);
     [[noreturn]] void failUnknown(Token const & token, Want const & want);
     void refuseUnseen(Token const & token);
+    void warnOfNumber(Draft const & argument, std::size_t position);
+    void warnOfCommunityKind(Draft const & set, Draft const & value);
     static String suggestOperator(Draft const & left, std::string_view word);
     Fits fitting(Want const & want) const;
     String suggestValue(std::string_view text, Want const & want) const;

@@ -10,6 +10,7 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 void BodyParser::constantElements(Constant const & constant, Span const & span,
                                   std::vector<Draft *> & elements) {
     constant.isUsed = true;
+    scope_.constants.splice(cursor_, span, constant.items.size());
     for (ConstantItem const & item : constant.items) {
         if (item.high) {
             cursor_.fail(span, "range",

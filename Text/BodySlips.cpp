@@ -25,6 +25,25 @@ String digitsOfAs(std::string_view word) {
                                                                                     : "";
 }
 
+/// A reserved word or a literal that is the same but for the case: "return" for "RETURN", "10Gbps"
+/// for "10gbps". Empty for all others.
+String otherCase(std::string_view word) {
+    String lower(word);
+    std::ranges::transform(lower, lower.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    if (std::ranges::binary_search(keywords(), lower) || parseLiteral(lower)) {
+        return lower;
+    }
+    constexpr std::size_t unit = 4; // "Gbps"
+    if (lower.size() > unit) {
+        char & multiple = lower[lower.size() - unit];
+        multiple =
+            multiple >= 'a' && multiple <= 'z' ? static_cast<char>(multiple - 'a' + 'A') : multiple;
+    }
+    return parseLiteral(lower) ? lower : String();
+}
+
 } // namespace
 
 // Parameters, constants and functions may be called as such a word is.
@@ -182,8 +201,9 @@ String BodyParser::suggestValue(std::string_view text, Want const & want) const 
     if (!named.empty()) {
         return named;
     }
-    String const digits = digitsOfAs(text);
-    return digits.empty() ? suggestName(text, scope_, fitting(want)) : digits;
+    String found = digitsOfAs(text);
+    found = found.empty() ? suggestName(text, scope_, fitting(want)) : found;
+    return found.empty() ? otherCase(text) : found;
 }
 
 // What may stand in the place of the word at the cursor: it is on the right of an operator, an
@@ -229,6 +249,10 @@ void BodyParser::refuseUnseen(Token const & token) {
     }
     if (scope_.declared.hasFunction(text)) {
         cursor_.fail(span, "call-as-value", "'" + text + "' is a function: '" + text + "()'");
+    }
+    if (findBuiltIn(text) != nullptr) {
+        cursor_.fail(span, "call-as-value",
+                     "'" + text + "' is a built-in function: '" + text + "(...)'");
     }
     if (scope_.declared.hasConstant(text)) {
         cursor_.fail(span, "unknown-name", "'" + text + "' is used above its declaration");

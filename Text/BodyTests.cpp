@@ -165,6 +165,8 @@ Draft * BodyParser::make(Draft * left, std::string_view words, Draft * right, To
     if (row == nullptr) {
         failOperator(left, words, right, at);
     }
+    warnOfCommunityKind(*left, *right);
+    warnOfCommunityKind(*right, *left);
     return tree_.add(*row->nodeClass, cursor_.since(left->span), {left, right});
 }
 

@@ -63,6 +63,7 @@ private:
             if (inner != nullptr && inner->isSet) {
                 inner->isUsed = true;
                 cursor_.take();
+                above_.constants.splice(cursor_, span, inner->items.size());
                 for (ConstantItem const & item : inner->items) {
                     add(item, span);
                 }

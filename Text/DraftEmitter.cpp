@@ -1,5 +1,6 @@
 #include "Text/DraftEmitter.h"
 
+#include "Documents/NodeChecks.h"
 #include "QcfLib/QcfEval.h"
 #include "Text/DraftFields.h"
 
@@ -27,6 +28,9 @@ private:
                     std::string_view found) const override {
         String text = subject.empty() ? String() : String(subject) + ' ';
         text += "wants " + String(wanted) + ", found " + String(found);
+        if (wanted == Documents::wantsNoReturn) {
+            text = "an operand cannot 'return'; 'exit' leaves the whole evaluation";
+        }
         messages_.add({draft_.span, Severity::error, "tree", std::move(text)});
         throw Recovery{};
     }

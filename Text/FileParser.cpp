@@ -35,8 +35,11 @@ public:
                 words->second.push_back(toWord(item.low) + high);
             }
         }
+        constants_.spliced += words->second.size();
         return words->second;
     }
+
+    bool isExhausted() const override { return constants_.spliced > Constants::mostSpliced; }
 
     std::vector<std::string_view> names() const override {
         std::vector<std::string_view> all;

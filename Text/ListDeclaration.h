@@ -15,6 +15,8 @@ public:
     /// The literals that stand for the name, in their order, a range as one word ("5..9"); none
     /// where there is no such constant.
     virtual std::span<String const> wordsOf(std::string_view name) const = 0;
+    /// Whether more of them were asked for than a text may have.
+    virtual bool isExhausted() const { return false; }
     /// All names, for suggestions.
     virtual std::vector<std::string_view> names() const { return {}; }
 };

@@ -200,7 +200,13 @@ ListEntryReader::readPattern(Lists::WrittenPattern (*make)(std::string_view)) {
 }
 
 std::span<String const> ListEntryReader::constantWords() const {
-    return cursor_.isWord() ? constants_.wordsOf(cursor_.text()) : std::span<String const>();
+    auto const words =
+        cursor_.isWord() ? constants_.wordsOf(cursor_.text()) : std::span<String const>();
+    if (constants_.isExhausted()) {
+        cursor_.fail(cursor_.here(), "constants",
+                     "constants stand for too many elements in this text");
+    }
+    return words;
 }
 
 void ListEntryReader::failName(std::span<std::string_view const> others) {

@@ -41,7 +41,7 @@ public:
             out.size() - lineStart + entries_.size() + (sizes_.size() + 2) * 2;
         out += '{';
         if (empty()) {
-            out += ' ';
+            // Nothing stands between them.
         } else if (width <= longestLine && entries_.find('\n') == String::npos) {
             appendLine(out);
         } else {
@@ -133,7 +133,7 @@ String textOf(typename CommunityListRecord<List>::Entry const & entry) {
         text += text.size() == 1 ? " " : ", ";
         text += wordOf(community, kind);
     }
-    return text + " }";
+    return entry.communities.empty() ? "{}" : text + " }";
 }
 
 /// The body of a list; writes what stands before it besides kind and name.

@@ -1,6 +1,8 @@
 #include "Text/ListResolver.h"
 
+#include "Platform/Routing/CommunityText.h"
 #include "QcfLib/QcfEval.h"
+#include "Text/Cursor.h"
 #include "Text/DeclaredLists.h"
 
 #include <set>
@@ -33,6 +35,9 @@ public:
         }
         for (TestDeclaration & test : declarations_.tests) {
             settle(test.uses);
+        }
+        for (TestDeclaration const & test : declarations_.tests) {
+            checkBound(test);
         }
         if (!messages_.hasErrors()) {
             warnUnused();
@@ -67,8 +72,29 @@ private:
         }
     }
 
+    // What a test binds stands in for a list: for one that is there, and is of the same family.
+    void checkBound(TestDeclaration const & test) {
+        std::set<std::pair<ListKind, std::string_view>> bound;
+        for (ListDeclaration const & list : test.lists) {
+            if (!bound.emplace(list.kind(), list.name()).second) {
+                error(list.nameSpan, "duplicate-list", "the " + named(list) + " is bound twice");
+            }
+            ListDeclaration const * const declared = lists_.find(list.kind(), list.name());
+            if (declared != nullptr && list.kind() == ListKind::prefixList &&
+                declared->isV4() != list.isV4()) {
+                error(list.nameSpan, "list-family", named(list) + " is of the other family", {},
+                      declaredAt(*declared));
+            }
+            if (!named_.contains({list.kind(), String(list.name())}) && declared == nullptr) {
+                messages_.add({list.nameSpan, Severity::warning, "unused",
+                               "nothing asks the " + named(list) + " that is bound"});
+            }
+        }
+    }
+
     void settle(BodyUses & uses) {
         for (ListUse & use : uses.lists) {
+            named_.emplace(declaredKind(use.kind), use.name);
             ListDeclaration const * const declared = use.isOpen ? openFamily(use) : known(use);
             if (declared != nullptr) {
                 used_.insert(declared);
@@ -131,7 +157,11 @@ private:
         if (declarations_.faultyLists.contains(use.name) || isOtherKind(use, kind)) {
             return;
         }
-        String const suggestion = lists_.nearestName(kind, use.name);
+        String suggestion = lists_.nearestName(kind, use.name);
+        if (suggestion.empty() && kind == ListKind::communityList) {
+            String const community = nearest(use.name, wellKnownCommunityNames());
+            suggestion = community.empty() ? "" : "{ " + community + " }";
+        }
         if (!suggestion.empty()) {
             messages_.add({use.span, Severity::warning, "undeclared-list",
                            "no " + String(kindWord(kind)) + " '" + use.name +
@@ -173,6 +203,8 @@ private:
     Messages & messages_;
     DeclaredLists lists_;
     std::set<ListDeclaration const *> used_;
+    /// What functions and tests name.
+    std::set<std::pair<ListKind, String>> named_;
 };
 
 } // namespace

@@ -29,6 +29,20 @@ String caretLine(std::string_view line, U32 column) {
     return caret + '^';
 }
 
+/// As it is told: one line, whatever names it has in it, and not without end.
+String shown(std::string_view text) {
+    constexpr std::size_t longest = 600;
+    String shown(text.substr(0, longest));
+    // A character is not cut.
+    while (text.size() > longest && !shown.empty() &&
+           (static_cast<unsigned char>(text[shown.size()]) & 0xC0U) == 0x80) {
+        shown.pop_back();
+    }
+    std::ranges::replace_if(
+        shown, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, ' ');
+    return text.size() > longest ? shown + "..." : shown;
+}
+
 } // namespace
 
 char const * toString(Severity severity) {
@@ -41,6 +55,9 @@ void Messages::add(Message message) {
         return;
     }
     errors_ += isError ? 1 : 0;
+    message.text = shown(message.text);
+    message.suggestion = shown(message.suggestion);
+    message.note = shown(message.note);
     messages_.push_back(std::move(message));
 }
 
@@ -66,11 +83,17 @@ void Messages::print(Sources const & sources, std::ostream & out) const {
         U32 const column = source.placeOf(message.span.begin).column;
         out << lineOf(message, sources) << '\n';
         if (line.size() <= widestLine) {
-            out << "    " << line << "\n    " << caretLine(line, column) << '\n';
+            String visible(line);
+            std::ranges::replace_if(
+                visible, [](char c) { return c == '\x1b' || c == '\x7f' || c == '\b'; }, '?');
+            out << "    " << visible << "\n    " << caretLine(line, column) << '\n';
         }
         if (!message.note.empty()) {
             out << "    " << message.note << '\n';
         }
+    }
+    if (isFull()) {
+        out << "what else is wrong is not told: these are " << mostErrors << " errors\n";
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 namespace Qcf::Text {
 
@@ -43,19 +44,32 @@ private:
         if (!imported) {
             return nullptr;
         }
-        for (ListDeclaration & list : imported->lists) {
-            into_.lists.push_back(std::move(list));
-        }
         if (!imported->isText) {
+            addLists(request, *imported);
             return nullptr;
         }
         auto const [known, isNew] = constants_.try_emplace(identity(imported->path));
         return isNew ? read(std::move(imported->text), imported->path, false) : &known->second;
     }
 
+    // Several texts may want the lists of one file, each for itself.
+    void addLists(ImportRequest const & request, ImportedFile & imported) {
+        String const as =
+            request.as ? std::to_string(static_cast<int>(request.as->kind)) + ' ' + request.as->name
+                       : String();
+        if (!lists_.emplace(identity(imported.path), as).second) {
+            return;
+        }
+        for (ListDeclaration & list : imported.lists) {
+            into_.lists.push_back(std::move(list));
+        }
+    }
+
     Sources & sources_;
     Messages & messages_;
     Declarations & into_;
+    /// Files of lists that were read, and as what.
+    std::set<std::pair<String, String>> lists_;
     /// By the identities of the files.
     std::map<String, Constants> constants_;
 };

@@ -160,7 +160,7 @@ private:
     }
 
     bool isFree(String const & name) const {
-        return isPlainName(name) && !isValueName(name) && !lists_.isListName(name) &&
+        return !name.empty() && !isValueName(name) && !lists_.isListName(name) &&
                !taken_.contains(name);
     }
 

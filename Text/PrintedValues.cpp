@@ -122,7 +122,7 @@ bool NodePrinter::variable(Node const & node) {
     }
     String const * const name = signature_.find(variableOf(node));
     if (name != nullptr) {
-        put(*name);
+        put(nameWord(*name));
     }
     return name != nullptr;
 }
@@ -235,7 +235,8 @@ bool NodePrinter::ribs(Node const & node) {
         auto const & entry = profile.entries().at(i);
         separate(i == 0);
         // A word goes over its colon.
-        put(nameWord(entry.name) + ':' + std::to_string(entry.kind));
+        String const name = nameWord(entry.name);
+        put(name + (name.starts_with('"') ? ": " : ":") + std::to_string(entry.kind));
     }
     if (profile.useDefault()) {
         separate(profile.entryCount() == 0);

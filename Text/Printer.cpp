@@ -111,7 +111,7 @@ private:
                 lines_.put(",");
                 lines_.breakable();
             }
-            lines_.put(String(parameterWord(parameter.kind)) + ' ' + parameter.name);
+            lines_.put(String(parameterWord(parameter.kind)) + ' ' + nameWord(parameter.name));
         }
         lines_.closeBracket();
         lines_.put(")");

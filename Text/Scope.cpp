@@ -65,6 +65,15 @@ Constant const * TextScope::constantAt(Cursor const & cursor) const {
     return constant != nullptr && isPlainName(cursor.text()) ? constant : nullptr;
 }
 
+void Constants::splice(Cursor & cursor, Span const & at, std::size_t elements) const {
+    spliced += elements;
+    if (spliced > mostSpliced) {
+        cursor.fail(at, "constants",
+                    "constants stand for more than " + std::to_string(mostSpliced) +
+                        " elements in this text");
+    }
+}
+
 char const * parameterWord(ArgumentKind kind) {
     auto const * const found = std::ranges::find(kindWords, kind, &KindWord::kind);
     return found == std::end(kindWords) ? "value" : found->word;

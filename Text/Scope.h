@@ -38,7 +38,16 @@ struct Constant {
 };
 
 /// The constants of one text, above their use. Names are kept in the order of the text by span.
-using Constants = std::map<String, Constant, std::less<>>;
+struct Constants : std::map<String, Constant, std::less<>> {
+    /// Elements that stand somewhere by a constant's name. Sets of sets grow without bound, and the
+    /// text is to be what it costs.
+    static constexpr U64 mostSpliced = 4'000'000;
+    mutable U64 spliced = 0;
+
+    /// Counts those of a constant whose name stands at the place. Throws Recovery, told, when they
+    /// are too many.
+    void splice(Cursor & cursor, Span const & at, std::size_t elements) const;
+};
 using Parameters = std::vector<Parameter>;
 
 /// The names that everything in a text can see, attributes and lists apart.

@@ -13,8 +13,10 @@ constexpr char const * refuses =
 constexpr char const * noVariables =
     "there are no variables; 'const' names a value above the functions";
 constexpr char const * noLoops = "there are no loops; sets are asked with 'has any', 'has all'";
-constexpr char const * noCase = "there is no 'case'; write 'if ... else if ...'";
+constexpr char const * noCase = "there is no 'case' and no 'switch'; write 'if ... else if ...'";
 
+constexpr char const * noOutput =
+    "nothing is written; 'because WORD' behind an answer gives its reason";
 constexpr char const * noJumps = "there are no jumps; what is done stands in the '{ }' of an 'if'";
 constexpr char const * isTest = "a test stands in an 'if': 'if prefix matches NAME { ... }'";
 
@@ -41,6 +43,8 @@ constexpr Slip statementSlips[] = {
     {"tristate", "foreign", noVariables, "const"},
     {"case", "foreign", noCase, "if"},
     {"switch", "foreign", noCase, "if"},
+    {"print", "foreign", noOutput, ""},
+    {"log", "foreign", noOutput, ""},
     {"match", "foreign", isTest, "if"},
     {"call", "foreign", "a call is the function's name: 'NAME()'", ""},
     {"goto", "foreign", noJumps, ""},
@@ -159,7 +163,13 @@ constexpr Pair foreignNames[] = {
     {"roa_check", "match_origin_as_validity"},
     {"self", "set_next_hop_self()"},
     {"bgp_path.len", "as_path.length"},
+    {"bgp_path.last", "as_path.origin_as"},
+    {"as_path.len", "as_path.length"},
     {"net.len", "prefix.length"},
+    {"prefix.len", "prefix.length"},
+    {"community.len", "community.count"},
+    {"community.length", "community.count"},
+    {"next_hop_self", "set_next_hop_self()"},
 };
 
 template <std::size_t count>

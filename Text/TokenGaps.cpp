@@ -7,7 +7,7 @@ namespace {
 /// Whether the blank before the token says something to whoever reads it.
 bool isGapKept(TokenTree const & tree, U32 i) {
     if (tree.is(i, "(")) {
-        return tree.isName(i - 1);
+        return tree.isName(i - 1) && !tree.isOperatorWord(i - 1);
     }
     return tree.is(i - 1, "@") || (tree.is(i, "@") && (tree.isName(i - 1) || tree.is(i - 1, ")")));
 }

@@ -121,12 +121,19 @@ bool TokenTree::pairBrackets(U32 file, Messages & messages) {
            fail(open.back(), "nothing closes this '" + String(text(open.back())) + "'");
 }
 
+bool TokenTree::isOperatorWord(U32 i) const {
+    constexpr std::string_view words[] = {"and",  "or",   "not", "if", "return",
+                                          "exit", "else", "is",  "in", "block"};
+    return std::ranges::any_of(words, [&](std::string_view word) { return is(i, word); });
+}
+
 BracketKind TokenTree::kindOf(U32 i, BracketKind around, std::string_view declaration) const {
     if (is(i, "[")) {
         return BracketKind::square;
     }
     if (is(i, "(")) {
-        bool const isCall = i != 0 && isName(i - 1) && !tokens_[i].afterGap;
+        bool const isCall =
+            i != 0 && isName(i - 1) && !isOperatorWord(i - 1) && !tokens_[i].afterGap;
         return isCall ? BracketKind::call : BracketKind::group;
     }
     return kindOfBrace(i, around, declaration);

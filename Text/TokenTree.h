@@ -60,6 +60,8 @@ public:
     bool isString(U32 i) const { return tokens_[i].kind == TokenKind::string; }
     /// A word or a quoted name.
     bool isName(U32 i) const { return isWord(i) || isString(i); }
+    /// A word behind which a `(` is no call's.
+    bool isOperatorWord(U32 i) const;
 
     /// What an opening bracket opens.
     BracketKind kind(U32 i) const { return kinds_[i]; }

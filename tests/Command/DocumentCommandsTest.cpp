@@ -94,7 +94,7 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
     EXPECT_THAT(linesOf(text.out),
                 ElementsAre("f: sane",
                             "d.json:/functions/0/body/stmts/0: warning: the constant -1 is out of "
-                            "the range of med, 0 to 4294967295",
+                            "the range of med, 0 to 4294967295; it is written as 0",
                             "d.json:/functions/0/body/stmts/1/condition: warning: the comparison "
                             "is never true: med (0 to 4294967295) and 0",
                             "d.json:/functions/0/body/stmts/1/thenBlock/stmts/1: warning: the "
@@ -111,7 +111,8 @@ TEST(Check, WarnsOfWhatIsHardlyMeant) {
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[0], R"({"file":"d.json","pointer":"/functions/0/body/stmts/0",)"
                         R"("severity":"warning","code":"outOfRange","message":"the constant -1 is )"
-                        R"(out of the range of med, 0 to 4294967295","suggestion":null})");
+                        R"(out of the range of med, 0 to 4294967295; it is written as 0",)"
+                        R"("suggestion":null})");
     EXPECT_EQ(lines[4], R"({"function":"f","sane":true,"message":null})");
 }
 
@@ -276,6 +277,35 @@ TEST(Dump, ListsHaveAFormAsPolicyText) {
     Outcome const text = workshop.run({"dump", "l.json", "--format", "qcf"});
     EXPECT_EQ(text.out, "list prefix_list P v4 { permit 10.0.0.0/8 }\nlist tag_set T { 7, 77 }\n");
     EXPECT_EQ(text.exitCode, 0) << text.err;
+}
+
+TEST(PolicyTexts, ComeWithTheirListsAndPlaces) {
+    Workshop const workshop;
+    workshop.write("p.qcf", "list tag_set T { 7 }\n"
+                            "function f() { return igp.tag matches T or igp.tag matches OUT }\n");
+    workshop.write("more.qcf", "list tag_set T { 8 }\nlist tag_set OUT { 9 }\n");
+    // What is compiled, and what is printed, goes with its lists.
+    EXPECT_EQ(workshop
+                  .run({"compile", "p.qcf", "--lists", "more.qcf", "-o", "p.json", "--lists-out",
+                        "l.json", "--map-out", "p.map"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(workshop.run({"dump", "l.json", "--format", "qcf"}).out,
+              "list tag_set T { 8 }\nlist tag_set OUT { 9 }\n");
+    EXPECT_THAT(workshop.run({"dump", "p.qcf", "--format", "qcf"}).out,
+                testing::StartsWith("list tag_set T { 7 }\n\nfunction f() {\n"));
+    // With a map everything names lines.
+    workshop.write("none.json", R"({"qcf": "lists/1"})");
+    Outcome const mapped =
+        workshop.run({"check", "p.json", "--map", "p.map", "--lists", "none.json"});
+    EXPECT_THAT(mapped.out, HasSubstr("p.qcf:2:23: error: tag set \"T\" is not defined"));
+    EXPECT_EQ(workshop.run({"check", "p.qcf", "--map", "p.map"}).exitCode, 2);
+    // A node that is not sane has a place, and so have errors of lists.
+    workshop.write("i.qcf", "function g() {\n  return igp.tag matches T@0\n}\n");
+    EXPECT_THAT(workshop.run({"check", "i.qcf"}).err, HasSubstr("i.qcf:2:10: error: not sane: "));
+    workshop.write("bad.qcf", "list tag_set T { x }\n");
+    EXPECT_THAT(workshop.run({"check", "p.qcf", "--lists", "bad.qcf", "--format", "json"}).out,
+                testing::StartsWith(R"({"file":"bad.qcf","line":1,"column":18,)"));
 }
 
 TEST(Nodes, AreListedWithTheirFieldsAndAttributesWithTheirRanges) {

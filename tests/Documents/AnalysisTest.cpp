@@ -188,10 +188,12 @@ TEST(Analysis, ConstantsThatNoValueCanBe) {
     Case const cases[] = {
         {"IntAssign", R"("med")", "4294967295", ""},
         {"IntAssign", R"("med")", "4294967296",
-         " 4294967296 is out of the range of med, 0 to 4294967295"},
+         " 4294967296 is out of the range of med, 0 to 4294967295; it is written as 4294967295"},
         {"IntAssign", R"("origin")", "256", ""}, // the default, which may be assigned
-        {"IntAssign", R"("origin")", "3", " 3 is out of the range of origin, 0 to 2"},
-        {"IntAssign", R"("weight")", "-1", " -1 is out of the range of weight, 0 to 65535"},
+        {"IntAssign", R"("origin")", "3",
+         " 3 is out of the range of origin, 0 to 2; it is written as 2"},
+        {"IntAssign", R"("weight")", "-1",
+         " -1 is out of the range of weight, 0 to 65535; it is written as 0"},
         {"IntAssign", R"("med")", R"("weight")", ""},
         {"IntPlusEq", R"("weight")", "-65535", ""},
         {"IntPlusEq", R"("weight")", "65536", " 65536 is out of the range of weight, 0 to 65535"},

@@ -13,7 +13,6 @@
 namespace Qcf::Lists {
 namespace {
 
-
 /// What is found in a document's one list, as "POINTER: TEXT" for a list that is asked so.
 std::vector<String> foundIn(String const & section, String const & list,
                             ListQuestions const & asked = {}) {
@@ -234,6 +233,14 @@ TEST(EntryFindings, AnchorsThatOnlyTheFirstOrTheLastCommunityMeets) {
           "\\^1", "1\\$", "\\Q^1$\\E", "^.*1:1( |$)", "1:1.*$", ""}) {
         EXPECT_FALSE(hasLoneAnchor(fine)) << fine;
     }
+    for (char const * foreign : {"rt:65000:", "no-export", "65000:(1)x", "[0-9]:as", "6k+"}) {
+        EXPECT_TRUE(wantsForeignLetter(foreign, "")) << foreign;
+    }
+    for (char const * fine :
+         {"65000:1", "\\d+:1", "[a-z]:1", "65000:k?", "r*1", "a|1", "(?i)1", "()"}) {
+        EXPECT_FALSE(wantsForeignLetter(fine, "")) << fine;
+    }
+    EXPECT_FALSE(wantsForeignLetter("^0x0002fde8", "abcdefx"));
     String const list = R"([{"action": "permit", "regex": "^1:1"}])";
     EXPECT_EQ(foundIn("communityLists", list, {.matches = true}).size(), 1U);
     EXPECT_EQ(foundIn("communityLists", list, {.single = true, .exact = true}).size(), 0U);

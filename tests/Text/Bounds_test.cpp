@@ -93,6 +93,17 @@ TEST(Bounds, OpenBracketsOfOtherPlacesAreRefusedAtOnce) {
     }
 }
 
+TEST(Bounds, SetsOfSetsDoNotGrowWithoutEnd) {
+    String text = "const A0 = { 1, 2 }\n";
+    for (int i = 1; i < 60; ++i) {
+        String const before = "A" + std::to_string(i - 1);
+        text += "const A" + std::to_string(i) + " = { " + before + ", " + before + " }\n";
+    }
+    auto const messages = messagesOf(text + "list tag_set T { A18 A18 }\n");
+    ASSERT_FALSE(messages.empty());
+    EXPECT_STREQ(messages.front().code, "constants");
+}
+
 TEST(Bounds, AHundredErrorsAreTold) {
     for (String const & text :
          {"function f() {\n" + repeated("  mdd = 5\n", 1000) + "}\n",

@@ -43,8 +43,14 @@ std::vector<Piece> seen(String const & text) {
         String const before = pieces.empty() ? "" : pieces.back().text;
         bool const begins = before == "{" || before == ";" || piece.find('/') != String::npos ||
                             std::ranges::count(firsts, piece) != 0;
-        bool const isName = !pieces.empty() && (pieces.back().kind == TokenKind::word ||
-                                                pieces.back().kind == TokenKind::string);
+        // Behind these a `(` is no call's, with a blank or without.
+        constexpr std::string_view operators[] = {"and",  "or",   "not", "if", "return",
+                                                  "exit", "else", "is",  "in", "block"};
+        bool const isOperator =
+            !pieces.empty() && std::ranges::count(operators, pieces.back().text);
+        bool const isName =
+            !isOperator && !pieces.empty() &&
+            (pieces.back().kind == TokenKind::word || pieces.back().kind == TokenKind::string);
         pieces.push_back({token.kind, piece,
                           token.startsLine && (!begins || token.kind == TokenKind::comment),
                           token.afterGap && piece == "(" && isName});

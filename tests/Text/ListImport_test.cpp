@@ -96,7 +96,7 @@ TEST_F(ListImport, TellsByTheContentWhatAFileIs) {
         {"function f() { return true }", "", "text: function f() { return true }"},
         {"", "", "text: "},
         {"\n {\"qcf\": \"lists/1\", \"tagSets\": {\"T\": [1], \"U\": []}}", "",
-         "list tag_set T { 1 }\nlist tag_set U { }\n"},
+         "list tag_set T { 1 }\nlist tag_set U {}\n"},
         {roas, "as roa_table RPKI", "list roa_table RPKI { 10.0.0.0/8 max 24 AS1 }\n"},
         {prefixes, "",
          "list prefix_list CUST v4 {\n  permit 10.0.0.0/8 le 24\n  permit 192.0.2.0/24\n"

@@ -118,7 +118,7 @@ list as_path_list LEAKS {
   permit contains { 64496..131071 }
 }
 list tag_set LOCAL { 7, 77, 777 }
-list tag_set NONE { }
+list tag_set NONE {}
 list roa_table RPKI { 1.1.1.0/24 AS13335  2001:db8::/32 max 48 AS64500 }
 )";
     ReadLists const read(text);

@@ -171,9 +171,10 @@ TEST(Policy, ImportsAreReadOnceAndBringNoTests) {
            "function base() { return igp.tag matches T }\n"
            "test \"t\" base() { route { prefix 10.0.0.0/8 } expect reject }\n";
     std::ofstream(folder / "other.qcf")
-        << "import \"base.qcf\"\nfunction other() { return base() }\n";
+        << "import \"base.qcf\"\nimport \"irr.json\"\nfunction other() { return base() }\n";
+    std::ofstream(folder / "irr.json") << R"({"IRR": [{"prefix": "192.0.2.0/24", "exact": true}]})";
     std::ofstream(folder / "main.qcf")
-        << "import \"other.qcf\" import \"base.qcf\"\n"
+        << "import \"other.qcf\" import \"base.qcf\" import \"irr.json\"\n"
            "function main() { community add { OWN }; return other() }\n"
            "test \"m\" main() { route { prefix 10.0.0.0/8 } expect reject }\n";
     Sources sources;
@@ -184,6 +185,7 @@ TEST(Policy, ImportsAreReadOnceAndBringNoTests) {
     }
     ASSERT_TRUE(policy);
     EXPECT_THAT(functionNames(*policy), ElementsAre("base", "other", "main"));
+    EXPECT_EQ(policy->lists(sources)->prefixLists.size(), 1U);
     EXPECT_EQ(policy->declarations().tests.size(), 1U);
     EXPECT_EQ(policy->lists(sources)->tagSets.size(), 1U);
     fs::remove_all(folder);

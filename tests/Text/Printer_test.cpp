@@ -107,7 +107,7 @@ TEST(Printer, SpellsTestsAndChanges) {
         {R"({"class":"ResolutionRibsAssign","lhs":"resolution_ribs","rhs":
             {"class":"ResolutionRibsImmediate","value":{"entries":[{"name":"a-b","kind":2},
             {"name":"","kind":0},{"name":"x y","kind":1}],"useDefault":true}}})",
-         "resolution_ribs = ribs [ a-b:2, \"\":0, \"x y\":1, use_default ]"},
+         "resolution_ribs = ribs [ a-b:2, \"\": 0, \"x y\": 1, use_default ]"},
         {R"({"class":"BandwidthIs","lhs":"ecmp.aggregate_link_bandwidth","rhs":-0.0})",
          "ecmp.aggregate_link_bandwidth is -0.0"},
     });
