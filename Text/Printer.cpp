@@ -2,6 +2,7 @@
 
 #include "Text/Lexer.h"
 #include "Text/NodePrinter.h"
+#include "Text/PrintedKeys.h"
 #include "Text/Scope.h"
 #include "Text/Words.h"
 
@@ -14,7 +15,8 @@ namespace {
 /// Writes functions one by one, an empty line between them.
 class FunctionPrinter {
 public:
-    explicit FunctionPrinter(PrintedProgram const & program) : program_(program) {}
+    FunctionPrinter(PrintedProgram const & program, PrintedKeys const & keys)
+        : program_(program), keys_(keys) {}
 
     void print(FunctionContent const & content) {
         assertWalkable(*content.function);
@@ -48,6 +50,9 @@ private:
                    attributes.readableAttributes != reads);
         annotation("writes", flags(attributes.writableAttributes),
                    attributes.writableAttributes != writes);
+        auto const key = keys_.find(&function);
+        annotation("key", {key == keys_.end() ? String() : std::to_string(key->second)},
+                   key != keys_.end());
         annotation("slots", slots(function.metadata()), program_.lists().isAnnotated(content));
         Signature const & signature = program_.signatureOf(function);
         bool const hasParameters = signature.isOpen() || !signature.parameters().empty();
@@ -118,30 +123,36 @@ private:
     }
 
     PrintedProgram const & program_;
+    PrintedKeys const & keys_;
     PolicyLines lines_;
     bool isFirst_ = true;
 };
+
+/// All functions, or one of them.
+String printFunctions(PrintedProgram const & printed, PrintedKeys const & keys,
+                      Function const * only = nullptr) {
+    FunctionPrinter printer(printed, keys);
+    for (FunctionContent const & content : printed.contents()) {
+        if (only == nullptr || content.function == only) {
+            printer.print(content);
+        }
+    }
+    return printer.take();
+}
 
 } // namespace
 
 String printPolicy(Documents::Program const & program) {
     PrintedProgram const printed(program);
-    FunctionPrinter printer(printed);
-    for (FunctionContent const & content : printed.contents()) {
-        printer.print(content);
-    }
-    return printer.take();
+    String text = printFunctions(printed, {});
+    PrintedKeys const keys = keysBeside(text, printed.contents());
+    return keys.empty() ? text : printFunctions(printed, keys);
 }
 
 String printPolicy(Documents::Program const & program, Function const & function) {
     PrintedProgram const printed(program);
-    FunctionPrinter printer(printed);
-    for (FunctionContent const & content : printed.contents()) {
-        if (content.function == &function) {
-            printer.print(content);
-        }
-    }
-    return printer.take();
+    return printFunctions(printed, keysBeside(printFunctions(printed, {}), printed.contents()),
+                          &function);
 }
 
 } // namespace Qcf::Text

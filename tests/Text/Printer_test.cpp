@@ -416,6 +416,16 @@ TEST(Printer, PrintsRandomDocuments) {
     }
 }
 
+TEST(Printer, KeepsTheKeysOfFunctionsThatReadingWouldNotDerive) {
+    String const text = "@key(9)\nfunction f() {\n  return med is 5\n}\n\n"
+                        "function g() {\n  return f()\n}\n\n"
+                        "@key(100)\nfunction h() {\n  return false\n}\n";
+    auto const policy = readBack(text);
+    ASSERT_TRUE(policy);
+    EXPECT_EQ(printPolicy(policy->program()), text);
+    EXPECT_EQ(policy->program().find("h")->aetNodeKey(), 100U);
+}
+
 // The examples of statements and conditions stand in a body as they are printed.
 TEST(NodeText, ExamplesOfExpressionsReadBackAsTheirClass) {
     for (NodeClass const & nodeClass : nodeClasses()) {
