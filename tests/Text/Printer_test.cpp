@@ -7,6 +7,7 @@
 #include "tests/support/Trees.h"
 
 #include <numeric>
+#include <regex>
 
 #include <gmock/gmock.h>
 
@@ -47,6 +48,12 @@ Program programOf(std::vector<PtrConst<Function>> const & functions) {
     Program program;
     program.functions = functions;
     return program;
+}
+
+/// Nodes that tests make have keys by the order of the tests.
+String withoutKeys(String const & text) {
+    static std::regex const key("@key\\([0-9]+\\)\n");
+    return std::regex_replace(text, key, "");
 }
 
 /// A test of one integer attribute with that value on its right.
@@ -218,19 +225,19 @@ TEST(Printer, NamesParametersAsVariablesDo) {
     auto const three = call(callee, {one, one, one});
     auto const four = call(callee, {one, one, one, make<Attribute::Community>()});
     String const text = expectRoundTrip(programOf({callee, function({three, four})}));
-    EXPECT_EQ(text, "@reads()\nfunction g(int int_1, int base, int int_3) {\n"
-                    "  med is base\n"
-                    "  med is @IntVariable(name: \"other\", argVectorIndex: 1)\n"
-                    "  med is @IntVariable(name: \"base\", argVectorIndex: 0)\n"
-                    "  med is @IntVariable(name: \"igp\", argVectorIndex: 2)\n"
-                    "}\n"
-                    "\n"
-                    "@reads()\nfunction f() {\n"
-                    "  g(1, 1, 1)\n"
-                    "  @FunctionCallExpression(calleeName: \"g\", calleePtr: g, "
-                    "argListHead: [ 1, 1, 1, community ], "
-                    "functionCallId: 0)\n"
-                    "}\n");
+    EXPECT_EQ(withoutKeys(text), "@reads()\nfunction g(int int_1, int base, int int_3) {\n"
+                                 "  med is base\n"
+                                 "  med is @IntVariable(name: \"other\", argVectorIndex: 1)\n"
+                                 "  med is @IntVariable(name: \"base\", argVectorIndex: 0)\n"
+                                 "  med is @IntVariable(name: \"igp\", argVectorIndex: 2)\n"
+                                 "}\n"
+                                 "\n"
+                                 "@reads()\nfunction f() {\n"
+                                 "  g(1, 1, 1)\n"
+                                 "  @FunctionCallExpression(calleeName: \"g\", calleePtr: g, "
+                                 "argListHead: [ 1, 1, 1, community ], "
+                                 "functionCallId: 0)\n"
+                                 "}\n");
 }
 
 // The order of parameters is that of the arguments of a call, which is one chain over all types.
