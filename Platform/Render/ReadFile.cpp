@@ -35,8 +35,8 @@ private:
 
 [[noreturn]] void failReading(String const & path, int error) {
     throw DocumentError(oneLine(path, 4096) + ": ",
-                        "wants a readable file, found \"" +
-                            std::generic_category().message(error) + '"',
+                        "wants a readable file, found \"" + std::generic_category().message(error) +
+                            '"',
                         {path, {}, 0, 0});
 }
 
