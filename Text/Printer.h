@@ -17,9 +17,10 @@ namespace Qcf::Text {
 /// Functions stand in the order of the program. One that only calls reach stands before the first
 /// function that calls it.
 ///
-/// Takes time linear in the text, which is read once to know what it derives. What a tree shares is written at each of its places, so that the
-/// text can be far longer than the document; ProgramLimits bound it. Trees that are nested deeper
-/// than texts may be have a text that is refused.
+/// Takes time linear in the text, which is read once to know what it derives. What a tree shares is
+/// written at each of its places, so that the text can be far longer than the document;
+/// ProgramLimits bound it. Trees that are nested deeper than texts may be have a text that is
+/// refused.
 String printPolicy(Documents::Program const & program);
 
 /// The same of one function, as it stands in the text of the whole program, of which it must be
