@@ -23,8 +23,7 @@ constexpr std::string_view session = "session";
 
 class RouteReader {
 public:
-    RouteReader(Cursor & cursor, Scope const & scope)
-        : cursor_(cursor), values_(cursor, scope) {}
+    RouteReader(Cursor & cursor, Scope const & scope) : cursor_(cursor), values_(cursor, scope) {}
 
     String members() {
         cursor_.expect("{", "behind 'route'");

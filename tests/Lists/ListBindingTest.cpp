@@ -267,7 +267,8 @@ TEST(ListBinding, FindingsNameTheirPlaces) {
     metadata.asPathAccessListsUsed = {{"A", 1}, {"B", 1}};
     metadata.DynPrefixListsUsed.clear();
     metadata.roaTablesUsed = {{"R", 1}};
-    auto const findings = checkLists(metadata, reachedLists(*second, placeOf), *lists(), {.unused = true});
+    auto const findings =
+        checkLists(metadata, reachedLists(*second, placeOf), *lists(), {.unused = true});
     EXPECT_EQ(linesOf(findings),
               R"(p.json: first/IntSetMatchCommList: community list "Missing" is not defined
 p.json: first/PrefixListImmediate: prefix list "P6" is used as a v4 list, its family is v6
