@@ -6,8 +6,10 @@
 
 namespace Qcf::Eval {
 
+class EvaluationObserver;
+
 /// What every node receives to evaluate against: the interface of all context classes. It knows the
-/// agent's named lists, the caller's policy result record, and whether evaluation is logged.
+/// agent's named lists, the caller's policy result record, and who looks on.
 ///
 /// Its table of operations is the engine's: log and reset, the attributes, the facts of the
 /// session, the agent's lists. Engines and agents that are built apart agree on the order.
@@ -120,12 +122,24 @@ public:
     /// The slot is handed over as the node has it: the engine looks nothing up.
     virtual bool matchRoaTable(U32 slot, U32 state) const = 0;
 
-    // What it was made with, and the log.
+    // What it was made with, and who looks on: the log and an observer.
 
     /// Whether evaluation writes a log, which costs: a record a node.
-    bool shouldLogEval() const { return shouldLogEval_; }
+    bool shouldLogEval() const { return (watches_ & logs) != 0; }
     /// Asks for a log; to be set after each reset, which clears it.
-    void shouldLogEvalIs(bool shouldLogEval) { shouldLogEval_ = shouldLogEval; }
+    void shouldLogEvalIs(bool shouldLogEval) { watchIs(logs, shouldLogEval); }
+
+    /// Who is told of each node that is evaluated; null for nobody, as at the start.
+    EvaluationObserver * evaluationObserver() const { return evaluationObserver_; }
+    /// Not owned; must stay until another takes its place. To be set between evaluations. A reset
+    /// keeps it: an observer is there for route after route, while a log is that of one.
+    void evaluationObserverIs(EvaluationObserver * observer) {
+        evaluationObserver_ = observer;
+        watchIs(observes, observer != nullptr);
+    }
+
+    /// Whether anybody looks on: then evaluations walk the tree.
+    bool isWatched() const { return watches_ != 0; }
 
     /// Never null.
     PtrConst<ExternalMatchersBase> const & externalMatchers() const { return externalMatchers_; }
@@ -133,11 +147,19 @@ public:
     Routing::Policy::Result_ * result() const { return result_; }
 
 private:
-    // Asked at each node that is walked, but not by the steps of a plan.
-    bool shouldLogEval_ = false;
+    static constexpr U8 logs = 1;
+    static constexpr U8 observes = 2;
+    void watchIs(U8 watch, bool on) {
+        watches_ = static_cast<U8>(on ? watches_ | watch : watches_ & ~watch);
+    }
+
+    // One byte, so that one look tells whether there is anybody. Asked at each node that is walked,
+    // but not by the steps of a plan.
+    U8 watches_ = 0;
     // Both stay the same for the context's life.
     PtrConst<ExternalMatchersBase> externalMatchers_;
     Routing::Policy::Result_ * result_;
+    EvaluationObserver * evaluationObserver_ = nullptr;
 };
 
 } // namespace Qcf::Eval

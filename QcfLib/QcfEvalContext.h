@@ -20,8 +20,9 @@ class Function;
 /// fails.
 ///
 /// What the operations answer must not change within a route: where conditions only read, one
-/// answer may serve several places of a function. An operation is never asked more often than the
-/// function says; asked in a called function, it may find the caller's depth and frame.
+/// answer may serve several places of a function, and an observer may ask for operands once more.
+/// But for observers an operation is never asked more often than the function says; asked in a
+/// called function, it may find the caller's depth and frame.
 ///
 /// A set handed to a write-back shows the route's values until the context evaluates again or is
 /// reset, and may be the very values that the agent lent. Whoever copies the pointer keeps the set
@@ -49,7 +50,8 @@ public:
     TypeData const & typeData() const override;
     /// Of the frame that is current: after `eval` that of the outermost function.
     Ptr<Debug::EvaluationLog const> evaluationLog() const override;
-    /// Ready for the next route; also switches logging off. Asserts that no call is open.
+    /// Ready for the next route; also switches logging off, but keeps an observer. Asserts that no
+    /// call is open.
     /// Containers keep their storage for the next route.
     void reset() override { forgetRoute(); }
 

@@ -1,4 +1,4 @@
-#include "QcfLib/Operators/LoggedEvaluation.h"
+#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
@@ -11,7 +11,7 @@ namespace Qcf::Eval {
 EvalResult Block::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
     for (auto const * link = stmts_.get(); link != nullptr; link = link->next().get()) {
-        EvalResult const result = evalLogged(*link->entry(), context);
+        EvalResult const result = evalPart(*link->entry(), context);
         if (result.terminates()) {
             return result;
         }
@@ -24,7 +24,7 @@ void Block::lower(Lowering & to) const { to.block(*this); }
 // branch, which has a record of its own: so one sees which way was taken.
 EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
-    EvalResult const condition = evalLogged(*condition_, context);
+    EvalResult const condition = evalPart(*condition_, context);
     QCF_TRACE(traceQcfEval, 1,
               "Evaluating IfExpression, condition evaluated to " << condition.retVal());
     assertNoReturn(condition);
@@ -33,9 +33,9 @@ EvalResult IfExpression::eval(Ptr<EvalContextBase> const & context) const {
     }
     EvalResult result = condition;
     if (condition.isTrue()) {
-        result = evalLogged(*thenBlock_, context);
+        result = evalPart(*thenBlock_, context);
     } else if (elseBlock_) {
-        result = evalLogged(*elseBlock_, context);
+        result = evalPart(*elseBlock_, context);
     }
     logResult(context, *this, condition);
     return result;
@@ -45,7 +45,7 @@ void IfExpression::lower(Lowering & to) const { to.branch(*this); }
 // Both false and unknown become true: what is not known to hold, does not hold.
 EvalResult NotExpression::eval(Ptr<EvalContextBase> const & context) const {
     assertWalkable(*this);
-    EvalResult const result = evalLogged(*expr_, context);
+    EvalResult const result = evalPart(*expr_, context);
     assertNoReturn(result);
     return result.terminates() ? result : EvalResult::fromBool(!result.isTrue());
 }
@@ -57,7 +57,7 @@ namespace {
 template <typename Node>
 EvalResult leaveBy(Node const & node, TerminationFlag flag, Ptr<EvalContextBase> const & context) {
     assertWalkable(node);
-    EvalResult const result = evalLogged(*node.expr(), context);
+    EvalResult const result = evalPart(*node.expr(), context);
     logResult(context, node, result);
     QCF_TRACE(traceQcfEval, 1, node.typeData().name << " returning " << result.retVal());
     assertNoReturn(result);

@@ -1,4 +1,4 @@
-#include "QcfLib/Operators/LoggedEvaluation.h"
+#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
@@ -76,7 +76,7 @@ EvalResult LogicalOperatorExpression::eval(Ptr<EvalContextBase> const & context)
             cursor.log(result);
             cursor.advance();
         }
-        result = evalLogged(*link->entry(), context);
+        result = evalPart(*link->entry(), context);
         assertNoReturn(result);
         if (result.terminates()) {
             // Before the second operand no operator has been reached.

@@ -1,4 +1,4 @@
-#include "QcfLib/Operators/LoggedEvaluation.h"
+#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Plan.h"
 #include "QcfLib/Plan/PlanStep.h"
 #include "QcfLib/QcfEval.h"
@@ -8,9 +8,9 @@ namespace Qcf::Eval {
 
 namespace {
 
-/// Whether the evaluation is logged or traced, which the tree alone can be.
-bool isObserved(Ptr<EvalContextBase> const & context) {
-    return context->shouldLogEval() || traceQcfEval.on(1);
+/// Whether somebody looks on or the evaluation is traced, for which the tree has to be walked.
+bool isLookedOn(Ptr<EvalContextBase> const & context) {
+    return context->isWatched() || traceQcfEval.on(1);
 }
 
 // What is rare is kept out of line: its texts would cost every evaluation registers.
@@ -21,16 +21,23 @@ bool isObserved(Ptr<EvalContextBase> const & context) {
 
 /// A function that expects arguments was evaluated without a caller.
 EvalResult refuse(Function const & function, Ptr<EvalContextBase> const & context) {
-    traceStart(function);
-    auto const refusal = EvalResult::fromBoolWithReturn(false);
-    logResult(context, function, refusal);
-    return refusal;
+    return observed(function, context, [&] {
+        traceStart(function);
+        auto const refusal = EvalResult::fromBoolWithReturn(false);
+        logResult(context, function, refusal);
+        return refusal;
+    });
 }
 
+/// The body's result; an observer is told what the function's caller gets.
 EvalResult walkBody(Function const & function, Ptr<EvalContextBase> const & context) {
-    traceStart(function);
-    EvalResult const result = evalLogged(*function.body(), context);
-    logResult(context, function, result);
+    EvalResult result;
+    observed(function, context, [&] {
+        traceStart(function);
+        result = evalPart(*function.body(), context);
+        logResult(context, function, result);
+        return result.returned();
+    });
     return result;
 }
 
@@ -46,7 +53,7 @@ EvalResult finish(EvalContext & context, EvalResult result) {
     return result.returned();
 }
 
-/// An evaluation that may be the first one, observed, refused, or inside a call.
+/// An evaluation that may be the first one, looked on, refused, or inside a call.
 [[gnu::noinline]] EvalResult evalAtLength(Function const & function,
                                           Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);
@@ -57,7 +64,7 @@ EvalResult finish(EvalContext & context, EvalResult result) {
         }
         c.evaluatedFunctionIs(function);
     }
-    if (isObserved(context) || !Plan::enabled()) {
+    if (isLookedOn(context) || !Plan::enabled()) {
         return finish(c, walkBody(function, context));
     }
     Plan const & plan = function.planFor(function);
@@ -70,7 +77,7 @@ EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     auto & c = evalContext(context);
     // An agent's next route by the same function: what there is to find out, is found out.
     bool const isNext =
-        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isObserved(context);
+        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isLookedOn(context);
     Plan const * const plan = keptPlan();
     if (isNext && plan != nullptr && plan->isCurrent()) [[likely]] {
         PlanStep const & end = runSteps(&plan->first(), PlanRun(context));

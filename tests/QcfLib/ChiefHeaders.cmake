@@ -4,6 +4,7 @@ set(chiefHeaders
     "QcfEvalStackFrameData=Qcf::Eval::StackFrameData_"
     "QcfEvalContext=Qcf::Eval::EvalContext"
     "QcfEvalContextGenerated=Qcf::Eval::GeneratedEvalContext"
+    "EvaluationObserver=Qcf::Eval::EvaluationObserver"
     "QcfDebugEvaluationLog=Qcf::Debug::EvaluationLog"
     "QcfEvalCollections=Qcf::Eval::CommunitySmallVector"
     "QcfEvalLazyCollection=Qcf::Eval::LazyCommunitySmallVectorInsertingLBW"

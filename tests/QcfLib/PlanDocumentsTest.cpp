@@ -1,4 +1,5 @@
 #include "Documents/Program.h"
+#include "QcfLib/EvaluationObserver.h"
 #include "QcfLib/Plan.h"
 #include "tests/Documents/JsonMutator.h"
 #include "tests/support/RandomDocument.h"
@@ -58,14 +59,48 @@ struct Outcome {
     }
 };
 
+/// How functions are evaluated.
+enum class Way : U8 { tree, plan, logged, watched, watchedAndLogged };
+constexpr char const * wayNames[] = {"tree", "plan", "logged", "watched", "watched and logged"};
+
+/// Holds the order in which it is told of nodes to that of a tree.
+class NestingObserver final : public EvaluationObserver {
+public:
+    void entered(Expression const & node, EvalContext & /*context*/) override {
+        open_.push_back(&node);
+    }
+    void left(Expression const & node, EvalResult /*result*/, EvalContext & context) override {
+        thrown(node, context);
+    }
+    void thrown(Expression const & node, EvalContext & /*context*/) override {
+        isTree = isTree && !open_.empty() && open_.back() == &node;
+        open_.resize(open_.empty() ? 0 : open_.size() - 1);
+        isTree = isTree && (!open_.empty() || is<Function>(node));
+        ++nodes;
+    }
+
+    bool isTree = true;
+    std::size_t nodes = 0;
+
+private:
+    std::vector<Expression const *> open_;
+};
+
 /// One context that serves function after function and route after route.
 class Evaluation {
 public:
-    Outcome outcome(Program const & program, U64 routeSeed, bool planned) {
+    explicit Evaluation(Way way) : way_(way) {
+        if (way == Way::watched || way == Way::watchedAndLogged) {
+            context_->evaluationObserverIs(&observer);
+        }
+    }
+
+    Outcome outcome(Program const & program, U64 routeSeed) {
         Outcome outcome;
         for (U32 i = 0; i < routesOfDocument; ++i) {
             RandomRoute route(routeSeed + i);
             context_->reset();
+            context_->shouldLogEvalIs(way_ == Way::logged || way_ == Way::watchedAndLogged);
             route.fill(*context_);
             auto const sets = [this] {
                 return std::tuple(context_->community, context_->isisLevel, context_->extCommunity,
@@ -77,7 +112,7 @@ public:
             context_->throwAt = route.below(16) == 0 ? throwing[route.below(4)] : "";
             // A context meets both forms: a route now and then is evaluated by the tree anyhow.
             bool const byTree = route.below(8) == 0;
-            Plan::enabledIs(planned && !byTree);
+            Plan::enabledIs(way_ != Way::tree && !byTree);
             auto const & other =
                 program.functions[route.below(static_cast<U32>(program.functions.size()))];
             auto const & main = program.functions.back();
@@ -96,6 +131,9 @@ public:
                             outcome.asked.end());
         return outcome;
     }
+    Way way() const { return way_; }
+
+    NestingObserver observer;
 
 private:
     void evaluate(Function const & function, Outcome & outcome) {
@@ -108,10 +146,11 @@ private:
         outcome.take(context_->calls);
     }
 
+    Way way_;
     Ptr<ListContext> context_ = makePtr<ListContext>();
 };
 
-/// Evaluates programs by their trees and by their plans.
+/// Evaluates programs by their trees, and in each other way.
 class Comparison {
 public:
     Comparison() = default;
@@ -119,22 +158,29 @@ public:
     Comparison & operator=(Comparison const &) = delete;
     ~Comparison() { Plan::enabledIs(true); }
 
-    /// How plan and tree differ; "" when they do not. All routes go through the tree before the
-    /// first goes through the plan: what a plan does to a constant of the tree shows as well.
+    /// How another way and the tree differ; "" when they do not. All routes go through the tree
+    /// before the first goes through the plan: what a plan does to a constant of the tree shows as
+    /// well.
     String difference(Program const & program, U64 routeSeed) {
-        Outcome const expected = walked_.outcome(program, routeSeed, false);
-        Outcome const planned = planned_.outcome(program, routeSeed, true);
+        Outcome const expected = walked_.outcome(program, routeSeed);
         effects += expected.effects.size();
-        return planned == expected
-                   ? String()
-                   : "plan: " + planned.text() + "\ntree: " + expected.text() + "\n";
+        for (Evaluation & other : others_) {
+            Outcome const outcome = other.outcome(program, routeSeed);
+            if (!(outcome == expected) || !other.observer.isTree) {
+                return wayNames[static_cast<U8>(other.way())] + (": " + outcome.text()) +
+                       "\ntree: " + expected.text() + "\n";
+            }
+        }
+        return "";
     }
+    std::size_t nodesSeen() const { return others_[2].observer.nodes; }
 
     std::size_t effects = 0;
 
 private:
-    Evaluation walked_;
-    Evaluation planned_;
+    Evaluation walked_{Way::tree};
+    Evaluation others_[4] = {Evaluation(Way::plan), Evaluation(Way::logged),
+                             Evaluation(Way::watched), Evaluation(Way::watchedAndLogged)};
 };
 
 String differenceOf(String const & document, U64 routeSeed) {
@@ -146,7 +192,7 @@ String differenceOf(String const & document, U64 routeSeed) {
     }
 }
 
-/// A small document on which plan and tree differ too.
+/// A small document on which they differ too.
 String shrunk(String document, U64 routeSeed) {
     std::erase(document, '\n');
     if (differenceOf(document, routeSeed).empty()) {
@@ -225,7 +271,8 @@ private:
 } // namespace
 
 // A plan is another way to the same results, write-backs and stored values, by the same questions
-// to the agent, whatever the context has served before. Every class of node takes part.
+// to the agent, whatever the context has served before; and whoever looks on changes nothing. Every
+// class of node takes part.
 TEST(Plans, AgreeWithTheTreesOfRandomDocuments) {
     U32 const first = setting("QCF_PLAN_SEED", 0);
     U32 const last = first + setting("QCF_PLAN_DOCUMENTS", usualDocuments);
@@ -246,5 +293,6 @@ TEST(Plans, AgreeWithTheTreesOfRandomDocuments) {
         }
     }
     EXPECT_EQ(coverage.missing(), "");
+    EXPECT_GT(comparison.nodesSeen(), comparison.effects);
     EXPECT_GT(comparison.effects, U64{last - first} * routesOfDocument * 3);
 }
