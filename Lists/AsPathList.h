@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lists/ListAction.h"
+#include "Lists/ListExplanation.h"
 #include "Lists/Pattern.h"
 #include "Platform/Routing/RouteMap.h"
 
@@ -45,6 +46,9 @@ public:
         }
         return false;
     }
+
+    /// The same answer with the entry that gives it.
+    ListExplanation explain(std::string_view pathText, U64 origin) const;
 
     /// Whether there is no entry, so that every answer is no.
     bool empty() const { return entries_.empty(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lists/ListAction.h"
+#include "Lists/ListExplanation.h"
 #include "Lists/Pattern.h"
 #include "QcfLib/QcfEvalCollections.h"
 
@@ -55,6 +56,11 @@ public:
     /// each community when a list is retained or removed.
     bool permits(Value const & community, String & text) const;
 
+    /// What `matches` and `matchesExactly` answer, with the entry that decides or what the nearest
+    /// one lacks.
+    ListExplanation explain(Set const * set) const;
+    ListExplanation explainExactly(Set const * set) const;
+
     /// The communities of all permitting entries; null when there are none. Threads that hand it on
     /// would all count it: see PermittedSets.
     Ptr<Set> const & permitted() const { return permitted_; }
@@ -93,6 +99,12 @@ private:
     }
     /// Different communities under which entries are filed.
     std::size_t anchorCount() const { return anchors_.size() - 1; }
+
+    // For explanations.
+    bool carriesAllOf(Set const * set, Number entry) const;
+    String nearestWants(Set const * set) const;
+    /// As an explanation; entryCount() where no entry decides.
+    ListExplanation explainedBy(Set const * set, Number entry) const;
 
     /// Chooses the anchor of each literal entry and files it there.
     void fileLiterals();

@@ -32,27 +32,27 @@ PrefixListTrie::PrefixListTrie(AddressFamily family, std::vector<PrefixListEntry
     std::ranges::stable_sort(byPrefix, {}, [&](U32 i) { return entries[i].prefix; });
 
     std::vector<IpGenPrefix> prefixes;
-    std::vector<U32> firstOfNode;
     for (U32 at = 0; at < byPrefix.size(); ++at) {
         auto const & entry = entries[byPrefix[at]];
+        entries_.push_back(
+            {entry.seq, entry.minLength, entry.maxLength, entry.action == ListAction::permit});
         QCF_ASSERT(entry.prefix.af() == family && entry.maxLength <= addressWidth(family));
         if (prefixes.empty() || prefixes.back() != entry.prefix) {
             prefixes.push_back(entry.prefix);
-            firstOfNode.push_back(at);
+            firstOfNode_.push_back(at);
         }
     }
     // One more at the end, so that each node's entries end where the next one's begin.
-    firstOfNode.push_back(static_cast<U32>(byPrefix.size()));
+    firstOfNode_.push_back(static_cast<U32>(byPrefix.size()));
     trie_ = PrefixTrie(prefixes);
-    permit(entries, byPrefix, firstOfNode);
+    permit(entries, byPrefix);
     if (family == AddressFamily::ipv4 && !prefixes.empty()) {
         cutAddresses(prefixes);
         hasPieces_ = true;
     }
 }
 
-void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
-                            std::span<U32 const> firstOfNode) {
+void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix) {
     permitted_.assign(trie_.size() * wordsPerNode_, 0);
     // Nodes come after the one they stand under: a stack holds what applies on the way down.
     std::vector<std::pair<U32, FirstEntries>> path;
@@ -64,7 +64,7 @@ void PrefixListTrie::permit(std::span<PrefixListEntry const> bySeq, std::span<U3
         }
         // What applies around a node applies in it as well.
         FirstEntries first = path.empty() ? nothing : path.back().second;
-        for (U32 at = firstOfNode[node]; at < firstOfNode[node + 1]; ++at) {
+        for (U32 at = firstOfNode_[node]; at < firstOfNode_[node + 1]; ++at) {
             U32 const entry = byPrefix[at];
             for (U32 len = bySeq[entry].minLength; len <= bySeq[entry].maxLength; ++len) {
                 first[len] = std::min(first[len], entry);

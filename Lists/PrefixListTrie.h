@@ -2,6 +2,7 @@
 
 #include "Lists/AddressPieces.h"
 #include "Lists/ListAction.h"
+#include "Lists/ListExplanation.h"
 #include "Lists/PrefixTrie.h"
 #include "Platform/Routing/Policy.h"
 
@@ -50,13 +51,28 @@ public:
     /// family is not matched by any entry.
     std::optional<bool> match(IpGenPrefix const & candidate) const;
 
+    /// The same answer with the entry that gives it, or what the nearest one wants.
+    ListExplanation explain(IpGenPrefix const & candidate) const;
+
     /// Whether the list has no entries, and so no answers.
     bool empty() const { return trie_.size() == 0; }
 
 private:
+    /// What an entry says beside its prefix. Answers need none of it, explanations do.
+    struct Lengths {
+        U32 seq;
+        U8 least;
+        U8 most;
+        bool permits;
+    };
+    /// The entries of a node's prefix, by sequence.
+    std::span<Lengths const> entriesAt(U32 node) const {
+        return std::span(entries_).subspan(firstOfNode_[node],
+                                           firstOfNode_[node + 1] - firstOfNode_[node]);
+    }
+
     /// Works out what each prefix of the list permits, around it taken into account.
-    void permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix,
-                std::span<U32 const> firstOfNode);
+    void permit(std::span<PrefixListEntry const> bySeq, std::span<U32 const> byPrefix);
     /// Makes the pieces of an IPv4 list from that.
     void cutAddresses(std::span<IpGenPrefix const> prefixes);
     /// Whether the question can be answered by address alone.
@@ -74,8 +90,10 @@ private:
     /// Words of `permitted_` that a node has: one for IPv4, more for IPv6.
     U32 wordsPerNode_ = 1;
     PrefixTrie trie_;
-    std::vector<U64> permitted_; ///< per node a bit for every length of a candidate
-    AddressPieces pieces_;       ///< of an IPv4 list: the same by address
+    std::vector<U64> permitted_;   ///< per node a bit for every length of a candidate
+    AddressPieces pieces_;         ///< of an IPv4 list: the same by address
+    std::vector<Lengths> entries_; ///< by node
+    std::vector<U32> firstOfNode_; ///< in entries_, with one more at the end
 };
 
 } // namespace Qcf::Lists

@@ -54,6 +54,11 @@ public:
     /// node meets every prefix around it, the longest first.
     U32 parent(U32 node) const { return parents_[node]; }
 
+    /// The length of the node's prefix.
+    U8 length(U32 node) const {
+        return static_cast<U8>(v4_.empty() ? v6_[node].len() : v4_[node].len());
+    }
+
 private:
     // Keys compare as prefixes do: by address, then by length.
     /// Address and length of an IPv4 prefix in one number.

@@ -23,6 +23,12 @@ struct Roa {
 /// invalid.
 enum class OriginValidity : U8 { valid = 0, notFound = 1, invalid = 2 };
 
+/// A route's validity with the payload that it follows from.
+struct RoaExplanation {
+    OriginValidity validity;
+    String text; ///< "not found", "valid by 10.0.0.0/8 AS65001"
+};
+
 /// A ROA table: the validated payloads that origin validation (RFC 6811) looks at.
 ///
 ///     RoaTable const table({{prefix, 24, 65001}});
@@ -40,6 +46,9 @@ public:
     /// The validity of a route of that prefix and origin AS; 0 is the origin of a route whose path
     /// tells none, and is never valid.
     OriginValidity validate(IpGenPrefix const & prefix, U32 originAs) const;
+
+    /// The same answer with the payload that gives it, or one that covers the prefix.
+    RoaExplanation explain(IpGenPrefix const & prefix, U32 originAs) const;
 
     /// Number of different payloads.
     std::size_t size() const { return size_; }
