@@ -24,6 +24,9 @@ public:
           sink_(run.makeSink()) {}
 
     void evaluate(U64 number, Route const & route) {
+        if (run_.select && !run_.select(number, route)) {
+            return;
+        }
         agentContext_->routeIs(route);
         if (run_.log) {
             agentContext_->shouldLogEvalIs(true);

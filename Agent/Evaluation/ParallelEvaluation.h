@@ -53,6 +53,9 @@ struct TableRun {
     std::function<std::unique_ptr<EvaluationSink>()> makeSink;
     U32 threads = 1;     ///< at least 1; with 1 no thread is started
     U64 limit = ~U64{0}; ///< routes to evaluate at most
+    /// Whether a route is to be evaluated; the others are passed over and reach no sink. Null for
+    /// all. Called by all threads.
+    std::function<bool(U64 number, Route const & route)> select = {};
     /// Whether each evaluation keeps a log, which the context then has.
     bool log = false;
 };

@@ -158,11 +158,37 @@ IpGenAddr readNextHop(ByteCursor value) {
 
 } // namespace
 
+namespace {
+
+/// Which attribute of a route each code is.
+struct CarriedCode {
+    U8 code;
+    std::size_t index;
+};
+constexpr CarriedCode carriedCodes[] = {
+    {Mrt::origin, routeIndexOf<&CommonAttributes::origin>()},
+    {Mrt::asPath, routeIndexOf<&CommonAttributes::asPath>()},
+    {Mrt::nextHop, routeIndexOf<&CommonAttributes::nextHop>()},
+    {Mrt::med, routeIndexOf<&CommonAttributes::med>()},
+    {Mrt::localPref, routeIndexOf<&CommonAttributes::localPref>()},
+    {Mrt::communities, routeIndexOf<&CommonAttributes::community>()},
+    {Mrt::extCommunities, routeIndexOf<&CommonAttributes::extCommunity>()},
+    {Mrt::largeCommunities, routeIndexOf<&CommonAttributes::largeCommunity>()},
+    {Mrt::aigp, routeIndexOf<&CommonAttributes::aigpMetric>()},
+};
+
+} // namespace
+
 void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route & route) {
     walk<Aim::route>(bytes, form, route);
     // A path of four-byte numbers stands in the route already.
     if (!form.as4) {
         finishPath(route);
+    }
+    for (CarriedCode const & carried : carriedCodes) {
+        if (has(carried.code)) {
+            route.carriedIs(carried.index);
+        }
     }
 }
 

@@ -30,14 +30,43 @@ void restoreAll(MemberList<members...> /*all*/, Route & route, Route const & fre
     (restoreCommon(route, fresh, members), ...);
 }
 
+template <typename Value>
+bool isSame(Value const & a, Value const & b) {
+    if constexpr (requires { a.asns(); }) {
+        return a.asns() == b.asns();
+    } else {
+        return a == b;
+    }
+}
+
 } // namespace
 
 void Route::clear() {
     static Route const fresh;
     // Whatever the rare attributes were, they read as their defaults from here on.
     rare_.clear();
+    carried_ = 0;
     session = fresh.session;
     restoreAll(RouteMembers(), *this, fresh);
+}
+
+bool Route::carries(std::size_t index) const {
+    if (((carried_ >> index) & 1) != 0) {
+        return true;
+    }
+    static Route const fresh;
+    bool isOther = false;
+    eachAttribute([&](std::size_t at, auto const & value) {
+        if (at != index) {
+            return;
+        }
+        fresh.eachAttribute([&](std::size_t freshAt, auto const & freshValue) {
+            if constexpr (std::is_same_v<decltype(value), decltype(freshValue)>) {
+                isOther = isOther || (freshAt == index && !isSame(value, freshValue));
+            }
+        });
+    });
+    return isOther;
 }
 
 std::span<char const * const> routeAttributeNames() { return routeMemberNames; }

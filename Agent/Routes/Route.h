@@ -30,6 +30,13 @@ struct Route : CommonAttributes {
     /// Restores the defaults and keeps the storage.
     void clear();
 
+    /// Notes that attribute `index` of routeAttributeNames() was in the source, as readers do for
+    /// those that they meet: a default may stand there.
+    void carriedIs(std::size_t index) { carried_ |= U64{1} << index; }
+    /// Whether the route came with that attribute: it was noted, or has another value than its
+    /// default, as in a route that was filled by hand.
+    bool carries(std::size_t index) const;
+
     /// Calls `visit` with attribute `index` of routeAttributeNames() for writing; not at all when
     /// there is none. A visit of a rare attribute makes the rare record, whether anything is
     /// written or not.
@@ -82,9 +89,28 @@ private:
         (visit(index++, readable(members)), ...);
     }
 
+    static_assert(RouteMembers::size <= 64, "a bit an attribute");
+    U64 carried_ = 0;
     /// Apart, since most routes have none of them.
     Boxed<RareAttributes> rare_;
 };
+
+/// The index of an attribute that is known where the code is written:
+/// `routeIndexOf<&CommonAttributes::med>()`.
+template <auto member, auto... members>
+constexpr std::size_t routeIndexIn(MemberList<members...> /*all*/) {
+    std::size_t index = 0;
+    std::size_t found = sizeof...(members);
+    auto const look = [&](bool isIt) { found = isIt ? index : found, ++index; };
+    (look(std::is_same_v<MemberList<member>, MemberList<members>>), ...);
+    return found;
+}
+template <auto member>
+constexpr std::size_t routeIndexOf() {
+    constexpr std::size_t index = routeIndexIn<member>(RouteMembers());
+    static_assert(index < RouteMembers::size, "a member of a route");
+    return index;
+}
 
 /// Language names of the attributes of a Route, in the order of visitAttribute's index.
 std::span<char const * const> routeAttributeNames();

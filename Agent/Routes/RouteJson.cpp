@@ -210,6 +210,7 @@ void readRoute(JsonValue const & object, Route & route) {
     for (JsonValue const member : object.expectObject()) {
         if (auto const index = findRouteAttribute(member.key())) {
             route.visitAttribute(*index, MemberReader(routeAttributes()[*index], member));
+            route.carriedIs(*index);
         } else if (member.key() == "session") {
             readSession(member, route.session);
         } else {
