@@ -45,9 +45,6 @@ private:
     TraceTree tree_;
 };
 
-/// The steps of the deciding path, the outermost first.
-std::vector<TraceNode const *> decidingPath(TraceNode const & root);
-
 /// The deciding path for people: a line a test that led to the verdict, with the values that it
 /// read. Each line begins with `indent` blanks and ends with a line's end.
 ///

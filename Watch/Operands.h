@@ -2,40 +2,54 @@
 
 #include "QcfLib/QcfEval.h"
 
-namespace Qcf::Watch {
+#include <optional>
 
-struct TraceNode;
+namespace Qcf::Watch {
 
 /// A value that a node read, as it was for this route.
 struct Operand {
     Eval::AetNodeBase const * node; ///< the value node
-    char const * type;              ///< "int", "community set", ...
+    char const * type;              ///< "int", "as_path", "community_set", ...
     String value;                   ///< as policy text spells it
-    bool constant = false;          ///< written in the policy
-    /// Whether the route carried it, or the function wrote it; true for what is no attribute.
+    bool constant = false;          ///< the same for all routes
+    /// False where the route came without the attribute, and nobody has written it: the value is
+    /// the attribute's default.
     bool given = true;
 };
 
-/// What a change did to one of its targets.
-struct ChangedValue {
-    Eval::AttributeInfo const * attribute; ///< null where the target is none
+/// What a change did to its target.
+struct Change {
+    Eval::AetNodeBase const * target;
     String before;
-    String after;
-    /// The value that was computed lay outside the attribute's range.
+    String after = {};
+    bool given = true; ///< of `before`, as of an operand
+    /// What was computed lay outside the attribute's range.
     bool clamped = false;
-    /// It had the value already.
+
+    /// What integer arithmetic came to before it was forced into the range.
+    struct Exact {
+        bool isKnown = false; ///< of integers only
+        bool negative = false;
+        bool tooLarge = false; ///< for the type
+        U64 value = 0;
+    };
+    Exact exact = {};
+
+    /// Null where the target is no attribute.
+    Eval::AttributeInfo const * attribute() const { return target->typeData().attribute; }
+    /// Whether it had the value already.
     bool hadNoEffect() const { return before == after; }
 };
 
-/// The values that the node reads, by the node's own accessors, in the order of its fields; of the
-/// body of a built-in function the attributes that it reads. `context` is at that node: its frame
-/// is the one that the node sees.
+/// The values that the node reads, by the node's own accessors, in the order of its fields; of a
+/// call the arguments, of the body of a built-in function the attributes that it reads. What a
+/// change writes to without reading it is left out. The context is at that node: its frame is the
+/// one that the node sees.
 std::vector<Operand> operandsOf(Eval::Expression const & node, Eval::EvalContext & context);
 
-/// The targets of a change with their present values as `before`; none for what changes nothing.
-std::vector<ChangedValue> targetsOf(Eval::Expression const & node, Eval::EvalContext & context);
-/// Fills in what the targets are after the change. `operands` are those from before it.
-void finishTargets(Eval::Expression const & node, Eval::EvalContext & context,
-                   std::vector<ChangedValue> & targets);
+/// A change as it is about to happen: what it writes to, before. Nothing for other nodes.
+std::optional<Change> changeBefore(Eval::Expression const & node, Eval::EvalContext & context);
+/// Fills in what the target is afterwards.
+void changeDone(Change & change, Eval::EvalContext & context);
 
 } // namespace Qcf::Watch

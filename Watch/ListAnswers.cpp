@@ -1,0 +1,232 @@
+#include "Watch/ListAnswers.h"
+
+#include "Agent/Evaluation/RouteContext.h"
+#include "Lists/AsPathList.h"
+#include "Lists/CommunityList.h"
+#include "Lists/PrefixListTrie.h"
+#include "Lists/RoaTable.h"
+#include "Text/FunctionContent.h"
+#include "Text/Words.h"
+
+/// What nodes ask of named lists, asked once more of the very lists that answered them, in words.
+namespace Qcf::Watch {
+
+using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
+
+namespace {
+
+using Context = Ptr<EvalContextBase const>;
+
+/// The call inside which the node was evaluated; null in the outermost function.
+TraceNode const * callAround(TraceNode const & at) {
+    TraceNode const * around = at.parent;
+    while (around != nullptr && !is<FunctionCallExpression>(*around->node)) {
+        around = around->parent;
+    }
+    return around;
+}
+
+/// Calls `visit` with each argument of a call, until it answers true.
+template <typename Visit>
+void eachArgument(TraceNode const & call, Visit const & visit) {
+    auto const & node = static_cast<FunctionCallExpression const &>(*call.node);
+    for (auto const * link = node.argListHead().get(); link != nullptr; link = link->next().get()) {
+        if (visit(*link->entry())) {
+            return;
+        }
+    }
+}
+
+/// The list that a parameter stands for, by the calls that handed it on.
+AetNodeBase const * listBehind(AetNodeBase const & list, TraceNode const & at) {
+    AetNodeBase const * found = &list;
+    TraceNode const * call = callAround(at);
+    while (call != nullptr && found->typeData().fieldOf(FieldRole::argumentIndex) != nullptr) {
+        int skipped = Text::variableOf(*found).index;
+        AetNodeBase const * argument = nullptr;
+        eachArgument(*call, [&](AetNodeBase const & each) {
+            bool const isList = each.typeData().isKind(NodeKind::prefixList);
+            argument = isList && skipped-- == 0 ? &each : argument;
+            return argument != nullptr;
+        });
+        if (argument == nullptr) {
+            break;
+        }
+        found = argument;
+        call = callAround(*call);
+    }
+    return found;
+}
+
+/// The table's name by its number, as some call around names it.
+String roaTableName(U64 slot, TraceNode const & at) {
+    String name;
+    for (TraceNode const * call = callAround(at); call != nullptr && name.empty();
+         call = callAround(*call)) {
+        eachArgument(*call, [&](AetNodeBase const & each) {
+            auto const * const table = as<RoaTableImmediate>(each);
+            bool const isIt = table != nullptr && table->number() == slot;
+            name = isIt ? Text::nameWord(table->name()) : name;
+            return isIt;
+        });
+    }
+    return name;
+}
+
+/// A test of a prefix or an address against a prefix list.
+struct PrefixListTest {
+    PrefixList const * list = nullptr; ///< null for other nodes
+    IpGenPrefix candidate = {};
+};
+
+PrefixListTest prefixListTest(Expression const & node, Context const & context) {
+    if (auto const * const test = as<IpPrefixMatchPrefixList>(node)) {
+        return {test->rhs().get(), test->lhs()->getVal(context)};
+    }
+    if (auto const * const test = as<IpPrefixMatchCoveredPrefixList>(node)) {
+        return {test->rhs().get(), test->lhs()->getVal(context)};
+    }
+    if (auto const * const test = as<IpAddressMatchPrefixList>(node)) {
+        return {test->rhs().get(), IpGenPrefix::host(test->lhs()->getVal(context))};
+    }
+    return {};
+}
+
+/// Why no list was found, which only a candidate of the other family and lists for some VRFs have.
+String whyThereIsNone(PrefixListTest const & test, TraceNode const & at,
+                      EvalContext const & context) {
+    AetNodeBase const & list = *listBehind(*test.list, at);
+    if (is<DynamicPrefixListImmediate>(list)) {
+        return context.vrfId() == EvalContext::noVrf
+                   ? "list not in use outside of a vrf"
+                   : "list not in use in vrf " + std::to_string(context.vrfId());
+    }
+    return "list of the other family";
+}
+
+String nameOf(AetNodeBase const & list) {
+    return list.typeData().facts.list ? Text::nameWord(Text::listOf(list).name)
+                                      : String("argument");
+}
+
+/// As the list's own class; null where the agent's lists are others.
+template <typename List, typename Status>
+List const * listAs(MatcherTable<Status> const & table, U64 slot) {
+    return dynamic_cast<List const *>(table.at(static_cast<U16>(slot)).get());
+}
+
+/// A test of communities against a list, plain or exact.
+template <typename Plain, typename Exact, typename List, typename Status>
+String communityListSays(Expression const & node, MatcherTable<Status> const & table,
+                         Context const & context) {
+    auto const ask = [&](auto const * test, bool exactly) -> String {
+        auto const * const list = test == nullptr ? nullptr : listAs<List>(table, test->index());
+        if (list == nullptr) {
+            return {};
+        }
+        PtrConst<typename List::Matcher::Set> fresh;
+        auto const * const set = test->lhs()->lendVal(context, fresh);
+        return (exactly ? list->matcher().explainExactly(set) : list->matcher().explain(set)).text;
+    };
+    String says = ask(as<Plain>(node), false);
+    return says.empty() ? ask(as<Exact>(node), true) : says;
+}
+
+String anyCommunityListSays(Expression const & node, EvalContext & context) {
+    Context const reading(&context);
+    ExternalMatchersBase const & lists = *context.externalMatchers();
+    String says = communityListSays<IntSetMatchCommList, IntSetMatchExactCommList,
+                                    Lists::StandardCommunityList>(node, lists.commLists, reading);
+    if (says.empty()) {
+        says = communityListSays<CommunitySetMatchExtCommList, CommunitySetMatchExactExtCommList,
+                                 Lists::ExtCommunityList>(node, lists.extCommLists, reading);
+    }
+    if (says.empty()) {
+        says =
+            communityListSays<CommunitySetMatchLargeCommList, CommunitySetMatchExactLargeCommList,
+                              Lists::LargeCommunityList>(node, lists.largeCommLists, reading);
+    }
+    return says;
+}
+
+String asPathListSays(AsPathMatchAsPathAccessList const & test, EvalContext & context) {
+    Context const reading(&context);
+    auto const * const list =
+        listAs<Lists::AsPathList>(context.externalMatchers()->asPathLists, test.index());
+    if (list == nullptr) {
+        return {};
+    }
+    String text;
+    if (auto const * const path = test.lhs()->getVal(reading)) {
+        Routing::Bgp::appendAsPathPatternText(text, path->asns());
+    }
+    return list->explain(text, context.originInput()).text;
+}
+
+String tagSetSays(IntMatchTagSet const & test, EvalContext & context) {
+    auto const & tags = context.externalMatchers()->tagSets.at(test.index());
+    U64 const tag = test.lhs()->getVal(Context(&context));
+    return tags ? Lists::explainTag(*tags, static_cast<U32>(tag)).text : String();
+}
+
+// The arguments are those of the built-in function's own frame, which is current.
+String roaTableSays(TraceNode const & at, EvalContext & context) {
+    auto const * const ofRoute = dynamic_cast<Agent::RouteContext const *>(&context);
+    auto const & arguments = *context.intTypeArgValues();
+    if (ofRoute == nullptr || arguments.empty() || arguments[0] < 0 || arguments[0] > 0xffff) {
+        return {};
+    }
+    auto const slot = static_cast<U64>(arguments[0]);
+    auto const * const table = listAs<Lists::RoaTable>(context.externalMatchers()->roaTables, slot);
+    bool known = false;
+    U32 const origin = Routing::Bgp::originAs(ofRoute->route().asPath, context.localAs(), known);
+    String const says = table == nullptr
+                            ? String("not found")
+                            : table->explain(ofRoute->route().ipPrefix, known ? origin : 0).text;
+    return "prefix " + ofRoute->route().ipPrefix.toString() + ", origin " +
+           (known ? std::to_string(origin) : String("unknown")) + ", table " +
+           roaTableName(slot, at) + ": " + says;
+}
+
+} // namespace
+
+String whyListIsSilent(TraceNode const & at, EvalContext & context) {
+    Context const reading(&context);
+    PrefixListTest const test = prefixListTest(*at.node, reading);
+    if (test.list == nullptr) {
+        return {};
+    }
+    auto const * const matcher = test.list->getValWithArgs(reading, test.candidate.af());
+    if (matcher == nullptr) {
+        return whyThereIsNone(test, at, context);
+    }
+    if (matcher->matchWithTristate({test.candidate}, nullptr).isSet != 0) {
+        return {};
+    }
+    String const list = "list " + nameOf(*listBehind(*test.list, at));
+    bool const isOurs = dynamic_cast<Lists::PrefixListTrie const *>(matcher) != nullptr;
+    return list + (isOurs ? " has no entries" : " has no answer");
+}
+
+String listSays(TraceNode const & at, EvalContext & context) {
+    Context const reading(&context);
+    Expression const & node = *at.node;
+    if (PrefixListTest const test = prefixListTest(node, reading); test.list != nullptr) {
+        auto const * const matcher = test.list->getValWithArgs(reading, test.candidate.af());
+        auto const * const trie = dynamic_cast<Lists::PrefixListTrie const *>(matcher);
+        bool const hasAnswer = trie != nullptr && !trie->empty();
+        return hasAnswer ? trie->explain(test.candidate).text : whyListIsSilent(at, context);
+    }
+    if (auto const * const test = as<AsPathMatchAsPathAccessList>(node)) {
+        return asPathListSays(*test, context);
+    }
+    if (auto const * const test = as<IntMatchTagSet>(node)) {
+        return tagSetSays(*test, context);
+    }
+    if (is<MatchOriginAsValidityImplExpr>(node)) {
+        return roaTableSays(at, context);
+    }
+    return anyCommunityListSays(node, context);
+}
+
+} // namespace Qcf::Watch

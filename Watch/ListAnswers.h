@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Lists/ListExplanation.h"
+#include "Watch/TraceNode.h"
+
+namespace Qcf::Watch {
+
+/// Why a prefix list gives no answer at a node; empty where it gives one, and for other nodes.
+///
+///     "list LENGTHS has no entries", "list of the other family", "list not in use in vrf 7"
+String whyListIsSilent(TraceNode const & at, Eval::EvalContext & context);
+
+/// What the list that the node asks says of its candidate, by the list's own explanation: "entry 10
+/// wants length 8..24". Empty for nodes that ask none, for lists that are not those of this
+/// project's agent, and where the list is silent.
+String listSays(TraceNode const & at, Eval::EvalContext & context);
+
+} // namespace Qcf::Watch
