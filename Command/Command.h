@@ -56,6 +56,7 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
 // Each in the file of its name; Main.cpp calls them in the order of the help.
 /// Adds `qcf eval`; the others likewise. Each in the file of its name.
 void addEvalCommand(Commands & commands);
+void addExplainCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
 void addCompileCommand(Commands & commands);
 void addDumpCommand(Commands & commands);

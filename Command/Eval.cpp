@@ -1,77 +1,41 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
-#include "Command/PolicyFile.h"
-#include "Command/ProgramFile.h"
-#include "Command/Readiness.h"
+#include "Command/PolicyPlaces.h"
+#include "Command/PreparedPolicy.h"
 #include "Command/RouteRun.h"
 
 #include <memory>
 
-/// Everything that can be wrong with the document, the lists and their names is told before the
-/// first route is read, because a table may take minutes.
 namespace {
 
-using Qcf::Documents::Program;
-
 struct Options {
-    PolicyFile::Options policy;
-    String function;
-    String lists;
-    bool allowUndefinedLists = false;
+    PolicyArguments policy;
     RouteRunOptions run;
 };
 
-/// At most one file can be standard input. A stream cannot be read twice; the second reader would
-/// find it empty and call that a fault.
-void checkInputs(Options const & options) {
-    int const inputs = (options.policy.path == "-" ? 1 : 0) + (options.run.routes == "-" ? 1 : 0) +
-                       (options.lists == "-" ? 1 : 0);
-    if (inputs > 1) {
-        throw UsageError("only one file can be standard input");
-    }
-}
-
-/// The function to evaluate, which must be one that can be.
-PtrConst<Qcf::Eval::Function> chosenFunction(Program const & program, Options const & options) {
-    auto function = findFunction(program, options.policy.path, options.function);
-    if (auto const & fault = program.faultOf(*function).eval; !fault.empty()) {
-        throw DocumentError(options.policy.path + ": function " + options.function + ": " + fault);
-    }
-    return function;
-}
-
-/// Reads document and lists and puts everything in place for the function's evaluation; nothing
-/// when it may not be evaluated, which was told then. The places of nodes are needed for messages
-/// up to here, and go with the document's text that they hold; those of a text stay.
-PtrConst<Qcf::Eval::Function> prepare(Options & options, Program & program,
-                                      PtrConst<Qcf::Lists::NamedLists> & lists) {
-    PolicyFile const policy = PolicyFile::read(options.policy);
-    program = policy.program();
-    auto function = chosenFunction(program, options);
-    lists = policy.listsWith(options.lists);
-    if (options.run.places && !policy.hasMap()) {
+/// What of the policy's places the output needs. All else of the file goes, with the text of a
+/// document that it holds.
+void keepPlaces(RouteRunOptions & run, std::shared_ptr<PolicyFile const> file) {
+    if (run.places && !file->hasMap()) {
         throw UsageError("--places wants a policy text, or --map for a document");
     }
-    if (options.run.places) {
-        options.run.map = std::make_shared<Qcf::Text::PlaceMap const>(policy.map());
+    if (run.places) {
+        run.map = std::make_shared<Qcf::Text::PlaceMap const>(file->map());
     }
-    auto const placeOf = [&policy](auto const &... at) { return policy.placeOf(at...); };
-    Readiness const readiness(options.policy.path, options.allowUndefinedLists);
-    return readiness.of(*function, placeOf, lists.get()) ? function : nullptr;
+    if (run.why) {
+        run.nodePlaces = std::make_shared<PolicyPlaces const>(std::move(file));
+    }
 }
 
 int eval(Options & options) {
-    checkInputs(options);
-    Program program;
-    PtrConst<Qcf::Lists::NamedLists> lists;
-    auto const function = prepare(options, program, lists);
-    if (!function) {
+    options.policy.checkInputs(options.run.routes);
+    PreparedPolicy prepared = preparePolicy(options.policy);
+    keepPlaces(options.run, std::exchange(prepared.file, nullptr));
+    if (!prepared.function) {
         return 1;
     }
-    // One set of matchers for all threads: it never changes.
-    auto const matchers = Qcf::Lists::bindLists(program.slots, lists.get());
-    runRoutes(options.run, function,
-              [&matchers] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
+    runRoutes(options.run, prepared.function,
+              [&prepared] { return makePtr<Qcf::Agent::AgentContext>(prepared.matchers); });
     return 0;
 }
 
@@ -90,15 +54,9 @@ void addEvalCommand(Commands & commands) {
         "qcf eval policy.qcf --function import --routes table.mrt.gz --output jsonl",
         [options] { return eval(*options); });
     options->policy.addTo(command);
-    command.add_option("--function", options->function, "Function to evaluate")
-        ->required()
-        ->type_name("NAME");
-    command
-        .add_option("--lists", options->lists,
-                    "Lists that the policy refers to by name: a document or a text")
-        ->type_name("FILE");
-    addAllowUndefinedLists(command, options->allowUndefinedLists);
     options->run.addTo(command);
     command.add_flag("--places", options->run.places,
                      "Tell in the log where each node stands in the text");
+    command.add_flag("--why", options->run.why,
+                     "Tell with each route which statement decided, and its reason");
 }

@@ -47,6 +47,7 @@ std::string commandName(CLI::App const & app) {
 int parseAndRun(CLI::App & app, int argc, char ** argv) {
     Commands commands(app);
     addEvalCommand(commands);
+    addExplainCommand(commands);
     addCheckCommand(commands);
     addCompileCommand(commands);
     addDumpCommand(commands);

@@ -76,6 +76,8 @@ PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong a
 
 PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlong along) {
     PolicyFile file;
+    file.path_ = options.path;
+    file.mapPath_ = options.map;
     String text = readFile(options.path);
     file.sources_ = std::make_shared<Sources>();
     if (Qcf::Text::isJson(text)) {
@@ -111,6 +113,11 @@ String PolicyFile::placeOf(Qcf::Eval::AetNodeBase const & node,
     }
     String const place = map_ ? map_->text(node.aetNodeKey()) : String();
     return place.empty() && places_ ? places_->of(node, within) : place;
+}
+
+String PolicyFile::pointerOf(Qcf::Eval::AetNodeBase const & node,
+                             Qcf::Eval::Function const & within) const {
+    return places_ ? places_->pointerOf(node, within) : String();
 }
 
 Qcf::Text::PlaceMap const & PolicyFile::map() const {

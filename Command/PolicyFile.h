@@ -40,6 +40,8 @@ public:
     Qcf::Documents::Program const & program() const { return program_; }
     /// `FILE:LINE:COLUMN` where there is a source map, else `FILE:POINTER`.
     String placeOf(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
+    /// The node's place in the document within that function; empty for a text.
+    String pointerOf(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
     /// The node's place in a text; null where none is known.
     Qcf::Text::MappedPlace const * mappedPlace(Qcf::Eval::AetNodeBase const & node) const {
         return hasMap() ? map().find(node.aetNodeKey()) : nullptr;
@@ -70,7 +72,14 @@ public:
     /// Writes the text's warnings to standard error.
     void tellMessages() const;
 
+    /// The file as it was asked for.
+    String const & path() const { return path_; }
+    /// The source map that was given; empty for none.
+    String const & mapPath() const { return mapPath_; }
+
 private:
+    String path_;
+    String mapPath_;
     Qcf::Documents::Program program_;
     std::shared_ptr<Qcf::Documents::Places> places_;
     mutable std::optional<Qcf::Text::PlaceMap> map_;

@@ -8,6 +8,10 @@
 #include "Command/RouteTally.h"
 #include "Command/RouteText.h"
 #include "QcfLib/QcfEval.h"
+#include "Watch/Deciding.h"
+
+#include <map>
+#include <unordered_map>
 
 /// Text is made by all threads side by side, and written in the order of the table: the sinks do
 /// the one as they take routes, and the other as they deliver them.
@@ -15,20 +19,68 @@ namespace {
 
 using Qcf::Agent::Evaluated;
 
-/// What the threads of a run share; used in turn.
+/// A thread's context, with what sees which statements decide.
+struct Watcher {
+    explicit Watcher(Ptr<Qcf::Agent::AgentContextBase> of) : context(std::move(of)) {
+        context->evaluationObserverIs(&deciding);
+    }
+    Ptr<Qcf::Agent::AgentContextBase> context;
+    Qcf::Watch::Deciding deciding;
+};
+
+/// What the threads of a run share; used in turn, or not changed any more.
 struct Run {
-    bool log = false;
-    RouteSelection const * selection = nullptr;
-    /// Null where places are not asked for.
-    Qcf::Text::PlaceMap const * places = nullptr;
+    explicit Run(RouteRunOptions const & runOptions) : options(runOptions) {}
+
+    RouteRunOptions const & options;
+    /// Where it is to be told what decided: by context, complete before the first route.
+    std::unordered_map<Qcf::Agent::AgentContextBase const *, std::unique_ptr<Watcher>> watchers;
     RouteTally tally;
     Progress progress{"routes"};
+};
+
+/// Where statements stand, found out once each: a policy has few, a table many routes.
+class KnownPlaces {
+public:
+    explicit KnownPlaces(Qcf::Watch::NodePlaces const * places) : places_(places) {}
+
+    ShownDecision of(Qcf::Watch::Deciding const & deciding) {
+        ShownDecision shown{nullptr, {}};
+        for (Qcf::Watch::DecidingStatement const & statement : deciding.path()) {
+            Known const & known = find(statement);
+            shown.place = shown.place == nullptr ? &known.place : shown.place;
+            if (!known.reason.empty()) {
+                shown.reason = known.reason;
+                break;
+            }
+        }
+        return shown;
+    }
+
+private:
+    struct Known {
+        Qcf::Watch::NodePlace place;
+        String reason;
+    };
+    using Key = std::pair<Qcf::Eval::Expression const *, Qcf::Eval::Function const *>;
+
+    Known const & find(Qcf::Watch::DecidingStatement const & statement) {
+        auto const [at, isNew] = known_.try_emplace(Key{statement.node, statement.within});
+        if (isNew) {
+            at->second = {places_->of(*statement.node, *statement.within),
+                          places_->reason(*statement.node)};
+        }
+        return at->second;
+    }
+
+    Qcf::Watch::NodePlaces const * places_;
+    std::map<Key, Known> known_;
 };
 
 /// Counts routes; sinks that also make text of them derive from it.
 class CountingSink : public Qcf::Agent::EvaluationSink {
 public:
-    explicit CountingSink(Run & run) : run_(run) {}
+    explicit CountingSink(Run & run) : run_(run), known_(run.options.nodePlaces.get()) {}
 
     void take(Evaluated const & evaluated) override { tally_.add(evaluated); }
 
@@ -43,13 +95,27 @@ public:
     }
 
 protected:
-    bool selects(Evaluated const & evaluated) const { return run_.selection->selects(evaluated); }
-    bool log() const { return run_.log; }
-    Qcf::Text::PlaceMap const * places() const { return run_.places; }
+    bool selects(Evaluated const & evaluated) const {
+        return run_.options.selection.selects(evaluated);
+    }
+    /// What is to be shown of the route; good until the next one is taken.
+    RouteDetails detailsOf(Evaluated const & evaluated) {
+        RouteRunOptions const & options = run_.options;
+        RouteDetails details{options.log, options.places ? options.map.get() : nullptr};
+        if (options.why) {
+            auto & deciding = run_.watchers.at(&evaluated.context)->deciding;
+            decision_ = known_.of(deciding);
+            deciding.clear();
+            details.decision = &decision_;
+        }
+        return details;
+    }
     String & text() { return text_; }
 
 private:
     Run & run_;
+    KnownPlaces known_;
+    ShownDecision decision_{};
     RouteTally tally_;
     String text_;
 };
@@ -60,12 +126,13 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
+        RouteDetails const details = detailsOf(evaluated);
         if (!selects(evaluated)) {
             return;
         }
-        appendRouteLine(text(), evaluated);
-        if (log()) {
-            appendLogLines(text(), evaluated, places());
+        appendRouteLine(text(), evaluated, details);
+        if (details.log) {
+            appendLogLines(text(), evaluated, details.places);
         }
     }
 };
@@ -77,10 +144,11 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
+        RouteDetails const details = detailsOf(evaluated);
         if (!selects(evaluated)) {
             return;
         }
-        renderRoute(evaluated, log(), places(), renderer_, values_);
+        renderRoute(evaluated, details, renderer_, values_);
         renderer_.endDocument();
     }
 
@@ -89,14 +157,24 @@ private:
     Qcf::Agent::ValueRenderer values_;
 };
 
-std::unique_ptr<Qcf::Agent::EvaluationSink> makeSink(String const & output, Run & run) {
-    if (output == "jsonl") {
+std::unique_ptr<Qcf::Agent::EvaluationSink> makeSink(Run & run) {
+    if (run.options.output == "jsonl") {
         return std::make_unique<JsonLinesSink>(run);
     }
-    if (output == "table") {
+    if (run.options.output == "table") {
         return std::make_unique<TableSink>(run);
     }
     return std::make_unique<CountingSink>(run);
+}
+
+/// With what sees its evaluations, where it is to be told what decided. A run whose routes nobody
+/// is told of needs none.
+Ptr<Qcf::Agent::AgentContextBase> madeContext(Run & run, MakeContext const & makeContext) {
+    auto context = makeContext();
+    if (run.options.why && run.options.output != "none") {
+        run.watchers.emplace(context.get(), std::make_unique<Watcher>(context));
+    }
+    return context;
 }
 
 // Lines of JSON are for programs: a summary among them would be none.
@@ -135,19 +213,16 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
                MakeContext makeContext) {
     // The file is opened before the clock of the run starts.
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Run run;
-    run.log = options.log;
-    run.selection = &options.selection;
-    run.places = options.places ? options.map.get() : nullptr;
+    Run run(options);
     Qcf::Agent::TableRun tableRun;
     tableRun.function = std::move(function);
-    tableRun.makeContext = std::move(makeContext);
-    tableRun.makeSink = [&] { return makeSink(options.output, run); };
+    tableRun.makeContext = [&] { return madeContext(run, makeContext); };
+    tableRun.makeSink = [&] { return makeSink(run); };
     tableRun.threads = static_cast<U32>(options.threads);
     tableRun.limit = options.limit;
     tableRun.log = options.log;
     if (options.output == "table") {
-        standardOutput().write(routeHeading());
+        standardOutput().write(routeHeading(options.why));
     }
     try {
         evaluateTable(*reader, tableRun);

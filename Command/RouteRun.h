@@ -4,6 +4,7 @@
 #include "Command/Command.h"
 #include "Command/RouteSelection.h"
 #include "Text/MapFile.h"
+#include "Watch/NodePlaces.h"
 
 #include <memory>
 
@@ -19,6 +20,9 @@ struct RouteRunOptions {
     /// Whether the log tells the places of nodes; `map` has them then.
     bool places = false;
     std::shared_ptr<Qcf::Text::PlaceMap const> map = {};
+    /// Whether it is told what decided about each route; `nodePlaces` says where that is then.
+    bool why = false;
+    std::shared_ptr<Qcf::Watch::NodePlaces const> nodePlaces = {};
     /// From 1 on.
     U64 threads = 1;
     /// Routes to evaluate at most.

@@ -4,6 +4,7 @@
 #include "Platform/Routing/CommunityText.h"
 #include "Platform/Routing/TextPieces.h"
 #include "Text/MapFile.h"
+#include "Watch/ExplanationText.h"
 
 namespace {
 
@@ -169,8 +170,8 @@ void renderRecords(EvaluationLog const * record, PlaceMap const & places, Render
 
 } // namespace
 
-void renderRoute(Evaluated const & evaluated, bool withLog, PlaceMap const * places,
-                 RendererV2 & renderer, Qcf::Agent::ValueRenderer & values) {
+void renderRoute(Evaluated const & evaluated, RouteDetails const & details, RendererV2 & renderer,
+                 Qcf::Agent::ValueRenderer & values) {
     renderer.beginObject();
     renderer.key("route");
     renderer.value(evaluated.number);
@@ -195,20 +196,39 @@ void renderRoute(Evaluated const & evaluated, bool withLog, PlaceMap const * pla
         renderer.key("nextHopSetToSelf");
         renderer.value(true);
     }
+    if (details.decision != nullptr) {
+        renderer.key("decidedBy");
+        renderDecidedBy(details.decision->place, details.decision->reason, renderer);
+    }
     // Where a log was asked for the member is always there, be it empty.
-    if (withLog) {
+    if (details.log) {
         renderer.key("log");
         renderer.beginObject();
         if (auto const log = evaluated.context.evaluationLog()) {
-            places == nullptr ? log->toJson(&renderer)
-                              : renderRecords(log.get(), *places, renderer);
+            details.places == nullptr ? log->toJson(&renderer)
+                                      : renderRecords(log.get(), *details.places, renderer);
         }
         renderer.endObject();
     }
     renderer.endObject();
 }
 
-String routeHeading() {
+namespace {
+
+/// As wide as the place and the reason of a statement usually are.
+constexpr std::size_t decisionWidth = 40;
+
+void appendDecision(String & out, ShownDecision const & decision) {
+    std::size_t const start = out.size();
+    out += decision.place == nullptr ? "-" : decision.place->text();
+    out += decision.reason.empty() ? "" : " " + decision.reason;
+    out += ' ';
+    padTo(out, start, decisionWidth);
+}
+
+} // namespace
+
+String routeHeading(bool withDecision) {
     String line;
     std::size_t end = 0;
     for (Column const & column : columns) {
@@ -216,11 +236,15 @@ String routeHeading() {
         end += column.width;
         padTo(line, 0, end);
     }
+    if (withDecision) {
+        line += "decided by";
+        padTo(line, 0, end + decisionWidth);
+    }
     return line + "changes\n";
 }
 
 // Each value appends itself: a String for each would be made for every route.
-void appendRouteLine(String & out, Evaluated const & evaluated) {
+void appendRouteLine(String & out, Evaluated const & evaluated, RouteDetails const & details) {
     std::size_t const start = out.size();
     std::size_t end = 0;
     for (Column const & column : columns) {
@@ -229,6 +253,9 @@ void appendRouteLine(String & out, Evaluated const & evaluated) {
         // A value that is too wide for its column stays apart from the next.
         out += ' ';
         padTo(out, start, end);
+    }
+    if (details.decision != nullptr) {
+        appendDecision(out, *details.decision);
     }
     evaluated.context.changes().eachChange([&out](auto, char const * name, auto const & value) {
         out += name;

@@ -11,21 +11,37 @@ class ValueRenderer;
 namespace Qcf::Text {
 class PlaceMap;
 }
+namespace Qcf::Watch {
+struct NodePlace;
+}
 
-/// Writes one evaluated route as an object, with the address of its peer where it has one; with its
-/// log when `withLog`. The values of the changes
-/// are what `values` writes of them. With `places` each record of the log tells where its node
-/// stands in the text; null for logs without.
-void renderRoute(Qcf::Agent::Evaluated const & evaluated, bool withLog,
-                 Qcf::Text::PlaceMap const * places, RendererV2 & renderer,
-                 Qcf::Agent::ValueRenderer & values);
+/// What decided about a route, as it is shown.
+struct ShownDecision {
+    Qcf::Watch::NodePlace const * place; ///< null where no statement decided
+    String reason;
+};
+
+/// What is shown of a route beside its result and its changes.
+struct RouteDetails {
+    bool log = false;
+    /// For the log: where its nodes stand in the text; null for logs without.
+    Qcf::Text::PlaceMap const * places = nullptr;
+    /// Null where it is not asked for.
+    ShownDecision const * decision = nullptr;
+};
+
+/// Writes one evaluated route as an object, with the address of its peer where it has one. The
+/// values of the changes are what `values` writes of them.
+void renderRoute(Qcf::Agent::Evaluated const & evaluated, RouteDetails const & details,
+                 RendererV2 & renderer, Qcf::Agent::ValueRenderer & values);
 
 /// The line above the routes: what the columns are, with the line's end.
-String routeHeading();
+String routeHeading(bool withDecision);
 
-/// Appends one evaluated route as a line for people: number, prefix, peer, result, and what was
-/// changed as name=value.
-void appendRouteLine(String & out, Qcf::Agent::Evaluated const & evaluated);
+/// Appends one evaluated route as a line for people: number, prefix, peer, result, where it was
+/// decided if that is asked for, and what was changed as name=value.
+void appendRouteLine(String & out, Qcf::Agent::Evaluated const & evaluated,
+                     RouteDetails const & details);
 
 /// Appends the log of an evaluated route: a line a record, those of a callee below their call. With
 /// the place of its node where `places` are given.

@@ -1,0 +1,154 @@
+#include "Agent/Evaluation/AgentContext.h"
+#include "Agent/Tables/RouteFile.h"
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/PolicyPlaces.h"
+#include "Command/PreparedPolicy.h"
+#include "Command/Progress.h"
+#include "Command/Readiness.h"
+#include "Command/RouteSelection.h"
+#include "Platform/Render/RendererV2.h"
+#include "Watch/ExplanationText.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+/// Each thread has a context that is watched; its sink makes text of what was seen before the
+/// context gets the next route.
+namespace {
+
+using Qcf::Agent::AgentContext;
+using Qcf::Agent::AgentContextBase;
+using Qcf::Agent::Evaluated;
+using Qcf::Watch::Watched;
+
+constexpr U64 everyRoute = ~U64{0};
+
+struct Options {
+    PolicyArguments policy;
+    RouteSelection selection;
+    U64 route = everyRoute;
+    String routes;
+    String format = "text";
+    bool all = false;
+    U64 threads = 1;
+    U64 limit = ~U64{0};
+};
+
+/// A thread's context, which must be there until nobody watches it.
+struct Watcher {
+    explicit Watcher(Ptr<AgentContextBase> of) : context(std::move(of)), watched(*context) {}
+    Ptr<AgentContextBase> context;
+    Watched watched;
+};
+
+/// What the threads of a run share; used in turn, but for what does not change any more.
+struct Run {
+    Options const & options;
+    PolicyPlaces const & places;
+    /// By the context that each watches; complete before the first route.
+    std::unordered_map<AgentContextBase const *, std::unique_ptr<Watcher>> watchers = {};
+    Progress progress{"routes"};
+    U64 routes = 0;
+};
+
+class ExplainingSink final : public Qcf::Agent::EvaluationSink {
+public:
+    explicit ExplainingSink(Run & run) : run_(run), renderer_(text_) {}
+
+    void take(Evaluated const & evaluated) override {
+        Watched & watched = run_.watchers.at(&evaluated.context)->watched;
+        if (!run_.options.selection.selects(evaluated)) {
+            watched.clear();
+            return;
+        }
+        Qcf::Watch::ExplainedRoute const route{evaluated, watched, run_.places};
+        if (run_.options.format == "json") {
+            renderExplanation(route, renderer_);
+            renderer_.endDocument();
+        } else {
+            appendExplanation(text_, route, run_.options.all);
+        }
+        ++routes_;
+        // What a route was not seen of must not be taken for the next one's.
+        watched.clear();
+    }
+
+    void deliver() override {
+        run_.routes += std::exchange(routes_, 0);
+        run_.progress.done(run_.routes);
+        standardOutput().write(text_);
+        text_.clear();
+    }
+
+private:
+    Run & run_;
+    String text_;
+    RendererV2 renderer_;
+    U64 routes_ = 0;
+};
+
+int explain(Options const & options) {
+    options.policy.checkInputs(options.routes);
+    Qcf::Agent::TableRun tableRun;
+    tableRun.threads = static_cast<U32>(options.threads);
+    tableRun.limit = options.limit;
+    if (options.route != everyRoute) {
+        tableRun.limit = std::min(options.limit, options.route + 1);
+    }
+    tableRun.select = [&options](U64 number, Qcf::Agent::Route const & route) {
+        bool const isAsked = options.route == everyRoute || options.route == number;
+        return isAsked && options.selection.selectsRoute(route);
+    };
+    PreparedPolicy const prepared = preparePolicy(options.policy);
+    if (!prepared.function) {
+        return 1;
+    }
+    PolicyPlaces const places(prepared.file);
+    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    Run run{options, places};
+    tableRun.function = prepared.function;
+    tableRun.makeContext = [&]() -> Ptr<AgentContextBase> {
+        Ptr<AgentContextBase> const context = makePtr<AgentContext>(prepared.matchers);
+        run.watchers.emplace(context.get(), std::make_unique<Watcher>(context));
+        return context;
+    };
+    tableRun.makeSink = [&] { return std::make_unique<ExplainingSink>(run); };
+    evaluateTable(*reader, tableRun);
+    if (run.routes == 0 && options.route != everyRoute) {
+        tellLine(options.routes + ": route " + std::to_string(options.route) +
+                 " is not in the table, or not selected");
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+void addExplainCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "explain", "Tell which statement decided about routes, and why",
+        "Shows for each route the tests that led to its verdict, with the values that they read,\n"
+        "what the entries of lists wanted, why something is unknown, and what was changed. What\n"
+        "the route came without is marked with the default that it has. --all shows everything\n"
+        "that was evaluated; in JSON the tree is always whole.",
+        "qcf explain policy.qcf --function import --routes table.mrt.gz --prefix 10.0.0.0/8/longer",
+        [options] { return explain(*options); });
+    options->policy.addTo(command);
+    command
+        .add_option("--routes", options->routes,
+                    "Table of routes: MRT or JSON lines, also compressed")
+        ->required()
+        ->type_name("FILE");
+    addNumber(command, "--route", options->route, "Number of the one route to tell of, from 0 on");
+    options->selection.addTo(command);
+    command.add_option("--format", options->format, "text or json (an object a line)")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
+    command.add_flag("--all", options->all, "Show everything that was evaluated");
+    constexpr U64 mostThreads = 256;
+    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
+        .default_str("1");
+    addNumber(command, "--limit", options->limit, "Routes to read at most");
+}

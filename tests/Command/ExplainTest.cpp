@@ -1,0 +1,134 @@
+#include "Platform/Render/JsonDocument.h"
+#include "tests/Command/CommandTools.h"
+
+#include <gmock/gmock.h>
+
+namespace Qcf::Command::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr char const * policyText = R"(list prefix_list SHORT v4 { permit 0.0.0.0/0 le 24 }
+function helper(int most) {
+  if med > most { return false because med }
+  return true
+}
+function import() {
+  community remove { 1:1 }
+  if not prefix matches SHORT {
+    return false because length
+  }
+  if helper(10) and bgp.best_path ?? unknown { return true }
+  local_preference += 0
+  return helper(50) because second
+}
+)";
+constexpr char const * routesText = R"({"prefix": "10.0.0.0/25", "community": ["1:1"]}
+{"prefix": "10.0.0.0/24", "med": 20}
+{"prefix": "10.0.0.0/16", "med": 60}
+{"prefix": "10.0.0.0/16", "med": 5, "bgp.best_path": "unknown"}
+)";
+
+class Explain : public testing::Test {
+protected:
+    void SetUp() override {
+        workshop.write("p.qcf", policyText);
+        workshop.write("r.jsonl", routesText);
+    }
+    Outcome run(std::vector<String> more, char const * command = "explain",
+                char const * policy = "p.qcf") const {
+        std::vector<String> arguments{command,  policy,     "--function",
+                                      "import", "--routes", "r.jsonl"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return workshop.run(arguments);
+    }
+
+    Workshop const workshop;
+};
+
+TEST_F(Explain, TellsTheDecidingLineAndWhatLedThere) {
+    Outcome const outcome = run({});
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.out, "");
+}
+
+TEST_F(Explain, SelectsRoutes) {
+    auto const numbers = [this](std::vector<String> const & options) {
+        String text;
+        for (String const & line : linesOf(run(options).out)) {
+            bool const isVerdict = !line.starts_with(' ');
+            text += isVerdict ? line.substr(0, line.find(' ')) : String();
+        }
+        return text;
+    };
+    EXPECT_EQ(numbers({}), "0123");
+    EXPECT_EQ(numbers({"--route", "2"}), "2");
+    EXPECT_EQ(numbers({"--prefix", "10.0.0.0/16"}), "23");
+    EXPECT_EQ(numbers({"--prefix", "10.0.0.0/24/longer"}), "01");
+    EXPECT_EQ(numbers({"--prefix", "10.0.0.0/16", "--route", "3"}), "3");
+    EXPECT_EQ(numbers({"--limit", "2"}), "01");
+    EXPECT_EQ(run({"--threads", "2"}).out, run({}).out);
+    Outcome const none = run({"--route", "9"});
+    EXPECT_EQ(none.err, "r.jsonl: route 9 is not in the table, or not selected\n");
+    EXPECT_EQ(none.exitCode, 1);
+    Outcome const wrong = run({"--prefix", "10.0.0.0"});
+    EXPECT_THAT(wrong.err, HasSubstr("--prefix wants a prefix such as"));
+    EXPECT_EQ(wrong.exitCode, 2);
+}
+
+TEST_F(Explain, JsonHasTheWholeTree) {
+    auto const lines = linesOf(run({"--format", "json"}).out);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0], "");
+    EXPECT_THAT(lines[1], HasSubstr(R"("decidedBy":{"file":"p.qcf","line":4,"column":3,)"
+                                    R"("reason":"second"})"));
+    EXPECT_THAT(lines[2], HasSubstr(R"("decidedBy":{"file":"p.qcf","line":3,"column":19,)"
+                                    R"("reason":"med"})"));
+    EXPECT_THAT(lines[3], HasSubstr(R"("unknownBecause":["attribute bgp.best_path is unknown",)"
+                                    R"("unknown is written"])"));
+    for (String const & line : lines) {
+        auto const document = JsonDocument::parse(line, "line");
+        EXPECT_TRUE(document.root().isObject());
+    }
+}
+
+TEST_F(Explain, DocumentsHavePointersOrTheLinesOfTheirMap) {
+    ASSERT_EQ(workshop
+                  .run({"compile", "p.qcf", "-o", "p.json", "--map-out", "p.map", "--lists-out",
+                        "p.lists.json"})
+                  .exitCode,
+              0);
+    auto const explained = [this](std::vector<String> const & more) {
+        std::vector<String> options{"--lists", "p.lists.json", "--route", "0"};
+        options.insert(options.end(), more.begin(), more.end());
+        return run(options, "explain", "p.json").out;
+    };
+    EXPECT_EQ(explained({}), "");
+    EXPECT_EQ(explained({"--map", "p.map"}), run({"--route", "0"}).out);
+}
+
+TEST_F(Explain, EvalTellsWhyInItsLines) {
+    auto const lines = linesOf(run({"--output", "jsonl", "--why"}, "eval").out);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0], R"({"route":0,"prefix":"10.0.0.0/25","result":"false",)"
+                        R"("termination":"noTermination","changes":{},)"
+                        R"("decidedBy":{"file":"p.qcf","line":9,"column":5,"reason":"length"}})");
+    EXPECT_THAT(lines[1], HasSubstr(R"("line":4,"column":3,"reason":"second"})"));
+    EXPECT_THAT(lines[2], HasSubstr(R"("line":3,"column":19,"reason":"med"})"));
+    EXPECT_EQ(run({"--output", "jsonl", "--why", "--threads", "2"}, "eval").out,
+              run({"--output", "jsonl", "--why"}, "eval").out);
+    EXPECT_THAT(run({"--why"}, "eval").out, HasSubstr(" p.qcf:9 length"));
+    workshop.write("end.qcf", "function import() { med = 5 }");
+    EXPECT_THAT(run({"--output", "jsonl", "--why"}, "eval", "end.qcf").out,
+                HasSubstr(R"("changes":{},"decidedBy":null})"));
+}
+
+TEST_F(Explain, AFunctionThatWantsArgumentsIsToldSo) {
+    workshop.write("a.qcf", "function import(int most) { return med < most }");
+    Outcome const outcome = run({"--route", "0"}, "explain", "a.qcf");
+    EXPECT_THAT(outcome.out, HasSubstr("rejected (false) because the function expects arguments"));
+}
+
+} // namespace
+} // namespace Qcf::Command::test
