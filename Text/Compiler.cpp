@@ -60,18 +60,18 @@ private:
 
 } // namespace
 
-Documents::Program makeProgram(Declarations & declarations, Sources const & sources,
-                               Messages & messages, SourceMap & map) {
+Documents::Program makeProgram(std::span<FunctionDeclaration const> functions,
+                               Sources const & sources, Messages & messages, SourceMap & map) {
     Documents::Program program;
     Documents::ListNames names;
     Documents::NodeBuilder builder(names);
     DraftEmitter emitter(builder, sources, messages, map);
     GivenSlots given(names, messages);
     try {
-        for (FunctionDeclaration const & function : declarations.functions) {
+        for (FunctionDeclaration const & function : functions) {
             given.note(function);
         }
-        for (FunctionDeclaration const & function : declarations.functions) {
+        for (FunctionDeclaration const & function : functions) {
             for (ListUse const & use : function.uses.lists) {
                 given.note(use);
             }
@@ -80,7 +80,7 @@ Documents::Program makeProgram(Declarations & declarations, Sources const & sour
         return program;
     }
     std::unordered_map<String, U32> numbers;
-    for (FunctionDeclaration & function : declarations.functions) {
+    for (FunctionDeclaration const & function : functions) {
         for (auto const * const calls : {&function.uses.calls, &function.uses.rawCalls}) {
             for (CallDraft const & call : *calls) {
                 call.call->at(FieldRole::callee) = U64{numbers.at(call.name)};

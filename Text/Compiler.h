@@ -4,6 +4,8 @@
 #include "Text/Declarations.h"
 #include "Text/SourceMap.h"
 
+#include <span>
+
 namespace Qcf::Text {
 
 /// Settles what the declarations of all texts mean to each other: which function a call calls and
@@ -13,9 +15,9 @@ namespace Qcf::Text {
 /// Takes time in proportion to the declarations.
 void resolve(Declarations & declarations, Sources const & sources, Messages & messages);
 
-/// Makes the program of declarations that were resolved without an error. Tells what the tree
-/// itself refuses.
-Documents::Program makeProgram(Declarations & declarations, Sources const & sources,
-                               Messages & messages, SourceMap & map);
+/// Makes the program of functions that were resolved without an error, in their order, which has
+/// callees before callers. Tells what the tree itself refuses.
+Documents::Program makeProgram(std::span<FunctionDeclaration const> functions,
+                               Sources const & sources, Messages & messages, SourceMap & map);
 
 } // namespace Qcf::Text

@@ -111,7 +111,7 @@ std::optional<Policy> readPolicyText(String text, String const & name, Sources &
         return std::nullopt;
     }
     SourceMap map;
-    Documents::Program program = makeProgram(*declarations, sources, messages, map);
+    Documents::Program program = makeProgram(declarations->functions, sources, messages, map);
     if (messages.hasErrors()) {
         return std::nullopt;
     }
