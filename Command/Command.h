@@ -59,6 +59,8 @@ void addEvalCommand(Commands & commands);
 void addExplainCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
 void addCompileCommand(Commands & commands);
+void addTestCommand(Commands & commands);
+void addProfileCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
 void addFmtCommand(Commands & commands);
 void addNodesCommand(Commands & commands);

@@ -50,6 +50,8 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addExplainCommand(commands);
     addCheckCommand(commands);
     addCompileCommand(commands);
+    addTestCommand(commands);
+    addProfileCommand(commands);
     addDumpCommand(commands);
     addFmtCommand(commands);
     addNodesCommand(commands);

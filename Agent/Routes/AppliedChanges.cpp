@@ -1,6 +1,7 @@
 #include "Agent/Routes/AppliedChanges.h"
 
 #include "Agent/Routes/ValueRenderer.h"
+#include "Platform/Framework/Assert.h"
 
 namespace Qcf::Agent {
 
@@ -26,21 +27,30 @@ std::vector<String> textsOf(Route const & route) {
     return texts;
 }
 
-/// Puts a change in its attribute's place.
+/// Puts a change in its attribute's place, whose type is the one that the attribute has in a route.
 template <typename Change>
 struct Assign {
     Change const & change;
 
     template <typename Value>
     void operator()(Value & value) const {
-        if constexpr (requires { value.assign(change.begin(), change.end()); }) {
-            value.assign(change.begin(), change.end());
-        } else if constexpr (std::is_same_v<Change, Value>) {
+        if constexpr (std::is_same_v<Change, Value>) {
             value = change;
-        } else if constexpr (std::is_constructible_v<Value, Change const &>) {
-            value = Value(change);
+        } else if constexpr (requires { value.asnsIs(change); }) {
+            value.asnsIs(change);
+        } else if constexpr (isSetOf<Value>) {
+            value.assign(change.begin(), change.end());
+        } else {
+            QCF_ASSERT_TEXT(false, "the attribute has one type");
         }
     }
+
+private:
+    template <typename Set>
+    static constexpr bool isSetOf = requires(Set set) {
+        requires std::is_same_v<std::span<typename Set::value_type const>, Change>;
+        set.assign(set.begin(), set.end());
+    };
 };
 
 } // namespace

@@ -1,0 +1,262 @@
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/PolicyFile.h"
+#include "Command/Readiness.h"
+#include "Lists/ListRecord.h"
+#include "Lists/Pattern.h"
+#include "Watch/CoverageReport.h"
+#include "Watch/TestReport.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+/// Runs the tests that stand in policy texts. A text with errors, or one that cannot be read, is
+/// told and keeps no other from being tested.
+namespace {
+
+namespace Watch = Qcf::Watch;
+
+struct Options {
+    std::vector<String> paths;
+    String lists;
+    String only;
+    bool coverage = false;
+    std::optional<F64> least;
+    std::optional<F64> leastBranches;
+    String format = "text";
+    String lcov;
+    bool failOnEmpty = false;
+
+    bool wantsCoverage() const { return coverage || least || leastBranches || !lcov.empty(); }
+};
+
+/// What all files share.
+struct Run {
+    Options const & options;
+    std::optional<Qcf::Lists::Pattern> only;
+    PtrConst<Qcf::Lists::NamedLists> lists;
+    Watch::Coverage coverage = {};
+    std::vector<Watch::FileResults> results = {};
+};
+
+/// The texts below a folder, in the order of their names.
+std::vector<String> textsBelow(String const & folder) {
+    std::vector<String> texts;
+    for (auto const & entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file() && entry.path().extension() == ".qcf") {
+            texts.push_back(entry.path().lexically_normal().string());
+        }
+    }
+    std::ranges::sort(texts);
+    return texts;
+}
+
+/// Each once, whatever names it.
+std::vector<String> textsOf(std::vector<String> const & paths) {
+    std::vector<String> texts;
+    for (String const & path : paths) {
+        bool const isFolder = std::filesystem::is_directory(path);
+        for (String const & text : isFolder ? textsBelow(path) : std::vector<String>{path}) {
+            if (std::ranges::find(texts, text) == texts.end()) {
+                texts.push_back(text);
+            }
+        }
+    }
+    return texts;
+}
+
+void runTests(Run & run, PolicyFile const & policy, Watch::FileResults & results) {
+    auto const own = policy.listsWith({});
+    auto const lists =
+        own && run.lists ? Qcf::Lists::mergeLists(*own, *run.lists) : (own ? own : run.lists);
+    Qcf::Text::Messages messages;
+    Watch::TestRun tests(policy.text()->declarations(), policy.sources(), lists, messages);
+    if (messages.hasErrors()) {
+        throw DocumentError(lineOf(messages.all().front(), policy.sources()));
+    }
+    for (std::size_t i = 0; i < tests.size(); ++i) {
+        if (!run.only || run.only->foundIn(tests.title(i))) {
+            results.tests.push_back(tests.run(i));
+        }
+    }
+    if (run.options.wantsCoverage()) {
+        tests.addCoverageTo(run.coverage);
+    }
+}
+
+void runFile(Run & run, String const & file) {
+    Watch::FileResults results{file};
+    try {
+        PolicyFile const policy = PolicyFile::read({file});
+        if (policy.text() == nullptr) {
+            throw DocumentError(file + ": is a document; tests stand in policy texts");
+        }
+        runTests(run, policy, results);
+    } catch (DocumentError const & error) {
+        results.error = error.what();
+        tellLine(results.error);
+    }
+    if (run.options.format == "text" && (!results.tests.empty() || !results.error.empty())) {
+        standardOutput().write(resultsText(results));
+    }
+    run.results.push_back(std::move(results));
+}
+
+struct Counts {
+    std::size_t passed = 0;
+    std::size_t failed = 0;
+    std::size_t errors = 0;
+};
+
+Counts countsOf(Run const & run) {
+    Counts counts;
+    for (Watch::FileResults const & results : run.results) {
+        counts.failed += results.failed();
+        counts.passed += results.tests.size() - results.failed();
+        counts.errors += results.error.empty() ? 0 : 1;
+    }
+    return counts;
+}
+
+void writeText(Run const & run) {
+    Counts const counts = countsOf(run);
+    String text = std::to_string(counts.passed) + " passed, " + std::to_string(counts.failed) +
+                  " failed";
+    text += counts.errors == 0 ? "" : ", " + std::to_string(counts.errors) + " with errors";
+    if (run.options.wantsCoverage()) {
+        bool const isOne = run.coverage.files().size() == 1;
+        text += "; " + totalsText(run.coverage) + '\n' + missingText(run.coverage, 2, !isOne);
+    } else {
+        text += '\n';
+    }
+    standardOutput().write(text);
+}
+
+void writeJson(Run const & run) {
+    String text;
+    RendererV2 renderer(text);
+    for (Watch::FileResults const & results : run.results) {
+        renderResults(results, renderer);
+    }
+    if (run.options.wantsCoverage()) {
+        renderCoverage(run.coverage, renderer);
+        renderer.endDocument();
+    }
+    standardOutput().write(text);
+}
+
+void writeResults(Run const & run) {
+    if (run.options.format == "junit") {
+        standardOutput().write(junitText(run.results));
+    } else if (run.options.format == "json") {
+        writeJson(run);
+    } else {
+        writeText(run);
+    }
+    if (run.options.lcov.empty()) {
+        return;
+    }
+    std::ofstream file(run.options.lcov, std::ios::binary);
+    file << lcovText(run.coverage);
+    file.close();
+    if (!file) {
+        throw DocumentError(run.options.lcov + ": cannot be written");
+    }
+}
+
+/// Whether the share is as large as was asked for; says so where it is not.
+bool reaches(std::optional<F64> least, char const * what, F64 share) {
+    if (!least || share >= *least) {
+        return true;
+    }
+    char text[120];
+    std::snprintf(text, sizeof text, "%s: wants at least %g %%, found %.1f %%", what, *least,
+                  share);
+    tellLine(text);
+    return false;
+}
+
+bool passes(Run const & run) {
+    Counts const counts = countsOf(run);
+    if (counts.passed + counts.failed == 0 && run.options.failOnEmpty) {
+        tellLine("no test was run");
+        return false;
+    }
+    auto const totals = run.coverage.totals();
+    bool const enough = reaches(run.options.least, "statements", totals.statementShare());
+    bool const enoughBranches = reaches(run.options.leastBranches, "conditions both ways",
+                                        totals.conditionShare());
+    return counts.failed == 0 && counts.errors == 0 && enough && enoughBranches;
+}
+
+std::optional<Qcf::Lists::Pattern> patternOf(String const & expression) {
+    if (expression.empty()) {
+        return std::nullopt;
+    }
+    try {
+        return Qcf::Lists::Pattern(expression);
+    } catch (Qcf::Lists::PatternError const & error) {
+        throw UsageError("--run \"" + expression + "\": " + error.what());
+    }
+}
+
+int test(Options const & options) {
+    Run run{options, patternOf(options.only),
+            options.lists.empty() ? nullptr : readListsOf(options.lists)};
+    for (String const & file : textsOf(options.paths)) {
+        runFile(run, file);
+    }
+    writeResults(run);
+    return passes(run) ? 0 : 1;
+}
+
+void addCoverageOptions(CLI::App & command, Options & options) {
+    auto const share = CLI::Range(0.0, 100.0);
+    command.add_flag("--coverage", options.coverage,
+                     "Tell which statements were evaluated, and which conditions both ways");
+    command
+        .add_option("--min", options.least,
+                    "Statements that must be evaluated, in percent; exit code 1 where they are fewer")
+        ->check(share)
+        ->type_name("PCT");
+    command
+        .add_option("--min-branches", options.leastBranches,
+                    "Conditions that must be seen both ways, and unknown where they can be")
+        ->check(share)
+        ->type_name("PCT");
+    command.add_option("--lcov", options.lcov, "Write the coverage for the lcov tools")
+        ->type_name("FILE");
+}
+
+} // namespace
+
+void addTestCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "test", "Run the tests that stand in policy texts",
+        "Of a directory all texts *.qcf below it. Each test evaluates its function on its routes,\n"
+        "with the text's lists, those of --lists over them, and over those the lists that the "
+        "test\n"
+        "binds. Tests of imported texts run where their own file is named. The exit code is 1 "
+        "where a\n"
+        "test failed, a text has errors, or too little was covered.",
+        "qcf test policies/ --coverage --min 90", [options] { return test(*options); });
+    command.add_option("paths", options->paths, "Policy texts and directories of them")
+        ->required()
+        ->type_name("PATH");
+    command
+        .add_option("--lists", options->lists,
+                    "Lists that stand in for those of the texts: a document or a text")
+        ->type_name("FILE");
+    command.add_option("--run", options->only, "Only tests whose title matches the expression")
+        ->type_name("RE2");
+    addCoverageOptions(command, *options);
+    command.add_option("--format", options->format, "text, json or junit")
+        ->check(CLI::IsMember({"text", "json", "junit"}))
+        ->capture_default_str();
+    command.add_flag("--fail-on-empty", options->failOnEmpty,
+                     "Exit code 1 where no test was run");
+}

@@ -1,0 +1,252 @@
+#include "Watch/CoverageReport.h"
+
+#include <array>
+#include <cstdio>
+
+namespace Qcf::Watch {
+
+namespace {
+
+/// What a file lacks, by kind.
+class Missing {
+public:
+    explicit Missing(CoveredFile const & file) {
+        for (auto const & [at, node] : file.nodes) {
+            take(node);
+        }
+    }
+
+    String text() const {
+        static constexpr char const * names[] = {"not reached", "never true", "never false",
+                                                 "never unknown"};
+        String text;
+        for (std::size_t kind = 0; kind < kinds_.size(); ++kind) {
+            if (!kinds_[kind].empty()) {
+                text += text.empty() ? "" : " | ";
+                text += String(names[kind]) + ": " + kinds_[kind];
+            }
+        }
+        return text;
+    }
+
+private:
+    // Of what was not reached nothing else is told.
+    void take(CoveredNode const & node) {
+        if (node.counts.entered == 0) {
+            if (node.isStatement && node.place.line > unreachedTo_) {
+                add(0, node);
+                unreachedTo_ = node.place.endLine;
+            }
+        } else if (node.isCondition) {
+            addIf(node.counts.isTrue == 0, 1, node);
+            addIf(node.counts.isFalse == 0, 2, node);
+            addIf(node.mayBeUnknown && node.counts.isUnknown == 0, 3, node);
+        }
+    }
+    void addIf(bool isMissing, std::size_t kind, CoveredNode const & node) {
+        if (isMissing) {
+            add(kind, node);
+        }
+    }
+    void add(std::size_t kind, CoveredNode const & node) {
+        kinds_[kind] += kinds_[kind].empty() ? "" : "; ";
+        kinds_[kind] += std::to_string(node.place.line) + ' ' + node.text;
+    }
+
+    std::array<String, 4> kinds_;
+    U32 unreachedTo_ = 0;
+};
+
+/// Rows of statements, as ranges that do not touch.
+class Rows {
+public:
+    void add(U32 first, U32 last) {
+        if (!ranges_.empty() && first <= ranges_.back().second + 1) {
+            ranges_.back().second = std::max(ranges_.back().second, last);
+        } else {
+            ranges_.emplace_back(first, last);
+        }
+    }
+    void render(char const * name, RendererV2 & renderer) const {
+        renderer.key(name);
+        renderer.beginArray();
+        for (auto const & [first, last] : ranges_) {
+            renderer.beginObject();
+            row("start", first, renderer);
+            row("end", last, renderer);
+            renderer.endObject();
+        }
+        renderer.endArray();
+    }
+
+private:
+    static void row(char const * name, U32 number, RendererV2 & renderer) {
+        renderer.key(name);
+        renderer.beginObject();
+        renderer.key("row");
+        renderer.value(number);
+        renderer.endObject();
+    }
+    std::vector<std::pair<U32, U32>> ranges_;
+};
+
+void renderNode(CoveredNode const & node, RendererV2 & renderer) {
+    renderer.beginObject();
+    renderer.key("key");
+    renderer.value(node.key);
+    renderer.key("at");
+    renderer.beginArray();
+    renderer.value(node.place.file);
+    renderer.value(node.place.line);
+    renderer.value(node.place.column);
+    renderer.endArray();
+    std::pair<char const *, U64> const counts[] = {{"entered", node.counts.entered},
+                                                   {"true", node.counts.isTrue},
+                                                   {"false", node.counts.isFalse},
+                                                   {"unknown", node.counts.isUnknown},
+                                                   {"exits", node.counts.exits}};
+    for (auto const & [name, count] : counts) {
+        renderer.key(name);
+        renderer.value(count);
+    }
+    renderer.endObject();
+}
+
+/// The lines of one file's record.
+class Record {
+public:
+    String text(String const & name, CoveredFile const & file) {
+        text_ = "TN:\nSF:" + name + '\n';
+        functions(file);
+        branches(file);
+        lines(file);
+        return std::move(text_) + "end_of_record\n";
+    }
+
+private:
+    void line(char const * tag, std::initializer_list<String> fields) {
+        char before = ':';
+        text_ += tag;
+        for (String const & field : fields) {
+            text_ += before + field;
+            before = ',';
+        }
+        text_ += '\n';
+    }
+
+    void functions(CoveredFile const & file) {
+        U64 hit = 0;
+        for (auto const & [name, function] : file.functions) {
+            line("FN", {std::to_string(function.line), name});
+        }
+        for (auto const & [name, function] : file.functions) {
+            line("FNDA", {std::to_string(function.entered), name});
+            hit += function.entered > 0 ? 1 : 0;
+        }
+        line("FNF", {std::to_string(file.functions.size())});
+        line("FNH", {std::to_string(hit)});
+    }
+
+    // A block a condition, its outcomes are the branches.
+    void branches(CoveredFile const & file) {
+        U64 found = 0;
+        U64 hit = 0;
+        U64 block = 0;
+        for (auto const & [at, node] : file.nodes) {
+            if (!node.isCondition) {
+                continue;
+            }
+            U64 const outcomes[] = {node.counts.isTrue, node.counts.isFalse,
+                                    node.counts.isUnknown};
+            for (std::size_t i = 0; i < (node.mayBeUnknown ? 3U : 2U); ++i) {
+                bool const wasReached = node.counts.entered > 0;
+                line("BRDA", {std::to_string(node.place.line), std::to_string(block),
+                              std::to_string(i), wasReached ? std::to_string(outcomes[i]) : "-"});
+                ++found;
+                hit += outcomes[i] > 0 ? 1 : 0;
+            }
+            ++block;
+        }
+        line("BRF", {std::to_string(found)});
+        line("BRH", {std::to_string(hit)});
+    }
+
+    void lines(CoveredFile const & file) {
+        U64 found = 0;
+        U64 hit = 0;
+        U32 last = 0;
+        for (auto const & [at, node] : file.nodes) {
+            if (!node.isStatement || node.place.line == last) {
+                continue;
+            }
+            last = node.place.line;
+            line("DA", {std::to_string(last), std::to_string(node.counts.entered)});
+            ++found;
+            hit += node.counts.entered > 0 ? 1 : 0;
+        }
+        line("LF", {std::to_string(found)});
+        line("LH", {std::to_string(hit)});
+    }
+
+    String text_;
+};
+
+} // namespace
+
+String totalsText(Coverage const & coverage) {
+    auto const totals = coverage.totals();
+    char share[16];
+    std::snprintf(share, sizeof share, "%.1f", totals.statementShare());
+    return "statements " + std::to_string(totals.statementsEntered) + " of " +
+           std::to_string(totals.statements) + " (" + share + " %), conditions both ways " +
+           std::to_string(totals.conditionsBothWays) + " of " + std::to_string(totals.conditions);
+}
+
+String missingText(Coverage const & coverage, std::size_t indent, bool withNames) {
+    String text;
+    for (auto const & [name, file] : coverage.files()) {
+        String const missing = Missing(file).text();
+        if (!missing.empty()) {
+            text += String(indent, ' ') + (withNames ? name + ": " : String()) + missing + '\n';
+        }
+    }
+    return text;
+}
+
+String lcovText(Coverage const & coverage) {
+    String text;
+    for (auto const & [name, file] : coverage.files()) {
+        text += Record().text(name, file);
+    }
+    return text;
+}
+
+void renderCoverage(Coverage const & coverage, RendererV2 & renderer) {
+    renderer.beginObject();
+    renderer.key("files");
+    renderer.beginObject();
+    for (auto const & [name, file] : coverage.files()) {
+        Rows covered;
+        Rows missed;
+        for (auto const & [at, node] : file.nodes) {
+            if (node.isStatement) {
+                (node.counts.entered > 0 ? covered : missed).add(node.place.line, node.lastLine);
+            }
+        }
+        renderer.key(name);
+        renderer.beginObject();
+        covered.render("covered", renderer);
+        missed.render("not_covered", renderer);
+        renderer.key("nodes");
+        renderer.beginArray();
+        for (auto const & [at, node] : file.nodes) {
+            renderNode(node, renderer);
+        }
+        renderer.endArray();
+        renderer.endObject();
+    }
+    renderer.endObject();
+    renderer.endObject();
+}
+
+} // namespace Qcf::Watch
