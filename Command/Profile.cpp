@@ -44,8 +44,12 @@ public:
 
     Watch::NodePlace of(AetNodeBase const & node, Function const & within) const override {
         if (auto const * const at = policy_.mappedPlace(node)) {
-            return {policy_.map().fileName(*at), {},           at->begin.line,
-                    at->begin.column,            at->end.line, at->end.column};
+            return {policy_.map().fileName(*at),
+                    {},
+                    at->begin.line,
+                    at->begin.column,
+                    at->end.line,
+                    at->end.column};
         }
         String const place = policy_.placeOf(node, within);
         bool const isBelow = place.starts_with(path_);
@@ -101,9 +105,8 @@ Watch::Profile profileOf(Options const & options, PtrConst<Function> const & fun
     run.function = function;
     run.makeContext = [&] {
         auto const context = makePtr<Qcf::Agent::AgentContext>(matchers);
-        context->evaluationObserverIs(
-            &profilers.emplace_back(numbers, Watch::Profiler::Options{
-                                                 options.time, options.format == "folded"}));
+        context->evaluationObserverIs(&profilers.emplace_back(
+            numbers, Watch::Profiler::Options{options.time, options.format == "folded"}));
         return Ptr<Qcf::Agent::AgentContextBase>(context);
     };
     run.makeSink = [&] { return std::make_unique<ProgressSink>(progress, routes); };

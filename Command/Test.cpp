@@ -123,8 +123,8 @@ Counts countsOf(Run const & run) {
 
 void writeText(Run const & run) {
     Counts const counts = countsOf(run);
-    String text = std::to_string(counts.passed) + " passed, " + std::to_string(counts.failed) +
-                  " failed";
+    String text =
+        std::to_string(counts.passed) + " passed, " + std::to_string(counts.failed) + " failed";
     text += counts.errors == 0 ? "" : ", " + std::to_string(counts.errors) + " with errors";
     if (run.options.wantsCoverage()) {
         bool const isOne = run.coverage.files().size() == 1;
@@ -187,8 +187,8 @@ bool passes(Run const & run) {
     }
     auto const totals = run.coverage.totals();
     bool const enough = reaches(run.options.least, "statements", totals.statementShare());
-    bool const enoughBranches = reaches(run.options.leastBranches, "conditions both ways",
-                                        totals.conditionShare());
+    bool const enoughBranches =
+        reaches(run.options.leastBranches, "conditions both ways", totals.conditionShare());
     return counts.failed == 0 && counts.errors == 0 && enough && enoughBranches;
 }
 
@@ -218,8 +218,9 @@ void addCoverageOptions(CLI::App & command, Options & options) {
     command.add_flag("--coverage", options.coverage,
                      "Tell which statements were evaluated, and which conditions both ways");
     command
-        .add_option("--min", options.least,
-                    "Statements that must be evaluated, in percent; exit code 1 where they are fewer")
+        .add_option(
+            "--min", options.least,
+            "Statements that must be evaluated, in percent; exit code 1 where they are fewer")
         ->check(share)
         ->type_name("PCT");
     command
@@ -257,6 +258,5 @@ void addTestCommand(Commands & commands) {
     command.add_option("--format", options->format, "text, json or junit")
         ->check(CLI::IsMember({"text", "json", "junit"}))
         ->capture_default_str();
-    command.add_flag("--fail-on-empty", options->failOnEmpty,
-                     "Exit code 1 where no test was run");
+    command.add_flag("--fail-on-empty", options->failOnEmpty, "Exit code 1 where no test was run");
 }

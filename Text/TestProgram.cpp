@@ -52,9 +52,8 @@ private:
         Draft * const leave = tree_.add<ReturnExpression>(condition.span, {&condition});
         Draft * const block = tree_.add<Block>(condition.span, {DraftChain{leave}});
         FunctionDeclaration function{test.title, test.span, condition.span};
-        function.draft =
-            tree_.add<Function>(condition.span, {test.title, DraftField(), DraftField(),
-                                                 DraftField(), false, block});
+        function.draft = tree_.add<Function>(
+            condition.span, {test.title, DraftField(), DraftField(), DraftField(), false, block});
         function.uses = std::move(uses);
         functions_.push_back(std::move(function));
     }

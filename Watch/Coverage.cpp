@@ -36,9 +36,7 @@ private:
             mark(conditions_, chain->expressionList().get());
         }
     }
-    void mark(std::vector<bool> & what, Expression const & node) {
-        what[numbers_.of(node)] = true;
-    }
+    void mark(std::vector<bool> & what, Expression const & node) { what[numbers_.of(node)] = true; }
     void mark(std::vector<bool> & what, ExpressionList const * link) {
         for (; link != nullptr; link = link->next().get()) {
             mark(what, *link->entry());
@@ -85,12 +83,17 @@ void Coverage::add(NodeNumbers const & numbers, std::vector<NodeCounts> const & 
         }
         NodePlace const at = places.of(*node, *within);
         CoveredNode & into =
-            files_[at.file].nodes[{at.line, at.column, at.endLine, at.endColumn,
-                                   node->typeData().name}];
+            files_[at.file]
+                .nodes[{at.line, at.column, at.endLine, at.endColumn, node->typeData().name}];
         NodeCounts const before = into.counts;
-        into = {node->aetNodeKey(), at, lastLineOf(*node, *within, places),
-                places.line(*node, *within), roles.isStatement(i), roles.isCondition(i),
-                roles.isCondition(i) && unknown.mayBe(*node), counts[i]};
+        into = {node->aetNodeKey(),
+                at,
+                lastLineOf(*node, *within, places),
+                places.line(*node, *within),
+                roles.isStatement(i),
+                roles.isCondition(i),
+                roles.isCondition(i) && unknown.mayBe(*node),
+                counts[i]};
         into.counts.add(before);
     }
 }

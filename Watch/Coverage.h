@@ -23,8 +23,7 @@ struct CoveredNode {
 
     /// Of a condition: it was seen both ways, and unknown where it can be.
     bool sawAll() const {
-        return counts.isTrue > 0 && counts.isFalse > 0 &&
-               (counts.isUnknown > 0 || !mayBeUnknown);
+        return counts.isTrue > 0 && counts.isFalse > 0 && (counts.isUnknown > 0 || !mayBeUnknown);
     }
 };
 

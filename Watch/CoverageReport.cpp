@@ -156,8 +156,7 @@ private:
             if (!node.isCondition) {
                 continue;
             }
-            U64 const outcomes[] = {node.counts.isTrue, node.counts.isFalse,
-                                    node.counts.isUnknown};
+            U64 const outcomes[] = {node.counts.isTrue, node.counts.isFalse, node.counts.isUnknown};
             for (std::size_t i = 0; i < (node.mayBeUnknown ? 3U : 2U); ++i) {
                 bool const wasReached = node.counts.entered > 0;
                 line("BRDA", {std::to_string(node.place.line), std::to_string(block),

@@ -34,7 +34,8 @@ struct NodeCounts {
 class NodeCounter final : public Eval::EvaluationObserver {
 public:
     /// The numbers must outlive it, and be those of all functions that are evaluated.
-    explicit NodeCounter(NodeNumbers const & numbers) : numbers_(numbers), counts_(numbers.size()) {}
+    explicit NodeCounter(NodeNumbers const & numbers)
+        : numbers_(numbers), counts_(numbers.size()) {}
 
     void entered(Eval::Expression const & node, Eval::EvalContext & /*context*/) override {
         ++counts_[numbers_.of(node)].entered;

@@ -50,7 +50,10 @@ NodeNumbers::NodeNumbers(std::span<PtrConst<Function> const> functions) {
     for (std::size_t i = 0; i < functions_.size(); ++i) {
         Function const & function = *functions_[i];
         walkFunction(
-            function, met, [&](Expression const & node) { nodes_.push_back({&node, &function}); },
+            function, met,
+            [&](Expression const & node) {
+                nodes_.push_back({&node, &function});
+            },
             add);
     }
     index();
@@ -78,7 +81,8 @@ void NodeNumbers::index() {
 
 U32 NodeNumbers::search(U64 key) const {
     auto const found = std::ranges::lower_bound(sorted_, key, {}, &std::pair<U64, U32>::first);
-    QCF_ASSERT_TEXT(found != sorted_.end() && found->first == key, "the node is of these functions");
+    QCF_ASSERT_TEXT(found != sorted_.end() && found->first == key,
+                    "the node is of these functions");
     return found->second;
 }
 

@@ -83,9 +83,9 @@ String columns(ProfileView const & view, ProfileRow const & row) {
         std::snprintf(time, sizeof time, "%.3f", static_cast<F64>(row.selfTime) / 1e6);
         text += right(time, 11);
     }
-    return text + right(row.verdicts() == 0 ? String("-")
-                                            : percent(row.verdicts(), view.profile.routes()),
-                        10);
+    return text +
+           right(row.verdicts() == 0 ? String("-") : percent(row.verdicts(), view.profile.routes()),
+                 10);
 }
 
 String heading(ProfileView const & view) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Watch/ProfileReport.h"
+#include "Watch/Profile.h"
 
 namespace Qcf::Watch {
 

@@ -172,11 +172,11 @@ String junitText(std::vector<FileResults> const & all) {
         std::size_t const errors = results.error.empty() ? 0 : 1;
         std::size_t const count = results.tests.size() + errors;
         std::size_t const failed = results.failed() + errors;
-        suites += "  " + suiteAttributes("testsuite", results.file, count, failed,
-                                         secondsOf(results));
+        suites +=
+            "  " + suiteAttributes("testsuite", results.file, count, failed, secondsOf(results));
         for (TestResult const & test : results.tests) {
-            suites += caseText(results.file, test.title, test.place.line, test.seconds,
-                               test.findings);
+            suites +=
+                caseText(results.file, test.title, test.place.line, test.seconds, test.findings);
         }
         if (errors != 0) {
             suites += caseText(results.file, "the text is read", 1, 0, {results.error});

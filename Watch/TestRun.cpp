@@ -116,8 +116,7 @@ TestResult TestRun::run(std::size_t test) {
     } catch (Lists::FileError const & error) {
         result.findings.emplace_back(error.what());
     }
-    result.seconds =
-        std::chrono::duration<F64>(std::chrono::steady_clock::now() - start).count();
+    result.seconds = std::chrono::duration<F64>(std::chrono::steady_clock::now() - start).count();
     return result;
 }
 
@@ -230,8 +229,8 @@ void TestRun::checkAfter(std::size_t test, Agent::Route const & route, AgentCont
     Text::Expectation const & expected = declarations_.tests[test].expectation;
     Agent::Route const after = appliedTo(route, context.changes());
     auto const wasMeant = [&](std::string_view name) {
-        return expected.changesOnly && std::ranges::find(*expected.changesOnly, name) !=
-                                           expected.changesOnly->end();
+        return expected.changesOnly &&
+               std::ranges::find(*expected.changesOnly, name) != expected.changesOnly->end();
     };
     if (expected.unchanged || expected.changesOnly) {
         for (auto const & [name, before, now] : differences(route, after)) {

@@ -16,8 +16,7 @@ String TextPlaces::line(Text::Span const & span) const {
     return String(text.substr(0, end == std::string_view::npos ? 0 : end + 1));
 }
 
-NodePlace TextPlaces::of(Eval::AetNodeBase const & node,
-                         Eval::Function const & /*within*/) const {
+NodePlace TextPlaces::of(Eval::AetNodeBase const & node, Eval::Function const & /*within*/) const {
     auto const * const entry = map_.find(node.aetNodeKey());
     return entry == nullptr ? NodePlace() : of(entry->span);
 }

@@ -1,0 +1,125 @@
+#include "tests/Command/CommandTools.h"
+
+#include <gmock/gmock.h>
+
+namespace Qcf::Command::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr char const * policy = R"(function long() { return as_path.length > 3 }
+function f() {
+  if long() or med is 5 {
+    return false because long-or-five
+  }
+  if med is 6 { exit true }
+  local_preference = 50
+}
+)";
+
+constexpr char const * routes = R"({"as_path": "1 2 3 4"}
+{"med": 5}
+{"med": 5}
+{"med": 6}
+{"med": 7}
+)";
+
+} // namespace
+
+TEST(Profile, TellsWhatDecidedAndHowOftenEachLineWasEntered) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy);
+    workshop.write("r.jsonl", routes);
+    Outcome const outcome =
+        workshop.run({"profile", "p.qcf", "--function", "f", "--routes", "r.jsonl"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(
+        outcome.out,
+        "5 routes: true 1 (20.0 %), false 3 (60.0 %), unknown 1 (20.0 %)\n"
+        "decided by\n"
+        "    60.0 %  p.qcf:4  return false because long-or-five\n"
+        "    20.0 %  p.qcf:6  exit true\n"
+        "    20.0 %  the function's end\n"
+        "\n"
+        "  line    entered       true      false    unknown      exits   decided  source\n"
+        "     2          5          0          3          1          1         -  function f\n"
+        "     3          5          3          2          0          0         -    if long() or "
+        "med is 5\n"
+        "     3          5          1          4          0          0         -      long()\n"
+        "     3          4          2          2          0          0         -      med is 5\n"
+        "     4          3          0          3          0          0    60.0 %      return false "
+        "because long-or-five\n"
+        "     6          2          1          1          0          0         -    if med is 6\n"
+        "     6          1          0          0          0          1    20.0 %      exit true\n"
+        "     7          1          -          -          -          -         -    "
+        "local_preference = 50\n"
+        "     1          5          1          4          0          0         -  function long\n"
+        "     1          5          1          4          0          0         -    return "
+        "as_path.length > 3\n");
+}
+
+// Tools take a line of frames, a blank and a number.
+TEST(Profile, FoldsStacks) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy);
+    workshop.write("r.jsonl", routes);
+    std::vector<String> arguments{"profile",  "p.qcf",   "--function", "f",
+                                  "--routes", "r.jsonl", "--format",   "folded"};
+    auto const lines = linesOf(workshop.run(arguments).out);
+    EXPECT_EQ(lines.front(), "f 5");
+    EXPECT_THAT(lines, testing::Contains("f;line 3 if long() or med is 5;line 3 long() or med is "
+                                         "5;line 3 long();long;line 1 return as_path.length > "
+                                         "3;line 1 as_path.length > 3 5"));
+    arguments.emplace_back("--time");
+    for (String const & line : linesOf(workshop.run(arguments).out)) {
+        EXPECT_THAT(line, testing::MatchesRegex("[^;]+(;[^;]+)* [0-9]+"));
+    }
+}
+
+// What several threads count is what one counts, whatever routes each of them gets.
+TEST(Profile, ManyThreadsCountAsOne) {
+    Workshop const workshop;
+    String const examples = QCF_SOURCE_DIR "/examples/";
+    ASSERT_EQ(workshop.run({"generate-table", "--routes", "20000", "--seed", "3", "--out", "t.mrt"})
+                  .exitCode,
+              0);
+    for (char const * const format : {"json", "text", "folded"}) {
+        std::vector<String> arguments{"profile",    examples + "import-filter.qcf",
+                                      "--function", "import_filter",
+                                      "--routes",   "t.mrt",
+                                      "--format",   format};
+        Outcome const alone = workshop.run(arguments);
+        EXPECT_EQ(alone.exitCode, 0) << alone.err;
+        EXPECT_THAT(alone.out, HasSubstr("20000"));
+        arguments.insert(arguments.end(), {"--threads", "2"});
+        EXPECT_EQ(workshop.run(arguments).out, alone.out) << format;
+    }
+}
+
+// A document has pointers in place of lines, and lines where its map is given; the counts are those
+// of the text.
+TEST(Profile, TakesDocuments) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy);
+    workshop.write("r.jsonl", routes);
+    ASSERT_EQ(workshop.run({"compile", "p.qcf", "-o", "p.json", "--map-out", "p.map"}).exitCode, 0);
+    std::vector<String> arguments{"profile", "p.json", "--function", "f", "--routes", "r.jsonl"};
+    EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.json:/"));
+    arguments.insert(arguments.end(), {"--map", "p.map"});
+    EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.qcf:6  "));
+}
+
+TEST(Profile, RefusesWhatEvalRefuses) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy + String("function g() { return community matches NONE }\n"));
+    workshop.write("r.jsonl", routes);
+    Outcome const undefined =
+        workshop.run({"profile", "p.qcf", "--function", "g", "--routes", "r.jsonl"});
+    EXPECT_EQ(undefined.exitCode, 1);
+    EXPECT_THAT(undefined.err, HasSubstr("no community list \"NONE\" is defined"));
+    EXPECT_EQ(workshop.run({"profile", "p.qcf", "--function", "h", "--routes", "r.jsonl"}).exitCode,
+              1);
+    EXPECT_EQ(workshop.run({"profile", "-", "--function", "f", "--routes", "-"}).exitCode, 2);
+}
+
+} // namespace Qcf::Command::test
