@@ -23,23 +23,32 @@ public:
 private:
     void take(Expression const & node) {
         if (auto const * const block = as<Block>(node)) {
-            mark(statements_, block->stmts().get());
+            each(block->stmts().get(), [this](auto const & entry) { mark(statements_, entry); });
         } else if (auto const * const branch = as<IfExpression>(node)) {
-            mark(conditions_, *branch->condition());
+            markCondition(*branch->condition());
             // `else if`: a statement that has no block of its own.
             if (branch->elseBlock() && is<IfExpression>(*branch->elseBlock())) {
                 mark(statements_, *branch->elseBlock());
             }
         } else if (auto const * const negation = as<NotExpression>(node)) {
-            mark(conditions_, *negation->expr());
+            markCondition(*negation->expr());
         } else if (auto const * const chain = as<LogicalOperatorExpression>(node)) {
-            mark(conditions_, chain->expressionList().get());
+            each(chain->expressionList().get(),
+                 [this](auto const & entry) { markCondition(entry); });
+        }
+    }
+    template <typename Visitor>
+    static void each(ExpressionList const * link, Visitor const & visit) {
+        for (; link != nullptr; link = link->next().get()) {
+            visit(*link->entry());
         }
     }
     void mark(std::vector<bool> & what, Expression const & node) { what[numbers_.of(node)] = true; }
-    void mark(std::vector<bool> & what, ExpressionList const * link) {
-        for (; link != nullptr; link = link->next().get()) {
-            mark(what, *link->entry());
+    void markCondition(Expression const & node) {
+        // As in `... ?? true`: a constant has one answer.
+        auto const * const value = as<TriStateBoolExpression>(node);
+        if (value == nullptr || !is<TriStateBoolImmediate>(*value->expr())) {
+            mark(conditions_, node);
         }
     }
 

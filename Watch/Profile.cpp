@@ -42,7 +42,7 @@ U64 Profiler::lap() {
 }
 
 // What passed since the last event belongs to the node that is open around.
-void Profiler::entered(Eval::Expression const & node, Eval::EvalContext & /*context*/) {
+void Profiler::entered(Eval::Expression const & node, Eval::EvalContext & context) {
     U32 const number = numbers_.of(node);
     if (options_.time) {
         U64 const passed = lap();
@@ -52,26 +52,26 @@ void Profiler::entered(Eval::Expression const & node, Eval::EvalContext & /*cont
     }
     open_.push_back({number, 0});
     ++profile_.nodes[number].entered;
-    deciding_.entered();
+    deciding_.entered(node, context);
     if (options_.stacks) {
         profile_.stacks.enter(number);
     }
 }
 
 void Profiler::left(Eval::Expression const & node, Eval::EvalResult result,
-                    Eval::EvalContext & /*context*/) {
+                    Eval::EvalContext & context) {
     U32 const number = numbers_.of(node);
     leave(number);
     NodeCounter::note(profile_.nodes[number], result);
-    deciding_.left(node, result);
+    deciding_.left(node, result, context);
     if (open_.empty()) {
         verdictIs(result);
     }
 }
 
-void Profiler::thrown(Eval::Expression const & node, Eval::EvalContext & /*context*/) {
+void Profiler::thrown(Eval::Expression const & node, Eval::EvalContext & context) {
     leave(numbers_.of(node));
-    deciding_.thrown();
+    deciding_.thrown(node, context);
 }
 
 void Profiler::leave(U32 number) {
@@ -89,7 +89,7 @@ void Profiler::leave(U32 number) {
 void Profiler::verdictIs(Eval::EvalResult result) {
     auto const verdict = static_cast<std::size_t>(result.retVal());
     ++profile_.verdicts[verdict];
-    auto const * const statement = deciding_.statement();
+    auto const * const statement = deciding_.statement().node;
     ++(statement == nullptr ? profile_.atEnd : profile_.decided[numbers_.of(*statement)])[verdict];
 }
 

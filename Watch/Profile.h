@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Watch/DecidingStatement.h"
+#include "Watch/Deciding.h"
 #include "Watch/NodeCounter.h"
 #include "Watch/StackTree.h"
 
@@ -64,7 +64,7 @@ private:
     NodeNumbers const & numbers_;
     Options options_;
     Profile profile_;
-    DecidingStatement deciding_;
+    Deciding deciding_;
     /// Numbers of the nodes that are open, with their own time so far.
     struct Open {
         U32 number;

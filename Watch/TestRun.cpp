@@ -1,12 +1,10 @@
 #include "Watch/TestRun.h"
 
-#include "Agent/Routes/AppliedChanges.h"
 #include "Lists/ByteSource.h"
 #include "Lists/ListUses.h"
-#include "Watch/DecidingStatement.h"
+#include "Watch/Deciding.h"
 #include "Watch/TestRoute.h"
 
-#include <algorithm>
 #include <chrono>
 
 namespace Qcf::Watch {
@@ -21,7 +19,7 @@ using Text::TestDeclaration;
 
 struct TestRun::Outcome {
     EvalResult result;
-    Expression const * statement; ///< null where the end was reached
+    DecidingStatement statement; ///< that of the text; none where the end was reached
     String reason;
 };
 
@@ -38,22 +36,22 @@ public:
 
     void entered(Expression const & node, Eval::EvalContext & context) override {
         counter_.entered(node, context);
-        deciding_.entered();
+        deciding_.entered(node, context);
     }
     void left(Expression const & node, EvalResult result, Eval::EvalContext & context) override {
         counter_.left(node, result, context);
-        deciding_.left(node, result);
+        deciding_.left(node, result, context);
     }
     void thrown(Expression const & node, Eval::EvalContext & context) override {
         counter_.thrown(node, context);
-        deciding_.thrown();
+        deciding_.thrown(node, context);
     }
-    DecidingStatement const & deciding() const { return deciding_; }
+    Deciding const & deciding() const { return deciding_; }
 
 private:
     NodeCounter & counter_;
     Eval::EvalContext & context_;
-    DecidingStatement deciding_;
+    Deciding deciding_;
 };
 
 namespace {
@@ -182,6 +180,8 @@ void TestRun::runRoute(std::size_t test, Agent::Route const & route, Matchers co
                        (expected.reason.empty() || expected.reason == found.reason);
     if (!suits) {
         result.findings.push_back(verdictFinding(expected, found));
+        auto const lines = decidingLines(*program_.tests[test].subject, route, matchers);
+        result.findings.insert(result.findings.end(), lines.begin(), lines.end());
     } else if (found.result.isTrue()) {
         checkAfter(test, route, *context, matchers, result);
     }
@@ -191,15 +191,13 @@ TestRun::Outcome TestRun::evaluate(Function const & subject, AgentContext & cont
     Observer const observer(*counter_, context);
     Ptr<EvalContextBase> const asBase(&context);
     EvalResult const result = subject.eval(asBase);
-    Outcome outcome{result, nullptr, {}};
-    for (Expression const * const statement : observer.deciding().path()) {
+    Outcome outcome{result, {}, observer.deciding().reason(places_)};
+    for (DecidingStatement const & statement : observer.deciding().path()) {
         // That of a test's own call decides nothing that the text could show.
-        auto const & at = numbers_->nodes()[numbers_->of(*statement)];
-        if (calls_.contains(at.within)) {
-            continue;
+        if (!calls_.contains(statement.within)) {
+            outcome.statement = statement;
+            break;
         }
-        outcome.statement = outcome.statement == nullptr ? statement : outcome.statement;
-        outcome.reason = outcome.reason.empty() ? places_.reason(*statement) : outcome.reason;
     }
     return outcome;
 }
@@ -214,57 +212,14 @@ String TestRun::verdictFinding(Text::Expectation const & expected, Outcome const
                   verdictWord(found.result.retVal());
     text += tellsExit && hasExited(found.result) ? " (exit)" : "";
     text += expected.reason.empty() ? "" : because(found.reason);
-    if (found.statement == nullptr) {
+    if (found.statement.node == nullptr) {
         return text + ": the function came to its end";
     }
-    Function const & within = *numbers_->nodes()[numbers_->of(*found.statement)].within;
-    NodePlace const place = places_.of(*found.statement, within);
+    auto const & [node, within] = found.statement;
+    NodePlace const place = places_.of(*node, *within);
     bool const isHere = place.file == sources_[expected.span.file].name();
     return text + " at " + (isHere ? "line " + std::to_string(place.line) : place.text()) + ": " +
-           places_.line(*found.statement, within);
-}
-
-void TestRun::checkAfter(std::size_t test, Agent::Route const & route, AgentContext const & context,
-                         Matchers const & matchers, TestResult & result) const {
-    Text::Expectation const & expected = declarations_.tests[test].expectation;
-    Agent::Route const after = appliedTo(route, context.changes());
-    auto const wasMeant = [&](std::string_view name) {
-        return expected.changesOnly &&
-               std::ranges::find(*expected.changesOnly, name) != expected.changesOnly->end();
-    };
-    if (expected.unchanged || expected.changesOnly) {
-        for (auto const & [name, before, now] : differences(route, after)) {
-            if (expected.unchanged || !wasMeant(name)) {
-                result.findings.push_back("expected " + String(name) + " unchanged, found " +
-                                          before + " -> " + now);
-            }
-        }
-    }
-    if (expected.unchanged && !expected.nextHopSelf && context.nextHopSetToSelf()) {
-        result.findings.emplace_back("expected unchanged, found the next hop set to self");
-    }
-    if (expected.nextHopSelf && !context.nextHopSetToSelf()) {
-        result.findings.emplace_back("expected next_hop_self, found the next hop not set to self");
-    }
-    checkConditions(test, after, matchers, result);
-}
-
-// Each on a context of its own, which no other condition has left anything in.
-void TestRun::checkConditions(std::size_t test, Agent::Route const & after,
-                              Matchers const & matchers, TestResult & result) const {
-    auto const & conditions = declarations_.tests[test].expectation.conditions;
-    for (std::size_t i = 0; i < conditions.size(); ++i) {
-        auto const context = makePtr<AgentContext>(matchers);
-        Ptr<EvalContextBase> const asBase = context;
-        context->routeIs(after);
-        Function const & function = *program_.tests[test].conditions[i];
-        EvalResult const answer = function.eval(asBase);
-        if (!answer.isTrue()) {
-            result.findings.push_back(
-                "line " + std::to_string(places_.of(conditions[i]->span).line) + ": " +
-                places_.line(conditions[i]->span) + "  " + toString(answer.retVal()));
-        }
-    }
+           places_.line(*node, *within);
 }
 
 // Of imported texts only what is called: the rest is their own tests' business.

@@ -63,6 +63,9 @@ private:
     void runRoute(std::size_t test, Agent::Route const & route, Matchers const & matchers,
                   TestResult & result);
     Outcome evaluate(Eval::Function const & subject, Agent::AgentContext & context);
+    /// The tests that led to a verdict, with the values that they read, a line each.
+    std::vector<String> decidingLines(Eval::Function const & function, Agent::Route const & route,
+                                      Matchers const & matchers) const;
     PtrConst<Lists::NamedLists> listsOf(Text::TestDeclaration const & test) const;
     void undefinedLists(Text::TestFunctions const & functions, Lists::NamedLists const * lists,
                         TestResult & result) const;

@@ -104,7 +104,8 @@ TEST(Profile, TakesDocuments) {
     workshop.write("r.jsonl", routes);
     ASSERT_EQ(workshop.run({"compile", "p.qcf", "-o", "p.json", "--map-out", "p.map"}).exitCode, 0);
     std::vector<String> arguments{"profile", "p.json", "--function", "f", "--routes", "r.jsonl"};
-    EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.json:/"));
+    EXPECT_THAT(workshop.run(arguments).out,
+                testing::ContainsRegex("    20.0 %  p.json:?/nodes/[0-9]+  exit true\n"));
     arguments.insert(arguments.end(), {"--map", "p.map"});
     EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.qcf:6  "));
 }
@@ -116,7 +117,7 @@ TEST(Profile, RefusesWhatEvalRefuses) {
     Outcome const undefined =
         workshop.run({"profile", "p.qcf", "--function", "g", "--routes", "r.jsonl"});
     EXPECT_EQ(undefined.exitCode, 1);
-    EXPECT_THAT(undefined.err, HasSubstr("no community list \"NONE\" is defined"));
+    EXPECT_THAT(undefined.err, HasSubstr("community list \"NONE\" is not defined"));
     EXPECT_EQ(workshop.run({"profile", "p.qcf", "--function", "h", "--routes", "r.jsonl"}).exitCode,
               1);
     EXPECT_EQ(workshop.run({"profile", "-", "--function", "f", "--routes", "-"}).exitCode, 2);

@@ -7,7 +7,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
+using testing::MatchesRegex;
+using testing::StartsWith;
 
 /// 13 lines; tests follow from line 14 on.
 constexpr char const * policy = R"(list roa_table RPKI { 1.1.1.0/24 max 24 AS13335 }
@@ -15,7 +16,7 @@ function helper(int limit) {
   if as_path.length > limit { return false because long }
   return true
 }
-function import() {
+function take() {
   if match_origin_as_validity(roa_table RPKI, invalid) { exit false because rpki-invalid }
   if not helper(3) { return false }
   med = 7
@@ -46,14 +47,14 @@ struct Case {
 };
 
 Case const failures[] = {
-    {R"(test "t" import() { route { prefix 1.1.1.0/24; as_path "1 13335" }
+    {R"(test "t" take() { route { prefix 1.1.1.0/24; as_path "1 13335" }
   expect reject })",
      {"expected reject, found accept at line 11: return true"}},
-    {R"(test "t" import() { route { prefix 1.1.1.0/24; as_path "1 2" }
+    {R"(test "t" take() { route { prefix 1.1.1.0/24; as_path "1 2" }
   expect reject because long })",
      {"expected reject because long, found reject (exit) because rpki-invalid at line 7: exit "
       "false because rpki-invalid"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24; as_path "1 2 3 4" }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24; as_path "1 2 3 4" }
   expect reject exit })",
      {"expected reject (exit), found reject at line 8: return false"}},
     {R"(test "t" open_end() { route { prefix 9.9.9.0/24 }
@@ -62,41 +63,41 @@ Case const failures[] = {
     {R"(test "t" helper(0) { route { prefix 9.9.9.0/24; as_path "1" }
   expect accept })",
      {"expected accept, found reject at line 3: return false because long"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24 }
   expect accept { med is 8; community has all { 65000:1 }; med < 7 } })",
      {"line 15: med is 8  false", "line 15: med < 7  false"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24; med 7 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24; med 7 }
   expect accept { unchanged } })",
      {R"(expected community unchanged, found [] -> ["65000:1"])"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24 }
   expect accept { changes only { community, local_preference } } })",
      {"expected med unchanged, found 0 -> 7"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24 }
   expect accept { next_hop_self } })",
      {"expected next_hop_self, found the next hop not set to self"}},
     {R"(test "t" set_next_hop_self() {
   route { prefix 9.9.9.0/24; session { outbound true } }
   expect accept { unchanged } })",
      {"expected unchanged, found the next hop set to self"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24 }
   route { prefix 1.1.1.0/24; as_path "7" }
   expect accept })",
      {"route 2 of 2, line 15:",
       "expected accept, found reject (exit) at line 7: exit false because rpki-invalid"}},
-    {R"(test "t" import() { bind { roa_table RPKI { 9.9.9.0/24 max 24 AS1 } }
+    {R"(test "t" take() { bind { roa_table RPKI { 9.9.9.0/24 max 24 AS1 } }
   route { prefix 9.9.9.0/24; as_path "2" }
   expect accept })",
      {"expected accept, found reject (exit) at line 7: exit false because rpki-invalid"}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24 }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24 }
   expect accept { community matches NOBODYS } })",
-     {"p.qcf:15:37: no community list \"NOBODYS\" is defined"}},
-    {R"(test "t" import() { route from "r.jsonl" 3
+     {"p.qcf:15:37: community list \"NOBODYS\" is not defined"}},
+    {R"(test "t" take() { route from "r.jsonl" 3
   expect accept })",
      {"r.jsonl: wants a readable file, found none: No such file or directory"}},
 };
 
 Case const passes[] = {
-    {R"(test "t" import() { route { prefix 9.9.9.0/24; as_path "1 2 3 4" } expect reject })", {}},
+    {R"(test "t" take() { route { prefix 9.9.9.0/24; as_path "1 2 3 4" } expect reject })", {}},
     {R"(test "t" helper(3) { route { prefix 9.9.9.0/24 } expect accept { unchanged } })", {}},
     {R"(test "t" helper(0) { route { prefix 9.9.9.0/24; as_path "1" } expect reject because long })",
      {}},
@@ -105,7 +106,7 @@ Case const passes[] = {
       bind { roa_table RPKI { 9.9.9.0/24 max 24 AS2 } }
       route { prefix 9.9.9.0/24; as_path "1 2" } expect accept })",
      {}},
-    {R"(test "t" import() { route { prefix 9.9.9.0/24; med 7; community { 65000:1 } }
+    {R"(test "t" take() { route { prefix 9.9.9.0/24; med 7; community { 65000:1 } }
       expect accept { unchanged; med is 7; changes only { weight } } })",
      {}},
     {R"(test "t" set_next_hop_self() { route { prefix 9.9.9.0/24; next_hop 1.2.3.4;
@@ -119,14 +120,32 @@ TEST(Test, TellsWhatItFoundInPlaceOfWhatWasExpected) {
     for (Case const & each : failures) {
         auto told = toldOf(each.test);
         ASSERT_FALSE(told.empty()) << each.test;
-        EXPECT_THAT(told.front(), testing::MatchesRegex("  FAIL  t {56}p.qcf:1[4-6]")) << each.test;
+        EXPECT_THAT(told.front(), MatchesRegex("  FAIL  t {56}p.qcf:1[4-6]")) << each.test;
         told.erase(told.begin());
-        std::vector<String> wanted;
+        std::size_t next = 0;
         for (String const & line : each.told) {
-            wanted.push_back("        " + line);
+            ASSERT_LT(next, told.size()) << each.test << line;
+            EXPECT_THAT(told[next++], StartsWith("        " + line)) << each.test;
         }
-        EXPECT_EQ(told, wanted) << each.test;
+        // What follows are tests that led to the verdict.
+        for (; next < told.size(); ++next) {
+            EXPECT_THAT(told[next], MatchesRegex("        line [0-9]+: .*(true|false|unknown).*"));
+        }
     }
+}
+
+// The test that led to a verdict is told with the values that it read.
+TEST(Test, TellsWhatWasRead) {
+    auto const told = toldOf(R"(test "t" take() { route { prefix 1.1.1.0/24; as_path "1 2" }
+  expect accept })");
+    EXPECT_THAT(told, testing::Contains(testing::AllOf(
+                          StartsWith("        line 7: match_origin_as_validity(roa_table RPKI, "
+                                     "invalid)  true"),
+                          HasSubstr("1.1.1.0/24"))));
+    EXPECT_THAT(toldOf(R"(test "t" take() { route { prefix 9.9.9.0/24 }
+  expect accept { med is 8 } })"),
+                testing::Contains(testing::AllOf(StartsWith("        line 15: med is 8  false"),
+                                                 HasSubstr("7"))));
 }
 
 TEST(Test, PassesWhatIsAsExpected) {
@@ -141,9 +160,9 @@ TEST(Test, TakesRecordedRoutes) {
     workshop.shell("mkdir d");
     workshop.write("d/r.jsonl",
                    "{\"prefix\":\"1.1.1.0/24\"}\n{\"prefix\":\"9.9.9.0/24\",\"med\":5}\n");
-    workshop.write("d/p.qcf", textWith(R"(test "one" import() { route from "r.jsonl" 1
+    workshop.write("d/p.qcf", textWith(R"(test "one" take() { route from "r.jsonl" 1
         expect accept { input.med is 7 } }
-      test "none" import() { route from "r.jsonl" 2 expect accept })"));
+      test "none" take() { route from "r.jsonl" 2 expect accept })"));
     Outcome const outcome = workshop.run({"test", "d"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.out, HasSubstr("  ok    one\n"));
@@ -211,9 +230,9 @@ test "beta" helper(1) { route { } expect reject })"));
 TEST(Test, BindsListsInTheirOrder) {
     Workshop const workshop;
     workshop.write("p.qcf",
-                   textWith(R"(test "outer" import() { route { prefix 1.1.1.0/24; as_path "7" }
+                   textWith(R"(test "outer" take() { route { prefix 1.1.1.0/24; as_path "7" }
         expect accept }
-      test "own" import() { bind { roa_table RPKI { 1.1.1.0/24 max 24 AS8 } }
+      test "own" take() { bind { roa_table RPKI { 1.1.1.0/24 max 24 AS8 } }
         route { prefix 1.1.1.0/24; as_path "7" } expect reject exit })"));
     workshop.write("l.qcf", "list roa_table RPKI { 1.1.1.0/24 max 24 AS7 }\n");
     EXPECT_EQ(workshop.run({"test", "p.qcf"}).exitCode, 1);
@@ -224,7 +243,7 @@ TEST(Test, BindsListsInTheirOrder) {
 TEST(Test, CountsWhatWasReached) {
     Workshop const workshop;
     workshop.write("p.qcf",
-                   textWith(R"(test "t" import() { route { prefix 9.9.9.0/24 } expect accept })"));
+                   textWith(R"(test "t" take() { route { prefix 9.9.9.0/24 } expect accept })"));
     Outcome const outcome = workshop.run({"test", "p.qcf", "--coverage"});
     EXPECT_EQ(outcome.exitCode, 0);
     auto const lines = linesOf(outcome.out);
@@ -261,7 +280,7 @@ TEST(Test, AddsUpFilesThatSeveralTextsImport) {
 TEST(Test, WantsTheThresholds) {
     Workshop const workshop;
     workshop.write("p.qcf",
-                   textWith(R"(test "t" import() { route { prefix 9.9.9.0/24 } expect accept })"));
+                   textWith(R"(test "t" take() { route { prefix 9.9.9.0/24 } expect accept })"));
     struct Row {
         std::vector<String> options;
         int exitCode;

@@ -231,7 +231,7 @@ TEST(NodeNumbers, AreDenseWhateverTheKeysAre) {
     for (char const * const key : {"7", "70000", "18446744073709551000"}) {
         String const text =
             String(R"({"qcf": "aet/1", "functions": [{"name": "g", "body": {"class": "Block",
-              "stmts": [{"class": "ReturnExpression", "aetNodeKey": )") +
+              "stmts": [{"class": "ReturnExpression", "key": )") +
             key + R"(, "expr": true}]}}, {"name": "f", "body": {"class": "Block", "stmts": [
               {"class": "ReturnExpression", "expr":
                {"class": "FunctionCallExpression", "calleeName": "g"}}]}}]})";
