@@ -21,9 +21,11 @@ public:
     void add(TestDeclaration const & test) {
         BodyUses uses = test.uses;
         if (hasArguments(test)) {
-            uses.calls.push_back(test.call);
-            uses.calls.back().call = callOf(test.call);
-            add(test, *uses.calls.back().call, std::move(uses));
+            CallDraft call = test.call;
+            call.call = callOf(test.call);
+            Draft & condition = *call.call;
+            uses.calls.push_back(std::move(call));
+            add(test, condition, std::move(uses));
         }
         for (Draft * const condition : test.expectation.conditions) {
             add(test, *condition, test.uses);
