@@ -10,6 +10,7 @@
 #include "Lists/ListUses.h"
 #include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeWalk.h"
+#include "Watch/TestRoute.h"
 
 #include <memory>
 #include <vector>
@@ -174,10 +175,26 @@ void addMessages(PolicyFile & file, std::vector<Qcf::Documents::Remark> const & 
     }
 }
 
+// What a text's grammar lets pass may be no value of a route: its reader knows.
+void checkTestRoutes(PolicyFile & file) {
+    for (Qcf::Text::TestDeclaration const & test : file.text()->declarations().tests) {
+        for (Qcf::Text::RouteDeclaration const & route : test.routes) {
+            try {
+                Qcf::Watch::readTestRoute(route, file.sources());
+            } catch (DocumentError const & error) {
+                String const & at = error.place().pointer;
+                file.messageIs({route.span, Qcf::Text::Severity::error, "route",
+                                (at.empty() ? "" : at.substr(1) + ' ') + error.message()});
+            }
+        }
+    }
+}
+
 void addRemarks(Document & document, Options const & options, CheckReport & report) {
     using Kind = Qcf::Documents::Remark::Kind;
     auto const remarks = Qcf::Documents::analyse(document.program().functions);
     if (document.file.isText()) {
+        checkTestRoutes(document.file);
         addMessages(document.file, remarks, options, report);
         return;
     }

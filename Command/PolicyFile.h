@@ -49,6 +49,7 @@ public:
     /// Adds what was found at a node of a text to the messages.
     void messageIs(Qcf::Eval::AetNodeBase const & node, char const * code, String const & text,
                    Qcf::Text::Severity severity = Qcf::Text::Severity::warning);
+    void messageIs(Qcf::Text::Message message) { messages_.add(std::move(message)); }
     /// Brings the messages into the order of the texts again.
     void sortMessages() { messages_.sort(); }
     /// Whether nodes have places in a text.
