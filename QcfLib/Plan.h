@@ -8,6 +8,7 @@
 
 namespace Qcf::Eval {
 
+class CountLayout;
 class Function;
 class PlanStep;
 class PlanSteps;
@@ -42,6 +43,12 @@ public:
     /// Steps that were made, for reports on memory.
     std::size_t stepCount() const;
 
+    /// What it counts; null for a plan that does not (StatementCounts.h).
+    CountLayout const * countLayout() const { return countLayout_.get(); }
+    /// Its counters, of which each context has a number of 8 bytes; 0 for a plan that does not
+    /// count.
+    std::size_t counterCount() const;
+
     /// Prints the steps in the order in which they can be reached: what each does, the nodes that
     /// it stands for, where it goes for which outcome.
     void dump(PtrConst<DumpContext> const & dumpContext) const;
@@ -58,6 +65,7 @@ private:
 
     U32 epoch_;
     PlanStep const * first_ = nullptr;
+    std::unique_ptr<CountLayout const> countLayout_;
     std::unique_ptr<PlanSteps const> steps_;
     /// Kept while the function lives, since a thread may be within it and no one counts who is.
     std::unique_ptr<Plan const> earlier_;

@@ -7,11 +7,12 @@
 namespace Qcf::Eval {
 
 /// Which plans are in use: those made in the present epoch, none while plans are switched off. A
-/// constant that is replaced begins another epoch, since plans have constants in place. Process
-/// wide; a function that is evaluated asks it once, by one relaxed load.
+/// constant that is replaced begins another epoch, since plans have constants in place; so does
+/// whoever wants plans that count, or no longer. Process wide; a function that is evaluated asks it
+/// once, by one relaxed load.
 class PlanEpoch {
 public:
-    /// Number of no epoch: epochs begin at 1.
+    /// Number of no epoch: epochs begin at 2.
     static constexpr U32 off = 0;
 
     /// `off`, or the number of the epoch.
@@ -28,10 +29,18 @@ public:
     }
     /// Plans made before are out of use.
     /// Called by whoever replaces a constant of a literal; costs every function another plan.
-    static void next() {
-        U32 const number = number_.fetch_add(1, std::memory_order_relaxed) + 1;
-        if (enabled()) {
-            current_.store(number, std::memory_order_relaxed);
+    static void next() { begins(number_.fetch_add(2, std::memory_order_relaxed) + 2); }
+    /// Whether plans of that epoch count: it is odd then, so that the number alone says how a plan
+    /// is made.
+    static constexpr bool counts(U32 number) { return number % 2 != 0; }
+    /// Begins an epoch of plans that count, or do not; none when it is so already.
+    static void countingIs(bool counting) {
+        U32 number = number_.load(std::memory_order_relaxed);
+        while (counts(number) != counting) {
+            if (number_.compare_exchange_weak(number, number + 1, std::memory_order_relaxed)) {
+                begins(number + 1);
+                return;
+            }
         }
     }
     /// The number that a plan made now has.
@@ -39,10 +48,16 @@ public:
     static U32 number() { return number_.load(std::memory_order_relaxed); }
 
 private:
+    static void begins(U32 number) {
+        if (enabled()) {
+            current_.store(number, std::memory_order_relaxed);
+        }
+    }
+
     // Two words, so that switching off and on again brings the same epoch back.
-    inline static std::atomic<U32> number_{1};
+    inline static std::atomic<U32> number_{2};
     /// What evaluations compare with: `off`, or the number.
-    inline static std::atomic<U32> current_{1};
+    inline static std::atomic<U32> current_{2};
 };
 
 } // namespace Qcf::Eval

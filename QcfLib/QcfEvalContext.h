@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QcfLib/ContextCounters.h"
 #include "QcfLib/QcfEvalContextGenerated.h"
 #include "QcfLib/QcfEvalStackFrameData.h"
 
@@ -155,6 +156,9 @@ public:
     U64Buffer & intSetScratch() { return intSetScratch_; }
     CommunityBuffer & communitySetScratch() { return communitySetScratch_; }
 
+    /// What counting plans count on this context; a reset keeps it.
+    ContextCounters & counters() { return counters_; }
+
     /// Keeps a function alive until another is evaluated; if it stored values, which may be
     /// constants of its tree, until the reset that follows. Called by the outermost function.
     /// Another route by the same function costs a comparison of two pointers.
@@ -214,6 +218,7 @@ private:
     /// One for each type of values, since an operation needs one at most.
     U64Buffer intSetScratch_;
     CommunityBuffer communitySetScratch_;
+    ContextCounters counters_;
 };
 
 /// The context that an EvalContextBase always is: nodes are handed the interface, and get at frame,

@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/CallFrame.h"
 #include "QcfLib/Operators/Lowering.h"
 
 /// Calls, on a frame of their own.
@@ -10,26 +11,6 @@ namespace {
     QCF_TRACE(traceQcfEval, 1, "Calling function " << call.calleeName());
 }
 
-/// Makes a callee's frame current and restores caller and depth on every way out.
-class CallScope {
-public:
-    CallScope(EvalContext & context, StackFrameData_ & calleeFrame)
-        : context_(context), callerFrame_(context.stackFrameDataRawPtr()) {
-        context_.stackFrameDataIs(&calleeFrame);
-        context_.functionCallDepthInc(1);
-    }
-    CallScope(CallScope const &) = delete;
-    CallScope & operator=(CallScope const &) = delete;
-    ~CallScope() {
-        context_.functionCallDepthDec(1);
-        context_.stackFrameDataIs(callerFrame_);
-    }
-
-private:
-    EvalContext & context_;
-    StackFrameData_ * callerFrame_;
-};
-
 } // namespace
 
 void FunctionArgumentList::pushFuncArgToStack(Ptr<EvalContextBase> const & context,
@@ -41,11 +22,8 @@ EvalResult FunctionCallExpression::eval(Ptr<EvalContextBase> const & context) co
     if (traceQcfEval.on(1)) [[unlikely]] {
         traceCall(*this);
     }
-    // Arguments are evaluated in the caller's frame, before the callee's becomes current.
     StackFrameData_ frame;
-    for (auto const * link = argListHead_.get(); link != nullptr; link = link->next().get()) {
-        link->pushFuncArgToStack(context, &frame);
-    }
+    pushArguments(*this, context, frame);
     EvalResult result;
     {
         CallScope const scope(evalContext(context), frame);

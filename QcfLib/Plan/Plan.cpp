@@ -1,6 +1,8 @@
 #include "QcfLib/Plan.h"
 
 #include "QcfLib/KeptPlan.h"
+#include "QcfLib/Plan/CountLayout.h"
+#include "QcfLib/Plan/PlanCounting.h"
 #include "QcfLib/Plan/PlanLowering.h"
 
 /// Plans as functions keep them, and the ends that all of them share.
@@ -44,13 +46,25 @@ PlanStep const * endOfRun(EvalResult result) {
 Plan::Plan(Function const & function, std::unique_ptr<Plan const> earlier)
     : epoch_(PlanEpoch::number()), earlier_(std::move(earlier)) {
     auto steps = std::make_unique<PlanSteps>();
-    first_ = PlanLowering(function, *steps).body();
+    if (PlanEpoch::counts(epoch_)) {
+        auto layout = std::make_unique<CountLayout>();
+        PlanCounting counting(function, *layout, *steps);
+        first_ = PlanLowering(function, *steps, &counting).body();
+        layout->publish();
+        countLayout_ = std::move(layout);
+    } else {
+        first_ = PlanLowering(function, *steps).body();
+    }
     steps_ = std::move(steps);
 }
 
 Plan::~Plan() = default;
 
 std::size_t Plan::stepCount() const { return steps_->size(); }
+
+std::size_t Plan::counterCount() const {
+    return countLayout_ == nullptr ? 0 : countLayout_->counterCount();
+}
 
 // Deletes the earlier plans as well, each of which is owned by the one after it.
 KeptPlan::~KeptPlan() { delete plan_.load(std::memory_order_relaxed); }

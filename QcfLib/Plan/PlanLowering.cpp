@@ -31,6 +31,17 @@ std::vector<Link const *> fromLast(Link const * link) {
 
 ExpressionList const * nextLink(ExpressionList const & link) { return link.next().get(); }
 
+/// Which values of an operand of `and`, `or` or `??` decide: those that end the chain, and all of
+/// the last one.
+Decided decidedByOperand(Decided const & decided, bool isAnd, bool isOr, bool isLast) {
+    auto const & [onUnknown, onFalse, onTrue] = decided;
+    if (isLast) {
+        return {isAnd || isOr ? onFalse : onUnknown, onFalse, onTrue};
+    }
+    std::optional<EvalResult> const goesOn;
+    return {isAnd ? onFalse : goesOn, isOr ? goesOn : onFalse, isAnd ? goesOn : onTrue};
+}
+
 /// The `if` that stands in the else branch.
 IfExpression const * elseIf(IfExpression const & node) {
     return node.elseBlock() ? as<IfExpression>(*node.elseBlock()) : nullptr;
@@ -58,10 +69,15 @@ public:
     StatementForm(PlanLowering & ofPlan, Expression const & ofNode, PlanStep const * next)
         : Form(ofPlan, ofNode), next_(next) {}
 
-    void block(Block const & block) override { step = plan.block(block, next_); }
+    void block(Block const & block) override {
+        auto const lower = [&] { return plan.block(block, next_); };
+        step = plan.counting_ == nullptr
+                   ? lower()
+                   : plan.counting_->line(plan.counting_->here().block, lower);
+    }
     void branch(IfExpression const & head) override { step = plan.branch(head, next_); }
     void leave(Expression const & operand, TerminationFlag how) override {
-        step = plan.leave(operand, how);
+        step = plan.leave(node, operand, how);
     }
     void call(FunctionCallExpression const & call) override {
         step = plan.call(call, {next_, next_, next_});
@@ -113,6 +129,9 @@ public:
         if (plan.affords(1)) {
             // Negation costs no step: the operand's targets are swapped, and unknown goes where
             // false does.
+            PlanCounting::Deciding const swapped(plan.counting_, [](Decided const & decided) {
+                return Decided{decided[2], decided[2], decided[1]};
+            });
             step = plan.condition(operand, {targets_.onTrue, targets_.onTrue, targets_.onFalse});
         }
     }
@@ -141,11 +160,18 @@ public:
     std::optional<SetChange<U64SmallVector>> intSetChange;
 };
 
-PlanLowering::PlanLowering(Function const & function, PlanSteps & steps)
-    : function_(function), steps_(steps), budget_(ownNodes(function)) {}
+PlanLowering::PlanLowering(Function const & function, PlanSteps & steps, PlanCounting * counting)
+    : function_(function), steps_(steps), budget_(ownNodes(function)), counting_(counting) {}
 
 // A body that does not leave ends unknown.
-PlanStep const * PlanLowering::body() { return block(*function_.body(), endOfRun({})); }
+PlanStep const * PlanLowering::body() {
+    if (counting_ == nullptr) {
+        return block(*function_.body(), endOfRun({}));
+    }
+    return counting_->plan(counting_->line(counting_->ownStatements(), [&] {
+        return block(*function_.body(), counting_->functionEnd());
+    }));
+}
 
 // Whether so many parts of a node may be lowered here; if so, they count. Callees have a room of
 // their own.
@@ -181,16 +207,35 @@ void PlanLowering::noteNode(Expression const & node) {
 
 PlanStep const * PlanLowering::nodeStatement(Expression const & node, PlanStep const * next) {
     noteNode(node);
+    if (auto const * const step = countedNode(node, {next, next, next})) {
+        return step;
+    }
     return callee_ == nullptr ? make<NodeStatement>(node, node, next)
                               : make<CalleeStatement>(node, node, next, callee_->returns);
 }
 
 PlanStep const * PlanLowering::nodeTest(Expression const & node, PlanTargets const & targets) {
     noteNode(node);
-    return make<NodeTest>(node, node, targets);
+    auto const * const step = countedNode(node, targets);
+    return step != nullptr ? step : make<NodeTest>(node, node, targets);
+}
+
+PlanStep const * PlanLowering::countedNode(Expression const & node, PlanTargets const & targets) {
+    if (counting_ == nullptr) {
+        return nullptr;
+    }
+    return counting_->node(node, targets, callee_ != nullptr ? callee_->fits : counting_->fits());
 }
 
 PlanStep const * PlanLowering::statement(Expression const & node, PlanStep const * next) {
+    if (counting_ == nullptr) {
+        return statementStep(node, next);
+    }
+    return counting_->statement(
+        node, next, [&](PlanStep const * behind) { return statementStep(node, behind); });
+}
+
+PlanStep const * PlanLowering::statementStep(Expression const & node, PlanStep const * next) {
     StatementForm form(*this, node, next);
     node.lower(form);
     return form.step != nullptr ? form.step : nodeStatement(node, next);
@@ -229,6 +274,9 @@ PlanStep const * PlanLowering::block(Block const & node, PlanStep const * next) 
         }
         if (change) {
             changes.push_back(*change);
+            if (counting_ != nullptr) {
+                counting_->statement(*link->entry());
+            }
         } else {
             next = statement(*link->entry(), next);
         }
@@ -238,8 +286,19 @@ PlanStep const * PlanLowering::block(Block const & node, PlanStep const * next) 
 }
 
 // A callee that is inlined returns to where its call stands; an exit leaves everything.
-PlanStep const * PlanLowering::leave(Expression const & operand, TerminationFlag how) {
+PlanStep const * PlanLowering::leave(Expression const & node, Expression const & operand,
+                                     TerminationFlag how) {
     bool const toCall = callee_ != nullptr && how == TerminationFlag::returnToCaller;
+    if (counting_ != nullptr) {
+        Decided const decided = toCall ? callee_->decided : decidedBy(how);
+        auto const targets =
+            counting_->leave(node, operand, decided, toCall ? callee_->returns : PlanTargets{});
+        PlanCounting::Deciding const all(counting_, [&](Decided const &) { return decided; });
+        auto const outside = counting_->enclosingIs(counting_->here().counters);
+        PlanStep const * const step = condition(operand, targets);
+        counting_->enclosingIs(outside);
+        return step;
+    }
     return condition(operand, toCall ? callee_->returns
                                      : PlanTargets{endOfRun(EvalResult(QcfUnknown(), how)),
                                                    endOfRun(EvalResult(QcfFalse(), how)),
@@ -258,17 +317,35 @@ PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
     }
     // Whether some node of the callee needs a frame after all shows when it is lowered.
     std::size_t const stepsBefore = steps_.size();
+    std::size_t const bodiesBefore = counting_ == nullptr ? 0 : counting_->bodies().size();
     // Taken even if the callee turns out not to fit, so that failed attempts are bounded as well.
     budget_.takeCallee(*size);
-    Callee callee{std::move(*arguments), targets};
+    Callee callee{std::move(*arguments), targets,
+                  counting_ == nullptr ? Decided() : counting_->decided()};
     Callee * const caller = std::exchange(callee_, &callee);
-    PlanStep const * const step = block(*node.calleePtr()->body(), targets.onUnknown);
+    PlanStep const * const step = calleeBody(node, targets);
     callee_ = caller;
     if (!callee.fits) {
         steps_.shrinkTo(stepsBefore);
+        if (counting_ != nullptr) {
+            counting_->bodies().resize(bodiesBefore);
+        }
         return nullptr;
     }
     return step;
+}
+
+PlanStep const * PlanLowering::calleeBody(FunctionCallExpression const & node,
+                                          PlanTargets const & targets) {
+    auto const lower = [&] { return block(*node.calleePtr()->body(), targets.onUnknown); };
+    if (counting_ == nullptr) {
+        return lower();
+    }
+    CountedBody body = counting_->inlined(node);
+    PlanStep const * const step = counting_->line(body.statements, lower);
+    U32 const entered = body.entered;
+    counting_->bodies().push_back(std::move(body));
+    return counting_->counted(node, entered, step);
 }
 
 std::optional<std::vector<SignedMagnitude>>
@@ -298,26 +375,52 @@ PlanStep const * PlanLowering::branch(IfExpression const & head, PlanStep const 
         links.push_back(link);
     }
     // An `else` that is an `if` was taken as a link; this one is a block, or there is none.
-    auto const & otherwise = links.back()->elseBlock();
-    PlanStep const * step = otherwise ? statement(*otherwise, next) : next;
+    PlanStep const * step = otherwise(links.back()->elseBlock().get(), next);
+    if (counting_ != nullptr) {
+        for (IfExpression const * const link : links) {
+            counting_->here().links.push_back({link});
+        }
+    }
     std::span<IfExpression const * const> rest = links;
     while (!rest.empty()) {
         std::size_t const count = std::min(rest.size(), maxClauses);
-        step = clauses(rest.last(count), next, step);
+        step = clauses(rest.last(count), rest.size() - count, next, step);
         rest = rest.first(rest.size() - count);
     }
     return step;
 }
 
+// For counts the block of an `else` is no statement.
+PlanStep const * PlanLowering::otherwise(Expression const * node, PlanStep const * next) {
+    if (node == nullptr || counting_ == nullptr) {
+        return node == nullptr ? next : statement(*node, next);
+    }
+    auto & noted = counting_->here().otherwise;
+    PlanStep const * const step = counting_->line(noted, [&] { return statement(*node, next); });
+    noted.front().node = is<Block>(*node) ? nullptr : node;
+    return step;
+}
+
+PlanStep const * PlanLowering::thenBlock(IfExpression const & link, std::size_t number,
+                                         PlanStep const * next) {
+    auto const lower = [&] { return block(*link.thenBlock(), next); };
+    if (counting_ == nullptr) {
+        return lower();
+    }
+    CountedLink & noted = counting_->here().links[number];
+    return counting_->taken(noted, counting_->line(noted.block, lower));
+}
+
 // One table if that pays, else the conditions one after the other.
 PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> links,
-                                       PlanStep const * next, PlanStep const * otherwise) {
+                                       std::size_t first, PlanStep const * next,
+                                       PlanStep const * otherwise) {
     std::vector<Expression const *> conditions;
     std::vector<PlanStep const *> targets;
     for (IfExpression const * const link : links) {
         conditions.push_back(link->condition().get());
         // Blocks are made whether or not a table comes of it: both ways need them as targets.
-        targets.push_back(block(*link->thenBlock(), next));
+        targets.push_back(thenBlock(*link, first + targets.size(), next));
     }
     DecisionTableBuilder table(*this, conditions, budget_.roomForConstants);
     if (auto step = table.step(targets, otherwise)) {
@@ -325,6 +428,9 @@ PlanStep const * PlanLowering::clauses(std::span<IfExpression const * const> lin
     }
     PlanStep const * step = otherwise;
     for (std::size_t i = links.size(); i-- > 0;) {
+        if (counting_ != nullptr) {
+            step = counting_->passed(counting_->here().links[first + i], *conditions[i], step);
+        }
         step = condition(*conditions[i], {step, step, targets[i]});
     }
     return step;
@@ -350,7 +456,12 @@ PlanStep const * PlanLowering::chain(LogicalOperatorExpression const & node,
     PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
     PlanTargets last{undecided, targets.onFalse, targets.onTrue};
     PlanStep const * next = undecided;
+    bool isLast = true;
     for (auto const * const link : fromLast(node.expressionList().get())) {
+        PlanCounting::Deciding const deciding(counting_, [&](Decided const & decided) {
+            return decidedByOperand(decided, isAnd, isOr, isLast);
+        });
+        isLast = false;
         next = condition(*link->entry(), last);
         last = {isAnd ? targets.onFalse : next, isOr ? next : targets.onFalse,
                 isAnd ? next : targets.onTrue};

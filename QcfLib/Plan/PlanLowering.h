@@ -2,6 +2,7 @@
 
 #include "QcfLib/Plan/DecisionTableBuilder.h"
 #include "QcfLib/Plan/PlanBudget.h"
+#include "QcfLib/Plan/PlanCounting.h"
 #include "QcfLib/Plan/PlanSteps.h"
 
 #include <optional>
@@ -23,8 +24,8 @@ namespace Qcf::Eval {
 /// Lowering takes time and memory in proportion to the function's nodes (PlanBudget.h).
 class PlanLowering final : private ConditionLowering {
 public:
-    /// Steps are put into the list, which the plan keeps.
-    PlanLowering(Function const & function, PlanSteps & steps);
+    /// Steps are put into the list, which the plan keeps; with `counting` the plan counts.
+    PlanLowering(Function const & function, PlanSteps & steps, PlanCounting * counting = nullptr);
 
     /// The first step of the function's body.
     PlanStep const * body();
@@ -41,6 +42,7 @@ private:
     struct Callee {
         std::vector<SignedMagnitude> arguments;
         PlanTargets returns; ///< where it returns to, by the value that it returns
+        Decided decided;     ///< which of the values decide for the caller, when it counts
         bool fits = true;    ///< false once some node of it needs a frame
     };
 
@@ -56,13 +58,20 @@ private:
     /// none of whose clauses holds. Those that may answer null have no steps for the node, which is
     /// evaluated.
     PlanStep const * statement(Expression const & node, PlanStep const * next);
+    PlanStep const * statementStep(Expression const & node, PlanStep const * next);
     /// The statements of a block from the last to the first.
     PlanStep const * block(Block const & node, PlanStep const * next);
     PlanStep const * branch(IfExpression const & head, PlanStep const * next);
-    PlanStep const * clauses(std::span<IfExpression const * const> links, PlanStep const * next,
-                             PlanStep const * otherwise);
-    PlanStep const * leave(Expression const & operand, TerminationFlag how);
+    PlanStep const * otherwise(Expression const * node, PlanStep const * next);
+    /// `first` is the number of the first of these links in the whole chain.
+    PlanStep const * clauses(std::span<IfExpression const * const> links, std::size_t first,
+                             PlanStep const * next, PlanStep const * otherwise);
+    PlanStep const * thenBlock(IfExpression const & link, std::size_t number,
+                               PlanStep const * next);
+    PlanStep const * leave(Expression const & node, Expression const & operand,
+                           TerminationFlag how);
     PlanStep const * call(FunctionCallExpression const & node, PlanTargets const & targets);
+    PlanStep const * calleeBody(FunctionCallExpression const & node, PlanTargets const & targets);
 
     /// What goes on to one of the targets, by its value.
     PlanStep const * condition(Expression const & node, PlanTargets const & targets) override;
@@ -76,6 +85,8 @@ private:
     PlanStep const * nodeStatement(Expression const & node, PlanStep const * next);
     PlanStep const * nodeTest(Expression const & node, PlanTargets const & targets);
     void noteNode(Expression const & node);
+    /// The step that a node which is evaluated as it stands has in a counting plan alone; or null.
+    PlanStep const * countedNode(Expression const & node, PlanTargets const & targets);
 
     /// A step that stands for these nodes.
     template <typename Step, typename... Arguments>
@@ -95,6 +106,7 @@ private:
     /// Of this plan, inlined callees included.
     PlanBudget budget_;
     Callee * callee_ = nullptr; ///< while its body is inlined
+    PlanCounting * counting_;   ///< null for a plan that does not count
 };
 
 } // namespace Qcf::Eval
