@@ -14,7 +14,7 @@ using Contenders = std::vector<std::unique_ptr<Contender>>;
 /// write-backs of a context, which is the limit of that interface.
 void addHandWritten(Contenders & contenders, PolicyData const & data);
 
-/// The engine: by its plans, and walking its trees.
+/// The engine: by its plans, also by those that count, and walking its trees, also when watched.
 void addEngine(Contenders & contenders, PolicyData const & data);
 
 /// LuaJIT over C structures, called once a route and with the loop inside, and LuaJIT and Lua over

@@ -2,6 +2,7 @@
 
 #include "QcfLib/Plan.h"
 #include "QcfLib/QcfAllAetEntities.h"
+#include "QcfLib/StatementCounts.h"
 #include "bench/Allocations.h"
 #include "bench/SharedWrites.h"
 
@@ -85,6 +86,15 @@ EngineMemory memoryOf(Policy policy, PolicyData const & data,
             kept[first + i]->planFor(*kept[first + i]);
         }
     });
+    Eval::StatementCounts::enabledIs(true);
+    double const counting = bytesOf([&] {
+        for (std::size_t i = 0; i < copies; ++i) {
+            kept[first + i]->planFor(*kept[first + i]);
+        }
+    });
+    Eval::StatementCounts::enabledIs(false);
+    memory.counting = counting / static_cast<double>(copies);
+    memory.counters = static_cast<double>(8 * kept.back()->keptPlan()->counterCount());
     memory.tree = tree / static_cast<double>(copies);
     memory.plan = plan / static_cast<double>(copies);
     memory.perNode = memory.tree / static_cast<double>(memory.nodes);

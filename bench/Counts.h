@@ -14,6 +14,8 @@ struct EngineMemory {
     U64 nodes = 0;
     double tree = 0;     ///< all nodes with their constants
     double plan = 0;     ///< what the plan adds
+    double counting = 0; ///< what the plan that counts adds instead
+    double counters = 0; ///< what each context has for it
     double perNode = 0;  ///< tree by nodes
     double perEntry = 0; ///< what the store adds for each node that is published
 };

@@ -1,5 +1,7 @@
 #include "Agent/Evaluation/AgentContextGenerated.h"
+#include "QcfLib/EvaluationObserver.h"
 #include "QcfLib/Plan.h"
+#include "QcfLib/StatementCounts.h"
 #include "bench/Contenders.h"
 #include "bench/EngineTrees.h"
 #include "bench/SharedWrites.h"
@@ -8,13 +10,31 @@ namespace Qcf::Bench {
 
 namespace {
 
+/// How the engine evaluates.
+enum class Form : U8 {
+    plan,
+    countingPlan,
+    tree,
+    watchedTree, ///< for an observer that does nothing
+};
+
+class NoObserver final : public Eval::EvaluationObserver {
+public:
+    void entered(Eval::Expression const & /*node*/, Eval::EvalContext & /*context*/) override {}
+    void left(Eval::Expression const & /*node*/, Eval::EvalResult /*result*/,
+              Eval::EvalContext & /*context*/) override {}
+    void thrown(Eval::Expression const & /*node*/, Eval::EvalContext & /*context*/) override {}
+};
+
 /// One evaluation of the engine, as an agent does it: `routeIs` resets the context, `eval` flushes.
 class EngineStep {
 public:
-    explicit EngineStep(EngineProgram const & program)
+    EngineStep(EngineProgram const & program, Form form)
         : function_(*program.function),
           agent_(makePtr<Agent::AgentContextBase>(program.matchers, nullptr, nullptr)),
-          context_(agent_) {}
+          context_(agent_) {
+        agent_->evaluationObserverIs(form == Form::watchedTree ? &observer_ : nullptr);
+    }
 
     bool operator()(Agent::Route const & route) {
         agent_->routeIs(route);
@@ -26,39 +46,45 @@ private:
     Eval::Function const & function_;
     Ptr<Agent::AgentContextBase> agent_;
     Ptr<Eval::EvalContextBase> context_;
+    NoObserver observer_;
 };
 
-/// Chooses between tree and plan for the whole process before it evaluates; threads that run at the
-/// same time run the same form.
+/// Chooses the form for the whole process before it evaluates; threads that run at the
+/// same time run the same form. The first route after another form waits for its plan.
 class EngineRunner final : public Runner {
 public:
-    EngineRunner(EngineProgram const & program, bool byPlan) : loop_(program), byPlan_(byPlan) {}
+    EngineRunner(EngineProgram const & program, Form form) : loop_(program, form), form_(form) {}
 
     U64 run(Slice const & routes) override {
-        Eval::Plan::enabledIs(byPlan_);
+        chooseForm();
         return loop_.run(routes);
     }
     U64 checksum(Slice const & routes) override {
-        Eval::Plan::enabledIs(byPlan_);
+        chooseForm();
         return loop_.checksum(routes);
     }
 
 private:
+    void chooseForm() const {
+        Eval::Plan::enabledIs(form_ == Form::plan || form_ == Form::countingPlan);
+        Eval::StatementCounts::enabledIs(form_ == Form::countingPlan);
+    }
+
     LoopRunner<EngineStep> loop_;
-    bool byPlan_;
+    Form form_;
 };
 
 class EngineContender final : public Contender {
 public:
-    EngineContender(char const * name, PolicyData const & data, bool byPlan)
-        : Contender(name), byPlan_(byPlan) {
+    EngineContender(char const * name, PolicyData const & data, Form form)
+        : Contender(name), form_(form) {
         for (U32 policy = 0; policy < policyCount; ++policy) {
             programs_.push_back(engineProgram(static_cast<Policy>(policy), data));
         }
     }
 
     std::unique_ptr<Runner> runner(Policy policy) const override {
-        return std::make_unique<EngineRunner>(programs_[static_cast<U8>(policy)], byPlan_);
+        return std::make_unique<EngineRunner>(programs_[static_cast<U8>(policy)], form_);
     }
 
     std::vector<void const *> sharedCounters(Policy policy) const override {
@@ -67,14 +93,18 @@ public:
 
 private:
     std::vector<EngineProgram> programs_;
-    bool byPlan_;
+    Form form_;
 };
 
 } // namespace
 
 void addEngine(Contenders & contenders, PolicyData const & data) {
-    contenders.push_back(std::make_unique<EngineContender>("engine-plan", data, true));
-    contenders.push_back(std::make_unique<EngineContender>("engine-tree", data, false));
+    for (auto const & [name, form] : {std::pair("engine-plan", Form::plan),
+                                      {"engine-counting", Form::countingPlan},
+                                      {"engine-tree", Form::tree},
+                                      {"engine-watched", Form::watchedTree}}) {
+        contenders.push_back(std::make_unique<EngineContender>(name, data, form));
+    }
 }
 
 } // namespace Qcf::Bench

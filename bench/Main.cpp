@@ -50,7 +50,8 @@ are taken within each round. "resident": 2,000 routes that stay in the cache.
   --micro      the hot paths one by one; ARGUMENTS go to Google Benchmark
 
 contenders:   hand-written C++ over the plain structure is the limit, -accessors the limit of the
-              interface; engine-plan and engine-tree; LuaJIT over a C structure (luajit-ffi) and
+              interface; engine-plan and engine-tree, -counting the plan that counts, -watched the
+              tree before an observer that does nothing; LuaJIT over a C structure (luajit-ffi) and
               Lua with methods in C (-api), which follow the policies test by test; -tuned is
               rearranged by hand, -loop has the loop over the routes inside the script
 instructions: per resident route (a quarter of them with --quick), by callgrind of valgrind

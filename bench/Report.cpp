@@ -114,11 +114,12 @@ String reportTable(std::vector<EngineMemory> const & memory) {
         return {};
     }
     String table = "\nMemory in the engine, bytes:\n"
-                   "policy    nodes        tree  by node  plan besides  store entry of a node\n";
+                   "policy    nodes        tree  by node  plan besides  counting  its counters  "
+                   "store entry of a node\n";
     for (EngineMemory const & row : memory) {
-        table += formatted("%-6s  %7llu  %10.0f  %7.1f  %12.0f  %21.1f\n", nameOf(row.policy),
-                           static_cast<unsigned long long>(row.nodes), row.tree, row.perNode,
-                           row.plan, row.perEntry);
+        table += formatted("%-6s  %7llu  %10.0f  %7.1f  %12.0f  %8.0f  %12.0f  %21.1f\n",
+                           nameOf(row.policy), static_cast<unsigned long long>(row.nodes), row.tree,
+                           row.perNode, row.plan, row.counting, row.counters, row.perEntry);
     }
     return table;
 }

@@ -114,6 +114,8 @@ void putMemory(RendererV2 & json, std::vector<EngineMemory> const & memory) {
             put(json, "tree", row.tree);
             put(json, "plan", row.plan);
             put(json, "perNode", row.perNode);
+            put(json, "countingPlan", row.counting);
+            put(json, "counters", row.counters);
             put(json, "perStoreEntry", row.perEntry);
         });
     }
