@@ -1,5 +1,6 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Command/Command.h"
+#include "Command/CounterReport.h"
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
@@ -36,6 +37,7 @@ struct Options {
     bool allowUndefinedLists = false;
     bool once = false;
     U64 wait = 10;
+    U64 counters = 0; ///< seconds; 0 for no counts
     RouteRunOptions run;
 };
 
@@ -166,6 +168,11 @@ bool evaluate(PolicyVersion const & version, Options const & options,
     }
     // Bound anew for each version, since each has slots of its own.
     auto const matchers = Qcf::Lists::bindLists(version.slots(), lists);
+    std::optional<CounterReport> report;
+    if (options.counters != 0) {
+        report.emplace(subject, PtrConst<Function>(function),
+                       std::chrono::seconds(options.counters));
+    }
     runRoutes(options.run, PtrConst<Function>(function),
               [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
     // The next version may be long in coming; what was told about this one is not to wait for it.
@@ -233,6 +240,7 @@ int agent(Options const & options) {
     if (!options.lists.empty()) {
         lists = readListsOf(options.lists);
     }
+    Qcf::Eval::StatementCounts::enabledIs(options.counters != 0);
     // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();
     Following following(redis, options.redis.name);
@@ -262,5 +270,10 @@ void addAgentCommand(Commands & commands) {
     command.add_flag("--once", options->once, "Evaluate with the current version, and end");
     addNumber(command, "--wait", options->wait, "Seconds that --once waits for a version", 0, 86400)
         .default_str("10");
+    addNumber(command, "--counters", options->counters,
+              "Tell every so many seconds, and at the end, how often each statement was entered\n"
+              "and how many routes it decided",
+              1, 86400)
+        .type_name("SECONDS");
     options->run.addTo(command);
 }

@@ -72,6 +72,10 @@ expect 0 "edge version 1, digest $digest" agent "${at[@]}" "${routes[@]}" --once
 [[ $(grep -c '"changes":{"med":1}' "$work/out.txt") == 10 ]] || fail "ten routes with med 1"
 "$QCF_BINARY" eval "$work/1.json" "${routes[@]}" >"$work/eval.jsonl"
 cmp "$work/eval.jsonl" "$work/out.txt" || fail "agent and eval differ"
+# Counts of the statements: ten routes, all decided by the return.
+expect 0 '  10 10 import ' agent "${at[@]}" "${routes[@]}" --once --counters 3600
+grep -qE '^  10 0 import [0-9]+ .*=' "$work/err.txt" || fail "the assignment is not counted"
+cmp "$work/eval.jsonl" "$work/out.txt" || fail "counting changes the results"
 expect 1 'no function none' agent "${at[@]}" --once --function none --routes "$work/routes.jsonl"
 expect 2 '--once' agent "${at[@]}" --function import --routes -
 
