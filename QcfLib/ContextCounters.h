@@ -10,7 +10,7 @@ namespace Qcf::Eval {
 /// What the counting plans that ran on one context have counted: an array of numbers, of which each
 /// counting step has one, by an index that is the same in all contexts.
 ///
-///     counters.reserve(end);  // once a run: room for the plan's indices
+///     counters.reserve(end);  // once for a plan: room for its indices
 ///     counters.count(index);
 ///
 /// Written by the context's thread alone, so that a count is a load and a store and no thread waits
@@ -24,7 +24,8 @@ public:
     /// Hands its counts on, to be added up with those of other contexts.
     ~ContextCounters();
 
-    /// Room for the indices below `end`. Takes a lock, and allocates, when there is none yet.
+    /// Room for the indices below `end`, for whoever counts by them next. Takes a lock, and
+    /// allocates, when there is none yet.
     void reserve(U32 end) {
         if (end > size_) [[unlikely]] {
             grow(end);

@@ -37,8 +37,9 @@ public:
     Plan(Plan const &) = delete;
     Plan & operator=(Plan const &) = delete;
 
-    /// Where a run starts.
+    /// Where a run starts on a context that has met the plan before, and on any.
     PlanStep const & first() const { return *first_; }
+    PlanStep const & entry() const { return *entry_; }
 
     /// Steps that were made, for reports on memory.
     std::size_t stepCount() const;
@@ -65,6 +66,8 @@ private:
 
     U32 epoch_;
     PlanStep const * first_ = nullptr;
+    /// The first, but for a plan that counts: that makes room for its counters before.
+    PlanStep const * entry_ = nullptr;
     std::unique_ptr<CountLayout const> countLayout_;
     std::unique_ptr<PlanSteps const> steps_;
     /// Kept while the function lives, since a thread may be within it and no one counts who is.

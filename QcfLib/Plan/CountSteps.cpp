@@ -18,7 +18,7 @@ PlanStep const * CountedCall::run(PlanRun run) const {
     PlanStep const * end = nullptr;
     {
         CallScope const scope(run.context(), frame);
-        end = &runSteps(&plan.first(), run);
+        end = &runSteps(&plan.entry(), run);
     }
     if (plan.countLayout() != nullptr) [[likely]] {
         return next(static_cast<CountedEnd const &>(*end), run.context().counters());
@@ -143,7 +143,6 @@ private:
 PlanStep const * ObservedBody::run(PlanRun run) const {
     EvalContext & context = run.context();
     ContextCounters & counters = context.counters();
-    counters.reserve(layout_.end());
     counters.count(at(function_, function_).entered);
     Observer observer(*this, counters);
     EvalResult result;

@@ -53,32 +53,48 @@ EvalResult finish(EvalContext & context, EvalResult result) {
     return result.returned();
 }
 
+/// By walk or by plan, on a context that may not have met the plan yet.
+template <typename MeetPlan>
+EvalResult evalEither(Function const & function, Ptr<EvalContextBase> const & context,
+                      MeetPlan const & meetPlan) {
+    auto & c = evalContext(context);
+    if (isLookedOn(context) || !Plan::enabled()) {
+        return finish(c, walkBody(function, context));
+    }
+    Plan const & plan = function.planFor(function);
+    EvalResult const result = runSteps(&plan.entry(), PlanRun(context)).result();
+    meetPlan(plan);
+    return finish(c, result);
+}
+
 /// An evaluation that may be the first one, looked on, refused, or inside a call.
 [[gnu::noinline]] EvalResult evalAtLength(Function const & function,
                                           Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);
     assertWalkable(function);
-    if (c.functionCallDepth() == 0) {
-        if (function.argumentsExpected()) {
-            return refuse(function, context);
+    if (c.functionCallDepth() != 0) {
+        return evalEither(function, context, [](Plan const &) {});
+    }
+    if (function.argumentsExpected()) {
+        return refuse(function, context);
+    }
+    c.evaluatedFunctionIs(function);
+    return evalEither(function, context, [&](Plan const & plan) {
+        // A function that stands in the tree as it is would have taken its place.
+        if (c.isEvaluatedFunction(function)) {
+            c.evaluatedPlanIs(plan);
         }
-        c.evaluatedFunctionIs(function);
-    }
-    if (isLookedOn(context) || !Plan::enabled()) {
-        return finish(c, walkBody(function, context));
-    }
-    Plan const & plan = function.planFor(function);
-    return finish(c, runSteps(&plan.first(), PlanRun(context)).result());
+    });
 }
 
 } // namespace
 
 EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     auto & c = evalContext(context);
-    // An agent's next route by the same function: what there is to find out, is found out.
-    bool const isNext =
-        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isLookedOn(context);
+    // An agent's next route by the same plan: what there is to find out, is found out.
     Plan const * const plan = keptPlan();
+    bool const isNext =
+        c.functionCallDepth() == 0 && c.isEvaluatedPlan(plan) && !isLookedOn(context);
     if (isNext && plan != nullptr && plan->isCurrent()) [[likely]] {
         PlanStep const & end = runSteps(&plan->first(), PlanRun(context));
         if (end.result().isTrue()) {

@@ -50,10 +50,11 @@ Plan::Plan(Function const & function, std::unique_ptr<Plan const> earlier)
         auto layout = std::make_unique<CountLayout>();
         PlanCounting counting(function, *layout, *steps);
         first_ = PlanLowering(function, *steps, &counting).body();
+        entry_ = counting.entry(first_);
         layout->publish();
         countLayout_ = std::move(layout);
     } else {
-        first_ = PlanLowering(function, *steps).body();
+        entry_ = first_ = PlanLowering(function, *steps).body();
     }
     steps_ = std::move(steps);
 }

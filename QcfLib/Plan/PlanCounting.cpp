@@ -54,12 +54,12 @@ PlanCounting::PlanCounting(Function const & function, CountLayout & layout, Plan
 }
 
 PlanStep const * PlanCounting::plan(PlanStep const * first) {
-    if (!fits_) {
-        return observedPlan();
-    }
-    U32 const entered = layout_.bodies.front().entered;
+    return fits_ ? counted(function_, layout_.bodies.front().entered, first) : observedPlan();
+}
+
+PlanStep const * PlanCounting::entry(PlanStep const * first) {
     Expression const * const nodes[] = {&function_};
-    return steps_.add(std::make_unique<EnterStep const>(layout_.end(), entered, first),
+    return steps_.add(std::make_unique<MakeRoomStep const>(layout_.end(), first),
                       PlanSteps::Nodes(nodes));
 }
 

@@ -115,7 +115,8 @@ public:
     explicit PlanInt(Int const & node) : node_(&node), source_(node.source()) {}
 
     /// One subtraction tests both bounds: what lies below the least wraps around to a large number.
-    U64 read(PlanRun run) const {
+    /// Always part of the step: compilers decide by how much else a source holds.
+    [[gnu::always_inline]] U64 read(PlanRun run) const {
         if (source_.input == nullptr) {
             return node_->getVal(run.contextPtr);
         }
@@ -141,7 +142,7 @@ public:
     explicit PlanSet(SetStorage<Set> const & node) : node_(&node), source_(node.source()) {}
 
     /// A set that had to be built for this call is put into `fresh`.
-    Set const * lend(PlanRun run, PtrConst<Set> & fresh) const {
+    [[gnu::always_inline]] Set const * lend(PlanRun run, PtrConst<Set> & fresh) const {
         if (source_.input == nullptr) {
             return node_->lendVal(run.contextPtr, fresh);
         }

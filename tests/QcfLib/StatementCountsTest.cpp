@@ -239,6 +239,39 @@ TEST(StatementCounts, AreGoneWithTheirFunction) {
     }
 }
 
+// Whichever way a context comes to a plan that another one has made: there is room for its
+// counters.
+TEST(StatementCounts, AreTakenByContextsThatMeetAPlanLate) {
+    PlansEnabled const on(true);
+    Expressions many;
+    for (U64 i = 0; i < 100; ++i) {
+        many.push_back(ifElse(medBelow(i), {setMed(i)}));
+    }
+    many.push_back(accepts());
+    CountingObserver observer;
+    std::vector<PtrConst<Function>> functions;
+    for (int way = 0; way < 4; ++way) {
+        auto const f = function(many);
+        auto const context = makePtr<RecordingContext>();
+        evaluate(*f, context, way == 3 ? 0 : 2); // by the ordinary plan
+        Counting const counting;
+        evaluate(*f, makePtr<RecordingContext>(), 5);
+        if (way == 1) {
+            context->evaluationObserverIs(&observer);
+            evaluate(*f, context, 2);
+            context->evaluationObserverIs(nullptr);
+        } else if (way == 2) {
+            context->throwAt = "medInput";
+            EXPECT_THROW(f->eval(context), std::runtime_error);
+            context->throwAt = "";
+        }
+        U64 const before = StatementCounts::now().of(*f)[0].entries;
+        evaluate(*f, context, 7);
+        EXPECT_EQ(StatementCounts::now().of(*f)[0].entries, before + 7) << way;
+        functions.push_back(f); // its counters stay taken
+    }
+}
+
 // The ordinary plan is another one, and has no counting step.
 TEST(StatementCounts, CostNothingWhenNobodyAsks) {
     PlansEnabled const on(true);
