@@ -38,13 +38,8 @@ bool UnknownAnswers::workOut(Expression const & node) {
     if (is<Block>(node) || is<IfExpression>(node)) {
         return true;
     }
-    // Of all that compares or changes only prefix lists do not always answer.
-    for (FieldInfo const & field : node.typeData().fields) {
-        if (field.wanted == wanting(NodeKind::prefixList)) {
-            return true;
-        }
-    }
-    return false;
+    // Other tests know no answer only where a list is bound that has no entries.
+    return is<IpPrefixMatchCoveredPrefixList>(node);
 }
 
 // `and` and `or` make false of unknown. Only when all operands are unknown `??` is.

@@ -4,9 +4,10 @@
 
 namespace Qcf::Watch {
 
-/// Tells which conditions may answer unknown. What it cannot know it takes for possible: that a
-/// condition never is, is certain. What is missing in the lists that happen to be bound is not
-/// looked at.
+/// Tells which conditions may answer unknown, as far as the policy alone says: by an attribute, by
+/// a constant, by the end of a function, by a list that is not in use or of the other family. What
+/// it cannot know it takes for possible. Lists are taken to have entries: without any, every test
+/// of a prefix list is unknown.
 ///
 /// Keeps what it worked out; the nodes must outlive it.
 class UnknownAnswers {

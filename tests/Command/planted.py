@@ -50,10 +50,12 @@ def told(command, folder, name):
     return run.returncode, [line for line in run.stdout.splitlines() if line.startswith(" " * 8)]
 
 
-def leads(findings, line, reader):
+def leads(findings, text, line, reader):
+    reads = reader and re.compile(rf"(?<![\w-])(?:{reader})(?![\w-])")
+    wanted = {line} | {i for i, each in enumerate(text.splitlines(), 1) if reads and reads.search(each)}
     for finding in findings:
         numbers = {int(number) for number in re.findall(r"(?:\bline|->) (\d+)\b", finding)}
-        if line in numbers or (reader and re.search(rf"(?<![\w-]){reader}(?![\w-])", finding)):
+        if numbers & wanted or (reads and reads.search(finding)):
             return True
     return False
 
@@ -71,7 +73,7 @@ def main():
         line = text.count("\n", 0, at) + 1
         path.write_text(text.replace(there, planted, 1))
         code, findings = told(command, folder, name)
-        if code != 1 or not leads(findings, line, reader):
+        if code != 1 or not leads(findings, text, line, reader):
             missed += 1
             print(f"{name}.qcf:{line}: {planted!r} for {there!r}: exit code {code}", *findings, sep="\n")
     print(f"{len(FAULTS) - missed} of {len(FAULTS)} faults are found and led to")
