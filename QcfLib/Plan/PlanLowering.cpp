@@ -1,5 +1,6 @@
 #include "QcfLib/Plan/PlanLowering.h"
 
+#include "QcfLib/Plan/Inlining.h"
 #include "QcfLib/Plan/SetChangeStep.h"
 #include "QcfLib/Plan/TestSteps.h"
 
