@@ -94,12 +94,21 @@ private:
         TraceNode const & condition = *at.children.front();
         ExplanationRow & added = row(at, depth);
         added.result = resultText(condition);
-        added.isTest = isSimple(condition) || isFolded(condition);
+        // What is negated says why; that it is negated stands in the line.
+        TraceNode const * asked = &condition;
+        while (is<NotExpression>(*asked->node) && !asked->children.empty()) {
+            asked = asked->children.front();
+        }
+        added.isTest = isSimple(*asked) || isFolded(*asked);
         if (added.isTest) {
             added.text = options_.withCalls ? lineOf(condition) : added.text;
-            added.values = isFolded(condition) ? foldedText(condition) : valuesText(condition);
+            added.values = isFolded(*asked) ? foldedText(*asked) : valuesText(*asked);
+            noteAbsorbed(added, condition, *asked);
+        } else if (is<LogicalOperatorExpression>(*asked->node)) {
+            noteAbsorbed(added, condition, *asked);
+            eachPart(*asked, depth + 3);
         } else {
-            parts(condition, depth + 3);
+            parts(*asked, depth + 3);
         }
         for (std::size_t i = 1; i < at.children.size(); ++i) {
             TraceNode const & taken = *at.children[i];
@@ -108,6 +117,18 @@ private:
             if (options_.all || options_.withCalls || isChained || isOnPath(taken)) {
                 statements(taken, isChained ? depth : depth + 1);
             }
+        }
+    }
+
+    /// What `if` and `not` around a condition made something else of.
+    static void noteAbsorbed(ExplanationRow & row, TraceNode const & condition,
+                             TraceNode const & asked) {
+        for (TraceNode const * each = asked.parent; each != condition.parent->parent;
+             each = each->parent) {
+            append(row.values, absorbedText(*each));
+        }
+        if (!isSimple(asked)) {
+            append(row.values, absorbedText(asked));
         }
     }
 

@@ -28,6 +28,8 @@ std::vector<ExplanationRow> rowsOf(TraceNode const & root, NodePlaces const & pl
 
 /// What a test read, as its row has it: "3 > 40", "9.9.9.128/25: entry 10 wants length 8..24".
 String valuesText(TraceNode const & at);
+/// "unknown absorbed: attribute bgp.best_path is unknown"; empty where nothing was.
+String absorbedText(TraceNode const & at);
 /// A change: "local_preference 100 -> 200 (clamped)", "community 65000:1 removed".
 String changeText(Change const & change);
 

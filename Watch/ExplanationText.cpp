@@ -28,8 +28,8 @@ char const * verdictText(EvalResult result) {
 void appendVerdict(String & out, ExplainedRoute const & route) {
     Decision const decision = route.watched.decision(route.places);
     EvalResult const result = route.evaluated.result;
-    out +=
-        std::to_string(route.evaluated.number) + "  " + route.evaluated.route.ipPrefix.toString();
+    String const prefix = route.evaluated.route.ipPrefix.toString();
+    out += std::to_string(route.evaluated.number) + "  " + (prefix.empty() ? "-" : prefix);
     out += "  " + String(verdictText(result));
     if (decision.statement != nullptr) {
         String line = route.places.line(*decision.statement, *decision.within);

@@ -17,7 +17,7 @@ struct NodePlace {
     /// Whether it is a line of a text.
     bool isInText() const { return line != 0; }
     /// "FILE:LINE", or "FILE:POINTER".
-    String text() const { return isInText() ? file + ':' + std::to_string(line) : file + pointer; }
+    String text() const { return file + ':' + (isInText() ? std::to_string(line) : pointer); }
 };
 
 /// Tells of the nodes of one program where they were written and how. Whoever has read the program

@@ -31,7 +31,9 @@ void append(String & text, String const & more) {
 String operandsText(TraceNode const & at) {
     std::vector<String> parts;
     for (Operand const & operand : at.operands) {
-        if (!operand.constant) {
+        // A list is told by what it says.
+        bool const isList = operand.node->typeData().isKind(NodeKind::prefixList);
+        if (!operand.constant && !isList) {
             parts.push_back(operandText(operand));
         }
     }
@@ -57,10 +59,12 @@ String valuesText(TraceNode const & at) {
     if (at.children.empty() && joined(at.unknownBecause, ", ") != at.listSays) {
         append(text, joined(at.unknownBecause, ", "));
     }
-    if (!at.absorbed.empty()) {
-        append(text, "unknown absorbed: " + joined(at.absorbed, ", "));
-    }
+    append(text, absorbedText(at));
     return text;
+}
+
+String absorbedText(TraceNode const & at) {
+    return at.absorbed.empty() ? String() : "unknown absorbed: " + joined(at.absorbed, ", ");
 }
 
 namespace {

@@ -13,12 +13,12 @@ function helper(int most) {
   if med > most { return false because med }
   return true
 }
-function import() {
+function take() {
   community remove { 1:1 }
   if not prefix matches SHORT {
     return false because length
   }
-  if helper(10) and bgp.best_path ?? unknown { return true }
+  if helper(10) and ( bgp.best_path ?? unknown ) { return true }
   local_preference += 0
   return helper(50) because second
 }
@@ -29,6 +29,43 @@ constexpr char const * routesText = R"({"prefix": "10.0.0.0/25", "community": ["
 {"prefix": "10.0.0.0/16", "med": 5, "bgp.best_path": "unknown"}
 )";
 
+constexpr char const * explanationText =
+    R"(0  10.0.0.0/25  rejected (false) by p.qcf:9  return false   reason: length
+    8  if not prefix matches SHORT    true      10.0.0.0/25: entry 10 wants length 0..24
+    9    return false because length            <- decides
+  changes made and dropped (rejected): community 1:1 removed
+1  10.0.0.0/24  accepted (true) by p.qcf:4  return true   reason: second
+     8  if not prefix matches SHORT                     false     10.0.0.0/24: permitted by entry 10
+    11  if helper(10) and ( bgp.best_path ?? unknown )  false
+              helper(10)                                false     -> 3 return false because med
+    13  return helper(50) because second
+          helper(50)                                    true
+     3      if med > most                               false     20 > 50
+     4      return true                                           <- decides
+  changes: community {} (no effect), local_preference 100 (no effect)
+2  10.0.0.0/16  rejected (false) by p.qcf:3  return false   reason: med
+     8  if not prefix matches SHORT                     false     10.0.0.0/16: permitted by entry 10
+    11  if helper(10) and ( bgp.best_path ?? unknown )  false
+              helper(10)                                false     -> 3 return false because med
+    13  return helper(50) because second
+          helper(50)                                    false
+     3      if med > most                               true      60 > 50
+     3        return false because med                            <- decides
+  changes made and dropped (rejected): community {} (no effect), local_preference 100 (no effect)
+3  10.0.0.0/16  accepted (true) by p.qcf:4  return true   reason: second
+     8  if not prefix matches SHORT                     false     10.0.0.0/16: permitted by entry 10
+    11  if helper(10) and ( bgp.best_path ?? unknown )  false     unknown absorbed: attribute bgp.best_path is unknown, unknown is written
+              helper(10)                                true      -> 4 return true
+              bgp.best_path ?? unknown                  unknown
+                bgp.best_path                           unknown   unknown; attribute bgp.best_path is unknown
+                unknown                                 unknown   unknown is written
+    13  return helper(50) because second
+          helper(50)                                    true
+     3      if med > most                               false     5 > 50
+     4      return true                                           <- decides
+  changes: community {} (no effect), local_preference 100 (no effect)
+)";
+
 class Explain : public testing::Test {
 protected:
     void SetUp() override {
@@ -37,8 +74,7 @@ protected:
     }
     Outcome run(std::vector<String> more, char const * command = "explain",
                 char const * policy = "p.qcf") const {
-        std::vector<String> arguments{command,  policy,     "--function",
-                                      "import", "--routes", "r.jsonl"};
+        std::vector<String> arguments{command, policy, "--function", "take", "--routes", "r.jsonl"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return workshop.run(arguments);
     }
@@ -50,7 +86,7 @@ TEST_F(Explain, TellsTheDecidingLineAndWhatLedThere) {
     Outcome const outcome = run({});
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.out, explanationText);
 }
 
 TEST_F(Explain, SelectsRoutes) {
@@ -80,7 +116,20 @@ TEST_F(Explain, SelectsRoutes) {
 TEST_F(Explain, JsonHasTheWholeTree) {
     auto const lines = linesOf(run({"--format", "json"}).out);
     ASSERT_EQ(lines.size(), 4U);
-    EXPECT_EQ(lines[0], "");
+    for (
+        char const * const part :
+        {R"({"route":0,"prefix":"10.0.0.0/25","verdict":"false","termination":"noTermination",)"
+         R"("decidedBy":{"file":"p.qcf","line":9,"column":5,"reason":"length"},"tree":[{"key":)",
+         R"("at":["p.qcf",7,3],"text":"community remove { 1:1 }","result":"true",)"
+         R"("termination":"noTermination","operands":[)"
+         R"({"text":"community","type":"int_set","value":"{ 1:1 }","given":true},)"
+         R"({"text":"{ 1:1 }","type":"int_set","value":"{ 1:1 }","given":true}],)"
+         R"("before":"{ 1:1 }","after":"{}","clamped":false,"unknownBecause":[],"children":[]})",
+         R"("list":"entry 10 wants length 0..24","unknownBecause":[],"children":[]})",
+         R"("changes":{},"dropped":[{"attribute":"community","before":"{ 1:1 }","after":"{}"}]})"}) {
+        EXPECT_THAT(lines[0], HasSubstr(part));
+    }
+    EXPECT_THAT(lines[1], HasSubstr(R"({"text":"med","type":"int","value":"20","given":true})"));
     EXPECT_THAT(lines[1], HasSubstr(R"("decidedBy":{"file":"p.qcf","line":4,"column":3,)"
                                     R"("reason":"second"})"));
     EXPECT_THAT(lines[2], HasSubstr(R"("decidedBy":{"file":"p.qcf","line":3,"column":19,)"
@@ -104,7 +153,11 @@ TEST_F(Explain, DocumentsHavePointersOrTheLinesOfTheirMap) {
         options.insert(options.end(), more.begin(), more.end());
         return run(options, "explain", "p.json").out;
     };
-    EXPECT_EQ(explained({}), "");
+    EXPECT_EQ(explained({}), R"(0  10.0.0.0/25  rejected (false) by p.json:/nodes/25  return false
+    /nodes/28  if not prefix matches v4 SHORT  true      10.0.0.0/25: entry 10 wants length 0..24
+    /nodes/25    return false                            <- decides
+  changes made and dropped (rejected): community 1:1 removed
+)");
     EXPECT_EQ(explained({"--map", "p.map"}), run({"--route", "0"}).out);
 }
 
@@ -119,13 +172,13 @@ TEST_F(Explain, EvalTellsWhyInItsLines) {
     EXPECT_EQ(run({"--output", "jsonl", "--why", "--threads", "2"}, "eval").out,
               run({"--output", "jsonl", "--why"}, "eval").out);
     EXPECT_THAT(run({"--why"}, "eval").out, HasSubstr(" p.qcf:9 length"));
-    workshop.write("end.qcf", "function import() { med = 5 }");
+    workshop.write("end.qcf", "function take() { med = 5 }");
     EXPECT_THAT(run({"--output", "jsonl", "--why"}, "eval", "end.qcf").out,
                 HasSubstr(R"("changes":{},"decidedBy":null})"));
 }
 
 TEST_F(Explain, AFunctionThatWantsArgumentsIsToldSo) {
-    workshop.write("a.qcf", "function import(int most) { return med < most }");
+    workshop.write("a.qcf", "function take(int most) { return med < most }");
     Outcome const outcome = run({"--route", "0"}, "explain", "a.qcf");
     EXPECT_THAT(outcome.out, HasSubstr("rejected (false) because the function expects arguments"));
 }
