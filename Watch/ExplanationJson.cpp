@@ -39,7 +39,7 @@ private:
         if (at.thrown) {
             member("thrown", true);
         }
-        operands(at.operands);
+        operands(at);
         change(at.change);
         if (!at.listSays.empty()) {
             member("list", at.listSays);
@@ -72,12 +72,12 @@ private:
         member("text", at.within == nullptr ? String() : places_.line(*at.node, *at.within));
     }
 
-    void operands(std::vector<Operand> const & operands) {
+    void operands(TraceNode const & at) {
         renderer_.key("operands");
         renderer_.beginArray();
-        for (Operand const & operand : operands) {
+        for (Operand const & operand : at.operands) {
             renderer_.beginObject();
-            member("text", textOf(operand));
+            member("text", textOf(operand, at));
             member("type", operand.type);
             member("value", operand.value);
             member("given", operand.given);
@@ -86,11 +86,12 @@ private:
         renderer_.endArray();
     }
 
-    static String textOf(Operand const & operand) {
+    // Attributes and constants are the same everywhere.
+    String textOf(Operand const & operand, TraceNode const & at) const {
         auto const * const attribute = operand.node->typeData().attribute;
-        return attribute != nullptr ? attribute->languageName
-               : operand.constant   ? operand.value
-                                    : static_cast<StorageType const &>(*operand.node).toStrep();
+        return attribute != nullptr                       ? attribute->languageName
+               : operand.constant || at.within == nullptr ? operand.value
+                                                          : places_.line(*operand.node, *at.within);
     }
 
     // Members of every node, so that a reader need not ask what kind it is.
