@@ -10,7 +10,7 @@ namespace Qcf::Eval {
 /// What the counting plans that ran on one context have counted: an array of numbers, of which each
 /// counting step has one, by an index that is the same in all contexts.
 ///
-///     counters.reserve(end);  // once for a plan: room for its indices
+///     counters.reserve(end);  // before a plan runs: room for its indices
 ///     counters.count(index);
 ///
 /// Written by the context's thread alone, so that a count is a load and a store and no thread waits
@@ -24,10 +24,11 @@ public:
     /// Hands its counts on, to be added up with those of other contexts.
     ~ContextCounters();
 
+    bool hasRoom(U32 end) const { return end <= size_; }
     /// Room for the indices below `end`, for whoever counts by them next. Takes a lock, and
     /// allocates, when there is none yet.
     void reserve(U32 end) {
-        if (end > size_) [[unlikely]] {
+        if (!hasRoom(end)) [[unlikely]] {
             grow(end);
         }
     }

@@ -37,9 +37,13 @@ public:
     Plan(Plan const &) = delete;
     Plan & operator=(Plan const &) = delete;
 
-    /// Where a run starts on a context that has met the plan before, and on any.
+    /// Where a run starts.
     PlanStep const & first() const { return *first_; }
+    /// The same, but for a plan that counts: there the evaluation is counted before, by an index in
+    /// the context's counters, which need room.
     PlanStep const & entry() const { return *entry_; }
+    U32 entered() const { return entered_; }
+    U32 countersEnd() const { return countersEnd_; }
 
     /// Steps that were made, for reports on memory.
     std::size_t stepCount() const;
@@ -59,14 +63,19 @@ public:
     static void enabledIs(bool enabled) { PlanEpoch::enabledIs(enabled); }
 
     /// Whether it is to be run: plans are switched on, and it has the present constants in place.
-    bool isCurrent() const { return epoch_ == PlanEpoch::current(); }
+    /// Plans that count are asked for apart, so that it is one comparison for the others.
+    bool isCurrent() const { return runEpoch_ == PlanEpoch::current(); }
+    /// Of a plan that is not: whether it is one that counts, and to be run.
+    bool isCurrentCounting() const { return epoch_ == PlanEpoch::current(); }
 
 private:
     friend class KeptPlan;
 
     U32 epoch_;
+    U32 runEpoch_; ///< that, or `never` when it counts
+    U32 entered_ = 0;
+    U32 countersEnd_ = 0;
     PlanStep const * first_ = nullptr;
-    /// The first, but for a plan that counts: that makes room for its counters before.
     PlanStep const * entry_ = nullptr;
     std::unique_ptr<CountLayout const> countLayout_;
     std::unique_ptr<PlanSteps const> steps_;

@@ -14,6 +14,8 @@ class PlanEpoch {
 public:
     /// Number of no epoch: epochs begin at 2.
     static constexpr U32 off = 0;
+    /// Number of no epoch and of no switch: nothing is of it.
+    static constexpr U32 never = 1;
 
     /// `off`, or the number of the epoch.
     ///

@@ -7,7 +7,6 @@
 namespace Qcf::Eval {
 
 class Function;
-class Plan;
 
 /// The context that an agent derives from.
 ///
@@ -169,14 +168,10 @@ public:
         }
     }
     /// Whether it is the one that was evaluated last.
+    /// Then everything that a first evaluation has to see to was seen to.
     bool isEvaluatedFunction(Function const & function) const {
         return &function == currentFunction_;
     }
-    /// Whether that one was evaluated by this plan, which is not null.
-    /// Then everything that a first evaluation has to see to was seen to.
-    bool isEvaluatedPlan(Plan const * plan) const { return plan == currentPlan_; }
-    /// Of the function that was evaluated last, which keeps it.
-    void evaluatedPlanIs(Plan const & plan) { currentPlan_ = &plan; }
 
     /// What `vrfId` answers outside any VRF.
     static constexpr U32 noVrf = 0xffffff;
@@ -218,8 +213,6 @@ private:
     bool nextHopSetToSelf_ = false;
     /// The last of those that are kept; null while one is put in.
     Function const * currentFunction_ = nullptr;
-    /// Its plan, if it was evaluated by one.
-    Plan const * currentPlan_ = nullptr;
     /// More than one only where several were evaluated without a reset.
     boost::container::small_vector<PtrConst<Function>, 2> evaluatedFunctions_;
     /// One for each type of values, since an operation needs one at most.

@@ -3,7 +3,7 @@
 #include "QcfLib/QcfEval.h"
 #include "Text/Compiler.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace Qcf::Text {
 
@@ -15,7 +15,13 @@ namespace {
 class TestFunctionMaker {
 public:
     explicit TestFunctionMaker(std::vector<FunctionDeclaration> & functions)
-        : functions_(functions) {}
+        : functions_(functions) {
+        for (FunctionDeclaration const & function : functions) {
+            if (function.takesAnything || !function.parameters.empty()) {
+                takingArguments_.insert(function.name);
+            }
+        }
+    }
 
     /// Nobody calls what is made here, so that names need not be free.
     void add(TestDeclaration const & test) {
@@ -34,10 +40,7 @@ public:
 
     // Also where none is written: such a function answers nothing but to a call.
     bool hasArguments(TestDeclaration const & test) const {
-        auto const function =
-            std::ranges::find(functions_, test.call.name, &FunctionDeclaration::name);
-        return !test.call.arguments.empty() || function->takesAnything ||
-               !function->parameters.empty();
+        return !test.call.arguments.empty() || takingArguments_.contains(test.call.name);
     }
 
 private:
@@ -62,6 +65,7 @@ private:
 
     DraftTree tree_;
     std::vector<FunctionDeclaration> & functions_;
+    std::unordered_set<String> takingArguments_;
 };
 
 } // namespace

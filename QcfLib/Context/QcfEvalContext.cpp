@@ -40,7 +40,6 @@ void EvalContext::clearFrame() { stackFrameDataFromPOA_ = StackFrameData_(); }
 
 void EvalContext::keepFunction(Function const & function) {
     currentFunction_ = nullptr; // for as long as it is not kept
-    currentPlan_ = nullptr;
     // Attributes stored by an earlier function stay until the reset, and so does that function.
     if (modifiedFlags() == 0) {
         evaluatedFunctions_.clear();

@@ -77,6 +77,10 @@ public:
     /// A counter of this plan.
     U32 take();
     DeciderCounters takeDecider() { return {take(), take()}; }
+    /// The counter of the plan's evaluations.
+    U32 entered() const {
+        return bodies.empty() ? observed.front().entered : bodies.front().entered;
+    }
     /// Behind the largest index that was taken.
     U32 end() const { return end_; }
     std::size_t counterCount() const { return taken_.size(); }

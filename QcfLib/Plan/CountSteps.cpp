@@ -116,7 +116,7 @@ private:
 
 ObservedBody::ObservedBody(Function const & function, CountLayout const & layout,
                            Ends const & byStatement, Ends const & byNone)
-    : function_(function), layout_(layout), byStatement_(byStatement), byNone_(byNone) {
+    : function_(function), byStatement_(byStatement), byNone_(byNone) {
     for (ObservedNode const & node : layout.observed) {
         places_.emplace(Place(node.function, node.node), &node);
     }
@@ -143,7 +143,6 @@ private:
 PlanStep const * ObservedBody::run(PlanRun run) const {
     EvalContext & context = run.context();
     ContextCounters & counters = context.counters();
-    counters.count(at(function_, function_).entered);
     Observer observer(*this, counters);
     EvalResult result;
     {

@@ -14,13 +14,14 @@ template <typename T>
 using ByValue = std::array<T, 3>;
 constexpr std::size_t indexOf(TriStateBoolValue value) { return static_cast<std::size_t>(value); }
 
-/// One more has come along here.
+/// One more has come along here. It hands on to the step behind it: a small plan feels each turn of
+/// the loop of a run.
 class CountStep final : public PlanStep {
 public:
     CountStep(U32 counter, PlanStep const * next) : counter_(counter), next_(next) {}
     PlanStep const * run(PlanRun run) const override {
         run.context().counters().count(counter_);
-        return next_;
+        return next_->run(run);
     }
     StepText describe() const override { return {"count", "", {{"then", next_}}}; }
 
@@ -29,19 +30,36 @@ private:
     PlanStep const * next_;
 };
 
-/// A context that meets the plan gets room for its counters. Before the first step, so that routes
-/// that follow one another need not ask.
-class MakeRoomStep final : public PlanStep {
+/// The same before an end, which does nothing.
+class CountAtEndStep final : public PlanStep {
 public:
-    MakeRoomStep(U32 end, PlanStep const * next) : end_(end), next_(next) {}
+    CountAtEndStep(U32 counter, PlanStep const * end) : counter_(counter), end_(end) {}
+    PlanStep const * run(PlanRun run) const override {
+        run.context().counters().count(counter_);
+        return end_;
+    }
+    StepText describe() const override { return {"count", "", {{"then", end_}}}; }
+
+private:
+    U32 counter_;
+    PlanStep const * end_;
+};
+
+/// An evaluation begins, on a context that may not have room for the plan's counters yet.
+class EnterStep final : public PlanStep {
+public:
+    EnterStep(U32 end, U32 counter, PlanStep const * next)
+        : end_(end), counter_(counter), next_(next) {}
     PlanStep const * run(PlanRun run) const override {
         run.context().counters().reserve(end_);
+        run.context().counters().count(counter_);
         return next_;
     }
-    StepText describe() const override { return {"make room", "", {{"then", next_}}}; }
+    StepText describe() const override { return {"count evaluations", "", {{"then", next_}}}; }
 
 private:
     U32 end_;
+    U32 counter_;
     PlanStep const * next_;
 };
 
@@ -121,7 +139,6 @@ private:
     }
 
     Function const & function_;
-    CountLayout const & layout_;
     Ends byStatement_;
     Ends byNone_;
     std::unordered_map<Place, ObservedNode const *, PlaceHash> places_;

@@ -53,18 +53,15 @@ EvalResult finish(EvalContext & context, EvalResult result) {
     return result.returned();
 }
 
-/// By walk or by plan, on a context that may not have met the plan yet.
-template <typename MeetPlan>
-EvalResult evalEither(Function const & function, Ptr<EvalContextBase> const & context,
-                      MeetPlan const & meetPlan) {
-    auto & c = evalContext(context);
-    if (isLookedOn(context) || !Plan::enabled()) {
-        return finish(c, walkBody(function, context));
+/// Counts the next route of a plan that counts; false for any other plan. It is not made a step:
+/// the smallest plan takes little more time than that would.
+bool countsNext(Plan const & plan, EvalContext & c) {
+    ContextCounters & counters = c.counters();
+    if (!plan.isCurrentCounting() || !counters.hasRoom(plan.countersEnd())) {
+        return false;
     }
-    Plan const & plan = function.planFor(function);
-    EvalResult const result = runSteps(&plan.entry(), PlanRun(context)).result();
-    meetPlan(plan);
-    return finish(c, result);
+    counters.count(plan.entered());
+    return true;
 }
 
 /// An evaluation that may be the first one, looked on, refused, or inside a call.
@@ -72,30 +69,28 @@ EvalResult evalEither(Function const & function, Ptr<EvalContextBase> const & co
                                           Ptr<EvalContextBase> const & context) {
     auto & c = evalContext(context);
     assertWalkable(function);
-    if (c.functionCallDepth() != 0) {
-        return evalEither(function, context, [](Plan const &) {});
-    }
-    if (function.argumentsExpected()) {
-        return refuse(function, context);
-    }
-    c.evaluatedFunctionIs(function);
-    return evalEither(function, context, [&](Plan const & plan) {
-        // A function that stands in the tree as it is would have taken its place.
-        if (c.isEvaluatedFunction(function)) {
-            c.evaluatedPlanIs(plan);
+    if (c.functionCallDepth() == 0) {
+        if (function.argumentsExpected()) {
+            return refuse(function, context);
         }
-    });
+        c.evaluatedFunctionIs(function);
+    }
+    if (isLookedOn(context) || !Plan::enabled()) {
+        return finish(c, walkBody(function, context));
+    }
+    Plan const & plan = function.planFor(function);
+    return finish(c, runSteps(&plan.entry(), PlanRun(context)).result());
 }
 
 } // namespace
 
 EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
     auto & c = evalContext(context);
-    // An agent's next route by the same plan: what there is to find out, is found out.
-    Plan const * const plan = keptPlan();
+    // An agent's next route by the same function: what there is to find out, is found out.
     bool const isNext =
-        c.functionCallDepth() == 0 && c.isEvaluatedPlan(plan) && !isLookedOn(context);
-    if (isNext && plan != nullptr && plan->isCurrent()) [[likely]] {
+        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isLookedOn(context);
+    Plan const * const plan = keptPlan();
+    if (isNext && plan != nullptr && (plan->isCurrent() || countsNext(*plan, c))) [[likely]] {
         PlanStep const & end = runSteps(&plan->first(), PlanRun(context));
         if (end.result().isTrue()) {
             c.flushModifiedAttributes();

@@ -44,13 +44,17 @@ PlanStep const * endOfRun(EvalResult result) {
 
 // The epoch is asked before any constant is.
 Plan::Plan(Function const & function, std::unique_ptr<Plan const> earlier)
-    : epoch_(PlanEpoch::number()), earlier_(std::move(earlier)) {
+    : epoch_(PlanEpoch::number()),
+      runEpoch_(PlanEpoch::counts(epoch_) ? PlanEpoch::never : epoch_),
+      earlier_(std::move(earlier)) {
     auto steps = std::make_unique<PlanSteps>();
     if (PlanEpoch::counts(epoch_)) {
         auto layout = std::make_unique<CountLayout>();
         PlanCounting counting(function, *layout, *steps);
         first_ = PlanLowering(function, *steps, &counting).body();
         entry_ = counting.entry(first_);
+        entered_ = layout->entered();
+        countersEnd_ = layout->end();
         layout->publish();
         countLayout_ = std::move(layout);
     } else {

@@ -54,13 +54,13 @@ PlanCounting::PlanCounting(Function const & function, CountLayout & layout, Plan
 }
 
 PlanStep const * PlanCounting::plan(PlanStep const * first) {
-    return fits_ ? counted(function_, layout_.bodies.front().entered, first) : observedPlan();
+    return fits_ ? first : observedPlan();
 }
 
 PlanStep const * PlanCounting::entry(PlanStep const * first) {
     Expression const * const nodes[] = {&function_};
-    return steps_.add(std::make_unique<MakeRoomStep const>(layout_.end(), first),
-                      PlanSteps::Nodes(nodes));
+    auto step = std::make_unique<EnterStep const>(layout_.end(), layout_.entered(), first);
+    return steps_.add(std::move(step), PlanSteps::Nodes(nodes));
 }
 
 PlanStep const * PlanCounting::observedPlan() {
@@ -107,7 +107,11 @@ PlanStep const * PlanCounting::end(EvalResult result, CountedEnd::By by,
 PlanStep const * PlanCounting::counted(Expression const & node, U32 counter,
                                        PlanStep const * next) {
     Expression const * const nodes[] = {&node};
-    return steps_.add(std::make_unique<CountStep const>(counter, next), PlanSteps::Nodes(nodes));
+    auto step =
+        next->isEnd()
+            ? std::unique_ptr<PlanStep const>(std::make_unique<CountAtEndStep const>(counter, next))
+            : std::make_unique<CountStep const>(counter, next);
+    return steps_.add(std::move(step), PlanSteps::Nodes(nodes));
 }
 
 PlanStep const * PlanCounting::taken(CountedLink & link, PlanStep const * block) {

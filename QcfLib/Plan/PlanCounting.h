@@ -21,10 +21,10 @@ public:
 
     /// Where a body ends that does not leave.
     PlanStep const * functionEnd() { return end({}, CountedEnd::By::functionEnd, ended_); }
-    /// Counts before the whole plan. Where some part cannot be counted by steps, the function is
+    /// The whole plan. Where some part cannot be counted by steps, the function is
     /// walked.
     PlanStep const * plan(PlanStep const * first);
-    /// Before that, where a context may not have room for the counters yet.
+    /// Counts the evaluation before that, on a context that may not have room for the counters yet.
     PlanStep const * entry(PlanStep const * first);
 
     /// Notes the statements that `lower` makes. It answers the first step.

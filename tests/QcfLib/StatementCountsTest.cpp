@@ -261,6 +261,7 @@ TEST(StatementCounts, AreTakenByContextsThatMeetAPlanLate) {
             evaluate(*f, context, 2);
             context->evaluationObserverIs(nullptr);
         } else if (way == 2) {
+            context->reset();
             context->throwAt = "medInput";
             EXPECT_THROW(f->eval(context), std::runtime_error);
             context->throwAt = "";
