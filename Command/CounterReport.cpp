@@ -1,7 +1,11 @@
 #include "Command/CounterReport.h"
 
 #include "Command/Readiness.h"
+#include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeWalk.h"
+#include "Text/NodeText.h"
+
+#include <algorithm>
 
 /// Nodes of a published store stand in no file: function and key are what can be looked up, the
 /// text is what a reader recognises.
@@ -9,27 +13,26 @@ namespace {
 
 using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): nodes and their counts
 
+constexpr std::size_t longestName = 200;
+
 struct Line {
     Function const * function;
     StatementCount count;
 };
 
-/// The first line of a node's text, as far as it tells one statement from another.
-String shortText(Expression const & node) {
-    if (auto const * const function = as<Function>(node)) {
-        return "function " + function->funcName();
-    }
-    constexpr std::size_t longest = 60;
-    auto const out = makePtr<DumpContext>();
-    node.dumpState(out, 0);
-    String text = out->text().substr(0, out->text().find('\n'));
-    if (text.size() > longest) {
-        text.replace(longest - 3, String::npos, "...");
+} // namespace
+
+// Statements do not change while they count, and a report comes again and again.
+String const & CounterReport::textOf(Expression const & node, Function const & within) {
+    String & text = texts_[&node];
+    if (text.empty()) {
+        constexpr std::size_t longest = 60;
+        text = is<Function>(node) ? "function " + within.funcName()
+                                  : Qcf::Text::printNode(node, &within);
+        text = oneLine(text.substr(0, text.find('\n')), longest);
     }
     return text;
 }
-
-} // namespace
 
 CounterReport::CounterReport(String subject, PtrConst<Function> function,
                              std::chrono::seconds interval)
@@ -62,7 +65,7 @@ void CounterReport::run(std::stop_token const & stop, std::chrono::seconds inter
     }
 }
 
-String CounterReport::text() const {
+String CounterReport::text() {
     auto const counts = StatementCounts::now();
     std::vector<Line> lines;
     for (auto const & function : functions_) {
@@ -79,8 +82,9 @@ String CounterReport::text() const {
     String text = subject_ + ": entries, verdicts, function, key, statement\n";
     for (auto const & [function, count] : lines) {
         text += "  " + std::to_string(count.entries) + ' ' + std::to_string(count.verdicts) + ' ' +
-                function->funcName() + ' ' + std::to_string(count.node->aetNodeKey()) + ' ' +
-                shortText(*count.node) + '\n';
+                oneLine(function->funcName(), longestName) + ' ' +
+                std::to_string(count.node->aetNodeKey()) + ' ' + textOf(*count.node, *function) +
+                '\n';
     }
     return text;
 }

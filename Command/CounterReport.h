@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <unordered_map>
 
 /// Tells on standard error what the statements of a function, and of all that it calls, have
 /// counted: at an interval while it lives, by a thread of its own, and once more at the end.
@@ -26,10 +27,12 @@ public:
 
 private:
     void run(std::stop_token const & stop, std::chrono::seconds interval);
-    String text() const;
+    String text();
+    String const & textOf(Qcf::Eval::Expression const & node, Qcf::Eval::Function const & within);
 
     String subject_;
     std::vector<PtrConst<Qcf::Eval::Function>> functions_;
+    std::unordered_map<Qcf::Eval::Expression const *, String> texts_;
     std::mutex mutex_;
     std::condition_variable_any ends_;
     // The last member, so that it starts when all else is there.
