@@ -27,21 +27,14 @@ char const * codeOf(Colour colour) {
     return "";
 }
 
-/// In a message a place stands before these.
-struct Marked {
-    std::string_view word;
-    Colour colour;
-};
-constexpr Marked markedWords[] = {{": error: ", Colour::bad}, {": warning: ", Colour::notice}};
-
-/// The line, with the word that comes first in it in colour.
-void appendMessage(String & out, std::string_view line, int stream) {
-    for (Marked const & marked : markedWords) {
-        std::size_t const at = line.find(marked.word);
+void appendLine(String & out, std::string_view line, std::span<MarkedWord const> words,
+                int stream) {
+    for (MarkedWord const & marked : words) {
+        std::size_t const at = line.find(String(marked.before) + String(marked.word));
         if (at != std::string_view::npos) {
-            out += line.substr(0, at + 2);
-            out += coloured(marked.word.substr(2), marked.colour, stream);
-            line.remove_prefix(at + marked.word.size());
+            out += line.substr(0, at + marked.before.size());
+            out += coloured(marked.word, marked.colour, stream);
+            line.remove_prefix(at + marked.before.size() + marked.word.size());
             break;
         }
     }
@@ -60,7 +53,7 @@ String coloured(std::string_view text, Colour colour, int stream) {
     return showsColours(stream) ? codeOf(colour) + String(text) + "\033[0m" : String(text);
 }
 
-String colouredMessages(String text, int stream) {
+String colouredWords(String text, std::span<MarkedWord const> words, int stream) {
     if (!showsColours(stream)) {
         return text;
     }
@@ -69,8 +62,15 @@ String colouredMessages(String text, int stream) {
     while (!rest.empty()) {
         std::size_t const end = rest.find('\n');
         std::size_t const length = end == std::string_view::npos ? rest.size() : end + 1;
-        appendMessage(out, rest.substr(0, length), stream);
+        appendLine(out, rest.substr(0, length), words, stream);
         rest.remove_prefix(length);
     }
     return out;
+}
+
+String colouredMessages(String text, int stream) {
+    // In a message a place stands before these.
+    constexpr MarkedWord words[] = {{": ", "error: ", Colour::bad},
+                                    {": ", "warning: ", Colour::notice}};
+    return colouredWords(std::move(text), words, stream);
 }

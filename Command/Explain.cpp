@@ -1,5 +1,6 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Agent/Tables/RouteFile.h"
+#include "Command/Colours.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyPlaces.h"
@@ -12,6 +13,8 @@
 
 #include <algorithm>
 #include <unordered_map>
+
+#include <unistd.h>
 
 /// Each thread has a context that is watched; its sink makes text of what was seen before the
 /// context gets the next route.
@@ -77,11 +80,19 @@ public:
     void deliver() override {
         run_.routes += std::exchange(routes_, 0);
         run_.progress.done(run_.routes);
-        standardOutput().write(text_);
+        standardOutput().write(run_.options.format == "json" ? text_ : shown(text_));
         text_.clear();
     }
 
 private:
+    static String shown(String const & text) {
+        constexpr MarkedWord words[] = {{"  ", "accepted (true)", Colour::good},
+                                        {"  ", "rejected (false)", Colour::bad},
+                                        {"  ", "rejected (unknown)", Colour::bad},
+                                        {" ", "<- decides", Colour::notice}};
+        return colouredWords(text, words, STDOUT_FILENO);
+    }
+
     Run & run_;
     String text_;
     RendererV2 renderer_;

@@ -1,6 +1,8 @@
+#include "Command/Colours.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
+#include "Command/Progress.h"
 #include "Command/Readiness.h"
 #include "Lists/ListRecord.h"
 #include "Lists/Pattern.h"
@@ -12,6 +14,8 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+
+#include <unistd.h>
 
 /// Runs the tests that stand in policy texts. A text with errors, or one that cannot be read, is
 /// told and keeps no other from being tested.
@@ -40,6 +44,8 @@ struct Run {
     PtrConst<Qcf::Lists::NamedLists> lists;
     Watch::Coverage coverage = {};
     std::vector<Watch::FileResults> results = {};
+    Progress progress{"tests"};
+    U64 done = 0;
 };
 
 /// The texts below a folder, in the order of their names.
@@ -80,6 +86,7 @@ void runTests(Run & run, PolicyFile const & policy, Watch::FileResults & results
     for (std::size_t i = 0; i < tests.size(); ++i) {
         if (!run.only || run.only->foundIn(tests.title(i))) {
             results.tests.push_back(tests.run(i));
+            run.progress.done(++run.done);
         }
     }
     if (run.options.wantsCoverage()) {
@@ -100,7 +107,8 @@ void runFile(Run & run, String const & file) {
         tellLine(results.error);
     }
     if (run.options.format == "text" && (!results.tests.empty() || !results.error.empty())) {
-        standardOutput().write(resultsText(results));
+        constexpr MarkedWord words[] = {{"  ", "ok", Colour::good}, {"  ", "FAIL", Colour::bad}};
+        standardOutput().write(colouredWords(resultsText(results), words, STDOUT_FILENO));
     }
     run.results.push_back(std::move(results));
 }
