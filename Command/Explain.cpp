@@ -88,7 +88,7 @@ private:
     static String shown(String const & text) {
         constexpr MarkedWord words[] = {{"  ", "accepted (true)", Colour::good},
                                         {"  ", "rejected (false)", Colour::bad},
-                                        {"  ", "rejected (unknown)", Colour::bad},
+                                        {"  ", "undecided (unknown)", Colour::notice},
                                         {" ", "<- decides", Colour::notice}};
         return colouredWords(text, words, STDOUT_FILENO);
     }

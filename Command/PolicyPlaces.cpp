@@ -96,7 +96,23 @@ String PolicyPlaces::foundLine(AetNodeBase const & node, Function const & within
         return "if " + foundLine(*branch->condition(), within);
     }
     String const source = sourceOf(node);
-    return source.empty() ? firstLine(Qcf::Text::printNode(node, &within)) : source;
+    return source.empty() || isNegatedInPlace(node, source)
+               ? firstLine(Qcf::Text::printNode(node, &within))
+               : source;
+}
+
+// The test inside `x is not 5` stands where the `not` does, and says the opposite.
+bool PolicyPlaces::isNegatedInPlace(AetNodeBase const & node, String const & source) const {
+    auto const isSame = [](Qcf::Text::LinePlace const & a, Qcf::Text::LinePlace const & b) {
+        return a.line == b.line && a.column == b.column;
+    };
+    if (source.find(" not ") == String::npos || Qcf::Watch::leavesFunction(node)) {
+        return false;
+    }
+    MappedPlace const * const at = policy_->mappedPlace(node);
+    MappedPlace const * const around = policy_->map().find(node.aetNodeKey() + 1);
+    return at != nullptr && around != nullptr && isSame(at->begin, around->begin) &&
+           isSame(at->end, around->end);
 }
 
 String PolicyPlaces::sourceOf(AetNodeBase const & node) const {

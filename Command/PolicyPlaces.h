@@ -31,6 +31,7 @@ private:
     Qcf::Watch::NodePlace found(Qcf::Eval::AetNodeBase const & node,
                                 Qcf::Eval::Function const & within) const;
     String foundLine(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within) const;
+    bool isNegatedInPlace(Qcf::Eval::AetNodeBase const & node, String const & source) const;
     /// The first line of the node's text; empty where no text is known.
     String sourceOf(Qcf::Eval::AetNodeBase const & node) const;
     String mappedLine(Qcf::Text::MappedPlace const & place) const;

@@ -33,6 +33,7 @@ ListExplanation PrefixListTrie::explain(IpGenPrefix const & candidate) const {
     }
     Lengths const * decides = nullptr;
     Lengths const * nearest = nullptr;
+    bool isAround = false;
     U32 const length = candidate.len();
     auto const distance = [&](Lengths const & entry) {
         return distanceTo(length, entry.least, entry.most);
@@ -43,9 +44,10 @@ ListExplanation PrefixListTrie::explain(IpGenPrefix const & candidate) const {
             if (distance(entry) == 0 && (decides == nullptr || entry.seq < decides->seq)) {
                 decides = &entry;
             }
-            if (nearest == nullptr || distance(entry) < distance(*nearest)) {
-                nearest = &entry;
-            }
+            // Who comes closer to what is denied is not helped.
+            bool const isNearer = nearest == nullptr || distance(entry) < distance(*nearest);
+            nearest = entry.permits && isNearer ? &entry : nearest;
+            isAround = true;
         }
     }
     if (decides != nullptr) {
@@ -57,7 +59,7 @@ ListExplanation PrefixListTrie::explain(IpGenPrefix const & candidate) const {
                 "entry " + std::to_string(nearest->seq) + " wants " +
                     lengthsText(nearest->least, nearest->most)};
     }
-    return {false, {}, "none of its entries is around it"};
+    return {false, {}, isAround ? "no entry permits it" : "none of its entries is around it"};
 }
 
 ListExplanation AsPathList::explain(std::string_view pathText, U64 origin) const {
@@ -174,10 +176,11 @@ RoaExplanation RoaTable::explain(IpGenPrefix const & prefix, U32 originAs) const
             }
             // What only a longest length stands against is nearest.
             if (isOrigin || why.validity == OriginValidity::notFound) {
+                String const other = origin.asn == 0 ? " permits no origin" : " is another origin";
                 why = {OriginValidity::invalid,
                        "invalid: " + as +
                            (isOrigin ? " wants length at most " + std::to_string(origin.maxLength)
-                                     : String(" is the origin"))};
+                                     : other)};
             }
         }
     }

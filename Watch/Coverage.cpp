@@ -104,6 +104,8 @@ void Coverage::add(NodeNumbers const & numbers, std::vector<NodeCounts> const & 
                 roles.isCondition(i) && unknown.mayBe(*node),
                 counts[i]};
         into.counts.add(before);
+        // A list without entries answers what the policy alone does not say.
+        into.mayBeUnknown = into.mayBeUnknown || (into.isCondition && into.counts.isUnknown > 0);
     }
 }
 

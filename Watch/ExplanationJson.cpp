@@ -188,6 +188,10 @@ void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer) {
     TreeRenderer(route.places, renderer)
         .nodes(root == nullptr ? std::vector<TraceNode *>() : root->children);
     renderChanges(evaluated, renderer);
+    if (evaluated.context.nextHopSetToSelf()) {
+        renderer.key("nextHopSetToSelf");
+        renderer.value(true);
+    }
     renderer.key("dropped");
     renderer.beginArray();
     if (root != nullptr && !evaluated.result.isTrue()) {

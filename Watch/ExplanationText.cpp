@@ -22,7 +22,7 @@ char const * verdictText(EvalResult result) {
     if (result.isTrue()) {
         return "accepted (true)";
     }
-    return result.retVal() == QcfUnknown() ? "rejected (unknown)" : "rejected (false)";
+    return result.retVal() == QcfUnknown() ? "undecided (unknown)" : "rejected (false)";
 }
 
 void appendVerdict(String & out, ExplainedRoute const & route) {
@@ -90,7 +90,7 @@ std::vector<Change> netChanges(TraceNode const & at) {
                 changes.push_back(*node.change);
             } else {
                 known->after = node.change->after;
-                known->clamped = node.change->clamped;
+                known->clamped = known->clamped || node.change->clamped;
             }
         }
         for (TraceNode const * const child : node.children) {
@@ -101,12 +101,15 @@ std::vector<Change> netChanges(TraceNode const & at) {
     return changes;
 }
 
-void appendChanges(String & out, TraceNode const & root, bool isAccepted) {
+void appendChanges(String & out, TraceNode const & root) {
     auto const changes = netChanges(root);
     if (changes.empty()) {
         return;
     }
-    out += isAccepted ? "  changes: " : "  changes made and dropped (rejected): ";
+    bool const isUndecided = root.result.retVal() == QcfUnknown();
+    char const * const why = isUndecided ? "undecided" : "rejected";
+    out += root.result.isTrue() ? String("  changes: ")
+                                : "  changes made and dropped (" + String(why) + "): ";
     for (Change const & change : changes) {
         out += (&change == &changes.front() ? "" : ", ") + changeText(change);
     }
@@ -122,7 +125,7 @@ void appendExplanation(String & out, ExplainedRoute const & route, bool all) {
         return;
     }
     appendRows(out, rowsOf(*root, route.places, {.all = all}));
-    appendChanges(out, *root, route.evaluated.result.isTrue());
+    appendChanges(out, *root);
 }
 
 } // namespace Qcf::Watch

@@ -7,6 +7,7 @@
 #include "Lists/RoaTable.h"
 #include "Text/FunctionContent.h"
 #include "Text/Words.h"
+#include "Watch/CallArguments.h"
 
 /// What nodes ask of named lists, asked once more of the very lists that answered them, in words.
 namespace Qcf::Watch {
@@ -16,47 +17,6 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 namespace {
 
 using Context = Ptr<EvalContextBase const>;
-
-/// The call inside which the node was evaluated; null in the outermost function.
-TraceNode const * callAround(TraceNode const & at) {
-    TraceNode const * around = at.parent;
-    while (around != nullptr && !is<FunctionCallExpression>(*around->node)) {
-        around = around->parent;
-    }
-    return around;
-}
-
-/// Calls `visit` with each argument of a call, until it answers true.
-template <typename Visit>
-void eachArgument(TraceNode const & call, Visit const & visit) {
-    auto const & node = static_cast<FunctionCallExpression const &>(*call.node);
-    for (auto const * link = node.argListHead().get(); link != nullptr; link = link->next().get()) {
-        if (visit(*link->entry())) {
-            return;
-        }
-    }
-}
-
-/// The list that a parameter stands for, by the calls that handed it on.
-AetNodeBase const * listBehind(AetNodeBase const & list, TraceNode const & at) {
-    AetNodeBase const * found = &list;
-    TraceNode const * call = callAround(at);
-    while (call != nullptr && found->typeData().fieldOf(FieldRole::argumentIndex) != nullptr) {
-        int skipped = Text::variableOf(*found).index;
-        AetNodeBase const * argument = nullptr;
-        eachArgument(*call, [&](AetNodeBase const & each) {
-            bool const isList = each.typeData().isKind(NodeKind::prefixList);
-            argument = isList && skipped-- == 0 ? &each : argument;
-            return argument != nullptr;
-        });
-        if (argument == nullptr) {
-            break;
-        }
-        found = argument;
-        call = callAround(*call);
-    }
-    return found;
-}
 
 /// The table's name by its number, as some call around names it.
 String roaTableName(U64 slot, TraceNode const & at) {
@@ -95,11 +55,12 @@ PrefixListTest prefixListTest(Expression const & node, Context const & context) 
 /// Why no list was found, which only a candidate of the other family and lists for some VRFs have.
 String whyThereIsNone(PrefixListTest const & test, TraceNode const & at,
                       EvalContext const & context) {
-    AetNodeBase const & list = *listBehind(*test.list, at);
+    AetNodeBase const & list = valueBehind(*test.list, at);
     if (is<DynamicPrefixListImmediate>(list)) {
         return context.vrfId() == EvalContext::noVrf
-                   ? "list not in use outside of a vrf"
-                   : "list not in use in vrf " + std::to_string(context.vrfId());
+                   ? String("list not in use outside of a vrf")
+                   : "list not in use in vrf " + std::to_string(context.vrfId()) +
+                         (context.isBgpOutbound() ? "" : ": the session is not outbound");
     }
     return "list of the other family";
 }
@@ -203,7 +164,7 @@ String whyListIsSilent(TraceNode const & at, EvalContext & context) {
     if (matcher->matchWithTristate({test.candidate}, nullptr).isSet != 0) {
         return {};
     }
-    String const list = "list " + nameOf(*listBehind(*test.list, at));
+    String const list = "list " + nameOf(valueBehind(*test.list, at));
     bool const isOurs = dynamic_cast<Lists::PrefixListTrie const *>(matcher) != nullptr;
     return list + (isOurs ? " has no entries" : " has no answer");
 }

@@ -20,6 +20,11 @@ struct NodePlace {
     String text() const { return file + ':' + (isInText() ? std::to_string(line) : pointer); }
 };
 
+/// Whether the node is a `return` or an `exit`.
+inline bool leavesFunction(Eval::AetNodeBase const & node) {
+    return Eval::is<Eval::ReturnExpression>(node) || Eval::is<Eval::ExitExpression>(node);
+}
+
 /// Tells of the nodes of one program where they were written and how. Whoever has read the program
 /// implements it; what watches evaluations asks it when something is shown, never while a route is
 /// evaluated.

@@ -229,11 +229,15 @@ std::optional<Change> changeBefore(Expression const & node, EvalContext & contex
     return Change{.target = target,
                   .before = spelledValue(*target, ValueStyle::of(*target), context).text,
                   .given = isGiven(*target, context),
+                  .toSelf = is<SetNextHopSelfImplExpr>(node),
                   .exact = exactAnswer(node, context)};
 }
 
 void changeDone(Change & change, EvalContext & context) {
     change.after = spelledValue(*change.target, ValueStyle::of(*change.target), context).text;
+    if (change.toSelf && context.nextHopSetToSelf()) {
+        change.after = "self";
+    }
     if (change.exact.isKnown) {
         Ptr<EvalContextBase const> const reading(&context);
         U64 const after = static_cast<Int const &>(*change.target).getVal(reading);

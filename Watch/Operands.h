@@ -26,6 +26,8 @@ struct Change {
     /// What was computed lay outside the attribute's range.
     bool clamped = false;
 
+    bool toSelf = false; ///< may set the next hop to the agent's own address
+
     /// What integer arithmetic came to before it was forced into the range.
     struct Exact {
         bool isKnown = false; ///< of integers only

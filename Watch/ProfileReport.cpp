@@ -44,7 +44,7 @@ String placeOf(ProfileView const & view, ProfileRow const & row) {
 String topText(ProfileView const & view, std::vector<ProfileRow> const & rows) {
     std::vector<ProfileRow const *> deciding;
     for (ProfileRow const & row : rows) {
-        if (row.verdicts() > 0) {
+        if (row.verdicts() > 0 && !row.isRepeated) {
             deciding.push_back(&row);
         }
     }
@@ -139,6 +139,9 @@ void renderRow(ProfileView const & view, ProfileRow const & row, RendererV2 & re
     if (!view.profile.selfTime.empty()) {
         member(renderer, "selfNanoseconds", row.selfTime);
     }
+    if (row.isShared) {
+        member(renderer, "shared", true);
+    }
     renderer.endObject();
     renderer.endDocument();
 }
@@ -172,7 +175,10 @@ String profileText(ProfileView const & view) {
     text += heading(view);
     for (ProfileRow const & row : rows) {
         text += columns(view, row) + "  " + String(std::size_t{2} * row.depth, ' ') +
-                lineOf(view, row) + '\n';
+                lineOf(view, row) + (row.isShared ? "   (shared *)\n" : "\n");
+    }
+    if (std::ranges::any_of(rows, &ProfileRow::isShared)) {
+        text += "* stands in several places of the document, which are counted together\n";
     }
     return text;
 }

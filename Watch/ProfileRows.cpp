@@ -1,5 +1,8 @@
 #include "Watch/ProfileRows.h"
 
+#include <unordered_map>
+#include <unordered_set>
+
 namespace Qcf::Watch {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
@@ -17,7 +20,17 @@ public:
         row(ProfileRow::Kind::function, function, 0, function);
         statement(*function.body(), 0);
     }
-    std::vector<ProfileRow> rows;
+    /// All of them, once all functions were added.
+    std::vector<ProfileRow> take() {
+        std::unordered_map<U32, U32> places;
+        for (U32 const number : asked_) {
+            ++places[number];
+        }
+        for (std::size_t i = 0; i < rows_.size(); ++i) {
+            rows_[i].isShared = places[asked_[i]] > 1;
+        }
+        return std::move(rows_);
+    }
 
 private:
     // Blocks are no lines of their own.
@@ -69,14 +82,21 @@ private:
 
     void row(ProfileRow::Kind kind, Expression const & node, U32 depth, Expression const & asked) {
         U32 const number = numbers_.of(node);
-        rows.push_back({kind, depth, &node, within_, profile_.nodes[numbers_.of(asked)],
-                        profile_.nodes[number].entered, profile_.decided[number],
-                        profile_.selfTime.empty() ? 0 : profile_.selfTime[number]});
+        rows_.push_back({kind, depth, &node, within_, profile_.nodes[numbers_.of(asked)],
+                         profile_.nodes[number].entered, profile_.decided[number],
+                         profile_.selfTime.empty() ? 0 : profile_.selfTime[number]});
+        rows_.back().isRepeated = !own_.insert(number).second;
+        asked_.push_back(numbers_.of(asked));
     }
 
     NodeNumbers const & numbers_;
     Profile const & profile_;
     Function const * within_ = nullptr;
+    std::vector<ProfileRow> rows_;
+    /// Numbers of nodes that have a row.
+    std::unordered_set<U32> own_;
+    /// By row, the number of the node whose answers it tells.
+    std::vector<U32> asked_;
 };
 
 } // namespace
@@ -91,7 +111,7 @@ std::vector<ProfileRow> profileRows(NodeNumbers const & numbers, Profile const &
     for (Function const * const function : numbers.functions()) {
         maker.add(*function);
     }
-    return std::move(maker.rows);
+    return maker.take();
 }
 
 } // namespace Qcf::Watch

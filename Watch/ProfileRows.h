@@ -18,6 +18,12 @@ struct ProfileRow {
     VerdictCounts decided = {};
     U64 selfTime = 0;
 
+    /// Whether the node, or the condition that it asks, stands in several places: a document may
+    /// have it shared. Then the counts are those of all places together.
+    bool isShared = false;
+    /// Whether an earlier row is of the same node.
+    bool isRepeated = false;
+
     /// Verdicts that it decided.
     U64 verdicts() const { return decided[0] + decided[1] + decided[2]; }
     /// Whether true, false and unknown are answers of interest: of a change they are not.

@@ -1,6 +1,16 @@
 #include "Watch/TextPlaces.h"
 
+#include "Text/NodeText.h"
+
 namespace Qcf::Watch {
+
+bool TextPlaces::isNegatedInPlace(Eval::AetNodeBase const & node, String const & line) const {
+    auto const * const entry = map_.find(node.aetNodeKey());
+    auto const * const around = map_.find(node.aetNodeKey() + 1);
+    return !leavesFunction(node) && line.find(" not ") != String::npos && entry != nullptr &&
+           around != nullptr && around->span.begin == entry->span.begin &&
+           around->span.end == entry->span.end;
+}
 
 NodePlace TextPlaces::of(Text::Span const & span) const {
     Text::SourceText const & source = sources_[span.file];
@@ -28,6 +38,11 @@ String TextPlaces::line(Eval::AetNodeBase const & node, Eval::Function const & w
         return within.funcName();
     }
     Text::Span span = entry->span;
+    // The test inside `x is not 5` stands where the `not` does, and says the opposite.
+    if (isNegatedInPlace(node, line(span))) {
+        String const spelled = Text::printNode(node, &within);
+        return spelled.substr(0, spelled.find('\n'));
+    }
     if (auto const * const branch = Eval::as<Eval::IfExpression>(node)) {
         auto const * const condition = map_.find(branch->condition()->aetNodeKey());
         span.end = condition == nullptr ? span.end : condition->span.end;

@@ -23,6 +23,8 @@ public:
     String line(Text::Span const & span) const;
 
 private:
+    bool isNegatedInPlace(Eval::AetNodeBase const & node, String const & line) const;
+
     Text::SourceMap const & map_;
     Text::Sources const & sources_;
 };

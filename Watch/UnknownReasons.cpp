@@ -2,6 +2,7 @@
 
 #include "Text/FunctionContent.h"
 #include "Text/Words.h"
+#include "Watch/CallArguments.h"
 #include "Watch/ListAnswers.h"
 
 #include <algorithm>
@@ -25,7 +26,9 @@ void addReasons(Reasons & to, Reasons const & from) {
     }
 }
 
-String whyValueIsUnknown(AetNodeBase const & value) {
+// Of an argument what was handed on as such.
+String whyValueIsUnknown(AetNodeBase const & read, TraceNode const & at) {
+    AetNodeBase const & value = valueBehind(read, at);
     NodeClass const & nodeClass = value.typeData();
     if (nodeClass.attribute != nullptr) {
         return "attribute " + String(nodeClass.attribute->languageName) + " is unknown";
@@ -46,7 +49,7 @@ String whyBlockIsUnknown(TraceNode const & at) {
 /// Of a node whose result is not that of another one.
 String whyByItself(TraceNode const & at, EvalContext & context) {
     if (auto const * const predicate = as<TriStateBoolExpression>(*at.node)) {
-        return whyValueIsUnknown(*predicate->expr());
+        return whyValueIsUnknown(*predicate->expr(), at);
     }
     if (is<Block>(*at.node)) {
         return whyBlockIsUnknown(at);
@@ -86,7 +89,7 @@ Reasons absorbedBy(TraceNode const & at) {
         for (Operand const & operand : at.operands) {
             bool const isAsked = operand.node == test->lhs().get() && !operand.constant;
             if (isAsked && operand.value == toString(QcfUnknown())) {
-                absorbed.push_back(whyValueIsUnknown(*operand.node));
+                absorbed.push_back(whyValueIsUnknown(*operand.node, at));
             }
         }
     }

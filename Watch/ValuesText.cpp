@@ -100,7 +100,7 @@ String changeText(Change const & change) {
     String text = attribute == nullptr ? "value" : attribute->languageName;
     bool const isSet = change.before.starts_with('{') && change.after.starts_with('{');
     if (change.hadNoEffect()) {
-        text += ' ' + change.after + " (no effect)";
+        text += ' ' + (change.given ? change.after : defaultText(change.after)) + " (no effect)";
     } else if (isSet) {
         auto const before = elementsOf(change.before);
         auto const after = elementsOf(change.after);

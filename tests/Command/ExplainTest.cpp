@@ -42,7 +42,7 @@ constexpr char const * explanationText =
           helper(50)                                    true
      3      if med > most                               false     20 > 50
      4      return true                                           <- decides
-  changes: community {} (no effect), local_preference 100 (no effect)
+  changes: community (not given, default {}) (no effect), local_preference (not given, default 100) (no effect)
 2  10.0.0.0/16  rejected (false) by p.qcf:3  return false   reason: med
      8  if not prefix matches SHORT                     false     10.0.0.0/16: permitted by entry 10
     11  if helper(10) and ( bgp.best_path ?? unknown )  false
@@ -51,7 +51,7 @@ constexpr char const * explanationText =
           helper(50)                                    false
      3      if med > most                               true      60 > 50
      3        return false because med                            <- decides
-  changes made and dropped (rejected): community {} (no effect), local_preference 100 (no effect)
+  changes made and dropped (rejected): community (not given, default {}) (no effect), local_preference (not given, default 100) (no effect)
 3  10.0.0.0/16  accepted (true) by p.qcf:4  return true   reason: second
      8  if not prefix matches SHORT                     false     10.0.0.0/16: permitted by entry 10
     11  if helper(10) and ( bgp.best_path ?? unknown )  false     unknown absorbed: attribute bgp.best_path is unknown, unknown is written
@@ -63,7 +63,7 @@ constexpr char const * explanationText =
           helper(50)                                    true
      3      if med > most                               false     5 > 50
      4      return true                                           <- decides
-  changes: community {} (no effect), local_preference 100 (no effect)
+  changes: community (not given, default {}) (no effect), local_preference (not given, default 100) (no effect)
 )";
 
 class Explain : public testing::Test {
@@ -175,6 +175,41 @@ TEST_F(Explain, EvalTellsWhyInItsLines) {
     workshop.write("end.qcf", "function take() { med = 5 }");
     EXPECT_THAT(run({"--output", "jsonl", "--why"}, "eval", "end.qcf").out,
                 HasSubstr(R"("changes":{},"decidedBy":null})"));
+}
+
+TEST(ExplainedRows, SayWhatIsMeant) {
+    struct Case {
+        char const * body;
+        char const * route;
+        char const * row; ///< with single blanks
+    };
+    constexpr Case cases[] = {
+        // The test inside a negation says the opposite of its line.
+        {"if med is not 20 and origin is not igp { return true } return false", R"({"med":20})",
+         "\n med is 20 true 20 is 20\n"},
+        {"set_next_hop_self()\nreturn true", R"({"session":{"outbound":true}})",
+         "changes: next_hop (not given, default no_address) -> self\n"},
+        // Clamped once, whatever comes later.
+        {"med = 4294967295\nmed += 5\nmed = 7\nreturn true", R"({"med":5})",
+         "changes: med 5 -> 7 (clamped)\n"},
+        {"med = 0\nreturn true", "{}", "changes: med (not given, default 0) (no effect)\n"},
+        // An argument is what was handed on as such.
+        {"return g(bgp.aggregate)", R"({"bgp.aggregate":"unknown"})",
+         "undecided (unknown) by p.qcf:1 return x\n"
+         " unknown because: attribute bgp.aggregate is unknown\n"},
+    };
+    Workshop const workshop;
+    for (Case const & each : cases) {
+        workshop.write("p.qcf", String("function g(tristate x) { return x }\nfunction f() {\n") +
+                                    each.body + "\n}\n");
+        workshop.write("r.jsonl", String(each.route) + '\n');
+        String out =
+            workshop.run({"explain", "p.qcf", "--function", "f", "--routes", "r.jsonl"}).out;
+        out.erase(
+            std::ranges::unique(out, [](char a, char b) { return a == ' ' && b == ' '; }).begin(),
+            out.end());
+        EXPECT_THAT(out, HasSubstr(each.row)) << each.body;
+    }
 }
 
 TEST_F(Explain, AFunctionThatWantsArgumentsIsToldSo) {

@@ -110,6 +110,26 @@ TEST(Profile, TakesDocuments) {
     EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.qcf:6  "));
 }
 
+TEST(Profile, CountsSharedNodesOnceAndSaysSo) {
+    Workshop const workshop;
+    workshop.write("p.json", R"({"qcf":"aet/1","functions":[{"name":"f","body":{"class":"Block",
+        "stmts":[{"class":"IfExpression","condition":{"class":"IntIs","lhs":"med","rhs":1},
+                  "thenBlock":{"class":"Block","stmts":[{"class":"ReturnExpression","key":77,
+                    "expr":{"class":"IntLessThan","lhs":"med","rhs":5}}]}},
+                 {"ref":77}]}}]})");
+    workshop.write("r.jsonl", "{\"med\":1}\n{\"med\":2}\n{\"med\":9}\n");
+    Outcome const outcome =
+        workshop.run({"profile", "p.json", "--function", "f", "--routes", "r.jsonl"});
+    std::size_t deciding = 0;
+    for (std::size_t at = outcome.out.find(" 100.0 %  p.json"); at != String::npos;
+         at = outcome.out.find(" 100.0 %  p.json", at + 1)) {
+        ++deciding;
+    }
+    EXPECT_EQ(deciding, 1U) << outcome.out << outcome.err;
+    EXPECT_THAT(outcome.out, testing::HasSubstr("(shared *)"));
+    EXPECT_THAT(outcome.out, testing::HasSubstr("counted together\n"));
+}
+
 TEST(Profile, RefusesWhatEvalRefuses) {
     Workshop const workshop;
     workshop.write("p.qcf", policy + String("function g() { return community matches NONE }\n"));

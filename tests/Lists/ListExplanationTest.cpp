@@ -188,7 +188,7 @@ TEST(ListExplanation, TellsWhatTheNearestEntryWants) {
         char const * text;
     };
     constexpr Case cases[] = {{"9.9.9.128/25", "entry 10 wants length 8..24"},
-                              {"10.9.9.128/29", "entry 20 wants length 30"},
+                              {"10.9.9.128/29", "entry 10 wants length 8..24"},
                               {"10.9.9.128/30", "denied by entry 20"},
                               {"10.9.0.0/16", "permitted by entry 10"},
                               {"2001:db8::/32", "of the other family"}};
@@ -214,7 +214,7 @@ TEST(ListExplanation, TellsWhatTheNearestEntryWants) {
     EXPECT_EQ(table.explain(at("10.1.2.0/24"), 65001).text,
               "invalid: 10.0.0.0/8 AS65001 wants length at most 16");
     EXPECT_EQ(table.explain(at("10.2.0.0/16"), 7).text,
-              "invalid: 10.0.0.0/8 AS65001 is the origin");
+              "invalid: 10.0.0.0/8 AS65001 is another origin");
     EXPECT_EQ(table.explain(at("11.0.0.0/8"), 7).text, "not found");
 }
 
