@@ -1,0 +1,2 @@
+#include "Command/Command.h"
+void addImpactCommand(Commands &) {}
