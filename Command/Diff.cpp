@@ -80,8 +80,7 @@ Side publishedSide(Options const & options, String const & function, Side const 
     auto const version = readLiveVersion(options.redis);
     String const subject = options.redis.name + " version " + std::to_string(version->id().number);
     Side side{{PtrConst<Qcf::Eval::Function>(version->find(function)), nullptr},
-              std::make_shared<PublishedPlaces const>(subject),
-              lists};
+              std::make_shared<PublishedPlaces const>(subject)};
     if (!side.policy.function) {
         throw DocumentError(subject + ": no function " + function);
     }

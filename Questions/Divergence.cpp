@@ -63,10 +63,12 @@ TraceComparison::Found TraceComparison::chosen(Node const & older, Node const & 
 
 std::optional<TraceComparison::Found> TraceComparison::statement(Node const & older,
                                                                  Node const & newer) {
-    bool const isBranch = is<IfExpression>(*older.node) && is<IfExpression>(*newer.node);
-    if (isSame(older, newer, Counts::leaving)) {
+    // The body of a built-in function is no statement: the call of it is.
+    bool const isBuiltIn = older.node->typeData().fields.empty();
+    if (isBuiltIn || isSame(older, newer, Counts::leaving)) {
         return std::nullopt;
     }
+    bool const isBranch = is<IfExpression>(*older.node) && is<IfExpression>(*newer.node);
     if (isBranch) {
         return chain(older, newer);
     }
