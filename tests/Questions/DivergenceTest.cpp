@@ -61,6 +61,21 @@ TEST(Divergence, TheEditedStatementIsTold) {
          "function f() {\n weight = 2\n return true }",
          {R"({"source_session.remote.ip_address": "192.0.2.1", "prefix": "10.0.0.0/8"})"},
          "1 med 1 -> 0 old 2 med = 1 new - e.g. 10.0.0.0/8 via 192.0.2.1\n"},
+        // A write of what was there already is told by the statement that wrote.
+        {"function f() {\n if med > 4 {\n weight = 0 }\n if med > 6 {\n weight = 0 }\n return true "
+         "}",
+         "function f() {\n if med > 3 {\n weight = 0 }\n if med > 7 {\n weight = 0 }\n return true "
+         "}",
+         {R"({"med": 4})"},
+         "1 weight not written -> written old 2 if med > 4 (false) new 2 if med > 3 (true) e.g. "
+         "route 0\n"},
+        {"function f() {\n if med > 1 {\n igp.tag = 0 }\n if med > 6 {\n weight = 0 }\n return "
+         "true }",
+         "function f() {\n if med > 2 {\n igp.tag = 0 }\n if med > 7 {\n weight = 0 }\n return "
+         "true }",
+         {R"({"med": 7})"},
+         "1 weight written -> not written old 4 if med > 6 (true) new 4 if med > 7 (false) e.g. "
+         "route 0\n"},
         // Inside a function that both call, and as what it is called with.
         {"function g(int x) {\n med = x\n weight = 1 }\nfunction f() {\n g(1)\n return true }",
          "function g(int x) {\n med = x\n weight = 2 }\nfunction f() {\n g(1)\n return true }",
