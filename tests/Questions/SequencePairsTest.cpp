@@ -65,4 +65,20 @@ TEST(SequencePairs, StatementsThatAreTheSameOnePerhapsChanged) {
     }
 }
 
+// A list has another slot where others are named before it; what stands in quotes is a name.
+TEST(StatementTexts, SlotsOfListsDoNotCount) {
+    String const lists = "list community_list A { permit { 1:1 } }\n"
+                         "list community_list \"B@7\" { permit { 1:2 } }\n";
+    String const statement = "community remove community_list \"B@7\"";
+    PolicyText const later(lists + "function g() { return community matches A }\nfunction f() { " +
+                           statement + "; return g() }");
+    PolicyText const first(lists + "function f() { " + statement + " }");
+    StatementTexts texts;
+    for (PolicyText const * const policy : {&later, &first}) {
+        auto const function = policy->function();
+        auto const & node = *function->body()->stmts()->entry();
+        EXPECT_EQ(texts.whole(node, *function), statement);
+    }
+}
+
 } // namespace Qcf::Questions::test
