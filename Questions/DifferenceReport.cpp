@@ -110,6 +110,7 @@ String inColumns(std::vector<std::vector<String>> const & rows) {
 
 String differencesText(std::vector<DifferenceGroup> const & groups, ComparedPlaces const & places) {
     std::vector<std::vector<String>> rows;
+    rows.reserve(groups.size());
     for (DifferenceGroup const & group : groups) {
         rows.push_back({std::to_string(group.count), group.text(),
                         statementText("old", group.example.older, places.older),

@@ -205,7 +205,7 @@ Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run) {
     tableRun.function = run.function;
     tableRun.makeContext = [&]() -> Ptr<Agent::AgentContextBase> {
         auto watcher = std::make_unique<Watcher>(run, matchers);
-        Ptr<Agent::AgentContextBase> const context = watcher->context;
+        Ptr<Agent::AgentContextBase> context = watcher->context;
         shared.watchers.emplace(context.get(), std::move(watcher));
         return context;
     };

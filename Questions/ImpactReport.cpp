@@ -95,6 +95,7 @@ String totalsText(ImpactView const & view) {
 
 String decidedText(ImpactView const & view) {
     std::vector<std::vector<String>> rows;
+    rows.reserve(view.impact.decided.size());
     for (DecidedGroup const & group : view.impact.decided) {
         bool const isEnd = group.statement == nullptr;
         rows.push_back({std::to_string(group.count), verdictText(group.result),

@@ -71,7 +71,7 @@ TEST(StatementTexts, SlotsOfListsDoNotCount) {
                          "list community_list \"B@7\" { permit { 1:2 } }\n";
     String const statement = "community remove community_list \"B@7\"";
     PolicyText const later(lists + "function g() { return community matches A }\nfunction f() { " +
-                           statement + "; return g() }");
+                           statement + "; return true }");
     PolicyText const first(lists + "function f() { " + statement + " }");
     StatementTexts texts;
     for (PolicyText const * const policy : {&later, &first}) {
