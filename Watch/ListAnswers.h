@@ -5,6 +5,15 @@
 
 namespace Qcf::Watch {
 
+/// A test of a prefix or an address against a prefix list.
+struct PrefixListTest {
+    Eval::PrefixList const * list = nullptr; ///< null for other nodes
+    IpGenPrefix candidate = {};
+};
+
+/// What the node asks of which list; the context is at that node.
+PrefixListTest prefixListTest(Eval::Expression const & node, Eval::EvalContext & context);
+
 /// Why a prefix list gives no answer at a node; empty where it gives one, and for other nodes.
 ///
 ///     "list LENGTHS has no entries", "list of the other family", "list not in use in vrf 7"

@@ -6,7 +6,7 @@ from pathlib import Path
 
 # Lowest first: a folder includes those before it, never those after it.
 FLOORS = ["Platform/Framework", "Platform/Routing", "Platform/Render", "QcfLib", "Documents", "Lists",
-          "Text", "Agent", "Watch", "Mirror", "Live", "Command"]
+          "Text", "Agent", "Watch", "Questions", "Mirror", "Live", "Command"]
 # What stands beside the floors; nobody includes it.
 YARDS = ["bench", "tests", "fuzz", "examples"]
 # The wings of a folder, lowest first. "" is the folder itself, where it stands in the order.
