@@ -7,6 +7,9 @@
 #include "Command/ReplaceFile.h"
 #include "Questions/ReportPage.h"
 
+#include <filesystem>
+#include <fstream>
+
 /// A page about a policy and a table, for a review.
 namespace {
 
@@ -48,6 +51,24 @@ Questions::ReportCounts countsOf(Options const & options, PreparedPolicy const &
     return Questions::countTable(*reader, run, numbers);
 }
 
+/// A page that was there stays until the new one is whole.
+void write(String const & path, String const & page) {
+    if (path == "-") {
+        standardOutput().write(page);
+        return;
+    }
+    if (std::filesystem::is_regular_file(path)) {
+        replaceFile(path, page);
+        return;
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << page;
+    file.close();
+    if (!file) {
+        throw DocumentError(path + ": cannot be written");
+    }
+}
+
 int report(Options const & options) {
     checkArguments(options);
     PreparedPolicy const prepared = preparePolicy(options.policy);
@@ -66,12 +87,7 @@ int report(Options const & options) {
     report.note = readable.isPrinted() ? "The policy is a document; its lines are those of the "
                                          "document printed as text."
                                        : "";
-    String const page = Questions::reportPage(report);
-    if (options.out == "-") {
-        standardOutput().write(page);
-    } else {
-        replaceFile(options.out, page);
-    }
+    write(options.out, Questions::reportPage(report));
     return 0;
 }
 

@@ -8,13 +8,16 @@ namespace {
 
 using State = ReportLine::State;
 
-/// A bar for those who look; the number stands beside it. Its width is no style, which the page
-/// would not allow.
+/// Statements beside the source; all of them have their share in their lines.
+constexpr std::size_t mostClauses = 50;
+
+/// A bar for those who look, from one hundredth on; the number stands beside it. Its width is no
+/// style, which the page would not allow.
 String bar(U64 part, U64 all) {
-    if (part == 0 || all == 0) {
+    U64 const width = all == 0 ? 0 : part * 100 / all;
+    if (width == 0) {
         return {};
     }
-    U64 const width = std::max<U64>(1, part * 100 / all);
     return "<svg class=\"bar\" viewBox=\"0 0 100 5\" preserveAspectRatio=\"none\" "
            "aria-hidden=\"true\"><rect width=\"" +
            std::to_string(width) + "\" height=\"5\"/></svg>";
@@ -61,12 +64,12 @@ char const * className(State state) {
 
 String cells(ReportLine const & line) {
     if (line.parts.empty()) {
-        return "<td></td><td class=\"way\"></td><td class=\"way\"></td><td class=\"way\"></td>";
+        return "<td></td><td></td><td></td><td></td>";
     }
     auto const & [text, counts, isAsked, missing] = line.parts.front();
     String cells = "<td>" + groupedDigits(counts.entered) + "</td>";
     for (U64 const count : {counts.isTrue, counts.isFalse, counts.isUnknown}) {
-        cells += "<td class=\"way\">" + (isAsked ? groupedDigits(count) : String()) + "</td>";
+        cells += "<td>" + (isAsked ? groupedDigits(count) : String()) + "</td>";
     }
     return cells;
 }
@@ -77,7 +80,7 @@ String sourceRow(Report const & report, std::size_t file, std::size_t number) {
     String const source = "<td><code>" + escapedHtml(line.text) + "</code></td></tr>\n";
     if (line.state == State::plain) {
         return "<tr>" + head +
-               "<td></td><td class=\"way\"></td><td class=\"way\"></td><td class=\"way\"></td>"
+               "<td></td><td></td><td></td><td></td>"
                "<td></td><td></td>" +
                source;
     }
@@ -86,34 +89,47 @@ String sourceRow(Report const & report, std::size_t file, std::size_t number) {
                                                    bar(line.decided, report.routes());
     return "<tr id=\"" + lineId(file, number) + "\" class=\"" + className(line.state) +
            (line.decided == 0 ? "\">" : " decides\">") + head + cells(line) + "<td>" + decided +
-           "</td><td class=\"state\">" + stateText(line.state) + "</td>" + source;
+           "</td><td>" + stateText(line.state) + "</td>" + source;
+}
+
+String shareText(U64 count, Report const & report) {
+    return "<li><span class=\"share\">" + percentText(count, report.routes()) + "</span> ";
+}
+
+String clauseItem(Report const & report, ReportClause const & clause) {
+    String const place = escapedHtml(clause.place);
+    return "<li data-examples=\"" + numbersText(clause.examples) + "\"><span class=\"share\">" +
+           percentText(clause.total(), report.routes()) + "</span> " +
+           (clause.line == 0
+                ? place
+                : "<a href=\"#" + lineId(clause.file, clause.line) + "\">" + place + "</a>") +
+           ' ' + verdictsText(clause.verdicts) + "<code>" + escapedHtml(clause.text) + "</code>" +
+           bar(clause.total(), report.routes()) + "</li>\n";
 }
 
 constexpr char const * sourceHead =
     "<thead><tr><th scope=\"col\">line</th><th scope=\"col\">entered</th>"
-    "<th scope=\"col\" class=\"way\">true</th><th scope=\"col\" class=\"way\">false</th>"
-    "<th scope=\"col\" class=\"way\">unknown</th><th scope=\"col\">decided</th>"
+    "<th scope=\"col\">true</th><th scope=\"col\">false</th>"
+    "<th scope=\"col\">unknown</th><th scope=\"col\">decided</th>"
     "<th scope=\"col\">covered</th><th scope=\"col\" class=\"text\">source</th></tr></thead>";
 
 } // namespace
 
 String clauseItems(Report const & report) {
     String text;
+    U64 more = 0;
     for (ReportClause const & clause : report.clauses) {
-        String const place = escapedHtml(clause.place);
-        text +=
-            "<li data-examples=\"" + numbersText(clause.examples) + "\"><span class=\"share\">" +
-            percentText(clause.total(), report.routes()) + "</span> " +
-            (clause.line == 0
-                 ? place
-                 : "<a href=\"#" + lineId(clause.file, clause.line) + "\">" + place + "</a>") +
-            " <span class=\"verdicts\">" + verdictsText(clause.verdicts) + "</span><code>" +
-            escapedHtml(clause.text) + "</code>" + bar(clause.total(), report.routes()) + "</li>\n";
+        bool const isShown = &clause < report.clauses.data() + mostClauses;
+        text += isShown ? clauseItem(report, clause) : String();
+        more += isShown ? 0 : clause.total();
+    }
+    if (report.clauses.size() > mostClauses) {
+        text += shareText(more, report) + "by " +
+                groupedDigits(report.clauses.size() - mostClauses) + " more statements</li>\n";
     }
     auto const & end = report.atEnd;
     if (U64 const count = end[0] + end[1] + end[2]; count > 0) {
-        text += "<li><span class=\"share\">" + percentText(count, report.routes()) +
-                "</span> the function's end " + verdictsText(end) + "</li>\n";
+        text += shareText(count, report) + "the function's end " + verdictsText(end) + "</li>\n";
     }
     return text.empty() ? "<li>No route was evaluated.</li>" : text;
 }

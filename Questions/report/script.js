@@ -122,10 +122,11 @@
     for (const [text, asked, counts, missing] of parts) {
       const cells = counts.map((count, i) => make("td", {}, i === 0 || asked ? grouped(count) : "-"));
       body.append(make("tr", missing ? {class: "half"} : {}, make("td", {class: "text"}, make("code", {}, data.texts[text])),
-        ...cells, make("td", {}, data.texts[missing])));
+        ...cells, make("td", {class: "text"}, data.texts[missing])));
     }
     const names = ["part", "entered", "true", "false", "unknown", "exits", "missing"];
-    const head = make("tr", {}, ...names.map((name) => make("th", {scope: "col"}, name)));
+    const head = make("tr", {}, ...names.map((name) =>
+      make("th", name === "part" || name === "missing" ? {scope: "col", class: "text"} : {scope: "col"}, name)));
     return make("div", {class: "wide", tabindex: "0", role: "region", "aria-label": "Counts of the line's parts"},
       make("table", {}, make("caption", {}, "what stands in this line"), make("thead", {}, head), body));
   };
@@ -162,7 +163,7 @@
   const setUpLines = () => {
     each(".lines tbody tr[id]", (row) => {
       const cell = row.cells[0];
-      const state = row.querySelector(".state").textContent || "covered";
+      const state = row.cells[6].textContent || "covered";
       const button = make("button", {type: "button", class: "number", "aria-expanded": "false", tabindex: "-1",
         "aria-label": "line " + cell.textContent + ", " + state}, cell.textContent);
       cell.replaceChildren(button);

@@ -18,12 +18,15 @@ Report hostileReport() {
     report.subject = report.function = report.table = report.note = report.against = hostile;
     report.verdicts = {1, 2, 3};
     ReportLine line{hostile, ReportLine::State::half, {{hostile, {}, true, hostile}}, 2, {0}};
-    report.files = {{hostile, {line, {hostile}}}};
-    report.clauses = {{0, 1, hostile, hostile, {0, 2, 0}, {0}}};
-    report.changed = {{hostile, 1}};
-    report.lists = {{hostile, hostile, {}, 1, 1, {{1, hostile, 0}}}};
-    report.unknownVerdicts = {{hostile, 1}};
-    report.unknowns = {{0, 1, hostile, hostile, 1, {hostile}}};
+    report.files.push_back({hostile, {line, {hostile}}});
+    report.clauses.push_back({0, 1, hostile, hostile, {0, 2, 0}, {0}});
+    report.changed.emplace_back(hostile, 1);
+    ReportList & list = report.lists.emplace_back();
+    list.kind = list.name = hostile;
+    list.size = list.withoutHits = 1;
+    list.entries.push_back({1, hostile, 0});
+    report.unknownVerdicts.emplace_back(hostile, 1);
+    report.unknowns.push_back({0, 1, hostile, hostile, 1, {hostile}});
     ReportExample example{.route = 7,
                           .prefix = hostile,
                           .peer = hostile,
@@ -32,8 +35,8 @@ Report hostileReport() {
                           .reason = hostile};
     example.rows.push_back(
         {.label = hostile, .text = hostile, .result = hostile, .values = hostile});
-    report.examples = {example};
-    report.differences = {{{hostile, 1, hostile, hostile, hostile}}};
+    report.examples.push_back(example);
+    report.differences.emplace().push_back({hostile, 1, hostile, hostile, hostile});
     return report;
 }
 
@@ -56,7 +59,8 @@ TEST(ReportPage, KeepsTextsText) {
     String const page = reportPage(hostileReport());
     EXPECT_EQ(countOf(page, "</script>"), 2U); // those of the page itself
     EXPECT_EQ(countOf(page, "<b>"), 0U);
-    EXPECT_EQ(countOf(page, "\"&'"), 0U);
+    EXPECT_EQ(countOf(page, "<b>\""), 0U);
+    EXPECT_EQ(countOf(page, "&'"), countOf(reportData(hostileReport()), "&'")); // JSON may
     EXPECT_THAT(page, Not(HasSubstr("\x01")));
     EXPECT_THAT(page, Not(HasSubstr("\xff")));
     EXPECT_THAT(page, HasSubstr("<h1>&lt;/script&gt;&lt;b&gt;&quot;&amp;'\xef\xbf\xbd"));

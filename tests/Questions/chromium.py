@@ -106,7 +106,8 @@ class Browser:
 
     def ask(self, expression):
         """The value of a JavaScript expression in the page."""
-        answer = self.send("Runtime.evaluate", expression=expression, returnByValue=True)
+        answer = self.send("Runtime.evaluate", expression=expression, returnByValue=True,
+                           awaitPromise=True)
         if "exceptionDetails" in answer:
             raise RuntimeError(f"{expression}: {answer['exceptionDetails']}")
         return answer["result"].get("value")

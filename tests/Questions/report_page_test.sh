@@ -20,15 +20,15 @@ cd "$work"
 # texts that would leave a careless page.
 hostile='<b>&.qcf'
 cat >"$hostile" <<'TEXT'
-list community_list MARKS {
+list community_list "</script><img src=x>" {
   permit { 65000:1 }
   permit { 65000:2 }
 }
 # <!-- </script><script>alert(1)</script>
 function helper() { return med is 3 }
-function import() {
-  if community matches MARKS {
-    return false because "</script><img src=x onerror=alert(1)>"
+function incoming() {
+  if community matches "</script><img src=x>" {
+    return false because marked
   }
   if helper() or local_preference > 1000 {
     med = 7
@@ -47,7 +47,7 @@ cat >routes.jsonl <<'TEXT'
 {"prefix": "10.0.3.0/24", "med": 9}
 {"prefix": "10.0.4.0/24", "med": 5}
 TEXT
-arguments=("./$hostile" --function import --routes routes.jsonl)
+arguments=("./$hostile" --function incoming --routes routes.jsonl)
 "$QCF_BINARY" report "${arguments[@]}" -o page.html
 "$QCF_BINARY" profile "${arguments[@]}" --format json >profile.json
 python3 -B "$here/report_page.py" page.html profile.json "$(command -v chromium)" "${QCF_PICTURES:-}"
