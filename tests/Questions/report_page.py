@@ -40,7 +40,7 @@ CONTRAST = """(() => {
 NAMELESS = """[...document.querySelectorAll("a[href], button, input, select, summary, [tabindex]")].filter((e) =>
   !(e.getAttribute("aria-label") || (e.getAttribute("aria-labelledby") && document.getElementById(
     e.getAttribute("aria-labelledby")).textContent) || (e.labels && e.labels.length &&
-    e.labels[0].textContent) || e.textContent.trim())).map((e) => e.outerHTML.slice(0, 80))"""
+    e.labels[0].textContent) || (!e.matches("input, select") && e.textContent.trim()))).map((e) => e.outerHTML.slice(0, 80))"""
 
 FOCUSED = """(() => { const e = document.activeElement; const style = getComputedStyle(e);
   return {name: e.tagName, id: e.id, label: e.getAttribute("aria-label") || "", text: e.textContent.slice(0, 30),
