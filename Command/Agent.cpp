@@ -3,22 +3,17 @@
 #include "Command/CounterReport.h"
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
+#include "Command/PublishedPolicy.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
-#include "Documents/Program.h"
 #include "Lists/ListsDocument.h"
-#include "Mirror/NodeCopy.h"
 #include "Mirror/Redis/RedisFollower.h"
-#include "Mirror/WireText.h"
-#include "QcfLib/NodeWalk.h"
 
-#include <cmath>
 #include <condition_variable>
 #include <csignal>
 #include <memory>
 #include <thread>
-#include <unordered_map>
 
 /// Following and evaluating are apart: the follower's thread keeps the view in step with the
 /// server, the main thread takes from the view whatever is newest when it is done with the last
@@ -98,51 +93,6 @@ private:
     std::jthread thread_;
 };
 
-/// Writes what documents have no text for as something else: it is not what they are asked about. A
-/// name with odd bytes, or an infinite constant, is no reason to turn a published function down.
-class CheckedStyle final : public Qcf::Documents::NodeStyle {
-public:
-    void text(std::string_view text, RendererV2 & out) const override {
-        out.value(Qcf::Mirror::wireText(text));
-    }
-    void name(std::string_view name, RendererV2 & out) const override {
-        out.key(Qcf::Mirror::wireText(name));
-    }
-    void number(F32 value, RendererV2 & out) const override {
-        out.value(std::isfinite(value) ? value : 0);
-    }
-};
-
-/// Takes a function as if it stood in a document of its own, for what the reader of documents knows
-/// about functions that cannot be evaluated. Its nodes are copied under keys of their own, which in
-/// a published store may be those of nodes of other classes, too.
-void checkFunction(Function const & function) {
-    Qcf::Documents::Program program;
-    std::unordered_map<AetNodeBase const *, PtrConst<AetNodeBase>> copies;
-    // Children are left before their parents are, so that their copies are there.
-    auto const copyOf = [&](AetNodeBase const & child) { return copies.at(&child); };
-    walkTree(
-        function,
-        [&](Qcf::Eval::WalkedNode const & at) { return copies.try_emplace(&at.node).second; },
-        [&](AetNodeBase const & node) {
-            auto const copy = Qcf::Mirror::copyNode(node, program.nodes.size() + 1, copyOf);
-            copies[&node] = copy;
-            program.nodes.push_back(copy);
-            if (Qcf::Eval::is<Function>(node)) {
-                program.functions.push_back(ptrCast<Function const>(copy));
-            }
-        });
-    String text;
-    RendererV2 renderer(text);
-    Qcf::Documents::writeProgram(program, renderer, CheckedStyle());
-    auto const read = Qcf::Documents::readProgram(text, "published function");
-    // The walk leaves the function itself last of all, and so it stands last in the document.
-    auto const & fault = read.faults.back().eval;
-    if (!fault.empty()) {
-        throw DocumentError("function " + function.funcName() + ": " + fault);
-    }
-}
-
 /// Evaluates the routes with one version, whatever is published meanwhile; false, and told why,
 /// when a name that the function reaches is not defined.
 bool evaluate(PolicyVersion const & version, Options const & options,
@@ -153,8 +103,6 @@ bool evaluate(PolicyVersion const & version, Options const & options,
         throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
                             options.function);
     }
-    // A published store may come from another writer than `qcf publish`, which would have refused
-    // it.
     checkFunction(*function);
     String const subject = options.redis.name + " version " + std::to_string(version.id().number);
     // Nodes of a store stand in no file: a key and the function around it are what can be looked up

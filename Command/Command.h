@@ -57,6 +57,8 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
 /// Adds `qcf eval`; the others likewise. Each in the file of its name.
 void addEvalCommand(Commands & commands);
 void addExplainCommand(Commands & commands);
+void addDiffCommand(Commands & commands);
+void addImpactCommand(Commands & commands);
 void addCheckCommand(Commands & commands);
 void addCompileCommand(Commands & commands);
 void addTestCommand(Commands & commands);

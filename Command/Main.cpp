@@ -48,6 +48,8 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     Commands commands(app);
     addEvalCommand(commands);
     addExplainCommand(commands);
+    addDiffCommand(commands);
+    addImpactCommand(commands);
     addCheckCommand(commands);
     addCompileCommand(commands);
     addTestCommand(commands);

@@ -44,6 +44,16 @@ String firstLine(String text) {
 
 } // namespace
 
+String spelledLine(AetNodeBase const & node, Function const & within) {
+    if (auto const * const function = Qcf::Eval::as<Function>(node)) {
+        return "function " + Qcf::Text::nameWord(function->funcName());
+    }
+    if (auto const * const branch = Qcf::Eval::as<Qcf::Eval::IfExpression>(node)) {
+        return "if " + spelledLine(*branch->condition(), within);
+    }
+    return firstLine(Qcf::Text::printNode(node, &within));
+}
+
 PolicyPlaces::PolicyPlaces(std::shared_ptr<PolicyFile const> policy) : policy_(std::move(policy)) {
     // What `reason` asks is worked out here, so that it needs no lock.
     if (policy_->hasMap()) {
@@ -89,14 +99,12 @@ String PolicyPlaces::reason(AetNodeBase const & node) const {
 }
 
 String PolicyPlaces::foundLine(AetNodeBase const & node, Function const & within) const {
-    if (auto const * const function = Qcf::Eval::as<Function>(node)) {
-        return "function " + Qcf::Text::nameWord(function->funcName());
-    }
     if (auto const * const branch = Qcf::Eval::as<Qcf::Eval::IfExpression>(node)) {
         return "if " + foundLine(*branch->condition(), within);
     }
-    String const source = sourceOf(node);
-    return source.empty() ? firstLine(Qcf::Text::printNode(node, &within)) : source;
+    bool const isFunction = Qcf::Eval::is<Function>(node);
+    String const source = isFunction ? String() : sourceOf(node);
+    return source.empty() ? spelledLine(node, within) : source;
 }
 
 String PolicyPlaces::sourceOf(AetNodeBase const & node) const {

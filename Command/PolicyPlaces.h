@@ -7,6 +7,9 @@
 #include <memory>
 #include <mutex>
 
+/// A node on one line as policy text would spell it, without what stands in its blocks.
+String spelledLine(Qcf::Eval::AetNodeBase const & node, Qcf::Eval::Function const & within);
+
 /// The places of a policy's nodes: lines of its text, or of the text that a source map leads to,
 /// else pointers into the document.
 ///

@@ -48,14 +48,16 @@ void ReadablePolicy::print(PreparedPolicy const & prepared) {
     String const & path = prepared.file->path();
     String const text = Qcf::Text::printPolicy(prepared.file->program());
     Qcf::Text::Messages messages;
-    text_ = Qcf::Text::readPolicyText(text, path + " as text", sources_, messages);
-    if (!text_) {
+    sources_ = std::make_unique<Qcf::Text::Sources>();
+    auto policy = Qcf::Text::readPolicyText(text, path + " as text", *sources_, messages);
+    if (!policy) {
         std::ostringstream out;
-        messages.print(sources_, out);
+        messages.print(*sources_, out);
         throw DocumentError(
             path + ": cannot be told as text: " + out.str().substr(0, out.str().find('\n')));
     }
+    text_ = std::make_unique<Qcf::Text::Policy>(std::move(*policy));
     function_ = findFunction(text_->program(), path, function_->funcName());
-    places_ = std::make_unique<Qcf::Watch::TextPlaces>(text_->map(), sources_);
-    texts_.push_back({sources_[0].name(), text});
+    places_ = std::make_unique<Qcf::Watch::TextPlaces>(text_->map(), *sources_);
+    texts_.push_back({(*sources_)[0].name(), text});
 }

@@ -17,7 +17,7 @@ public:
     PtrConst<Qcf::Eval::Function> const & function() const { return function_; }
     Qcf::Watch::NodePlaces const & places() const { return *places_; }
     std::vector<Qcf::Questions::ReportText> const & texts() const { return texts_; }
-    bool isPrinted() const { return text_.has_value(); }
+    bool isPrinted() const { return text_ != nullptr; }
 
 private:
     /// Texts of the files in which the nodes have their places; false where one is missing.
@@ -27,7 +27,7 @@ private:
     PtrConst<Qcf::Eval::Function> function_;
     std::unique_ptr<Qcf::Watch::NodePlaces> places_;
     std::vector<Qcf::Questions::ReportText> texts_;
-    // Of a printed document, which places refer to.
-    Qcf::Text::Sources sources_;
-    std::optional<Qcf::Text::Policy> text_;
+    // Of a printed document; places refer to both, wherever this object is moved.
+    std::unique_ptr<Qcf::Text::Sources> sources_;
+    std::unique_ptr<Qcf::Text::Policy> text_;
 };

@@ -18,6 +18,7 @@ namespace Questions = Qcf::Questions;
 struct Options {
     PolicyArguments policy;
     String routes;
+    String against; ///< the policy before; empty for none
     String out;
     U64 threads = 1;
     U64 limit = ~U64{0};
@@ -29,26 +30,47 @@ void checkArguments(Options const & options) {
     if (options.policy.lists == "-") {
         throw UsageError("--lists wants a file here");
     }
+    if (options.against == "-") {
+        throw UsageError("--against wants a file");
+    }
     for (String const & input : {options.policy.policy.path, options.policy.policy.map,
-                                 options.policy.lists, options.routes}) {
+                                 options.policy.lists, options.routes, options.against}) {
         if (options.out != "-" && options.out == input) {
             throw UsageError(options.out + " is named twice");
         }
     }
 }
 
-Questions::ReportCounts countsOf(Options const & options, PreparedPolicy const & prepared,
-                                 Qcf::Watch::NodeNumbers const & numbers,
-                                 PtrConst<Qcf::Eval::Function> const & function) {
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Progress progress("routes");
+Questions::ReportRun runOf(Options const & options, PtrConst<Qcf::Eval::Function> function,
+                           PreparedPolicy const & prepared) {
     Questions::ReportRun run;
-    run.function = function;
+    run.function = std::move(function);
     run.matchers = prepared.matchers;
     run.threads = static_cast<U32>(options.threads);
     run.limit = options.limit;
-    run.progress = [&progress](U64 routes) { progress.done(routes); };
-    return Questions::countTable(*reader, run, numbers);
+    return run;
+}
+
+/// The policy before, where one is given.
+struct Against {
+    PreparedPolicy prepared;
+    ReadablePolicy readable;
+    Questions::Comparison comparison;
+};
+
+/// With the same function and lists. Null without a function where it may not be evaluated.
+std::unique_ptr<Against> againstOf(Options const & options, Questions::ReportRun const & run) {
+    PolicyArguments arguments = options.policy;
+    arguments.policy = {options.against};
+    PreparedPolicy prepared = preparePolicy(arguments);
+    if (!prepared.function) {
+        return nullptr;
+    }
+    ReadablePolicy readable(prepared);
+    Questions::Comparison comparison{{readable.function(), prepared.matchers},
+                                     {run.function, run.matchers}};
+    return std::make_unique<Against>(
+        Against{std::move(prepared), std::move(readable), std::move(comparison)});
 }
 
 /// A page that was there stays until the new one is whole.
@@ -76,14 +98,27 @@ int report(Options const & options) {
         return 1;
     }
     ReadablePolicy const readable(prepared);
+    auto run = runOf(options, readable.function(), prepared);
+    std::unique_ptr<Against> against;
+    if (!options.against.empty()) {
+        against = againstOf(options, run);
+        if (!against) {
+            return 1;
+        }
+        run.comparison = &against->comparison;
+    }
     Qcf::Watch::NodeNumbers const numbers(std::span(&readable.function(), 1));
-    auto const counts = countsOf(options, prepared, numbers, readable.function());
     auto const records = prepared.file->listRecordsWith(options.policy.lists);
-    auto report =
-        Questions::makeReport({readable.function(), prepared.matchers, numbers, counts,
-                               readable.places(), readable.texts(), prepared.lists.get(), records});
+    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    Progress progress("routes");
+    run.progress = [&progress](U64 routes) { progress.done(routes); };
+    auto const counts = countTable(*reader, run, numbers);
+    auto report = Questions::makeReport({readable.function(), prepared.matchers, numbers, counts,
+                                         readable.places(), readable.texts(), prepared.lists.get(),
+                                         records, against ? &against->readable.places() : nullptr});
     report.subject = options.policy.policy.path;
     report.table = options.routes;
+    report.against = options.against;
     report.note = readable.isPrinted() ? "The policy is a document; its lines are those of the "
                                          "document printed as text."
                                        : "";
@@ -100,7 +135,8 @@ void addReportCommand(Commands & commands) {
         "The page is one file of HTML that loads nothing: the source with the counts of each "
         "line,\n"
         "the statements that decided, what was never reached, entries of lists without hits, what\n"
-        "was unknown and why, and example routes with their explanations.",
+        "was unknown and why, and example routes with their explanations. With --against it also\n"
+        "groups the routes that another version of the policy treats otherwise.",
         "qcf report policy.qcf --function import --routes table.mrt.gz -o report.html",
         [options] { return report(*options); });
     options->policy.addTo(command);
@@ -109,6 +145,10 @@ void addReportCommand(Commands & commands) {
                     "Table of routes: MRT or JSON lines, also compressed")
         ->required()
         ->type_name("FILE");
+    command
+        .add_option("--against", options->against,
+                    "The policy before: the page tells which routes it treats otherwise")
+        ->type_name("POLICY");
     command.add_option("-o,--out", options->out, "File of the page; - for standard output")
         ->required()
         ->type_name("FILE");

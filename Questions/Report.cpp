@@ -1,5 +1,6 @@
 #include "Questions/Report.h"
 
+#include "Questions/DifferenceReport.h"
 #include "Questions/ReportExamples.h"
 #include "Questions/ReportLines.h"
 #include "Questions/ReportLists.h"
@@ -22,6 +23,16 @@ std::vector<std::pair<String, U64>> mostFirst(Counts const & counts) {
     return sorted;
 }
 
+/// "transit.qcf:42  if as_path.length > 40  (false)"; "-" where that side has none.
+String statementText(PartingStatement const & at, Watch::NodePlaces const & places) {
+    if (at.node == nullptr || at.within == nullptr) {
+        return "-";
+    }
+    String const text =
+        places.of(*at.node, *at.within).text() + "  " + places.line(*at.node, *at.within);
+    return at.answer ? text + "  (" + toString(*at.answer) + ')' : text;
+}
+
 class Maker {
 public:
     explicit Maker(ReportInput const & input)
@@ -40,6 +51,9 @@ public:
         report.unknownVerdicts = mostFirst(input_.counts.unknownBecause);
         report.lists = listsOf(input_);
         report.examples = examples_.take();
+        if (input_.before != nullptr) {
+            report.differences = differences();
+        }
         return report;
     }
 
@@ -90,6 +104,16 @@ private:
                                 {because.begin(), because.end()}});
         }
         return unknowns;
+    }
+
+    std::vector<ReportDifference> differences() const {
+        std::vector<ReportDifference> differences;
+        for (DifferenceGroup const & group : input_.counts.differences.sorted()) {
+            differences.push_back(
+                {group.text(), group.count, statementText(group.example.older, *input_.before),
+                 statementText(group.example.newer, input_.places), exampleText(group.example)});
+        }
+        return differences;
     }
 
     // One for each line before a second for any.

@@ -142,6 +142,8 @@ struct ReportInput {
     /// The lists that were bound, may be null, and what was written of them.
     Lists::NamedLists const * lists;
     std::vector<Lists::ListRecord> const & records;
+    /// Where the statements of the policy before stand; null where none is compared with.
+    Watch::NodePlaces const * before = nullptr;
 };
 
 /// Puts everything in order and explains the examples. What names the subject, the table and the

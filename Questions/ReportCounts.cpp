@@ -58,7 +58,7 @@ std::vector<U64> NodeExamples::all() const {
     return numbers;
 }
 
-void ReportCounts::add(ReportCounts const & other) {
+void ReportCounts::add(ReportCounts && other) {
     profile.add(other.profile);
     examples.resize(other.examples.size());
     for (std::size_t i = 0; i < examples.size(); ++i) {
@@ -73,7 +73,8 @@ void ReportCounts::add(ReportCounts const & other) {
     for (auto const & [reason, count] : other.unknownBecause) {
         unknownBecause[reason] += count;
     }
-    routes.insert(other.routes.begin(), other.routes.end());
+    routes.merge(other.routes);
+    differences.add(std::move(other.differences));
 }
 
 ReportObserver::ReportObserver(Watch::NodeNumbers const & numbers)

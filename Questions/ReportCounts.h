@@ -2,6 +2,7 @@
 
 #include "Agent/Evaluation/AgentContext.h"
 #include "Agent/Evaluation/ParallelEvaluation.h"
+#include "Questions/PolicyComparison.h"
 #include "Watch/ListAnswers.h"
 #include "Watch/Profile.h"
 
@@ -44,7 +45,9 @@ struct ReportCounts {
     std::map<String, U64> unknownBecause;       ///< routes without a verdict, by reason
     std::map<U64, Agent::Route> routes;         ///< the examples themselves, by number
 
-    void add(ReportCounts const & other);
+    DifferenceGroups differences; ///< from another policy, where one is compared with
+
+    void add(ReportCounts && other);
 };
 
 /// Counts for one context. The numbers must outlive it.
@@ -84,6 +87,8 @@ private:
 struct ReportRun {
     PtrConst<Eval::Function> function;
     PtrConst<ExternalMatchersBase> matchers;
+    /// The policy before and this one, to tell of differences; null for none.
+    Comparison const * comparison = nullptr;
     U32 threads = 1;
     U64 limit = ~U64{0};
     /// Told the number of routes so far, by one thread at a time; may be null.

@@ -21,16 +21,29 @@ public:
           evaluating_(asked_),
           watched_(*asked_) {
         context_->evaluationObserverIs(&observer_);
+        if (run.comparison != nullptr) {
+            against_.emplace(*run.comparison);
+        }
     }
     Counter(Counter const &) = delete;
     Counter & operator=(Counter const &) = delete;
     ~Counter() { context_->evaluationObserverIs(nullptr); }
 
     Ptr<Agent::AgentContextBase> const & context() const { return context_; }
-    ReportObserver & observer() { return observer_; }
+
+    ReportCounts takeCounts() {
+        auto counts = observer_.take();
+        if (against_) {
+            counts.differences = against_->comparer.takeGroups();
+        }
+        return counts;
+    }
 
     void take(Agent::Evaluated const & evaluated) {
         observer_.routeDone(evaluated);
+        if (against_) {
+            against_->take(evaluated.number, evaluated.route);
+        }
         if (evaluated.result.retVal() != Eval::QcfUnknown()) {
             return;
         }
@@ -43,12 +56,31 @@ public:
     }
 
 private:
+    /// The policy before, with what compares it.
+    struct Against {
+        explicit Against(Comparison const & of)
+            : comparison(of),
+              comparer(of),
+              agent(makePtr<Agent::AgentContext>(of.older.matchers)),
+              context(agent) {}
+        void take(U64 number, Agent::Route const & route) {
+            agent->routeIs(route);
+            auto const result = comparison.older.function->eval(context);
+            comparer.take({number, route, result, *agent});
+        }
+        Comparison const & comparison;
+        RouteComparer comparer;
+        Ptr<Agent::AgentContextBase> agent;
+        Ptr<Eval::EvalContextBase> context;
+    };
+
     PtrConst<Eval::Function> function_;
     ReportObserver observer_;
     Ptr<Agent::AgentContextBase> context_;
     Ptr<Agent::AgentContextBase> asked_;
     Ptr<Eval::EvalContextBase> evaluating_;
     Watch::Watched watched_;
+    std::optional<Against> against_;
 };
 
 using CounterOf = std::unordered_map<Agent::AgentContextBase const *, std::unique_ptr<Counter>>;
@@ -96,7 +128,7 @@ ReportCounts countTable(Agent::RouteReader & reader, ReportRun const & run,
     evaluateTable(reader, table);
     ReportCounts total;
     for (auto & [context, counter] : counters) {
-        total.add(counter->observer().take());
+        total.add(counter->takeCounts());
     }
     return total;
 }

@@ -73,25 +73,6 @@ String roaTableName(U64 slot, TraceNode const & at) {
     return name;
 }
 
-/// A test of a prefix or an address against a prefix list.
-struct PrefixListTest {
-    PrefixList const * list = nullptr; ///< null for other nodes
-    IpGenPrefix candidate = {};
-};
-
-PrefixListTest prefixListTest(Expression const & node, Context const & context) {
-    if (auto const * const test = as<IpPrefixMatchPrefixList>(node)) {
-        return {test->rhs().get(), test->lhs()->getVal(context)};
-    }
-    if (auto const * const test = as<IpPrefixMatchCoveredPrefixList>(node)) {
-        return {test->rhs().get(), test->lhs()->getVal(context)};
-    }
-    if (auto const * const test = as<IpAddressMatchPrefixList>(node)) {
-        return {test->rhs().get(), IpGenPrefix::host(test->lhs()->getVal(context))};
-    }
-    return {};
-}
-
 /// Why no list was found, which only a candidate of the other family and lists for some VRFs have.
 String whyThereIsNone(PrefixListTest const & test, TraceNode const & at,
                       EvalContext const & context) {
@@ -199,9 +180,23 @@ String roaTableSays(TraceNode const & at, EvalContext & context) {
 
 } // namespace
 
+PrefixListTest prefixListTest(Expression const & node, EvalContext & context) {
+    Context const reading(&context);
+    if (auto const * const test = as<IpPrefixMatchPrefixList>(node)) {
+        return {test->rhs().get(), test->lhs()->getVal(reading)};
+    }
+    if (auto const * const test = as<IpPrefixMatchCoveredPrefixList>(node)) {
+        return {test->rhs().get(), test->lhs()->getVal(reading)};
+    }
+    if (auto const * const test = as<IpAddressMatchPrefixList>(node)) {
+        return {test->rhs().get(), IpGenPrefix::host(test->lhs()->getVal(reading))};
+    }
+    return {};
+}
+
 String whyListIsSilent(TraceNode const & at, EvalContext & context) {
     Context const reading(&context);
-    PrefixListTest const test = prefixListTest(*at.node, reading);
+    PrefixListTest const test = prefixListTest(*at.node, context);
     if (test.list == nullptr) {
         return {};
     }
@@ -229,7 +224,7 @@ bool asksList(Expression const & node) {
 
 ListAnswer listAnswer(Expression const & node, EvalContext & context) {
     Context const reading(&context);
-    if (PrefixListTest const test = prefixListTest(node, reading); test.list != nullptr) {
+    if (PrefixListTest const test = prefixListTest(node, context); test.list != nullptr) {
         return prefixListAnswer(test, reading);
     }
     if (auto const * const test = as<AsPathMatchAsPathAccessList>(node)) {

@@ -5,6 +5,15 @@
 
 namespace Qcf::Watch {
 
+/// A test of a prefix or an address against a prefix list.
+struct PrefixListTest {
+    Eval::PrefixList const * list = nullptr; ///< null for other nodes
+    IpGenPrefix candidate = {};
+};
+
+/// What the node asks of which list; the context is at that node.
+PrefixListTest prefixListTest(Eval::Expression const & node, Eval::EvalContext & context);
+
 /// What a named list answers at a node.
 struct ListAnswer {
     /// The list itself, as it stands in the lists that were bound; null where none was asked.

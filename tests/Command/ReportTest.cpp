@@ -148,6 +148,24 @@ TEST(Report, DocumentsHaveLines) {
               "covered decides7|2|0|2|0|40.0 %||    return false because marked");
 }
 
+// The same groups as the difference command tells, from the one reading of the table.
+TEST(Report, TellsWhatAnotherVersionTreatsOtherwise) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy);
+    String old = policy;
+    old.replace(old.find("length > 3"), 10, "length > 8");
+    workshop.write("old.qcf", old);
+    workshop.write("r.jsonl", routes);
+    String const page = reportOf(workshop, {"--against", "old.qcf"});
+    EXPECT_THAT(page, HasSubstr("<p>1 of 5 routes differ from old.qcf.</p>"));
+    EXPECT_THAT(page, ContainsRegex("<td>1</td><td class=\"wrap\">unknown -&gt; accepted</td>"));
+    EXPECT_THAT(page, HasSubstr("<code>old.qcf:12  if as_path.length &gt; 8  (false)</code>"));
+    EXPECT_THAT(page, HasSubstr("<code>p.qcf:12  if as_path.length &gt; 3  (true)</code>"));
+    EXPECT_THAT(reportOf(workshop, {"--against", "p.qcf"}),
+                HasSubstr("<p>0 of 5 routes differ from p.qcf.</p>"));
+    EXPECT_THAT(reportOf(workshop), testing::Not(HasSubstr("id=\"diff\"")));
+}
+
 // A page of a long policy opens at once.
 TEST(Report, FiveThousandLinesAreLessThanTwoMegabytes) {
     Workshop const workshop;

@@ -1,0 +1,87 @@
+#include "Command/PublishedPolicy.h"
+
+#include "Command/PolicyPlaces.h"
+#include "Command/Readiness.h"
+#include "Documents/Program.h"
+#include "Mirror/NodeCopy.h"
+#include "Mirror/Redis/RedisStore.h"
+#include "Mirror/WireText.h"
+#include "QcfLib/NodeWalk.h"
+
+#include <cmath>
+#include <unordered_map>
+
+using Qcf::Eval::AetNodeBase;
+using Qcf::Eval::Function;
+
+namespace {
+
+/// Writes what documents have no text for as something else: it is not what they are asked about. A
+/// name with odd bytes, or an infinite constant, is no reason to turn a published function down.
+class CheckedStyle final : public Qcf::Documents::NodeStyle {
+public:
+    void text(std::string_view text, RendererV2 & out) const override {
+        out.value(Qcf::Mirror::wireText(text));
+    }
+    void name(std::string_view name, RendererV2 & out) const override {
+        out.key(Qcf::Mirror::wireText(name));
+    }
+    void number(F32 value, RendererV2 & out) const override {
+        out.value(std::isfinite(value) ? value : 0);
+    }
+};
+
+} // namespace
+
+void checkFunction(Function const & function) {
+    Qcf::Documents::Program program;
+    std::unordered_map<AetNodeBase const *, PtrConst<AetNodeBase>> copies;
+    // Children are left before their parents are, so that their copies are there.
+    auto const copyOf = [&](AetNodeBase const & child) { return copies.at(&child); };
+    walkTree(
+        function,
+        [&](Qcf::Eval::WalkedNode const & at) { return copies.try_emplace(&at.node).second; },
+        [&](AetNodeBase const & node) {
+            auto const copy = Qcf::Mirror::copyNode(node, program.nodes.size() + 1, copyOf);
+            copies[&node] = copy;
+            program.nodes.push_back(copy);
+            if (Qcf::Eval::is<Function>(node)) {
+                program.functions.push_back(ptrCast<Function const>(copy));
+            }
+        });
+    String text;
+    RendererV2 renderer(text);
+    Qcf::Documents::writeProgram(program, renderer, CheckedStyle());
+    auto const read = Qcf::Documents::readProgram(text, "published function");
+    // The walk leaves the function itself last of all, and so it stands last in the document.
+    auto const & fault = read.faults.back().eval;
+    if (!fault.empty()) {
+        throw DocumentError("function " + function.funcName() + ": " + fault);
+    }
+}
+
+// Writers may go on meanwhile: what was read may be newer than what was the live version first.
+PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis) {
+    Qcf::Mirror::RedisConnection connection(redis.options());
+    Qcf::Mirror::RedisKeys const keys(redis.name);
+    auto const state = readState(connection, keys);
+    if (!state.exists()) {
+        throw DocumentError("nothing is published under " + redis.name);
+    }
+    Qcf::Mirror::Replica replica(redis.name);
+    Qcf::Mirror::StreamReader reader(replica, tellLine);
+    loadReplica(connection, keys, replica, reader, tellLine);
+    if (replica.version().number < state.version.number) {
+        throw DocumentError(redis.name + ": " + state.version.toString() +
+                            " is not there as a whole");
+    }
+    return replica.policy();
+}
+
+Qcf::Watch::NodePlace PublishedPlaces::of(AetNodeBase const & node, Function const & within) const {
+    return {subject_, '/' + within.funcName() + '/' + std::to_string(node.aetNodeKey())};
+}
+
+String PublishedPlaces::line(AetNodeBase const & node, Function const & within) const {
+    return spelledLine(node, within);
+}
