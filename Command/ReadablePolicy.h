@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Command/PreparedPolicy.h"
-#include "Questions/Report.h"
+#include "Questions/ReportInput.h"
 
 /// A policy whose every node has a line: the text that it was, the texts that a source map leads
 /// to, or else the document printed as text, which is the same program and evaluates alike.

@@ -5,6 +5,7 @@
 #include "Command/ReadablePolicy.h"
 #include "Command/Readiness.h"
 #include "Command/ReplaceFile.h"
+#include "Questions/ReportMaker.h"
 #include "Questions/ReportPage.h"
 
 #include <filesystem>
@@ -14,6 +15,9 @@
 namespace {
 
 namespace Questions = Qcf::Questions;
+
+constexpr char const * printedNote =
+    "The policy is a document; its lines are those of the document printed as text.";
 
 struct Options {
     PolicyArguments policy;
@@ -73,6 +77,16 @@ std::unique_ptr<Against> againstOf(Options const & options, Questions::ReportRun
         Against{std::move(prepared), std::move(readable), std::move(comparison)});
 }
 
+Questions::ReportCounts countsOf(Options const & options, Questions::ReportRun & run,
+                                 Qcf::Watch::NodeNumbers const & numbers) {
+    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    Progress progress("routes");
+    run.progress = [&progress](U64 routes) { progress.done(routes); };
+    auto counts = Questions::countTable(*reader, run, numbers);
+    run.progress = nullptr;
+    return counts;
+}
+
 /// A page that was there stays until the new one is whole.
 void write(String const & path, String const & page) {
     if (path == "-") {
@@ -99,29 +113,21 @@ int report(Options const & options) {
     }
     ReadablePolicy const readable(prepared);
     auto run = runOf(options, readable.function(), prepared);
-    std::unique_ptr<Against> against;
-    if (!options.against.empty()) {
-        against = againstOf(options, run);
-        if (!against) {
-            return 1;
-        }
-        run.comparison = &against->comparison;
+    auto const against = options.against.empty() ? nullptr : againstOf(options, run);
+    if (!options.against.empty() && !against) {
+        return 1;
     }
+    run.comparison = against ? &against->comparison : nullptr;
     Qcf::Watch::NodeNumbers const numbers(std::span(&readable.function(), 1));
     auto const records = prepared.file->listRecordsWith(options.policy.lists);
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Progress progress("routes");
-    run.progress = [&progress](U64 routes) { progress.done(routes); };
-    auto const counts = countTable(*reader, run, numbers);
+    auto const counts = countsOf(options, run, numbers);
     auto report = Questions::makeReport({readable.function(), prepared.matchers, numbers, counts,
                                          readable.places(), readable.texts(), prepared.lists.get(),
                                          records, against ? &against->readable.places() : nullptr});
     report.subject = options.policy.policy.path;
     report.table = options.routes;
     report.against = options.against;
-    report.note = readable.isPrinted() ? "The policy is a document; its lines are those of the "
-                                         "document printed as text."
-                                       : "";
+    report.note = readable.isPrinted() ? printedNote : "";
     write(options.out, Questions::reportPage(report));
     return 0;
 }

@@ -1,16 +1,11 @@
 #pragma once
 
-#include "Lists/ListRecord.h"
 #include "Questions/ReportCounts.h"
 #include "Watch/ExplanationRows.h"
 
-/// What a policy does to a table of routes, gathered for a page that people read (ReportPage.h):
-///
-///     auto const counts = countTable(*reader, run, numbers);
-///     Report const report = makeReport({numbers, counts, places, texts, ...});
-///     std::cout << reportPage(report);
-///
-/// Everything is a plain value. Numbers of examples are places in `Report::examples`.
+/// What a policy does to a table of routes, made by ReportMaker.h for a page that people read
+/// (ReportPage.h). Everything is a plain value. Numbers of examples are places in
+/// `Report::examples`.
 namespace Qcf::Questions {
 
 /// A line of the policy that is told with its numbers.
@@ -124,30 +119,5 @@ struct Report {
 
     U64 routes() const { return verdicts[0] + verdicts[1] + verdicts[2]; }
 };
-
-/// A text that nodes have places in.
-struct ReportText {
-    String name; ///< as places name the file
-    String text;
-};
-
-/// What a report is made of. All must outlive the call.
-struct ReportInput {
-    PtrConst<Eval::Function> const & function;
-    PtrConst<ExternalMatchersBase> const & matchers;
-    Watch::NodeNumbers const & numbers;
-    ReportCounts const & counts;
-    Watch::NodePlaces const & places;
-    std::vector<ReportText> const & texts;
-    /// The lists that were bound, may be null, and what was written of them.
-    Lists::NamedLists const * lists;
-    std::vector<Lists::ListRecord> const & records;
-    /// Where the statements of the policy before stand; null where none is compared with.
-    Watch::NodePlaces const * before = nullptr;
-};
-
-/// Puts everything in order and explains the examples. What names the subject, the table and the
-/// note is left to the caller.
-Report makeReport(ReportInput const & input);
 
 } // namespace Qcf::Questions

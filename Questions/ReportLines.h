@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Questions/Report.h"
+#include "Questions/ReportInput.h"
 #include "Watch/Coverage.h"
 #include "Watch/ProfileRows.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Questions/Report.h"
+#include "Questions/ReportInput.h"
 
 namespace Qcf::Questions {
 

@@ -1,4 +1,4 @@
-#include "Questions/Report.h"
+#include "Questions/ReportMaker.h"
 
 #include "Questions/DifferenceReport.h"
 #include "Questions/ReportExamples.h"
