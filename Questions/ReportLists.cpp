@@ -15,13 +15,15 @@ using Lists::ListRecord;
 /// Entries that are shown of one list: so many with hits, so many without.
 constexpr std::size_t mostShown = 100;
 
-/// The entry as a text declares it: what a list of this one alone has between its braces.
+/// The entry as a text declares it, without its number: what a list of this one alone has between
+/// its braces.
 String entryText(Lists::ListContent one) {
     String text;
     Text::printList(text, ListRecord{"L", std::move(one)});
     std::size_t const begin = text.find_first_not_of(" \n", text.find('{') + 1);
     std::size_t const end = text.find_last_not_of(" \n", text.rfind('}') - 1) + 1;
-    return begin < end ? text.substr(begin, end - begin) : String();
+    text = begin < end ? text.substr(begin, end - begin) : String();
+    return text.starts_with("seq ") ? text.substr(text.find(' ', 4) + 1) : text;
 }
 
 /// Makes the rows of one list from its record.

@@ -35,6 +35,11 @@ String rowText(std::initializer_list<String> numbers, std::initializer_list<Stri
     return row + "</tr>\n";
 }
 
+/// Of a result, as people call it.
+String verdictWord(String const & verdict) {
+    return verdict == "true" ? "accepted" : verdict == "false" ? "rejected" : verdict;
+}
+
 String code(String const & text) { return "<code>" + escapedHtml(text) + "</code>"; }
 
 String listTable(ReportList const & list) {
@@ -46,14 +51,18 @@ String listTable(ReportList const & list) {
                 "</td><td class=\"wrap\">" + code(entry.text) + "</td></tr>\n";
     }
     String text = "<h3>" + escapedHtml(list.kind + ' ' + list.name) + "</h3><p>Asked " +
-                  groupedDigits(list.hits.asked) + " times, " + groupedDigits(list.hits.permitted) +
-                  " times permitted; " + groupedDigits(list.withoutHits) + " of " +
-                  groupedDigits(list.size) + " entries without hits." +
-                  (list.entries.size() < list.size
-                       ? " Not all entries are shown: those with most hits, and the first without."
-                       : "") +
-                  "</p>";
-    static constexpr Column columns[] = {{"entry", true}, {"hits", true}, {""}, {"text"}};
+                  groupedDigits(list.hits.asked) + ", permitted " +
+                  groupedDigits(list.hits.permitted);
+    if (list.size != 0) {
+        text += "; " + groupedDigits(list.withoutHits) + " of " + groupedDigits(list.size) +
+                " entries without hits";
+    }
+    text += ".";
+    if (list.entries.size() < list.size) {
+        text += " Of its entries those with most hits are shown, and the first without any.";
+    }
+    text += "</p>";
+    static constexpr Column columns[] = {{"entry", true}, {"hits", true}, {"note"}, {"text"}};
     return list.entries.empty()
                ? text
                : text + tableText("Entries of " + escapedHtml(list.name), columns, rows);
@@ -68,7 +77,8 @@ String exampleTable(Report const & report) {
         rows += "<tr data-example=\"" + std::to_string(i) + "\"><td>" +
                 groupedDigits(example.route) + "</td><td class=\"wrap\">" +
                 escapedHtml(example.prefix.empty() ? "(no prefix)" : example.prefix) +
-                "</td><td class=\"wrap\">" + example.verdict + "</td><td class=\"wrap\">" +
+                "</td><td class=\"wrap\">" + verdictWord(example.verdict) +
+                "</td><td class=\"wrap\">" +
                 escapedHtml(example.decidedBy.empty() ? "the end" : example.decidedBy) +
                 "</td><td class=\"wrap\">" + escapedHtml(example.reason) + "</td></tr>\n";
     }

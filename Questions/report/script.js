@@ -87,12 +87,12 @@
       make("td", {class: "answer wrap"}, data.texts[said]));
   };
   // `place` is the line whose rows stand out, as a label of rows has it.
-  const example = (number, place) => {
+  const prefixText = (route) => (route.prefix || "(no prefix)") + (route.peer ? " from " + route.peer : "");
+  const routeText = (route) => "route " + route.route + "  " + prefixText(route) + "  " + verdictText[route.verdict] +
+    (route.by ? " by " + route.by : " at the end") + (route.reason ? "  reason: " + route.reason : "");
+  const example = (number, place, told = routeText) => {
     const route = data.examples[number];
-    const told = "route " + route.route + "  " + (route.prefix || "(no prefix)") + (route.peer ? " from " + route.peer : "") +
-      "  " + verdictText[route.verdict] + (route.by ? " by " + route.by : " at the end") +
-      (route.reason ? "  reason: " + route.reason : "");
-    const element = make("details", {class: "example"}, make("summary", {}, told));
+    const element = make("details", {class: "example"}, make("summary", {}, told(route)));
     element.addEventListener("toggle", () => {
       if (!element.open || element.children.length > 1) return;
       const body = make("tbody", {});
@@ -223,7 +223,7 @@
       if (numbersOf.length === 0) return;
       element.append(make("details", {}, make("summary", {}, "examples"), examplesOf(numbersOf)));
     });
-    each("#routes tr[data-example]", (row) => row.cells[1].replaceChildren(example(Number(row.dataset.example))));
+    each("#routes tr[data-example]", (row) => row.cells[1].replaceChildren(example(Number(row.dataset.example), "", prefixText)));
   };
 
   setUpTabs();

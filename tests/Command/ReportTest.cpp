@@ -42,21 +42,29 @@ String reportOf(Workshop const & workshop, std::vector<String> const & more = {}
     return workshop.read("page.html");
 }
 
-/// The row of a line, tags left out: numbers and words with a bar between cells.
+/// With a bar between cells.
+String withoutTags(String const & html) {
+    String text;
+    bool isTag = false;
+    for (std::size_t i = 0; i < html.size(); ++i) {
+        text +=
+            html.compare(i, 8, "</td><td") == 0 || html.compare(i, 8, "</th><td") == 0 ? "|" : "";
+        isTag = isTag || html[i] == '<';
+        text += isTag ? String() : String(1, html[i]);
+        isTag = isTag && html[i] != '>';
+    }
+    return text;
+}
+
+/// The classes and cells of a line's row; empty where nothing of it could be evaluated.
 String rowOf(String const & page, U32 line) {
     std::size_t const begin = page.find("<tr id=\"L0-" + std::to_string(line) + '"');
     if (begin == String::npos) {
         return {};
     }
     String const row = page.substr(begin, page.find("</tr>", begin) - begin);
-    String text = row.substr(row.find("class=\"") + 7, row.find("\">") - row.find("class=\"") - 7);
-    bool isTag = true;
-    for (std::size_t i = row.find('>'); i < row.size(); ++i) {
-        text += row.compare(i, 3, "<td") == 0 ? "|" : "";
-        isTag = row[i] == '<' || (isTag && row[i] != '>');
-        text += isTag || row[i] == '>' ? String() : String(1, row[i]);
-    }
-    return text;
+    std::size_t const classes = row.find("class=\"") + 7;
+    return row.substr(classes, row.find('"', classes) - classes) + ' ' + withoutTags(row);
 }
 
 } // namespace
@@ -72,20 +80,77 @@ TEST(Report, TellsOfEachLineWhatHappenedThere) {
     };
     for (auto const & [line, row] : {
              Case{1, ""},
-             Case{5, "covered5|5|1|2|1|||function f() {"},
-             Case{6, "covered6|5|2|3|0|||  if community matches MARKS {"},
-             Case{7, "covered decides7|2|0|2|0|40.0 %||    return false because marked"},
-             Case{9, "half9|3|1|2|0||half|  if med is 5 or med is 6 {"},
-             Case{10, "covered decides10|1|0|0|0|20.0 %||    exit true"},
-             Case{13, "covered13|1||||||    local_preference = 50"},
+             Case{5, "covered 5|5|1|2|1|||function f() {"},
+             Case{6, "covered 6|5|2|3|0|||  if community matches MARKS {"},
+             Case{7, "covered decides 7|2|0|2|0|40.0 %||    return false because marked"},
+             Case{9, "half 9|3|1|2|0||half|  if med is 5 or med is 6 {"},
+             Case{10, "covered decides 10|1|0|0|0|20.0 %||    exit true"},
+             Case{13, "covered 13|1||||||    local_preference = 50"},
          }) {
         EXPECT_EQ(rowOf(page, line), row) << line;
     }
     // A list with an entry that nothing hit, an unknown verdict, a change.
-    EXPECT_THAT(page, HasSubstr("Asked 5 times, 2 times permitted; 1 of 2 entries without hits."));
+    EXPECT_THAT(page, HasSubstr("Asked 5, permitted 2; 1 of 2 entries without hits."));
     EXPECT_THAT(page, ContainsRegex("no hits</td><td class=\"wrap\"><code>permit \\{ 65000:2 \\}"));
     EXPECT_THAT(page, HasSubstr("function f ended without return"));
     EXPECT_THAT(page, HasSubstr("local_preference</th><td>1</td>"));
+}
+
+// An entry counts when its answer is the list's, whatever kind of list it is; a list that another
+// function's test asks counts as well, one that nobody asks is left out.
+TEST(Report, CountsTheEntriesThatAnswered) {
+    Workshop const workshop;
+    workshop.write("p.qcf",
+                   R"(list prefix_list P v4 { permit 10.0.0.0/8 le 24  deny 10.0.0.0/8 le 32 }
+list ext_community_list E { permit { rt:65000:1 }  deny { rt:65000:2 } }
+list large_community_list L { deny { 1:2:3 }  permit { 1:2:4 } }
+list as_path_list A { deny "^7_"  permit "_9$" }
+list tag_set T { 7, 77 }
+list community_list NOBODY { permit { 1:1 } }
+function called() { return as_path matches A }
+function f() {
+  if prefix matches v4 P { med = 1 }
+  if ext_community matches E { med = 2 }
+  if large_community matches L { med = 3 }
+  if igp.tag matches T { med = 4 }
+  called()
+  return true
+}
+)");
+    workshop.write("r.jsonl", R"({"prefix": "10.1.0.0/16", "as_path": "7 9", "igp.tag": 77}
+{"prefix": "10.1.1.128/25", "as_path": "8 9", "large_community": ["1:2:4"]}
+{"prefix": "10.2.1.128/25", "as_path": "8", "ext_community": ["rt:65000:1"]}
+)");
+    String const page = reportOf(workshop);
+    struct Case {
+        char const * list;
+        char const * counts;
+        std::vector<char const *> rows; // entry, hits, text
+    };
+    for (auto const & [list, counts, rows] : std::vector<Case>{
+             {"prefix list P",
+              "Asked 3, permitted 1; 0 of 2 entries without hits.",
+              {"10|1||permit 10.0.0.0/8 le 24", "20|2||deny 10.0.0.0/8 le 32"}},
+             {"extended community list E",
+              "Asked 3, permitted 1; 1 of 2 entries without hits.",
+              {"1|1||permit { 0x0002fde800000001 }", "2|0|no hits|deny { 0x0002fde800000002 }"}},
+             {"large community list L",
+              "Asked 3, permitted 1; 1 of 2 entries without hits.",
+              {"1|0|no hits|deny { 1:2:3 }", "2|1||permit { 1:2:4 }"}},
+             {"AS-path access list A",
+              "Asked 3, permitted 1; 0 of 2 entries without hits.",
+              {"1|1||deny &quot;^7_&quot;", "2|1||permit &quot;_9$&quot;"}},
+             {"tag set T", "Asked 3, permitted 1.", {}},
+         }) {
+        std::size_t const begin = page.find("<h3>" + String(list) + "</h3>");
+        ASSERT_NE(begin, String::npos) << list;
+        String const part = withoutTags(page.substr(begin, page.find("<h3>", begin + 4) - begin));
+        EXPECT_THAT(part, HasSubstr(counts)) << list;
+        for (char const * const row : rows) {
+            EXPECT_THAT(part, HasSubstr(row)) << list;
+        }
+    }
+    EXPECT_THAT(page, testing::Not(HasSubstr("<h3>community list NOBODY")));
 }
 
 TEST(Report, DecidingClausesAreThoseOfTheProfile) {
@@ -145,7 +210,7 @@ TEST(Report, DocumentsHaveLines) {
     arguments.insert(arguments.end(), {"--map", "p.map"});
     ASSERT_EQ(workshop.run(arguments).exitCode, 0);
     EXPECT_EQ(rowOf(workshop.read("page.html"), 7),
-              "covered decides7|2|0|2|0|40.0 %||    return false because marked");
+              "covered decides 7|2|0|2|0|40.0 %||    return false because marked");
 }
 
 // The same groups as the difference command tells, from the one reading of the table.
@@ -184,7 +249,7 @@ TEST(Report, FiveThousandLinesAreLessThanTwoMegabytes) {
     String const page = reportOf(workshop);
     EXPECT_LT(page.size(), 2'000'000U);
     EXPECT_EQ(rowOf(page, 4997),
-              "half4997|335|1|334|0||half|  if med is 1665 or as_path.length &gt; 1765 {");
+              "half 4997|335|1|334|0||half|  if med is 1665 or as_path.length &gt; 1765 {");
     EXPECT_THAT(page, HasSubstr("reason-1665"));
 }
 
