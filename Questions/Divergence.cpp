@@ -6,11 +6,11 @@ namespace Qcf::Questions {
 
 using namespace Eval; // NOLINT(google-build-using-namespace): every name here is one of its nodes
 
-// What did not show in any effect, such as a flag that a built-in function set, is looked for once
-// more by the texts of what was evaluated.
+// A write of what was there already makes a difference to who applies it, but not to what follows;
+// and what no node shows, some text has to.
 Divergence TraceComparison::of(Node const & older, Node const & newer) {
-    for (bool const byText : {false, true}) {
-        byText_ = byText;
+    for (Measure const measure : {Measure::effects, Measure::writes, Measure::texts}) {
+        measure_ = measure;
         if (auto const found = inside(older, newer)) {
             return found->at;
         }
@@ -31,7 +31,7 @@ void TraceComparison::appendTexts(String & out, Node const & node) {
 }
 
 bool TraceComparison::isSame(Node const & older, Node const & newer, Counts counts) {
-    if (byText_) {
+    if (measure_ == Measure::texts) {
         String first;
         String second;
         appendTexts(first, older);
@@ -44,11 +44,13 @@ bool TraceComparison::isSame(Node const & older, Node const & newer, Counts coun
     bool const isValueAsked = counts == Counts::value || a.terminates();
     bool const isSameValue = isValueAsked ? a.retVal() == b.retVal()
                                           : counts == Counts::leaving || a.isTrue() == b.isTrue();
-    return isSameWay && isSameValue && effectsOf(older) == effectsOf(newer);
+    bool const withIdle = measure_ == Measure::writes;
+    return isSameWay && isSameValue && effectsOf(older, withIdle) == effectsOf(newer, withIdle);
 }
 
 bool TraceComparison::isLoneEffective(Node const & node) {
-    return byText_ || node.thrown || node.result.terminates() || !effectsOf(node).empty();
+    return measure_ == Measure::texts || node.thrown || node.result.terminates() ||
+           !effectsOf(node, measure_ == Measure::writes).empty();
 }
 
 // Where an edit inside explains the difference it is the closer one.

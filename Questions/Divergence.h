@@ -35,6 +35,13 @@ private:
         Divergence at;
         bool isEdited; ///< the texts differ
     };
+    /// By what parts of evaluations are told apart, the next one where the one before shows
+    /// nothing.
+    enum class Measure : U8 {
+        effects, ///< by outcomes, and by changes that had an effect
+        writes,  ///< by outcomes, and by all changes
+        texts,   ///< by what was evaluated
+    };
     /// What of an outcome makes a difference to who asked for it.
     enum class Counts : U8 { leaving, truth, value };
     /// A part of a sequence with its evaluation; null where it was not evaluated.
@@ -70,7 +77,7 @@ private:
 
     StatementTexts texts_;
     std::map<NodePair, std::vector<PartPair>> pairs_;
-    bool byText_ = false; ///< texts are compared, not what they did
+    Measure measure_ = Measure::effects;
 };
 
 } // namespace Qcf::Questions

@@ -9,11 +9,12 @@ bool setsFlag(Watch::TraceNode const & node) {
     return Eval::is<Eval::SetNextHopSelfImplExpr>(*node.node) && node.result.isTrue();
 }
 
-void append(std::vector<TraceEffect> & effects, Watch::TraceNode const & node) {
+void append(std::vector<TraceEffect> & effects, Watch::TraceNode const & node, bool withIdle) {
     for (Watch::TraceNode const * const child : node.children) {
-        append(effects, *child);
+        append(effects, *child, withIdle);
     }
-    if (node.change && !node.thrown && !node.change->hadNoEffect()) {
+    bool const isChange = node.change && !node.thrown;
+    if (isChange && (withIdle || !node.change->hadNoEffect())) {
         effects.push_back({&node.change->target->typeData(), node.change->after});
     }
     if (setsFlag(node)) {
@@ -23,9 +24,9 @@ void append(std::vector<TraceEffect> & effects, Watch::TraceNode const & node) {
 
 } // namespace
 
-std::vector<TraceEffect> effectsOf(Watch::TraceNode const & node) {
+std::vector<TraceEffect> effectsOf(Watch::TraceNode const & node, bool withIdle) {
     std::vector<TraceEffect> effects;
-    append(effects, node);
+    append(effects, node, withIdle);
     return effects;
 }
 

@@ -12,7 +12,8 @@ struct TraceEffect {
     bool operator==(TraceEffect const &) const = default;
 };
 
-/// What the evaluation of the node changed, in order: changes that came to nothing are left out.
-std::vector<TraceEffect> effectsOf(Watch::TraceNode const & node);
+/// What the evaluation of the node changed, in order. Writes of what was there already are left
+/// out, unless they are asked for.
+std::vector<TraceEffect> effectsOf(Watch::TraceNode const & node, bool withIdle);
 
 } // namespace Qcf::Questions
