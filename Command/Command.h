@@ -63,6 +63,7 @@ void addCheckCommand(Commands & commands);
 void addCompileCommand(Commands & commands);
 void addTestCommand(Commands & commands);
 void addProfileCommand(Commands & commands);
+void addReportCommand(Commands & commands);
 void addDumpCommand(Commands & commands);
 void addFmtCommand(Commands & commands);
 void addNodesCommand(Commands & commands);

@@ -54,6 +54,7 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addCompileCommand(commands);
     addTestCommand(commands);
     addProfileCommand(commands);
+    addReportCommand(commands);
     addDumpCommand(commands);
     addFmtCommand(commands);
     addNodesCommand(commands);

@@ -27,6 +27,8 @@ public:
     String line(Qcf::Eval::AetNodeBase const & node,
                 Qcf::Eval::Function const & within) const override;
     String reason(Qcf::Eval::AetNodeBase const & node) const override;
+    /// The lines of a text that a map names; none where it cannot be read. Not while others ask.
+    std::vector<String> const & linesOf(String const & file) const;
 
 private:
     using Key = std::pair<Qcf::Eval::AetNodeBase const *, Qcf::Eval::Function const *>;
@@ -38,7 +40,6 @@ private:
     /// The first line of the node's text; empty where no text is known.
     String sourceOf(Qcf::Eval::AetNodeBase const & node) const;
     String mappedLine(Qcf::Text::MappedPlace const & place) const;
-    std::vector<String> const & linesOf(String const & file) const;
 
     std::shared_ptr<PolicyFile const> policy_;
     /// Of all that follows.

@@ -51,6 +51,7 @@ PreparedPolicy preparePolicy(PolicyArguments const & arguments) {
     if (readiness.of(*function, placeOf, lists.get())) {
         prepared.matchers = Qcf::Lists::bindLists(policy.program().slots, lists.get());
         prepared.function = std::move(function);
+        prepared.lists = lists;
     }
     return prepared;
 }

@@ -28,6 +28,8 @@ struct PreparedPolicy {
     PtrConst<Qcf::Eval::Function> function = nullptr;
     /// One set for all threads: it never changes.
     PtrConst<Qcf::ExternalMatchersBase> matchers = nullptr;
+    /// The lists that were put there; null where there are none.
+    PtrConst<Qcf::Lists::NamedLists> lists = nullptr;
 };
 
 /// Reads policy and lists and puts everything in place. Everything that can be wrong with them and

@@ -59,39 +59,41 @@ List const * listAs(MatcherTable<Status> const & table, U64 slot) {
 
 /// A test of communities against a list, plain or exact.
 template <typename Plain, typename Exact, typename List, typename Status>
-String communityListSays(Expression const & node, MatcherTable<Status> const & table,
-                         Context const & context) {
-    auto const ask = [&](auto const * test, bool exactly) -> String {
+ListAnswer communityListAnswer(Expression const & node, MatcherTable<Status> const & table,
+                               Context const & context) {
+    auto const ask = [&](auto const * test, bool exactly) -> ListAnswer {
         auto const * const list = test == nullptr ? nullptr : listAs<List>(table, test->index());
         if (list == nullptr) {
             return {};
         }
         PtrConst<typename List::Matcher::Set> fresh;
         auto const * const set = test->lhs()->lendVal(context, fresh);
-        return (exactly ? list->matcher().explainExactly(set) : list->matcher().explain(set)).text;
+        return {list, exactly ? list->matcher().explainExactly(set) : list->matcher().explain(set)};
     };
-    String says = ask(as<Plain>(node), false);
-    return says.empty() ? ask(as<Exact>(node), true) : says;
+    ListAnswer answer = ask(as<Plain>(node), false);
+    return answer.list == nullptr ? ask(as<Exact>(node), true) : answer;
 }
 
-String anyCommunityListSays(Expression const & node, EvalContext & context) {
+ListAnswer anyCommunityListAnswer(Expression const & node, EvalContext & context) {
     Context const reading(&context);
     ExternalMatchersBase const & lists = *context.externalMatchers();
-    String says = communityListSays<IntSetMatchCommList, IntSetMatchExactCommList,
-                                    Lists::StandardCommunityList>(node, lists.commLists, reading);
-    if (says.empty()) {
-        says = communityListSays<CommunitySetMatchExtCommList, CommunitySetMatchExactExtCommList,
-                                 Lists::ExtCommunityList>(node, lists.extCommLists, reading);
+    ListAnswer answer =
+        communityListAnswer<IntSetMatchCommList, IntSetMatchExactCommList,
+                            Lists::StandardCommunityList>(node, lists.commLists, reading);
+    if (answer.list == nullptr) {
+        answer =
+            communityListAnswer<CommunitySetMatchExtCommList, CommunitySetMatchExactExtCommList,
+                                Lists::ExtCommunityList>(node, lists.extCommLists, reading);
     }
-    if (says.empty()) {
-        says =
-            communityListSays<CommunitySetMatchLargeCommList, CommunitySetMatchExactLargeCommList,
-                              Lists::LargeCommunityList>(node, lists.largeCommLists, reading);
+    if (answer.list == nullptr) {
+        answer =
+            communityListAnswer<CommunitySetMatchLargeCommList, CommunitySetMatchExactLargeCommList,
+                                Lists::LargeCommunityList>(node, lists.largeCommLists, reading);
     }
-    return says;
+    return answer;
 }
 
-String asPathListSays(AsPathMatchAsPathAccessList const & test, EvalContext & context) {
+ListAnswer asPathListAnswer(AsPathMatchAsPathAccessList const & test, EvalContext & context) {
     Context const reading(&context);
     auto const * const list =
         listAs<Lists::AsPathList>(context.externalMatchers()->asPathLists, test.index());
@@ -102,13 +104,20 @@ String asPathListSays(AsPathMatchAsPathAccessList const & test, EvalContext & co
     if (auto const * const path = test.lhs()->getVal(reading)) {
         Routing::Bgp::appendAsPathPatternText(text, path->asns());
     }
-    return list->explain(text, context.originInput()).text;
+    return {list, list->explain(text, context.originInput())};
 }
 
-String tagSetSays(IntMatchTagSet const & test, EvalContext & context) {
+ListAnswer tagSetAnswer(IntMatchTagSet const & test, EvalContext & context) {
     auto const & tags = context.externalMatchers()->tagSets.at(test.index());
     U64 const tag = test.lhs()->getVal(Context(&context));
-    return tags ? Lists::explainTag(*tags, static_cast<U32>(tag)).text : String();
+    return tags ? ListAnswer{tags.get(), Lists::explainTag(*tags, static_cast<U32>(tag))}
+                : ListAnswer();
+}
+
+ListAnswer prefixListAnswer(PrefixListTest const & test, Context const & context) {
+    auto const * const matcher = test.list->getValWithArgs(context, test.candidate.af());
+    auto const * const trie = dynamic_cast<Lists::PrefixListTrie const *>(matcher);
+    return trie == nullptr ? ListAnswer() : ListAnswer{trie, trie->explain(test.candidate)};
 }
 
 // The arguments are those of the built-in function's own frame, which is current.
@@ -164,25 +173,37 @@ String whyListIsSilent(TraceNode const & at, EvalContext & context) {
     return list + (isOurs ? " has no entries" : " has no answer");
 }
 
-String listSays(TraceNode const & at, EvalContext & context) {
+bool asksList(Expression const & node) {
+    return is<IpPrefixMatchPrefixList>(node) || is<IpPrefixMatchCoveredPrefixList>(node) ||
+           is<IpAddressMatchPrefixList>(node) || is<AsPathMatchAsPathAccessList>(node) ||
+           is<IntMatchTagSet>(node) || is<IntSetMatchCommList>(node) ||
+           is<IntSetMatchExactCommList>(node) || is<CommunitySetMatchExtCommList>(node) ||
+           is<CommunitySetMatchExactExtCommList>(node) ||
+           is<CommunitySetMatchLargeCommList>(node) ||
+           is<CommunitySetMatchExactLargeCommList>(node);
+}
+
+ListAnswer listAnswer(Expression const & node, EvalContext & context) {
     Context const reading(&context);
-    Expression const & node = *at.node;
     if (PrefixListTest const test = prefixListTest(node, context); test.list != nullptr) {
-        auto const * const matcher = test.list->getValWithArgs(reading, test.candidate.af());
-        auto const * const trie = dynamic_cast<Lists::PrefixListTrie const *>(matcher);
-        bool const hasAnswer = trie != nullptr && !trie->empty();
-        return hasAnswer ? trie->explain(test.candidate).text : whyListIsSilent(at, context);
+        return prefixListAnswer(test, reading);
     }
     if (auto const * const test = as<AsPathMatchAsPathAccessList>(node)) {
-        return asPathListSays(*test, context);
+        return asPathListAnswer(*test, context);
     }
     if (auto const * const test = as<IntMatchTagSet>(node)) {
-        return tagSetSays(*test, context);
+        return tagSetAnswer(*test, context);
     }
-    if (is<MatchOriginAsValidityImplExpr>(node)) {
+    return anyCommunityListAnswer(node, context);
+}
+
+String listSays(TraceNode const & at, EvalContext & context) {
+    if (is<MatchOriginAsValidityImplExpr>(*at.node)) {
         return roaTableSays(at, context);
     }
-    return anyCommunityListSays(node, context);
+    ListAnswer const answer = listAnswer(*at.node, context);
+    bool const isAnswered = answer.list != nullptr && answer.why.answer.has_value();
+    return isAnswered ? answer.why.text : whyListIsSilent(at, context);
 }
 
 } // namespace Qcf::Watch

@@ -52,6 +52,8 @@ public:
     void thrown(Eval::Expression const & node, Eval::EvalContext & context) override;
 
     Profile const & profile() const { return profile_; }
+    /// What decided the evaluation that ended last.
+    DecidingStatement decidedBy() const { return deciding_.statement(); }
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -39,6 +39,15 @@ threadTests() {
         --exclude-regex 'DeathTest|DeepTree'
 }
 
+# The report's page in a browser. Tests pass it over where there is none; here that is a failure.
+pageTest() {
+    setup
+    needs "${pagePackages[@]}"
+    configure release
+    cmake --build build/release --parallel "$jobs" --target qcf
+    QCF_SOURCE_DIR=$PWD QCF_BINARY=$PWD/build/release/bin/qcf bash tests/Questions/report_page_test.sh
+}
+
 check() {
     local commit='' seconds=60 lintStep=(tidy) failedSteps=() started=$SECONDS
     case ${1:-} in
@@ -64,6 +73,7 @@ check() {
     step "generated files" isGenerated
     step clang-tidy "${lintStep[@]}"
     step "build and tests" runTests --exclude-regex '^CompileFail/'
+    step "report page in a browser" pageTest
     step "misuse that must not compile" runTests --tests-regex '^CompileFail/'
     step "build by clang" clangBuild
     step "address and undefined-behaviour sanitizers" runTests --asan

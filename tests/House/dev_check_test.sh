@@ -37,6 +37,7 @@ tidy() { work tidy "${@#^"$PWD"/}"; }
 runTests() { work tests "$@"; }
 clangBuild() { work clang; }
 threadTests() { work threads; }
+pageTest() { work page; }
 fuzz() { work fuzz "$@"; }
 check "$@"
 GATES
