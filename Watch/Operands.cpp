@@ -61,19 +61,6 @@ void eachAttributeOf(U64 bits, Visit const & visit) {
     }
 }
 
-/// The index in a route of the attribute itself or of that from which it is derived, whose name
-/// its own begins with.
-std::optional<std::size_t> routeIndexOf(std::string_view name) {
-    while (!name.empty()) {
-        if (auto const index = Agent::findRouteAttribute(name)) {
-            return index;
-        }
-        auto const dot = name.rfind('.');
-        name = name.substr(0, dot == std::string_view::npos ? 0 : dot);
-    }
-    return std::nullopt;
-}
-
 struct RouteSource {
     std::optional<std::size_t> index; ///< in a route
     int writeBit = -1;                ///< of what can be written; -1 for what came with the route
@@ -82,17 +69,15 @@ struct RouteSource {
 // By the number of the class, once.
 RouteSource const & sourceOf(NodeClass const & nodeClass) {
     static std::vector<RouteSource> const sources = [] {
-        constexpr std::string_view inputTwin = "input.";
         std::vector<RouteSource> made(nodeClasses().size());
         for (NodeClass const & each : nodeClasses()) {
             if (each.attribute == nullptr) {
                 continue;
             }
-            std::string_view name = each.attribute->languageName;
-            bool const isTwin = name.starts_with(inputTwin);
-            name.remove_prefix(isTwin ? inputTwin.size() : 0);
+            std::string_view const name = each.attribute->languageName;
+            bool const isTwin = name.starts_with(Agent::inputTwinPrefix);
             RouteSource & source = made[each.number()];
-            source.index = routeIndexOf(name);
+            source.index = Agent::findRouteSource(name);
             if (source.index && !isTwin) {
                 source.writeBit =
                     findAttribute(Agent::routeAttributeNames()[*source.index])->attribute->writeBit;
