@@ -5,14 +5,9 @@
 
 namespace Qcf::Questions {
 
-U8 commonBits(IpGenAddr const & a, IpGenAddr const & b) {
-    U8 const width = addressWidth(a.af());
-    for (U8 byte = 0; byte < width / 8; ++byte) {
-        if (auto const differing = static_cast<U8>(a.bytes()[byte] ^ b.bytes()[byte])) {
-            return static_cast<U8>(8 * byte + std::countl_zero(differing));
-        }
-    }
-    return width;
+U8 differingBits(IpGenAddr const & a, IpGenAddr const & b) {
+    return static_cast<U8>(std::popcount(a.halfValue(0) ^ b.halfValue(0)) +
+                           std::popcount(a.halfValue(1) ^ b.halfValue(1)));
 }
 
 IpGenAddr turned(IpGenAddr const & address, U8 bit) {

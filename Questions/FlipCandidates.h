@@ -67,8 +67,8 @@ struct Asked {
 
 // Adds what the constants, the lists and the value itself suggest; a function a type of value.
 // Distances: of numbers their difference; of sets and paths the elements that are put in, taken out
-// or replaced; of prefixes the bits between them, up to what both lie in and down again; of
-// addresses the bits from the first that differs; of all else 1.
+// or replaced; of prefixes the bits that differ and those by which one is longer; of addresses the
+// bits that differ, 256 and more for another family; of all else 1.
 void addCandidates(Candidates<U64> & to, U64 current, Asked const & asked);
 void addCandidates(Candidates<F32> & to, F32 current, Asked const & asked);
 void addCandidates(Candidates<Eval::TriStateBoolValue> & to, Eval::TriStateBoolValue current,

@@ -59,7 +59,7 @@ String completeness(Asked const & asked, Candidates<Value> const & candidates) {
         return partName(asked.part);
     }
     bool const isMade =
-        asked.questions.lengths.empty() || asked.questions.lengths.back() < longestMadePath;
+        asked.questions.lengths.empty() || asked.questions.lengths.back() + 1 < longestMadePath;
     bool const hasLengths = isPrefix || (isPath && isMade);
     return hasLengths && compared == Facet::length ? partName(asked.part) + ".length" : String();
 }

@@ -81,6 +81,10 @@ public:
     }
 
     void addAll() {
+        // First, because of changes of one size the first is told.
+        if (!asked_.questions.lengths.empty()) {
+            addLengths();
+        }
         std::size_t const count = current_.asns().size();
         add(AsnVector(), count);
         for (std::size_t const place : places(count)) {
@@ -98,9 +102,6 @@ public:
             add(std::move(longer), 1);
         }
         addSequences();
-        for (U64 const length : turningPoints(asked_.questions.lengths, 0, longestMadePath)) {
-            addLength(length);
-        }
     }
 
 private:
@@ -129,6 +130,13 @@ private:
                 path.assignSequence(asns);
                 add(std::move(path), asns.size() + current_.asns().size());
             }
+        }
+    }
+
+    void addLengths() {
+        for (U64 const length : turningPoints(asked_.questions.lengths, 0, longestMadePath)) {
+            bool const isAsked = length != longestMadePath;
+            isAsked ? addLength(length) : void();
         }
     }
 

@@ -10,16 +10,20 @@ namespace {
 
 using Lists::PrefixListEntry;
 
+constexpr U64 otherFamily = 256;
+
 U64 distance(IpGenPrefix const & a, IpGenPrefix const & b) {
     if (a.af() != b.af()) {
-        return U64{a.len()} + b.len() + 1;
+        return otherFamily + std::max(a.len(), b.len());
     }
-    U64 const common = std::min({commonBits(a.addr(), b.addr()), a.len(), b.len()});
-    return a.len() - common + b.len() - common;
+    U8 const shorter = std::min(a.len(), b.len());
+    return U64{std::max(a.len(), b.len())} - shorter +
+           differingBits(IpGenPrefix(a.addr(), shorter).addr(),
+                         IpGenPrefix(b.addr(), shorter).addr());
 }
 
 U64 distance(IpGenAddr const & a, IpGenAddr const & b) {
-    return a.af() != b.af() ? 129U : U64{addressWidth(a.af())} - commonBits(a, b);
+    return a.af() != b.af() ? otherFamily : differingBits(a, b);
 }
 
 /// Calls `visit(prefix, least, most)` for each entry of the lists.
