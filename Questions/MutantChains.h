@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Questions/MutantEdits.h"
+#include "Questions/Mutant.h"
+#include "Text/TokenTree.h"
 
 #include <optional>
 

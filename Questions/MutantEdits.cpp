@@ -21,8 +21,9 @@ constexpr Swap swaps[] = {
     {"+=", "-="},      {"-=", "+="},         {"*=", "+="},       {"add", "remove"},
     {"remove", "add"}, {"retain", "remove"}, {"permit", "deny"}, {"deny", "permit"},
 };
-/// What stands behind `has`.
-constexpr Swap quantities[] = {{"any", "all"}, {"all", "any"}, {"none", "any"}};
+/// What stands behind `has`: of several elements, and of one, of which any is all.
+constexpr Swap ofSeveral[] = {{"any", "all"}, {"all", "any"}, {"none", "any"}};
+constexpr Swap ofOne[] = {{"any", "none"}, {"all", "none"}, {"none", "any"}};
 
 template <std::size_t count>
 std::string_view otherOf(Swap const (&table)[count], std::string_view word) {
@@ -151,7 +152,8 @@ bool Finder::comparison(U32 i) {
         bool const isTold = i > 0 && tree_.is(i - 1, "is");
         isTold ? void() : add(i, "");
     } else if (tree_.is(i, "has")) {
-        auto const other = otherOf(quantities, tree_.text(i + 1));
+        bool const isOne = tree_.is(i + 2, "{") && tree_.mate(i + 2) == i + 4;
+        auto const other = otherOf(isOne ? ofOne : ofSeveral, tree_.text(i + 1));
         other.empty() ? void() : add(i + 1, other);
     } else if (tree_.is(i, "in") || tree_.is(i, "matches")) {
         U32 const first = i > 0 && tree_.is(i - 1, "all") ? i - 1 : i;
