@@ -8,7 +8,6 @@
 
 namespace Qcf::Questions {
 
-using Text::BracketKind;
 using Text::TokenTree;
 
 namespace {
