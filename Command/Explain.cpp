@@ -9,6 +9,7 @@
 #include "Command/Readiness.h"
 #include "Command/RouteSelection.h"
 #include "Platform/Render/RendererV2.h"
+#include "Questions/FlipText.h"
 #include "Watch/ExplanationText.h"
 
 #include <algorithm>
@@ -23,6 +24,8 @@ namespace {
 using Qcf::Agent::AgentContext;
 using Qcf::Agent::AgentContextBase;
 using Qcf::Agent::Evaluated;
+using Qcf::Questions::FlipFinder;
+using Qcf::Questions::FlipTo;
 using Qcf::Watch::Watched;
 
 constexpr U64 everyRoute = ~U64{0};
@@ -34,6 +37,8 @@ struct Options {
     String routes;
     String format = "text";
     bool all = false;
+    String flip; ///< accept, reject or any; empty for none
+    Qcf::Questions::FlipOptions flips = {};
     U64 threads = 1;
     U64 limit = ~U64{0};
 };
@@ -49,6 +54,9 @@ struct Watcher {
 struct Run {
     Options const & options;
     PolicyPlaces const & places;
+    PreparedPolicy const & prepared;
+    /// Null where no flips are asked for.
+    std::unique_ptr<Qcf::Questions::FlipGround const> ground = {};
     /// By the context that each watches; complete before the first route.
     std::unordered_map<AgentContextBase const *, std::unique_ptr<Watcher>> watchers = {};
     Progress progress{"routes"};
@@ -57,7 +65,13 @@ struct Run {
 
 class ExplainingSink final : public Qcf::Agent::EvaluationSink {
 public:
-    explicit ExplainingSink(Run & run) : run_(run), renderer_(text_) {}
+    explicit ExplainingSink(Run & run) : run_(run), renderer_(text_) {
+        if (run.ground) {
+            flips_ =
+                std::make_unique<FlipFinder>(run.prepared.function, *run.ground,
+                                             run.prepared.matchers, run.places, run.options.flips);
+        }
+    }
 
     void take(Evaluated const & evaluated) override {
         Watched & watched = run_.watchers.at(&evaluated.context)->watched;
@@ -66,12 +80,7 @@ public:
             return;
         }
         Qcf::Watch::ExplainedRoute const route{evaluated, watched, run_.places};
-        if (run_.options.format == "json") {
-            renderExplanation(route, renderer_);
-            renderer_.endDocument();
-        } else {
-            appendExplanation(text_, route, run_.options.all);
-        }
+        tell(route);
         ++routes_;
         // What a route was not seen of must not be taken for the next one's.
         watched.clear();
@@ -93,7 +102,26 @@ private:
         return colouredWords(text, words, STDOUT_FILENO);
     }
 
+    void tell(Qcf::Watch::ExplainedRoute const & route) {
+        auto const report =
+            flips_ ? std::optional(flips_->find(route.evaluated.route)) : std::nullopt;
+        if (run_.options.format != "json") {
+            appendExplanation(text_, route, run_.options.all);
+            if (report) {
+                appendFlips(text_, *report, run_.places);
+            }
+            return;
+        }
+        renderExplanation(route, renderer_, [&] {
+            if (report) {
+                renderFlips(*report, route.evaluated.route, run_.places, renderer_);
+            }
+        });
+        renderer_.endDocument();
+    }
+
     Run & run_;
+    std::unique_ptr<FlipFinder> flips_;
     String text_;
     RendererV2 renderer_;
     U64 routes_ = 0;
@@ -101,6 +129,9 @@ private:
 
 int explain(Options const & options) {
     options.policy.checkInputs(options.routes);
+    if (!options.flip.empty() && options.policy.lists == "-") {
+        throw UsageError("--flip reads the lists twice, and standard input can be read once");
+    }
     Qcf::Agent::TableRun tableRun;
     tableRun.threads = static_cast<U32>(options.threads);
     tableRun.limit = options.limit;
@@ -117,7 +148,11 @@ int explain(Options const & options) {
     }
     PolicyPlaces const places(prepared.file);
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Run run{options, places};
+    Run run{options, places, prepared};
+    if (!options.flip.empty()) {
+        run.ground = std::make_unique<Qcf::Questions::FlipGround const>(
+            *prepared.function, prepared.file->listRecordsWith(options.policy.lists));
+    }
     tableRun.function = prepared.function;
     tableRun.makeContext = [&]() -> Ptr<AgentContextBase> {
         Ptr<AgentContextBase> const context = makePtr<AgentContext>(prepared.matchers);
@@ -132,6 +167,27 @@ int explain(Options const & options) {
         return 1;
     }
     return 0;
+}
+
+void addFlipOptions(CLI::App & command, Options & options) {
+    auto & flip =
+        *command
+             .add_option_function<String>(
+                 "--flip",
+                 [&options](String const & to) {
+                     options.flip = to;
+                     options.flips.to = to == "accept"   ? FlipTo::accept
+                                        : to == "reject" ? FlipTo::reject
+                                                         : FlipTo::any;
+                 },
+                 "Look for the smallest change of the route that turns its verdict: accept, "
+                 "reject or any")
+             ->check(CLI::IsMember({"accept", "reject", "any"}));
+    addNumber(command, "--max", options.flips.most, "Flips to tell of a route at most", 1)
+        .default_str("5");
+    command.get_option("--max")->needs(&flip);
+    command.add_flag("--pairs", options.flips.pairs, "Change two attributes at once, too")
+        ->needs(&flip);
 }
 
 } // namespace
@@ -158,6 +214,7 @@ void addExplainCommand(Commands & commands) {
         ->check(CLI::IsMember({"text", "json"}))
         ->capture_default_str();
     command.add_flag("--all", options->all, "Show everything that was evaluated");
+    addFlipOptions(command, *options);
     constexpr U64 mostThreads = 256;
     addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
         .default_str("1");

@@ -6,6 +6,7 @@
 #include "Command/Readiness.h"
 #include "Lists/ListRecord.h"
 #include "Lists/Pattern.h"
+#include "Questions/Mutants.h"
 #include "Watch/CoverageReport.h"
 #include "Watch/TestReport.h"
 
@@ -33,8 +34,13 @@ struct Options {
     String format = "text";
     String lcov;
     bool failOnEmpty = false;
+    bool mutants = false;
+    U64 mostMutants = Qcf::Questions::MutantOptions().most;
+    std::optional<F64> leastKilled;
+    U64 threads = 1;
 
     bool wantsCoverage() const { return coverage || least || leastBranches || !lcov.empty(); }
+    bool wantsMutants() const { return mutants || leastKilled; }
 };
 
 /// What all files share.
@@ -46,6 +52,7 @@ struct Run {
     std::vector<Watch::FileResults> results = {};
     Progress progress{"tests"};
     U64 done = 0;
+    std::vector<Qcf::Questions::MutantResults> mutants = {};
 };
 
 /// The texts below a folder, in the order of their names.
@@ -94,6 +101,23 @@ void runTests(Run & run, PolicyFile const & policy, Watch::FileResults & results
     }
 }
 
+/// Mutants of a text whose tests fail already would tell nothing.
+void runMutants(Run & run, PolicyFile const & policy, Watch::FileResults const & results) {
+    if (!run.options.wantsMutants() || results.tests.empty()) {
+        return;
+    }
+    if (!results.passed()) {
+        tellLine(results.file + ": no mutants are tried while tests fail");
+        return;
+    }
+    Qcf::Questions::MutantOptions options{run.options.mostMutants, run.options.threads};
+    options.lists = run.lists;
+    options.isRun = [&run](String const & title) { return !run.only || run.only->foundIn(title); };
+    auto const main = policy.text()->declarations().mainFile.value_or(0);
+    String const text(policy.sources()[main].text());
+    run.mutants.push_back(Qcf::Questions::runMutants(text, results.file, options));
+}
+
 void runFile(Run & run, String const & file) {
     Watch::FileResults results{file};
     try {
@@ -102,6 +126,7 @@ void runFile(Run & run, String const & file) {
             throw DocumentError(file + ": is a document; tests stand in policy texts");
         }
         runTests(run, policy, results);
+        runMutants(run, policy, results);
     } catch (DocumentError const & error) {
         results.error = error.what();
         tellLine(results.error);
@@ -140,6 +165,7 @@ void writeText(Run const & run) {
     } else {
         text += '\n';
     }
+    text += run.options.wantsMutants() ? mutantsText(run.mutants) : String();
     standardOutput().write(text);
 }
 
@@ -151,6 +177,10 @@ void writeJson(Run const & run) {
     }
     if (run.options.wantsCoverage()) {
         renderCoverage(run.coverage, renderer);
+        renderer.endDocument();
+    }
+    for (auto const & mutants : run.mutants) {
+        renderMutants(mutants, renderer);
         renderer.endDocument();
     }
     standardOutput().write(text);
@@ -197,7 +227,9 @@ bool passes(Run const & run) {
     bool const enough = reaches(run.options.least, "statements", totals.statementShare());
     bool const enoughBranches =
         reaches(run.options.leastBranches, "conditions both ways", totals.conditionShare());
-    return counts.failed == 0 && counts.errors == 0 && enough && enoughBranches;
+    bool const enoughKilled =
+        reaches(run.options.leastKilled, "mutants killed", killedShare(run.mutants));
+    return counts.failed == 0 && counts.errors == 0 && enough && enoughBranches && enoughKilled;
 }
 
 std::optional<Qcf::Lists::Pattern> patternOf(String const & expression) {
@@ -212,6 +244,9 @@ std::optional<Qcf::Lists::Pattern> patternOf(String const & expression) {
 }
 
 int test(Options const & options) {
+    if (options.wantsMutants() && options.format == "junit") {
+        throw UsageError("mutants are told as text or json, not as junit");
+    }
     Run run{options, patternOf(options.only),
             options.lists.empty() ? nullptr : readListsOf(options.lists)};
     for (String const & file : textsOf(options.paths)) {
@@ -240,6 +275,22 @@ void addCoverageOptions(CLI::App & command, Options & options) {
         ->type_name("FILE");
 }
 
+void addMutantOptions(CLI::App & command, Options & options) {
+    command.add_flag(
+        "--mutants", options.mutants,
+        "Change the texts at one place after the other, and tell what no test notices");
+    addNumber(command, "--max", options.mostMutants, "Mutants of a text to try at most", 1)
+        .default_str(std::to_string(options.mostMutants));
+    command
+        .add_option("--min-killed", options.leastKilled,
+                    "Mutants that tests must notice, in percent; exit code 1 where they are fewer")
+        ->check(CLI::Range(0.0, 100.0))
+        ->type_name("PCT");
+    constexpr U64 mostThreads = 256;
+    addNumber(command, "--threads", options.threads, "Threads that try mutants", 1, mostThreads)
+        .default_str("1");
+}
+
 } // namespace
 
 void addTestCommand(Commands & commands) {
@@ -249,9 +300,10 @@ void addTestCommand(Commands & commands) {
         "Of a directory all texts *.qcf below it. Each test evaluates its function on its routes,\n"
         "with the text's lists, those of --lists over them, and over those the lists that the "
         "test\n"
-        "binds. Tests of imported texts run where their own file is named. The exit code is 1 "
-        "where a\n"
-        "test failed, a text has errors, or too little was covered.",
+        "binds. Tests of imported texts run where their own file is named. --mutants also changes\n"
+        "each comparison, bound, operator, list name and constant, one at a time, runs the tests\n"
+        "again and tells which changes they let pass. The exit code is 1 where a test failed, a\n"
+        "text has errors, or too little was covered or noticed.",
         "qcf test policies/ --coverage --min 90", [options] { return test(*options); });
     command.add_option("paths", options->paths, "Policy texts and directories of them")
         ->required()
@@ -263,6 +315,7 @@ void addTestCommand(Commands & commands) {
     command.add_option("--run", options->only, "Only tests whose title matches the expression")
         ->type_name("RE2");
     addCoverageOptions(command, *options);
+    addMutantOptions(command, *options);
     command.add_option("--format", options->format, "text, json or junit")
         ->check(CLI::IsMember({"text", "json", "junit"}))
         ->capture_default_str();

@@ -104,17 +104,25 @@ void unite(ListQuestions & questions, ListQuestions const & more) {
 
 } // namespace
 
+std::optional<ListUse> listUseOf(AetNodeBase const & node) {
+    auto const kind = node.typeData().facts.list;
+    if (!kind) {
+        return std::nullopt;
+    }
+    ReferenceFields fields(*kind);
+    node.typeData().write(node, fields);
+    return std::move(fields.use);
+}
+
 QuestionsOfLists questionsOf(std::span<PtrConst<Function> const> functions) {
     QuestionsOfLists found;
     std::unordered_set<AetNodeBase const *> met;
     for (auto const & function : functions) {
         Eval::walkTree(*function, [&](Eval::WalkedNode const & at) {
             bool const isNew = met.insert(&at.node).second;
-            auto const kind = at.node.typeData().facts.list;
-            if (isNew && kind) {
-                ReferenceFields fields(*kind);
-                at.node.typeData().write(at.node, fields);
-                unite(found[{fields.use.kind, fields.use.name}], questionsOf(at.node.typeData()));
+            auto const use = isNew ? listUseOf(at.node) : std::nullopt;
+            if (use) {
+                unite(found[{use->kind, use->name}], questionsOf(at.node.typeData()));
             }
             return isNew;
         });
@@ -133,13 +141,10 @@ std::vector<ListUse> reachedLists(Function const & function, PlaceOf const & pla
         if (auto const * const entered = Eval::as<Function>(at.node)) {
             // The walk leaves what it enters, so that this is taken off again.
             within.push_back(entered);
-        } else if (auto const kind = at.node.typeData().facts.list) {
-            ReferenceFields fields(*kind);
-            at.node.typeData().write(at.node, fields);
-            if (told.emplace(fields.use.kind, fields.use.name).second) {
-                fields.use.place = placeOf(at.node, *within.back());
-                uses.push_back(std::move(fields.use));
-            }
+        } else if (auto use = listUseOf(at.node);
+                   use && told.emplace(use->kind, use->name).second) {
+            use->place = placeOf(at.node, *within.back());
+            uses.push_back(*std::move(use));
         }
         return true;
     };

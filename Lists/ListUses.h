@@ -4,6 +4,7 @@
 #include "QcfLib/QcfEval.h"
 
 #include <functional>
+#include <optional>
 #include <span>
 
 namespace Qcf::Lists {
@@ -12,6 +13,9 @@ namespace Qcf::Lists {
 /// without a call: by key alone a node that functions share could be told in either.
 using PlaceOf =
     std::function<String(Eval::AetNodeBase const & node, Eval::Function const & within)>;
+
+/// The list that a node itself names, without a place; nothing where its class names none.
+std::optional<ListUse> listUseOf(Eval::AetNodeBase const & node);
 
 /// The lists that evaluating the function refers to, functions that it calls included: each name of
 /// a kind once, with the first node that has it, in the order of the text. A callee's lists stand

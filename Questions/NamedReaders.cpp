@@ -3,7 +3,6 @@
 #include "Agent/Routes/RouteAttributes.h"
 #include "QcfLib/NodeWalk.h"
 #include "Text/FunctionContent.h"
-#include "Watch/Operands.h"
 
 #include <algorithm>
 #include <map>
@@ -15,7 +14,8 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 namespace {
 
 std::string_view withoutTwin(std::string_view name) {
-    name.remove_prefix(name.starts_with(Watch::inputTwin) ? Watch::inputTwin.size() : 0);
+    name.remove_prefix(name.starts_with(Agent::inputTwinPrefix) ? Agent::inputTwinPrefix.size()
+                                                                : 0);
     return name;
 }
 
@@ -29,7 +29,7 @@ bool namesAttribute(NodeClass const & nodeClass, NamedThing const & thing) {
     std::string_view const name = withoutTwin(nodeClass.attribute->languageName);
     bool const isItself = name == withoutTwin(thing.name);
     return isItself || (!thing.isDerived() && thing.routeIndex &&
-                        Watch::sourceIndexOf(name) == thing.routeIndex);
+                        Agent::findRouteSource(name) == thing.routeIndex);
 }
 
 bool names(AetNodeBase const & node, NamedThing const & thing) {
@@ -134,7 +134,7 @@ std::optional<NamedThing> thingOf(Documents::Program const & program, String con
         return thing;
     }
     thing.attribute = findAttribute(name);
-    thing.routeIndex = Watch::sourceIndexOf(withoutTwin(name));
+    thing.routeIndex = Agent::findRouteSource(withoutTwin(name));
     return thing.attribute == nullptr ? std::nullopt : std::optional(thing);
 }
 

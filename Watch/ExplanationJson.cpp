@@ -166,7 +166,8 @@ void renderDecidedBy(NodePlace const * place, String const & reason, RendererV2 
     renderer.endObject();
 }
 
-void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer) {
+void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer,
+                       std::function<void()> const & more) {
     Agent::Evaluated const & evaluated = route.evaluated;
     TraceNode const * const root = route.watched.root();
     renderer.beginObject();
@@ -198,6 +199,9 @@ void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer) {
         renderDropped(*root, renderer);
     }
     renderer.endArray();
+    if (more) {
+        more();
+    }
     renderer.endObject();
 }
 

@@ -3,6 +3,8 @@
 #include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Watch/Explanation.h"
 
+#include <functional>
+
 namespace Qcf::Watch {
 
 /// A route that was evaluated, with what was seen of it. For who shows it, as long as it lasts.
@@ -17,8 +19,10 @@ struct ExplainedRoute {
 /// evaluated.
 void appendExplanation(String & out, ExplainedRoute const & route, bool all);
 
-/// Writes the same for programs, as one object with the whole tree.
-void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer);
+/// Writes the same for programs, as one object with the whole tree. `more` writes further members
+/// of it; may be empty.
+void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer,
+                       std::function<void()> const & more = {});
 
 /// Writes the place of a deciding statement as the value of a member: file, line and column, or
 /// file and pointer, and the reason, null for none. Null where no statement decided.

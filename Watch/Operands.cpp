@@ -74,11 +74,10 @@ RouteSource const & sourceOf(NodeClass const & nodeClass) {
             if (each.attribute == nullptr) {
                 continue;
             }
-            std::string_view name = each.attribute->languageName;
-            bool const isTwin = name.starts_with(inputTwin);
-            name.remove_prefix(isTwin ? inputTwin.size() : 0);
+            std::string_view const name = each.attribute->languageName;
+            bool const isTwin = name.starts_with(Agent::inputTwinPrefix);
             RouteSource & source = made[each.number()];
-            source.index = sourceIndexOf(name);
+            source.index = Agent::findRouteSource(name);
             if (source.index && !isTwin) {
                 source.writeBit =
                     findAttribute(Agent::routeAttributeNames()[*source.index])->attribute->writeBit;
@@ -147,17 +146,6 @@ AetNodeBase const * targetOf(Expression const & node) {
 }
 
 } // namespace
-
-std::optional<std::size_t> sourceIndexOf(std::string_view name) {
-    while (!name.empty()) {
-        if (auto const index = Agent::findRouteAttribute(name)) {
-            return index;
-        }
-        auto const dot = name.rfind('.');
-        name = name.substr(0, dot == std::string_view::npos ? 0 : dot);
-    }
-    return std::nullopt;
-}
 
 std::vector<Operand> operandsOf(Expression const & node, EvalContext & context) {
     OperandReader reader(context);

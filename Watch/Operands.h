@@ -43,13 +43,6 @@ struct Change {
     bool hadNoEffect() const { return before == after; }
 };
 
-/// How the name of an attribute begins that shows what came with the route.
-inline constexpr std::string_view inputTwin = "input.";
-
-/// The index in a route of the attribute itself or of that from which it is derived, whose name
-/// its own begins with: "as_path.length" is derived from "as_path". Names of twins have none.
-std::optional<std::size_t> sourceIndexOf(std::string_view languageName);
-
 /// The values that the node reads, by the node's own accessors, in the order of its fields; of a
 /// call the arguments, of the body of a built-in function the attributes that it reads. What a
 /// change writes to without reading it is left out. The context is at that node: its frame is the

@@ -3,14 +3,14 @@
 /// Leaves out what has its default value: a reader puts it there by itself, and lines stay short.
 namespace Qcf::Agent {
 
-JsonLinesWriter::JsonLinesWriter(String & out)
-    : renderer_(out), values_(renderer_), defaultRoute_() {
+RouteRenderer::RouteRenderer(RendererV2 & renderer)
+    : renderer_(renderer), values_(renderer_), defaultRoute_() {
     // Without their types: each is compared only with the same member of another route.
     defaultRoute_.eachAttribute(
         [this](std::size_t, auto const & value) { defaults_.push_back(&value); });
 }
 
-void JsonLinesWriter::add(Route const & route) {
+void RouteRenderer::render(Route const & route) {
     renderer_.beginObject();
     route.eachAttribute([this]<typename Value>(std::size_t index, Value const & value) {
         if (value == *static_cast<Value const *>(defaults_[index])) {
@@ -21,12 +21,11 @@ void JsonLinesWriter::add(Route const & route) {
         values_.render(value, attribute.form);
     });
     // Last, and under one key, since these are no attributes.
-    addSession(route.session);
+    renderSession(route.session);
     renderer_.endObject();
-    renderer_.endDocument();
 }
 
-void JsonLinesWriter::addSession(Session const & session) {
+void RouteRenderer::renderSession(Session const & session) {
     Session const usual;
     // The object is begun with its first member, so that the usual session leaves no trace.
     bool begun = false;

@@ -66,4 +66,17 @@ std::optional<std::size_t> findRouteAttribute(std::string_view languageName) {
     return found == byName.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<std::size_t> findRouteSource(std::string_view languageName) {
+    bool const isTwin = languageName.starts_with(inputTwinPrefix);
+    languageName.remove_prefix(isTwin ? inputTwinPrefix.size() : 0);
+    while (!languageName.empty()) {
+        if (auto const index = findRouteAttribute(languageName)) {
+            return index;
+        }
+        auto const dot = languageName.rfind('.');
+        languageName = languageName.substr(0, dot == std::string_view::npos ? 0 : dot);
+    }
+    return std::nullopt;
+}
+
 } // namespace Qcf::Agent

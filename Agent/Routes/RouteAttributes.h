@@ -41,4 +41,11 @@ std::span<RouteAttribute const> routeAttributes();
 /// hash.
 std::optional<std::size_t> findRouteAttribute(std::string_view languageName);
 
+/// What the names of attributes as they came begin with.
+inline constexpr std::string_view inputTwinPrefix = "input.";
+
+/// The index of the attribute that functions read under that name: the attribute itself, that which
+/// it is the input twin of, or that from which it is derived, whose name its own begins with.
+std::optional<std::size_t> findRouteSource(std::string_view languageName);
+
 } // namespace Qcf::Agent
