@@ -52,6 +52,8 @@ public:
     void thrown(Eval::Expression const & node, Eval::EvalContext & context) override;
 
     Profile const & profile() const { return profile_; }
+    /// Forgets what was counted; between two evaluations.
+    void clear();
 
 private:
     using Clock = std::chrono::steady_clock;
