@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -52,6 +53,9 @@ private:
 /// option is not given, and must outlive the parsing.
 CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
                         std::string const & description, U64 least = 0, U64 most = ~U64{0});
+/// The same of a number that may be any, and is missing while the option is not given.
+CLI::Option & addNumber(CLI::App & command, std::string const & option, std::optional<U64> & target,
+                        std::string const & description);
 
 // Each in the file of its name; Main.cpp calls them in the order of the help.
 /// Adds `qcf eval`; the others likewise. Each in the file of its name.

@@ -7,12 +7,13 @@
 #include "Command/PreparedPolicy.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
+#include "Command/RouteRun.h"
 #include "Command/RouteSelection.h"
 #include "Platform/Render/RendererV2.h"
 #include "Questions/FlipText.h"
 #include "Watch/ExplanationText.h"
 
-#include <algorithm>
+#include <optional>
 #include <unordered_map>
 
 #include <unistd.h>
@@ -28,12 +29,10 @@ using Qcf::Questions::FlipFinder;
 using Qcf::Questions::FlipTo;
 using Qcf::Watch::Watched;
 
-constexpr U64 everyRoute = ~U64{0};
-
 struct Options {
     PolicyArguments policy;
     RouteSelection selection;
-    U64 route = everyRoute;
+    std::optional<U64> route = {}; ///< missing for every one
     String routes;
     String format = "text";
     bool all = false;
@@ -127,6 +126,18 @@ private:
     U64 routes_ = 0;
 };
 
+/// Says that no route was told of, and answers the exit code: a number names one that must be
+/// there.
+int tellNone(Options const & options, U64 routes) {
+    if (options.route) {
+        tellLine(options.routes + ": route " + std::to_string(*options.route) +
+                 " is not in the table, or not selected");
+        return 1;
+    }
+    tellLine(options.routes + ": no route was selected of " + std::to_string(routes));
+    return 0;
+}
+
 int explain(Options const & options) {
     options.policy.checkInputs(options.routes);
     if (!options.flip.empty() && options.policy.lists == "-") {
@@ -135,11 +146,11 @@ int explain(Options const & options) {
     Qcf::Agent::TableRun tableRun;
     tableRun.threads = static_cast<U32>(options.threads);
     tableRun.limit = options.limit;
-    if (options.route != everyRoute) {
-        tableRun.limit = std::min(options.limit, options.route + 1);
+    if (options.route && *options.route < options.limit) {
+        tableRun.limit = *options.route + 1;
     }
     tableRun.select = [&options](U64 number, Qcf::Agent::Route const & route) {
-        bool const isAsked = options.route == everyRoute || options.route == number;
+        bool const isAsked = !options.route || *options.route == number;
         return isAsked && options.selection.selectsRoute(route);
     };
     PreparedPolicy const prepared = preparePolicy(options.policy);
@@ -160,13 +171,8 @@ int explain(Options const & options) {
         return context;
     };
     tableRun.makeSink = [&] { return std::make_unique<ExplainingSink>(run); };
-    evaluateTable(*reader, tableRun);
-    if (run.routes == 0 && options.route != everyRoute) {
-        tellLine(options.routes + ": route " + std::to_string(options.route) +
-                 " is not in the table, or not selected");
-        return 1;
-    }
-    return 0;
+    evaluateAndFinish(*reader, tableRun, [] {});
+    return run.routes == 0 ? tellNone(options, reader->statistics().routes) : 0;
 }
 
 void addFlipOptions(CLI::App & command, Options & options) {

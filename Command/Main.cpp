@@ -19,7 +19,7 @@ constexpr int exitFailed = 1;
 constexpr int exitUsage = 2;
 
 int complain(std::string const & line, int exitCode) {
-    std::cerr << line << std::endl;
+    std::cerr << visibleLines(line) << std::endl;
     return exitCode;
 }
 
@@ -83,12 +83,13 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
 // The special before the general. Faults of documents and files begin with the name of the file,
 // all others with that of the command. Output is flushed within, because that may fail, too.
 int exitCodeOf(CLI::App & app, int argc, char ** argv) {
+    int exitCode = exitDone;
     try {
-        int const exitCode = parseAndRun(app, argc, argv);
+        exitCode = parseAndRun(app, argc, argv);
         standardOutput().flush();
         return exitCode;
     } catch (ClosedOutput const &) {
-        return exitDone; // whoever reads has seen enough
+        return exitCode; // whoever reads has seen enough; what was found out stays so
     } catch (UsageError const & error) {
         return complain(commandName(app) + ": " + error.what(), exitUsage);
     } catch (DocumentError const & error) {
@@ -112,23 +113,38 @@ CLI::App & Commands::add(std::string const & name, std::string const & summary,
     return *command;
 }
 
+namespace {
+
 // The number is read here, for a message that says what was wanted and what was found as those
 // about documents do.
-CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
-                        std::string const & description, U64 least, U64 most) {
-    // By reference is only the target: the other arguments are gone when the command line is
-    // parsed.
-    auto const read = [=, &target](std::string const & text) {
+CLI::Option & addChecked(CLI::App & command, std::string const & option,
+                         std::string const & description, U64 least, U64 most,
+                         std::function<void(U64)> const & take) {
+    auto const read = [=](std::string const & text) {
         auto const number = Routing::TextPieces::parseDecimal(text, most);
         if (!number || *number < least) {
             throw CLI::ValidationError(option, "wants a number from " + std::to_string(least) +
                                                    " to " + std::to_string(most) + ", found \"" +
                                                    oneLine(text, 40) + '"');
         }
-        target = *number;
+        take(*number);
     };
     return *command.add_option_function<std::string>(option, read, description)
                 ->type_name("NUMBER");
+}
+
+} // namespace
+
+CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
+                        std::string const & description, U64 least, U64 most) {
+    return addChecked(command, option, description, least, most,
+                      [&target](U64 number) { target = number; });
+}
+
+CLI::Option & addNumber(CLI::App & command, std::string const & option, std::optional<U64> & target,
+                        std::string const & description) {
+    return addChecked(command, option, description, 0, ~U64{0},
+                      [&target](U64 number) { target = number; });
 }
 
 // There is exactly one: the application wants a sub-command, and sub-commands have none themselves.

@@ -5,6 +5,8 @@
 #include "Command/Readiness.h"
 #include "Lists/ListBinding.h"
 
+#include <algorithm>
+
 namespace {
 
 /// The function to evaluate, which must be one that can be.
@@ -34,8 +36,9 @@ void PolicyArguments::addTo(CLI::App & command) {
 
 // A stream cannot be read twice; the second reader would find it empty and call that a fault.
 void PolicyArguments::checkInputs(String const & routes) const {
-    int const inputs =
-        (policy.path == "-" ? 1 : 0) + (routes == "-" ? 1 : 0) + (lists == "-" ? 1 : 0);
+    String const * const files[] = {&policy.path, &policy.map, &lists, &routes};
+    auto const inputs =
+        std::ranges::count_if(files, [](String const * file) { return *file == "-"; });
     if (inputs > 1) {
         throw UsageError("only one file can be standard input");
     }

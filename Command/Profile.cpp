@@ -7,10 +7,11 @@
 #include "Command/PreparedPolicy.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
+#include "Command/RouteRun.h"
 #include "Watch/ProfileReport.h"
 
-#include <deque>
 #include <memory>
+#include <unordered_map>
 
 /// What the clauses of a policy do to a table: each thread counts what it sees, and it is added up
 /// at the end.
@@ -27,47 +28,35 @@ struct Options {
     U64 limit = ~U64{0};
 };
 
-/// Profiles count by themselves; a sink only shows that the work goes on.
-class ProgressSink final : public Qcf::Agent::EvaluationSink {
+/// What the threads of a run share; used in turn, or not changed any more.
+struct Run {
+    /// By the context that each watches; complete before the first route.
+    std::unordered_map<Qcf::Agent::AgentContextBase const *, std::unique_ptr<Watch::Profiler>>
+        profilers = {};
+    Watch::Profile total = {};
+    Progress progress{"routes"};
+};
+
+/// Profiles count by themselves; a sink adds up what was counted of a stretch when its turn comes,
+/// so that routes behind a fault of the table are not among it.
+class ProfileSink final : public Qcf::Agent::EvaluationSink {
 public:
-    ProgressSink(Progress & progress, U64 & routes) : progress_(progress), routes_(routes) {}
-    void take(Qcf::Agent::Evaluated const & /*evaluated*/) override { ++taken_; }
+    explicit ProfileSink(Run & run) : run_(run) {}
+    void take(Qcf::Agent::Evaluated const & evaluated) override { context_ = &evaluated.context; }
     void deliver() override {
-        routes_ += taken_;
-        taken_ = 0;
-        progress_.done(routes_);
+        if (context_ != nullptr) {
+            Watch::Profiler & profiler = *run_.profilers.at(context_);
+            run_.total.add(profiler.profile());
+            profiler.clear();
+        }
+        run_.progress.done(run_.total.routes());
     }
 
 private:
-    Progress & progress_;
-    U64 & routes_;
-    U64 taken_ = 0;
+    Run & run_;
+    /// That of the sink's thread; null before its first route.
+    Qcf::Agent::AgentContextBase const * context_ = nullptr;
 };
-
-Watch::Profile profileOf(Options const & options, PreparedPolicy const & prepared,
-                         Watch::NodeNumbers const & numbers) {
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Progress progress("routes");
-    U64 routes = 0;
-    std::deque<Watch::Profiler> profilers;
-    Qcf::Agent::TableRun run;
-    run.function = prepared.function;
-    run.makeContext = [&] {
-        auto const context = makePtr<Qcf::Agent::AgentContext>(prepared.matchers);
-        context->evaluationObserverIs(&profilers.emplace_back(
-            numbers, Watch::Profiler::Options{options.time, options.format == "folded"}));
-        return Ptr<Qcf::Agent::AgentContextBase>(context);
-    };
-    run.makeSink = [&] { return std::make_unique<ProgressSink>(progress, routes); };
-    run.threads = static_cast<U32>(options.threads);
-    run.limit = options.limit;
-    evaluateTable(*reader, run);
-    Watch::Profile total;
-    for (Watch::Profiler const & profiler : profilers) {
-        total.add(profiler.profile());
-    }
-    return total;
-}
 
 void write(String const & format, Watch::ProfileView const & view) {
     String text;
@@ -87,9 +76,25 @@ int profile(Options const & options) {
         return 1;
     }
     Watch::NodeNumbers const numbers(std::span(&prepared.function, 1));
-    auto const total = profileOf(options, prepared, numbers);
     PolicyPlaces const places(prepared.file);
-    write(options.format, {numbers, total, places, prepared.file->path()});
+    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    Run run;
+    Qcf::Agent::TableRun tableRun;
+    tableRun.function = prepared.function;
+    tableRun.makeContext = [&] {
+        auto const context = makePtr<Qcf::Agent::AgentContext>(prepared.matchers);
+        auto & profiler = run.profilers[context.get()];
+        profiler = std::make_unique<Watch::Profiler>(
+            numbers, Watch::Profiler::Options{options.time, options.format == "folded"});
+        context->evaluationObserverIs(profiler.get());
+        return Ptr<Qcf::Agent::AgentContextBase>(context);
+    };
+    tableRun.makeSink = [&] { return std::make_unique<ProfileSink>(run); };
+    tableRun.threads = static_cast<U32>(options.threads);
+    tableRun.limit = options.limit;
+    evaluateAndFinish(*reader, tableRun, [&] {
+        write(options.format, {numbers, run.total, places});
+    });
     return 0;
 }
 

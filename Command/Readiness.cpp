@@ -11,7 +11,7 @@ using Qcf::Lists::Finding;
 
 // One write of the whole, so that lines of other threads do not come in between.
 void tell(String const & lines) {
-    std::cerr << colouredMessages(lines, STDERR_FILENO) << std::flush;
+    std::cerr << colouredMessages(visibleLines(lines), STDERR_FILENO) << std::flush;
 }
 void tellLine(String const & line) { tell(line + '\n'); }
 

@@ -2,6 +2,7 @@
 
 #include "Agent/Routes/ValueRenderer.h"
 #include "Agent/Tables/RouteFile.h"
+#include "Command/Decisions.h"
 #include "Command/Output.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
@@ -10,7 +11,6 @@
 #include "QcfLib/QcfEval.h"
 #include "Watch/Deciding.h"
 
-#include <map>
 #include <unordered_map>
 
 /// Text is made by all threads side by side, and written in the order of the table: the sinks do
@@ -30,64 +30,37 @@ struct Watcher {
 
 /// What the threads of a run share; used in turn, or not changed any more.
 struct Run {
-    explicit Run(RouteRunOptions const & runOptions) : options(runOptions) {}
+    explicit Run(RouteRunOptions const & runOptions)
+        : options(runOptions), decisions(runOptions.nodePlaces.get()) {}
 
     RouteRunOptions const & options;
     /// Where it is to be told what decided: by context, complete before the first route.
     std::unordered_map<Qcf::Agent::AgentContextBase const *, std::unique_ptr<Watcher>> watchers;
     RouteTally tally;
+    Decisions decisions;
     Progress progress{"routes"};
-};
-
-/// Where statements stand, found out once each: a policy has few, a table many routes.
-class KnownPlaces {
-public:
-    explicit KnownPlaces(Qcf::Watch::NodePlaces const * places) : places_(places) {}
-
-    ShownDecision of(Qcf::Watch::Deciding const & deciding) {
-        ShownDecision shown{nullptr, {}};
-        for (Qcf::Watch::DecidingStatement const & statement : deciding.path()) {
-            Known const & known = find(statement);
-            shown.place = shown.place == nullptr ? &known.place : shown.place;
-            if (!known.reason.empty()) {
-                shown.reason = known.reason;
-                break;
-            }
-        }
-        return shown;
-    }
-
-private:
-    struct Known {
-        Qcf::Watch::NodePlace place;
-        String reason;
-    };
-    using Key = std::pair<Qcf::Eval::Expression const *, Qcf::Eval::Function const *>;
-
-    Known const & find(Qcf::Watch::DecidingStatement const & statement) {
-        auto const [at, isNew] = known_.try_emplace(Key{statement.node, statement.within});
-        if (isNew) {
-            at->second = {places_->of(*statement.node, *statement.within),
-                          places_->reason(*statement.node)};
-        }
-        return at->second;
-    }
-
-    Qcf::Watch::NodePlaces const * places_;
-    std::map<Key, Known> known_;
 };
 
 /// Counts routes; sinks that also make text of them derive from it.
 class CountingSink : public Qcf::Agent::EvaluationSink {
 public:
-    explicit CountingSink(Run & run) : run_(run), known_(run.options.nodePlaces.get()) {}
+    explicit CountingSink(Run & run) : run_(run), decisions_(run.options.nodePlaces.get()) {}
 
-    void take(Evaluated const & evaluated) override { tally_.add(evaluated); }
+    void take(Evaluated const & evaluated) override {
+        tally_.add(evaluated);
+        if (run_.options.why) {
+            auto & deciding = run_.watchers.at(&evaluated.context)->deciding;
+            decisions_.count(deciding);
+            decision_ = tellsRoutes() ? decisions_.of(deciding) : ShownDecision{};
+            deciding.clear();
+        }
+    }
 
     // In turn with the other sinks, so that the shared counts need no lock.
     void deliver() override {
         run_.tally.add(tally_);
         tally_ = RouteTally();
+        run_.decisions.take(decisions_);
         run_.progress.done(run_.tally.routes);
         standardOutput().write(text_);
         // It keeps its storage for the next stretch.
@@ -98,23 +71,19 @@ protected:
     bool selects(Evaluated const & evaluated) const {
         return run_.options.selection.selects(evaluated);
     }
-    /// What is to be shown of the route; good until the next one is taken.
-    RouteDetails detailsOf(Evaluated const & evaluated) {
+    /// Whether routes are told, and not the summary alone.
+    virtual bool tellsRoutes() const { return false; }
+    /// What is to be shown of the route that was taken last.
+    RouteDetails details() const {
         RouteRunOptions const & options = run_.options;
-        RouteDetails details{options.log, options.places ? options.map.get() : nullptr};
-        if (options.why) {
-            auto & deciding = run_.watchers.at(&evaluated.context)->deciding;
-            decision_ = known_.of(deciding);
-            deciding.clear();
-            details.decision = &decision_;
-        }
-        return details;
+        return {options.log, options.places ? options.map.get() : nullptr,
+                options.why ? &decision_ : nullptr};
     }
     String & text() { return text_; }
 
 private:
     Run & run_;
-    KnownPlaces known_;
+    Decisions decisions_;
     ShownDecision decision_{};
     RouteTally tally_;
     String text_;
@@ -126,15 +95,18 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
-        RouteDetails const details = detailsOf(evaluated);
         if (!selects(evaluated)) {
             return;
         }
-        appendRouteLine(text(), evaluated, details);
-        if (details.log) {
-            appendLogLines(text(), evaluated, details.places);
+        RouteDetails const shown = details();
+        appendRouteLine(text(), evaluated, shown);
+        if (shown.log) {
+            appendLogLines(text(), evaluated, shown.places);
         }
     }
+
+protected:
+    bool tellsRoutes() const override { return true; }
 };
 
 class JsonLinesSink final : public CountingSink {
@@ -144,13 +116,15 @@ public:
 
     void take(Evaluated const & evaluated) override {
         CountingSink::take(evaluated);
-        RouteDetails const details = detailsOf(evaluated);
         if (!selects(evaluated)) {
             return;
         }
-        renderRoute(evaluated, details, renderer_, values_);
+        renderRoute(evaluated, details(), renderer_, values_);
         renderer_.endDocument();
     }
+
+protected:
+    bool tellsRoutes() const override { return true; }
 
 private:
     RendererV2 renderer_;
@@ -167,26 +141,29 @@ std::unique_ptr<Qcf::Agent::EvaluationSink> makeSink(Run & run) {
     return std::make_unique<CountingSink>(run);
 }
 
-/// With what sees its evaluations, where it is to be told what decided. A run whose routes nobody
-/// is told of needs none.
+/// With what sees its evaluations, where it is to be told what decided.
 Ptr<Qcf::Agent::AgentContextBase> madeContext(Run & run, MakeContext const & makeContext) {
     auto context = makeContext();
-    if (run.options.why && run.options.output != "none") {
+    if (run.options.why) {
         run.watchers.emplace(context.get(), std::make_unique<Watcher>(context));
     }
     return context;
 }
 
 // Lines of JSON are for programs: a summary among them would be none.
-void writeSummary(String const & output, Run const & run,
+void writeSummary(Run const & run, Qcf::Eval::Function const & function,
                   Qcf::Agent::ReadStatistics const & statistics) {
-    if (output == "jsonl") {
+    if (run.options.output == "jsonl") {
         return;
     }
-    if (output == "table") {
+    if (run.options.output == "table") {
         standardOutput().write("\n");
     }
     standardOutput().write(run.tally.summary(statistics, run.progress.seconds()));
+    // Of a function that expects arguments nothing is evaluated, which was told before.
+    if (run.options.why && !function.argumentsExpected()) {
+        standardOutput().write(run.decisions.text(run.tally.routes));
+    }
 }
 
 } // namespace
@@ -207,8 +184,21 @@ void RouteRunOptions::addTo(CLI::App & command) {
     selection.addTo(command);
 }
 
-// What was evaluated before a failure is summed up as well, and is written before the message about
-// it. Where nobody reads any more there is nothing to sum up.
+// Where nobody reads any more there is nothing to finish.
+void evaluateAndFinish(Qcf::Agent::RouteReader & reader, Qcf::Agent::TableRun const & run,
+                       std::function<void()> const & finish) {
+    try {
+        evaluateTable(reader, run);
+    } catch (ClosedOutput const &) {
+        throw;
+    } catch (...) {
+        finish();
+        standardOutput().flush();
+        throw;
+    }
+    finish();
+}
+
 void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
                MakeContext makeContext) {
     // The file is opened before the clock of the run starts.
@@ -224,14 +214,6 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     if (options.output == "table") {
         standardOutput().write(routeHeading(options.why));
     }
-    try {
-        evaluateTable(*reader, tableRun);
-    } catch (ClosedOutput const &) {
-        throw;
-    } catch (...) {
-        writeSummary(options.output, run, reader->statistics());
-        standardOutput().flush();
-        throw;
-    }
-    writeSummary(options.output, run, reader->statistics());
+    evaluateAndFinish(*reader, tableRun,
+                      [&] { writeSummary(run, *tableRun.function, reader->statistics()); });
 }

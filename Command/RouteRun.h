@@ -33,6 +33,12 @@ struct RouteRunOptions {
     void addTo(CLI::App & command);
 };
 
+/// Evaluates the table, then calls `finish`, which writes what remains to be written. Where the
+/// table cannot be read to its end, or an evaluation fails, that is done as well, and standard
+/// output flushed, before the exception goes on: what was evaluated is not lost.
+void evaluateAndFinish(Qcf::Agent::RouteReader & reader, Qcf::Agent::TableRun const & run,
+                       std::function<void()> const & finish);
+
 /// Makes the evaluation context of a thread.
 using MakeContext = std::function<Ptr<Qcf::Agent::AgentContextBase>()>;
 

@@ -7,11 +7,12 @@ namespace {
 
 using Qcf::Agent::Evaluated;
 
+// Those of other routes are dropped, whatever the function had set when it came to its end.
 bool hasChanges(Evaluated const & evaluated) {
     bool has = evaluated.context.nextHopSetToSelf();
     evaluated.context.changes().eachChange(
         [&has](auto, char const *, auto const &) { has = true; });
-    return has;
+    return has && evaluated.result.isTrue();
 }
 
 struct Only {

@@ -1,6 +1,7 @@
 #include "Command/RouteText.h"
 
 #include "Agent/Routes/ValueRenderer.h"
+#include "Platform/Render/Utf8.h"
 #include "Platform/Routing/CommunityText.h"
 #include "Platform/Routing/TextPieces.h"
 #include "Text/MapFile.h"
@@ -23,7 +24,7 @@ public:
     void operator()(U64 value) const { appendDecimal(out_, value); }
     void operator()(IpGenAddr const & value) const { value.appendText(out_); }
     void operator()(Routing::Rib::ResolutionRibProfileConfig const & value) const {
-        out_ += value.toString();
+        out_ += visibleText(value.toString());
     }
     void operator()(Routing::Bgp::AsnVector const & value) const {
         out_ += '"';
@@ -116,7 +117,7 @@ void appendRecords(String & out, EvaluationLog const * record, std::size_t inden
         }
         if (places != nullptr) {
             out += "  ";
-            out += places->text(record->aetNodeKey());
+            out += visibleText(places->text(record->aetNodeKey()));
         }
         out += '\n';
         auto const * const call = record->functionCallLog().get();
@@ -220,8 +221,8 @@ constexpr std::size_t decisionWidth = 40;
 
 void appendDecision(String & out, ShownDecision const & decision) {
     std::size_t const start = out.size();
-    out += decision.place == nullptr ? "-" : decision.place->text();
-    out += decision.reason.empty() ? "" : " " + decision.reason;
+    out += decision.place == nullptr ? "-" : visibleText(decision.place->text());
+    out += decision.reason.empty() ? "" : " " + visibleText(decision.reason);
     out += ' ';
     padTo(out, start, decisionWidth);
 }

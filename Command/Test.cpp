@@ -4,6 +4,7 @@
 #include "Command/PolicyFile.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
+#include "Command/TestFiles.h"
 #include "Lists/ListRecord.h"
 #include "Lists/Pattern.h"
 #include "Questions/Mutants.h"
@@ -11,7 +12,7 @@
 #include "Watch/TestReport.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <cmath>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -53,32 +54,19 @@ struct Run {
     Progress progress{"tests"};
     U64 done = 0;
     std::vector<Qcf::Questions::MutantResults> mutants = {};
+    /// Whether nobody reads standard output any more. The tests go on: the exit code and the files
+    /// that were asked for are what they come to.
+    bool isClosed = false;
 };
 
-/// The texts below a folder, in the order of their names.
-std::vector<String> textsBelow(String const & folder) {
-    std::vector<String> texts;
-    for (auto const & entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file() && entry.path().extension() == ".qcf") {
-            texts.push_back(entry.path().lexically_normal().string());
+void write(Run & run, String const & text) {
+    try {
+        if (!run.isClosed) {
+            standardOutput().write(text);
         }
+    } catch (ClosedOutput const &) {
+        run.isClosed = true;
     }
-    std::ranges::sort(texts);
-    return texts;
-}
-
-/// Each once, whatever names it.
-std::vector<String> textsOf(std::vector<String> const & paths) {
-    std::vector<String> texts;
-    for (String const & path : paths) {
-        bool const isFolder = std::filesystem::is_directory(path);
-        for (String const & text : isFolder ? textsBelow(path) : std::vector<String>{path}) {
-            if (std::ranges::find(texts, text) == texts.end()) {
-                texts.push_back(text);
-            }
-        }
-    }
-    return texts;
 }
 
 void runTests(Run & run, PolicyFile const & policy, Watch::FileResults & results) {
@@ -118,6 +106,18 @@ void runMutants(Run & run, PolicyFile const & policy, Watch::FileResults const &
     run.mutants.push_back(Qcf::Questions::runMutants(text, results.file, options));
 }
 
+/// Tells of the file, and keeps its results for what is told at the end.
+void add(Run & run, Watch::FileResults results) {
+    if (!results.error.empty()) {
+        tellLine(results.error);
+    }
+    if (run.options.format == "text" && (!results.tests.empty() || !results.error.empty())) {
+        constexpr MarkedWord words[] = {{"  ", "ok", Colour::good}, {"  ", "FAIL", Colour::bad}};
+        write(run, colouredWords(resultsText(results), words, STDOUT_FILENO));
+    }
+    run.results.push_back(std::move(results));
+}
+
 void runFile(Run & run, String const & file) {
     Watch::FileResults results{file};
     try {
@@ -129,13 +129,8 @@ void runFile(Run & run, String const & file) {
         runMutants(run, policy, results);
     } catch (DocumentError const & error) {
         results.error = error.what();
-        tellLine(results.error);
     }
-    if (run.options.format == "text" && (!results.tests.empty() || !results.error.empty())) {
-        constexpr MarkedWord words[] = {{"  ", "ok", Colour::good}, {"  ", "FAIL", Colour::bad}};
-        standardOutput().write(colouredWords(resultsText(results), words, STDOUT_FILENO));
-    }
-    run.results.push_back(std::move(results));
+    add(run, std::move(results));
 }
 
 struct Counts {
@@ -154,7 +149,7 @@ Counts countsOf(Run const & run) {
     return counts;
 }
 
-void writeText(Run const & run) {
+void writeText(Run & run) {
     Counts const counts = countsOf(run);
     String text =
         std::to_string(counts.passed) + " passed, " + std::to_string(counts.failed) + " failed";
@@ -166,10 +161,10 @@ void writeText(Run const & run) {
         text += '\n';
     }
     text += run.options.wantsMutants() ? mutantsText(run.mutants) : String();
-    standardOutput().write(text);
+    write(run, text);
 }
 
-void writeJson(Run const & run) {
+void writeJson(Run & run) {
     String text;
     RendererV2 renderer(text);
     for (Watch::FileResults const & results : run.results) {
@@ -183,26 +178,31 @@ void writeJson(Run const & run) {
         renderMutants(mutants, renderer);
         renderer.endDocument();
     }
-    standardOutput().write(text);
+    write(run, text);
 }
 
-void writeResults(Run const & run) {
+void writeResults(Run & run) {
     if (run.options.format == "junit") {
-        standardOutput().write(junitText(run.results));
+        write(run, junitText(run.results));
     } else if (run.options.format == "json") {
         writeJson(run);
     } else {
         writeText(run);
     }
+}
+
+/// Writes what the lcov tools read, where it is asked for; says so where that fails.
+bool writeLcov(Run const & run) {
     if (run.options.lcov.empty()) {
-        return;
+        return true;
     }
     std::ofstream file(run.options.lcov, std::ios::binary);
     file << lcovText(run.coverage);
     file.close();
     if (!file) {
-        throw DocumentError(run.options.lcov + ": cannot be written");
+        tellLine(run.options.lcov + ": cannot be written");
     }
+    return !file.fail();
 }
 
 /// Whether the share is as large as was asked for; says so where it is not.
@@ -243,21 +243,40 @@ std::optional<Qcf::Lists::Pattern> patternOf(String const & expression) {
     }
 }
 
+void checkFiles(Options const & options, std::vector<String> const & texts) {
+    if (options.lcov == "-") {
+        throw UsageError("--lcov wants a file: standard output tells of the tests");
+    }
+    if (options.lists == "-" && std::ranges::find(texts, "-") != texts.end()) {
+        throw UsageError("only one file can be standard input");
+    }
+}
+
 int test(Options const & options) {
     if (options.wantsMutants() && options.format == "junit") {
         throw UsageError("mutants are told as text or json, not as junit");
     }
+    TestFiles const files = findTestFiles(options.paths);
+    checkFiles(options, files.texts);
     Run run{options, patternOf(options.only),
             options.lists.empty() ? nullptr : readListsOf(options.lists)};
-    for (String const & file : textsOf(options.paths)) {
+    for (auto const & [path, error] : files.unread) {
+        add(run, {path, {}, error, "the folder cannot be read"});
+    }
+    for (String const & file : files.texts) {
         runFile(run, file);
     }
     writeResults(run);
-    return passes(run) ? 0 : 1;
+    bool const isWritten = writeLcov(run);
+    return passes(run) && isWritten ? 0 : 1;
 }
 
 void addCoverageOptions(CLI::App & command, Options & options) {
-    auto const share = CLI::Range(0.0, 100.0);
+    auto const isNumber = [](std::string const & text) {
+        // What is no number is not outside of a range either.
+        return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is no number" : "";
+    };
+    auto const share = CLI::Range(0.0, 100.0) & CLI::Validator(isNumber, "");
     command.add_flag("--coverage", options.coverage,
                      "Tell which statements were evaluated, and which conditions both ways");
     command

@@ -80,7 +80,7 @@ void Coverage::add(NodeNumbers const & numbers, std::vector<NodeCounts> const & 
         if (!leftOut.contains(function) && isWritten(*function, places)) {
             written.insert(function);
             NodePlace const place = places.of(*function, *function);
-            CoveredFunction & into = files_[place.file].functions[function->funcName()];
+            CoveredFunction & into = files_[names_.of(place.file)].functions[function->funcName()];
             into.line = place.line;
             into.entered += counts[numbers.of(*function)].entered;
         }
@@ -90,7 +90,8 @@ void Coverage::add(NodeNumbers const & numbers, std::vector<NodeCounts> const & 
         if (!written.contains(within) || (!roles.isStatement(i) && !roles.isCondition(i))) {
             continue;
         }
-        NodePlace const at = places.of(*node, *within);
+        NodePlace at = places.of(*node, *within);
+        at.file = names_.of(at.file);
         CoveredNode & into =
             files_[at.file]
                 .nodes[{at.line, at.column, at.endLine, at.endColumn, node->typeData().name}];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Watch/FileNames.h"
 #include "Watch/NodeCounter.h"
 #include "Watch/NodePlaces.h"
 
@@ -51,7 +52,7 @@ struct CoveredFile {
 class Coverage {
 public:
     /// Adds the counts of a program. Functions of `leftOut` and what has no place are passed over;
-    /// files that several programs have are added up.
+    /// files that several programs have are added up, however their paths are spelled.
     void add(NodeNumbers const & numbers, std::vector<NodeCounts> const & counts,
              NodePlaces const & places, std::set<Eval::Function const *> const & leftOut);
 
@@ -75,7 +76,8 @@ public:
     Totals totals() const;
 
 private:
-    std::map<String, CoveredFile> files_;
+    std::map<String, CoveredFile> files_; ///< by their plain paths
+    FileNames names_;
 };
 
 } // namespace Qcf::Watch

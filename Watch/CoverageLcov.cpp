@@ -10,7 +10,7 @@ namespace {
 class Record {
 public:
     String text(String const & name, CoveredFile const & file) {
-        text_ = "TN:\nSF:" + name + '\n';
+        text_ = "TN:\nSF:" + visibleText(name) + '\n';
         functions(file);
         branches(file);
         lines(file);

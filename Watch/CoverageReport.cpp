@@ -1,7 +1,10 @@
 #include "Watch/CoverageReport.h"
 
+#include "Platform/Render/Utf8.h"
+
 #include <array>
 #include <cstdio>
+#include <optional>
 
 namespace Qcf::Watch {
 
@@ -50,36 +53,55 @@ private:
     }
     void add(std::size_t kind, CoveredNode const & node) {
         kinds_[kind] += kinds_[kind].empty() ? "" : "; ";
-        kinds_[kind] += std::to_string(node.place.line) + ' ' + node.text;
+        kinds_[kind] += std::to_string(node.place.line) + ' ' + visibleText(node.text);
     }
 
     std::array<String, 4> kinds_;
     U32 unreachedTo_ = 0;
 };
 
-/// Rows of statements, as ranges that do not touch.
+/// The rows of a file's statements. A row that has one that was not entered is not covered.
 class Rows {
 public:
-    void add(U32 first, U32 last) {
-        if (!ranges_.empty() && first <= ranges_.back().second + 1) {
-            ranges_.back().second = std::max(ranges_.back().second, last);
-        } else {
-            ranges_.emplace_back(first, last);
+    explicit Rows(CoveredFile const & file) {
+        for (auto const & [at, node] : file.nodes) {
+            for (U32 row = node.place.line; node.isStatement && row <= node.lastLine; ++row) {
+                auto const known = isCovered_.try_emplace(row, true).first;
+                known->second = known->second && node.counts.entered > 0;
+            }
         }
     }
-    void render(char const * name, RendererV2 & renderer) const {
+
+    /// As ranges that do not touch.
+    void render(char const * name, bool covered, RendererV2 & renderer) const {
         renderer.key(name);
         renderer.beginArray();
-        for (auto const & [first, last] : ranges_) {
-            renderer.beginObject();
-            row("start", first, renderer);
-            row("end", last, renderer);
-            renderer.endObject();
+        std::optional<std::pair<U32, U32>> range;
+        for (auto const & [number, isCovered] : isCovered_) {
+            if (isCovered != covered) {
+                continue;
+            }
+            if (range && range->second + 1 == number) {
+                range->second = number;
+                continue;
+            }
+            renderRange(range, renderer);
+            range = {number, number};
         }
+        renderRange(range, renderer);
         renderer.endArray();
     }
 
 private:
+    static void renderRange(std::optional<std::pair<U32, U32>> const & range,
+                            RendererV2 & renderer) {
+        if (range) {
+            renderer.beginObject();
+            row("start", range->first, renderer);
+            row("end", range->second, renderer);
+            renderer.endObject();
+        }
+    }
     static void row(char const * name, U32 number, RendererV2 & renderer) {
         renderer.key(name);
         renderer.beginObject();
@@ -87,7 +109,8 @@ private:
         renderer.value(number);
         renderer.endObject();
     }
-    std::vector<std::pair<U32, U32>> ranges_;
+
+    std::map<U32, bool> isCovered_;
 };
 
 void renderNode(CoveredNode const & node, RendererV2 & renderer) {
@@ -128,7 +151,8 @@ String missingText(Coverage const & coverage, std::size_t indent, bool withNames
     for (auto const & [name, file] : coverage.files()) {
         String const missing = Missing(file).text();
         if (!missing.empty()) {
-            text += String(indent, ' ') + (withNames ? name + ": " : String()) + missing + '\n';
+            text += String(indent, ' ') + (withNames ? visibleText(name) + ": " : String()) +
+                    missing + '\n';
         }
     }
     return text;
@@ -139,17 +163,11 @@ void renderCoverage(Coverage const & coverage, RendererV2 & renderer) {
     renderer.key("files");
     renderer.beginObject();
     for (auto const & [name, file] : coverage.files()) {
-        Rows covered;
-        Rows missed;
-        for (auto const & [at, node] : file.nodes) {
-            if (node.isStatement) {
-                (node.counts.entered > 0 ? covered : missed).add(node.place.line, node.lastLine);
-            }
-        }
+        Rows const rows(file);
         renderer.key(name);
         renderer.beginObject();
-        covered.render("covered", renderer);
-        missed.render("not_covered", renderer);
+        rows.render("covered", true, renderer);
+        rows.render("not_covered", false, renderer);
         renderer.key("nodes");
         renderer.beginArray();
         for (auto const & [at, node] : file.nodes) {

@@ -20,7 +20,8 @@ String missingText(Coverage const & coverage, std::size_t indent, bool withNames
 String lcovText(Coverage const & coverage);
 
 /// One object: `{"files": {FILE: {"covered": [...], "not_covered": [...], "nodes": [...]}}}`. Rows
-/// are those of statements; each node has its key, its place and its counts.
+/// are those of statements, and not covered where one of theirs was not entered; each node has its
+/// key, its place and its counts.
 void renderCoverage(Coverage const & coverage, RendererV2 & renderer);
 
 } // namespace Qcf::Watch

@@ -175,6 +175,10 @@ void renderExplanation(ExplainedRoute const & route, RendererV2 & renderer,
     renderer.value(evaluated.number);
     renderer.key("prefix");
     renderer.value(evaluated.route.ipPrefix.toString());
+    if (IpGenAddr const & peer = evaluated.route.sourceSessionRemoteIpAddress; !peer.isAddrZero()) {
+        renderer.key("peer");
+        renderer.value(peer.toString());
+    }
     renderer.key("verdict");
     renderer.value(toString(evaluated.result.retVal()));
     renderer.key("termination");

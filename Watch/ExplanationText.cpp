@@ -1,5 +1,6 @@
 #include "Watch/ExplanationText.h"
 
+#include "Platform/Render/Utf8.h"
 #include "Watch/ExplanationRows.h"
 
 #include <algorithm>
@@ -25,32 +26,57 @@ char const * verdictText(EvalResult result) {
     return result.retVal() == QcfUnknown() ? "undecided (unknown)" : "rejected (false)";
 }
 
-void appendVerdict(String & out, ExplainedRoute const & route) {
-    Decision const decision = route.watched.decision(route.places);
-    EvalResult const result = route.evaluated.result;
-    String const prefix = route.evaluated.route.ipPrefix.toString();
-    out += std::to_string(route.evaluated.number) + "  " + (prefix.empty() ? "-" : prefix);
-    out += "  " + String(verdictText(result));
+/// What decided: a statement, or that there was none.
+String decisionText(ExplainedRoute const & route, Decision const & decision) {
     if (decision.statement != nullptr) {
         String line = route.places.line(*decision.statement, *decision.within);
         if (String const own = route.places.reason(*decision.statement); !own.empty()) {
             line.resize(std::min(line.size(), line.rfind(" because ")));
         }
-        out += " by " + route.places.of(*decision.statement, *decision.within).text() + "  " + line;
-    } else if (TraceNode const * const root = route.watched.root()) {
-        bool const isRefused = root->children.empty();
-        out += isRefused ? " because the function expects arguments"
-                         : " at the end of " + root->within->funcName();
+        return " by " + route.places.of(*decision.statement, *decision.within).text() + "  " + line;
     }
-    out += decision.reason.empty() ? "\n" : "   reason: " + decision.reason + '\n';
     TraceNode const * const root = route.watched.root();
-    if (root != nullptr && !root->unknownBecause.empty()) {
-        out += "  unknown because:";
-        for (String const & reason : root->unknownBecause) {
-            out += (&reason == &root->unknownBecause.front() ? " " : ", ") + reason;
-        }
-        out += '\n';
+    if (root == nullptr) {
+        return {};
     }
+    bool const isRefused = root->children.empty();
+    return isRefused ? " because the function expects arguments"
+                     : " at the end of " + root->within->funcName();
+}
+
+String verdictLine(ExplainedRoute const & route) {
+    Decision const decision = route.watched.decision(route.places);
+    Agent::Route const & of = route.evaluated.route;
+    String const prefix = of.ipPrefix.toString();
+    String line = std::to_string(route.evaluated.number) + "  " + (prefix.empty() ? "-" : prefix);
+    if (IpGenAddr const & peer = of.sourceSessionRemoteIpAddress; !peer.isAddrZero()) {
+        line += " via " + peer.toString();
+    }
+    line += "  " + String(verdictText(route.evaluated.result)) + decisionText(route, decision);
+    return line + (decision.reason.empty() ? "" : "   reason: " + decision.reason);
+}
+
+void appendVerdict(String & out, ExplainedRoute const & route) {
+    out += visibleText(verdictLine(route)) + '\n';
+    TraceNode const * const root = route.watched.root();
+    if (root == nullptr || root->unknownBecause.empty()) {
+        return;
+    }
+    String line;
+    for (String const & reason : root->unknownBecause) {
+        line += (line.empty() ? " " : ", ") + reason;
+    }
+    out += "  unknown because:" + visibleText(line) + '\n';
+}
+
+/// Names of files, lists and interfaces may be anything.
+std::vector<ExplanationRow> visible(std::vector<ExplanationRow> rows) {
+    for (ExplanationRow & row : rows) {
+        row.label = visibleText(row.label);
+        row.text = visibleText(row.text);
+        row.values = visibleText(row.values);
+    }
+    return rows;
 }
 
 // Two columns of fixed width: what stands there, and what it came to.
@@ -111,7 +137,7 @@ void appendChanges(String & out, TraceNode const & root) {
     out += root.result.isTrue() ? String("  changes: ")
                                 : "  changes made and dropped (" + String(why) + "): ";
     for (Change const & change : changes) {
-        out += (&change == &changes.front() ? "" : ", ") + changeText(change);
+        out += (&change == &changes.front() ? "" : ", ") + visibleText(changeText(change));
     }
     out += '\n';
 }
@@ -124,7 +150,7 @@ void appendExplanation(String & out, ExplainedRoute const & route, bool all) {
     if (root == nullptr) {
         return;
     }
-    appendRows(out, rowsOf(*root, route.places, {.all = all}));
+    appendRows(out, visible(rowsOf(*root, route.places, {.all = all})));
     appendChanges(out, *root);
 }
 

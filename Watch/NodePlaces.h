@@ -16,8 +16,11 @@ struct NodePlace {
 
     /// Whether it is a line of a text.
     bool isInText() const { return line != 0; }
-    /// "FILE:LINE", or "FILE:POINTER".
-    String text() const { return file + ':' + (isInText() ? std::to_string(line) : pointer); }
+    /// "FILE:LINE", or "FILE:POINTER"; the file alone where no more is known.
+    String text() const {
+        String const within = isInText() ? std::to_string(line) : pointer;
+        return within.empty() ? file : file + ':' + within;
+    }
 };
 
 /// Whether the node is a `return` or an `exit`.

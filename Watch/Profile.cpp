@@ -1,5 +1,7 @@
 #include "Watch/Profile.h"
 
+#include <algorithm>
+
 namespace Qcf::Watch {
 
 namespace {
@@ -32,6 +34,16 @@ Profiler::Profiler(NodeNumbers const & numbers, Options options)
     profile_.nodes.resize(numbers.size());
     profile_.decided.resize(numbers.size());
     profile_.selfTime.resize(options.time ? numbers.size() : 0);
+}
+
+// The arrays keep their storage.
+void Profiler::clear() {
+    std::ranges::fill(profile_.nodes, NodeCounts());
+    std::ranges::fill(profile_.decided, VerdictCounts());
+    std::ranges::fill(profile_.selfTime, 0);
+    profile_.atEnd = {};
+    profile_.verdicts = {};
+    profile_.stacks = {};
 }
 
 U64 Profiler::lap() {

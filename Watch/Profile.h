@@ -54,6 +54,8 @@ public:
     Profile const & profile() const { return profile_; }
     /// What decided the evaluation that ended last.
     DecidingStatement decidedBy() const { return deciding_.statement(); }
+    /// Forgets what was counted; between two evaluations.
+    void clear();
 
 private:
     using Clock = std::chrono::steady_clock;

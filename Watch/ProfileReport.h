@@ -13,8 +13,6 @@ struct ProfileView {
     NodeNumbers const & numbers;
     Profile const & profile;
     NodePlaces const & places;
-    /// Who named the program: for lines of nodes that have no place.
-    String const & subject;
 };
 
 /// For people: the verdicts and the statements that decided most of them, then the source of each
@@ -31,8 +29,9 @@ String profileText(ProfileView const & view);
 void renderProfile(ProfileView const & view, RendererV2 & renderer);
 
 /// For tools that draw flame graphs: a line a way to a node, `f;line 12 if ...;g;line 3 ... 1234`.
-/// The number is the time of the node alone in nanoseconds, or without a clock how often it was
-/// entered.
+/// Where a function has one such frame twice the place is added, ` @LINE:COLUMN`; in a document
+/// each frame has its pointer, `if ... @/nodes/7`. The number is the time of the node alone in
+/// nanoseconds, or without a clock how often it was entered.
 String foldedText(ProfileView const & view);
 
 } // namespace Qcf::Watch

@@ -31,30 +31,29 @@ F64 secondsOf(FileResults const & results) {
     return seconds;
 }
 
-/// As the content of an element or of an attribute. Characters that XML does not have become `?`.
-String xml(std::string_view text) {
-    String out;
-    for (char const c : text) {
-        bool const isControl = static_cast<U8>(c) < 0x20 && c != '\n' && c != '\t' && c != '\r';
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        case '\n':
-            out += "&#10;";
-            break;
-        default:
-            out += isControl ? '?' : c;
+/// A character as the content of an element or of an attribute. Those that XML does not have become
+/// `?`.
+String xmlCharacter(std::string_view sequence) {
+    constexpr std::pair<char, char const *> escapes[] = {
+        {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\n', "&#10;"}};
+    for (auto const & [c, escape] : escapes) {
+        if (sequence.front() == c) {
+            return escape;
         }
+    }
+    U8 const first = static_cast<U8>(sequence.front());
+    bool const isControl = first < 0x20 && first != '\t' && first != '\r';
+    bool const isNone = sequence == "\xef\xbf\xbe" || sequence == "\xef\xbf\xbf";
+    return isControl || isNone ? String("?") : String(sequence);
+}
+
+String xml(std::string_view text) {
+    String const valid = replaceInvalidUtf8(text);
+    String out;
+    for (std::string_view rest = valid; !rest.empty();) {
+        std::size_t const length = utf8SequenceLength(rest);
+        out += xmlCharacter(rest.substr(0, length));
+        rest.remove_prefix(length);
     }
     return out;
 }
@@ -109,7 +108,7 @@ std::size_t FileResults::failed() const {
 }
 
 String resultsText(FileResults const & results) {
-    String text = results.file + '\n';
+    String text = visibleText(results.file) + '\n';
     constexpr std::size_t longestTitle = 200;
     constexpr std::size_t titleWidth = 56;
     for (TestResult const & test : results.tests) {
@@ -118,13 +117,14 @@ String resultsText(FileResults const & results) {
             text += "  ok    " + title + '\n';
             continue;
         }
-        text += "  FAIL  " + padded(title, titleWidth) + ' ' + test.expected.text() + '\n';
+        text +=
+            "  FAIL  " + padded(title, titleWidth) + ' ' + visibleText(test.expected.text()) + '\n';
         for (String const & finding : test.findings) {
-            text += String(findingIndent, ' ') + finding + '\n';
+            text += String(findingIndent, ' ') + visibleText(finding) + '\n';
         }
     }
     if (!results.error.empty()) {
-        text += "  FAIL  the text has errors\n";
+        text += "  FAIL  " + String(results.fault) + '\n';
     }
     return text;
 }

@@ -12,6 +12,8 @@ struct FileResults {
     std::vector<TestResult> tests = {};
     /// Why none could be run; empty where they were.
     String error = {};
+    /// What the error means, for people.
+    char const * fault = "the text has errors";
 
     std::size_t failed() const;
     /// Whether all is well.

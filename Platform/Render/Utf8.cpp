@@ -1,12 +1,11 @@
 #include "Platform/Render/Utf8.h"
 
+#include <algorithm>
 #include <cstring>
 
 /// What is well-formed UTF-8 (RFC 3629), and what is made of text that is not. Document texts are
 /// mostly ASCII, which is passed over by words.
 namespace {
-
-constexpr char hexDigits[] = "0123456789abcdef";
 
 bool isContinuation(char c) noexcept { return (static_cast<U8>(c) & 0xc0U) == 0x80U; }
 
@@ -61,36 +60,71 @@ std::size_t validPrefix(std::string_view text) noexcept {
     return at;
 }
 
+constexpr char hexDigits[] = "0123456789abcdef";
+
+/// The character that a well-formed sequence stands for.
+U32 codePoint(std::string_view sequence) noexcept {
+    auto const first = static_cast<U8>(sequence.front());
+    // What the first byte has of it, by length.
+    constexpr U8 masks[] = {0, 0x7f, 0x1f, 0x0f, 0x07};
+    U32 point = first & U32{masks[std::min<std::size_t>(sequence.size(), 4)]};
+    for (char const c : sequence.substr(1)) {
+        point = point << 6 | (static_cast<U8>(c) & U32{0x3f});
+    }
+    return point;
+}
+
+// Control characters, and those that turn the direction of what follows.
+bool actsOnTerminal(std::string_view sequence) noexcept {
+    U32 const point = codePoint(sequence);
+    bool const isControl = point < 0x20 || (point >= 0x7f && point <= 0x9f);
+    return isControl || (point >= 0x202a && point <= 0x202e) ||
+           (point >= 0x2066 && point <= 0x2069);
+}
+
+// As JSON has it.
+void appendEscape(String & out, std::string_view sequence) {
+    constexpr std::string_view named = "\nn\rr\tt";
+    std::size_t const at = named.find(sequence.front());
+    if (at != std::string_view::npos && at % 2 == 0) {
+        out += {'\\', named[at + 1]};
+        return;
+    }
+    U32 const point = codePoint(sequence);
+    out += "\\u";
+    for (U32 const shift : {12U, 8U, 4U, 0U}) {
+        out += hexDigits[point >> shift & 15U];
+    }
+}
+
+template <typename Stays>
+String escaped(std::string_view text, Stays const & stays) {
+    String out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        std::size_t const length = utf8SequenceLength(text);
+        std::string_view const sequence = text.substr(0, length == 0 ? 1 : length);
+        if (length == 0) {
+            out += "\xef\xbf\xbd";
+        } else if (actsOnTerminal(sequence) && !stays(sequence.front())) {
+            appendEscape(out, sequence);
+        } else {
+            out += sequence;
+        }
+        text.remove_prefix(sequence.size());
+    }
+    return out;
+}
+
 // As JSON escapes them.
 void appendEscaped(String & out, std::string_view sequence) {
-    char const c = sequence.front();
-    switch (c) {
-    case '"':
-        out += "\\\"";
+    if (sequence == "\"" || sequence == "\\") {
+        out += '\\';
+    } else if (actsOnTerminal(sequence)) {
+        appendEscape(out, sequence);
         return;
-    case '\\':
-        out += "\\\\";
-        return;
-    case '\n':
-        out += "\\n";
-        return;
-    case '\r':
-        out += "\\r";
-        return;
-    case '\t':
-        out += "\\t";
-        return;
-    default:
-        break;
     }
-    // Control characters could do anything to a terminal.
-    if (static_cast<U8>(c) < 0x20 || c == 0x7f) {
-        out += "\\u00";
-        out += hexDigits[static_cast<U8>(c) >> 4];
-        out += hexDigits[static_cast<U8>(c) & 15];
-    } else {
-        out += sequence;
-    }
+    out += sequence;
 }
 
 } // namespace
@@ -159,4 +193,12 @@ String oneLine(std::string_view text, std::size_t most) {
         text.remove_prefix(length == 0 ? 1 : length);
     }
     return out;
+}
+
+String visibleText(std::string_view text) {
+    return escaped(text, [](char) { return false; });
+}
+
+String visibleLines(std::string_view text) {
+    return escaped(text, [](char c) { return c == '\n' || c == '\t'; });
 }

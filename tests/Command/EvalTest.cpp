@@ -225,15 +225,17 @@ TEST(Eval, TheTableEndsInASummaryOfItsLines) {
 
 TEST(Eval, TellsOfTheRoutesThatAreAskedFor) {
     Workshop const workshop;
+    // Next hop self alone is a change, too, but not of a route that is not accepted.
     workshop.write("p.qcf", "function f() {\n"
                             "  if med is 1 { local_preference = 5; return true }\n"
+                            "  set_next_hop_self()\n"
                             "  if med is 2 { return false }\n"
                             "  if med is 3 { return true }\n"
                             "}\n");
     workshop.write("r.jsonl", R"({"prefix": "10.0.0.0/8", "med": 1}
-{"prefix": "10.1.0.0/16", "med": 2, "source_session.remote.ip_address": "192.0.2.1"}
-{"prefix": "10.1.0.0/16", "med": 3, "source_session.remote.ip_address": "192.0.2.2"}
-{"prefix": "2001:db8::/32", "med": 4, "source_session.remote.ip_address": "192.0.2.1"}
+{"prefix": "10.1.0.0/16", "med": 2, "session": {"outbound": true}, "source_session.remote.ip_address": "192.0.2.1"}
+{"prefix": "10.1.0.0/16", "med": 3, "session": {"outbound": true}, "source_session.remote.ip_address": "192.0.2.2"}
+{"prefix": "2001:db8::/32", "med": 4, "session": {"outbound": true}, "source_session.remote.ip_address": "192.0.2.1"}
 )");
     struct Case {
         std::vector<String> options;
@@ -249,7 +251,7 @@ TEST(Eval, TellsOfTheRoutesThatAreAskedFor) {
         {{"--only", "accepted"}, "02"},
         {{"--only", "rejected"}, "1"},
         {{"--only", "unknown"}, "3"},
-        {{"--only", "changed"}, "0"},
+        {{"--only", "changed"}, "02"},
         {{"--peer", "192.0.2.1", "--only", "rejected", "--prefix", "10.0.0.0/8/longer"}, "1"},
     };
     for (Case const & c : cases) {
@@ -278,7 +280,7 @@ TEST(Eval, TellsOfTheRoutesThatAreAskedFor) {
                         "jsonl", "--only", "rejected"})
                   .out,
               R"({"route":1,"prefix":"10.1.0.0/16","peer":"192.0.2.1","result":"false",)"
-              R"("termination":"noTermination","changes":{}})"
+              R"("termination":"noTermination","changes":{},"nextHopSetToSelf":true})"
               "\n");
     for (char const * const wrong :
          {"--prefix=10.0.0.1/8", "--prefix=x", "--peer=10.0.0.0/8", "--only=some"}) {

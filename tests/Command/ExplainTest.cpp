@@ -105,12 +105,72 @@ TEST_F(Explain, SelectsRoutes) {
     EXPECT_EQ(numbers({"--prefix", "10.0.0.0/16", "--route", "3"}), "3");
     EXPECT_EQ(numbers({"--limit", "2"}), "01");
     EXPECT_EQ(run({"--threads", "2"}).out, run({}).out);
-    Outcome const none = run({"--route", "9"});
-    EXPECT_EQ(none.err, "r.jsonl: route 9 is not in the table, or not selected\n");
-    EXPECT_EQ(none.exitCode, 1);
+    for (char const * const number : {"9", "18446744073709551615"}) {
+        Outcome const none = run({"--route", number});
+        EXPECT_EQ(none.err,
+                  String("r.jsonl: route ") + number + " is not in the table, or not selected\n");
+        EXPECT_EQ(none.out, "");
+        EXPECT_EQ(none.exitCode, 1);
+    }
+    for (char const * const threads : {"1", "2"}) {
+        Outcome const empty = run({"--prefix", "1.1.1.0/25", "--threads", threads});
+        EXPECT_EQ(empty.err, "r.jsonl: no route was selected of 4\n");
+        EXPECT_EQ(empty.exitCode, 0);
+    }
     Outcome const wrong = run({"--prefix", "10.0.0.0"});
     EXPECT_THAT(wrong.err, HasSubstr("--prefix wants a prefix such as"));
     EXPECT_EQ(wrong.exitCode, 2);
+}
+
+TEST_F(Explain, TellsThePeerWhereARouteHasOne) {
+    workshop.write("r.jsonl", R"({"prefix": "10.0.0.0/25"}
+{"prefix": "10.0.0.0/25", "source_session.remote.ip_address": "192.0.2.1"}
+)");
+    String const out = run({}).out;
+    EXPECT_THAT(out, HasSubstr("0  10.0.0.0/25  rejected (false) by p.qcf:9"));
+    EXPECT_THAT(out, HasSubstr("1  10.0.0.0/25 via 192.0.2.1  rejected (false) by p.qcf:9"));
+    String const json = run({"--format", "json"}).out;
+    EXPECT_THAT(json, HasSubstr(R"({"route":0,"prefix":"10.0.0.0/25","verdict")"));
+    EXPECT_THAT(json,
+                HasSubstr(R"({"route":1,"prefix":"10.0.0.0/25","peer":"192.0.2.1","verdict")"));
+}
+
+// What a terminal would act on: as it stands in a name, and as it is told.
+constexpr std::pair<char const *, char const *> unsafeTexts[] = {
+    {"\x1b[31m", "\\u001b[31m"},
+    {"\xc2\x9b"
+     "2J",
+     "\\u009b2J"},
+    {"\xe2\x80\xae", "\\u202e"},
+    {"\xe2\x81\xa6", "\\u2066"},
+};
+
+TEST_F(Explain, WhatATerminalWouldActOnIsEscaped) {
+    for (auto const & [unsafe, told] : unsafeTexts) {
+        String const file = "l" + String(unsafe) + ".qcf";
+        workshop.write(file,
+                       "function is_wanted() {\n  return connected.interface is interface \"e0\" "
+                       "because far\n}\n");
+        workshop.write("p.qcf",
+                       "import \"" + file +
+                           "\"\nfunction take() { return is_wanted() }\n"
+                           "test \"t\" take() { route { prefix 10.0.0.0/8 } expect accept }\n");
+        workshop.write("r.jsonl", "{\"connected.interface\": \"" + String(told) + "\"}\n");
+        workshop.run({"compile", "p.qcf", "-o", "p.json", "--map-out", "p.map"});
+        std::vector<std::vector<String>> const runs = {
+            {"explain", "p.qcf", "--function", "take", "--routes", "r.jsonl"},
+            {"explain", "p.json", "--map", "p.map", "--function", "take", "--routes", "r.jsonl"},
+            {"eval", "p.qcf", "--function", "take", "--routes", "r.jsonl", "--why"},
+            {"profile", "p.qcf", "--function", "take", "--routes", "r.jsonl"},
+            {"test", "p.qcf", "--coverage", "--lcov", "lcov.info"},
+        };
+        for (auto const & arguments : runs) {
+            String const out = workshop.run(arguments).out;
+            EXPECT_EQ(out.find(unsafe), String::npos) << arguments[0] << out;
+            EXPECT_THAT(out, HasSubstr(told)) << arguments[0];
+        }
+        EXPECT_THAT(workshop.read("lcov.info"), HasSubstr("SF:l" + String(told) + ".qcf\n"));
+    }
 }
 
 TEST_F(Explain, JsonHasTheWholeTree) {
@@ -210,6 +270,37 @@ TEST(ExplainedRows, SayWhatIsMeant) {
             out.end());
         EXPECT_THAT(out, HasSubstr(each.row)) << each.body;
     }
+}
+
+// Beside the summary, routes or none; each share is of all routes.
+TEST_F(Explain, EvalSumsUpWhatDecided) {
+    for (char const * const threads : {"1", "2"}) {
+        for (char const * const output : {"table", "none"}) {
+            String const out = run({"--why", "--output", output, "--threads", threads}, "eval").out;
+            EXPECT_THAT(out, testing::EndsWith("\ndecided by\n"
+                                               "    50.0 %  p.qcf:4  return true\n"
+                                               "    25.0 %  p.qcf:3  return false because med\n"
+                                               "    25.0 %  p.qcf:9  return false because "
+                                               "length\n"));
+        }
+    }
+    String many = "function take() {\n";
+    String routes;
+    for (int i = 0; i < 12; ++i) {
+        many += "  if med is " + std::to_string(i) + " { return true }\n";
+        routes += R"({"med": )" + std::to_string(i) + "}\n";
+    }
+    workshop.write("many.qcf", many + "}\n");
+    workshop.write("r.jsonl", routes + R"({"med": 11})" + "\n" + R"({"med": 12})" + "\n");
+    String const out = run({"--why", "--output", "none"}, "eval", "many.qcf").out;
+    EXPECT_THAT(out, HasSubstr("decided by\n    14.3 %  many.qcf:13  return true\n"
+                               "     7.1 %  many.qcf:2  return true\n"));
+    EXPECT_THAT(out, testing::EndsWith("            and 2 more\n"
+                                       "     7.1 %  the function's end\n"));
+    EXPECT_EQ(run({"--output", "none"}, "eval", "many.qcf").out.find("decided"), String::npos);
+    workshop.write("a.qcf", "function take(int most) { return med < most }");
+    EXPECT_EQ(run({"--why", "--output", "none"}, "eval", "a.qcf").out.find("decided"),
+              String::npos);
 }
 
 TEST_F(Explain, AFunctionThatWantsArgumentsIsToldSo) {

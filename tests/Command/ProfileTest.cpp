@@ -96,6 +96,75 @@ TEST(Profile, ManyThreadsCountAsOne) {
     }
 }
 
+// Two nodes of one line that are spelled alike are two frames; those of documents have their
+// pointers.
+TEST(Profile, FramesOfDifferentNodesDiffer) {
+    Workshop const workshop;
+    workshop.write("p.qcf", "function f() { if med is 5 { return true } else { return true } }\n");
+    workshop.write("r.jsonl", routes);
+    ASSERT_EQ(workshop.run({"compile", "p.qcf", "-o", "p.json"}).exitCode, 0);
+    for (char const * const policyFile : {"p.qcf", "p.json"}) {
+        bool const isText = String(policyFile) == "p.qcf";
+        String const out = workshop
+                               .run({"profile", policyFile, "--function", "f", "--routes",
+                                     "r.jsonl", "--format", "folded"})
+                               .out;
+        String const frame = isText ? "f;line 1 if med is 5;line 1 return true @1:"
+                                    : "f;if med is 5 @/nodes/[0-9]+;return true @/nodes/";
+        EXPECT_THAT(out, testing::ContainsRegex(frame + "[0-9]+ 2\n")) << policyFile;
+        EXPECT_THAT(out, testing::ContainsRegex(frame + "[0-9]+ 3\n")) << policyFile;
+    }
+}
+
+TEST(Profile, TellsTheFileOfLinesElsewhere) {
+    Workshop const workshop;
+    workshop.write("lib.qcf", "function far() { return true }\n");
+    workshop.write("p.qcf", "import \"lib.qcf\"\nfunction f() { return far() }\n");
+    workshop.write("r.jsonl", routes);
+    String const out =
+        workshop.run({"profile", "p.qcf", "--function", "f", "--routes", "r.jsonl"}).out;
+    EXPECT_THAT(out, testing::ContainsRegex("\n +line    entered .*"
+                                            "\n +2 +5 .*  function f\n"));
+    EXPECT_THAT(out, testing::ContainsRegex("\n  [./]*lib.qcf:1 +5 .*  function far\n"));
+}
+
+// What was evaluated before the fault is told, whatever other threads have read behind it.
+TEST(Profile, CountsTheRoutesBeforeAFault) {
+    Workshop const workshop;
+    workshop.write("p.qcf", policy);
+    String many;
+    for (int i = 0; i < 3000; ++i) {
+        many += R"({"med": 5})"
+                "\n";
+    }
+    workshop.write("bad.jsonl", many + "{\"med\": -1}\n" + many);
+    // So few that their output would not be written but at the end.
+    workshop.write("few.jsonl", routes + String("{]\n"));
+    workshop.write("good.jsonl", many);
+    workshop.shell("gzip -c good.jsonl | head -c -40 >cut.jsonl.gz");
+    for (char const * const table : {"few.jsonl", "bad.jsonl", "cut.jsonl.gz"}) {
+        String const summary =
+            workshop
+                .run({"eval", "p.qcf", "--function", "f", "--routes", table, "--output", "none"})
+                .out;
+        U64 const good = std::stoull(summary.substr(String("routes:").size()));
+        ASSERT_GT(good, 0U) << summary;
+        for (char const * const threads : {"1", "2"}) {
+            Outcome const profiled = workshop.run(
+                {"profile", "p.qcf", "--function", "f", "--routes", table, "--threads", threads});
+            EXPECT_EQ(profiled.exitCode, 1) << table;
+            EXPECT_THAT(profiled.out, testing::StartsWith(std::to_string(good) + " routes: "));
+            Outcome const explained =
+                workshop.run({"explain", "p.qcf", "--function", "f", "--routes", table, "--format",
+                              "json", "--threads", threads});
+            EXPECT_EQ(explained.exitCode, 1) << table;
+            EXPECT_EQ(linesOf(explained.out).size(), good) << table;
+            EXPECT_EQ(explained.err, profiled.err);
+            EXPECT_EQ(linesOf(explained.err).size(), 1U) << explained.err;
+        }
+    }
+}
+
 // A document has pointers in place of lines, and lines where its map is given; the counts are those
 // of the text.
 TEST(Profile, TakesDocuments) {
@@ -104,8 +173,11 @@ TEST(Profile, TakesDocuments) {
     workshop.write("r.jsonl", routes);
     ASSERT_EQ(workshop.run({"compile", "p.qcf", "-o", "p.json", "--map-out", "p.map"}).exitCode, 0);
     std::vector<String> arguments{"profile", "p.json", "--function", "f", "--routes", "r.jsonl"};
-    EXPECT_THAT(workshop.run(arguments).out,
-                testing::ContainsRegex("    20.0 %  p.json:?/nodes/[0-9]+  exit true\n"));
+    String const out = workshop.run(arguments).out;
+    EXPECT_THAT(out, testing::ContainsRegex("    20.0 %  p.json:/nodes/[0-9]+  exit true\n"));
+    EXPECT_THAT(out, testing::ContainsRegex("\n +line    entered"));
+    EXPECT_THAT(out, testing::ContainsRegex("\n  /functions/[0-9]+ +5 .*  function f\n"));
+    EXPECT_THAT(out, testing::ContainsRegex("\n  +/nodes/[0-9]+ +1 .*  exit true\n"));
     arguments.insert(arguments.end(), {"--map", "p.map"});
     EXPECT_THAT(workshop.run(arguments).out, HasSubstr("    20.0 %  p.qcf:6  "));
 }

@@ -216,6 +216,12 @@ test "beta" helper(1) { route { } expect reject })"));
         {{"none.qcf", "--fail-on-empty"}, 1, "0 passed, 0 failed"},
         {{"p.qcf", "--run", "("}, 2, ""},
         {{"p.qcf", "--min", "101"}, 2, ""},
+        {{"p.qcf", "--min", "nan"}, 2, ""},
+        {{"p.qcf", "--min", "x"}, 2, ""},
+        {{"p.qcf", "--min-branches", "-nan"}, 2, ""},
+        {{"p.qcf", "--lcov", "-"}, 2, ""},
+        {{"-", "--lists", "-"}, 2, ""},
+        {{"./p.qcf", "p.qcf", "././p.qcf", "."}, 1, "1 passed, 1 failed"},
         {{"p.qcf", "--format", "yaml"}, 2, ""},
         {{}, 2, ""},
     };
@@ -278,6 +284,71 @@ TEST(Test, AddsUpFilesThatSeveralTextsImport) {
                 HasSubstr("statements 5 of 5 (100.0 %), conditions both ways 1 of 1\n"));
     EXPECT_THAT(workshop.run({"test", "common.qcf", "--coverage"}).out,
                 HasSubstr("statements 0 of 4"));
+}
+
+// However a file is reached, it is one file.
+TEST(Test, CountsAFileOfSeveralSpellingsOnce) {
+    Workshop const workshop;
+    workshop.shell("mkdir d");
+    workshop.write("lib.qcf", "function two() {\n  if med is 1 { return false }\n  return true\n}\n"
+                              "test \"t\" two() { route { med 1 } expect reject }\n");
+    for (char const * const path : {"lib.qcf", "./lib.qcf", "././lib.qcf", "d/../lib.qcf"}) {
+        workshop.write(String("by") + std::to_string(String(path).size()) + ".qcf",
+                       String("import \"") + path +
+                           "\"\ntest \"t\" two() { route { } expect accept }\n");
+    }
+    Outcome const outcome =
+        workshop.run({"test", ".", "./lib.qcf", "--coverage", "--lcov", "lcov.info"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, testing::EndsWith("5 passed, 0 failed; statements 3 of 3 (100.0 %), "
+                                               "conditions both ways 1 of 1\n"));
+    EXPECT_THAT(workshop.read("lcov.info"), StartsWith("TN:\nSF:lib.qcf\n"));
+    EXPECT_EQ(workshop.shell("grep -c SF: lcov.info").out, "1\n");
+}
+
+// What cannot be read is told with its path and fails the run; the rest is tested.
+TEST(Test, TellsWhatItCannotRead) {
+    Workshop const workshop;
+    String const passing = "function f() { return true }\n"
+                           "test \"t\" f() { route { } expect accept }\n";
+    // A path that is too long is one that nobody can read, whatever rights they have.
+    workshop.shell("mkdir deep; cd deep; n=$(printf 'x%.0s' {1..250}); "
+                   "for i in {1..20}; do mkdir $n && cd $n; done");
+    workshop.write("p.qcf", passing);
+    Outcome const deep = workshop.run({"test", ".", "--format", "json"});
+    EXPECT_EQ(deep.exitCode, 1);
+    EXPECT_THAT(deep.err, testing::AllOf(StartsWith("deep/xxx"),
+                                         testing::EndsWith("found \"File name too long\"\n")));
+    EXPECT_THAT(deep.out, HasSubstr(R"("file":"p.qcf","test":"t")"));
+    workshop.shell("rm -r deep; mkdir d; ln -s nowhere.qcf d/lost.qcf; ln -s none d/x.txt");
+    Outcome const lost = workshop.run({"test", "."});
+    EXPECT_EQ(lost.exitCode, 1);
+    EXPECT_EQ(lost.err, "d/lost.qcf: wants a readable file, found \"No such file or directory\"\n");
+    EXPECT_THAT(lost.out, HasSubstr("p.qcf\n  ok    t\n1 passed, 0 failed, 1 with errors\n"));
+}
+
+// Whoever only looks at the first line still learns by the exit code what came of it.
+TEST(Test, EndsAsTheTestsDidWhereNobodyReads) {
+    Workshop const workshop;
+    String tests = "function f() { return true }\n";
+    for (int i = 0; i < 3000; ++i) {
+        tests += "test \"a title that fills the pipe until it is full " + std::to_string(i) +
+                 "\" f() { route { } expect accept }\n";
+    }
+    workshop.write("good.qcf", tests);
+    workshop.write("z.qcf", "function f() { return true }\n"
+                            "test \"t\" f() { route { } expect reject }\n");
+    for (char const * const format : {"text", "json", "junit"}) {
+        Outcome const failed =
+            workshop.shell("$QCF test good.qcf z.qcf --lcov lcov.info --format " + String(format) +
+                           " | head -1 >/dev/null; exit ${PIPESTATUS[0]}");
+        EXPECT_EQ(failed.exitCode, 1) << format;
+        EXPECT_THAT(workshop.read("lcov.info"), HasSubstr("SF:z.qcf\n")) << format;
+        workshop.shell("rm -f lcov.info");
+    }
+    EXPECT_EQ(
+        workshop.shell("$QCF test good.qcf | head -1 >/dev/null; exit ${PIPESTATUS[0]}").exitCode,
+        0);
 }
 
 TEST(Test, WantsTheThresholds) {

@@ -27,6 +27,8 @@ TEST(Usage, WrongArgumentsAreToldInOneLine) {
         {{"eval", "d", "--function", "f", "--routes", "r", "--limit", "1e3"}, "found \"1e3\""},
         {{"eval", "d", "--function", "f", "--routes", "r", "extra"}, "extra"},
         {{"eval", "-", "--function", "f", "--routes", "-"}, "only one file can be standard input"},
+        {{"explain", "d", "--function", "f", "--map", "-", "--routes", "-"},
+         "only one file can be standard input"},
         {{"check"}, "document is required"},
         {{"check", "-", "--lists", "-"}, "only one file can be standard input"},
         {{"dump", "d.json", "--format", "yaml"}, "--format"},

@@ -15,7 +15,11 @@ cp -r "$QCF_SOURCE_DIR/examples" examples
 cat >examples/hard.qcf <<'TEXT'
 function f() { return true }
 test "a <b> & \"c\" 'd' ]]> é" f() { route { } expect reject }
+function half() { if med is 1 { return false } return true }
+test "one of two statements on a line" half() { route { } expect accept }
 TEXT
+# U+FFFE and U+FFFF are characters of a text and none of XML.
+printf 'test "no \xef\xbf\xbe \xef\xbf\xbf" f() { route { } expect accept }\n' >>examples/hard.qcf
 printf 'function f() { return == }\n' >examples/broken.qcf
 "$QCF_BINARY" test examples --format junit >junit.xml 2>/dev/null && exit 1
 "$QCF_BINARY" test examples --format json --coverage --lcov all.info >all.json 2>/dev/null && exit 1

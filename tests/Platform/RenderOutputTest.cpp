@@ -226,6 +226,31 @@ TEST(Utf8, KnowsWellFormedSequences) {
     EXPECT_EQ(oneLine(String(100, 'x'), 10), "xxxxxxxxxx...");
 }
 
+TEST(VisibleText, EscapesWhatActsOnATerminalAndNothingElse) {
+    struct Case {
+        char const * text;
+        char const * line;
+        char const * lines;
+    };
+    constexpr Case cases[] = {
+        {"a\tb\r\n", "a\\tb\\r\\n", "a\tb\\r\n"},
+        {"\x1b[2J\x7f", "\\u001b[2J\\u007f", "\\u001b[2J\\u007f"},
+        {"\xc2\x80\xc2\x9f\xc2\xa0", "\\u0080\\u009f\xc2\xa0", "\\u0080\\u009f\xc2\xa0"},
+        {"\xe2\x80\xa9\xe2\x80\xaa\xe2\x80\xae\xe2\x80\xaf",
+         "\xe2\x80\xa9\\u202a\\u202e\xe2\x80\xaf", "\xe2\x80\xa9\\u202a\\u202e\xe2\x80\xaf"},
+        {"\xe2\x81\xa5\xe2\x81\xa6\xe2\x81\xa9\xe2\x81\xaa",
+         "\xe2\x81\xa5\\u2066\\u2069\xe2\x81\xaa", "\xe2\x81\xa5\\u2066\\u2069\xe2\x81\xaa"},
+        {"\"\\\xf0\x9f\x98\x80\xff", "\"\\\xf0\x9f\x98\x80\xef\xbf\xbd",
+         "\"\\\xf0\x9f\x98\x80\xef\xbf\xbd"},
+    };
+    for (Case const & c : cases) {
+        EXPECT_EQ(visibleText(c.text), c.line);
+        EXPECT_EQ(visibleLines(c.text), c.lines);
+    }
+    EXPECT_EQ(visibleText(std::string_view("\0", 1)), "\\u0000");
+    EXPECT_EQ(oneLine("\xe2\x80\xae\xc2\x9b", 100), "\\u202e\\u009b");
+}
+
 TEST(NonBlockingCliTxnBuffer, DrainsThroughDescriptorsThatBlock) {
     String const text = numbered(100000);
     for (bool const isSocket : {false, true}) {
