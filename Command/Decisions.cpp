@@ -54,6 +54,7 @@ String Decisions::text(U64 routes) const {
         return std::tie(place.file, place.line, place.column, place.pointer);
     });
     std::vector<Qcf::Watch::DecidedVerdicts> statements;
+    statements.reserve(order.size());
     for (auto const & [place, key] : order) {
         statements.push_back(
             {known_.at(key).verdicts, place->text(), places_->line(*key.first, *key.second)});

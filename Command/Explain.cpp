@@ -166,7 +166,7 @@ int explain(Options const & options) {
     }
     tableRun.function = prepared.function;
     tableRun.makeContext = [&]() -> Ptr<AgentContextBase> {
-        Ptr<AgentContextBase> const context = makePtr<AgentContext>(prepared.matchers);
+        Ptr<AgentContextBase> context = makePtr<AgentContext>(prepared.matchers);
         run.watchers.emplace(context.get(), std::make_unique<Watcher>(context));
         return context;
     };
