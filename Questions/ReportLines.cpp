@@ -56,7 +56,7 @@ public:
     explicit LineMaker(ReportInput const & input) : input_(input) {
         coverage_.add(input.numbers, input.counts.profile.nodes, input.places, {});
         for (ReportText const & text : input.texts) {
-            byName_.emplace(text.name, made_.files.size());
+            byName_.emplace(coverage_.nameOf(text.name), made_.files.size());
             made_.files.push_back({text.name, linesOfText(text.text)});
         }
     }
@@ -73,7 +73,7 @@ public:
 
 private:
     ReportLine * lineAt(String const & file, U32 number) {
-        auto const found = byName_.find(file);
+        auto const found = byName_.find(coverage_.nameOf(file));
         if (found == byName_.end() || number == 0) {
             return nullptr;
         }
@@ -96,8 +96,8 @@ private:
 
     /// A built-in function that was never written stands in no line; what it decides has one all
     /// the same, that of its call.
-    bool isWritten(Watch::ProfileRow const & row, String const & file) const {
-        auto const found = coverage_.files().find(file);
+    bool isWritten(Watch::ProfileRow const & row, String const & file) {
+        auto const found = coverage_.files().find(coverage_.nameOf(file));
         return found != coverage_.files().end() &&
                found->second.functions.contains(row.within->funcName());
     }
@@ -105,7 +105,7 @@ private:
     void add(Watch::ProfileRow const & row) {
         auto const place = input_.places.of(*row.node, *row.within);
         ReportLine * const line = lineAt(place.file, place.line);
-        std::size_t const file = line == nullptr ? 0 : byName_.at(place.file);
+        std::size_t const file = line == nullptr ? 0 : byName_.at(coverage_.nameOf(place.file));
         made_.rows.push_back({file, line == nullptr ? 0 : place.line, row});
         if (line == nullptr || !isWritten(row, place.file)) {
             return;
@@ -134,8 +134,8 @@ private:
 
     ReportInput const & input_;
     Watch::Coverage coverage_;
-    std::map<U64, String> missing_; ///< by the key of the condition
-    std::map<String, std::size_t> byName_;
+    std::map<U64, String> missing_;        ///< by the key of the condition
+    std::map<String, std::size_t> byName_; ///< by the names of the coverage
     ReportLines made_;
 };
 

@@ -58,6 +58,9 @@ public:
 
     std::map<String, CoveredFile> const & files() const { return files_; }
 
+    /// The name under which `files` has what stands in the file of that path.
+    String const & nameOf(String const & path) { return names_.of(path); }
+
     struct Totals {
         U64 statements = 0;
         U64 statementsEntered = 0;
