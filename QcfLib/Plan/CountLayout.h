@@ -20,17 +20,17 @@ struct DeciderCounters {
     U32 discounted = 0;
 };
 
-/// A link of a chain of `else if`: how often its block was taken, and, where that does not follow,
-/// how often it was passed.
-struct CountedLink {
-    Expression const * node = nullptr;
-    U32 taken = 0;
-    std::optional<U32> passed = {};
-    CountedStatements block = {};
-};
-
 /// What is counted of a statement, and what stands below it.
 struct CountedStatement {
+    /// A link of a chain of `else if`: how often its block was taken, and, where that does not
+    /// follow, how often it was passed.
+    struct Link {
+        Expression const * node = nullptr;
+        U32 taken = 0;
+        std::optional<U32> passed = {};
+        CountedStatements block = {};
+    };
+
     Expression const * node = nullptr;
     bool leaves = false; ///< a `return` or `exit`
     /// Of those. Each entry decides unless `decidesApart`: then `decided` is counted.
@@ -39,9 +39,10 @@ struct CountedStatement {
     /// How often evaluation went on behind it, where that does not follow.
     std::optional<U32> behind = {};
     CountedStatements block = {};     ///< of a block
-    std::vector<CountedLink> links{}; ///< of a branch
+    std::vector<Link> links{};        ///< of a branch
     CountedStatements otherwise = {}; ///< of a branch without link; one or none
 };
+using CountedLink = CountedStatement::Link;
 
 /// A function's body in its plan, or in that of a caller that inlined it.
 struct CountedBody {
