@@ -352,8 +352,9 @@ int check(Options const & options) {
         addRemarks(document, options, report);
         addLists(document, options, report);
     }
-    standardOutput().write(options.isJson() ? report.jsonLines()
-                                            : colouredMessages(report.text(), STDOUT_FILENO));
+    standardOutput().write(options.isJson()
+                               ? report.jsonLines()
+                               : colouredMessages(visibleLines(report.text()), STDOUT_FILENO));
     // Notes are neither errors nor warnings, which programs are told.
     tell(options.isJson() ? report.notes() : String());
     return report.good(options.strict) ? 0 : 1;

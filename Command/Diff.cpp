@@ -9,6 +9,7 @@
 #include "Command/Readiness.h"
 #include "Command/RouteSelection.h"
 #include "Lists/ListBinding.h"
+#include "Platform/Render/Utf8.h"
 #include "Questions/DifferenceReport.h"
 #include "Questions/PolicyComparison.h"
 
@@ -147,7 +148,7 @@ void write(Options const & options, Questions::DifferenceGroups const & groups,
         renderDifferences(sorted, places, renderer);
         renderTotals(groups, sorted.size(), renderer);
     } else {
-        text = summary(groups) + differencesText(sorted, places);
+        text = summary(groups) + visibleLines(differencesText(sorted, places));
     }
     standardOutput().write(text);
 }
@@ -170,8 +171,10 @@ int diff(Options const & options) {
     run.done = [&](U64 routes) { progress.done(routes); };
     run.threads = static_cast<U32>(options.threads);
     run.limit = options.limit;
-    auto const groups = compareOverTable(*reader, run);
+    std::exception_ptr brokenOff;
+    auto const groups = compareOverTable(*reader, run, &brokenOff);
     write(options, groups, {*sides.older.places, *sides.newer.places});
+    rethrowAfterOutput(brokenOff);
     return options.exitCode && groups.differing() != 0 ? 1 : 0;
 }
 

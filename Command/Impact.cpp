@@ -54,7 +54,8 @@ int impact(Options const & options) {
     };
     run.selects = [&](auto const & evaluated) { return options.selection.selects(evaluated); };
     run.done = [&](U64 routes) { progress.done(routes); };
-    auto const found = impactOver(*reader, run);
+    std::exception_ptr brokenOff;
+    auto const found = impactOver(*reader, run, &brokenOff);
     PolicyPlaces const places(prepared.file);
     Questions::ImpactView const view{thing, readers, found, places};
     String text;
@@ -62,9 +63,10 @@ int impact(Options const & options) {
         RendererV2 renderer(text);
         renderImpact(view, renderer);
     } else {
-        text = impactText(view);
+        text = visibleLines(impactText(view));
     }
     standardOutput().write(text);
+    rethrowAfterOutput(brokenOff);
     return 0;
 }
 

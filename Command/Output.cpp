@@ -30,3 +30,10 @@ Output & standardOutput() {
     static Output output;
     return output;
 }
+
+void rethrowAfterOutput(std::exception_ptr const & fault) {
+    if (fault) {
+        standardOutput().flush();
+        std::rethrow_exception(fault);
+    }
+}

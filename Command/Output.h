@@ -3,6 +3,7 @@
 #include "Platform/Framework/Types.h"
 #include "Platform/Render/NonBlockingCliTxnBuffer.h"
 
+#include <exception>
 #include <stdexcept>
 #include <string_view>
 
@@ -25,6 +26,9 @@ private:
 
     NonBlockingCliTxnBuffer buffer_{chunk};
 };
+
+/// Throws it, after what standard output still holds was written; nothing for null.
+void rethrowAfterOutput(std::exception_ptr const & fault);
 
 /// The one of this process; what it still holds is written at the end of `main`. Threads take turns
 /// with it.

@@ -5,8 +5,33 @@
 #include "Text/Printer.h"
 #include "Watch/TextPlaces.h"
 
+#include <algorithm>
 #include <set>
 #include <sstream>
+
+namespace {
+
+using Qcf::Eval::Function;
+
+/// Whether the line at the node's place can be its own: a text may have been edited since it was
+/// compiled. Asked of what has a word or a name that stands in its line.
+bool standsThere(Qcf::Eval::Expression const & node, Function const & within,
+                 PolicyPlaces const & places) {
+    auto const place = places.of(node, within);
+    auto const * const function = Qcf::Eval::as<Function>(node);
+    bool const isBranch = Qcf::Eval::is<Qcf::Eval::IfExpression>(node);
+    if (!place.isInText() ||
+        (function == nullptr && !isBranch && !Qcf::Watch::leavesFunction(node))) {
+        return true;
+    }
+    std::string_view const word = function != nullptr ? std::string_view(function->funcName())
+                                  : isBranch          ? std::string_view("if")
+                                                      : node.typeData().facts.words;
+    auto const & lines = places.linesOf(place.file);
+    return place.line <= lines.size() && lines[place.line - 1].find(word) != String::npos;
+}
+
+} // namespace
 
 ReadablePolicy::ReadablePolicy(PreparedPolicy const & prepared) : function_(prepared.function) {
     PolicyFile const & file = *prepared.file;
@@ -29,13 +54,17 @@ bool ReadablePolicy::hasMappedTexts(PreparedPolicy const & prepared) {
             files.insert(place.file);
         }
     }
+    bool const isSame = std::ranges::all_of(numbers.nodes(), [&](auto const & each) {
+        return standsThere(*each.node, *each.within, *places);
+    });
     for (String const & file : files) {
         auto const & lines = places->linesOf(file);
-        if (lines.empty()) {
+        if (lines.empty() || !isSame) {
             texts_.clear();
             return false;
         }
-        Qcf::Questions::ReportText & text = texts_.emplace_back(file, String());
+        Qcf::Questions::ReportText & text = texts_.emplace_back();
+        text.name = file;
         for (String const & line : lines) {
             text.text += line + '\n';
         }

@@ -20,7 +20,8 @@ public:
     bool isPrinted() const { return text_ != nullptr; }
 
 private:
-    /// Texts of the files in which the nodes have their places; false where one is missing.
+    /// Texts of the files in which the nodes have their places; false where one is missing,
+    /// or is not what was compiled.
     bool hasMappedTexts(PreparedPolicy const & prepared);
     void print(PreparedPolicy const & prepared);
 

@@ -19,6 +19,9 @@ namespace Questions = Qcf::Questions;
 constexpr char const * printedNote =
     "The policy is a document; its lines are those of the document printed as text.";
 
+constexpr char const * staleNote =
+    " The text that its map leads to is missing, or has been edited since it was compiled.";
+
 struct Options {
     PolicyArguments policy;
     String routes;
@@ -77,13 +80,24 @@ std::unique_ptr<Against> againstOf(Options const & options, Questions::ReportRun
         Against{std::move(prepared), std::move(readable), std::move(comparison)});
 }
 
+/// What a reader of the page has to know of the table; empty where it was whole.
+String damageText(Qcf::Agent::ReadStatistics const & read) {
+    String text;
+    if (read.damagedRecords != 0) {
+        text += " Of the table " + std::to_string(read.damagedRecords) + " of " +
+                std::to_string(read.records) + " records could not be read.";
+    }
+    return text + (read.cut ? " The table is cut off: routes are missing." : "");
+}
+
 Questions::ReportCounts countsOf(Options const & options, Questions::ReportRun & run,
-                                 Qcf::Watch::NodeNumbers const & numbers) {
+                                 Qcf::Watch::NodeNumbers const & numbers, String & damage) {
     auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
     Progress progress("routes");
     run.progress = [&progress](U64 routes) { progress.done(routes); };
     auto counts = Questions::countTable(*reader, run, numbers);
     run.progress = nullptr;
+    damage = damageText(reader->statistics());
     return counts;
 }
 
@@ -120,7 +134,8 @@ int report(Options const & options) {
     run.comparison = against ? &against->comparison : nullptr;
     Qcf::Watch::NodeNumbers const numbers(std::span(&readable.function(), 1));
     auto const records = prepared.file->listRecordsWith(options.policy.lists);
-    auto const counts = countsOf(options, run, numbers);
+    String damage;
+    auto const counts = countsOf(options, run, numbers, damage);
     auto report = Questions::makeReport({readable.function(), prepared.matchers, numbers, counts,
                                          readable.places(), readable.texts(), prepared.lists.get(),
                                          records, against ? &against->readable.places() : nullptr});
@@ -128,6 +143,8 @@ int report(Options const & options) {
     report.table = options.routes;
     report.against = options.against;
     report.note = readable.isPrinted() ? printedNote : "";
+    report.note += readable.isPrinted() && prepared.file->hasMap() ? staleNote : "";
+    report.note += damage;
     write(options.out, Questions::reportPage(report));
     return 0;
 }

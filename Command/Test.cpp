@@ -91,7 +91,11 @@ void runTests(Run & run, PolicyFile const & policy, Watch::FileResults & results
 
 /// Mutants of a text whose tests fail already would tell nothing.
 void runMutants(Run & run, PolicyFile const & policy, Watch::FileResults const & results) {
-    if (!run.options.wantsMutants() || results.tests.empty()) {
+    if (!run.options.wantsMutants()) {
+        return;
+    }
+    if (results.tests.empty()) {
+        tellLine(results.file + ": no test is run, so no mutants are tried");
         return;
     }
     if (!results.passed()) {

@@ -25,8 +25,7 @@ void append(std::vector<Value> & to, std::vector<Value> const & more) {
 template <typename Value>
 void makeUnique(std::vector<Value> & values) {
     std::ranges::sort(values);
-    auto const rest = std::ranges::unique(values);
-    values.erase(rest.begin(), rest.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
 }
 
 /// Of the agent's kinds; both families of prefix lists are one.

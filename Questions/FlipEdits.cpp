@@ -17,22 +17,30 @@ void addEdits(PartEdits & to, RoutePart part, std::vector<std::pair<U64, Value>>
     }
 }
 
+/// Whether the member is a set whose elements are those of the value.
+template <typename Member, typename Value>
+constexpr bool holdsSet = false;
+template <typename Member, typename Value>
+requires std::is_same_v<Value, std::vector<typename Member::value_type>>
+constexpr bool holdsSet<Member, Value> = true;
+
+/// Members of other types are those of other attributes.
+template <typename Member, typename Value>
+void assignTo(Member & member, Value const & value) {
+    if constexpr (std::is_same_v<Member, Value>) {
+        member = value;
+    } else if constexpr (holdsSet<Member, Value>) {
+        member.assign(value.begin(), value.end());
+    }
+}
+
 /// Puts a value in its attribute's place, whose type it has; that of a set has its own storage.
 template <typename Value>
 struct Assign {
     RoutePart part;
 
     void operator()(Route & route, Value const & value) const {
-        route.visitAttribute(part, [&]<typename Member>(Member & member) {
-            if constexpr (std::is_same_v<Member, Value>) {
-                member = value;
-            } else if constexpr (requires {
-                                     requires std::is_same_v<
-                                         Value, std::vector<typename Member::value_type>>;
-                                 }) {
-                member.assign(value.begin(), value.end());
-            }
-        });
+        route.visitAttribute(part, [&](auto & member) { assignTo(member, value); });
     }
 };
 

@@ -62,8 +62,7 @@ std::vector<U64> turningPoints(std::vector<U64> const & constants, U64 least, U6
     }
     std::erase_if(points, [&](U64 point) { return point < least || point > most; });
     std::ranges::sort(points);
-    auto const rest = std::ranges::unique(points);
-    points.erase(rest.begin(), rest.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
     return points;
 }
 

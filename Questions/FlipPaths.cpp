@@ -74,8 +74,7 @@ public:
             all.insert(all.end(), set.begin(), set.end());
         }
         std::ranges::sort(all);
-        auto const rest = std::ranges::unique(all);
-        all.erase(rest.begin(), rest.end());
+        all.erase(std::unique(all.begin(), all.end()), all.end());
         std::erase_if(all, [](U64 as) { return as > largestAs; });
         ases_.assign(all.begin(), all.end());
     }

@@ -88,7 +88,7 @@ public:
             groups_.push_back({element});
         }
         for (Lists::ListRecord const * const list : asked.questions.constants.lists) {
-            std::visit([this](auto const & content) { addGroups(content); }, list->content);
+            std::visit([this](auto const & content) { this->addGroups(content); }, list->content);
         }
     }
 

@@ -3,6 +3,7 @@
 #include "Agent/Routes/RouteAttributes.h"
 #include "Lists/ListBinding.h"
 #include "Lists/ListRecord.h"
+#include "Questions/BrokenTable.h"
 
 #include <algorithm>
 #include <array>
@@ -198,7 +199,8 @@ Comparison comparisonOf(ImpactRun const & run, PtrConst<ExternalMatchersBase> co
 
 } // namespace
 
-Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run) {
+Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run,
+                  std::exception_ptr * brokenOff) {
     auto const matchers = Lists::bindLists(run.program.slots, run.lists.get());
     Shared shared{run, comparisonOf(run, matchers), whyNeeded(run.thing).empty()};
     Agent::TableRun tableRun;
@@ -213,7 +215,7 @@ Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run) {
     tableRun.threads = run.threads;
     tableRun.limit = run.limit;
     tableRun.select = run.select;
-    evaluateTable(reader, tableRun);
+    evaluateUntilBroken(reader, tableRun, brokenOff);
     shared.impact.decided = shared.decided.sorted();
     return std::move(shared.impact);
 }

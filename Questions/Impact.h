@@ -50,7 +50,8 @@ PtrConst<Lists::NamedLists> emptied(PtrConst<Lists::NamedLists> const & lists, S
 void copyWithout(std::size_t routeIndex, Agent::Route const & from, Agent::Route & to);
 
 /// Evaluates the table with the thing, watched, and without it: lists of that name without entries,
-/// or routes without the attribute. Throws as evaluateTable does.
-Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run);
+/// or routes without the attribute. A table that breaks off is as for compareOverTable.
+Impact impactOver(Agent::RouteReader & reader, ImpactRun const & run,
+                  std::exception_ptr * brokenOff = nullptr);
 
 } // namespace Qcf::Questions

@@ -36,7 +36,7 @@ String survivorText(String const & file, Survivor const & survivor) {
 
 F64 killedShare(std::vector<MutantResults> const & all) {
     Sums const sums = sumsOf(all);
-    return sums.tried == 0 ? 100.0
+    return sums.tried == 0 ? 0.0
                            : 100.0 * static_cast<F64>(sums.killed) / static_cast<F64>(sums.tried);
 }
 
@@ -44,6 +44,9 @@ String mutantsText(std::vector<MutantResults> const & all) {
     Sums const sums = sumsOf(all);
     char share[16];
     std::snprintf(share, sizeof share, "%.1f", killedShare(all));
+    if (sums.tried == 0) {
+        return "no mutant was tried\n";
+    }
     String text = "mutants " + std::to_string(sums.killed) + " of " + std::to_string(sums.tried) +
                   " killed (" + share + " %)";
     text += sums.leftOut == 0 ? "\n" : "; " + std::to_string(sums.leftOut) + " more not tried\n";

@@ -48,7 +48,7 @@ struct MutantResults {
 /// Throws what stands in the way of reading the text itself, such as an import that is gone.
 MutantResults runMutants(String const & text, String const & file, MutantOptions const & options);
 
-/// Killed ones in percent of those that were tried, of all texts together; 100 where there are
+/// Killed ones in percent of those that were tried, of all texts together; 0 where there are
 /// none.
 F64 killedShare(std::vector<MutantResults> const & all);
 

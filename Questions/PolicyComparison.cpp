@@ -1,5 +1,7 @@
 #include "Questions/PolicyComparison.h"
 
+#include "Questions/BrokenTable.h"
+
 namespace Qcf::Questions {
 
 using Agent::Evaluated;
@@ -70,7 +72,8 @@ private:
 
 } // namespace
 
-DifferenceGroups compareOverTable(Agent::RouteReader & reader, ComparisonRun const & run) {
+DifferenceGroups compareOverTable(Agent::RouteReader & reader, ComparisonRun const & run,
+                                  std::exception_ptr * brokenOff) {
     DifferenceGroups total;
     Agent::TableRun tableRun;
     tableRun.function = run.comparison.older.function;
@@ -81,7 +84,7 @@ DifferenceGroups compareOverTable(Agent::RouteReader & reader, ComparisonRun con
     tableRun.threads = run.threads;
     tableRun.limit = run.limit;
     tableRun.select = run.select;
-    evaluateTable(reader, tableRun);
+    evaluateUntilBroken(reader, tableRun, brokenOff);
     return total;
 }
 

@@ -92,7 +92,9 @@ struct ComparisonRun {
     std::function<void(U64 routes)> done = {};
 };
 
-/// Compares over the whole table. Throws as evaluateTable does.
-DifferenceGroups compareOverTable(Agent::RouteReader & reader, ComparisonRun const & run);
+/// Compares over the whole table. Throws as evaluateTable does; where `brokenOff` is given what
+/// broke the table off is put there instead, and what was compared before is answered.
+DifferenceGroups compareOverTable(Agent::RouteReader & reader, ComparisonRun const & run,
+                                  std::exception_ptr * brokenOff = nullptr);
 
 } // namespace Qcf::Questions

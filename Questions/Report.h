@@ -73,6 +73,7 @@ struct ReportList {
     String kind;
     String name;
     ListHits hits;
+    bool isTested = true;             ///< else it says what is added or removed alone
     std::size_t size = 0;             ///< entries
     std::size_t withoutHits = 0;      ///< of those
     std::vector<ReportEntry> entries; ///< not all of a long list

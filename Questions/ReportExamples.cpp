@@ -7,7 +7,7 @@ namespace Qcf::Questions {
 namespace {
 
 // A row is about 40 bytes of the page.
-constexpr std::size_t mostRows = 12000;
+constexpr std::size_t mostRows = 6000;
 constexpr std::size_t mostRowsOfRoute = 150;
 constexpr std::size_t mostExamples = 1000;
 

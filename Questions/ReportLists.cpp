@@ -1,7 +1,10 @@
 #include "Questions/ReportLists.h"
 
 #include "Lists/ListUses.h"
+#include "QcfLib/NodeWalk.h"
+#include "Text/FunctionContent.h"
 #include "Text/ListPrinter.h"
+#include "Watch/ListAnswers.h"
 
 #include <algorithm>
 #include <set>
@@ -151,10 +154,29 @@ private:
     ReportInput const & input_;
 };
 
+/// Names of lists that something is tested against; others say what a change puts in or takes out.
+std::set<String> testedLists(Eval::Function const & function) {
+    std::set<String> tested;
+    Eval::walkNodes(
+        function,
+        [&](Eval::WalkedNode const & at) {
+            auto const & nodeClass = at.node.typeData();
+            bool const isChange = nodeClass.isKind(Eval::NodeKind::expression) &&
+                                  !Watch::asksList(static_cast<Eval::Expression const &>(at.node));
+            if (nodeClass.facts.list && !isChange) {
+                tested.insert(Text::listOf(at.node).name);
+            }
+            return true;
+        },
+        [](Eval::AetNodeBase const &) {});
+    return tested;
+}
+
 } // namespace
 
 std::vector<ReportList> listsOf(ReportInput const & input) {
     ListRows rows(input);
+    auto const tested = testedLists(*input.function);
     std::set<String> reached;
     auto const noPlace = [](auto const &...) { return String(); };
     for (Lists::ListUse const & use : Lists::reachedLists(*input.function, noPlace)) {
@@ -162,7 +184,11 @@ std::vector<ReportList> listsOf(ReportInput const & input) {
     }
     for (ListRecord const & record : input.records) {
         if (input.lists != nullptr && reached.contains(record.name)) {
+            std::size_t const before = rows.lists.size();
             rows.add(record);
+            for (std::size_t i = before; i < rows.lists.size(); ++i) {
+                rows.lists[i].isTested = tested.contains(record.name);
+            }
         }
     }
     return std::move(rows.lists);

@@ -43,6 +43,10 @@ String verdictWord(String const & verdict) {
 String code(String const & text) { return "<code>" + escapedHtml(text) + "</code>"; }
 
 String listTable(ReportList const & list) {
+    if (!list.isTested) {
+        return "<h3>" + escapedHtml(list.kind + ' ' + list.name) +
+               "</h3><p>It says what is added or removed; nothing is tested against it.</p>";
+    }
     String rows;
     for (ReportEntry const & entry : list.entries) {
         rows += (entry.hits == 0 ? "<tr class=\"never\"><td>" : "<tr><td>") +

@@ -37,7 +37,9 @@ String withoutSlots(String const & text) {
 String const & StatementTexts::whole(Expression const & node, Function const & within) {
     auto const [at, isNew] = known_.try_emplace(Key{&node, &within});
     if (isNew) {
-        at->second = withoutSlots(Text::printNode(node, &within));
+        auto const text = functions_.try_emplace(&within, within).first;
+        at->second = withoutSlots(is<Function>(node) ? Text::printNode(node, &within)
+                                                     : text->second.node(node));
     }
     return at->second;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QcfLib/QcfEval.h"
+#include "Text/NodeText.h"
 
 #include <map>
 
@@ -23,6 +24,7 @@ public:
 private:
     using Key = std::pair<Eval::Expression const *, Eval::Function const *>;
     std::map<Key, String> known_;
+    std::map<Eval::Function const *, Text::FunctionText> functions_;
 };
 
 } // namespace Qcf::Questions

@@ -23,10 +23,13 @@ NodeClass const * logicalOperator(Cursor const & cursor) {
 
 } // namespace
 
-Draft * BodyParser::condition() { return restOfChain(unary()); }
+Draft * BodyParser::condition() {
+    Span const begin = cursor_.spanOf(cursor_.now());
+    return restOfChain(unary(), begin);
+}
 
 // One kind of operator a chain: which of two would bind first is nobody's to guess.
-Draft * BodyParser::restOfChain(Draft * first) {
+Draft * BodyParser::restOfChain(Draft * first, Span const & begin) {
     NodeClass const * const joint = logicalOperator(cursor_);
     if (joint == nullptr) {
         return first;
@@ -42,7 +45,7 @@ Draft * BodyParser::restOfChain(Draft * first) {
         operators.push_back(tree_.add(*joint, cursor_.spanOf(cursor_.take())));
         operands.push_back(unary());
     }
-    return tree_.add<LogicalOperatorExpression>(cursor_.since(first->span),
+    return tree_.add<LogicalOperatorExpression>(cursor_.since(begin),
                                                 {std::move(operands), std::move(operators)});
 }
 

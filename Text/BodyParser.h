@@ -99,7 +99,9 @@ private:
 
     // BodyConditions.cpp
     Draft * unary();
-    Draft * restOfChain(Draft * first);
+    Draft * restOfChain(Draft * first) { return restOfChain(first, first->span); }
+    /// `begin` is the first operand's with the parentheses around it.
+    Draft * restOfChain(Draft * first, Span const & begin);
     Draft * parenthesised();
     Draft * builtIn();
     bool startsCall() const;

@@ -81,6 +81,20 @@ void NodePrinter::entries(Node const & first) {
     }
 }
 
+namespace {
+
+String nodeText(AetNodeBase const & node, PrintedProgram const & printed,
+                Signature const & signature) {
+    PolicyLines lines;
+    NodePrinter(printed, signature, lines).node(node);
+    lines.endLine();
+    String text = lines.take();
+    text.resize(text.find_last_not_of('\n') + 1);
+    return text;
+}
+
+} // namespace
+
 String printNode(AetNodeBase const & node, Function const * within) {
     Surroundings around = surroundingsOf(node);
     Documents::Program program;
@@ -97,12 +111,30 @@ String printNode(AetNodeBase const & node, Function const * within) {
     PrintedProgram const printed(program);
     Signature const signature = within != nullptr ? printed.signatureOf(*within)
                                                   : Signature::of(std::move(around.variables));
-    PolicyLines lines;
-    NodePrinter(printed, signature, lines).node(node);
-    lines.endLine();
-    String text = lines.take();
-    text.resize(text.find_last_not_of('\n') + 1);
-    return text;
+    return nodeText(node, printed, signature);
+}
+
+struct FunctionText::Printed {
+    explicit Printed(Function const & within) : program(programOf(within)), printed(program) {}
+
+    static Documents::Program programOf(Function const & within) {
+        Documents::Program program;
+        program.functions = surroundingsOf(within).callees;
+        program.functions.emplace_back(&within);
+        return program;
+    }
+
+    Documents::Program program;
+    PrintedProgram printed;
+};
+
+FunctionText::FunctionText(Function const & within)
+    : printed_(std::make_unique<Printed const>(within)) {}
+FunctionText::~FunctionText() = default;
+
+String FunctionText::node(AetNodeBase const & node) const {
+    Function const & within = *printed_->program.functions.back();
+    return nodeText(node, printed_->printed, printed_->printed.signatureOf(within));
 }
 
 } // namespace Qcf::Text

@@ -110,6 +110,41 @@ TEST(Diff, ExitCodesAndSelections) {
     }
 }
 
+// As of evaluations: what was read before counts, and the fault is told.
+TEST(Diff, TablesThatBreakOffAreToldUntilThere) {
+    Workshop const workshop;
+    fill(workshop);
+    workshop.write("cut.jsonl", "{\"prefix\": \"10.0.0.0/8\"}\n{\"prefix\": ");
+    for (std::vector<String> const & command :
+         {std::vector<String>{"diff", "old.qcf", "old.qcf"}, {"impact", "old.qcf", "med"}}) {
+        std::vector<String> arguments = command;
+        arguments.insert(arguments.end(), {"--function", "f", "--routes", "cut.jsonl"});
+        Outcome const outcome = workshop.run(arguments);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_THAT(outcome.out, HasSubstr("1 routes: ")) << command[0];
+        EXPECT_THAT(outcome.err, HasSubstr("cut.jsonl:2"));
+    }
+}
+
+// Names and texts come from anywhere, parentheses belong to what they stand around.
+TEST(Diff, TellsStatementsAsTheyAreWritten) {
+    Workshop const workshop;
+    fill(workshop);
+    auto const policy = [](char const * bound) {
+        return String("list community_list \"\x1b[31m\" { permit { 65000:1 } }\n"
+                      "function f() {\n  if ( med > ") +
+               bound +
+               " or community matches \"\x1b[31m\" ) and origin is igp { return true }\n}\n";
+    };
+    workshop.write("a.qcf", policy("5"));
+    workshop.write("b.qcf", policy("50000000"));
+    workshop.write("r.jsonl", "{\"prefix\": \"10.0.0.0/8\", \"med\": 7, \"origin\": 0}\n");
+    Outcome const outcome =
+        workshop.run({"diff", "a.qcf", "b.qcf", "--function", "f", "--routes", "r.jsonl"});
+    EXPECT_THAT(outcome.out, HasSubstr("if ( med > 5 or"));
+    EXPECT_EQ(outcome.out.find('\x1b'), String::npos) << outcome.out;
+}
+
 // The statement is the same, its two answers are not.
 TEST(Diff, ListsAlone) {
     Workshop const workshop;

@@ -265,9 +265,8 @@ TEST(ExplainedRows, SayWhatIsMeant) {
         workshop.write("r.jsonl", String(each.route) + '\n');
         String out =
             workshop.run({"explain", "p.qcf", "--function", "f", "--routes", "r.jsonl"}).out;
-        out.erase(
-            std::ranges::unique(out, [](char a, char b) { return a == ' ' && b == ' '; }).begin(),
-            out.end());
+        auto const isGap = [](char a, char b) { return a == ' ' && b == ' '; };
+        out.erase(std::unique(out.begin(), out.end(), isGap), out.end());
         EXPECT_THAT(out, HasSubstr(each.row)) << each.body;
     }
 }

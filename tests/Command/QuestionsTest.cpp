@@ -94,6 +94,7 @@ TEST(Mutants, DecideTheExitCode) {
         {{"--mutants", "--max", "3"}, 0, " more not tried\n"},
         {{"--mutants", "--threads", "3", "--format", "json"}, 0, "{\"line\":1,\"column\":36,"},
         {{"--mutants", "--run", "low"}, 0, "1 passed, 0 failed\nmutants "},
+        {{"--min-killed", "1", "--run", "nothere"}, 1, "no mutant was tried\n"},
         {{"--mutants", "--format", "junit"}, 2, ""},
         {{"--max", "0"}, 2, ""},
         {{}, 0, "2 passed, 0 failed\n"},

@@ -211,6 +211,23 @@ TEST(Report, DocumentsHaveLines) {
     ASSERT_EQ(workshop.run(arguments).exitCode, 0);
     EXPECT_EQ(rowOf(workshop.read("page.html"), 7),
               "covered decides 7|2|0|2|0|40.0 %||    return false because marked");
+    // What the map leads to is no longer what was compiled.
+    workshop.write("t.qcf", String("# edited\n\n\n") + policy);
+    ASSERT_EQ(workshop.run(arguments).exitCode, 0);
+    String const stale = workshop.read("page.html");
+    EXPECT_THAT(stale, HasSubstr("edited since it was compiled"));
+    EXPECT_THAT(stale, ContainsRegex("40.0 %[^\n]*return false"));
+}
+
+// Nobody is to take out an entry that a change uses.
+TEST(Report, ListsOfChangesHaveNoHits) {
+    Workshop const workshop;
+    workshop.write("p.qcf", "list community_list OURS { permit { 65000:1 } }\n"
+                            "function f() {\n  community remove OURS\n  return true\n}\n");
+    workshop.write("r.jsonl", routes);
+    String const page = reportOf(workshop);
+    EXPECT_THAT(page, HasSubstr("nothing is tested against it"));
+    EXPECT_EQ(page.find("without hits"), String::npos);
 }
 
 // The same groups as the difference command tells, from the one reading of the table.

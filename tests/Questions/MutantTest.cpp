@@ -177,7 +177,8 @@ TEST(Mutants, AreCountedAndTold) {
     MutantResults const none = runMutants(text, "p.qcf", {.isRun = [](auto &) { return false; }});
     EXPECT_EQ(none.killed, 0);
     EXPECT_EQ(killedShare({none}), 0);
-    EXPECT_EQ(killedShare({}), 100);
+    EXPECT_EQ(killedShare({}), 0);
+    EXPECT_EQ(mutantsText({}), "no mutant was tried\n");
 }
 
 } // namespace
