@@ -1,5 +1,5 @@
-#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Operators/Lowering.h"
+#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// Blocks, branches, and what leaves them. Each node logs its operands' results before its own, so

@@ -1,5 +1,5 @@
-#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Operators/Lowering.h"
+#include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// The operators between conditions, and the chains that they join.
