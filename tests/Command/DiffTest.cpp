@@ -130,14 +130,14 @@ TEST(Diff, TablesThatBreakOffAreToldUntilThere) {
 TEST(Diff, TellsStatementsAsTheyAreWritten) {
     Workshop const workshop;
     fill(workshop);
-    auto const policy = [](char const * bound) {
+    auto const policyWith = [](char const * bound) {
         return String("list community_list \"\x1b[31m\" { permit { 65000:1 } }\n"
                       "function f() {\n  if ( med > ") +
                bound +
                " or community matches \"\x1b[31m\" ) and origin is igp { return true }\n}\n";
     };
-    workshop.write("a.qcf", policy("5"));
-    workshop.write("b.qcf", policy("50000000"));
+    workshop.write("a.qcf", policyWith("5"));
+    workshop.write("b.qcf", policyWith("50000000"));
     workshop.write("r.jsonl", "{\"prefix\": \"10.0.0.0/8\", \"med\": 7, \"origin\": 0}\n");
     Outcome const outcome =
         workshop.run({"diff", "a.qcf", "b.qcf", "--function", "f", "--routes", "r.jsonl"});
