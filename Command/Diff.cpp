@@ -8,6 +8,7 @@
 #include "Command/PublishedPolicy.h"
 #include "Command/Readiness.h"
 #include "Command/RouteSelection.h"
+#include "Command/TableArguments.h"
 #include "Lists/ListBinding.h"
 #include "Platform/Render/Utf8.h"
 #include "Questions/DifferenceReport.h"
@@ -215,20 +216,14 @@ void addDiffCommand(Commands & commands) {
         ->type_name("NAME");
     command.add_option("--old-function", options->oldFunction, "What the old policy calls it")
         ->type_name("NAME");
-    command
-        .add_option("--routes", options->routes,
-                    "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, options->routes);
     addLists(command, *options);
     options->selection.addTo(command);
     command.add_option("--format", options->format, "text or json (an object a line)")
         ->check(CLI::IsMember({"text", "json"}))
         ->capture_default_str();
     command.add_flag("--exit-code", options->exitCode, "End with 1 where routes differ");
-    constexpr U64 mostThreads = 256;
-    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, options->threads);
     addNumber(command, "--limit", options->limit, "Routes to read at most");
     options->redis.addTo(command);
     for (char const * const name : {"--redis", "--name"}) {

@@ -9,6 +9,7 @@
 #include "Command/Readiness.h"
 #include "Command/RouteRun.h"
 #include "Command/RouteSelection.h"
+#include "Command/TableArguments.h"
 #include "Platform/Render/RendererV2.h"
 #include "Questions/FlipText.h"
 #include "Watch/ExplanationText.h"
@@ -209,11 +210,7 @@ void addExplainCommand(Commands & commands) {
         "qcf explain policy.qcf --function import --routes table.mrt.gz --prefix 10.0.0.0/8/longer",
         [options] { return explain(*options); });
     options->policy.addTo(command);
-    command
-        .add_option("--routes", options->routes,
-                    "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, options->routes);
     addNumber(command, "--route", options->route, "Number of the one route to tell of, from 0 on");
     options->selection.addTo(command);
     command.add_option("--format", options->format, "text or json (an object a line)")
@@ -221,8 +218,6 @@ void addExplainCommand(Commands & commands) {
         ->capture_default_str();
     command.add_flag("--all", options->all, "Show everything that was evaluated");
     addFlipOptions(command, *options);
-    constexpr U64 mostThreads = 256;
-    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, options->threads);
     addNumber(command, "--limit", options->limit, "Routes to read at most");
 }

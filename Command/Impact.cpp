@@ -6,6 +6,7 @@
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
 #include "Command/RouteSelection.h"
+#include "Command/TableArguments.h"
 #include "Platform/Render/Utf8.h"
 #include "Questions/ImpactReport.h"
 
@@ -86,17 +87,11 @@ void addImpactCommand(Commands & commands) {
     command.add_option("name", options->name, "Name of a list, or of an attribute")
         ->required()
         ->type_name("NAME");
-    command
-        .add_option("--routes", options->routes,
-                    "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, options->routes);
     options->selection.addTo(command);
     command.add_option("--format", options->format, "text or json (an object a line)")
         ->check(CLI::IsMember({"text", "json"}))
         ->capture_default_str();
-    constexpr U64 mostThreads = 256;
-    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, options->threads);
     addNumber(command, "--limit", options->limit, "Routes to read at most");
 }

@@ -8,6 +8,7 @@
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
 #include "Command/RouteRun.h"
+#include "Command/TableArguments.h"
 #include "Watch/ProfileReport.h"
 
 #include <memory>
@@ -113,17 +114,11 @@ void addProfileCommand(Commands & commands) {
         "qcf profile policy.qcf --function import --routes table.mrt.gz",
         [options] { return profile(*options); });
     options->policy.addTo(command);
-    command
-        .add_option("--routes", options->routes,
-                    "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, options->routes);
     command.add_flag("--time", options->time, "Measure the time of each node alone");
     command.add_option("--format", options->format, "text, json or folded")
         ->check(CLI::IsMember({"text", "json", "folded"}))
         ->capture_default_str();
-    constexpr U64 mostThreads = 256;
-    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, options->threads);
     addNumber(command, "--limit", options->limit, "Routes to evaluate at most");
 }

@@ -5,6 +5,7 @@
 #include "Command/ReadablePolicy.h"
 #include "Command/Readiness.h"
 #include "Command/ReplaceFile.h"
+#include "Command/TableArguments.h"
 #include "Questions/ReportMaker.h"
 #include "Questions/ReportPage.h"
 
@@ -163,11 +164,7 @@ void addReportCommand(Commands & commands) {
         "qcf report policy.qcf --function import --routes table.mrt.gz -o report.html",
         [options] { return report(*options); });
     options->policy.addTo(command);
-    command
-        .add_option("--routes", options->routes,
-                    "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, options->routes);
     command
         .add_option("--against", options->against,
                     "The policy before: the page tells which routes it treats otherwise")
@@ -175,8 +172,6 @@ void addReportCommand(Commands & commands) {
     command.add_option("-o,--out", options->out, "File of the page; - for standard output")
         ->required()
         ->type_name("FILE");
-    constexpr U64 mostThreads = 256;
-    addNumber(command, "--threads", options->threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, options->threads);
     addNumber(command, "--limit", options->limit, "Routes to evaluate at most");
 }

@@ -8,6 +8,7 @@
 #include "Command/Readiness.h"
 #include "Command/RouteTally.h"
 #include "Command/RouteText.h"
+#include "Command/TableArguments.h"
 #include "QcfLib/QcfEval.h"
 #include "Watch/Deciding.h"
 
@@ -170,16 +171,12 @@ void writeSummary(Run const & run, Qcf::Eval::Function const & function,
 
 void RouteRunOptions::addTo(CLI::App & command) {
     // A bound against mistyped numbers.
-    constexpr U64 mostThreads = 256;
-    command.add_option("--routes", routes, "Table of routes: MRT or JSON lines, also compressed")
-        ->required()
-        ->type_name("FILE");
+    addRoutes(command, routes);
     command.add_option("--output", output, "table, jsonl or none (the summary alone)")
         ->check(CLI::IsMember({"table", "jsonl", "none"}))
         ->capture_default_str();
     command.add_flag("--log", log, "Tell the result of every node that was evaluated");
-    addNumber(command, "--threads", threads, "Threads that evaluate", 1, mostThreads)
-        .default_str("1");
+    addThreads(command, threads);
     addNumber(command, "--limit", limit, "Routes to evaluate at most");
     selection.addTo(command);
 }
