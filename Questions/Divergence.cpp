@@ -101,9 +101,8 @@ std::optional<TraceComparison::Found> TraceComparison::block(Node const & older,
     Parts const first = statementsOf(older);
     Parts const second = statementsOf(newer);
     for (PartPair const & pair : pairs({older.node, newer.node}, first, second)) {
-        Node const * const a = pair.older == PartPair::none ? nullptr : first.evaluated[pair.older];
-        Node const * const b =
-            pair.newer == PartPair::none ? nullptr : second.evaluated[pair.newer];
+        Node const * const a = first.at(pair.older);
+        Node const * const b = second.at(pair.newer);
         std::optional<Found> found;
         if (a != nullptr && b != nullptr) {
             found = statement(*a, *b);
@@ -124,9 +123,8 @@ std::optional<TraceComparison::Found> TraceComparison::chain(Node const & older,
     Parts const first = armsOf(older);
     Parts const second = armsOf(newer);
     for (PartPair const & pair : pairs({older.node, newer.node}, first, second)) {
-        Node const * const a = pair.older == PartPair::none ? nullptr : first.evaluated[pair.older];
-        Node const * const b =
-            pair.newer == PartPair::none ? nullptr : second.evaluated[pair.newer];
+        Node const * const a = first.at(pair.older);
+        Node const * const b = second.at(pair.newer);
         std::optional<Found> found;
         if (a != nullptr && b != nullptr) {
             bool const isElse = first.parts[pair.older].isElse;
@@ -193,9 +191,8 @@ std::optional<TraceComparison::Found> TraceComparison::operands(Node const & old
     Parts const first = operandsOf(older);
     Parts const second = operandsOf(newer);
     for (PartPair const & pair : pairs({older.node, newer.node}, first, second)) {
-        bool const isPaired = pair.older != PartPair::none && pair.newer != PartPair::none;
-        Node const * const a = isPaired ? first.evaluated[pair.older] : nullptr;
-        Node const * const b = isPaired ? second.evaluated[pair.newer] : nullptr;
+        Node const * const a = first.at(pair.older);
+        Node const * const b = second.at(pair.newer);
         if (a == nullptr || b == nullptr) {
             continue;
         }

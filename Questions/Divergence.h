@@ -48,6 +48,11 @@ private:
     struct Parts {
         std::vector<SequencePart> parts;
         std::vector<Node const *> evaluated;
+
+        /// Also null where a pair has no such part.
+        Node const * at(std::size_t place) const {
+            return place == PartPair::none ? nullptr : evaluated[place];
+        }
     };
     using NodePair = std::pair<Eval::Expression const *, Eval::Expression const *>;
 
