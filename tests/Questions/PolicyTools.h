@@ -4,10 +4,8 @@
 #include "Lists/ListBinding.h"
 #include "Platform/Render/JsonDocument.h"
 #include "Questions/PolicyComparison.h"
-#include "Text/Policy.h"
 #include "Watch/TextPlaces.h"
-
-#include <sstream>
+#include "tests/support/PolicyText.h"
 
 namespace Qcf::Questions::test {
 
@@ -15,14 +13,7 @@ namespace Qcf::Questions::test {
 class PolicyText {
 public:
     explicit PolicyText(String const & text) {
-        Text::Messages messages;
-        auto policy = Text::readPolicyText(text, "p.qcf", sources_, messages);
-        if (!policy) {
-            std::ostringstream told;
-            messages.print(sources_, told);
-            throw std::runtime_error(told.str());
-        }
-        policy_.emplace(std::move(*policy));
+        policy_.emplace(Qcf::test::readPolicy(text, sources_));
         lists_ = policy_->lists(sources_);
         places_.emplace(policy_->map(), sources_);
     }

@@ -2,10 +2,8 @@
 #include "Agent/Routes/RouteJson.h"
 #include "Lists/ListBinding.h"
 #include "Platform/Render/JsonDocument.h"
-#include "Text/Policy.h"
 #include "Watch/Explanation.h"
-
-#include <sstream>
+#include "tests/support/PolicyText.h"
 
 #include <gtest/gtest.h>
 
@@ -18,14 +16,7 @@ using namespace Eval;
 class Watching {
 public:
     explicit Watching(String const & text) {
-        Text::Messages messages;
-        auto policy = Text::readPolicyText(text, "p.qcf", sources_, messages);
-        if (!policy) {
-            std::ostringstream told;
-            messages.print(sources_, told);
-            throw std::runtime_error(told.str());
-        }
-        policy_.emplace(std::move(*policy));
+        policy_.emplace(Qcf::test::readPolicy(text, sources_));
         auto const lists = policy_->lists(sources_);
         context_ =
             makePtr<Agent::AgentContext>(Lists::bindLists(policy_->program().slots, lists.get()));
