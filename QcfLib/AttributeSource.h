@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Framework/Ptr.h"
 #include "QcfLib/RoutingTypes.h"
 #include "QcfLib/StoredSet.h"
 
@@ -11,6 +12,7 @@
 namespace Qcf::Eval {
 
 class AttributeContent;
+class EvalContextBase;
 class GeneratedEvalContext;
 
 /// Of an integer attribute: the changes of the context while the flag is set, the accessor
@@ -26,6 +28,9 @@ struct IntSource {
     // What a modifiable attribute's getVal asserts; the whole range where there are no bounds.
     U64 min = 0;
     U64 max = ~U64{0};
+    /// Of what is computed from an attribute that is no integer, the length of a path or a prefix:
+    /// what getVal answers, without its node. There is no accessor then.
+    U64 (*derived)(Ptr<EvalContextBase const> const & context) = nullptr;
 };
 
 /// The same for a set attribute, which has no bounds.

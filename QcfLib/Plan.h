@@ -5,10 +5,12 @@
 #include "QcfLib/PlanEpoch.h"
 
 #include <memory>
+#include <vector>
 
 namespace Qcf::Eval {
 
 class CountLayout;
+class Expression;
 class Function;
 class PlanStep;
 class PlanSteps;
@@ -53,6 +55,10 @@ public:
     /// Its counters, of which each context has a number of 8 bytes; 0 for a plan that does not
     /// count.
     std::size_t counterCount() const;
+
+    /// The nodes that it evaluates as they stand, each once, in about the order of the text: those
+    /// of inlined callees are among them. Empty for a function all of which has steps.
+    std::vector<Expression const *> nodesWithoutStep() const;
 
     /// Prints the steps in the order in which they can be reached: what each does, the nodes that
     /// it stands for, where it goes for which outcome.

@@ -73,6 +73,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -110,6 +111,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -144,6 +146,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -178,6 +181,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -212,6 +216,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -246,6 +251,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -483,6 +489,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -655,6 +662,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -689,6 +697,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -725,6 +734,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -760,6 +770,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -794,6 +805,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -828,6 +840,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -860,6 +873,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -928,6 +942,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -962,6 +977,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -996,6 +1012,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1031,6 +1048,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1104,6 +1122,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1141,6 +1160,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1175,6 +1195,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1209,6 +1230,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1243,6 +1265,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1277,6 +1300,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1346,6 +1370,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1378,6 +1403,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1410,6 +1436,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1445,6 +1472,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1482,6 +1510,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1519,6 +1548,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1593,6 +1623,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1630,6 +1661,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1667,6 +1699,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1742,6 +1775,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -1779,6 +1813,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1815,6 +1850,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1852,6 +1888,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1927,6 +1964,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1961,6 +1999,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -1994,6 +2033,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2032,6 +2072,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2072,6 +2113,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2112,6 +2154,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2190,6 +2233,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2229,6 +2273,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2267,6 +2312,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2345,6 +2391,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2384,6 +2431,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2422,6 +2470,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2462,6 +2511,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2502,6 +2552,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2542,6 +2593,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2582,6 +2634,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2622,6 +2675,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
     bool verifySanity(FunctionMetadata const & metadata) const override;
 
@@ -2658,6 +2712,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2688,6 +2743,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2714,6 +2770,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2768,6 +2825,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();
@@ -2794,6 +2852,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

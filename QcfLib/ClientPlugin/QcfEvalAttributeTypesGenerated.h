@@ -359,6 +359,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -385,6 +386,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -411,6 +413,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -438,6 +441,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -464,6 +468,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -491,6 +496,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -575,6 +581,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -601,6 +608,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -764,6 +772,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -793,6 +802,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -905,6 +915,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -931,6 +942,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1009,6 +1021,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1120,6 +1133,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1146,6 +1160,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1228,6 +1243,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1254,6 +1270,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1307,6 +1324,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1333,6 +1351,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1440,6 +1459,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1466,6 +1486,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1642,6 +1663,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1668,6 +1690,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1951,6 +1974,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);
@@ -1977,6 +2001,7 @@ public:
     U32 hash(U32 seed) const override;
     U64 getVal(Ptr<EvalContextBase const> const & context) const override;
     String toStrep() const override;
+    IntSource source() const override;
 
     static MemAllocationTracker const & memAllocationTracker();
     static void * operator new(std::size_t size);

@@ -321,6 +321,13 @@ U64 AsPathLastAs::getVal(Ptr<EvalContextBase const> const & context) const {
                   context);
 }
 String AsPathLastAs::toStrep() const { return "as_path.last_as"; }
+IntSource AsPathLastAs::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return lastAs(current<ModifiableAttribute::asPath, &AttributeContent::asPath,
+                              &GeneratedEvalContext::asPathInput>(context),
+                      context);
+    }};
+}
 MemAllocationTracker const & AsPathLastAs::memAllocationTracker() {
     return Slab<AsPathLastAs>::tracker();
 }
@@ -345,6 +352,11 @@ U64 AsPathLastAsInput::getVal(Ptr<EvalContextBase const> const & context) const 
     return lastAs(input<&GeneratedEvalContext::asPathInput>(context), context);
 }
 String AsPathLastAsInput::toStrep() const { return "input.as_path.last_as"; }
+IntSource AsPathLastAsInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return lastAs(input<&GeneratedEvalContext::asPathInput>(context), context);
+    }};
+}
 MemAllocationTracker const & AsPathLastAsInput::memAllocationTracker() {
     return Slab<AsPathLastAsInput>::tracker();
 }
@@ -369,6 +381,13 @@ U64 AsPathLength::getVal(Ptr<EvalContextBase const> const & context) const {
                       context);
 }
 String AsPathLength::toStrep() const { return "as_path.length"; }
+IntSource AsPathLength::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return pathLength(current<ModifiableAttribute::asPath, &AttributeContent::asPath,
+                                  &GeneratedEvalContext::asPathInput>(context),
+                          context);
+    }};
+}
 MemAllocationTracker const & AsPathLength::memAllocationTracker() {
     return Slab<AsPathLength>::tracker();
 }
@@ -393,6 +412,11 @@ U64 AsPathLengthInput::getVal(Ptr<EvalContextBase const> const & context) const 
     return pathLength(input<&GeneratedEvalContext::asPathInput>(context), context);
 }
 String AsPathLengthInput::toStrep() const { return "input.as_path.length"; }
+IntSource AsPathLengthInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return pathLength(input<&GeneratedEvalContext::asPathInput>(context), context);
+    }};
+}
 MemAllocationTracker const & AsPathLengthInput::memAllocationTracker() {
     return Slab<AsPathLengthInput>::tracker();
 }
@@ -419,6 +443,13 @@ U64 AsPathOriginAs::getVal(Ptr<EvalContextBase const> const & context) const {
                     context);
 }
 String AsPathOriginAs::toStrep() const { return "as_path.origin_as"; }
+IntSource AsPathOriginAs::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return originAs(current<ModifiableAttribute::asPath, &AttributeContent::asPath,
+                                &GeneratedEvalContext::asPathInput>(context),
+                        context);
+    }};
+}
 MemAllocationTracker const & AsPathOriginAs::memAllocationTracker() {
     return Slab<AsPathOriginAs>::tracker();
 }
@@ -443,6 +474,11 @@ U64 AsPathOriginAsInput::getVal(Ptr<EvalContextBase const> const & context) cons
     return originAs(input<&GeneratedEvalContext::asPathInput>(context), context);
 }
 String AsPathOriginAsInput::toStrep() const { return "input.as_path.origin_as"; }
+IntSource AsPathOriginAsInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return originAs(input<&GeneratedEvalContext::asPathInput>(context), context);
+    }};
+}
 MemAllocationTracker const & AsPathOriginAsInput::memAllocationTracker() {
     return Slab<AsPathOriginAsInput>::tracker();
 }
@@ -518,6 +554,13 @@ U64 CommunityCount::getVal(Ptr<EvalContextBase const> const & context) const {
                  context);
 }
 String CommunityCount::toStrep() const { return "community.count"; }
+IntSource CommunityCount::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(current<ModifiableAttribute::community, &AttributeContent::community,
+                             &GeneratedEvalContext::communityInputRawPtr>(context),
+                     context);
+    }};
+}
 MemAllocationTracker const & CommunityCount::memAllocationTracker() {
     return Slab<CommunityCount>::tracker();
 }
@@ -542,6 +585,11 @@ U64 CommunityCountInput::getVal(Ptr<EvalContextBase const> const & context) cons
     return count(input<&GeneratedEvalContext::communityInputRawPtr>(context), context);
 }
 String CommunityCountInput::toStrep() const { return "input.community.count"; }
+IntSource CommunityCountInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(input<&GeneratedEvalContext::communityInputRawPtr>(context), context);
+    }};
+}
 MemAllocationTracker const & CommunityCountInput::memAllocationTracker() {
     return Slab<CommunityCountInput>::tracker();
 }
@@ -736,6 +784,14 @@ U64 EvpnIpPrefixRouteGatewayAddrIpVersion::getVal(
 String EvpnIpPrefixRouteGatewayAddrIpVersion::toStrep() const {
     return "evpn.ip_prefix_route.gateway_address.ip_version";
 }
+IntSource EvpnIpPrefixRouteGatewayAddrIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(current<ModifiableAttribute::evpnIpPrefixRouteGatewayAddr,
+                                 &AttributeContent::evpnIpPrefixRouteGatewayAddr,
+                                 &GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrInput>(context),
+                         context);
+    }};
+}
 MemAllocationTracker const & EvpnIpPrefixRouteGatewayAddrIpVersion::memAllocationTracker() {
     return Slab<EvpnIpPrefixRouteGatewayAddrIpVersion>::tracker();
 }
@@ -775,6 +831,12 @@ U64 EvpnIpPrefixRouteGatewayAddrIpVersionInput::getVal(
 }
 String EvpnIpPrefixRouteGatewayAddrIpVersionInput::toStrep() const {
     return "input.evpn.ip_prefix_route.gateway_address.ip_version";
+}
+IntSource EvpnIpPrefixRouteGatewayAddrIpVersionInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::evpnIpPrefixRouteGatewayAddrInput>(context),
+                         context);
+    }};
 }
 MemAllocationTracker const & EvpnIpPrefixRouteGatewayAddrIpVersionInput::memAllocationTracker() {
     return Slab<EvpnIpPrefixRouteGatewayAddrIpVersionInput>::tracker();
@@ -913,6 +975,12 @@ U64 EvpnIpPrefixRoutePrefixIpVersion::getVal(Ptr<EvalContextBase const> const & 
 String EvpnIpPrefixRoutePrefixIpVersion::toStrep() const {
     return "evpn.ip_prefix_route.prefix.ip_version";
 }
+IntSource EvpnIpPrefixRoutePrefixIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::evpnIpPrefixRoutePrefixInput>(context),
+                         context);
+    }};
+}
 MemAllocationTracker const & EvpnIpPrefixRoutePrefixIpVersion::memAllocationTracker() {
     return Slab<EvpnIpPrefixRoutePrefixIpVersion>::tracker();
 }
@@ -945,6 +1013,12 @@ U64 EvpnIpPrefixRoutePrefixLength::getVal(Ptr<EvalContextBase const> const & con
 }
 String EvpnIpPrefixRoutePrefixLength::toStrep() const {
     return "evpn.ip_prefix_route.prefix.length";
+}
+IntSource EvpnIpPrefixRoutePrefixLength::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return prefixLength(input<&GeneratedEvalContext::evpnIpPrefixRoutePrefixInput>(context),
+                            context);
+    }};
 }
 MemAllocationTracker const & EvpnIpPrefixRoutePrefixLength::memAllocationTracker() {
     return Slab<EvpnIpPrefixRoutePrefixLength>::tracker();
@@ -1029,6 +1103,12 @@ U64 EvpnMacIpRouteIpAddressIpVersion::getVal(Ptr<EvalContextBase const> const & 
 }
 String EvpnMacIpRouteIpAddressIpVersion::toStrep() const {
     return "evpn.mac_ip_route.ip_address.ip_version";
+}
+IntSource EvpnMacIpRouteIpAddressIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::evpnMacIpRouteIpAddressInput>(context),
+                         context);
+    }};
 }
 MemAllocationTracker const & EvpnMacIpRouteIpAddressIpVersion::memAllocationTracker() {
     return Slab<EvpnMacIpRouteIpAddressIpVersion>::tracker();
@@ -1149,6 +1229,13 @@ U64 ExtCommunityCount::getVal(Ptr<EvalContextBase const> const & context) const 
                  context);
 }
 String ExtCommunityCount::toStrep() const { return "ext_community.count"; }
+IntSource ExtCommunityCount::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(current<ModifiableAttribute::extCommunity, &AttributeContent::extCommunity,
+                             &GeneratedEvalContext::extCommunityInputRawPtr>(context),
+                     context);
+    }};
+}
 MemAllocationTracker const & ExtCommunityCount::memAllocationTracker() {
     return Slab<ExtCommunityCount>::tracker();
 }
@@ -1173,6 +1260,11 @@ U64 ExtCommunityCountInput::getVal(Ptr<EvalContextBase const> const & context) c
     return count(input<&GeneratedEvalContext::extCommunityInputRawPtr>(context), context);
 }
 String ExtCommunityCountInput::toStrep() const { return "input.ext_community.count"; }
+IntSource ExtCommunityCountInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(input<&GeneratedEvalContext::extCommunityInputRawPtr>(context), context);
+    }};
+}
 MemAllocationTracker const & ExtCommunityCountInput::memAllocationTracker() {
     return Slab<ExtCommunityCountInput>::tracker();
 }
@@ -1266,6 +1358,12 @@ U64 FlowspecDestinationPrefixIpVersion::getVal(Ptr<EvalContextBase const> const 
 String FlowspecDestinationPrefixIpVersion::toStrep() const {
     return "flowspec.destination.prefix.ip_version";
 }
+IntSource FlowspecDestinationPrefixIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::flowspecDestinationPrefixInput>(context),
+                         context);
+    }};
+}
 MemAllocationTracker const & FlowspecDestinationPrefixIpVersion::memAllocationTracker() {
     return Slab<FlowspecDestinationPrefixIpVersion>::tracker();
 }
@@ -1298,6 +1396,12 @@ U64 FlowspecDestinationPrefixLength::getVal(Ptr<EvalContextBase const> const & c
 }
 String FlowspecDestinationPrefixLength::toStrep() const {
     return "flowspec.destination.prefix.length";
+}
+IntSource FlowspecDestinationPrefixLength::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return prefixLength(input<&GeneratedEvalContext::flowspecDestinationPrefixInput>(context),
+                            context);
+    }};
 }
 MemAllocationTracker const & FlowspecDestinationPrefixLength::memAllocationTracker() {
     return Slab<FlowspecDestinationPrefixLength>::tracker();
@@ -1360,6 +1464,11 @@ U64 FlowspecSourcePrefixIpVersion::getVal(Ptr<EvalContextBase const> const & con
 String FlowspecSourcePrefixIpVersion::toStrep() const {
     return "flowspec.source.prefix.ip_version";
 }
+IntSource FlowspecSourcePrefixIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::flowspecSourcePrefixInput>(context), context);
+    }};
+}
 MemAllocationTracker const & FlowspecSourcePrefixIpVersion::memAllocationTracker() {
     return Slab<FlowspecSourcePrefixIpVersion>::tracker();
 }
@@ -1390,6 +1499,12 @@ U64 FlowspecSourcePrefixLength::getVal(Ptr<EvalContextBase const> const & contex
     return prefixLength(input<&GeneratedEvalContext::flowspecSourcePrefixInput>(context), context);
 }
 String FlowspecSourcePrefixLength::toStrep() const { return "flowspec.source.prefix.length"; }
+IntSource FlowspecSourcePrefixLength::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return prefixLength(input<&GeneratedEvalContext::flowspecSourcePrefixInput>(context),
+                            context);
+    }};
+}
 MemAllocationTracker const & FlowspecSourcePrefixLength::memAllocationTracker() {
     return Slab<FlowspecSourcePrefixLength>::tracker();
 }
@@ -1471,6 +1586,11 @@ U64 IpPrefixIpVersion::getVal(Ptr<EvalContextBase const> const & context) const 
     return ipVersion(input<&GeneratedEvalContext::ipPrefixInput>(context), context);
 }
 String IpPrefixIpVersion::toStrep() const { return "prefix.ip_version"; }
+IntSource IpPrefixIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::ipPrefixInput>(context), context);
+    }};
+}
 MemAllocationTracker const & IpPrefixIpVersion::memAllocationTracker() {
     return Slab<IpPrefixIpVersion>::tracker();
 }
@@ -1495,6 +1615,11 @@ U64 IpPrefixLength::getVal(Ptr<EvalContextBase const> const & context) const {
     return prefixLength(input<&GeneratedEvalContext::ipPrefixInput>(context), context);
 }
 String IpPrefixLength::toStrep() const { return "prefix.length"; }
+IntSource IpPrefixLength::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return prefixLength(input<&GeneratedEvalContext::ipPrefixInput>(context), context);
+    }};
+}
 MemAllocationTracker const & IpPrefixLength::memAllocationTracker() {
     return Slab<IpPrefixLength>::tracker();
 }
@@ -1677,6 +1802,13 @@ U64 LargeCommunityCount::getVal(Ptr<EvalContextBase const> const & context) cons
                  context);
 }
 String LargeCommunityCount::toStrep() const { return "large_community.count"; }
+IntSource LargeCommunityCount::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(current<ModifiableAttribute::largeCommunity, &AttributeContent::largeCommunity,
+                             &GeneratedEvalContext::largeCommunityInputRawPtr>(context),
+                     context);
+    }};
+}
 MemAllocationTracker const & LargeCommunityCount::memAllocationTracker() {
     return Slab<LargeCommunityCount>::tracker();
 }
@@ -1703,6 +1835,11 @@ U64 LargeCommunityCountInput::getVal(Ptr<EvalContextBase const> const & context)
     return count(input<&GeneratedEvalContext::largeCommunityInputRawPtr>(context), context);
 }
 String LargeCommunityCountInput::toStrep() const { return "input.large_community.count"; }
+IntSource LargeCommunityCountInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return count(input<&GeneratedEvalContext::largeCommunityInputRawPtr>(context), context);
+    }};
+}
 MemAllocationTracker const & LargeCommunityCountInput::memAllocationTracker() {
     return Slab<LargeCommunityCountInput>::tracker();
 }
@@ -1979,6 +2116,13 @@ U64 NextHopIpVersion::getVal(Ptr<EvalContextBase const> const & context) const {
                      context);
 }
 String NextHopIpVersion::toStrep() const { return "next_hop.ip_version"; }
+IntSource NextHopIpVersion::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(current<ModifiableAttribute::nextHop, &AttributeContent::nextHop,
+                                 &GeneratedEvalContext::nextHopInput>(context),
+                         context);
+    }};
+}
 MemAllocationTracker const & NextHopIpVersion::memAllocationTracker() {
     return Slab<NextHopIpVersion>::tracker();
 }
@@ -2003,6 +2147,11 @@ U64 NextHopIpVersionInput::getVal(Ptr<EvalContextBase const> const & context) co
     return ipVersion(input<&GeneratedEvalContext::nextHopInput>(context), context);
 }
 String NextHopIpVersionInput::toStrep() const { return "input.next_hop.ip_version"; }
+IntSource NextHopIpVersionInput::source() const {
+    return {.derived = [](Ptr<EvalContextBase const> const & context) {
+        return ipVersion(input<&GeneratedEvalContext::nextHopInput>(context), context);
+    }};
+}
 MemAllocationTracker const & NextHopIpVersionInput::memAllocationTracker() {
     return Slab<NextHopIpVersionInput>::tracker();
 }

@@ -579,7 +579,7 @@ constexpr FieldInfo fieldsIntImmediate[] = {
     {"negative", "bool", "bool", false, nullptr,
      &fieldText<IntImmediate,
                 static_cast<bool const & (IntImmediate::*)() const>(&IntImmediate::negative)>,
-     0, 0},
+     bitOf(FieldRole::orZero), 0},
 };
 constexpr FieldInfo fieldsIntVariable[] = {
     {"name", "String", "String", false, nullptr, &fieldText<IntVariable, &IntVariable::name>, 0, 0},

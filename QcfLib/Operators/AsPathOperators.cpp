@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfLibHelpers.h"
 
 /// Operators on AS paths. A path is changed in a container of the context, into which the route's
@@ -81,6 +82,7 @@ EvalResult AsPathAssign::eval(Ptr<EvalContextBase> const & context) const {
     lhs_->setVal(path, context);
     return EvalResult::fromBool(true);
 }
+void AsPathAssign::lower(Lowering & to) const { to.operatorChange(operatorFunction<AsPathAssign>); }
 
 EvalResult AsPathPrepend::eval(Ptr<EvalContextBase> const & context) const {
     auto * const path = changeable(lhs_->getValModifiable(context), context);
@@ -89,11 +91,17 @@ EvalResult AsPathPrepend::eval(Ptr<EvalContextBase> const & context) const {
     lhs_->setVal(path, context);
     return EvalResult::fromBool(true);
 }
+void AsPathPrepend::lower(Lowering & to) const {
+    to.operatorChange(operatorFunction<AsPathPrepend>);
+}
 
 EvalResult AsPathMatchAsPathAccessList::eval(Ptr<EvalContextBase> const & context) const {
     auto const & status = context->externalMatchers()->asPathLists.at(index_);
     auto const * const path = lhs_->getVal(context);
     return EvalResult::fromBool(context->matchAsPathAccessList(path, aetNodeKey(), status));
+}
+void AsPathMatchAsPathAccessList::lower(Lowering & to) const {
+    to.operatorTest(operatorFunction<AsPathMatchAsPathAccessList>);
 }
 
 EvalResult AsPathReplaceImplExpr::eval(Ptr<EvalContextBase> const & context) const {
@@ -101,10 +109,16 @@ EvalResult AsPathReplaceImplExpr::eval(Ptr<EvalContextBase> const & context) con
     auto const newAsn = getIntFromArgVector<U32>(context, 0);
     return changeRoutePath(context, [&](auto & path) { path.replaceIf(selected, newAsn); });
 }
+void AsPathReplaceImplExpr::lower(Lowering & to) const {
+    to.builtIn(operatorFunction<AsPathReplaceImplExpr>);
+}
 
 EvalResult AsPathRemoveImplExpr::eval(Ptr<EvalContextBase> const & context) const {
     AsnSelection const selected(context);
     return changeRoutePath(context, [&](auto & path) { path.removeIf(selected); });
+}
+void AsPathRemoveImplExpr::lower(Lowering & to) const {
+    to.builtIn(operatorFunction<AsPathRemoveImplExpr>);
 }
 
 } // namespace Qcf::Eval

@@ -54,12 +54,14 @@ IntBounds boundsFor(U64 constant) {
 }
 
 /// Against a negative constant the answer does not depend on the left side, which is read all the
-/// same: the node is left to do so.
+/// same: the operator is left to do so.
 template <typename Compare, typename Node>
 void lowerComparison(Node const & node, Lowering & to) {
     auto const constant = to.constantOf(*node.rhs());
     if (constant && !constant->strictlyNegative()) {
         to.test(ConstantTest::of(*node.lhs(), boundsFor<Compare>(constant->magnitude)));
+    } else {
+        to.operatorTest(operatorFunction<Node>);
     }
 }
 
@@ -84,7 +86,8 @@ QCF_INT_COMPARISON(IntGreaterThanEq, greater_equal)
 #define QCF_BANDWIDTH_COMPARISON(Class, compare)                                                   \
     EvalResult Class::eval(Context const & context) const {                                        \
         return compareBandwidths<std::compare<F32>>(*this, context);                               \
-    }
+    }                                                                                              \
+    void Class::lower(Lowering & to) const { to.operatorTest(operatorFunction<Class>); }
 
 QCF_BANDWIDTH_COMPARISON(BandwidthIs, equal_to)
 QCF_BANDWIDTH_COMPARISON(BandwidthLessThan, less)
@@ -94,7 +97,8 @@ QCF_BANDWIDTH_COMPARISON(BandwidthGreaterThanEq, greater_equal)
 #undef QCF_BANDWIDTH_COMPARISON
 
 #define QCF_EQUALITY(Class)                                                                        \
-    EvalResult Class::eval(Context const & context) const { return compareEqual(*this, context); }
+    EvalResult Class::eval(Context const & context) const { return compareEqual(*this, context); } \
+    void Class::lower(Lowering & to) const { to.operatorTest(operatorFunction<Class>); }
 
 QCF_EQUALITY(TriStateBoolIs)
 QCF_EQUALITY(MacAddressIs)
@@ -108,6 +112,9 @@ QCF_EQUALITY(IpPrefixIs)
 EvalResult IpAddressIsAddrZero::eval(Context const & context) const {
     return EvalResult::fromBool(lhs_->getVal(context).isAddrZero());
 }
+void IpAddressIsAddrZero::lower(Lowering & to) const {
+    to.operatorTest(operatorFunction<IpAddressIsAddrZero>);
+}
 
 EvalResult IntInImmediateSet::eval(Context const & context) const {
     U64 const value = lhs_->getVal(context);
@@ -118,6 +125,8 @@ EvalResult IntInImmediateSet::eval(Context const & context) const {
 void IntInImmediateSet::lower(Lowering & to) const {
     if (auto const * const set = constantSet<IntSetImmediate>(*rhs_)) {
         to.test(ConstantTest::of(*lhs_, *set));
+    } else {
+        to.operatorTest(operatorFunction<IntInImmediateSet>);
     }
 }
 
@@ -127,6 +136,9 @@ EvalResult CommunityValueIn::eval(Context const & context) const {
     auto const * const set = rhs_->lendVal(context, fresh);
     return EvalResult::fromBool(set != nullptr && set->contains(value));
 }
+void CommunityValueIn::lower(Lowering & to) const {
+    to.operatorTest(operatorFunction<CommunityValueIn>);
+}
 
 EvalResult IntInImmediateSetWithRanges::eval(Context const & context) const {
     U64 const value = lhs_->getVal(context);
@@ -134,11 +146,47 @@ EvalResult IntInImmediateSetWithRanges::eval(Context const & context) const {
     return EvalResult::fromBool(ranges.contain(value));
 }
 
+namespace {
+
+/// What the literal of a field yields at every evaluation; null where nothing is written, or where
+/// it is built anew each time.
+template <typename Literal>
+auto const * keptValue(PtrConst<Literal> const & literal) {
+    return literal && literal->head() ? literal->cachedGetVal() : nullptr;
+}
+
+/// Nothing where some are not constant, or the lists of bounds are such as evaluation asserts
+/// against.
+std::optional<ConstantRanges> constantRanges(IntInImmediateSetWithRanges const & node) {
+    ConstantRanges const ranges{keptValue(node.singletons()), keptValue(node.lowerBounds()),
+                                keptValue(node.upperBounds())};
+    bool const isUnbounded = !node.lowerBounds() && !node.upperBounds();
+    bool const isBounded = ranges.lower != nullptr && ranges.upper != nullptr &&
+                           ranges.lower->count() > 0 &&
+                           ranges.lower->count() == ranges.upper->count();
+    bool const isBuilt =
+        node.singletons() && node.singletons()->head() && ranges.singletons == nullptr;
+    return isBuilt || !(isUnbounded || isBounded) ? std::nullopt : std::optional(ranges);
+}
+
+} // namespace
+
+void IntInImmediateSetWithRanges::lower(Lowering & to) const {
+    if (auto const ranges = constantRanges(*this)) {
+        to.test(ConstantTest::of(*lhs_, *ranges));
+    } else {
+        to.operatorTest(operatorFunction<IntInImmediateSetWithRanges>);
+    }
+}
+
 EvalResult IntMatchTagSet::eval(Context const & context) const {
     auto const & tagSet = context->externalMatchers()->tagSets.at(index_);
     // Tags are 32 bits wide: a larger value matches by its low half.
     auto const tag = static_cast<U32>(lhs_->getVal(context));
     return EvalResult::fromBool(tagSet && tagSet->contains(tag));
+}
+void IntMatchTagSet::lower(Lowering & to) const {
+    to.operatorTest(operatorFunction<IntMatchTagSet>);
 }
 
 } // namespace Qcf::Eval

@@ -84,6 +84,8 @@ EvalResult TriStateBoolExpression::eval(Ptr<EvalContextBase> const & context) co
 void TriStateBoolExpression::lower(Lowering & to) const {
     if (auto const * const constant = as<TriStateBoolImmediate>(*expr_)) {
         to.truth(constant->value());
+    } else {
+        to.valueTest(*expr_);
     }
 }
 

@@ -55,6 +55,8 @@ EvalResult IntAssign::eval(Ptr<EvalContextBase> const & context) const {
 void IntAssign::lower(Lowering & to) const {
     if (auto const constant = to.constantOf(*rhs_)) {
         to.assign(*lhs_, *constant);
+    } else {
+        to.operatorChange(operatorFunction<IntAssign>);
     }
 }
 
@@ -67,6 +69,8 @@ void IntAssign::lower(Lowering & to) const {
     void Class::lower(Lowering & to) const {                                                       \
         if (auto const constant = to.constantOf(*rhs_)) {                                          \
             to.compute(*lhs_, *constant, operation);                                               \
+        } else {                                                                                   \
+            to.operatorChange(operatorFunction<Class>);                                            \
         }                                                                                          \
     }
 

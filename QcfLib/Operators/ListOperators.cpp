@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfEval.h"
 #include "QcfLib/Sets/SetEdits.h"
 
@@ -47,6 +48,20 @@ EvalResult assign(Node const & node, Context const & context, MatcherTable<Statu
     return EvalResult::fromBool(true);
 }
 
+/// What matches is a test, what assigns and edits are changes.
+template <typename Node>
+void lower_match(Lowering & to) {
+    to.operatorTest(operatorFunction<Node>);
+}
+template <typename Node>
+void lower_edit(Lowering & to) {
+    to.operatorChange(operatorFunction<Node>);
+}
+template <typename Node>
+void lower_assign(Lowering & to) {
+    to.operatorChange(operatorFunction<Node>);
+}
+
 } // namespace
 
 // The status is read before the set: agents see that order.
@@ -54,7 +69,8 @@ EvalResult assign(Node const & node, Context const & context, MatcherTable<Statu
     EvalResult Class::eval(Context const & context) const {                                        \
         return family(*this, context, context->externalMatchers()->table,                          \
                       &EvalContextBase::operation);                                                \
-    }
+    }                                                                                              \
+    void Class::lower(Lowering & to) const { lower_##family<Class>(to); }
 
 QCF_LIST_OPERATOR(IntSetMatchCommList, match, commLists, matchCommList)
 QCF_LIST_OPERATOR(IntSetMatchExactCommList, match, commLists, matchExactCommList)

@@ -80,6 +80,8 @@ template <typename Immediate, typename Node>
 void lowerHasAny(Node const & node, Lowering & to) {
     if (auto const * const anyOf = constantSet<Immediate>(*node.rhs())) {
         to.test(ConstantTest::of(*node.lhs(), *anyOf));
+    } else {
+        to.operatorTest(operatorFunction<Node>);
     }
 }
 
@@ -89,6 +91,8 @@ void lowerChange(Node const & node, Lowering & to, bool adds) {
     Set const * const constants = constantSet<Immediate>(*node.rhs());
     if (!isEmptySet(constants) && constants->count() <= fewValues) {
         to.change(SetChange<Set>{&node, node.lhs().get(), constants, adds});
+    } else {
+        to.operatorChange(operatorFunction<Node>);
     }
 }
 
@@ -99,14 +103,26 @@ void lowerChange(Node const & node, Lowering & to, bool adds) {
     EvalResult Kind##IsEmpty::eval(Context const & context) const {                                \
         return isEmpty<Set>(*this, context);                                                       \
     }                                                                                              \
+    void Kind##IsEmpty::lower(Lowering & to) const {                                               \
+        to.operatorTest(operatorFunction<Kind##IsEmpty>);                                          \
+    }                                                                                              \
     EvalResult Kind##IsImmediate::eval(Context const & context) const {                            \
         return testSets<Set>(*this, context, Set::isEqual);                                        \
+    }                                                                                              \
+    void Kind##IsImmediate::lower(Lowering & to) const {                                           \
+        to.operatorTest(operatorFunction<Kind##IsImmediate>);                                      \
     }                                                                                              \
     EvalResult Kind##HasAllImmediate::eval(Context const & context) const {                        \
         return hasAll<Set>(*this, context);                                                        \
     }                                                                                              \
+    void Kind##HasAllImmediate::lower(Lowering & to) const {                                       \
+        to.operatorTest(operatorFunction<Kind##HasAllImmediate>);                                  \
+    }                                                                                              \
     EvalResult Kind##AllInImmediate::eval(Context const & context) const {                         \
         return testSets<Set>(*this, context, Set::isSubset);                                       \
+    }                                                                                              \
+    void Kind##AllInImmediate::lower(Lowering & to) const {                                        \
+        to.operatorTest(operatorFunction<Kind##AllInImmediate>);                                   \
     }                                                                                              \
     EvalResult Kind##HasAnyImmediate::eval(Context const & context) const {                        \
         return testSets<Set>(*this, context, Set::hasAny);                                         \
@@ -117,6 +133,9 @@ void lowerChange(Node const & node, Lowering & to, bool adds) {
     EvalResult Kind##HasNoneImmediate::eval(Context const & context) const {                       \
         return testSets<Set>(*this, context,                                                       \
                              [](Set const * a, Set const * b) { return !Set::hasAny(a, b); });     \
+    }                                                                                              \
+    void Kind##HasNoneImmediate::lower(Lowering & to) const {                                      \
+        to.operatorTest(operatorFunction<Kind##HasNoneImmediate>);                                 \
     }                                                                                              \
     EvalResult Kind##AddImmediate::eval(Context const & context) const {                           \
         return modifySet<Set>(*this, context, setAdd<Set>);                                        \
@@ -133,8 +152,14 @@ void lowerChange(Node const & node, Lowering & to, bool adds) {
     EvalResult Kind##RetainImmediate::eval(Context const & context) const {                        \
         return modifySet<Set>(*this, context, setRetain<Set>);                                     \
     }                                                                                              \
+    void Kind##RetainImmediate::lower(Lowering & to) const {                                       \
+        to.operatorChange(operatorFunction<Kind##RetainImmediate>);                                \
+    }                                                                                              \
     EvalResult Kind##AssignImmediate::eval(Context const & context) const {                        \
         return assignSet<Set>(*this, context);                                                     \
+    }                                                                                              \
+    void Kind##AssignImmediate::lower(Lowering & to) const {                                       \
+        to.operatorChange(operatorFunction<Kind##AssignImmediate>);                                \
     }
 
 QCF_SET_OPERATORS(IntSet, U64SmallVector)
@@ -159,6 +184,8 @@ void ExtCommunitySetAddImmediate::lower(Lowering & to) const {
     auto const * const added = constantSet<CommunitySetImmediate>(*rhs_);
     if (added != nullptr && added->lbwValue().isZero()) {
         lowerChange<CommunitySmallVector, CommunitySetImmediate>(*this, to, true);
+    } else {
+        to.operatorChange(operatorFunction<ExtCommunitySetAddImmediate>);
     }
 }
 

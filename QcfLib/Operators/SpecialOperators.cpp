@@ -1,3 +1,4 @@
+#include "QcfLib/Operators/Lowering.h"
 #include "QcfLib/QcfEval.h"
 
 /// Operators that write single values or act on the context.
@@ -7,10 +8,16 @@ EvalResult IpAddressAssign::eval(Ptr<EvalContextBase> const & context) const {
     lhs_->setVal(rhs_->getVal(context), context);
     return EvalResult::fromBool(true);
 }
+void IpAddressAssign::lower(Lowering & to) const {
+    to.operatorChange(operatorFunction<IpAddressAssign>);
+}
 
 EvalResult ResolutionRibsAssign::eval(Ptr<EvalContextBase> const & context) const {
     lhs_->setVal(rhs_->getVal(context), context);
     return EvalResult::fromBool(true);
+}
+void ResolutionRibsAssign::lower(Lowering & to) const {
+    to.operatorChange(operatorFunction<ResolutionRibsAssign>);
 }
 
 EvalResult SetNextHopSelfImplExpr::eval(Ptr<EvalContextBase> const & context) const {
@@ -22,6 +29,9 @@ EvalResult SetNextHopSelfImplExpr::eval(Ptr<EvalContextBase> const & context) co
         c.nextHopSetToSelfIs(true);
     }
     return EvalResult::fromBoolWithReturn(outbound);
+}
+void SetNextHopSelfImplExpr::lower(Lowering & to) const {
+    to.builtIn(operatorFunction<SetNextHopSelfImplExpr>);
 }
 
 EvalResult

@@ -40,6 +40,7 @@ public:
         return result.terminates() ? endOfRun(result) : next();
     }
     StepText describe() const override { return text("node"); }
+    bool evaluatesNode() const override { return true; }
 
 private:
     Expression const & node_;
@@ -67,6 +68,7 @@ public:
         }
         return described;
     }
+    bool evaluatesNode() const override { return true; }
 
 private:
     Expression const & node_;

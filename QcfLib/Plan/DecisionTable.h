@@ -1,7 +1,6 @@
 #pragma once
 
-#include "QcfLib/MembershipIndex.h"
-#include "QcfLib/Operators/Lowering.h"
+#include "QcfLib/Plan/ConstantTables.h"
 #include "QcfLib/Plan/PlanStep.h"
 
 #include <bit>
@@ -19,12 +18,6 @@
 /// one question of the whole chain: one look at the attribute tells for every clause whether its
 /// tests of it hold. What is left open are tests that only one clause makes.
 namespace Qcf::Eval {
-
-/// Clauses of a chain, bit i for clause i. The first clause of the chain is the lowest bit, so that
-/// the first that holds is found by counting zeros. A longer chain becomes several tables, each the
-/// `else` of the one before.
-using ClauseBits = U64;
-inline constexpr std::size_t maxClauses = 64;
 
 /// Something that the conditions of clauses ask of the route. It is asked at most once a run, and
 /// answers for all clauses at a time.
@@ -48,39 +41,6 @@ public:
     /// owned by it.
     virtual PlanStep const * steps() const { return nullptr; }
 };
-
-/// A constant and the clauses that it satisfies, side by side: who has found the one has the other.
-template <typename Value>
-struct ConstantEntry {
-    Value value{};
-    /// At least one, unless the entry stands for no constant.
-    ClauseBits clauses = 0;
-    bool isFree() const { return clauses == 0; }
-};
-
-/// From a constant to the clauses that it satisfies. A look-up costs the same however many clauses
-/// and constants there are: it goes by a hash index.
-template <typename Value>
-class ConstantTable {
-public:
-    using Entry = ConstantEntry<Value>;
-
-    /// A value may have several entries. Several clauses may want one constant, and a clause may
-    /// name it twice. The order is of no matter.
-    explicit ConstantTable(std::vector<Entry> entries);
-
-    /// None for a value that no clause wants.
-    ClauseBits clausesOf(Value const & value) const {
-        auto const isIt = [&](Entry const & entry) { return entry.value == value; };
-        return entries_.find(spreadBits(value), isIt).clauses;
-    }
-
-private:
-    SpreadTable<Entry> entries_;
-};
-
-extern template class ConstantTable<U64>;
-extern template class ConstantTable<Acl::CommunityValue>;
 
 /// Whether an integer is one of some constants, for each clause its own. The integer is read once
 /// for the whole chain; the clauses' sets are one table.
@@ -129,38 +89,35 @@ private:
     ClauseBits others_;
 };
 
-/// Whether an integer lies within bounds, for each clause its own: the bounds cut the integers into
-/// pieces of equal answers, and a bisection without branches finds the piece.
+/// Whether an integer lies within bounds, for each clause its own.
 class IntBoundsQuestion final : public PlanQuestion {
 public:
-    /// A clause that tests one integer several times in a row has the intersection of its bounds
-    /// here, which may be empty.
-    struct Clause {
-        ClauseBits bit;
-        IntBounds bounds;
-    };
-    /// One entry a clause. The answers of all pieces are worked out here, in time of pieces times
-    /// clauses; a table has 64 clauses at most, so 129 pieces at most.
-    IntBoundsQuestion(Int const & operand, std::vector<Clause> const & clauses, ClauseBits others);
+    IntBoundsQuestion(Int const & operand, IntPieces pieces)
+        : operand_(operand), pieces_(std::move(pieces)) {}
     ClauseBits clausesLeft(PlanRun run) const override {
-        U64 const value = operand_.read(run);
-        // The first piece begins at 0, so that every value lies in one.
-        std::size_t at = 0;
-        for (std::size_t step = starts_.size() / 2; step > 0; step /= 2) {
-            at += starts_[at + step] <= value ? step : 0;
-        }
-        return clauses_[at];
+        return pieces_.clausesOf(operand_.read(run));
     }
     String text() const override { return operand_.text() + " within bounds"; }
 
 private:
     PlanInt operand_;
-    /// Where the pieces begin in which all values satisfy the same clauses, from 0 on, repeated at
-    /// the end up to a power of two. The power of two makes the bisection a fixed number of steps,
-    /// none of which can run over the end. Repeated starts are harmless: all of them have the same
-    /// answer.
-    std::vector<U64> starts_;
-    std::vector<ClauseBits> clauses_; ///< for each piece
+    IntPieces pieces_;
+};
+
+/// Whether a prefix is covered by one of some, for each clause its own.
+class PrefixCoveredQuestion final : public PlanQuestion {
+public:
+    PrefixCoveredQuestion(IpPrefix const & operand, CoverTable table, ClauseBits others)
+        : operand_(operand), table_(std::move(table)), others_(others) {}
+    ClauseBits clausesLeft(PlanRun run) const override {
+        return others_ | table_.clausesOf(operand_.read(run));
+    }
+    String text() const override { return operand_.text() + " covered by constants"; }
+
+private:
+    PlanPrefix operand_;
+    CoverTable table_;
+    ClauseBits others_;
 };
 
 /// What only one clause asks, as steps of their own. They only read, as all of the chain does, so

@@ -40,12 +40,6 @@ bool collectTests(Expression const & condition, std::vector<Expression const *> 
     return true;
 }
 
-/// Operands with one identity have one value: they are one node, or one attribute.
-void const * identity(StorageType const & operand) {
-    NodeClass const & nodeClass = operand.typeData();
-    return nodeClass.attribute != nullptr ? static_cast<void const *>(&nodeClass) : &operand;
-}
-
 } // namespace
 
 DecisionTableBuilder::Tests DecisionTableBuilder::testsOf(Expression const & condition) {
@@ -87,7 +81,7 @@ DecisionTableBuilder::DecisionTableBuilder(ConditionLowering & lowering,
 
 // Operands that are read alike are one subject, whichever nodes they are.
 DecisionTableBuilder::Subject DecisionTableBuilder::subjectOf(ConstantTest const & test) {
-    return {test.kind, identity(*test.operand)};
+    return {test.kind, identityOf(*test.operand)};
 }
 
 bool DecisionTableBuilder::isShared(Subject const & subject) const {
@@ -198,17 +192,39 @@ ConstantTable<Value> tableOf(Parts const & parts, Set const * ConstantTest::*con
 }
 
 template <typename Parts>
-std::vector<IntBoundsQuestion::Clause> boundsOf(Parts const & parts) {
-    std::vector<IntBoundsQuestion::Clause> clauses;
+std::vector<IntPieces::Range> boundsOf(Parts const & parts) {
+    std::vector<IntPieces::Range> clauses;
     for (auto const & [clause, test] : parts) {
         // Parts of one clause follow each other: all must hold, so that their bounds narrow.
-        if (clauses.empty() || clauses.back().bit != clause) {
+        if (clauses.empty() || clauses.back().clauses != clause) {
             clauses.push_back({clause, test.bounds});
         } else {
             clauses.back().bounds = clauses.back().bounds & test.bounds;
         }
     }
     return clauses;
+}
+
+template <typename Parts>
+std::vector<IntPieces::Range> rangesOf(Parts const & parts) {
+    std::vector<IntPieces::Range> ranges;
+    for (auto const & part : parts) {
+        part.test.ranges.each([&](IntBounds const & range) {
+            ranges.push_back({part.clause, range});
+        });
+    }
+    return ranges;
+}
+
+template <typename Parts>
+CoverTable coverTableOf(Parts const & parts) {
+    std::vector<CoverTable::Entry> entries;
+    for (auto const & [clause, test] : parts) {
+        for (IpGenPrefix const & prefix : test.prefixes) {
+            entries.push_back({prefix, clause});
+        }
+    }
+    return CoverTable(std::move(entries));
 }
 
 } // namespace
@@ -224,7 +240,13 @@ std::unique_ptr<PlanQuestion const> DecisionTableBuilder::shared(std::vector<Par
     switch (parts.front().test.kind) {
     case ConstantTest::Kind::intBounds:
         return std::make_unique<IntBoundsQuestion>(static_cast<Int const &>(operand),
-                                                   boundsOf(parts), others);
+                                                   IntPieces(boundsOf(parts), others));
+    case ConstantTest::Kind::intInRanges:
+        return std::make_unique<IntBoundsQuestion>(static_cast<Int const &>(operand),
+                                                   IntPieces(rangesOf(parts), others));
+    case ConstantTest::Kind::prefixCovered:
+        return std::make_unique<PrefixCoveredQuestion>(static_cast<IpPrefix const &>(operand),
+                                                       coverTableOf(parts), others);
     case ConstantTest::Kind::intInSet:
         return std::make_unique<IntInSetQuestion>(static_cast<Int const &>(operand),
                                                   tableOf<U64>(parts, &ConstantTest::ints), others);

@@ -29,16 +29,26 @@ EvalResult refuse(Function const & function, Ptr<EvalContextBase> const & contex
     });
 }
 
-/// The body's result; an observer is told what the function's caller gets.
-EvalResult walkBody(Function const & function, Ptr<EvalContextBase> const & context) {
+/// The body's result, before the eyes of whoever looks on; an observer is told what the function's
+/// caller gets.
+[[gnu::noinline]] EvalResult walkWatchedBody(Function const & function,
+                                             Ptr<EvalContextBase> const & context) {
     EvalResult result;
     observed(function, context, [&] {
         traceStart(function);
-        result = evalPart(*function.body(), context);
+        result = evalWatchedPart(*function.body(), context);
         logResult(context, function, result);
         return result.returned();
     });
     return result;
+}
+
+EvalResult walkBody(Function const & function, Ptr<EvalContextBase> const & context) {
+    if (context->isWatched()) [[unlikely]] {
+        return walkWatchedBody(function, context);
+    }
+    traceStart(function);
+    return function.body()->eval(context);
 }
 
 /// What a function yields of its body's result; a true one hands the route's changes back.

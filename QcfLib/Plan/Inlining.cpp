@@ -25,7 +25,10 @@ std::optional<std::size_t> sizeInlined(Function const & function, std::size_t li
         if (!fits || is<Function>(at.node)) {
             return false;
         }
-        if (at.node.typeData().effects.looksIntoFrame) {
+        ClassFacts const & facts = at.node.typeData().facts;
+        // The body of a built-in function knows its arguments by their positions.
+        bool const readsIntegers = facts.integerArguments != 0 && !facts.readsNodeArguments;
+        if (at.node.typeData().effects.looksIntoFrame && !readsIntegers) {
             fits = is<IntVariable>(at.node) && plays(*at.field, FieldRole::constantPlace);
             return false;
         }

@@ -1,4 +1,5 @@
 #include "QcfLib/Plan/Inlining.h"
+#include "QcfLib/Plan/OperatorSteps.h"
 #include "QcfLib/Plan/PlanLowering.h"
 
 #include <utility>
@@ -36,9 +37,20 @@ PlanStep const * PlanLowering::leave(Expression const & node, Expression const &
                                                    endOfRun(EvalResult(QcfTrue(), how))});
 }
 
-// The callee's body in the call's place; null when it needs a frame.
+// A counting plan has a call of its own kind.
 PlanStep const * PlanLowering::call(FunctionCallExpression const & node,
                                     PlanTargets const & targets) {
+    PlanStep const * const body = inlined(node, targets);
+    if (body != nullptr || counting_ != nullptr) {
+        return body;
+    }
+    noteNode(node);
+    return make<CallStep>(node, node, targets);
+}
+
+// The callee's body in the call's place; null when it needs a frame.
+PlanStep const * PlanLowering::inlined(FunctionCallExpression const & node,
+                                       PlanTargets const & targets) {
     PlanBudget::Level const level(budget_);
     auto arguments = argumentsOf(node);
     auto const size =

@@ -1,6 +1,7 @@
 #include "QcfLib/Plan.h"
 #include "QcfLib/Plan/PlanSteps.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 /// Plans as text, for whoever suspects one.
@@ -77,6 +78,20 @@ private:
 };
 
 } // namespace
+
+// Steps are made from the end of the text to its start.
+std::vector<Expression const *> Plan::nodesWithoutStep() const {
+    std::vector<Expression const *> nodes;
+    for (std::size_t number = steps_->size(); number-- > 0;) {
+        for (Expression const * const node : steps_->nodesOf(number)) {
+            bool const isNew = std::find(nodes.begin(), nodes.end(), node) == nodes.end();
+            if (steps_->at(number).evaluatesNode() && isNew) {
+                nodes.push_back(node);
+            }
+        }
+    }
+    return nodes;
+}
 
 void Plan::dump(PtrConst<DumpContext> const & dumpContext) const {
     // A body without effect: there is no step to number.

@@ -1,8 +1,8 @@
 #include "QcfLib/Plan/PlanLowering.h"
 
 #include "QcfLib/Plan/Inlining.h"
+#include "QcfLib/Plan/OperatorSteps.h"
 #include "QcfLib/Plan/SetChangeStep.h"
-#include "QcfLib/Plan/TestSteps.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,33 +14,11 @@ namespace Qcf::Eval {
 
 namespace {
 
+/// Operands of an `or` within others that are taken for one test; it may unfold into any number.
+constexpr std::size_t mostOperands = 256;
+
 /// Changes of one attribute that one step makes; a bound for what a single pass has to look at.
 constexpr std::size_t changesOfStep = 16;
-
-/// The links of a list, last first. Chains are singly linked and may be long, so that no recursion
-/// turns them around.
-template <typename Link>
-std::vector<Link const *> fromLast(Link const * link) {
-    std::vector<Link const *> links;
-    for (; link != nullptr; link = link->next().get()) {
-        links.push_back(link);
-    }
-    std::reverse(links.begin(), links.end());
-    return links;
-}
-
-ExpressionList const * nextLink(ExpressionList const & link) { return link.next().get(); }
-
-/// Which values of an operand of `and`, `or` or `??` decide: those that end the chain, and all of
-/// the last one.
-Decided decidedByOperand(Decided const & decided, bool isAnd, bool isOr, bool isLast) {
-    auto const & [onUnknown, onFalse, onTrue] = decided;
-    if (isLast) {
-        return {isAnd || isOr ? onFalse : onUnknown, onFalse, onTrue};
-    }
-    std::optional<EvalResult> const goesOn;
-    return {isAnd ? onFalse : goesOn, isOr ? goesOn : onFalse, isAnd ? goesOn : onTrue};
-}
 
 } // namespace
 
@@ -50,6 +28,9 @@ public:
     Form(PlanLowering & ofPlan, Expression const & ofNode) : plan(ofPlan), node(ofNode) {}
     std::optional<SignedMagnitude> constantOf(Int const & operand) const override {
         return plan.constantOf(operand);
+    }
+    std::optional<SignedMagnitude> constantArgument(std::size_t index) const override {
+        return plan.constantArgument(index);
     }
 
     PlanLowering & plan;
@@ -90,15 +71,35 @@ public:
             step = plan.make<IntArithmeticStep>(node, target, operand, operation, next_);
         }
     }
-    // Integer sets wait for the others of their block.
-    void change(SetChange<CommunitySmallVector> const & change) override {
-        if (change.target->source().stored != nullptr) {
-            std::vector<SetChange<CommunitySmallVector>> const changes{change};
-            step = plan.make<SetChangeStep<CommunitySmallVector>>(node, changes, next_);
+    // Integer sets of a block wait for the others there.
+    void change(SetChange<U64SmallVector> const & change) override { changeSet(change); }
+    void change(SetChange<CommunitySmallVector> const & change) override { changeSet(change); }
+    void operatorChange(OperatorFunction function) override {
+        plan.noteNode(node);
+        step = plan.make<OperatorChange>(node, node, function, next_);
+    }
+    // A counting plan has to see what decided.
+    void builtIn(OperatorFunction function) override {
+        if (plan.counting_ == nullptr) {
+            plan.noteNode(node);
+            step = plan.make<OperatorTest>(node, node, function, plan.answerTargets());
+        }
+    }
+    void originTest(U32 slot, U32 state) override {
+        if (plan.counting_ == nullptr) {
+            step = plan.make<OriginTest>(node, slot, state, plan.answerTargets());
         }
     }
 
 private:
+    template <typename Set>
+    void changeSet(SetChange<Set> const & change) {
+        if (change.target->source().stored != nullptr) {
+            std::vector<SetChange<Set>> const changes{change};
+            step = plan.make<SetChangeStep<Set>>(node, changes, next_);
+        }
+    }
+
     PlanStep const * next_;
 };
 
@@ -109,15 +110,27 @@ public:
         : Form(ofPlan, ofNode), targets_(targets) {}
 
     void truth(TriStateBoolValue value) override { step = targets_.at(value); }
-    void test(ConstantTest const & test) override { step = plan.test(node, test, targets_); }
-    void listTest(IpPrefix const & candidate, PrefixListImmediate const & list) override {
+    void valueTest(TriStateBool const & value) override {
+        plan.noteNode(node);
+        step = plan.make<ValueTest>(node, value, targets_);
+    }
+    void test(ConstantTest const & test) override {
+        Expression const * const nodes[] = {&node};
+        step = plan.test(nodes, test, targets_);
+    }
+    void listTest(IpPrefix const & candidate, PrefixList const & list,
+                  TriStateBoolValue withoutList) override {
         if (candidate.source() != nullptr) {
-            step =
-                plan.make<PrefixListTest<PlanPrefix>>(node, PlanPrefix(candidate), list, targets_);
+            step = plan.listTest(node, PlanPrefix(candidate), list, withoutList, targets_);
         }
     }
-    void listTest(IpAddress const & candidate, PrefixListImmediate const & list) override {
-        step = plan.make<PrefixListTest<PlanHost>>(node, PlanHost(candidate), list, targets_);
+    void listTest(IpAddress const & candidate, PrefixList const & list,
+                  TriStateBoolValue withoutList) override {
+        step = plan.listTest(node, PlanHost(candidate), list, withoutList, targets_);
+    }
+    void operatorTest(OperatorFunction function) override {
+        plan.noteNode(node);
+        step = plan.make<OperatorTest>(node, node, function, targets_);
     }
     void negation(Expression const & operand) override {
         PlanBudget::Level const level(plan.budget_);
@@ -142,9 +155,32 @@ private:
 /// Notes the test or the change that a node is, and makes nothing of it.
 class PlanLowering::TestForm final : public Form {
 public:
-    using Form::Form;
+    TestForm(PlanLowering & ofPlan, Expression const & ofNode, std::size_t room = mostOperands)
+        : Form(ofPlan, ofNode), room_(room) {}
 
     void test(ConstantTest const & test) override { constantTest = test; }
+    // An `or` of prefixes around one is one test.
+    void chain(LogicalOperatorExpression const & chain) override {
+        if (!is<OrOperator>(*chain.operatorList()->entry())) {
+            return;
+        }
+        std::optional<ConstantTest> all;
+        for (auto const * link = chain.expressionList().get(); link != nullptr;
+             link = link->next().get()) {
+            TestForm part(plan, *link->entry(), room_);
+            if (!part.takesOne() || !part.isAround(all)) {
+                return;
+            }
+            room_ = part.room_;
+            auto const & prefixes = part.constantTest->prefixes;
+            if (all) {
+                all->prefixes.insert(all->prefixes.end(), prefixes.begin(), prefixes.end());
+            } else {
+                all = std::move(part.constantTest);
+            }
+        }
+        constantTest = std::move(all);
+    }
     void change(SetChange<U64SmallVector> const & change) override {
         if (change.target->source().stored != nullptr) {
             intSetChange = change;
@@ -153,6 +189,24 @@ public:
 
     std::optional<ConstantTest> constantTest;
     std::optional<SetChange<U64SmallVector>> intSetChange;
+
+private:
+    /// Asks the node; false where there are too many.
+    bool takesOne() {
+        if (room_ == 0) {
+            return false;
+        }
+        --room_;
+        node.lower(*this);
+        return true;
+    }
+    /// Whether it asks for prefixes around the one that the others ask about.
+    bool isAround(std::optional<ConstantTest> const & others) const {
+        return constantTest && constantTest->kind == ConstantTest::Kind::prefixCovered &&
+               (!others || identityOf(*others->operand) == identityOf(*constantTest->operand));
+    }
+
+    std::size_t room_;
 };
 
 PlanLowering::PlanLowering(Function const & function, PlanSteps & steps, PlanCounting * counting)
@@ -181,10 +235,28 @@ std::optional<SignedMagnitude> PlanLowering::constantOf(Int const & operand) con
         return SignedMagnitude{immediate->negative() && immediate->value() != 0,
                                immediate->value()};
     }
+    if (auto const * const table = as<RoaTableImmediate>(operand)) {
+        return SignedMagnitude{false, table->number()};
+    }
     auto const * const variable = as<IntVariable>(operand);
     bool const known = callee_ != nullptr && variable != nullptr &&
                        variable->argVectorIndex() < callee_->arguments.size();
     return known ? std::optional(callee_->arguments[variable->argVectorIndex()]) : std::nullopt;
+}
+
+std::optional<SignedMagnitude> PlanLowering::constantArgument(std::size_t index) const {
+    bool const isKnown = callee_ != nullptr && index < callee_->arguments.size();
+    return isKnown ? std::optional(callee_->arguments[index]) : std::nullopt;
+}
+
+// Of a body that is not inlined it is what the function answers.
+PlanTargets PlanLowering::answerTargets() const {
+    auto const returned = [](TriStateBoolValue value) {
+        return endOfRun(EvalResult(value, TerminationFlag::returnToCaller));
+    };
+    return callee_ != nullptr
+               ? callee_->returns
+               : PlanTargets{returned(QcfUnknown()), returned(QcfFalse()), returned(QcfTrue())};
 }
 
 std::optional<ConstantTest> PlanLowering::constantTestOf(Expression const & node) {
@@ -286,56 +358,17 @@ PlanStep const * PlanLowering::condition(Expression const & node, PlanTargets co
     return form.step != nullptr ? form.step : nodeTest(node, targets);
 }
 
-// Each operand goes straight to where the whole chain goes once it is decided.
-PlanStep const * PlanLowering::chain(LogicalOperatorExpression const & node,
-                                     PlanTargets const & targets) {
-    PlanBudget::Level const level(budget_);
-    if (!affords(budget_.lengthOf(node.expressionList().get(), nextLink))) {
-        return nullptr;
+template <typename Candidate>
+PlanStep const * PlanLowering::listTest(Expression const & node, Candidate candidate,
+                                        PrefixList const & list, TriStateBoolValue withoutList,
+                                        PlanTargets const & targets) {
+    if (auto const * const immediate = as<PrefixListImmediate>(list)) {
+        return make<PrefixListTest<Candidate, PlanPrefixList>>(
+            node, candidate, PlanPrefixList(*immediate), withoutList, targets);
     }
-    LogicalOperator const & op = *node.operatorList()->entry();
-    bool const isAnd = is<AndOperator>(op);
-    bool const isOr = is<OrOperator>(op);
-    // What follows the last operand, unless it decided: `and` and `or` have no unknown value.
-    PlanStep const * const undecided = isAnd || isOr ? targets.onFalse : targets.onUnknown;
-    PlanTargets last{undecided, targets.onFalse, targets.onTrue};
-    PlanStep const * next = undecided;
-    bool isLast = true;
-    for (auto const * const link : fromLast(node.expressionList().get())) {
-        PlanCounting::Deciding const deciding(counting_, [&](Decided const & decided) {
-            return decidedByOperand(decided, isAnd, isOr, isLast);
-        });
-        isLast = false;
-        next = condition(*link->entry(), last);
-        last = {isAnd ? targets.onFalse : next, isOr ? next : targets.onFalse,
-                isAnd ? next : targets.onTrue};
-    }
-    return next;
-}
-
-PlanStep const * PlanLowering::test(Expression const & node, ConstantTest const & test,
-                                    PlanTargets const & targets) {
-    using Kind = ConstantTest::Kind;
-    switch (test.kind) {
-    case Kind::intBounds: {
-        PlanInt const operand(static_cast<Int const &>(*test.operand));
-        return test.bounds.low == test.bounds.high
-                   ? make<IntEqualTest>(node, operand, test.bounds.low, targets)
-                   : make<IntBoundsTest>(node, operand, test.bounds, targets);
-    }
-    case Kind::intInSet:
-        return make<IntInSetTest>(node, PlanInt(static_cast<Int const &>(*test.operand)),
-                                  *test.ints, targets);
-    case Kind::setHasAny:
-        return make<SetHasAnyTest<U64SmallVector>>(
-            node, PlanSet<U64SmallVector>(static_cast<IntSet const &>(*test.operand)), test.ints,
-            targets);
-    case Kind::communitySetHasAny:
-        return make<SetHasAnyTest<CommunitySmallVector>>(
-            node, PlanSet<CommunitySmallVector>(static_cast<CommunitySet const &>(*test.operand)),
-            test.communities, targets);
-    }
-    return nullptr;
+    noteNode(node);
+    return make<PrefixListTest<Candidate, PlanListOfNode>>(node, candidate, PlanListOfNode(list),
+                                                           withoutList, targets);
 }
 
 } // namespace Qcf::Eval

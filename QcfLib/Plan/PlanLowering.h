@@ -5,11 +5,26 @@
 #include "QcfLib/Plan/PlanCounting.h"
 #include "QcfLib/Plan/PlanSteps.h"
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <vector>
 
 namespace Qcf::Eval {
+
+/// The links of a list, last first. Chains are singly linked and may be long, so that no recursion
+/// turns them around.
+template <typename Link>
+std::vector<Link const *> fromLast(Link const * link) {
+    std::vector<Link const *> links;
+    for (; link != nullptr; link = link->next().get()) {
+        links.push_back(link);
+    }
+    std::reverse(links.begin(), links.end());
+    return links;
+}
+
+inline ExpressionList const * nextLink(ExpressionList const & link) { return link.next().get(); }
 
 /// The driver of lowering: one object makes one plan, on one thread.
 ///
@@ -51,6 +66,7 @@ private:
     bool affords(std::size_t parts);
     /// The value that an operand has whatever the route: see `Lowering::constantOf`.
     std::optional<SignedMagnitude> constantOf(Int const & operand) const;
+    std::optional<SignedMagnitude> constantArgument(std::size_t index) const;
     std::optional<std::vector<SignedMagnitude>> argumentsOf(FunctionCallExpression const & node);
     std::optional<ConstantTest> constantTestOf(Expression const & node) override;
 
@@ -71,14 +87,28 @@ private:
     PlanStep const * leave(Expression const & node, Expression const & operand,
                            TerminationFlag how);
     PlanStep const * call(FunctionCallExpression const & node, PlanTargets const & targets);
+    PlanStep const * inlined(FunctionCallExpression const & node, PlanTargets const & targets);
     PlanStep const * calleeBody(FunctionCallExpression const & node, PlanTargets const & targets);
 
     /// What goes on to one of the targets, by its value.
     PlanStep const * condition(Expression const & node, PlanTargets const & targets) override;
     /// The operands in their order, each of which goes where the whole goes once it decides.
     PlanStep const * chain(LogicalOperatorExpression const & node, PlanTargets const & targets);
-    PlanStep const * test(Expression const & node, ConstantTest const & test,
+    /// Operands of a chain that one step answers, in the order of the text; mostly one.
+    struct Operands {
+        std::vector<Expression const *> nodes;
+        std::optional<ConstantTest> test; ///< of prefixes, which may join others
+    };
+    std::vector<Operands> operandsFromLast(LogicalOperatorExpression const & node, bool isOr);
+    /// Takes one more in front; false where it does not belong to them.
+    bool joins(Operands & operands, Operands const & one);
+    PlanStep const * test(PlanSteps::Nodes nodes, ConstantTest const & test,
                           PlanTargets const & targets);
+    template <typename Candidate>
+    PlanStep const * listTest(Expression const & node, Candidate candidate, PrefixList const & list,
+                              TriStateBoolValue withoutList, PlanTargets const & targets);
+    /// Where a body goes that answers by a node.
+    PlanTargets answerTargets() const;
 
     // A node that is evaluated as it stands. In a callee that is inlined such a node has the
     // caller's frame, so that one that reads arguments undoes the inlining.

@@ -56,6 +56,9 @@ public:
     /// few.
     virtual StepText describe() const = 0;
 
+    /// Whether it evaluates its node as it stands: it knows nothing of what the node does.
+    virtual bool evaluatesNode() const { return false; }
+
     /// Kept as a member, since the loop of a run asks it after every step: no virtual call.
     bool isEnd() const { return isEnd_; }
     /// The result of a run that ends here, and what its function yields of it.
@@ -105,8 +108,9 @@ struct PlanTargets {
 };
 
 /// An integer operand, read where it stands: from the context's changes if the function wrote it,
-/// by the agent's accessor otherwise, by its node if it is no attribute. Where the value is outside
-/// the attribute's range the node is asked, too, since it is that which asserts.
+/// by the agent's accessor otherwise, by its node if it is no attribute and not computed from one.
+/// Where the value is outside the attribute's range the node is asked, too, since it is that which
+/// asserts.
 ///
 /// Agents see the same calls of accessors as from the node: none for an attribute that was written.
 class PlanInt {
@@ -118,7 +122,8 @@ public:
     /// Always part of the step: compilers decide by how much else a source holds.
     [[gnu::always_inline]] U64 read(PlanRun run) const {
         if (source_.input == nullptr) {
-            return node_->getVal(run.contextPtr);
+            return source_.derived != nullptr ? source_.derived(run.contextPtr)
+                                              : node_->getVal(run.contextPtr);
         }
         // What the function wrote comes before the route's own value.
         bool const modified = (run.context().modifiedFlags() & source_.modifiedFlag) != 0;
@@ -155,6 +160,21 @@ public:
 private:
     SetStorage<Set> const * node_;
     SetSource<Set> source_;
+};
+
+/// A prefix attribute operand: the route's own prefix, which cannot be written, so that the
+/// accessor is all there is to ask. A prefix that has no accessor stays with its node.
+class PlanPrefix {
+public:
+    /// The node must have a source.
+    explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
+    /// The agent's accessor, once a question.
+    IpGenPrefix read(PlanRun run) const { return (run.context().*source_)(); }
+    String text() const { return node_->toStrep(); }
+
+private:
+    IpPrefix const * node_;
+    PrefixSource source_;
 };
 
 } // namespace Qcf::Eval

@@ -48,6 +48,7 @@ public:
         return targets_.at(result.retVal());
     }
     StepText describe() const override { return {"node as condition", "", targets_.texts()}; }
+    bool evaluatesNode() const override { return true; }
 
 private:
     Expression const & node_;
@@ -136,22 +137,6 @@ private:
     Set const * rhs_;
 };
 
-/// A prefix attribute as what is looked up in a prefix list: the route's own prefix, which cannot
-/// be written, so that the accessor is all there is to ask. A prefix that has no accessor stays
-/// with its node.
-class PlanPrefix {
-public:
-    /// The node must have a source.
-    explicit PlanPrefix(IpPrefix const & node) : node_(&node), source_(node.source()) {}
-    /// The agent's accessor, once a question.
-    IpGenPrefix read(PlanRun run) const { return (run.context().*source_)(); }
-    String text() const { return node_->toStrep(); }
-
-private:
-    IpPrefix const * node_;
-    PrefixSource source_;
-};
-
 /// An address as what is looked up in a prefix list. It asks the node, which knows whether the
 /// address was written.
 class PlanHost {
@@ -183,21 +168,38 @@ private:
     U16 slot_;
 };
 
-/// A prefix or an address looked up in a prefix list. Without a list the answer is false. The list
-/// itself may leave it open: then the answer is unknown, and goes where unknown goes.
-template <typename Candidate>
+/// A list that depends on the session or on a call's argument: its node is asked.
+class PlanListOfNode {
+public:
+    explicit PlanListOfNode(PrefixList const & node) : node_(&node) {}
+    Routing::Policy::PrefixListMatcher const * matcher(PlanRun run, AddressFamily family) const {
+        return node_->getValWithArgs(run.contextPtr, family);
+    }
+    String text() const { return node_->toStrep(); }
+
+private:
+    PrefixList const * node_;
+};
+
+/// A prefix or an address looked up in a prefix list. What is answered without a list is the
+/// operator's. The list itself may leave it open: then the answer is unknown, and goes where
+/// unknown goes.
+template <typename Candidate, typename List>
 class PrefixListTest final : public PlanStep {
 public:
-    PrefixListTest(Candidate candidate, PrefixListImmediate const & list,
+    PrefixListTest(Candidate candidate, List list, TriStateBoolValue withoutList,
                    PlanTargets const & targets)
-        : candidate_(candidate), list_(list), targets_(targets) {}
+        : candidate_(candidate),
+          list_(list),
+          targets_(targets),
+          withoutList_(targets.at(withoutList)) {}
     PlanStep const * run(PlanRun run) const override {
         // The candidate before the list, as the node reads them.
         Routing::Policy::MatchInput_ const input{candidate_.read(run)};
         auto const * const matcher = list_.matcher(run, input.prefix.af());
         // No list of that name, or none of the candidate's family.
         if (matcher == nullptr) {
-            return targets_.onFalse;
+            return withoutList_;
         }
         auto const answer = tristateToEvalResult(matcher->matchWithTristate(input, nullptr));
         return targets_.at(answer.retVal());
@@ -208,8 +210,9 @@ public:
 
 private:
     Candidate candidate_;
-    PlanPrefixList list_;
+    List list_;
     PlanTargets targets_;
+    PlanStep const * withoutList_;
 };
 
 } // namespace Qcf::Eval

@@ -66,6 +66,11 @@ def planSource(s, modifiable):
         yield f"{kind} source() const", f"return {{{stored}&{fetch(s, suffix)}{bounds}}};"
 
 
+def derivedSource(s, isInput, d):
+    """The same of a derived value, by a function without an object."""
+    yield "IntSource source() const", f"return {{.derived = []({CONST_CONTEXT}) {{ return {read(s, isInput, d)}; }}}};"
+
+
 def modifiers(s):
     """What a modifiable attribute overrides beyond every value node."""
     stored = f"evalContext(context).modify(ModifiableAttribute::{s.stem}).{s.stem}"
@@ -87,7 +92,8 @@ def attributeNode(s, isInput=False, d=None):
     language = ("input." if isInput else "") + s.language + (f".{d.suffix}" if d else "")
     sentence = row.doc.rstrip(".") + ", as the route came." if isInput else row.doc
     base = ("Int" if d else s.kind.base) + ("Modifiable" if modifiable else "")
-    overridden = ([] if d else list(planSource(s, modifiable))) + (list(modifiers(s)) if modifiable else [])
+    sources = derivedSource(s, isInput, d) if d else planSource(s, modifiable)
+    overridden = list(sources) + (list(modifiers(s)) if modifiable else [])
     return Node(row.cls + ("Input" if isInput else ""), base, [], f'"{language}": {sentence}', "attributes", text=f'"{language}"', namespace="Qcf::Eval::Attribute",
                 getter=f"return {read(s, isInput, d)};", overridden=tuple(overridden), attribute=Attribute(s, language, modifiable))
 

@@ -26,7 +26,7 @@ def comparisons(type_, names):
     """The rows of one value type's comparisons."""
     texts = {"Is": "equal to", "LessThan": "below", "LessThanEq": "at most", "GreaterThan": "above", "GreaterThanEq": "at least"}
     for name in names:
-        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}{'#constantPlace' if type_ == 'Int' else ''}", dump=name, compares=lowerFirst(name), lowered=type_ == "Int", words=COMPARISON_WORDS[name], doc=f"True when `lhs` is {texts[name]} `rhs`.")
+        yield operator(f"{type_}{name}", fields=f"lhs:{type_} rhs:{type_}{'#constantPlace' if type_ == 'Int' else ''}", dump=name, compares=lowerFirst(name), lowered=True, words=COMPARISON_WORDS[name], doc=f"True when `lhs` is {texts[name]} `rhs`.")
 
 
 def setTests(type_):
@@ -40,7 +40,7 @@ def setTests(type_):
     }
     for name, doc in texts.items():
         rhs = "" if name == "IsEmpty" else f" rhs:{type_}"
-        yield operator(f"{type_}{name}", fields=f"lhs:{type_}{rhs}", dump=name, lowered=name == "HasAnyImmediate", words=SET_TEST_WORDS[name], doc=doc)
+        yield operator(f"{type_}{name}", fields=f"lhs:{type_}{rhs}", dump=name, lowered=True, words=SET_TEST_WORDS[name], doc=doc)
 
 
 LIST_TEXTS = {
@@ -62,13 +62,13 @@ SET_TEXTS = {
 def listOperator(type_, verb, kind):
     lhs = type_ if verb.startswith("Match") else f"{type_}Modifiable"
     name = f"{verb}{kind}"
-    return operator(f"{type_}{name}", fields=f"lhs:{lhs} {LIST}", dump=name, list=lowerFirst(kind), assigns=verb == "Assign", sanity=f"verify{kind}Sanity", words=VERB_WORDS[verb], doc=LIST_TEXTS[verb])
+    return operator(f"{type_}{name}", fields=f"lhs:{lhs} {LIST}", dump=name, list=lowerFirst(kind), assigns=verb == "Assign", sanity=f"verify{kind}Sanity", lowered=True, words=VERB_WORDS[verb], doc=LIST_TEXTS[verb])
 
 
 def setModifier(type_, verb):
     # What is added to extended communities keeps one link bandwidth, unless it is written plain.
     plain = " plain" if type_ == "CommunitySet" and verb == "Add" else ""
-    return operator(f"{type_}{verb}Immediate", fields=f"lhs:{type_}Modifiable rhs:{type_}", dump=f"{verb}Immediate", assigns=verb == "Assign", lowered=verb in ("Add", "Remove"), words=VERB_WORDS[verb] + plain, doc=SET_TEXTS[verb])
+    return operator(f"{type_}{verb}Immediate", fields=f"lhs:{type_}Modifiable rhs:{type_}", dump=f"{verb}Immediate", assigns=verb == "Assign", lowered=True, words=VERB_WORDS[verb] + plain, doc=SET_TEXTS[verb])
 
 
 def builtIn(cls, doc, **more):
@@ -112,7 +112,7 @@ NODES = [
         "/// The 32 bits of an IEEE single-precision float, unchanged.", "static U32 floatToBin(F32 value);"), words="bandwidth_bits"),
     community("ExtCommSetToLinkBandwidthExtCommValue", "CommunityValue", "extCommSet:CommunitySet", "The link-bandwidth community of a set; all zero when it has none.", text='"LBW from " + extCommSet_->toStrep()', words="link_bandwidth"),
     operator("ExtCommunitySetAddImmediate", fields="lhs:CommunitySetModifiable rhs:CommunitySet", dump="AddImmediate", lowered=True, doc="Adds extended communities, keeping at most one link bandwidth; true.", words="add"),
-    operator("IntInImmediateSetWithRanges", fields="lhs:Int singletons:IntSetImmediate? lowerBounds:IntListImmediate?#lowerBounds upperBounds:IntListImmediate?#upperBounds", doc="True when `lhs` is a singleton or lies in a closed range.", words="in"),
+    operator("IntInImmediateSetWithRanges", fields="lhs:Int singletons:IntSetImmediate? lowerBounds:IntListImmediate?#lowerBounds upperBounds:IntListImmediate?#upperBounds", lowered=True, doc="True when `lhs` is a singleton or lies in a closed range.", words="in"),
     ATTRIBUTES,
     *comparisons("Bandwidth", INT_ORDER),
     value("BandwidthImmediate", "Bandwidth", "value:F32", "A constant bandwidth, bits per second.", text="textOf(value_)"),
@@ -120,37 +120,37 @@ NODES = [
     *comparisons("Int", INT_ORDER[:2]),
     operator("IntInImmediateSet", fields="lhs:Int rhs:IntSet", dump="InImmediateSet", lowered=True, doc="True when `lhs` is in the set.", words="in"),
     *comparisons("Int", INT_ORDER[2:]),
-    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String#listName index:U16#listSlot", dump="MatchTagSet", list="tagSet", sanity="verifyTagSetSanity", doc="True when the low 32 bits of `lhs` are in the tag set.", words="matches"),
+    operator("IntMatchTagSet", fields="lhs:Int tagSetName:String#listName index:U16#listSlot", dump="MatchTagSet", list="tagSet", sanity="verifyTagSetSanity", lowered=True, doc="True when the low 32 bits of `lhs` are in the tag set.", words="matches"),
     operator("IntAssign", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="Assign", assigns=True, lowered=True, doc="Writes `rhs`, forced into the range of `lhs`; true.", words="="),
     operator("IntMinusEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="MinusEq", lowered=True, doc="Subtracts `rhs` within the range of `lhs`; true.", words="-="),
     operator("IntMultEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="MultEq", lowered=True, doc="Multiplies by `rhs` within the range of `lhs`; true.", words="*="),
     operator("IntPlusEq", fields="lhs:IntModifiable rhs:Int#constantPlace", dump="PlusEq", lowered=True, doc="Adds `rhs` within the range of `lhs`; true.", words="+="),
-    value("IntImmediate", "Int", "value:U64 negative:bool", "A constant integer: magnitude and sign.", text="textOf(value_)", constant=True),
+    value("IntImmediate", "Int", "value:U64 negative:bool#orZero", "A constant integer: magnitude and sign.", text="textOf(value_)", constant=True),
     value("IntVariable", "Int", "name:String argVectorIndex:U8#argumentIndex", "An integer argument of the running function.", text=VARIABLE, frame=True),
-    operator("CommunityValueIn", fields="lhs:CommunityValue rhs:CommunitySet", dump="In", doc="True when the set holds the community.", words="in"),
-    operator("CommunityValueIs", fields="lhs:CommunityValue rhs:CommunityValue", dump="Is", doc="True when the two communities are equal.", words="is"),
-    operator("ResolutionRibsAssign", fields="lhs:ResolutionRibsModifiable rhs:ResolutionRibs", dump="Assign", assigns=True, doc="Replaces the resolution RIBs; true.", words="="),
+    operator("CommunityValueIn", fields="lhs:CommunityValue rhs:CommunitySet", dump="In", lowered=True, doc="True when the set holds the community.", words="in"),
+    operator("CommunityValueIs", fields="lhs:CommunityValue rhs:CommunityValue", dump="Is", lowered=True, doc="True when the two communities are equal.", words="is"),
+    operator("ResolutionRibsAssign", fields="lhs:ResolutionRibsModifiable rhs:ResolutionRibs", dump="Assign", assigns=True, lowered=True, doc="Replaces the resolution RIBs; true.", words="="),
     value("ResolutionRibsImmediate", "ResolutionRibs", "value:Routing::Rib::ResolutionRibProfileConfig", "A constant resolution-RIB profile.", text="textOf(value_)", words="ribs"),
     value("CommunityValueImmediate", "CommunityValue", "value:Acl::CommunityValue", "A constant community.", text="textOf(value_)", constant=True),
-    operator("TriStateBoolIs", fields="lhs:TriStateBool rhs:TriStateBool", dump="Is", doc="True when the two values are equal, unknown included.", words="is"),
+    operator("TriStateBoolIs", fields="lhs:TriStateBool rhs:TriStateBool", dump="Is", lowered=True, doc="True when the two values are equal, unknown included.", words="is"),
     value("TriStateBoolVariable", "TriStateBool", "name:String argVectorIndex:U8#argumentIndex", "A tri-state argument of the running function.", text=VARIABLE, frame=True),
     value("TriStateBoolImmediate", "TriStateBool", "value:TriStateBoolValue", "A constant tri-state value.", text="textOf(value_)"),
-    operator("MacAddressIs", fields="lhs:MacAddress rhs:MacAddress", dump="Is", doc="True when the six bytes are equal.", words="is"),
+    operator("MacAddressIs", fields="lhs:MacAddress rhs:MacAddress", dump="Is", lowered=True, doc="True when the six bytes are equal.", words="is"),
     value("MacAddressImmediate", "MacAddress", "value:EthAddr", "A constant MAC address.", text="textOf(value_)"),
-    operator("IpAddressIs", fields="lhs:IpAddress rhs:IpAddress", dump="Is", doc="True when family and address are equal.", words="is"),
-    operator("IpAddressIsAddrZero", fields="lhs:IpAddress", dump="IsAddrZero", doc="True when the address is 0.0.0.0, :: or unset.", words="is zero"),
+    operator("IpAddressIs", fields="lhs:IpAddress rhs:IpAddress", dump="Is", lowered=True, doc="True when family and address are equal.", words="is"),
+    operator("IpAddressIsAddrZero", fields="lhs:IpAddress", dump="IsAddrZero", lowered=True, doc="True when the address is 0.0.0.0, :: or unset.", words="is zero"),
     operator("IpAddressMatchPrefixList", fields="lhs:IpAddress rhs:PrefixList", dump="MatchPrefixList", lowered=True, hand=("verifySanity",), doc="Matches the address, as a host prefix, against a prefix list.", words="matches"),
-    operator("IpAddressAssign", fields="lhs:IpAddressModifiable rhs:IpAddress", dump="Assign", assigns=True, doc="Replaces the address; true.", words="="),
+    operator("IpAddressAssign", fields="lhs:IpAddressModifiable rhs:IpAddress", dump="Assign", assigns=True, lowered=True, doc="Replaces the address; true.", words="="),
     value("IpAddressImmediate", "IpAddress", "value:IpGenAddr", "A constant address.", text="textOf(value_)"),
-    operator("IpPrefixCoveredBy", fields="lhs:IpPrefix rhs:IpPrefix", dump="CoveredBy", doc="True when `lhs` lies inside `rhs`.", words="covered by"),
-    operator("IpPrefixIs", fields="lhs:IpPrefix rhs:IpPrefix", dump="Is", doc="True when the two prefixes are equal.", words="is"),
-    operator("IpPrefixMatchCoveredPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchCoveredPrefixList", hand=("verifySanity",), doc="Matches the prefix against a prefix list; unknown without a list.", words="matches covered"),
+    operator("IpPrefixCoveredBy", fields="lhs:IpPrefix rhs:IpPrefix", dump="CoveredBy", lowered=True, doc="True when `lhs` lies inside `rhs`.", words="covered by"),
+    operator("IpPrefixIs", fields="lhs:IpPrefix rhs:IpPrefix", dump="Is", lowered=True, doc="True when the two prefixes are equal.", words="is"),
+    operator("IpPrefixMatchCoveredPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchCoveredPrefixList", hand=("verifySanity",), lowered=True, doc="Matches the prefix against a prefix list; unknown without a list.", words="matches covered"),
     operator("IpPrefixMatchPrefixList", fields="lhs:IpPrefix rhs:PrefixList", dump="MatchPrefixList", lowered=True, hand=("verifySanity",), doc="Matches the prefix against a prefix list; false without a list.", words="matches"),
     value("IpPrefixImmediate", "IpPrefix", "value:IpGenPrefix", "A constant prefix.", text="textOf(value_)"),
-    operator("AsPathMatchAsPathAccessList", fields=f"lhs:AsPath {LIST}", dump="MatchAsPathAccessList", list="asPathAccessList", sanity="verifyAsPathAccessListSanity", doc="Matches the path against an AS-path access list.", words="matches"),
-    operator("AsPathAssign", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Assign", assigns=True, doc="Replaces the path by one sequence; true.", words="="),
-    operator("AsPathPrepend", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Prepend", doc="Puts AS numbers in front of the path; true.", words="prepend"),
-    operator("InterfaceIs", fields="lhs:Interface rhs:Interface", dump="Is", doc="True when the two interfaces are the same.", words="is"),
+    operator("AsPathMatchAsPathAccessList", fields=f"lhs:AsPath {LIST}", dump="MatchAsPathAccessList", list="asPathAccessList", sanity="verifyAsPathAccessListSanity", lowered=True, doc="Matches the path against an AS-path access list.", words="matches"),
+    operator("AsPathAssign", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Assign", assigns=True, lowered=True, doc="Replaces the path by one sequence; true.", words="="),
+    operator("AsPathPrepend", fields="lhs:AsPathModifiable rhs:IntListImmediate", dump="Prepend", lowered=True, doc="Puts AS numbers in front of the path; true.", words="prepend"),
+    operator("InterfaceIs", fields="lhs:Interface rhs:Interface", dump="Is", lowered=True, doc="True when the two interfaces are the same.", words="is"),
     value("InterfaceImmediate", "Interface", "value:IntfId", "A constant interface.", text="textOf(value_)", words="interface"),
     *setTests("IntSet"),
     listOperator("IntSet", "Match", "CommList"),
@@ -165,11 +165,11 @@ NODES = [
     value("PrefixListImmediate", "PrefixList", "name:String#listName indexInAet:U16#listSlot isV4:bool#isV4", "A prefix list of one family.", list="v4PrefixList", text='"v4 " + name_', hand=("verifySanity",)),
     value("PrefixListVariable", "PrefixList", "name:String argVectorIndex:U8#argumentIndex", "A prefix-list argument of the running function.", text=VARIABLE, frame=True),
     value("DynamicPrefixListImmediate", "PrefixList", "name:String#listName indexInAet:U16#listSlot", "A prefix list in use only for some VRFs.", list="dynamicPrefixList", text='"dynamic_prefix_list " + name_', hand=("verifySanity",), words="dynamic_prefix_list"),
-    operator("EsiIs", fields="lhs:Esi rhs:Esi", dump="Is", doc="True when both are unset, or set and equal.", words="is"),
-    builtIn("SetNextHopSelfImplExpr", "Body of next-hop-self: unsets the next hop for an outbound session.", effect="writes", writes=("next_hop",), words="set_next_hop_self"),
-    builtIn("MatchOriginAsValidityImplExpr", "Body of the origin-validation test; integer arguments: ROA table, state.", effect="control", frame=True, reads=("prefix", "as_path"), integers=2, words="match_origin_as_validity"),
+    operator("EsiIs", fields="lhs:Esi rhs:Esi", dump="Is", lowered=True, doc="True when both are unset, or set and equal.", words="is"),
+    builtIn("SetNextHopSelfImplExpr", "Body of next-hop-self: unsets the next hop for an outbound session.", effect="writes", writes=("next_hop",), lowered=True, words="set_next_hop_self"),
+    builtIn("MatchOriginAsValidityImplExpr", "Body of the origin-validation test; integer arguments: ROA table, state.", effect="control", frame=True, reads=("prefix", "as_path"), integers=2, lowered=True, words="match_origin_as_validity"),
     builtIn("EvpnIpPrefixRouteSetOverlayIndexImplExpr", "Body of the overlay-index setter.", effect="writes", words="evpn_set_overlay_index"),
-    builtIn("AsPathReplaceImplExpr", "Body of AS-path replace; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), integers=1, nodeArguments=True, words="as_path_replace"),
-    builtIn("AsPathRemoveImplExpr", "Body of AS-path remove; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), nodeArguments=True, words="as_path_remove"),
+    builtIn("AsPathReplaceImplExpr", "Body of AS-path replace; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), integers=1, nodeArguments=True, lowered=True, words="as_path_replace"),
+    builtIn("AsPathRemoveImplExpr", "Body of AS-path remove; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), nodeArguments=True, lowered=True, words="as_path_remove"),
     value("EsiImmediate", "Esi", "value:optional<Evpn::Esid>", "A constant Ethernet segment; may be unset.", text="textOf(value_)"),
 ]
