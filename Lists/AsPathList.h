@@ -15,7 +15,8 @@ namespace Qcf::Lists {
 ///
 /// Patterns see a path as text, `65001 65002 {65003,65004}`: whoever asks makes that text once a
 /// route (`Routing::Bgp::appendAsPathPatternText`) and asks all lists with it. A question costs
-/// time linear in the text for each entry that it comes to.
+/// time linear in the text for each group of entries that it comes to: neighbours that say the same
+/// are searched for at a time.
 ///
 /// Immutable once made: any number of threads may ask. The engine holds it as the status of a slot,
 /// which comes back to the agent's context with each question.
@@ -33,15 +34,15 @@ public:
     };
 
     /// Takes the entries in the order in which they are tried; there may be none.
-    explicit AsPathList(std::vector<Entry> entries) : entries_(std::move(entries)) {}
+    explicit AsPathList(std::vector<Entry> entries);
 
     /// Whether the list permits a route with this path. `pathText` is the path as patterns see it,
     /// `origin` the BGP origin (0 IGP, 1 EGP, 2 incomplete) of the route as it came.
     bool permits(std::string_view pathText, U64 origin) const {
-        for (Entry const & entry : entries_) {
-            bool const comparable = !entry.origin || *entry.origin == origin;
-            if (comparable && entry.pattern.foundIn(pathText)) {
-                return entry.action == ListAction::permit;
+        for (Group const & group : groups_) {
+            bool const comparable = !group.origin || *group.origin == origin;
+            if (comparable && group.patterns.anyFoundIn(pathText)) {
+                return group.action == ListAction::permit;
             }
         }
         return false;
@@ -54,8 +55,17 @@ public:
     bool empty() const { return entries_.empty(); }
 
 private:
-    /// In the order in which they are tried.
+    /// Entries side by side of one action and one origin: whichever matches, the answer is the
+    /// same.
+    struct Group {
+        ListAction action;
+        std::optional<U64> origin;
+        PatternSet patterns;
+    };
+
+    /// In the order in which they are tried; kept for who asks which of them decides.
     std::vector<Entry> entries_;
+    std::vector<Group> groups_;
 };
 
 } // namespace Qcf::Lists

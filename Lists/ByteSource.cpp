@@ -18,9 +18,10 @@ constexpr std::size_t chunkSize = std::size_t{256} << 10;
 
 } // namespace
 
-ByteSource::ByteSource(std::unique_ptr<ByteStream> stream) : stream_(std::move(stream)) {
+ByteSource::ByteSource(std::unique_ptr<ByteStream> stream, U32 threads)
+    : stream_(std::move(stream)) {
     // As many bytes as the longest mark of a format has; a shorter stream is no such format.
-    constexpr std::size_t longestMagic = 4;
+    constexpr std::size_t longestMagic = 6;
     ensure(longestMagic);
     auto const make = decompressorFor(data(), available());
     if (!make) {
@@ -28,7 +29,7 @@ ByteSource::ByteSource(std::unique_ptr<ByteStream> stream) : stream_(std::move(s
     }
     // What was looked at goes to the decompressor; the window starts anew with what it yields.
     String head(reinterpret_cast<char const *>(data()), available());
-    stream_ = make(std::move(stream_), std::move(head));
+    stream_ = make(std::move(stream_), std::move(head), threads);
     begin_ = end_ = 0;
     // The stream below may have ended while its head was read; the decompressor has all of it yet
     // to give.

@@ -14,11 +14,12 @@ namespace Qcf::Lists {
 ///     }
 ///
 /// A stream that is compressed is decompressed on the way; offsets count decompressed bytes. Used
-/// by one thread at a time.
+/// by one thread at a time, whatever threads decompress.
 class ByteSource {
 public:
-    /// Looks at the first bytes and puts a decompressor before a gzip or bzip2 stream.
-    explicit ByteSource(std::unique_ptr<ByteStream> stream);
+    /// Looks at the first bytes and puts a decompressor before a gzip, bzip2 or xz stream. With
+    /// more than one thread it decompresses in threads of its own; what is read is the same.
+    explicit ByteSource(std::unique_ptr<ByteStream> stream, U32 threads = 1);
 
     /// Makes the next `size` bytes stand at `data()`; false when the stream ends before, and then
     /// what is left stands there. Moves what `data()` pointed to.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace Qcf::Lists {
@@ -22,6 +23,12 @@ public:
         if (owned_) {
             ::close(fd_);
         }
+    }
+
+    // An end and an error are at hand as well. Files are always ready.
+    bool isReady() override {
+        pollfd asked{fd_, POLLIN, 0};
+        return ::poll(&asked, 1, 0) > 0;
     }
 
     std::size_t read(U8 * to, std::size_t size) override {

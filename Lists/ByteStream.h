@@ -28,6 +28,10 @@ public:
     /// answer fewer than asked for although more follow, as a pipe does.
     virtual std::size_t read(U8 * to, std::size_t size) = 0;
 
+    /// Whether `read` answers without waiting for others, as a pipe waits for its writer. Who has
+    /// something else to do asks first.
+    virtual bool isReady() { return true; }
+
     /// Why the stream ended before its time ("gzip data are cut"), empty where it is whole.
     String const & fault() const { return fault_; }
     /// What else is to be told of a stream that is whole: that something follows the end of

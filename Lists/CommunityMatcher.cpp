@@ -69,7 +69,24 @@ CommunityMatcher<Set>::CommunityMatcher(std::vector<Entry> entries, AppendText a
         }
     }
     fileLiterals();
+    groupPatterns();
     unitePermitted();
+}
+
+// No other entry stands within a group, so that what another one decides comes before all of it or
+// behind all of it.
+template <typename Set>
+void CommunityMatcher<Set>::groupPatterns() {
+    for (std::size_t at = 0; at < patterns_.size();) {
+        Number const first = patterns_[at].first;
+        std::vector<Pattern> patterns;
+        for (; at < patterns_.size() && patterns_[at].first == first + patterns.size() &&
+               actions_[patterns_[at].first] == actions_[first];
+             ++at) {
+            patterns.push_back(patterns_[at].second);
+        }
+        groups_.push_back({first, PatternSet(patterns)});
+    }
 }
 
 // Long lists have a community of its own in most entries and some that many entries share. An
@@ -160,23 +177,23 @@ auto CommunityMatcher<Set>::firstFiled(Set const & set, Matches const & matches)
     return best;
 }
 
-/// The first pattern entry before `before` whose pattern is found in the text; else `before`.
+/// As declared; `before` where none is found.
 template <typename Set>
 template <typename AppendAll>
 auto CommunityMatcher<Set>::firstPattern(Number before, String & text,
                                          AppendAll const & appendAll) const -> Number {
     // Most lists need no text; making it is what costs most.
-    if (patterns_.empty() || patterns_.front().first >= before) {
+    if (groups_.empty() || groups_.front().first >= before) {
         return before;
     }
     text.clear();
     appendAll();
-    for (auto const & [entry, pattern] : patterns_) {
-        if (entry >= before) {
+    for (PatternGroup const & group : groups_) {
+        if (group.first >= before) {
             return before;
         }
-        if (pattern.foundIn(text)) {
-            return entry;
+        if (group.patterns.anyFoundIn(text)) {
+            return group.first;
         }
     }
     return before;

@@ -106,8 +106,16 @@ private:
     /// As an explanation; entryCount() where no entry decides.
     ListExplanation explainedBy(Set const * set, Number entry) const;
 
+    /// Pattern entries whose numbers follow each other, of one action: whichever matches, the
+    /// answer is the same.
+    struct PatternGroup {
+        Number first;
+        PatternSet patterns;
+    };
+
     /// Chooses the anchor of each literal entry and files it there.
     void fileLiterals();
+    void groupPatterns();
     /// Gathers what `permitted` answers.
     void unitePermitted();
     /// The first entry of just this community; entryCount() for none.
@@ -116,7 +124,8 @@ private:
     /// of the set.
     template <typename Matches>
     Number firstFiled(Set const & set, Matches const & matches) const;
-    /// The first entry before `before` whose pattern is found in the text that `appendAll` writes.
+    /// The first entry of the first group before `before` of which a pattern is found in the text
+    /// that `appendAll` writes; `before` is the number of no pattern.
     template <typename AppendAll>
     Number firstPattern(Number before, String & text, AppendAll const & appendAll) const;
 
@@ -126,8 +135,9 @@ private:
     std::vector<ListAction> actions_;
     std::vector<Literal> literals_;  ///< of every entry; count 0 for patterns
     std::vector<Value> communities_; ///< ascending within an entry
-    /// Entries with a pattern, ascending.
+    /// Entries with a pattern, ascending; kept for who asks which of them decides.
     std::vector<std::pair<Number, Pattern>> patterns_;
+    std::vector<PatternGroup> groups_;
     Number always_ = 0;           ///< the first entry that matches every route
     std::vector<Anchor> anchors_; ///< ascending, with one more at the end for its firstFiled
     std::vector<Number> filed_;

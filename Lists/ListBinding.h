@@ -29,6 +29,9 @@ struct ListUse {
     String place; ///< put before messages: "policy.json:/functions/0/body/stmts/1/rhs"
 };
 
+/// The kind of lists that the slots select; nothing for tunnel RIBs, of which there are none.
+std::optional<ListKind> listKindOf(SlotKind slots);
+
 /// Something about a program and its lists that is hardly meant. It never stops an evaluation by
 /// itself: what follows from it is for the caller to decide.
 struct Finding {

@@ -227,6 +227,11 @@ std::vector<Finding> checkLists(FunctionMetadata const & metadata,
 }
 
 // Slots do not matter to an evaluation that is about to bind them, only names do.
+std::optional<ListKind> listKindOf(SlotKind slots) {
+    auto const * const row = findUseKind(slots);
+    return row == nullptr ? std::nullopt : std::optional(row->kind);
+}
+
 std::vector<Finding> unboundUses(std::vector<ListUse> const & uses, NamedLists const * lists) {
     PtrConst<NamedLists> const none = makePtr<NamedLists>();
     FunctionMetadata const noSlots;

@@ -1,45 +1,19 @@
 #include "Lists/ListsWriter.h"
 
+#include "Lists/EntryWriter.h"
 #include "Lists/ListWords.h"
 #include "Platform/Framework/Assert.h"
-#include "Platform/Routing/CommunityText.h"
 
-/// What is left out is what readers take for it anyway.
+/// Documents put entries (EntryWriter.h) into lists, and lists into sections.
 namespace Qcf::Lists {
 
 namespace {
 
-void writePrefix(RendererV2 & renderer, IpGenPrefix const & prefix) {
-    renderer.key(word::prefix);
-    renderer.value(prefix.toString());
-}
-
-void writeAction(RendererV2 & renderer, ListAction action) {
-    renderer.key(word::action);
-    renderer.value(actionName(action));
-}
-
-void writeLength(RendererV2 & renderer, char const * key, std::optional<U8> length) {
-    if (length) {
-        renderer.key(key);
-        renderer.value(U64{*length});
-    }
-}
-
-void writeEntries(RendererV2 & renderer, char const * key,
-                  std::vector<PrefixListEntry> const & entries) {
-    renderer.key(key);
+template <typename Entries>
+void writeEntries(Entries const & entries, RendererV2 & renderer) {
     renderer.beginArray();
-    for (PrefixListEntry const & entry : entries) {
-        auto const lengths = writtenLengths(entry);
-        renderer.beginObject();
-        renderer.key(word::seq);
-        renderer.value(entry.seq);
-        writeAction(renderer, entry.action);
-        writePrefix(renderer, entry.prefix);
-        writeLength(renderer, word::ge, lengths.ge);
-        writeLength(renderer, word::le, lengths.le);
-        renderer.endObject();
+    for (auto const & entry : entries) {
+        writeEntry(entry, renderer);
     }
     renderer.endArray();
 }
@@ -50,103 +24,25 @@ struct Write {
 
     void operator()(PrefixListRecord const & list) const {
         renderer.beginObject();
-        renderer.key(word::family);
-        renderer.value(list.family == AddressFamily::ipv4 ? word::v4 : word::v6);
-        if (list.covered) {
-            renderer.key(word::covered);
-            renderer.value(true);
-        }
-        writeEntries(renderer, word::entries, list.entries);
+        writeFamily(list, renderer);
+        renderer.key(word::entries);
+        writeEntries(list.entries, renderer);
         renderer.endObject();
     }
 
     void operator()(DynamicPrefixListRecord const & list) const {
         renderer.beginObject();
-        writeEntries(renderer, word::v4, list.v4);
-        writeEntries(renderer, word::v6, list.v6);
-        renderer.key(word::vrfs);
-        renderer.beginObject();
-        for (auto const & [vrf, active] : list.vrfs) {
-            renderer.key(std::to_string(vrf));
-            renderer.value(active);
-        }
-        renderer.endObject();
+        renderer.key(word::v4);
+        writeEntries(list.v4, renderer);
+        renderer.key(word::v6);
+        writeEntries(list.v6, renderer);
+        writeVrfs(list, renderer);
         renderer.endObject();
     }
 
-    template <typename List>
-    void operator()(CommunityListRecord<List> const & list) const {
-        renderer.beginArray();
-        for (auto const & entry : list.entries) {
-            renderer.beginObject();
-            writeAction(renderer, entry.action);
-            if (entry.pattern) {
-                writePattern(*entry.pattern);
-            } else {
-                writeCommunities(entry.communities, List::appendText());
-            }
-            renderer.endObject();
-        }
-        renderer.endArray();
-    }
-
-    void operator()(AsPathListRecord const & list) const {
-        renderer.beginArray();
-        for (auto const & entry : list.entries) {
-            renderer.beginObject();
-            writeAction(renderer, entry.action);
-            writePattern(entry.pattern);
-            if (entry.origin) {
-                renderer.key(word::origin);
-                renderer.value(originName(*entry.origin));
-            }
-            renderer.endObject();
-        }
-        renderer.endArray();
-    }
-
-    void operator()(TagSetRecord const & list) const {
-        renderer.beginArray();
-        for (U32 const tag : list.tags) {
-            renderer.value(tag);
-        }
-        renderer.endArray();
-    }
-
-    void operator()(RoaTableRecord const & list) const {
-        renderer.beginArray();
-        for (Roa const & roa : list.roas) {
-            renderer.beginObject();
-            writePrefix(renderer, roa.prefix);
-            if (roa.maxLength != roa.prefix.len()) {
-                writeLength(renderer, word::maxLength, roa.maxLength);
-            }
-            renderer.key(word::asn);
-            renderer.value(roa.asn);
-            renderer.endObject();
-        }
-        renderer.endArray();
-    }
-
-    void writePattern(WrittenPattern const & pattern) const {
-        renderer.key(word::regex);
-        renderer.value(pattern.text);
-    }
-
-    // Patterns see communities in the form in which readers know them again.
-    template <typename Value>
-    void writeCommunities(std::vector<Value> const & communities,
-                          void (*append)(String &, Value const &)) const {
-        renderer.key(word::communities);
-        renderer.beginArray();
-        String text;
-        for (Value const & community : communities) {
-            text.clear();
-            append(text, community);
-            renderer.value(text);
-        }
-        renderer.endArray();
-    }
+    void operator()(TagSetRecord const & list) const { writeEntries(list.tags, renderer); }
+    void operator()(RoaTableRecord const & list) const { writeEntries(list.roas, renderer); }
+    void operator()(auto const & list) const { writeEntries(list.entries, renderer); }
 };
 
 } // namespace

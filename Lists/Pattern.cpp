@@ -1,5 +1,8 @@
 #include "Lists/Pattern.h"
 
+#include <algorithm>
+#include <utility>
+
 #include <re2/re2.h>
 
 /// Expressions come from people and from documents of others: what one may cost is bounded whatever
@@ -15,11 +18,11 @@ constexpr S64 memoryLimit = S64{8} << 20;
 constexpr std::string_view separators = " {}(),";
 
 // The library would tell standard error of a bad expression; that is done here, with its place.
-re2::RE2::Options options() {
-    re2::RE2::Options options;
-    options.set_log_errors(false);
-    options.set_max_mem(memoryLimit);
-    return options;
+re2::RE2::Options searchOptions() {
+    re2::RE2::Options made;
+    made.set_log_errors(false);
+    made.set_max_mem(memoryLimit);
+    return made;
 }
 
 /// Parts of an expression in which an underscore is no wildcard, by what opens and closes them.
@@ -50,18 +53,105 @@ std::size_t classOpening(std::string_view rest) {
     return rest.substr(behind).starts_with("]") ? behind + 1 : behind;
 }
 
+/// The text that an expression wants at the start and nothing else ("^65000:"), the commonest of
+/// lists of communities; empty for any other expression.
+std::string_view prefixWanted(std::string_view expression) {
+    constexpr std::string_view plain = "0123456789abcdefghijklmnopqrstuvwxyz:, ";
+    bool const isPrefix = expression.starts_with('^') &&
+                          expression.find_first_not_of(plain, 1) == std::string_view::npos;
+    return isPrefix ? expression.substr(1) : std::string_view();
+}
+
+/// What patterns keep: every one of theirs is of this class.
+class Compiled final : public re2::RE2 {
+public:
+    explicit Compiled(std::string_view expression)
+        : RE2(re2::StringPiece(expression.data(), expression.size()), searchOptions()),
+          prefix_(prefixWanted(expression)) {}
+
+    bool isPrefix() const { return !prefix_.empty(); }
+    // Asked without the library's look at what is to be extracted: nothing is.
+    bool isIn(std::string_view text) const {
+        re2::StringPiece const piece(text.data(), text.size());
+        return isPrefix() ? text.starts_with(prefix_)
+                          : Match(piece, 0, piece.size(), UNANCHORED, nullptr, 0);
+    }
+
+private:
+    String prefix_;
+};
+
 } // namespace
 
 Pattern::Pattern(std::string_view expression)
-    : compiled_(std::make_shared<re2::RE2 const>(
-          re2::StringPiece(expression.data(), expression.size()), options())) {
+    : compiled_(std::make_shared<Compiled const>(expression)) {
     if (!compiled_->ok()) {
         throw PatternError(compiled_->error());
     }
 }
 
 bool Pattern::foundIn(std::string_view text) const {
-    return re2::RE2::PartialMatch(re2::StringPiece(text.data(), text.size()), *compiled_);
+    return static_cast<Compiled const &>(*compiled_).isIn(text);
+}
+
+namespace {
+
+/// Instructions of what is joined at most; ordinary patterns have some ten to hundred.
+constexpr int largestJoin = 4000;
+
+/// Whether a pair of parentheses around it takes it as a whole: a quotation may be left open. What
+/// only begins a text is found faster by itself.
+bool canBeJoined(Compiled const & pattern) {
+    return !pattern.isPrefix() && pattern.pattern().find("\\Q") == String::npos;
+}
+
+/// The parts as one, or as they are where they cannot be read together, as names of groups that
+/// come twice: all are good each by itself. One is compiled already.
+std::vector<Pattern> joinedOrEach(std::vector<Pattern> parts, String const & joined) {
+    if (parts.size() > 1) {
+        try {
+            return {Pattern(joined)};
+        } catch (PatternError const &) {
+            return parts;
+        }
+    }
+    return parts;
+}
+
+} // namespace
+
+// Alternatives in an order of no matter: it is only asked whether one of them is there. A group of
+// flags ends with the parentheses around it.
+PatternSet::PatternSet(std::vector<Pattern> const & patterns) {
+    std::vector<Pattern> parts;
+    String joined;
+    int size = 0;
+    auto const close = [&] {
+        for (Pattern & search : joinedOrEach(std::exchange(parts, {}), joined)) {
+            searches_.push_back(std::move(search));
+        }
+        joined.clear();
+        size = 0;
+    };
+    for (Pattern const & pattern : patterns) {
+        auto const & compiled = static_cast<Compiled const &>(*pattern.compiled_);
+        if (!canBeJoined(compiled)) {
+            searches_.push_back(pattern);
+            continue;
+        }
+        if (!parts.empty() && size + compiled.ProgramSize() > largestJoin) {
+            close();
+        }
+        parts.push_back(pattern);
+        joined += (joined.empty() ? "(?:" : "|(?:") + compiled.pattern() + ")";
+        size += compiled.ProgramSize();
+    }
+    close();
+}
+
+bool PatternSet::anyFoundIn(std::string_view text) const {
+    return std::any_of(searches_.begin(), searches_.end(),
+                       [&](Pattern const & pattern) { return pattern.foundIn(text); });
 }
 
 // One pass from left to right that knows only where it is in a class and what is to be copied. The

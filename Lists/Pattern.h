@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string_view>
+#include <vector>
 
 namespace re2 {
 class RE2;
@@ -38,7 +39,30 @@ public:
     bool foundIn(std::string_view text) const;
 
 private:
+    friend class PatternSet;
+
     std::shared_ptr<re2::RE2 const> compiled_;
+};
+
+/// Several patterns that are asked at a time, whether any of them is found: one search through the
+/// text instead of one for each.
+///
+///     PatternSet const set(std::vector<Pattern>{first, second});
+///     set.anyFoundIn("65001 65002"); // first.foundIn(...) || second.foundIn(...)
+///
+/// Patterns of a thousand kinds stay several searches: what one search has to remember is bounded.
+/// As a pattern it is asked by any number of threads at once.
+class PatternSet {
+public:
+    /// Nothing is found of no pattern. Takes time to compile what is joined; never fails, since the
+    /// patterns are good each by itself and asked so where they cannot be joined.
+    explicit PatternSet(std::vector<Pattern> const & patterns);
+
+    bool anyFoundIn(std::string_view text) const;
+
+private:
+    /// Those that could be joined as one; ready to be searched for one after the other.
+    std::vector<Pattern> searches_;
 };
 
 /// The regular expression for an expression about AS paths, in which `_` stands for the start, the

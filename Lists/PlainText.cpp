@@ -34,7 +34,7 @@ String readPlainText(String const & path, Reporter const & warn, U64 limit) {
     if (make == nullptr) {
         return file;
     }
-    auto const stream = make(makeMemoryStream(std::move(file)), String());
+    auto const stream = make(makeMemoryStream(std::move(file)), String(), 1);
     String content = contentOf(*stream, limit);
     // First, because a stream that was left in the middle has no fault yet.
     if (content.size() > limit) {

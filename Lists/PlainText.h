@@ -5,8 +5,8 @@
 
 namespace Qcf::Lists {
 
-/// The content of a file that may be compressed by gzip or bzip2, which its first bytes tell; `-`
-/// is standard input.
+/// The content of a file that may be compressed by gzip, bzip2 or xz, which its first bytes
+/// tell; `-` is standard input.
 ///
 /// Throws DocumentError for a file that cannot be read, for compressed data that are cut or
 /// damaged, and for more than `limit` bytes of either. `warn` is told what follows the end of

@@ -2,10 +2,12 @@
 
 #include "Lists/ListRecord.h"
 #include "Lists/ListWords.h"
+#include "Lists/PlainText.h"
+#include "Lists/RoaScan.h"
 #include "Platform/Render/JsonObjectReader.h"
-#include "Platform/Routing/TextPieces.h"
 
 #include <limits>
+#include <utility>
 
 /// Two sources of payloads that are judged differently: what a person wrote into a lists document
 /// is taken at its word, what a relying party's program exported may have more members, and less
@@ -26,7 +28,7 @@ std::string_view withoutAs(std::string_view text) {
 U32 readAsn(JsonValue const & value) {
     std::optional<U64> asn = value.asU64();
     if (value.isString()) {
-        asn = Routing::TextPieces::parseDecimal(withoutAs(value.asString()), max32);
+        asn = parseAsn(value.asString());
     }
     if (!asn || *asn > max32) {
         value.fail("AS number");
@@ -73,13 +75,18 @@ IpGenPrefix readPrefix(JsonValue const & value, AddressFamily family) {
     return *prefix;
 }
 
+Roa readRoa(JsonValue const & value) {
+    JsonObjectReader reader(value);
+    Roa const roa = readRoa(reader);
+    reader.done();
+    return roa;
+}
+
 std::vector<Roa> readRoas(JsonValue const & array) {
     std::vector<Roa> roas;
     roas.reserve(array.expectArray().size());
     for (JsonValue const element : array) {
-        JsonObjectReader reader(element);
-        roas.push_back(readRoa(reader));
-        reader.done();
+        roas.push_back(readRoa(element));
     }
     return roas;
 }
@@ -118,6 +125,13 @@ std::vector<Roa> readRoaExport(JsonValue const & root, String const & fileName,
 
 std::vector<Roa> readRoaExport(String text, String const & fileName, Reporter const & warn) {
     return readRoaExport(JsonDocument::parse(std::move(text), fileName).root(), fileName, warn);
+}
+
+std::vector<Roa> readRoaExportFile(String const & path, Reporter const & warn) {
+    if (auto roas = scanRoaExport(path)) {
+        return std::move(*roas);
+    }
+    return readRoaExport(readPlainText(path, warn), path, warn);
 }
 
 } // namespace Qcf::Lists

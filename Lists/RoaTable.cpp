@@ -9,6 +9,10 @@ namespace Qcf::Lists {
 
 void RoaTable::Index::build(std::span<Roa const> ascending) {
     std::vector<IpGenPrefix> prefixes;
+    // Hardly fewer prefixes than payloads: what is too much is never touched.
+    prefixes.reserve(ascending.size());
+    firstOfNode.reserve(ascending.size() + 1);
+    origins.reserve(ascending.size());
     for (Roa const & roa : ascending) {
         bool const isNewPrefix = prefixes.empty() || prefixes.back() != roa.prefix;
         if (isNewPrefix) {
@@ -48,7 +52,10 @@ OriginValidity RoaTable::Index::validate(IpGenPrefix const & prefix, U32 originA
 }
 
 RoaTable::RoaTable(std::vector<Roa> roas) {
-    std::ranges::sort(roas);
+    // Exports are often in order, which is seen sooner than made.
+    if (!std::ranges::is_sorted(roas)) {
+        std::ranges::sort(roas);
+    }
     roas.erase(std::unique(roas.begin(), roas.end()), roas.end());
     // Prefixes ascend by family first.
     auto const firstV6 = std::ranges::partition_point(

@@ -66,7 +66,7 @@ TEST(ListsDocument, Faults) {
         {R"("prefixList": {})",
          "/prefixList: wants only keys qcf, prefixLists, dynamicPrefixLists, communityLists, "
          "extCommunityLists, largeCommunityLists, asPathAccessLists, tagSets, roaTables, found "
-         "unknown key \"prefixList\""},
+         "unknown key \"prefixList\"; did you mean \"prefixLists\"?"},
         {R"("prefixLists": [])", "/prefixLists: wants object, found empty array"},
         {R"("prefixLists": {"a/b~": 1})", "/prefixLists/a~1b~0: wants object, found number 1"},
         {R"("prefixLists": {"P": {"entries": []}})",
