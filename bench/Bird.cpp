@@ -146,7 +146,7 @@ BirdResult resultOf(Policy policy, Printed const & printed, std::size_t routes) 
 
 BirdCounts birdCounts(Policy policy, Table const & table, PolicyData const & data) {
     using View = CountingView;
-    constexpr bool (*functions[policyCount])(View &, HandData const &) = {
+    constexpr bool (*functions[birdPolicyCount])(View &, HandData const &) = {
         p0<View>, p1<View>, p2<View>, p3<View>, p4<View>};
     HandData const hand(data);
     BirdCounts counts;
@@ -164,9 +164,11 @@ BirdCounts birdCounts(Policy policy, Table const & table, PolicyData const & dat
     return counts;
 }
 
-std::optional<BirdResults> measureBird(std::vector<Policy> const & policies, Table const & table,
+std::optional<BirdResults> measureBird(std::vector<Policy> policies, Table const & table,
                                        PolicyData const & data, U32 rounds) {
     constexpr int notInstalled = 3;
+    std::erase_if(policies,
+                  [](Policy policy) { return static_cast<U32>(policy) >= birdPolicyCount; });
     String pattern = (fs::temp_directory_path() / "qcf-bird-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
         std::perror("BIRD");

@@ -7,6 +7,9 @@
 /// BIRD, the routing daemon: the same policies in its filter language over the same routes.
 namespace Qcf::Bench {
 
+/// P0 to P4 have a filter.
+inline constexpr U32 birdPolicyCount = 5;
+
 /// The table as static routes, the policies P0 to P4 as the filters `p0` to `p4`, and for each of
 /// them `p0_preference`, `p0_med` and `p0_sets`, which accept what `BirdCounts` says.
 ///
@@ -27,6 +30,7 @@ inline constexpr U64 birdPreferenceAbove = 150;
 inline constexpr U64 birdMedAbove = 50;
 inline constexpr U64 birdSetsAbove = 5;
 
+/// Of one of the policies that have a filter.
 BirdCounts birdCounts(Policy policy, Table const & table, PolicyData const & data);
 
 /// Nanoseconds of processor time per route of one policy, a sample a round.
@@ -41,9 +45,10 @@ struct BirdResults {
     std::vector<BirdResult> results;
 };
 
-/// Runs bird.sh over the table; nothing, with a message, where BIRD is not installed. Ends the
-/// process with a message when BIRD's filters do anything else than the policies.
-std::optional<BirdResults> measureBird(std::vector<Policy> const & policies, Table const & table,
+/// Runs bird.sh over the table, for those of the policies that have a filter; nothing, with a
+/// message, where BIRD is not installed. Ends the process with a message when BIRD's filters do
+/// anything else than the policies.
+std::optional<BirdResults> measureBird(std::vector<Policy> policies, Table const & table,
                                        PolicyData const & data, U32 rounds);
 
 } // namespace Qcf::Bench

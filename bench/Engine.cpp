@@ -1,8 +1,9 @@
-#include "Agent/Evaluation/AgentContextGenerated.h"
+#include "Agent/Evaluation/AgentContext.h"
 #include "QcfLib/EvaluationObserver.h"
 #include "QcfLib/Plan.h"
 #include "QcfLib/StatementCounts.h"
 #include "bench/Contenders.h"
+#include "bench/EngineRunner.h"
 #include "bench/EngineTrees.h"
 #include "bench/SharedWrites.h"
 
@@ -10,13 +11,7 @@ namespace Qcf::Bench {
 
 namespace {
 
-/// How the engine evaluates.
-enum class Form : U8 {
-    plan,
-    countingPlan,
-    tree,
-    watchedTree, ///< for an observer that does nothing
-};
+using Form = EngineForm;
 
 class NoObserver final : public Eval::EvaluationObserver {
 public:
@@ -26,13 +21,19 @@ public:
     void thrown(Eval::Expression const & /*node*/, Eval::EvalContext & /*context*/) override {}
 };
 
+/// Prefix lists are the engine's own matter; who has other lists is asked through its context.
+Ptr<Agent::AgentContextBase> contextOf(EngineProgram const & program) {
+    if (program.asksAgent) {
+        return makePtr<Agent::AgentContext>(program.matchers);
+    }
+    return makePtr<Agent::AgentContextBase>(program.matchers, nullptr, nullptr);
+}
+
 /// One evaluation of the engine, as an agent does it: `routeIs` resets the context, `eval` flushes.
 class EngineStep {
 public:
     EngineStep(EngineProgram const & program, Form form)
-        : function_(*program.function),
-          agent_(makePtr<Agent::AgentContextBase>(program.matchers, nullptr, nullptr)),
-          context_(agent_) {
+        : function_(*program.function), agent_(contextOf(program)), context_(agent_) {
         agent_->evaluationObserverIs(form == Form::watchedTree ? &observer_ : nullptr);
     }
 
@@ -84,7 +85,7 @@ public:
     }
 
     std::unique_ptr<Runner> runner(Policy policy) const override {
-        return std::make_unique<EngineRunner>(programs_[static_cast<U8>(policy)], form_);
+        return engineRunner(programs_[static_cast<U8>(policy)], form_);
     }
 
     std::vector<void const *> sharedCounters(Policy policy) const override {
@@ -97,6 +98,10 @@ private:
 };
 
 } // namespace
+
+std::unique_ptr<Runner> engineRunner(EngineProgram const & program, EngineForm form) {
+    return std::make_unique<EngineRunner>(program, form);
+}
 
 void addEngine(Contenders & contenders, PolicyData const & data) {
     for (auto const & [name, form] : {std::pair("engine-plan", Form::plan),

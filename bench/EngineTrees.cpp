@@ -1,6 +1,7 @@
 #include "bench/EngineTrees.h"
 
 #include "Platform/Framework/Assert.h"
+#include "bench/ImportText.h"
 #include "bench/TreeBuilder.h"
 
 #include <map>
@@ -15,7 +16,8 @@ using namespace Eval::Attribute; // NOLINT(google-build-using-namespace): one of
 
 using Statements = TreeBuilder::Statements;
 
-/// The five trees, with the attribute nodes that they share and the lists that they name.
+/// The trees that are built by hand, with the attribute nodes that they share and the lists that
+/// they name.
 class PolicyTrees {
 public:
     explicit PolicyTrees(PolicyData const & data) : data_(data) {}
@@ -177,6 +179,8 @@ PtrConst<Function> PolicyTrees::function(Policy policy) {
     case Policy::p4:
         statements = p4();
         break;
+    case Policy::p5: // is a text
+        break;
     }
     statements.push_back(build_.returns(true));
     auto function = build_.function(policyNames[static_cast<U8>(policy)], false, statements);
@@ -196,13 +200,16 @@ PtrConst<ExternalMatchersBase> PolicyTrees::matchers() const {
 } // namespace
 
 EngineProgram engineProgram(Policy policy, PolicyData const & data) {
+    if (policy == Policy::p5) {
+        return importProgram(data);
+    }
     PolicyTrees trees(data);
     auto const function = trees.function(policy);
     return {function, trees.matchers()};
 }
 
 PtrConst<Eval::Function> engineFunction(Policy policy, PolicyData const & data) {
-    return PolicyTrees(data).function(policy);
+    return policy == Policy::p5 ? importFunction(data) : PolicyTrees(data).function(policy);
 }
 
 } // namespace Qcf::Bench

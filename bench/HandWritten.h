@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/HandImport.h"
 #include "bench/IntervalList.h"
 #include "bench/Policies.h"
 
@@ -23,6 +24,7 @@ struct HandData {
     IntervalList bogons;
     std::vector<IntervalList> nextHops; ///< by clause of P3
     IntervalList prefixes;
+    HandImport imports;
 };
 
 template <typename Value>

@@ -1,5 +1,7 @@
 #include "bench/Instructions.h"
 
+#include "bench/Process.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -27,15 +29,6 @@ String label(Policy policy, Contender const & contender) {
     return String(policyNames[static_cast<U8>(policy)]) + "/" + contender.name();
 }
 
-/// The arguments as one command; none of them holds a quote.
-String commandOf(std::vector<String> const & words) {
-    String command;
-    for (String const & word : words) {
-        command += (command.empty() ? "'" : " '") + word + "'";
-    }
-    return command;
-}
-
 /// Instructions by label, from the dumps that callgrind left in a directory.
 std::map<String, double> readDumps(fs::path const & directory) {
     constexpr std::string_view description = "desc: Trigger: Client Request: ";
@@ -61,13 +54,15 @@ void runForInstructions(std::vector<Policy> const & policies, Contenders const &
     // Before the count starts, a compiler that works while a program runs is to be done; without
     // instrumentation that takes little time.
     constexpr U32 warmPasses = 6;
-    Slice const resident(workload.resident);
     Slice const counted(workload.resident, 0, routes);
     for (Policy const policy : policies) {
         for (auto const & contender : contenders) {
+            if (!contender->runs(policy)) {
+                continue;
+            }
             auto const runner = contender->runner(policy);
             for (U32 pass = 0; pass < warmPasses; ++pass) {
-                runner->run(resident);
+                runner->run(counted);
             }
             String const name = label(policy, *contender);
             CALLGRIND_START_INSTRUMENTATION;
@@ -80,7 +75,7 @@ void runForInstructions(std::vector<Policy> const & policies, Contenders const &
 
 void addInstructions(std::vector<PolicyResult> & results, std::vector<String> const & arguments,
                      std::size_t routes) {
-    if (std::system("command -v valgrind >/dev/null") != 0) {
+    if (!isInstalled("valgrind")) {
         std::fputs("valgrind is not installed: no instructions are counted\n", stderr);
         return;
     }

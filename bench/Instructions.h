@@ -13,8 +13,8 @@ inline constexpr char const * countInstructionsOption = "--count-instructions";
 void addInstructions(std::vector<PolicyResult> & results, std::vector<String> const & arguments,
                      std::size_t routes);
 
-/// The part of it that runs below callgrind: some passes over the resident routes to warm up, and
-/// one counted pass over the first `routes` of them.
+/// The part of it that runs below callgrind: some passes over the first `routes` of the resident
+/// routes to warm up, and one that is counted.
 void runForInstructions(std::vector<Policy> const & policies, Contenders const & contenders,
                         Workload const & workload, std::size_t routes);
 

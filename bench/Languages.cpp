@@ -117,6 +117,8 @@ public:
                       std::shared_ptr<PlainWorkload const> workload)
         : Contender(form.name), module_(module), form_(form), workload_(std::move(workload)) {}
 
+    /// The scripts have no ROAs and no patterns.
+    bool runs(Policy policy) const override { return policy != Policy::p5; }
     std::unique_ptr<Runner> runner(Policy policy) const override {
         return std::make_unique<LanguageRunner>(module_, form_, policy, *workload_);
     }

@@ -41,6 +41,7 @@ struct PolicyResult {
     Policy policy = Policy::p0;
     U64 checksum = 0;
     U64 accepted = 0;
+    String withoutStep; ///< of the engine's plan, see NodesWithoutStep.h
     std::vector<Result> results;
 
     Result const * find(std::string_view contender) const;
@@ -55,11 +56,15 @@ struct MeasureOptions {
     U32 rounds = 7;
     double sampleNs = 10e6; ///< a sample takes at least as long
     bool twoThreads = true;
+    bool resident = true;
 };
 
 /// Runs every contender over the whole table and takes its checksum; ends the process with a
 /// message when they disagree.
 PolicyResult verified(Policy policy, Contenders const & contenders, Workload const & workload);
+/// The same for what messages call by another name than the policy's.
+PolicyResult verified(String const & name, Policy policy, Contenders const & contenders,
+                      Workload const & workload);
 
 /// Times the contenders of a result in interleaved rounds.
 void measureTimes(PolicyResult & result, Workload const & workload, MeasureOptions const & options);

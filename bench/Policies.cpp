@@ -169,7 +169,7 @@ Clause clause(Chooser & chooser, U32 index, U32 count) {
 
 } // namespace
 
-PolicyData::PolicyData(Table const & table) {
+PolicyData::PolicyData(Table const & table) : p5(table) {
     Chooser chooser(table);
     p2.bogons = bogonList(chooser);
     for (U64 & tag : p2.tags) {

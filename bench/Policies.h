@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lists/PrefixListTrie.h"
+#include "Lists/RoaTable.h"
 #include "Platform/Routing/CommunityValue.h"
 
 #include <array>
@@ -25,9 +26,14 @@ struct Table;
 /// if
 ///   any of 5,000 communities is present; remove 8 large communities, add an extended community;
 ///   accept.
-enum class Policy : U8 { p0, p1, p2, p3, p4 };
-inline constexpr U32 policyCount = 5;
-inline constexpr std::array<char const *, policyCount> policyNames{"P0", "P1", "P2", "P3", "P4"};
+/// - P5, what imports refuse: reject if the prefix is covered by one of 20 of both families; if it
+///   is too long or too short; if the origin AS is in one of 8 ranges; if one of 4 patterns finds
+///   its like in the path; if the origin is invalid by ROAs for every other prefix of the table;
+///   local-preference = 120 where it is valid, else 90; add a community; accept.
+enum class Policy : U8 { p0, p1, p2, p3, p4, p5 };
+inline constexpr U32 policyCount = 6;
+inline constexpr std::array<char const *, policyCount> policyNames{"P0", "P1", "P2",
+                                                                   "P3", "P4", "P5"};
 
 using PrefixEntries = std::vector<Lists::PrefixListEntry>;
 
@@ -48,6 +54,29 @@ struct Clause {
     std::vector<U64> values;
     PrefixEntries prefixes;
     U64 preference = 0; ///< what the clause sets
+};
+
+/// The constants of P5.
+struct ImportData {
+    explicit ImportData(Table const & table);
+
+    /// Both ends belong to the range.
+    struct Range {
+        U64 low;
+        U64 high;
+    };
+
+    std::vector<IpGenPrefix> reserved; ///< of both families
+    U8 longestV4 = 24;
+    Range lengths{8, 48};
+    std::vector<Range> origins; ///< ascending, apart from each other
+    std::vector<Range> reservedInPath;
+    std::vector<U32> leaks;       ///< as third AS of a path
+    std::vector<String> patterns; ///< the same two as AS-path patterns
+    std::vector<Lists::Roa> roas;
+    U64 validPreference = 120;
+    U64 otherPreference = 90;
+    U64 added = U64{64999} << 16 | 500;
 };
 
 /// The constants of the policies, made once for all contenders. Half of what is looked for occurs
@@ -86,6 +115,7 @@ struct PolicyData {
         std::vector<Acl::CommunityValue> removedLarge; ///< 8
         Acl::CommunityValue addedExtended;
     } p4;
+    ImportData p5;
 };
 
 } // namespace Qcf::Bench

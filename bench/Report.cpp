@@ -1,36 +1,16 @@
 #include "bench/Report.h"
 
+#include "bench/ReportText.h"
+
 #include <array>
-#include <cstdarg>
-#include <cstdio>
 
 namespace Qcf::Bench {
 
 namespace {
 
-[[gnu::format(printf, 1, 2)]] String formatted(char const * format, ...) {
-    std::array<char, 256> text;
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    va_end(arguments);
-    return text.data();
-}
-
 char const * nameOf(Policy policy) { return policyNames[static_cast<U8>(policy)]; }
 
 String hex(U64 number) { return formatted("%016llx", static_cast<unsigned long long>(number)); }
-
-/// "12.3 (12.1..12.9)"
-String text(Spread const & spread) {
-    int const digits = spread.median < 100 ? 2 : 0;
-    return formatted("%.*f (%.*f..%.*f)", digits, spread.median, digits, spread.low, digits,
-                     spread.high);
-}
-
-String text(std::optional<double> const & number, int digits) {
-    return number ? formatted("%.*f", digits, *number) : "-";
-}
 
 struct Column {
     char const * title;
@@ -77,19 +57,6 @@ constexpr std::array columns{
            [](Result const & r, PolicyResult const &) { return text(r.sharedWrites, 2); }},
 };
 
-/// Bytes in the unit that reads best.
-String bytesText(double bytes) {
-    return bytes < 1e4   ? formatted("%.0f B", bytes)
-           : bytes < 1e7 ? formatted("%.1f kB", bytes / 1e3)
-                         : formatted("%.1f MB", bytes / 1e6);
-}
-
-String timeText(Spread const & ns) {
-    double const unit = ns.median < 1e6 ? 1e3 : 1e6;
-    return formatted("%.1f %s (%.1f..%.1f)", ns.median / unit, unit < 1e6 ? "us" : "ms",
-                     ns.low / unit, ns.high / unit);
-}
-
 } // namespace
 
 String reportTable(PolicyResult const & result) {
@@ -106,7 +73,9 @@ String reportTable(PolicyResult const & result) {
         }
         table += '\n';
     }
-    return table;
+    return table +
+           "nodes without a step: " + (result.withoutStep.empty() ? "none" : result.withoutStep) +
+           "\n";
 }
 
 String reportTable(std::vector<EngineMemory> const & memory) {

@@ -2,6 +2,8 @@
 
 #include "bench/Bird.h"
 #include "bench/Counts.h"
+#include "bench/Examples.h"
+#include "bench/Job.h"
 #include "bench/Measure.h"
 #include "bench/Publication.h"
 
@@ -16,6 +18,8 @@ struct Report {
     std::optional<BirdResults> bird;
     std::vector<EngineMemory> memory;
     std::vector<PublicationResult> publication;
+    ExampleResults examples;
+    JobResults jobs;
 };
 
 /// Tables for the reader.
@@ -23,6 +27,8 @@ String reportTable(PolicyResult const & result);
 String reportTable(BirdResults const & bird, std::vector<PolicyResult> const & policies);
 String reportTable(std::vector<EngineMemory> const & memory);
 String reportTable(std::vector<PublicationResult> const & publication);
+String reportTable(ExampleResults const & examples);
+String reportTable(JobResults const & jobs);
 
 /// All results as one line of JSON.
 String reportJson(Report const & report);

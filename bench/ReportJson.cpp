@@ -1,5 +1,5 @@
-#include "Platform/Render/RendererV2.h"
 #include "bench/Report.h"
+#include "bench/ReportMembers.h"
 
 #include <array>
 #include <cstdio>
@@ -14,28 +14,6 @@ String hex(U64 number) {
     std::array<char, 17> text;
     std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(number));
     return text.data();
-}
-
-template <typename Value>
-void put(RendererV2 & json, char const * name, Value const & value) {
-    json.key(name);
-    json.value(value);
-}
-
-/// Leaves out what is not known.
-void put(RendererV2 & json, char const * name, std::optional<double> const & number) {
-    if (number) {
-        put(json, name, *number);
-    }
-}
-
-void put(RendererV2 & json, char const * name, Spread const & spread) {
-    json.key(name);
-    json.beginObject();
-    put(json, "median", spread.median);
-    put(json, "min", spread.low);
-    put(json, "max", spread.high);
-    json.endObject();
 }
 
 void putResult(RendererV2 & json, Result const & result, PolicyResult const & all) {
@@ -72,20 +50,12 @@ void putResult(RendererV2 & json, Result const & result, PolicyResult const & al
     json.endObject();
 }
 
-/// `"name": {...}` with what `members` puts.
-template <typename Members>
-void putObject(RendererV2 & json, String const & name, Members members) {
-    json.key(name);
-    json.beginObject();
-    members();
-    json.endObject();
-}
-
 void putPolicies(RendererV2 & json, std::vector<PolicyResult> const & results) {
     for (PolicyResult const & result : results) {
         putObject(json, nameOf(result.policy), [&] {
             put(json, "accepted", result.accepted);
             put(json, "checksum", hex(result.checksum));
+            put(json, "withoutStep", result.withoutStep);
             putObject(json, "contenders", [&] {
                 for (Result const & one : result.results) {
                     putResult(json, one, result);
@@ -151,14 +121,15 @@ String reportJson(Report const & report) {
         putObject(json, "bird", [&] { putBird(json, *report.bird); });
     }
     putObject(json, "memory", [&] { putMemory(json, report.memory); });
-    json.key("publication");
-    json.beginArray();
-    for (PublicationResult const & result : report.publication) {
-        json.beginObject();
-        putPublication(json, result);
-        json.endObject();
-    }
-    json.endArray();
+    putArray(json, "publication", [&] {
+        for (PublicationResult const & result : report.publication) {
+            json.beginObject();
+            putPublication(json, result);
+            json.endObject();
+        }
+    });
+    putExamples(json, report.examples);
+    putJobs(json, report.jobs);
     json.endObject();
     json.endDocument();
     return text;

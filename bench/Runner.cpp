@@ -1,6 +1,8 @@
 #include "bench/Runner.h"
 
-#include "Platform/Framework/Assert.h"
+#include "Agent/Routes/ValueRenderer.h"
+
+#include <functional>
 
 namespace Qcf::Bench {
 
@@ -10,7 +12,6 @@ void Checksum::add(bool accepted, Agent::RouteChanges const & changes) {
     constexpr U32 known = flag(Attribute::community) | flag(Attribute::extCommunity) |
                           flag(Attribute::largeCommunity) | flag(Attribute::localPref) |
                           flag(Attribute::med) | flag(Attribute::origin);
-    QCF_ASSERT_TEXT((changes.flags & ~known) == 0, "no policy changes another attribute");
     mix(accepted ? 1 : 2);
     mix(changes.flags);
     auto const integer = [&](Attribute attribute, U64 value) {
@@ -38,6 +39,18 @@ void Checksum::add(bool accepted, Agent::RouteChanges const & changes) {
     integer(Attribute::localPref, changes.localPref);
     integer(Attribute::med, changes.med);
     integer(Attribute::origin, changes.origin);
+    if ((changes.flags & ~known) != 0) {
+        String text;
+        RendererV2 json(text);
+        json.beginArray();
+        changes.eachChange([&](Attribute attribute, char const * /*name*/, auto const & value) {
+            if ((flag(attribute) & known) == 0) {
+                Agent::ValueRenderer(json).render(value, Agent::SetForm::numbers);
+            }
+        });
+        json.endArray();
+        mix(std::hash<String>()(text));
+    }
 }
 
 } // namespace Qcf::Bench

@@ -32,6 +32,8 @@ public:
     virtual ~Contender() = default;
 
     char const * name() const { return name_; }
+    /// Whether it has that policy; most have them all.
+    virtual bool runs(Policy /*policy*/) const { return true; }
     /// A runner for the calling thread.
     virtual std::unique_ptr<Runner> runner(Policy policy) const = 0;
     /// The reference counts that threads running the policy share, by the start of their objects.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/Routes/Route.h"
+#include "Agent/Tables/TableGenerator.h"
 
 #include <span>
 #include <vector>
@@ -13,8 +13,13 @@ struct Table {
 
     std::size_t size() const { return routes.size(); }
 
+    using Sharing = Agent::TableGenerator::Sharing;
+
     /// The first routes of the generated table; the same ones in every run.
-    static Table generated(std::size_t count);
+    static Table generated(std::size_t count, Sharing sharing = Sharing::none);
+    /// About so many of the first `most` routes of a file, in stretches that are evenly spread:
+    /// neighbours stay neighbours.
+    static Table ofFile(String const & path, std::size_t count, std::size_t most);
     /// So many of this table's routes, evenly spread over it and moved together.
     Table sample(std::size_t count) const;
 };
