@@ -49,6 +49,15 @@ bool AgentContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisti
 }
 
 bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
+    if (validatedRoute_ != routeNumber() || validatedSlot_ != slot) {
+        validity_ = validityBy(slot);
+        validatedRoute_ = routeNumber();
+        validatedSlot_ = slot;
+    }
+    return static_cast<U32>(validity_) == state;
+}
+
+Lists::OriginValidity AgentContext::validityBy(U32 slot) const {
     bool known = false;
     auto const & path = route().asPath;
     U32 const origin = Routing::Bgp::originAs(path, route().session.localAs, known);
@@ -57,9 +66,8 @@ bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
     auto const * const table = static_cast<Lists::RoaTable const *>(
         isSlot ? externalMatchers()->roaTables.at(static_cast<U16>(slot)).get() : nullptr);
     // An origin that the path does not tell goes as AS 0.
-    auto const validity = table != nullptr ? table->validate(route().ipPrefix, known ? origin : 0)
-                                           : Lists::OriginValidity::notFound;
-    return static_cast<U32>(validity) == state;
+    return table != nullptr ? table->validate(route().ipPrefix, known ? origin : 0)
+                            : Lists::OriginValidity::notFound;
 }
 
 namespace {

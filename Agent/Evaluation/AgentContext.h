@@ -3,6 +3,7 @@
 #include "Agent/Evaluation/AgentContextGenerated.h"
 #include "Lists/CommunityEdits.h"
 #include "Lists/ListBinding.h"
+#include "Lists/RoaTable.h"
 
 namespace Qcf::Agent {
 
@@ -92,10 +93,13 @@ public:
                                  PtrConst<LargeCommListStatus> const & status) override;
 
     /// Judges the route's prefix and the origin of its path as it came. `state` is the number of an
-    /// OriginValidity. A slot without a table is an empty one.
+    /// OriginValidity. A slot without a table is an empty one. A table is asked once a route,
+    /// however many states are asked for.
     bool matchRoaTable(U32 slot, U32 state) const override;
 
 private:
+    /// What the table of that slot says of the route.
+    Lists::OriginValidity validityBy(U32 slot) const;
     /// The path as patterns see it; valid until the next question.
     std::string_view pathText(Routing::Bgp::AspathContainerFromExisting const * path) const;
 
@@ -109,6 +113,10 @@ private:
     mutable String inputPathText_;
     /// The number of that route; 0 for none yet.
     mutable U64 inputPathRoute_ = 0;
+    /// The validity of the route of that number by the table of that slot; 0 for none yet.
+    mutable U64 validatedRoute_ = 0;
+    mutable U32 validatedSlot_ = 0;
+    mutable Lists::OriginValidity validity_ = Lists::OriginValidity::notFound;
 };
 
 } // namespace Qcf::Agent

@@ -35,16 +35,11 @@ MessageForm const * findForm(U16 subtype) {
     return nullptr;
 }
 
-/// Whether the attribute is there for a family that is not read.
-bool isUnread(PathAttributes::MpNlri const & nlri) {
-    return nlri.present && nlri.family.routeFamily() == AddressFamily::none;
-}
-
 } // namespace
 
 void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
     // First: whatever is thrown or passed over below, no route of the record before may come out.
-    announced_ = {};
+    update_.clear();
     MessageForm const * const form = findForm(subtype);
     if (form == nullptr) {
         ++statistics.skippedRecords;
@@ -75,16 +70,16 @@ void MrtMessage::startBgp4mp(U16 subtype, ByteCursor body, ReadStatistics & stat
         ++statistics.skippedRecords;
         return;
     }
-    addPath_ = form->addPath;
     if (body.left() < length - headSize) {
         throw Damage("BGP message", "is longer than its record");
     }
     // What stands behind the message in its record does no harm.
-    readUpdate(body.take(length - headSize, "UPDATE message"), form->as4, statistics);
+    readUpdate(body.take(length - headSize, "UPDATE message"),
+               {.as4 = form->as4, .ids4 = form->addPath, .ids6 = form->addPath}, statistics);
 }
 
 void MrtMessage::startBgp(U16 subtype, ByteCursor body, ReadStatistics & statistics) {
-    announced_ = {};
+    update_.clear();
     // The deprecated type: sessions of IPv4, AS numbers of two bytes, and an UPDATE without its
     // header.
     constexpr U16 updateRecord = 1;
@@ -96,52 +91,26 @@ void MrtMessage::startBgp(U16 subtype, ByteCursor body, ReadStatistics & statist
     shared_.sourceSessionRemoteAs = body.u16();
     shared_.sourceSessionRemoteIpAddress = readAddress(body, AddressFamily::ipv4);
     body.skip(6); // the collector's AS and address
-    addPath_ = false;
-    readUpdate(body, false, statistics);
+    readUpdate(body, {}, statistics);
 }
 
-void MrtMessage::readUpdate(ByteCursor body, bool as4, ReadStatistics & statistics) {
-    std::size_t const withdrawnLength = body.u16();
-    ByteCursor const withdrawn = body.take(withdrawnLength, "withdrawn routes");
-    std::size_t const attributesLength = body.u16();
-    ByteCursor const attributes = body.take(attributesLength, "path attributes");
-    attributes_.decode(attributes.rest(), {.as4 = as4, .rib = false}, shared_);
-    auto const & reach = attributes_.reach();
-    auto const & unreach = attributes_.unreach();
-    AddressFamily const reached = reach.family.routeFamily();
-    AddressFamily const unreached = unreach.family.routeFamily();
-
-    // Counting looks at every prefix: a damaged one throws before anything of the message counts.
-    U64 withdrawals = countPrefixes(withdrawn, AddressFamily::ipv4, addPath_);
-    withdrawals += countPrefixes(unreach.nlri, unreached, addPath_);
-    countPrefixes(reach.nlri, reached, addPath_);
-    countPrefixes(body, AddressFamily::ipv4, addPath_);
-
-    statistics.withdrawals += withdrawals;
-    statistics.skippedFamilies += isUnread(reach) ? 1 : 0;
-    statistics.skippedFamilies += isUnread(unreach) ? 1 : 0;
-    // What stands behind the attributes is IPv4 and has the next hop of NEXT_HOP; other families
-    // are in MP_REACH_NLRI with a next hop of their own.
-    announced_[0] = {AddressFamily::ipv4, shared_.nextHop, body};
-    if (reached != AddressFamily::none) {
-        announced_[1] = {reached, reach.nextHop, reach.nlri};
-    }
+void MrtMessage::readUpdate(ByteCursor body, UpdateForm form, ReadStatistics & statistics) {
+    update_.decode(body, form, shared_);
+    statistics.withdrawals += update_.withdrawals();
+    statistics.skippedFamilies += update_.skippedFamilies();
 }
 
+// Identifiers tell several paths of a peer apart; a route has no place for them.
 bool MrtMessage::next(Route & route) {
-    for (Announced & announced : announced_) {
-        if (announced.nlri.atEnd()) {
-            continue;
+    UpdatePrefix announced;
+    for (BgpUpdate::Prefixes & place : update_.announced()) {
+        if (place.next(announced)) {
+            // Into the caller's storage, which is kept from route to route.
+            route = shared_;
+            route.ipPrefix = announced.prefix;
+            route.nextHop = place.nextHop();
+            return true;
         }
-        if (addPath_) {
-            // Identifiers tell several paths of a peer apart; a route has no place for them.
-            announced.nlri.skip(4);
-        }
-        // Into the caller's storage, which is kept from route to route.
-        route = shared_;
-        route.ipPrefix = readPrefix(announced.nlri, announced.family);
-        route.nextHop = announced.nextHop;
-        return true;
     }
     return false;
 }

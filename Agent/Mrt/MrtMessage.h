@@ -1,9 +1,7 @@
 #pragma once
 
-#include "Agent/Mrt/PathAttributes.h"
+#include "Agent/Mrt/BgpUpdate.h"
 #include "Agent/Routes/RouteReader.h"
-
-#include <array>
 
 namespace Qcf::Agent {
 
@@ -31,23 +29,12 @@ public:
     bool next(Route & route);
 
 private:
-    /// The prefixes of one place.
-    struct Announced {
-        AddressFamily family = AddressFamily::none;
-        IpGenAddr nextHop;
-        /// What was not handed out yet.
-        ByteCursor nlri;
-    };
-
-    /// Decodes attributes and places of an UPDATE; `as4` as the record's subtype says.
-    void readUpdate(ByteCursor body, bool as4, ReadStatistics & statistics);
+    /// Decodes an UPDATE and counts what it withdraws and what is not read.
+    void readUpdate(ByteCursor body, UpdateForm form, ReadStatistics & statistics);
 
     /// Kept from message to message for its storage.
-    PathAttributes attributes_;
+    BgpUpdate update_;
     Route shared_; ///< what all prefixes of the message have in common
-    std::array<Announced, 2> announced_;
-    /// Whether a path identifier stands before each prefix.
-    bool addPath_ = false;
 };
 
 } // namespace Qcf::Agent

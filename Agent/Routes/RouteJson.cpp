@@ -2,6 +2,7 @@
 
 #include "Agent/Routes/RouteAttributes.h"
 #include "Platform/Render/JsonObjectReader.h"
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Render/Utf8.h"
 #include "Platform/Routing/CommunityText.h"
 #include "Platform/Routing/TextPieces.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 /// Routes from JSON. What comes out holds all that the engine asserts, numbers within their limits
 /// and sets in order, so that whatever is wrong fails here, with its place in the document.
@@ -198,8 +200,16 @@ void readSession(JsonValue const & from, Session & session) {
     String found = '"' + oneLine(member.key(), 60) + '"';
     if (Eval::findAttribute(String(member.key())) != nullptr) {
         found += ", which a route does not carry";
+    } else {
+        std::vector<std::string_view> known{"session"};
+        for (RouteAttribute const & attribute : routeAttributes()) {
+            known.push_back(attribute.name);
+        }
+        found += didYouMean(member.key(), known);
     }
-    member.fail("route", "a source attribute or \"session\"", found);
+    member.fail("route",
+                "a source attribute or \"session\", as qcf schema --format routes lists them",
+                found);
 }
 
 } // namespace

@@ -25,14 +25,14 @@ bool looksLikeText(Lists::ByteSource & source) {
 
 } // namespace
 
-std::unique_ptr<RouteReader> openRoutes(String const & path, Lists::Reporter report) {
+std::unique_ptr<RouteReader> openRoutes(String const & path, Lists::Reporter report, U32 threads) {
     return openRoutes(Lists::openFileStream(path), path == "-" ? "standard input" : path,
-                      std::move(report));
+                      std::move(report), threads);
 }
 
 std::unique_ptr<RouteReader> openRoutes(std::unique_ptr<Lists::ByteStream> stream,
-                                        String const & name, Lists::Reporter report) {
-    Lists::ByteSource source(std::move(stream));
+                                        String const & name, Lists::Reporter report, U32 threads) {
+    Lists::ByteSource source(std::move(stream), threads);
     bool const empty = !source.ensure(1);
     // A stream that fails before its first byte is no empty table.
     if (empty && !source.fault().empty()) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 /// Invented routes for tests and measurements. Every choice is drawn from one stream of numbers, so
 /// that the order of the draws is a part of what a seed means.
@@ -98,8 +99,8 @@ U32 TableGenerator::Random::asn() {
     return below(5) < 3 ? 1000 + below(22000) : 131072 + below(270000);
 }
 
-TableGenerator::TableGenerator(U64 routes, U64 seed)
-    : left_(routes), random_(seed), offset_(random_.next()) {
+TableGenerator::TableGenerator(U64 routes, U64 seed, Sharing sharing)
+    : left_(routes), sharing_(sharing), random_(seed), offset_(random_.next()) {
     for (U32 i = 0; i < v4PeerCount; ++i) {
         peers_.push_back({IpGenAddr::v4(0xc6336400 + 10 + i), firstPeerAs + i});
     }
@@ -111,6 +112,15 @@ TableGenerator::TableGenerator(U64 routes, U64 seed)
     constexpr U32 transitCount = 80;
     for (U32 i = 0; i < transitCount; ++i) {
         transits_.push_back(random_.asn());
+    }
+    if (sharing_ == Sharing::real) {
+        bundleSeed_ = random_.next();
+        for (U32 i = 0; i < v4PeerCount; ++i) {
+            peers_[i].as = 1000 + random_.below(22000);
+        }
+        for (U32 i = 0; i < v6PeerCount; ++i) {
+            peers_[v4PeerCount + i].as = peers_[i].as;
+        }
     }
 }
 
@@ -138,10 +148,34 @@ IpGenPrefix TableGenerator::nextPrefix(AddressFamily family) {
 void TableGenerator::startPrefix() {
     bool const v6 = random_.below(100) < 18;
     prefix_ = nextPrefix(v6 ? AddressFamily::ipv6 : AddressFamily::ipv4);
+    chooseOrigin();
+}
+
+void TableGenerator::chooseOrigin() {
     originAs_ = random_.asn();
     U32 const dice = random_.below(10);
     peersLeft_ = dice < 6 ? 1 : dice < 9 ? 2 : 3;
     peerAt_ = random_.below(v4PeerCount);
+}
+
+TableGenerator::Random TableGenerator::bundleNumbers(U32 part) const {
+    return Random(bundleSeed_ ^ (U64{bundle_} << 8 | part));
+}
+
+// Bundles follow each other in runs. The more bundles there are, the seldomer is a run a new one's:
+// there are fewer origins than prefixes, and a longer table meets most of them again.
+void TableGenerator::startSharedPrefix() {
+    constexpr U32 percentOfRun = 47; ///< of prefixes, which go on with the bundle before
+    constexpr U32 newAtFirst = 30000;
+    if (bundles_ == 0 || random_.below(100) >= percentOfRun) {
+        bool const isNew = random_.below(newAtFirst + bundles_) < newAtFirst;
+        bundle_ = isNew || bundles_ == 0 ? bundles_++ : random_.below(bundles_);
+    }
+    Random const stream = std::exchange(random_, bundleNumbers(bundleFacts));
+    bool const v6 = random_.below(100) < 18;
+    chooseOrigin();
+    random_ = stream;
+    prefix_ = nextPrefix(v6 ? AddressFamily::ipv6 : AddressFamily::ipv4);
 }
 
 bool TableGenerator::next(Route & route) {
@@ -151,15 +185,26 @@ bool TableGenerator::next(Route & route) {
     --left_;
     // Routes of one prefix follow each other, so that a writer can put them into one record.
     if (peersLeft_ == 0) {
-        startPrefix();
+        sharing_ == Sharing::real ? startSharedPrefix() : startPrefix();
     }
     --peersLeft_;
     ++peerAt_;
     bool const v6 = prefix_.af() == AddressFamily::ipv6;
-    MrtPeer const & peer = peers_[v6 ? v4PeerCount + peerAt_ % v6PeerCount : peerAt_ % v4PeerCount];
+    U32 const peerIndex = v6 ? v4PeerCount + peerAt_ % v6PeerCount : peerAt_ % v4PeerCount;
 
     route.clear();
     route.ipPrefix = prefix_;
+    if (sharing_ == Sharing::real) {
+        Random const stream = std::exchange(random_, bundleNumbers(peerIndex));
+        fillAttributes(route, peers_[peerIndex]);
+        random_ = stream;
+    } else {
+        fillAttributes(route, peers_[peerIndex]);
+    }
+    return true;
+}
+
+void TableGenerator::fillAttributes(Route & route, MrtPeer const & peer) {
     route.sourceSessionRemoteAs = peer.as;
     route.sourceSessionRemoteIpAddress = peer.address;
     route.nextHop = peer.address;
@@ -169,7 +214,6 @@ bool TableGenerator::next(Route & route) {
     route.localPref = random_.oneIn(5) ? 50 + 50 * random_.below(6) : 100;
     fillPath(route, peer.as);
     fillCommunities(route);
-    return true;
 }
 
 /// The peer, transit, and the origin last, which in one path of eight prepends itself.

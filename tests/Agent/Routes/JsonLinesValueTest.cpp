@@ -171,12 +171,13 @@ constexpr RefusalCase refusalCases[] = {
     {R"({"resolution_ribs": {"entries": [{"name": "a", "kind": 256}]}})",
      "/resolution_ribs/entries/0/kind: wants integer from 0 to 255, found number 256"},
     {R"({"as_path.length": 3})",
-     R"(/as_path.length: route wants a source attribute or "session", found "as_path.length", )"
+     R"(/as_path.length: route wants a source attribute or "session", as qcf schema --format routes lists them, found "as_path.length", )"
      "which a route does not carry"},
     {R"({"input.med": 3})",
-     R"(/input.med: route wants a source attribute or "session", found "input.med", )"
+     R"(/input.med: route wants a source attribute or "session", as qcf schema --format routes lists them, found "input.med", )"
      "which a route does not carry"},
-    {R"({"metric": 3})", R"(/metric: route wants a source attribute or "session", found "metric")"},
+    {R"({"metric": 3})",
+     R"(/metric: route wants a source attribute or "session", as qcf schema --format routes lists them, found "metric")"},
     {R"({"session": {"asn": 1}})",
      "/session/asn: session wants only keys outbound, local_as, peer_confed, vrf_id, found unknown "
      R"(key "asn")"},
