@@ -40,8 +40,12 @@ U32 expectU32(JsonValue const & value) {
 
 } // namespace
 
-BatchChanges::BatchChanges(StagedBatch const & batch, AetCollections const * base) : base_(base) {
+BatchChanges::BatchChanges(StagedBatch const & batch, AetCollections const * base,
+                           PublishedLists const & lists, VersionPlaces places)
+    : base_(base), lists_(lists), places_(std::move(places)) {
     batch.eachLine([this](JsonValue const & each) { line(each); });
+    lists_.endList();
+    places_.end();
     // Nodes for which there would be no store must not vanish silently.
     if (!status_ || (!status_->store && !nodes_.empty())) {
         throw MirrorError("the batch of version " + std::to_string(batch.start().version) +
@@ -58,6 +62,14 @@ void BatchChanges::line(JsonValue const & line) {
         functionLine(line);
     } else if (line.find("status")) {
         statusLine(line);
+    } else if (line.find("list")) {
+        lists_.headLine(line);
+    } else if (line.find("at")) {
+        lists_.editLine(line);
+    } else if (line.find("places")) {
+        places_.headLine(line);
+    } else if (line.find("rows")) {
+        places_.rowsLine(line);
     } else {
         removeLine(line);
     }
@@ -126,7 +138,10 @@ void BatchChanges::nodeLine(JsonValue const & line) {
     if (isTooDeep(*node)) {
         className.fail(nodeClass.name, depthWanted(), "a deeper one");
     }
-    keepConstantValue(*node);
+    if (isTooLarge(*node)) {
+        className.fail(nodeClass.name, sizeWanted(), "a larger one");
+    }
+    keepConstant(className, *node);
     if (!loose) {
         addMember(key, node);
     } else if (loose->expectU64() != loose_.size()) {
@@ -134,6 +149,20 @@ void BatchChanges::nodeLine(JsonValue const & line) {
         loose->fail("number " + std::to_string(loose_.size()));
     } else {
         loose_.push_back(node);
+    }
+}
+
+// Literals may share their elements: the values that they keep can be far more than the lines are.
+void BatchChanges::keepConstant(JsonValue const & place, Node const & node) {
+    constexpr U64 most = Documents::ProgramLimits::constantElements;
+    if (node.typeData().facts.keepConstant) {
+        // An element and its link.
+        constantElements_ += node.treeFacts().size / 2;
+        if (constantElements_ > most) {
+            place.fail(node.typeData().name,
+                       "at most " + std::to_string(most) + " elements of literals in all", "more");
+        }
+        keepConstantValue(node);
     }
 }
 

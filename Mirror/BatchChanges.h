@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Documents/KeyTable.h"
+#include "Mirror/BatchLists.h"
+#include "Mirror/BatchPlaces.h"
 #include "Mirror/StagedBatch.h"
 #include "QcfLib/QcfLib.h"
 
@@ -25,7 +27,9 @@ public:
     using Node = Eval::AetNodeBase;
 
     /// References lead to nodes of the batch itself or of `base`, which may be null.
-    BatchChanges(StagedBatch const & batch, AetCollections const * base);
+    /// `lists` and `places` are those that the batch builds on; the lists must outlive this.
+    BatchChanges(StagedBatch const & batch, AetCollections const * base,
+                 PublishedLists const & lists, VersionPlaces places = {});
 
     /// Members that go, each once.
     std::vector<CollKey> const & removed() const { return removed_; }
@@ -35,6 +39,10 @@ public:
     std::map<String, PtrConst<Eval::Function>> const & functions() const { return functions_; }
     /// The status's own fields; every batch has them.
     StatusFields const & status() const { return *status_; }
+    /// All lists after the batch.
+    PublishedLists const & lists() const { return lists_.lists(); }
+    /// All places after the batch.
+    VersionPlaces const & places() const { return places_.places(); }
 
 private:
     /// Of places in the store.
@@ -53,6 +61,8 @@ private:
     void statusLine(JsonValue const & line);
     /// A node, which is built here, its children being there.
     void nodeLine(JsonValue const & line);
+    /// Keeps the value of a literal, within the bounds of all literals.
+    void keepConstant(JsonValue const & place, Node const & node);
     /// A node that is to become a member under its key, which must be free in its class.
     void addMember(JsonValue const & key, Ptr<Node> const & node);
     /// Whether a member has that place, or comes to have it.
@@ -79,7 +89,10 @@ private:
     /// Nodes that are no members, by their numbers.
     std::vector<Ptr<Node>> loose_;
     std::map<String, PtrConst<Eval::Function>> functions_;
+    U64 constantElements_ = 0; ///< of the literals so far
     std::optional<StatusFields> status_;
+    BatchLists lists_;
+    BatchPlaces places_;
 };
 
 } // namespace Qcf::Mirror

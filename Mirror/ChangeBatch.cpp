@@ -35,7 +35,15 @@ String newBatchId() {
 std::size_t Batch::bytes() const {
     return std::accumulate(
         pieces.begin(), pieces.end(), std::size_t{0},
-        [](std::size_t sum, String const & piece) { return sum + piece.size(); });
+        [](std::size_t total, String const & piece) { return total + piece.size(); });
+}
+
+// None of the parts before the ids can hold the mark between them, and the first id says where it
+// ends.
+String Batch::signedText() const {
+    return std::to_string(start.format) + '\n' + std::to_string(start.version) + '\n' +
+           digest.toString() + '\n' + sum + '\n' + std::to_string(start.id.size()) + '\n' +
+           start.id + '\n' + start.base;
 }
 
 BatchWriter::BatchWriter(BatchStart start, std::size_t pieceSize) : pieceSize_(pieceSize) {
@@ -44,7 +52,7 @@ BatchWriter::BatchWriter(BatchStart start, std::size_t pieceSize) : pieceSize_(p
     line_.key("start");
     line_.beginObject();
     line_.key("format");
-    line_.value(batchFormat);
+    line_.value(batch_.start.format);
     line_.key("version");
     line_.value(batch_.start.version);
     line_.key("id");
@@ -141,10 +149,20 @@ void BatchWriter::writeEnd(Digest const & digest) {
     line_.value(batch_.functions);
     line_.key("nodes");
     line_.value(batch_.nodes);
+    if (batch_.start.format >= listsFormat) {
+        line_.key("lists");
+        line_.value(batch_.lists);
+    }
     line_.key("lines");
     line_.value(lines_);
     line_.key("sum");
-    line_.value(sum_.finish().toString());
+    batch_.sum = sum_.finish().toString();
+    line_.value(batch_.sum);
+    if (signer_ != nullptr) {
+        batch_.signature = signer_->sign(batch_.signedText());
+        line_.key("signature");
+        line_.value(batch_.signature);
+    }
     line_.endObject();
     line_.endObject();
     // Without endLine: the end line is not counted, either.

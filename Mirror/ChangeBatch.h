@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Mirror/BatchSigner.h"
 #include "Mirror/PolicyVersion.h"
 #include "Mirror/WireFields.h"
 #include "Platform/Render/RendererV2.h"
@@ -21,6 +22,10 @@ namespace Qcf::Mirror {
 ///         a node that others or a name hold, but that is no member; numbered within the batch
 ///     {"function":"import","ref":27}
 ///         functions by name, members or not; a null "ref" takes one away
+///     {"list":"prefixLists","name":"P",...}, {"at":1,"drop":2,"add":[...]}
+///         a named list that becomes another one, and its edits; docs/mirror.md tells them all
+///     {"places":"import","file":"edge.qcf","line":17,"anew":true}, {"rows":[[12,0,3,0,21],...]}
+///         where a function stands in its text, and its nodes from its own line on
 ///     {"status":{"dedupedFunctionsPresent":true,"start":7,"end":7,"store":true}}
 ///         the status's own fields
 ///     {"end":{"version":7,"digest":"3b..","functions":2,"nodes":40,"lines":9,"sum":"77.."}}
@@ -34,11 +39,25 @@ struct BatchStart {
     U64 version = 0;
     String id;
     String base;
+    U64 format = 2; ///< batchFormat, listsFormat or placesFormat
 };
 
-/// The format that is written, and the only one that is read. Readers of another one refuse the
-/// start line; the first one was without a number.
+/// The format of batches of functions alone; readers of other ones refuse the start line. The first
+/// one was without a number.
 inline constexpr U64 batchFormat = 2;
+/// The format of batches that have lists or build on some: who knows the other one alone must not
+/// take them for less than they are.
+inline constexpr U64 listsFormat = 3;
+/// The format of batches that have places or build on some; it has what the others have, too.
+inline constexpr U64 placesFormat = 4;
+
+/// What a change of lists came to.
+struct ListCounts {
+    U64 set = 0; ///< new or changed
+    U64 removed = 0;
+    U64 entriesAdded = 0; ///< an entry that changes goes and comes
+    U64 entriesRemoved = 0;
+};
 
 /// The fields of a status beside functions and nodes.
 struct StatusFields {
@@ -60,10 +79,14 @@ String newBatchId();
 /// A batch as it is sent.
 struct Batch {
     BatchStart start;
-    Digest digest;      ///< over the functions after the batch
+    Digest digest;      ///< of the version: over functions and lists after the batch
     U64 functions = 0;  ///< functions after the batch
     U64 nodes = 0;      ///< nodes after the batch
+    U64 lists = 0;      ///< lists after the batch
     U64 movedNodes = 0; ///< nodes that the batch brings
+    ListCounts listCounts;
+    String sum;       ///< over all lines but the last
+    String signature; ///< empty for none
     /// The lines, each with its line end, in pieces of some size: the first holds the start line
     /// alone, the last the end line.
     std::vector<String> pieces;
@@ -72,6 +95,8 @@ struct Batch {
     std::size_t bytes() const;
     /// The version that the batch makes.
     VersionId version() const { return {start.version, start.id, digest}; }
+    /// What a signature is over: the start, the digest, and the sum of all that lies between.
+    String signedText() const;
 };
 
 /// Writes a batch line by line, in the order above. Children before parents, and loose nodes by
@@ -83,6 +108,9 @@ public:
 
     explicit BatchWriter(BatchStart start, std::size_t pieceSize = usualPieceSize);
 
+    /// The batch is signed; null for not. The signer must outlive the writer.
+    void signerIs(BatchSigner const * signer) { signer_ = signer; }
+
     /// Members that go, each class's in a row.
     void remove(std::vector<CollKey> const & members);
     /// A member with its fields.
@@ -93,6 +121,18 @@ public:
     void function(String const & name, NodeReference const & function);
     /// Takes a name away.
     void functionDel(String const & name);
+    /// A line of another kind: `write(renderer)` writes its members.
+    template <typename Write>
+    void line(Write && write) {
+        line_.beginObject();
+        write(line_);
+        endLine();
+    }
+    /// How many lists there are after the batch, and what became of them.
+    void listsAre(U64 lists, ListCounts const & counts) {
+        batch_.lists = lists;
+        batch_.listCounts = counts;
+    }
     /// The last two lines; the writer is of no more use.
     Batch finish(StatusFields const & status, Digest const & digest, U64 functions, U64 nodes);
 
@@ -109,6 +149,7 @@ private:
     RendererV2 line_{piece_};
     Digester sum_;
     U64 lines_ = 0;
+    BatchSigner const * signer_ = nullptr;
 };
 
 } // namespace Qcf::Mirror

@@ -1,6 +1,8 @@
 #include "Mirror/ChangeSource.h"
 
 #include "Mirror/BatchNodes.h"
+#include "Mirror/BatchPlaces.h"
+#include "Mirror/ListDifference.h"
 #include "Mirror/Publishable.h"
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
@@ -11,6 +13,20 @@
 namespace Qcf::Mirror {
 
 using Node = Eval::AetNodeBase;
+
+namespace {
+
+/// Says how lists change, where there are any.
+void writeLists(BatchWriter & writer, PublishedLists const & before, PublishedLists const & after) {
+    writer.listsAre(after.size(), writeListChanges(writer, before, after));
+}
+
+/// The least that a reader has to know.
+U64 formatOf(bool hasLists, bool hasPlaces) {
+    return hasPlaces ? placesFormat : hasLists ? listsFormat : batchFormat;
+}
+
+} // namespace
 
 ChangeSource::ChangeSource(Ptr<AllFunctionStatus> status, std::function<void()> changed)
     : status_(std::move(status)),
@@ -88,11 +104,12 @@ void ChangeSource::changesDel() {
     replaced_ = false;
 }
 
-Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
+Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest, ListChange const & lists,
+                              PlaceChange const & places) {
     QCF_ASSERT_TEXT(!replaced_ || start.base.empty(), "a replaced store is told from nothing");
     // From nothing: what changed is a part of what there is.
     if (start.base.empty()) {
-        Batch batch = snapshot(std::move(start), digest);
+        Batch batch = snapshot(std::move(start), digest, lists.after, places.after);
         changesDel();
         return batch;
     }
@@ -107,7 +124,9 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
             come.push_back(node.get());
         }
     }
+    start.format = formatOf(lists.any(), places.any());
     BatchWriter writer(std::move(start));
+    writer.signerIs(signer_.get());
     // A key that is used again goes before it comes.
     writer.remove(gone);
     BatchNodes nodes(writer, store_.get(), std::move(come));
@@ -117,6 +136,8 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
         auto const function = status_->aet(name);
         function ? nodes.function(name, *function) : writer.functionDel(name);
     }
+    writeLists(writer, lists.before, lists.after);
+    writePlaceChanges(writer, places.before, places.after);
     Batch batch = writer.finish(StatusFields::of(*status_), digest, status_->aet().size(),
                                 store_ ? store_->size() : 0);
     // Last: where something cannot be published, the changes stay to be taken.
@@ -124,10 +145,13 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest) {
     return batch;
 }
 
-Batch ChangeSource::snapshot(BatchStart start, Digest const & digest) const {
+Batch ChangeSource::snapshot(BatchStart start, Digest const & digest, PublishedLists const & lists,
+                             VersionPlaces const & places) const {
     // Whatever the caller builds on, this says everything.
     start.base.clear();
+    start.format = formatOf(!lists.empty(), !places.empty());
     BatchWriter writer(std::move(start));
+    writer.signerIs(signer_.get());
     std::vector<Node const *> all;
     if (store_) {
         all.reserve(store_->size());
@@ -139,6 +163,8 @@ Batch ChangeSource::snapshot(BatchStart start, Digest const & digest) const {
     for (auto const & [name, function] : status_->aet()) {
         nodes.function(name, *function);
     }
+    writeLists(writer, {}, lists);
+    writePlaceChanges(writer, {}, places);
     return writer.finish(StatusFields::of(*status_), digest, status_->aet().size(), size);
 }
 

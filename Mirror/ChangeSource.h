@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Mirror/ChangeBatch.h"
+#include "Mirror/PublishedLists.h"
+#include "Mirror/VersionPlaces.h"
 #include "QcfLib/QcfLib.h"
 
 #include <functional>
@@ -41,11 +43,16 @@ public:
 
     /// The changes since the last batch; everything when `start.base` is empty, which it must be
     /// after a replacement. Throws MirrorError when there is something that cannot be published;
-    /// the changes then stay to be taken.
-    Batch takeBatch(BatchStart start, Digest const & digest);
-    /// Everything that there is, as a batch from nothing. The changes stay to be taken. Throws as
-    /// `takeBatch` does.
-    Batch snapshot(BatchStart start, Digest const & digest) const;
+    /// the changes then stay to be taken. A status knows no lists and no places: who publishes some
+    /// says how they change; `digest` is then over the lists, too.
+    Batch takeBatch(BatchStart start, Digest const & digest, ListChange const & lists = {},
+                    PlaceChange const & places = {});
+    /// Everything that there is, as a batch from nothing, with these lists and places. The changes
+    /// stay to be taken. Throws as `takeBatch` does.
+    Batch snapshot(BatchStart start, Digest const & digest, PublishedLists const & lists = {},
+                   VersionPlaces const & places = {}) const;
+    /// Batches are signed from here on; null for not.
+    void signerIs(std::shared_ptr<BatchSigner const> signer) { signer_ = std::move(signer); }
     /// Forgets the changes: whoever gets the batches knows of them.
     void changesDel();
 
@@ -60,6 +67,7 @@ private:
 
     Ptr<AllFunctionStatus> status_;
     std::function<void()> changed_;
+    std::shared_ptr<BatchSigner const> signer_;
     SubscriptionId statusSubscription_;
     Ptr<AetCollections> store_; ///< the one that is watched
     SubscriptionId storeSubscription_ = 0;

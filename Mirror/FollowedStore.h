@@ -25,7 +25,9 @@ class FollowedStore {
 public:
     /// Empty, before any version. The name is that of the published store: a server has the store
     /// under it.
-    explicit FollowedStore(String name) : name_(std::move(name)), replica_(emptyReplica()) {}
+    /// With a signer nothing is taken that was not signed by its key.
+    explicit FollowedStore(String name, std::shared_ptr<BatchSigner const> signer = nullptr)
+        : name_(std::move(name)), signer_(std::move(signer)), replica_(emptyReplica()) {}
 
     /// The name of the published store, by which messages call it, too.
     String const & name() const { return name_; }
@@ -37,7 +39,9 @@ public:
     VersionedView & view() { return view_; }
 
     /// An empty copy, to be filled beside the present one and then adopted.
-    std::unique_ptr<Replica> emptyReplica() const { return std::make_unique<Replica>(name_); }
+    std::unique_ptr<Replica> emptyReplica() const {
+        return std::make_unique<Replica>(name_, signer_);
+    }
     /// The copy, for applying batches; `show` makes what it became visible.
     Replica & replica() { return *replica_; }
     void adopt(std::unique_ptr<Replica> replica) { replica_ = std::move(replica); }
@@ -46,6 +50,7 @@ public:
 
 private:
     String name_;
+    std::shared_ptr<BatchSigner const> signer_;
     VersionedView view_;
     std::unique_ptr<Replica> replica_;
 };

@@ -5,7 +5,10 @@
 #include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfEval.h"
 
+#include <array>
 #include <bit>
+#include <charconv>
+#include <memory_resource>
 
 /// A function's digest is over the contents of its nodes, each once, in the order of a walk. It
 /// must come out alike in every process, so that nothing here may depend on keys, addresses,
@@ -17,6 +20,46 @@ namespace {
 
 using Eval::AetNodeBase;
 using Eval::FieldInfo;
+
+/// In decimal, with a mark at its end.
+template <typename T>
+void appendNumber(String & out, T value) {
+    using Widest = std::conditional_t<std::is_signed_v<T>, S64, U64>;
+    std::array<char, 24> digits{};
+    auto const end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<Widest>(value)).ptr;
+    out.append(digits.data(), end);
+    out += ';';
+}
+
+/// Hands text to a digester in pieces of some size, which costs less than in many small ones.
+class PieceWriter {
+public:
+    explicit PieceWriter(Digester & to) : to_(to) {}
+
+    /// A text that says where it ends.
+    void addText(std::string_view text) {
+        appendNumber(piece_, text.size());
+        addBytes(text);
+    }
+    void addBytes(std::string_view bytes) {
+        constexpr std::size_t usual = 4096;
+        piece_ += bytes;
+        if (piece_.size() >= usual) {
+            to_.add(piece_);
+            piece_.clear();
+        }
+    }
+    Digest finish() {
+        to_.add(piece_);
+        piece_.clear();
+        return to_.finish();
+    }
+
+private:
+    Digester & to_;
+    String piece_;
+};
 
 /// The content of one node as bytes that no other content has: each part says where it ends.
 /// Numbers are text, so that the order of bytes in memory does not matter.
@@ -36,7 +79,7 @@ public:
 private:
     template <typename T>
     requires std::is_integral_v<T>
-    void add(T value) { out_ += std::to_string(value) + ';'; }
+    void add(T value) { appendNumber(out_, value); }
     // The bits: what compares equal, as the two zeros, need not be the same content.
     void add(F32 value) { add(std::bit_cast<U32>(value)); }
     void add(Eval::TriStateBoolValue value) { add(static_cast<U8>(value)); }
@@ -88,30 +131,51 @@ private:
 
 } // namespace
 
+/// Storage of a walk, which the next one uses again.
+struct FunctionDigests::Walk {
+    Documents::StructureTable contents;
+    Digester digester;
+    PieceWriter out{digester};
+    String content; ///< of one node
+    std::array<std::byte, 8192> memory{};
+};
+
+FunctionDigests::FunctionDigests() = default;
+FunctionDigests::~FunctionDigests() = default;
+
 Digest FunctionDigests::of(Eval::Function const & function) {
     auto const found = known_.find(&function);
     if (found != known_.end()) {
         return found->second.digest;
     }
-    Digest const digest = compute(function);
+    // Taken out for the time: a callee that is not known is walked meanwhile.
+    auto walk = spare_.empty() ? std::make_unique<Walk>() : std::move(spare_.back());
+    if (!spare_.empty()) {
+        spare_.pop_back();
+    }
+    Digest const digest = compute(function, *walk);
+    constexpr U32 usualContents = 10'000;
+    if (walk->contents.count() < usualContents) {
+        walk->contents.clear();
+        spare_.push_back(std::move(walk));
+    }
     known_.emplace(&function, Known{PtrConst<Eval::FunctionBase>(&function), digest});
     return digest;
 }
 
 // Every content that occurs is digested once, where a walk children first meets it first; a child
 // is told by the number of its content. So equal trees give equal bytes however they are shared.
-Digest FunctionDigests::compute(Eval::Function const & function) {
-    Documents::StructureTable contents;
-    std::unordered_map<AetNodeBase const *, U32> numbers;
-    Digester digester;
-    String content;
+Digest FunctionDigests::compute(Eval::Function const & function, Walk & walk) {
+    std::pmr::monotonic_buffer_resource memory(walk.memory.data(), walk.memory.size());
+    std::pmr::unordered_map<AetNodeBase const *, U32> numbers(&memory);
+    String & content = walk.content;
     auto const writeChild = [&](AetNodeBase const * child) {
         auto const * const callee = child == nullptr ? nullptr : Eval::as<Eval::Function>(*child);
         // A callee counts by its own digest, which other callers share: walks end at calls.
         if (callee != nullptr) {
             content += of(*callee).toString();
         } else {
-            content += std::to_string(child == nullptr ? 0 : numbers.at(child)) + ';';
+            appendNumber(content, child == nullptr ? 0U : numbers.at(child));
         }
     };
     Content writer(content, writeChild);
@@ -120,27 +184,49 @@ Digest FunctionDigests::compute(Eval::Function const & function) {
         return !isCallee && numbers.try_emplace(&at.node, 0).second;
     };
     walkTree(function, enter, [&](AetNodeBase const & node) {
-        content = String(node.typeData().name) + ';';
+        content = node.typeData().name;
+        content += ';';
         node.typeData().write(node, writer);
-        U32 const before = contents.count();
-        U32 const number = contents.numberOf(content);
+        U32 const before = walk.contents.count();
+        U32 const number = walk.contents.numberOf(content);
         numbers[&node] = number;
         if (number > before) {
-            digester.add(std::to_string(content.size()) + ';');
-            digester.add(content);
+            walk.out.addText(content);
         }
     });
-    return digester.finish();
+    return walk.out.finish();
 }
 
 Digest FunctionDigests::of(AllFunctionStatus::Functions const & functions) {
+    return of(functions, {});
+}
+
+Digest FunctionDigests::of(AllFunctionStatus::Functions const & functions,
+                           Changes const & changes) {
     Digester digester;
+    PieceWriter out(digester);
+    auto const add = [&](String const & name, Eval::FunctionBase const * function) {
+        if (function != nullptr) {
+            out.addText(name);
+            // Whoever fills the status has seen that all functions are of this class.
+            out.addBytes(of(static_cast<Eval::Function const &>(*function)).toString());
+        }
+    };
+    // Both are in name order.
+    auto change = changes.begin();
     for (auto const & [name, function] : functions) {
-        digester.add(std::to_string(name.size()) + ';' + name);
-        // Whoever fills the status has seen that all functions are of this class.
-        digester.add(of(static_cast<Eval::Function const &>(*function)).toString());
+        for (; change != changes.end() && change->first < name; ++change) {
+            add(change->first, change->second.get());
+        }
+        bool const isChanged = change != changes.end() && change->first == name;
+        add(name, isChanged ? static_cast<Eval::FunctionBase const *>(change->second.get())
+                            : function.get());
+        change = isChanged ? std::next(change) : change;
     }
-    return digester.finish();
+    for (; change != changes.end(); ++change) {
+        add(change->first, change->second.get());
+    }
+    return out.finish();
 }
 
 void FunctionDigests::keepInUse() {

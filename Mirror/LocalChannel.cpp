@@ -35,11 +35,11 @@ void LocalChannel::attach(FollowedStore & mirror) {
     // Nobody has the last version: what changed since need not be told, only counted.
     if (followers_.empty()) {
         renew();
-    } else if (source_.hasChanges()) {
+    } else if (hasNews()) {
         passBatch();
     }
     BatchStart const start{version_.number, version_.id, ""};
-    applyTo(mirror, stage(source_.snapshot(start, version_.digest)));
+    applyTo(mirror, stage(source_.snapshot(start, version_.digest, passedLists_)));
     followers_.push_back({&mirror, true});
 }
 
@@ -47,11 +47,19 @@ void LocalChannel::detach(FollowedStore & mirror) {
     std::erase_if(followers_, [&](Follower const & each) { return each.mirror == &mirror; });
 }
 
+void LocalChannel::listsIs(std::vector<Lists::ListRecord> lists) {
+    lists_ = publishedLists(std::move(lists), lists_);
+    passChanges();
+}
+
+bool LocalChannel::hasNews() const {
+    return source_.hasChanges() || !sameLists(lists_, passedLists_);
+}
+
 // While nobody is attached, changes are noted and no more.
 void LocalChannel::passChanges() {
     // Between the markers the status is not what anybody should see.
-    if (followers_.empty() || status_->dedupedFunctionUpdatesInProgress() ||
-        !source_.hasChanges()) {
+    if (followers_.empty() || status_->dedupedFunctionUpdatesInProgress() || !hasNews()) {
         return;
     }
     try {
@@ -63,30 +71,34 @@ void LocalChannel::passChanges() {
     }
 }
 
-/// The version that the changes make; its digest is the last one's while names mean the same.
+/// The version that the changes make; the functions' digest is the last one's while names mean the
+/// same.
 VersionId LocalChannel::nextVersion() {
-    VersionId next{version_.number + 1, newBatchId(), version_.digest};
+    VersionId next{version_.number + 1, newBatchId(), {}};
     if (version_.number == 0 || source_.functionsChanged()) {
         // Before digests look into the functions.
         source_.checkFunctions();
         digests_.keepInUse();
-        next.digest = digests_.of(status_->aet());
+        functionsDigest_ = digests_.of(status_->aet());
     }
+    next.digest = versionDigest(functionsDigest_, lists_);
     return next;
 }
 
 /// Takes what there is for a version that nobody has yet.
 void LocalChannel::renew() {
-    if (version_.number == 0 || source_.hasChanges()) {
+    if (version_.number == 0 || hasNews()) {
         version_ = nextVersion();
         source_.changesDel();
+        passedLists_ = lists_;
     }
 }
 
 void LocalChannel::passBatch() {
     VersionId const next = nextVersion();
     BatchStart const start{next.number, next.id, source_.replaced() ? String() : version_.id};
-    StagedBatch const change = stage(source_.takeBatch(start, next.digest));
+    StagedBatch const change = stage(source_.takeBatch(start, next.digest, {passedLists_, lists_}));
+    passedLists_ = lists_;
     // From here on the version counts as given: a mirror that cannot take it is told everything
     // next time.
     version_ = next;
@@ -105,7 +117,8 @@ String LocalChannel::give(Follower & follower, StagedBatch const & change) {
             applyTo(*follower.mirror, change);
         } else {
             BatchStart const start{version_.number, version_.id, ""};
-            applyTo(*follower.mirror, stage(source_.snapshot(start, version_.digest)));
+            applyTo(*follower.mirror,
+                    stage(source_.snapshot(start, version_.digest, passedLists_)));
         }
         follower.inStep = true;
         return {};

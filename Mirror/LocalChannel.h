@@ -31,6 +31,11 @@ public:
     void attach(FollowedStore & mirror);
     void detach(FollowedStore & mirror);
 
+    /// Publishes lists with the functions, which name them: a status knows none. They go out with
+    /// the batch that is under way, else as a version of their own. Each list is named once. Throws
+    /// MirrorError for a list that no reader would take; what was there before then stays.
+    void listsIs(std::vector<Lists::ListRecord> lists);
+
     /// The last version that the mirrors were given.
     VersionId const & version() const { return version_; }
     /// Why the mirrors are behind the status, as when it holds what cannot be published: they keep
@@ -44,6 +49,8 @@ private:
         bool inStep; ///< has what batches build on
     };
 
+    /// Whether there is what the last version has not.
+    bool hasNews() const;
     /// A change came: passes a batch on when one is complete.
     void passChanges();
     /// The version that the changes make.
@@ -58,7 +65,10 @@ private:
     Ptr<AllFunctionStatus> status_;
     Report report_;
     FunctionDigests digests_;
-    VersionId version_; ///< number 0 before the first mirror
+    Digest functionsDigest_;     ///< of the last version's functions alone
+    PublishedLists lists_;       ///< of the version that is to come
+    PublishedLists passedLists_; ///< of the last version
+    VersionId version_;          ///< number 0 before the first mirror
     std::vector<Follower> followers_;
     String trouble_;
     ChangeSource source_;

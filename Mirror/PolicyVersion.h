@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Lists/NamedLists.h"
 #include "Mirror/Digest.h"
+#include "Mirror/VersionPlaces.h"
 #include "QcfLib/QcfEval.h"
 
 #include <map>
@@ -13,14 +15,15 @@ namespace Qcf::Mirror {
 struct VersionId {
     U64 number = 0; ///< rises by one a batch; 0 before the first
     String id;      ///< unique to the batch; empty before the first
-    Digest digest;  ///< over the functions' content
+    Digest digest;  ///< over the functions' content, and the lists' where there are some
 
     bool operator==(VersionId const &) const = default;
     /// "version 7, digest 3b0c..."
     String toString() const;
 };
 
-/// The functions of one complete batch. Immutable, and shared by any number of threads.
+/// The functions of one complete batch, and the lists that it has for them. Immutable, and shared
+/// by any number of threads.
 ///
 ///     if (Eval::Function const * const import = version.find("import")) {
 ///         import->eval(context);
@@ -33,8 +36,13 @@ public:
     using Functions = std::map<String, PtrConst<Eval::Function>, std::less<>>;
 
     /// No function may be null.
-    PolicyVersion(VersionId id, Functions functions, U64 nodes)
-        : id_(std::move(id)), functions_(std::move(functions)), nodes_(nodes) {}
+    PolicyVersion(VersionId id, Functions functions, U64 nodes,
+                  PtrConst<Lists::NamedLists> lists = nullptr, VersionPlaces places = {})
+        : id_(std::move(id)),
+          functions_(std::move(functions)),
+          nodes_(nodes),
+          lists_(std::move(lists)),
+          places_(std::move(places)) {}
 
     /// Which batch it is.
     VersionId const & id() const { return id_; }
@@ -42,6 +50,10 @@ public:
     Functions const & functions() const { return functions_; }
     /// Nodes in the store that the version was taken from.
     U64 nodes() const { return nodes_; }
+    /// The lists that were published with the functions; null where there are none.
+    PtrConst<Lists::NamedLists> const & lists() const { return lists_; }
+    /// Where the functions' nodes stand in their texts, as far as that was published.
+    VersionPlaces const & places() const { return places_; }
     /// The function of that name; null when there is none. Valid as long as the version.
     Eval::Function const * find(std::string_view name) const;
     /// The names that the functions use, with their slots. Where functions disagree, which no
@@ -52,6 +64,8 @@ private:
     VersionId id_;
     Functions functions_;
     U64 nodes_;
+    PtrConst<Lists::NamedLists> lists_;
+    VersionPlaces places_;
 };
 
 } // namespace Qcf::Mirror

@@ -1,15 +1,12 @@
 #include "Mirror/ProgramDifference.h"
 
 #include "Mirror/Publishable.h"
-#include "Platform/Framework/Assert.h"
 #include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfAllAetEntities.h"
 
-#include <algorithm>
-
 /// Finds what of a program is published already, so that publishing the same again does nothing and
-/// a small change stays small. Functions are compared by digest, values by hash and then by
-/// content.
+/// a small change stays small. Functions are compared side by side, values by hash and then by
+/// content. What does not differ is looked at once, and cheaply: most of a large program does not.
 namespace Qcf::Mirror {
 
 namespace {
@@ -23,6 +20,10 @@ bool isSharedValue(AetNodeBase const & node) {
     return facts.isShared && !facts.isLink;
 }
 
+/// Pairs that may be looked at for a program of so many nodes. Values that many nodes share are met
+/// at each place; what goes far beyond that is left to digests, which walk no node twice.
+U64 stepsFor(std::size_t nodes) { return 1000 + 16 * U64{nodes}; }
+
 } // namespace
 
 ProgramDifference::ProgramDifference(Documents::Program const & program,
@@ -31,11 +32,10 @@ ProgramDifference::ProgramDifference(Documents::Program const & program,
       status_(status),
       store_(status.nodes()),
       digests_(digests),
-      places_(program.nodes),
-      standIns_(program.nodes.size()),
+      comparison_(stepsFor(program.nodes.size())),
       stays_(store_.slots()) {
     for (auto const & function : program_.functions) {
-        // Before digests and walks go down the trees.
+        // Before walks go down the trees.
         checkPublishable(*function);
     }
     compareFunctions();
@@ -44,13 +44,6 @@ ProgramDifference::ProgramDifference(Documents::Program const & program,
         indexValues();
         collectNewNodes();
     }
-}
-
-U32 ProgramDifference::placeOf(Node const & node) const {
-    auto const place = places_.find(node.aetNodeKey());
-    QCF_ASSERT_TEXT(place && program_.nodes[*place] == &node,
-                    "a program lists every node of its functions, each under a key of its own");
-    return *place;
 }
 
 /// What is published under the name, if it could have been published by us.
@@ -64,10 +57,9 @@ void ProgramDifference::compareFunctions() {
     for (auto const & function : program_.functions) {
         names.insert(function->funcName());
         auto const * const before = publishedFunction(function->funcName());
-        if (before != nullptr && digests_.of(*before) == digests_.of(*function)) {
+        if (before != nullptr && staysAsItIs(*function, *before)) {
             // Whoever calls it and is set anew is to call the published one.
-            standIns_[placeOf(*function)] = before;
-            keep(*before);
+            standIns_[function.get()] = before;
         } else {
             changed_.push_back(function.get());
         }
@@ -79,18 +71,60 @@ void ProgramDifference::compareFunctions() {
     }
 }
 
+bool ProgramDifference::staysAsItIs(Function const & function, Function const & before) {
+    auto const equal = comparison_.equal(function, before);
+    if (!equal) {
+        bool const sameDigest = digests_.of(before) == digests_.of(function);
+        if (sameDigest) {
+            keep(before);
+        }
+        return sameDigest;
+    }
+    if (*equal) {
+        // All that the published one holds was met just now.
+        for (auto const & pair : comparison_.met()) {
+            keepNode(*pair.b);
+        }
+    }
+    return *equal;
+}
+
+std::unordered_set<U32> ProgramDifference::wantedHashes() const {
+    std::unordered_set<U32> hashes;
+    std::unordered_set<Node const *> met;
+    auto const enter = [&](Eval::WalkedNode const & at) {
+        if (standIns_.contains(&at.node) || !met.insert(&at.node).second) {
+            return false;
+        }
+        if (isSharedValue(at.node)) {
+            hashes.insert(at.node.hash(0));
+        }
+        return true;
+    };
+    for (Function const * const function : changed_) {
+        walkTree(*function, enter);
+    }
+    return hashes;
+}
+
 void ProgramDifference::indexValues() {
-    values_.reserve(store_.size());
-    store_.forEachNode([this](Ptr<AetNodeBase> const & node) {
+    if (store_.size() == 0 || changed_.empty()) {
+        return;
+    }
+    auto const wanted = wantedHashes();
+    store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
         if (isSharedValue(*node) && !isTooDeep(*node)) {
+            U32 const hash = node->hash(0);
             // By hash alone: equalValue looks at the content.
-            values_.emplace(node->hash(0), node.get());
+            if (wanted.contains(hash)) {
+                values_.emplace(hash, node.get());
+            }
         }
     });
 }
 
 AetNodeBase const * ProgramDifference::equalValue(Node const & node) const {
-    if (isSharedValue(node)) {
+    if (!values_.empty() && isSharedValue(node)) {
         auto const [begin, end] = values_.equal_range(node.hash(0));
         for (auto at = begin; at != end; ++at) {
             if (at->second->compare(PtrConst<AetNodeBase>(&node))) {
@@ -101,50 +135,46 @@ AetNodeBase const * ProgramDifference::equalValue(Node const & node) const {
     return nullptr;
 }
 
-// Parents before children: what is used is known of a node when its turn comes.
+// What stands for a node stands for all under it, too, which is not needed then.
 void ProgramDifference::collectNewNodes() {
-    std::vector<bool> used(program_.nodes.size());
+    if (store_.size() == 0) {
+        // All of them are new.
+        standIns_.reserve(program_.nodes.size());
+        new_.reserve(program_.nodes.size());
+    }
     for (Function const * const function : changed_) {
-        used[placeOf(*function)] = true;
+        walkTree(
+            *function, [this](Eval::WalkedNode const & at) { return isNew(at.node); },
+            [this](Node const & node) { new_.push_back(&node); });
     }
-    for (auto place = static_cast<U32>(used.size()); place-- > 0;) {
-        if (used[place] && standIns_[place] == nullptr) {
-            useNode(place, used);
-        }
-    }
-    // Found parents first, made children first.
-    std::reverse(new_.begin(), new_.end());
 }
 
-void ProgramDifference::useNode(U32 place, std::vector<bool> & used) {
-    Node const & node = *program_.nodes[place];
-    if (auto const * const equal = equalValue(node)) {
-        standIns_[place] = equal;
-        // What is under the equal value stays with it; what the program has there is not needed.
-        keep(*equal);
-        return;
+bool ProgramDifference::isNew(Node const & node) {
+    auto const [at, isFirst] = standIns_.try_emplace(&node, nullptr);
+    if (!isFirst) {
+        return false;
     }
-    new_.push_back(place);
-    node.typeData().visitChildren(node, [&](Eval::FieldInfo const &, Node const * child) {
-        if (child != nullptr) {
-            U32 const childPlace = placeOf(*child);
-            QCF_ASSERT_TEXT(childPlace < place, "a program lists children before their parents");
-            used[childPlace] = true;
-        }
-    });
+    Node const * const equal = equalValue(node);
+    if (equal != nullptr) {
+        at->second = equal;
+        keep(*equal);
+    }
+    return equal == nullptr;
 }
 
 // A function that was published otherwise may hold nodes that are no members: they stay with it.
+bool ProgramDifference::keepNode(Node const & node) {
+    std::size_t const slot = store_.slotOf(node);
+    if (slot == AetCollections::noSlot) {
+        return loose_.insert(&node).second;
+    }
+    bool const wasKept = stays_[slot];
+    stays_[slot] = true;
+    return !wasKept;
+}
+
 void ProgramDifference::keep(Node const & root) {
-    walkTree(root, [this](Eval::WalkedNode const & at) {
-        std::size_t const slot = store_.slotOf(at.node);
-        if (slot == AetCollections::noSlot) {
-            return loose_.insert(&at.node).second;
-        }
-        bool const isNew = !stays_[slot];
-        stays_[slot] = true;
-        return isNew;
-    });
+    walkTree(root, [this](Eval::WalkedNode const & at) { return keepNode(at.node); });
 }
 
 } // namespace Qcf::Mirror

@@ -1,8 +1,10 @@
 #include "Mirror/ProgramPublication.h"
 
+#include "Documents/KeyTable.h"
 #include "Mirror/MirrorError.h"
 #include "Mirror/NodeCopy.h"
 #include "Mirror/ProgramDifference.h"
+#include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
 
 #include <algorithm>
@@ -22,23 +24,20 @@ class Publication {
 public:
     Publication(Documents::Program const & program, AllFunctionStatus & status,
                 FunctionDigests & digests)
-        : program_(program),
-          status_(status),
-          store_(status.nodes()),
-          difference_(program, status, digests) {}
+        : status_(status), store_(status.nodes()), difference_(program, status, digests) {}
 
     PublishCounts run(U32 marker);
 
 private:
     bool keysAreFree() const;
     U64 firstFreshKey() const;
+    U64 firstFreshKeyInGap() const;
     void assignKeys();
     void removeUnused();
     void addNewNodes();
     bool canBecomeMember(AetNodeBase const & node, U64 key) const;
     void setFunctions();
 
-    Documents::Program const & program_;
     AllFunctionStatus & status_;
     AetCollections & store_;
     ProgramDifference difference_;
@@ -70,6 +69,16 @@ bool Publication::keysAreFree() const {
 
 // Above all keys; where that is too high, in the first gap that is wide enough.
 U64 Publication::firstFreshKey() const {
+    U64 largest = 0;
+    store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
+        if (node->aetNodeKey() > largest && difference_.stays(*node)) {
+            largest = node->aetNodeKey();
+        }
+    });
+    return ~U64{0} - largest > newKeys_.size() ? largest + 1 : firstFreshKeyInGap();
+}
+
+U64 Publication::firstFreshKeyInGap() const {
     // Both ends count as keys, so that a gap before the first or behind the last is one, too.
     std::vector<U64> keys{0, ~U64{0}};
     store_.forEachNode([&](Ptr<AetNodeBase> const & node) {
@@ -79,10 +88,6 @@ U64 Publication::firstFreshKey() const {
     });
     std::sort(keys.begin(), keys.end());
     std::size_t const wanted = newKeys_.size();
-    U64 const largest = keys[keys.size() - 2];
-    if (~U64{0} - largest > wanted) {
-        return largest + 1;
-    }
     for (std::size_t i = 0; i + 1 < keys.size(); ++i) {
         if (keys[i + 1] - keys[i] > wanted) {
             return keys[i] + 1;
@@ -95,8 +100,12 @@ U64 Publication::firstFreshKey() const {
 void Publication::assignKeys() {
     newKeys_.reserve(difference_.newNodes().size());
     // Keys of the program are kept if all of them can be: a mixture would not be in order.
-    for (U32 const place : difference_.newNodes()) {
-        newKeys_.push_back(program_.nodes[place]->aetNodeKey());
+    Documents::KeyTable given;
+    for (AetNodeBase const * const node : difference_.newNodes()) {
+        U64 const key = node->aetNodeKey();
+        QCF_ASSERT_TEXT(!given.find(key), "each node of a program has a key of its own");
+        given.insert(key, 0);
+        newKeys_.push_back(key);
     }
     if (keysAreFree()) {
         return;
@@ -138,17 +147,17 @@ void Publication::addNewNodes() {
     auto const standInOf = [this](AetNodeBase const & child) {
         return PtrConst<AetNodeBase>(difference_.standIn(child));
     };
-    std::vector<U32> const & places = difference_.newNodes();
-    store_.reserveMore(places.size());
+    auto const & nodes = difference_.newNodes();
+    store_.reserveMore(nodes.size());
     // Children come first, so that what stands for them is there.
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        AetNodeBase const & node = *program_.nodes[places[i]];
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        AetNodeBase const & node = *nodes[i];
         Ptr<AetNodeBase> const member = canBecomeMember(node, newKeys_[i])
                                             ? constCast(PtrConst<AetNodeBase>(&node))
                                             : copyNode(node, newKeys_[i], standInOf);
-        difference_.standInIs(places[i], store_.nodeIs(member).get());
+        difference_.standInIs(node, store_.nodeIs(member).get());
     }
-    counts_.nodesAdded = places.size();
+    counts_.nodesAdded = nodes.size();
 }
 
 void Publication::setFunctions() {

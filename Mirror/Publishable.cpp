@@ -1,5 +1,6 @@
 #include "Mirror/Publishable.h"
 
+#include "Documents/Program.h"
 #include "Mirror/MirrorError.h"
 #include "Platform/Render/Utf8.h"
 #include "QcfLib/QcfEval.h"
@@ -14,6 +15,15 @@ String depthWanted() {
     return "tree of at most " + std::to_string(Eval::maximumTreeDepth) + " levels";
 }
 
+bool isTooLarge(Eval::AetNodeBase const & node) {
+    return node.treeFacts().size > Documents::ProgramLimits::unfoldedNodes;
+}
+
+String sizeWanted() {
+    return "tree of at most " + std::to_string(Documents::ProgramLimits::unfoldedNodes) +
+           " nodes with shared ones counted at each place";
+}
+
 void checkPublishable(Eval::AetNodeBase const & node) {
     auto const classes = Eval::nodeClasses();
     Eval::NodeClass const * const nodeClass = &node.typeData();
@@ -26,6 +36,10 @@ void checkPublishable(Eval::AetNodeBase const & node) {
     if (isTooDeep(node)) {
         throw MirrorError(String(nodeClass->name) + " " + std::to_string(node.aetNodeKey()) +
                           " wants a " + depthWanted() + ", found a deeper one");
+    }
+    if (isTooLarge(node)) {
+        throw MirrorError(String(nodeClass->name) + " " + std::to_string(node.aetNodeKey()) +
+                          " wants a " + sizeWanted() + ", found a larger one");
     }
 }
 

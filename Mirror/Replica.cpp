@@ -8,34 +8,30 @@
 /// change, so that nobody who follows the status sees a part of it.
 namespace Qcf::Mirror {
 
-Replica::Replica(String name) : status_(allFunctionStatusFactory(std::move(name))) {}
+Replica::Replica(String name, std::shared_ptr<BatchSigner const> signer)
+    : status_(allFunctionStatusFactory(std::move(name))), signer_(std::move(signer)) {}
 
-PtrConst<PolicyVersion> Replica::policy() const {
+Digest Replica::digest() {
+    functionsDigest_ = digests_.of(status_->aet());
+    return versionDigest(functionsDigest_, lists_);
+}
+
+PtrConst<PolicyVersion> Replica::policy() {
     PolicyVersion::Functions functions;
     for (auto const & [name, function] : status_->aet()) {
         functions.emplace(name, ptrCast<Eval::Function const>(function));
     }
+    // Findings about them name the version as their file.
+    named_ = namedLists(lists_, status_->name() + " version " + std::to_string(version_.number),
+                        namedOf_, named_);
+    namedOf_ = lists_;
     // A status may be without a store.
     auto const * const nodes = storeOf(*status_);
     return makePtr<PolicyVersion>(version_, std::move(functions),
-                                  nodes != nullptr ? nodes->size() : 0);
+                                  nodes != nullptr ? nodes->size() : 0, named_, places_);
 }
 
 namespace {
-
-/// The functions as they will be after the changes.
-AllFunctionStatus::Functions changedFunctions(AllFunctionStatus const * base,
-                                              BatchChanges const & changes) {
-    auto functions = base != nullptr ? base->aet() : AllFunctionStatus::Functions();
-    for (auto const & [name, function] : changes.functions()) {
-        if (function) {
-            functions[name] = function;
-        } else {
-            functions.erase(name);
-        }
-    }
-    return functions;
-}
 
 /// The size of the store after the changes.
 std::size_t changedSize(AetCollections const * base, BatchChanges const & changes) {
@@ -57,15 +53,20 @@ std::size_t changedSize(AetCollections const * base, BatchChanges const & change
 } // namespace
 
 // Functions that stay under their names need not be looked at: their digest is known.
-bool Replica::isDigest(Digest const & digest, AllFunctionStatus const * base,
-                       BatchChanges const & changes) {
-    return base != nullptr && changes.functions().empty()
-               ? digest == version_.digest
-               : digest == digests_.of(changedFunctions(base, changes));
+Digest Replica::functionsDigest(AllFunctionStatus const * base, BatchChanges const & changes) {
+    if (base != nullptr && changes.functions().empty()) {
+        return functionsDigest_;
+    }
+    AllFunctionStatus::Functions const none;
+    return digests_.of(base != nullptr ? base->aet() : none, changes.functions());
 }
 
 // Everything that can fail comes first.
 void Replica::apply(StagedBatch const & batch) {
+    // Before anything that it says is looked at.
+    if (signer_ && !batch.isSignedBy(*signer_)) {
+        refuse(batch, "it is not signed by the key that is wanted here");
+    }
     // What says everything fits whatever is there.
     bool const fromNothing = batch.start().base.empty();
     if (!fromNothing && batch.start().base != version_.id) {
@@ -74,14 +75,23 @@ void Replica::apply(StagedBatch const & batch) {
     AllFunctionStatus const * const base = fromNothing ? nullptr : status_.get();
     AetCollections const * const store = base != nullptr ? storeOf(*base) : nullptr;
     try {
-        BatchChanges const changes(batch, store);
-        if (!isDigest(batch.version().digest, base, changes)) {
-            refuse(batch, "its functions are not those that were published");
+        PublishedLists const none;
+        BatchChanges const changes(batch, store, fromNothing ? none : lists_,
+                                   fromNothing ? VersionPlaces() : places_);
+        Digest const functions = functionsDigest(base, changes);
+        if (batch.version().digest != versionDigest(functions, changes.lists())) {
+            refuse(batch, "its functions and lists are not those that were published");
+        }
+        if (changes.lists().size() != batch.lists()) {
+            refuse(batch, "its lists are not as many as were published");
         }
         if (changedSize(store, changes) != batch.nodes()) {
             refuse(batch, "its nodes are not as many as were published");
         }
         commit(changes, fromNothing);
+        functionsDigest_ = functions;
+        lists_ = changes.lists();
+        places_ = changes.places();
         // Digests of functions that went would keep their nodes alive.
         if (fromNothing || !changes.functions().empty()) {
             digests_.keepInUse();

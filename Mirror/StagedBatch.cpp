@@ -35,14 +35,17 @@ void eachTextLine(std::string_view piece, U64 number, Visit && visit) {
 }
 
 /// Before anything else in the start line: other formats may say more, or it differently.
-void checkFormat(JsonObjectReader & start) {
+U64 readFormat(JsonObjectReader & start) {
     auto const format = start.optional("format");
     // The first format did not name itself.
     U64 const number = format ? format->expectU64() : 1;
-    if (number != batchFormat) {
-        start.object().fail("", "batch of format " + std::to_string(batchFormat),
+    if (number < batchFormat || number > placesFormat) {
+        start.object().fail("",
+                            "batch of format " + std::to_string(batchFormat) + " to " +
+                                std::to_string(placesFormat),
                             "one of format " + std::to_string(number));
     }
+    return number;
 }
 
 U64 lineCount(std::string_view piece) {
@@ -66,7 +69,7 @@ StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(pla
         JsonDocument line(place_);
         line.parseLine(firstPiece, 1);
         JsonObjectReader reader(onlyMember(line, "start"), "start");
-        checkFormat(reader);
+        batch_.start.format = readFormat(reader);
         batch_.start.version = reader.require("version").expectU64(1);
         batch_.start.id = readString(reader, "id");
         batch_.start.base = readString(reader, "base");
@@ -81,6 +84,11 @@ StagedBatch::StagedBatch(String place, String firstPiece) : place_(std::move(pla
 
 void StagedBatch::take(String piece) {
     QCF_ASSERT_TEXT(!complete_, "nothing comes behind the end of a batch");
+    bytes_ += piece.size();
+    if (bytes_ > mostBytes) {
+        throw MirrorError(place_ + ": a batch of more than " + std::to_string(mostBytes) +
+                          " bytes");
+    }
     sum_.add(piece);
     lines_ += lineCount(piece);
     batch_.pieces.push_back(std::move(piece));
@@ -103,11 +111,18 @@ void StagedBatch::parseEnd(std::string_view text) {
     String const digest = readString(reader, "digest");
     batch_.functions = reader.require("functions").expectU64();
     batch_.nodes = reader.require("nodes").expectU64();
+    if (batch_.start.format >= listsFormat) {
+        batch_.lists = reader.require("lists").expectU64();
+    }
     U64 const lines = reader.require("lines").expectU64();
-    String const sum = readString(reader, "sum");
+    batch_.sum = readString(reader, "sum");
+    if (auto const signature = reader.optional("signature")) {
+        batch_.signature = signature->expectString();
+    }
     reader.done();
     // A piece that is lost, doubled or of another batch shows in one of the three.
-    if (version != batch_.start.version || lines != lines_ || sum != sum_.finish().toString()) {
+    if (version != batch_.start.version || lines != lines_ ||
+        batch_.sum != sum_.finish().toString()) {
         throw MirrorError(place_ + ": the batch of version " +
                           std::to_string(batch_.start.version) + " is damaged");
     }

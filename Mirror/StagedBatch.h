@@ -17,9 +17,12 @@ namespace Qcf::Mirror {
 ///     batch.complete(); // true
 ///
 /// The sum over all lines, their number and the version must be what the end line says. Memory is
-/// that of the pieces. Belongs to one thread.
+/// that of the pieces, which are bounded together. Belongs to one thread.
 class StagedBatch {
 public:
+    /// The largest batch that is collected.
+    static constexpr U64 mostBytes = U64{1} << 30;
+
     /// `firstPiece` holds the start line; `place` is for messages.
     StagedBatch(String place, String firstPiece);
 
@@ -35,9 +38,14 @@ public:
 
     /// The version that it makes; complete batches only, like what follows.
     VersionId version() const { return batch_.version(); }
-    /// Functions and nodes after the batch, as the end line says.
+    /// Functions, nodes and lists after the batch, as the end line says.
     U64 functions() const { return batch_.functions; }
     U64 nodes() const { return batch_.nodes; }
+    U64 lists() const { return batch_.lists; }
+    /// Whether the batch was signed by that signer's key.
+    bool isSignedBy(BatchSigner const & signer) const {
+        return signer.isSigned(batch_.signedText(), batch_.signature);
+    }
     /// Calls `visit(line)` for each line between the first and the last, as a JSON object.
     void eachLine(std::function<void(JsonValue const &)> const & visit) const;
 
@@ -52,6 +60,7 @@ private:
     Batch batch_;
     Digester sum_;
     U64 lines_ = 0;
+    U64 bytes_ = 0;
     bool complete_ = false;
 };
 

@@ -2,6 +2,8 @@
 
 #include "Platform/Framework/Assert.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 
 #include <hiredis.h>
@@ -55,10 +57,33 @@ std::map<String, String, std::less<>> RedisReply::pairs() const {
     return pairs;
 }
 
+namespace {
+
+/// Refusals that come from who asks, and not from how the server is at the moment.
+bool isOfAccess(RedisRefusal const & refusal) {
+    constexpr std::array codes{"WRONGPASS",
+                               "NOAUTH",
+                               "NOPERM",
+                               "ERR AUTH",
+                               "ERR Client sent AUTH",
+                               "ERR invalid password",
+                               "ERR DB index",
+                               "ERR invalid DB"};
+    return std::any_of(codes.begin(), codes.end(),
+                       [&](char const * code) { return refusal.is(code); });
+}
+
+} // namespace
+
 RedisConnection::RedisConnection(RedisOptions options)
     : options_(std::move(options)),
       socket_(options_),
       reader_(redisReaderCreate(), redisReaderFree) {
+    // Or somebody else would be signed in than was meant.
+    if (options_.password.empty() && !options_.user.empty()) {
+        throw RedisConnectionError("redis at " + options_.place() + ": user " + options_.user +
+                                   " wants a password");
+    }
     try {
         // Without a user in the form that servers without users know, too.
         if (!options_.password.empty()) {
@@ -68,10 +93,21 @@ RedisConnection::RedisConnection(RedisOptions options)
         if (options_.database != 0) {
             command({"SELECT", std::to_string(options_.database)});
         }
-        // Shows that the server takes commands: a refusal here counts as no connection.
-        command({"PING"});
+        // Shows that the server takes commands: a refusal here counts as no connection. An account
+        // may lack the right to ask this and have all that it needs.
+        try {
+            command({"PING"});
+        } catch (RedisRefusal const & refusal) {
+            if (!refusal.is("NOPERM")) {
+                throw;
+            }
+        }
     } catch (RedisRefusal const & refusal) {
-        throw RedisConnectionError("redis at " + options_.place() + ": " + refusal.what());
+        String const line = "redis at " + options_.place() + ": " + refusal.what();
+        if (isOfAccess(refusal)) {
+            throw RedisAccessError(line);
+        }
+        throw RedisConnectionError(line);
     }
 }
 
@@ -100,6 +136,7 @@ RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::mi
 }
 
 RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
+    bounds_.begin();
     // One command, one answer: the next whole answer is the one that is waited for.
     for (;;) {
         void * reply = nullptr;
@@ -113,6 +150,9 @@ RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
                 [](redisReply const * each) { freeReplyObject(const_cast<redisReply *>(each)); }));
         }
         auto const bytes = socket_.read(timeout);
+        if (String const why = bounds_.take(bytes); !why.empty()) {
+            throw RedisConnectionError("redis at " + options_.place() + ": " + why);
+        }
         redisReaderFeed(reader_.get(), bytes.data(), bytes.size());
     }
 }

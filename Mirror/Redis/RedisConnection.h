@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mirror/Redis/RedisSocket.h"
+#include "Mirror/Redis/ReplyBounds.h"
 
 #include <initializer_list>
 #include <map>
@@ -55,12 +56,12 @@ private:
 ///     RedisReply const reply = connection.command({"HGET", "key", "field"});
 ///
 /// Faults throw RedisConnectionError, after which the connection is of no more use: make another
-/// one. Every wait has an end, so that a server that hangs cannot hang the caller. Belongs to one
-/// thread.
+/// one; an answer beyond the bounds is such a fault. Every wait has an end, so that a server that
+/// hangs cannot hang the caller. Belongs to one thread.
 class RedisConnection {
 public:
     /// Connects, signs in and chooses the database. A server that does not let it in is a
-    /// RedisConnectionError as well.
+    /// RedisAccessError.
     explicit RedisConnection(RedisOptions options);
     ~RedisConnection();
     RedisConnection(RedisConnection const &) = delete;
@@ -81,6 +82,7 @@ private:
 
     RedisOptions options_;
     RedisSocket socket_;
+    ReplyBounds bounds_;
     std::unique_ptr<redisReader, void (*)(redisReader *)> reader_;
 };
 

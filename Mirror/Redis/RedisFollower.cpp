@@ -38,7 +38,8 @@ RedisFollower::RedisFollower(RedisOptions options, FollowedStore & mirror, Repor
 // Readers that say nothing are forgotten after some time; this one says that it goes.
 RedisFollower::~RedisFollower() {
     try {
-        if (connection_) {
+        // Where there is no record of it there is none to take away.
+        if (connection_ && silence_.empty()) {
             runScript(*connection_, scripts::report, {keys_.readers}, {settings_.reader, "", "0"});
         }
     } catch (std::exception const & error) {
@@ -56,11 +57,27 @@ String RedisFollower::standing() const {
 bool RedisFollower::poll(std::chrono::milliseconds wait) {
     auto const end = Clock::now() + wait; // NOLINT(clang-analyzer-deadcode.DeadStores): read below
     try {
-        return step(wait);
+        bool const isNew = step(wait);
+        if (!trouble_.empty()) {
+            report_("redis at " + options_.place() + ": answers again");
+            trouble_.clear();
+        }
+        return isNew;
+    } catch (RedisAccessError const & error) {
+        // Who has worked once goes on trying: a password may be on its way to being changed.
+        if (!wasConnected_) {
+            throw;
+        }
+        disconnect(error.what());
     } catch (RedisConnectionError const & error) {
         disconnect(error.what());
     } catch (RedisRefusal const & refusal) {
-        disconnect("redis at " + options_.place() + ": " + refusal.what());
+        // The connection is good, and another one would hear the same, unless it has to sign in.
+        if (refusal.is("NOAUTH")) {
+            connection_.reset();
+        }
+        checkNow_ = true;
+        troubleIs("redis at " + options_.place() + ": " + refusal.what());
     }
     auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
     std::this_thread::sleep_for(
@@ -74,12 +91,17 @@ void RedisFollower::connect() {
         report_("redis at " + options_.place() + ": connected again");
     }
     trouble_.clear();
+    wasConnected_ = true;
     // What happened meanwhile the stream need not tell.
     checkNow_ = true;
 }
 
 void RedisFollower::disconnect(String const & trouble) {
     connection_.reset();
+    troubleIs(trouble);
+}
+
+void RedisFollower::troubleIs(String const & trouble) {
     // Told when it is another one: tries follow each other quickly.
     if (trouble != trouble_) {
         report_(trouble + "; " + standing());
@@ -93,8 +115,13 @@ bool RedisFollower::step(std::chrono::milliseconds wait) {
     }
     if (checkNow_ || Clock::now() >= nextCheck_) {
         checkNow_ = false;
-        nextCheck_ = Clock::now() + settings_.checkInterval;
-        if (checkState()) {
+        bool const isNew = checkState();
+        // A stream that begins anew has lower positions: one who is ahead would not hear of it. And
+        // a snapshot that is waited for comes after the batch that told of it.
+        bool const looksSoon = ahead_ || stuck_;
+        nextCheck_ =
+            Clock::now() + (looksSoon ? settings_.checkInterval / 10 : settings_.checkInterval);
+        if (isNew) {
             return true;
         }
     }
@@ -120,6 +147,7 @@ bool RedisFollower::step(std::chrono::milliseconds wait) {
 // that were trimmed or damaged, a server that came back with less, a name that began anew.
 bool RedisFollower::checkState() {
     auto const state = readState(*connection_, keys_);
+    published_ = state.version.number;
     bool const seenBefore = std::exchange(lastSeenId_, state.version.id) == state.version.id;
     announce();
     if (state.version.id == mirror_.version().id) {
@@ -129,6 +157,7 @@ bool RedisFollower::checkState() {
             reader_ = std::make_unique<StreamReader>(mirror_.replica(), report_);
             reader_->positionIs(state.position);
         }
+        ahead_ = reader_->position() > state.position;
         return false;
     }
     if (!state.exists()) {
@@ -167,6 +196,7 @@ bool RedisFollower::load(PublishedState const & state) {
     if (fresh->version() == state.version || fresh->version() == now.version) {
         mirror_.adopt(std::move(fresh));
         reader_ = std::move(reader);
+        ahead_ = reader_->position() > now.position;
         show();
         return true;
     }
@@ -189,6 +219,7 @@ bool RedisFollower::load(PublishedState const & state) {
 void RedisFollower::show() {
     stuck_ = false;
     mirror_.show();
+    published_ = mirror_.version().number;
     announce();
 }
 
@@ -206,8 +237,24 @@ void RedisFollower::announce() {
     renderer.key("stuck");
     renderer.value(stuck_);
     renderer.endObject();
-    runScript(*connection_, scripts::report, {keys_.readers},
-              {settings_.reader, record, std::to_string(settings_.forgetAfter.count())});
+    try {
+        runScript(*connection_, scripts::report, {keys_.readers},
+                  {settings_.reader, record, std::to_string(settings_.forgetAfter.count())});
+        silenceIs({});
+    } catch (RedisRefusal const & refusal) {
+        // What it is here for is the data, and that it gets.
+        silenceIs(refusal.what());
+    }
+}
+
+void RedisFollower::silenceIs(String const & why) {
+    if (!why.empty() && silence_.empty()) {
+        report_(keys_.name +
+                ": the server does not take this reader's record, status will not "
+                "show it: " +
+                why);
+    }
+    silence_ = why;
 }
 
 } // namespace Qcf::Mirror

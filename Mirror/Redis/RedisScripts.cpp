@@ -24,19 +24,51 @@ RedisKeys::RedisKeys(String const & named) : name(named) {
     snapshot = prefix + "snapshot";
     staging = prefix + "snapshot.next";
     readers = prefix + "readers";
+    history = prefix + "history";
+    keptSnapshots = prefix + "history.snapshots";
 }
 
 namespace scripts {
 
-// KEYS: writer. ARGV: own token, who, the token that must lead now ("" takes over from anybody).
+// KEYS: writer, changes, state, snapshot, staging, readers, history, kept snapshots. ARGV: own
+// token, who, the token that must lead now ("" takes over from anybody). Answers the epoch and the
+// keys that were taken away: those of another type, a stream that can take no more entries, numbers
+// that cannot be added to.
 RedisScript const lead{"lead", R"(
+local types = {'hash', 'stream', 'hash', 'hash', 'hash', 'hash', 'hash', 'hash'}
+local taken = {}
+for i, key in ipairs(KEYS) do
+    local is = redis.call('TYPE', key).ok
+    if is ~= 'none' and is ~= types[i] then
+        redis.call('DEL', key)
+        table.insert(taken, key)
+    end
+end
 local now = redis.call('HGET', KEYS[1], 'token')
 if ARGV[3] ~= '' and now ~= ARGV[3] then
     return redis.error_reply('FENCED another writer has taken the lead')
 end
+if redis.call('EXISTS', KEYS[2]) == 1 then
+    local facts = redis.call('XINFO', 'STREAM', KEYS[2])
+    for i = 1, #facts, 2 do
+        local isLast = facts[i] == 'last-generated-id'
+        if isLast and #string.match(facts[i + 1], '^%d+') > 15 then
+            redis.call('DEL', KEYS[2])
+            table.insert(taken, KEYS[2])
+        end
+    end
+end
+for _, at in ipairs({{KEYS[1], 'epoch'}, {KEYS[3], 'bytes'}}) do
+    local number = redis.call('HGET', at[1], at[2])
+    if number and not (#number < 16 and string.match(number, '^%d+$')) then
+        redis.call('HDEL', at[1], at[2])
+        table.insert(taken, at[1] .. ' ' .. at[2])
+    end
+end
 local time = redis.call('TIME')
 redis.call('HSET', KEYS[1], 'token', ARGV[1], 'who', ARGV[2], 'since', time[1])
-return redis.call('HINCRBY', KEYS[1], 'epoch', 1)
+table.insert(taken, 1, redis.call('HINCRBY', KEYS[1], 'epoch', 1))
+return taken
 )"};
 
 // KEYS: writer, changes, state. ARGV: token, batch id, piece number, kind, piece, version.
@@ -52,7 +84,7 @@ return redis.call('XADD', KEYS[2], '*', 'b', ARGV[2], 'n', ARGV[3], 'k', ARGV[4]
 )"};
 
 // KEYS: writer, changes, state. ARGV: token, batch id, piece number, piece, version, digest,
-// functions, nodes.
+// functions, nodes, lists.
 RedisScript const finish{"finish", R"(
 if redis.call('HGET', KEYS[1], 'token') ~= ARGV[1] then
     return redis.error_reply('FENCED another writer has taken the lead')
@@ -60,8 +92,8 @@ end
 local at = redis.call('XADD', KEYS[2], '*', 'b', ARGV[2], 'n', ARGV[3], 'k', 'end', 'd', ARGV[4])
 local time = redis.call('TIME')
 redis.call('HSET', KEYS[3], 'id', ARGV[2], 'version', ARGV[5], 'start', ARGV[5], 'end', ARGV[5],
-           'digest', ARGV[6], 'functions', ARGV[7], 'nodes', ARGV[8], 'position', at,
-           'published', time[1])
+           'digest', ARGV[6], 'functions', ARGV[7], 'nodes', ARGV[8], 'lists', ARGV[9],
+           'position', at, 'published', time[1])
 redis.call('HINCRBY', KEYS[3], 'bytes', #ARGV[4])
 return at
 )"};
@@ -80,21 +112,23 @@ end
 return redis.status_reply('OK')
 )"};
 
-// KEYS: writer, staging, snapshot, changes, state. ARGV: token, id of the state that it holds. The
-// stream keeps what came after the snapshot before, for readers that are only a little behind.
+// KEYS: writer, staging, snapshot, state, kept snapshots, where the snapshot before goes. ARGV:
+// token, id of the state that it holds, version of the snapshot before. That one stays until no
+// kept version builds upon it, and the stream behind it with it.
 RedisScript const snapshot{"snapshot", R"(
 if redis.call('HGET', KEYS[1], 'token') ~= ARGV[1] then
     return redis.error_reply('FENCED another writer has taken the lead')
 end
-if redis.call('HGET', KEYS[5], 'id') ~= ARGV[2] or redis.call('HGET', KEYS[2], 'id') ~= ARGV[2] then
+if redis.call('HGET', KEYS[4], 'id') ~= ARGV[2] or redis.call('HGET', KEYS[2], 'id') ~= ARGV[2] then
     return redis.error_reply('STALE the state has moved on')
 end
-local before = redis.call('HGET', KEYS[3], 'position')
-redis.call('RENAME', KEYS[2], KEYS[3])
-redis.call('HSET', KEYS[5], 'bytes', 0)
-if before then
-    redis.call('XTRIM', KEYS[4], 'MINID', before)
+local before = redis.call('HMGET', KEYS[3], 'version', 'position')
+if before[1] == ARGV[3] and before[2] then
+    redis.call('RENAME', KEYS[3], KEYS[6])
+    redis.call('HSET', KEYS[5], before[1], before[2])
 end
+redis.call('RENAME', KEYS[2], KEYS[3])
+redis.call('HSET', KEYS[4], 'bytes', 0)
 return redis.status_reply('OK')
 )"};
 

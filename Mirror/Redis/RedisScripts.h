@@ -12,12 +12,18 @@ struct RedisKeys {
     explicit RedisKeys(String const & named);
 
     String name;
-    String writer;   ///< hash: epoch, token, who, since
-    String changes;  ///< stream: entries b (batch id), n (piece number), k (kind), d (piece)
-    String state;    ///< hash: version, id, digest, position, functions, nodes, markers, bytes
+    String writer;  ///< hash: epoch, token, who, since, keep
+    String changes; ///< stream: entries b (batch id), n (piece number), k (kind), d (piece)
+    String state; ///< hash: version, id, digest, position, functions, nodes, lists, markers, bytes
     String snapshot; ///< hash: version, id, digest, position, pieces, and the pieces by number
     String staging;  ///< the next snapshot while it is written
     String readers;  ///< hash: reader -> JSON of what it holds
+    String history;  ///< hash: version -> JSON of what was published and where it ends
+    /// hash: version -> position, of the snapshots that were replaced and are still needed
+    String keptSnapshots;
+
+    /// Where the replaced snapshot of that version stands.
+    String keptSnapshot(U64 version) const { return keptSnapshots + "." + std::to_string(version); }
 };
 
 /// A step over several keys that is done wholly or not at all: a script that the server runs.
@@ -36,12 +42,12 @@ struct RedisScript {
 
 /// Each says beside its text what keys and arguments it takes and what it answers.
 namespace scripts {
-extern RedisScript const lead;   ///< takes the lead of a name; answers the epoch
+extern RedisScript const lead;   ///< takes the lead of a name and clears away what cannot be used
 extern RedisScript const append; ///< puts a piece of a batch into the stream
 extern RedisScript const
     finish;                     ///< the last piece, and with it the new state; answers its position
 extern RedisScript const stage; ///< puts pieces of the next snapshot aside
-extern RedisScript const snapshot; ///< makes what was put aside the snapshot, trims the stream
+extern RedisScript const snapshot; ///< makes what was put aside the snapshot, keeps the one before
 extern RedisScript const report;   ///< notes what a reader holds, forgets silent ones
 } // namespace scripts
 

@@ -55,6 +55,10 @@ RedisSocket::RedisSocket(RedisOptions const & options) : place_(options.place())
             while (short const events = tls_->handshake()) {
                 waitFor(fd_, events, options.connectTimeout);
             }
+        } catch (RedisTlsFault const & fault) {
+            tls_.reset();
+            ::close(std::exchange(fd_, -1));
+            throw RedisAccessError("redis at " + place_ + ": " + fault.what());
         } catch (std::exception const & error) {
             // No destructor runs for what was never made: what is open is closed here.
             tls_.reset();

@@ -14,6 +14,13 @@ public:
     explicit RedisConnectionError(String const & line) : std::runtime_error(line) {}
 };
 
+/// The server does not let us in, or we would not let ourselves: a password, an account, a
+/// certificate, a file that cannot be read. Trying again ends the same way until somebody mends it.
+class RedisAccessError : public RedisConnectionError {
+public:
+    using RedisConnectionError::RedisConnectionError;
+};
+
 /// A stream of bytes to a server: TCP, TCP with TLS, or a socket in the file system.
 ///
 /// Every wait has an end, the one for a name to be resolved excepted. Faults throw
@@ -27,7 +34,8 @@ class RedisSocket {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
-    /// Connects within the options' time, and agrees on keys where TLS is asked for.
+    /// Connects within the options' time, and agrees on keys where TLS is asked for. Throws
+    /// RedisAccessError for a certificate or a file that is not right.
     explicit RedisSocket(RedisOptions const & options);
     ~RedisSocket();
     RedisSocket(RedisSocket const &) = delete;

@@ -54,35 +54,6 @@ ReaderState readerState(String const & name, String const & record, U64 now) {
     return reader;
 }
 
-/// Applies a snapshot to an empty replica; answers where the stream goes on. Throws MirrorError.
-StreamPosition applySnapshot(RedisReply const & reply, Replica & replica) {
-    auto const members = reply.pairs();
-    U64 const count = number(members, "pieces");
-    auto const piece = [&](U64 i) {
-        auto const found = members.find("piece " + std::to_string(i));
-        if (found == members.end()) {
-            throw MirrorError("snapshot: piece " + std::to_string(i) + " is missing");
-        }
-        return found->second;
-    };
-    // A batch has a piece with its start and one with its end.
-    if (count < 2) {
-        throw MirrorError("snapshot: it says of no pieces");
-    }
-    StagedBatch batch("snapshot", piece(0));
-    for (U64 i = 1; i + 1 < count; ++i) {
-        batch.add(piece(i));
-    }
-    batch.finish(piece(count - 1));
-    // Or it would not say everything.
-    if (!batch.start().base.empty()) {
-        throw MirrorError("snapshot: it builds on another version");
-    }
-    // All of it or nothing: after a fault the replica is as empty as before.
-    replica.apply(batch);
-    return position(members);
-}
-
 } // namespace
 
 PublishedState readState(RedisConnection & connection, RedisKeys const & keys) {
@@ -93,6 +64,7 @@ PublishedState readState(RedisConnection & connection, RedisKeys const & keys) {
     state.position = position(members);
     state.functions = number(members, "functions");
     state.nodes = number(members, "nodes");
+    state.lists = number(members, "lists");
     state.startMarker = number(members, "start");
     state.endMarker = number(members, "end");
     state.bytesSinceSnapshot = number(members, "bytes");
@@ -142,6 +114,34 @@ RedisReply readEntries(RedisConnection & connection, RedisKeys const & keys,
     command.insert(command.end(), {"STREAMS", keys.changes, from});
     // The only stream's entries; nothing when the time ran out.
     return connection.command(command, wait).at(0).at(1);
+}
+
+StreamPosition applySnapshot(RedisReply const & snapshot, Replica & replica) {
+    auto const members = snapshot.pairs();
+    U64 const count = number(members, "pieces");
+    auto const piece = [&](U64 i) {
+        auto const found = members.find("piece " + std::to_string(i));
+        if (found == members.end()) {
+            throw MirrorError("snapshot: piece " + std::to_string(i) + " is missing");
+        }
+        return found->second;
+    };
+    // A batch has a piece with its start and one with its end.
+    if (count < 2) {
+        throw MirrorError("snapshot: it says of no pieces");
+    }
+    StagedBatch batch("snapshot", piece(0));
+    for (U64 i = 1; i + 1 < count; ++i) {
+        batch.add(piece(i));
+    }
+    batch.finish(piece(count - 1));
+    // Or it would not say everything.
+    if (!batch.start().base.empty()) {
+        throw MirrorError("snapshot: it builds on another version");
+    }
+    // All of it or nothing: after a fault the replica is as empty as before.
+    replica.apply(batch);
+    return position(members);
 }
 
 void loadReplica(RedisConnection & connection, RedisKeys const & keys, Replica & replica,

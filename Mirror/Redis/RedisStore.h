@@ -11,6 +11,7 @@ struct PublishedState {
     StreamPosition position; ///< of the batch's last entry
     U64 functions = 0;
     U64 nodes = 0;
+    U64 lists = 0;
     U64 startMarker = 0; ///< ahead of the end marker while a batch is under way, or was given up
     U64 endMarker = 0;
     /// What decides when the next snapshot is due.
@@ -66,6 +67,10 @@ SnapshotState readSnapshotState(RedisConnection & connection, RedisKeys const & 
 std::vector<ReaderState> readReaders(RedisConnection & connection, RedisKeys const & keys);
 /// All of it, as `qcf status` tells it.
 RedisStatus readStatus(RedisConnection & connection, RedisKeys const & keys);
+
+/// Applies a snapshot, as HGETALL answers it, to an empty replica; answers where the stream goes
+/// on. Throws MirrorError for one that is not whole: the replica is then as empty as before.
+StreamPosition applySnapshot(RedisReply const & snapshot, Replica & replica);
 
 /// Fills an empty replica from the snapshot, if there is a good one, and the stream behind it up to
 /// its end. `reader` then stands at that end. What makes no version is reported, and the replica

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <system_error>
 
 #include <openssl/err.h>
 #include <openssl/ssl.h>
@@ -14,16 +15,26 @@ namespace Qcf::Mirror {
 
 namespace {
 
-[[noreturn]] void fail(String const & what) {
-    unsigned long const code = ERR_get_error();
+// The library has no words for errors of the system, as of files that are not there.
+String reasonOf(unsigned long code) {
+    if (code != 0 && ERR_SYSTEM_ERROR(code)) {
+        return ": " + std::generic_category().message(ERR_GET_REASON(code));
+    }
     char const * const reason = code == 0 ? nullptr : ERR_reason_error_string(code);
-    ERR_clear_error();
-    throw std::runtime_error("TLS: " + what + (reason == nullptr ? "" : String(": ") + reason));
+    return reason == nullptr ? String() : String(": ") + reason;
 }
 
+template <typename Error>
+[[noreturn]] void fail(String const & what) {
+    String const reason = reasonOf(ERR_get_error());
+    ERR_clear_error();
+    throw Error("TLS: " + what + reason);
+}
+
+// Of what is ours: files and names.
 void check(int answer, String const & what) {
     if (answer != 1) {
-        fail(what);
+        fail<RedisTlsFault>(what);
     }
 }
 
@@ -97,9 +108,9 @@ short RedisTls::handshake() {
         // The reason why a certificate was not taken says more than the library's error.
         if (long const verified = SSL_get_verify_result(session_.get()); verified != X509_V_OK) {
             ERR_clear_error();
-            fail(X509_verify_cert_error_string(verified));
+            fail<RedisTlsFault>(X509_verify_cert_error_string(verified));
         }
-        fail("no agreement with the server");
+        fail<std::runtime_error>("no agreement with the server");
     }
 }
 

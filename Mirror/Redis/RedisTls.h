@@ -11,8 +11,14 @@ struct ssl_ctx_st;
 
 namespace Qcf::Mirror {
 
+/// What is wrong for good: a file that cannot be used, a certificate that proves nothing.
+class RedisTlsFault : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// TLS over a connected, non-blocking socket, which stays the caller's. Throws std::runtime_error
-/// with one line.
+/// with one line, RedisTlsFault where trying again is of no use.
 ///
 /// The server's certificate is checked against the authorities and against the host's name, unless
 /// the options say not to. Belongs to one thread. Whoever uses it waits for the socket: nothing

@@ -10,7 +10,7 @@ namespace {
 
 [[noreturn]] void fail(String const & why) {
     throw RedisUrlError("redis URL: " + why +
-                        "; wants redis://[:PASSWORD@]HOST[:PORT][/DATABASE], rediss://... or "
+                        "; wants redis://[USER[:PASSWORD]@]HOST[:PORT][/DATABASE], rediss://... or "
                         "unix:///PATH");
 }
 
@@ -56,8 +56,9 @@ void readCredentials(std::string_view & rest, RedisOptions & options) {
     // Decoded only now, so that %3A and %40 are no separators.
     options.user = decodePercent(both.substr(0, colon));
     options.password = colon < both.size() ? decodePercent(both.substr(colon + 1)) : String();
-    if (options.password.empty()) {
-        fail("a user wants a password, as USER:PASSWORD@");
+    // A user alone gets the password from elsewhere.
+    if (options.password.empty() && (colon < both.size() || options.user.empty())) {
+        fail("no password behind the colon");
     }
 }
 

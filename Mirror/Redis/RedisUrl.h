@@ -17,10 +17,12 @@ public:
 
 /// Where a Redis server is and how to talk to it.
 ///
-///     redis://[[USER]:PASSWORD@]HOST[:PORT][/DATABASE]     rediss://... over TLS
-///     unix://[[USER]:PASSWORD@]/PATH/OF/SOCKET
+///     redis://[USER[:PASSWORD]@]HOST[:PORT][/DATABASE]     rediss://... over TLS
+///     unix://[USER[:PASSWORD]@]/PATH/OF/SOCKET
 ///
-/// User and password may hold any character as %XX; an IPv6 host stands in brackets.
+/// User and password may hold any character as %XX, and the user may be empty where there is a
+/// password; an IPv6 host stands in brackets. A user without a password wants one to be set before
+/// anybody connects.
 ///
 ///     RedisOptions options = RedisOptions::parse("rediss://:secret@redis.example:6380/2");
 ///     options.caFile = "/etc/ssl/redis-ca.pem";

@@ -35,17 +35,48 @@ RedisWriter::RedisWriter(RedisOptions options, String const & name, Report repor
       keys_(name),
       report_(std::move(report)),
       settings_(std::move(settings)),
-      replica_(std::make_unique<Replica>(name)) {}
+      replica_(std::make_unique<Replica>(name, settings_.signer)) {}
 
-PublishOutcome RedisWriter::publish(Documents::Program const & program) {
+PublishOutcome RedisWriter::publish(Documents::Program const & program,
+                                    std::vector<Lists::ListRecord> lists,
+                                    PlaceOfNode const & placeOf) {
+    note_.clear();
+    // Made once, whatever the number of tries.
+    PublishedLists const published = publishedLists(std::move(lists), {});
     return persist([&](Replica & replica, U64 version) {
-        return publishProgram(program, *replica.status(), replica.digests(),
-                              static_cast<U32>(version));
+        replica.listsIs(published);
+        auto const counts = publishProgram(program, *replica.status(), replica.digests(),
+                                           static_cast<U32>(version));
+        replica.placesIs(placeOf ? placesOf(program, *replica.status(), placeOf, replica.places())
+                                 : VersionPlaces());
+        return counts;
     });
 }
 
 PublishOutcome RedisWriter::publish(AllFunctionStatus const & status) {
-    return persist([&](Replica & replica, U64) { return copyStatus(status, *replica.status()); });
+    note_.clear();
+    return persist([&](Replica & replica, U64) {
+        replica.listsIs({});
+        replica.placesIs({});
+        return copyStatus(status, *replica.status());
+    });
+}
+
+// The markers are those of a new publication: they only rise, whatever the content goes back to.
+PublishOutcome RedisWriter::restore(Replica const & kept) {
+    note_ = "rollback to version " + std::to_string(kept.version().number);
+    return persist([&](Replica & replica, U64 version) {
+        bool const isLive = replica.version().digest == kept.version().digest;
+        if (isLive && placesThatDiffer(replica.places(), kept.places()) == 0) {
+            return PublishCounts();
+        }
+        replica.listsIs(kept.lists());
+        replica.placesIs(kept.places());
+        auto const counts = copyStatus(*kept.status(), *replica.status());
+        replica.status()->startOfDedupedFunctionUpdatesMarkerIs(static_cast<U32>(version));
+        replica.status()->endOfDedupedFunctionUpdatesMarkerIs(static_cast<U32>(version));
+        return counts;
+    });
 }
 
 PublishOutcome RedisWriter::persist(Change const & change) {
@@ -56,6 +87,8 @@ PublishOutcome RedisWriter::persist(Change const & change) {
         String trouble;
         try {
             return attempt(change);
+        } catch (RedisAccessError const &) {
+            throw; // another try would end the same way
         } catch (RedisConnectionError const & error) {
             trouble = error.what();
         } catch (RedisRefusal const & refusal) {
@@ -91,10 +124,12 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
     }
     PublishOutcome outcome = publishChanges(change);
     state_ = readState(*connection_, keys_);
+    keepHistory(whoWrites(), false);
     if (snapshotIsDue()) {
         writeSnapshot();
         outcome.snapshot = true;
     }
+    keepHistory(whoWrites(), true);
     // Everything was answered.
     unconfirmed_.reset();
     return outcome;
@@ -103,17 +138,21 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
 // From the change on the replica is ahead of the server, until the last step was answered: whoever
 // throws in between loses the connection, and with it the replica.
 PublishOutcome RedisWriter::publishChanges(Change const & change) {
-    // Above both: the server may know a version that could not be put together, the replica one
-    // whose last step was not answered.
-    U64 const version = std::max(state_.version.number, replica_->version().number) + 1;
+    U64 const version = nextVersion();
     PublishOutcome outcome;
+    PublishedLists const lists = replica_->lists();
+    VersionPlaces const places = replica_->places();
     outcome.counts = change(*replica_, version);
-    if (source_->hasChanges() || !whole_) {
-        Batch const batch = takeBatch(version);
+    outcome.placesSet = placesThatDiffer(places, replica_->places());
+    if (source_->hasChanges() || !whole_ || !sameLists(lists, replica_->lists()) ||
+        outcome.placesSet != 0) {
+        Batch const batch = takeBatch(version, lists, places);
         outcome.changed = true;
         outcome.version = batch.version();
         outcome.functions = batch.functions;
         outcome.nodes = batch.nodes;
+        outcome.lists = batch.lists;
+        outcome.listCounts = batch.listCounts;
         outcome.bytes = batch.bytes();
         unconfirmed_ = outcome;
         send(batch);
@@ -126,15 +165,35 @@ PublishOutcome RedisWriter::publishChanges(Change const & change) {
         AetCollections const * const store = storeOf(status());
         outcome.functions = status().aet().size();
         outcome.nodes = store != nullptr ? store->size() : 0;
+        outcome.lists = replica_->lists().size();
     }
     outcome.version = replica_->version();
     return outcome;
 }
 
-Batch RedisWriter::takeBatch(U64 version) {
+// Above both: the server may know a version that could not be put together, the replica one whose
+// last step was not answered. A number that only a damaged state can have does not count; where a
+// real version has the last one, going on would make a later version look earlier.
+U64 RedisWriter::nextVersion() const {
+    bool const stateCounts = state_.version.number < lastVersion;
+    U64 const last =
+        std::max(replica_->version().number, stateCounts ? state_.version.number : U64{0});
+    if (last >= lastVersion) {
+        throw MirrorError(
+            keys_.name + ": version " + std::to_string(last) +
+            " is the last that there can be; take the name away with `redis-cli DEL " +
+            keys_.state + ' ' + keys_.snapshot + ' ' + keys_.changes + ' ' + keys_.history +
+            "` and publish again");
+    }
+    return last + 1;
+}
+
+Batch RedisWriter::takeBatch(U64 version, PublishedLists const & lists,
+                             VersionPlaces const & places) {
     bool const buildsOn = whole_ && !source_->replaced();
     BatchStart const start{version, newBatchId(), buildsOn ? replica_->version().id : String()};
-    Batch batch = source_->takeBatch(start, replica_->digest());
+    Batch batch = source_->takeBatch(start, replica_->digest(), {lists, replica_->lists()},
+                                     {places, replica_->places()});
     if (AetCollections * const store = storeOf(status())) {
         // The store's own record of changes is of no use here and would grow.
         store->dirtyCollKeysDel();
@@ -150,23 +209,61 @@ void RedisWriter::open() {
     // It follows the replica that goes.
     source_.reset();
     // What the server has is the truth, whatever this writer had before.
-    replica_ = std::make_unique<Replica>(keys_.name);
-    StreamReader reader(*replica_, report_);
-    loadReplica(*connection_, keys_, *replica_, reader, report_);
+    replica_ = std::make_unique<Replica>(keys_.name, settings_.signer);
+    bool clean = true;
+    Report const report = [&](String const & line) {
+        clean = false;
+        report_(line);
+    };
+    StreamReader reader(*replica_, report);
+    loadReplica(*connection_, keys_, *replica_, reader, report);
     state_ = readState(*connection_, keys_);
-    whole_ = state_.exists() && replica_->version() == state_.version;
+    // Behind its place the stream goes on: one that lies beyond the state leads nobody there.
+    snapshotIsGood_ = clean && !(readSnapshotState(*connection_, keys_).position > state_.position);
+    // Without its place in the stream, a snapshot would send readers to the stream's beginning.
+    whole_ = state_.exists() && replica_->version() == state_.version &&
+             state_.position != StreamPosition();
     if (!whole_ && (state_.exists() || replica_->version().number != 0)) {
         report_("version " + std::to_string(state_.version.number) + " of " + keys_.name +
                 " cannot be put together; everything is published anew");
     }
     source_ = std::make_unique<ChangeSource>(replica_->status());
+    source_->signerIs(settings_.signer);
+    // What a writer published that died before it noted it, or that knew of no history.
+    bool const isOwn = unconfirmed_ && unconfirmed_->version == state_.version;
+    keepHistory(isOwn ? whoWrites() : String(), false);
+}
+
+// The version counts already, so that a refusal here takes nothing back: it is told. Whoever takes
+// the lead meanwhile notes the version itself.
+void RedisWriter::keepHistory(String const & who, bool forgets) {
+    auto const run = [this](auto const &... arguments) { step(arguments...); };
+    try {
+        forgets ? forgetUnkept(*connection_, run, keys_)
+                : noteLiveVersion(run, keys_, who, who.empty() ? String() : note_,
+                                  settings_.keptVersions);
+    } catch (RedisRefusal const & refusal) {
+        if (passes(refusal)) {
+            throw;
+        }
+        if (!refusal.is("FENCED")) {
+            report_(keys_.name + ": the history is not kept: " + refusal.what());
+        }
+    }
 }
 
 // A writer that comes back leads on only if nobody else has led meanwhile.
 void RedisWriter::lead() {
     // Another token each time: late steps of an earlier connection are refused, too.
     String const token = newBatchId();
-    runScript(*connection_, scripts::lead, {keys_.writer}, {token, whoWrites(), token_});
+    auto const answer =
+        runScript(*connection_, scripts::lead,
+                  {keys_.writer, keys_.changes, keys_.state, keys_.snapshot, keys_.staging,
+                   keys_.readers, keys_.history, keys_.keptSnapshots},
+                  {token, whoWrites(), token_});
+    for (std::size_t i = 1; i < answer.size(); ++i) {
+        report_(String(answer.at(i).text()) + ": not as a writer leaves it, taken away");
+    }
     token_ = token;
     settings_.afterStep("lead");
 }
@@ -192,12 +289,17 @@ void RedisWriter::send(Batch const & batch) {
     }
     step("end", scripts::finish, keys,
          {batch.start.id, std::to_string(batch.pieces.size() - 1), batch.pieces.back(), version,
-          batch.digest.toString(), std::to_string(batch.functions), std::to_string(batch.nodes)});
+          batch.digest.toString(), std::to_string(batch.functions), std::to_string(batch.nodes),
+          std::to_string(batch.lists)});
 }
 
 // A reader that comes late reads the snapshot and the stream behind it: the longer that is, the
-// more a new snapshot saves. A reader that is stuck cannot go on without one.
+// more a new snapshot saves. A reader that is stuck cannot go on without one, and whoever comes
+// needs a good one: the stream need not reach back to where it would do without.
 bool RedisWriter::snapshotIsDue() const {
+    if (!snapshotIsGood_) {
+        return true;
+    }
     auto const snapshot = readSnapshotState(*connection_, keys_);
     if (snapshot.id == state_.version.id) {
         return false;
@@ -214,7 +316,8 @@ bool RedisWriter::snapshotIsDue() const {
 // Aside first: until the last step readers have the one before.
 void RedisWriter::writeSnapshot() {
     VersionId const & version = replica_->version();
-    Batch const all = source_->snapshot({version.number, version.id, ""}, version.digest);
+    Batch const all = source_->snapshot({version.number, version.id, ""}, version.digest,
+                                        replica_->lists(), replica_->places());
     RedisConnection::Arguments const staging{keys_.writer, keys_.staging};
     step("snapshot start", scripts::stage, staging,
          {"first", "id", version.id, "version", std::to_string(version.number), "digest",
@@ -224,8 +327,12 @@ void RedisWriter::writeSnapshot() {
         step("snapshot part", scripts::stage, staging,
              {"more", "piece " + std::to_string(i), all.pieces[i]});
     }
+    U64 const before = readSnapshotState(*connection_, keys_).version;
+    String const kept = keys_.keptSnapshot(before);
     step("snapshot end", scripts::snapshot,
-         {keys_.writer, keys_.staging, keys_.snapshot, keys_.changes, keys_.state}, {version.id});
+         {keys_.writer, keys_.staging, keys_.snapshot, keys_.state, keys_.keptSnapshots, kept},
+         {version.id, std::to_string(before)});
+    snapshotIsGood_ = true;
 }
 
 } // namespace Qcf::Mirror

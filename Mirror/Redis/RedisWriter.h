@@ -2,7 +2,7 @@
 
 #include "Mirror/ChangeSource.h"
 #include "Mirror/ProgramPublication.h"
-#include "Mirror/Redis/RedisStore.h"
+#include "Mirror/Redis/RedisHistory.h"
 
 namespace Qcf::Mirror {
 
@@ -12,6 +12,9 @@ public:
     explicit FencedError(String const & line) : std::runtime_error(line) {}
 };
 
+/// The last version that a name can have: markers of a status have 32 bits.
+inline constexpr U64 lastVersion = ~U32{0};
+
 /// How a writer behaves; good as it is.
 struct WriterSettings {
     /// How long a publication goes on trying while the server is away.
@@ -19,6 +22,12 @@ struct WriterSettings {
     /// A snapshot of at most this size is written with every version; a larger one when the stream
     /// has grown by half of it since.
     U64 smallSnapshot = U64{256} << 10;
+    /// Signs what is published, and takes over nothing that was not signed by its key; null for
+    /// neither.
+    std::shared_ptr<BatchSigner const> signer = nullptr;
+    /// How many versions one can go back to, the live one among them; at least 1. What is missing
+    /// is as the name's last writer set it, which is 20 where none did.
+    std::optional<U64> keptVersions = {};
     /// Called after each step in the server; a hook for tests of what happens in between.
     std::function<void(char const * step)> afterStep = [](char const *) {};
 };
@@ -29,8 +38,11 @@ struct PublishOutcome {
     bool changed = false;
     VersionId version;
     PublishCounts counts;
+    ListCounts listCounts;
+    U64 placesSet = 0; ///< functions that stand elsewhere in their texts, or their nodes do
     U64 functions = 0; ///< now published
     U64 nodes = 0;
+    U64 lists = 0;
     U64 bytes = 0; ///< of the batch
     bool snapshot = false;
 };
@@ -52,14 +64,21 @@ public:
     RedisWriter(RedisOptions options, String const & name, Report report,
                 WriterSettings settings = {});
 
-    /// Makes the program the published state, publishing what differs. Tries again while the server
-    /// is away, up to the patience. Throws FencedError, RedisConnectionError, RedisRefusal.
-    PublishOutcome publish(Documents::Program const & program);
+    /// Makes the program and the lists the published state, publishing what differs. Each list is
+    /// named once; `placeOf` tells where nodes stand in a text, which readers are then told, too.
+    /// Tries again while the server is away, up to the patience. Throws FencedError,
+    /// RedisConnectionError, RedisRefusal, and MirrorError for what cannot be published.
+    PublishOutcome publish(Documents::Program const & program,
+                           std::vector<Lists::ListRecord> lists = {},
+                           PlaceOfNode const & placeOf = {});
     /// Makes what the status holds the published state, however it was filled: its functions under
     /// all their names, its nodes under their keys, markers and flags. No batch may be under way in
-    /// it. Throws MirrorError, too, when it holds something that cannot be published; what was
-    /// published before stays.
+    /// it. A status has no lists and no places, and the version then has none. Throws as above;
+    /// what was published before stays.
     PublishOutcome publish(AllFunctionStatus const & status);
+    /// Makes what a version was the published state again, as the next version. Nothing when its
+    /// content is what is published. Throws as above.
+    PublishOutcome restore(Replica const & kept);
 
     /// What this writer holds to be published.
     AllFunctionStatus const & status() const { return *replica_->status(); }
@@ -73,8 +92,12 @@ private:
     /// One try: leads, catches up, changes the replica and sends what changed.
     PublishOutcome attempt(Change const & change);
     PublishOutcome publishChanges(Change const & change);
-    /// The changes as a batch that makes that version.
-    Batch takeBatch(U64 version);
+    /// Takes what is live down as a version to go back to; `forgets` lets go of what is beyond.
+    void keepHistory(String const & who, bool forgets);
+    /// Throws MirrorError where numbers are at their end.
+    U64 nextVersion() const;
+    /// The changes as a batch that makes that version; `lists` and `places` are those before.
+    Batch takeBatch(U64 version, PublishedLists const & lists, VersionPlaces const & places);
     /// Connects where there is no connection.
     void open();
     /// Takes the lead of the name.
@@ -100,8 +123,11 @@ private:
     std::unique_ptr<ChangeSource> source_;
     /// As this writer knows the server's.
     PublishedState state_;
+    /// Whether those who begin with the snapshot have nothing to work around.
+    bool snapshotIsGood_ = true;
     bool whole_ = false; ///< whether the replica is what the server's state says
     std::optional<PublishOutcome> unconfirmed_;
+    String note_; ///< of the publication under way, for the history
 };
 
 } // namespace Qcf::Mirror

@@ -2,9 +2,12 @@
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
 #include "QcfLib/ClientPlugin/QcfEvalAttributeTypes.h"
+#include "QcfLib/NodeWalk.h"
 #include "tests/Mirror/CreatorStores.h"
 #include "tests/Mirror/MirrorTools.h"
 #include "tests/Mirror/Redis/RedisServer.h"
+
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -71,6 +74,44 @@ TEST(Depth, aBatchThatIsTooDeepChangesNothing) {
     }
     replica.apply(staged(batchOf(3, {2, "two", ""})));
     EXPECT_EQ(replica.status()->nodes().size(), 5U);
+}
+
+/// A tree of that many levels, each of which has the one below twice.
+PtrConst<Eval::Expression> doubled(U32 levels) {
+    PtrConst<Eval::Expression> node = deepExpression(1);
+    for (U64 key = 100; levels-- > 0; key += 3) {
+        auto const second = Eval::expressionListFactory(key, node, nullptr);
+        auto const both = Eval::expressionListFactory(key + 1, node, second);
+        node = Eval::blockFactory(key + 2, both);
+    }
+    return node;
+}
+
+// A few lines of nodes that share each other unfold to more than can ever be evaluated.
+TEST(Depth, aTreeThatUnfoldsToTooMuchIsRefused) {
+    for (U32 const levels : {20U, 40U}) {
+        BatchWriter writer({1, "one", ""});
+        std::set<U64> written;
+        U64 count = 0;
+        walkTree(
+            *doubled(levels),
+            [&](Eval::WalkedNode const & at) {
+                return written.insert(at.node.aetNodeKey()).second;
+            },
+            [&](Eval::AetNodeBase const & node) {
+                writer.node(node);
+                ++count;
+            });
+        FunctionDigests digests;
+        auto const batch =
+            staged(writer.finish({}, digests.of(AllFunctionStatus::Functions()), 0, count));
+        Replica replica("test");
+        String const why = refusal([&] { replica.apply(batch); });
+        EXPECT_EQ(why.find("nodes with shared ones counted at each place") != String::npos,
+                  levels == 40)
+            << why;
+        EXPECT_EQ(replica.version().number, levels == 40 ? 0U : 1U) << why;
+    }
 }
 
 /// Ways in which a status may hold such a tree.

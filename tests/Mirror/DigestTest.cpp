@@ -1,3 +1,4 @@
+#include "Mirror/FunctionComparison.h"
 #include "Mirror/FunctionDigests.h"
 #include "tests/Mirror/MirrorTools.h"
 
@@ -73,6 +74,63 @@ TEST(Digest, everyDifferenceOfContentCounts) {
         auto const [at, isNew] = seen.emplace(digestOf(documents[i], "f").toString(), i);
         EXPECT_TRUE(isNew) << documents[i] << " has the digest of " << documents[at->second];
     }
+    // What is compared side by side differs where digests do.
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+        for (std::size_t j = 0; j < documents.size(); ++j) {
+            auto const a = Documents::readProgram(documents[i], "document");
+            auto const b = Documents::readProgram(documents[j], "document");
+            EXPECT_EQ(FunctionComparison(1000).equal(*a.find("f"), *b.find("f")), i == j)
+                << documents[i] << " and " << documents[j];
+        }
+    }
+}
+
+// Builds of all ages must agree about versions.
+TEST(Digest, theBytesThatItIsOverStayAsTheyAre) {
+    auto const program = Documents::readProgram(
+        R"({"qcf": "aet/1", "functions": [
+            {"name": "a", "features": ["x"], "body": {"class": "Block", "stmts": [
+                {"class": "IntAssign", "lhs": "med", "rhs": 5},
+                {"class": "IntAssign", "lhs": "local_preference", "rhs": -5},
+                {"class": "ReturnExpression", "expr": true}]}},
+            {"name": "b", "body": {"class": "Block", "stmts": [
+                {"class": "FunctionCallExpression", "calleeName": "a"},
+                {"class": "IfExpression",
+                 "condition": {"class": "IntSetHasAnyImmediate", "lhs": "community",
+                               "rhs": ["64512:7", 9]},
+                 "thenBlock": {"class": "Block", "stmts": [
+                     {"class": "IntAssign", "lhs": "med", "rhs": 5}]}},
+                {"class": "ReturnExpression", "expr": true}]}}]})",
+        "document");
+    AllFunctionStatus::Functions named;
+    for (auto const & each : program.functions) {
+        named.emplace(each->funcName(), each);
+    }
+    EXPECT_EQ(FunctionDigests().of(named).toString(),
+              "ab9370482a8a42ffbc815fd9f6461e0a3503f3f0456c6b2630b0971505d67de3");
+}
+
+TEST(Digest, whatChangesWouldMakeIsWhatTheyMake) {
+    auto const before = test::policy({{"b", 1}, {"d", 2}, {"f", 3}});
+    auto const after = test::policy({{"a", 1}, {"d", 5}, {"e", 6}, {"z", 7}});
+    auto const functionsOf = [](Documents::Program const & program) {
+        AllFunctionStatus::Functions named;
+        for (auto const & each : program.functions) {
+            named.emplace(each->funcName(), each);
+        }
+        return named;
+    };
+    FunctionDigests::Changes changes;
+    for (char const * gone : {"b", "f", "unknown"}) {
+        changes[gone] = nullptr;
+    }
+    for (auto const & each : after.functions) {
+        changes[each->funcName()] = each;
+    }
+    FunctionDigests digests;
+    EXPECT_EQ(digests.of(functionsOf(before), changes), digests.of(functionsOf(after)));
+    EXPECT_EQ(digests.of({}, changes), digests.of(functionsOf(after)));
+    EXPECT_NE(digests.of(functionsOf(before)), digests.of(functionsOf(after)));
 }
 
 TEST(Digest, calleesAndNamesCount) {

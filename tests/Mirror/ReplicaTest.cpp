@@ -139,7 +139,7 @@ TEST(StagedBatch, otherFormatsAreRefusedByTheirStart) {
     };
     for (Case const & each : std::vector<Case>{
              {R"({"start":{"version":1,"id":"a","base":""}})", "found one of format 1"},
-             {R"({"start":{"format":3,"version":1,"id":"a","news":[]}})", "found one of format 3"},
+             {R"({"start":{"format":5,"version":1,"id":"a","news":[]}})", "found one of format 5"},
              {R"({"start":{"format":"2","version":1,"id":"a","base":""}})", "/start/format"},
          }) {
         try {

@@ -3,14 +3,8 @@
 # and goes.
 set -euo pipefail
 
-command -v redis-server >/dev/null || {
-    echo "no redis-server on this machine (package redis-server)"
-    exit 77
-}
-[[ -x $QCF_BINARY ]] || {
-    echo "the command is not built"
-    exit 77
-}
+# shellcheck source=/dev/null
+source "$QCF_SOURCE_DIR/tests/support/commands.bash"
 work=$(mktemp -d)
 server=
 agent=
@@ -61,6 +55,7 @@ expect 2 'redis URL' status --redis http://localhost --name edge
 expect 2 'name' status --redis "$url" --name 'a b'
 expect 2 'TLS options' publish "$work/1.json" "${at[@]}" --tls-insecure
 expect 1 'redis at' publish "$work/1.json" "${at[@]}" --wait 0
+expect 1 'redis at' agent "${at[@]}" "${routes[@]}" --once --wait 0
 startServer
 expect 1 'nothing is published under edge' status "${at[@]}"
 expect 1 'nothing is published under edge' agent "${at[@]}" "${routes[@]}" --once --wait 0
@@ -76,7 +71,7 @@ cmp "$work/eval.jsonl" "$work/out.txt" || fail "agent and eval differ"
 expect 0 '  10 10 import ' agent "${at[@]}" "${routes[@]}" --once --counters 3600
 grep -qE '^  10 0 import [0-9]+ .*=' "$work/err.txt" || fail "the assignment is not counted"
 cmp "$work/eval.jsonl" "$work/out.txt" || fail "counting changes the results"
-expect 1 'no function none' agent "${at[@]}" --once --function none --routes "$work/routes.jsonl"
+expect 1 'has no function "none"; its functions: import, other' agent "${at[@]}" --once --function none --routes "$work/routes.jsonl"
 expect 2 '--once' agent "${at[@]}" --function import --routes -
 
 # A list that nothing defines: an error, and with an agent that stays the version before holds.
@@ -94,6 +89,71 @@ grep -q 'other version 1: function "import", node ' "$work/err.txt" || fail "no 
 expect 0 'warning: community list "CL" is not defined, it acts as an empty list' \
     agent "${other[@]}" "${routes[@]}" --once --allow-undefined-lists
 expect 0 '"result":"false"' agent "${other[@]}" "${routes[@]}" --once --lists "$work/lists.json"
+
+# Lists that travel along: functions and lists are one version, and a change moves its difference.
+lists() {
+    echo "{\"qcf\": \"lists/1\", \"communityLists\": {\"CL\": [{\"action\": \"$1\", \"communities\":
+        [\"65000:1\"]}], \"unnamed\": []}, \"tagSets\": {\"CL\": [1]}}"
+}
+lists permit >"$work/permit.json"
+lists deny >"$work/deny.json"
+echo '{"qcf": "lists/1"}' >"$work/none.json"
+echo '{"prefix": "10.0.0.0/8", "community": ["65000:1"]}' >"$work/tagged.jsonl"
+tagged=(--function import --routes "$work/tagged.jsonl" --output jsonl)
+expect 0 'version 2, ' publish "$work/named.json" "${other[@]}" --lists "$work/permit.json"
+expect 0 '"result":"true"' agent "${other[@]}" "${tagged[@]}" --once
+expect 0 'unchanged: other version 2' \
+    publish "$work/named.json" "${other[@]}" --lists "$work/permit.json"
+expect 0 '0 functions set, 0 removed; 0 nodes added, 0 removed; 1 lists set, 0 removed; 1 entries added, 1 removed' \
+    publish "$work/named.json" "${other[@]}" --lists "$work/deny.json"
+expect 0 '"result":"false"' agent "${other[@]}" "${tagged[@]}" --once
+expect 0 '"result":"true"' agent "${other[@]}" "${tagged[@]}" --once --lists "$work/permit.json"
+expect 0 'warning: ' publish "$work/named.json" "${other[@]}" --lists "$work/none.json"
+expect 1 'community list "CL" is not defined' agent "${other[@]}" "${tagged[@]}" --once
+cat >"$work/text.qcf" <<'QCF'
+list community_list CL { permit { 65000:1 } }
+function "import"() { return community matches CL }
+QCF
+expect 0 ', 1 lists' publish "$work/text.qcf" "${other[@]}"
+expect 0 '"result":"true"' agent "${other[@]}" "${tagged[@]}" --once
+expect 0 '1 entries added, 1 removed' \
+    publish "$work/text.qcf" "${other[@]}" --lists "$work/deny.json"
+expect 0 '"result":"false"' agent "${other[@]}" "${tagged[@]}" --once
+
+# Lines and reasons of a text travel along, and move with it, whatever its functions mean.
+cat >"$work/lined.qcf" <<'QCF'
+function "import"() {
+  if community.count > 0 {
+    return true because tagged
+  }
+  return false
+}
+QCF
+lined=(--redis "$url" --name lined)
+expect 0 'published lined version 1' publish "$work/lined.qcf" "${lined[@]}"
+decided() { expect 0 "/lined.qcf\",\"line\":$1,\"column\":5,\"reason\":\"tagged\"}" agent "${lined[@]}" "${tagged[@]}" --once --why; }
+decided 3
+sed -i '1i # moved' "$work/lined.qcf"
+expect 0 'would publish lined version 2' publish "$work/lined.qcf" "${lined[@]}" --dry-run
+expect 0 '0 functions set, 0 removed; 0 nodes added, 0 removed; places of 1 functions' \
+    publish "$work/lined.qcf" "${lined[@]}"
+decided 4
+expect 0 'lined.qcf:4 return true' agent "${lined[@]}" "${tagged[@]}" --once --counters 3600
+expect 0 'unchanged: lined version 2' publish "$work/lined.qcf" "${lined[@]}"
+expect 0 'published lined version 3' rollback "${lined[@]}" 1
+decided 3
+
+# Signed: whoever has the key takes nothing else.
+printf 'a key of sixteen bytes\n' >"$work/key"
+printf 'short' >"$work/short"
+signed=(--redis "$url" --name signed)
+expect 1 'wants at least 16' publish "$work/1.json" "${signed[@]}" --sign-key-file "$work/short"
+expect 0 'version 1' publish "$work/1.json" "${signed[@]}"
+expect 1 'not signed by the key' agent "${signed[@]}" "${routes[@]}" --once --wait 1 \
+    --sign-key-file "$work/key"
+expect 0 'published anew' publish "$work/1.json" "${signed[@]}" --sign-key-file "$work/key"
+expect 0 '"med":1' agent "${signed[@]}" "${routes[@]}" --once --sign-key-file "$work/key"
+expect 0 '"med":1' agent "${signed[@]}" "${routes[@]}" --once
 
 # An agent that stays, through two versions and the death of the server.
 "$QCF_BINARY" agent "${at[@]}" "${routes[@]}" >"$work/agent.txt" 2>"$work/agenterr.txt" &

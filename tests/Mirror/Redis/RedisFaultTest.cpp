@@ -1,5 +1,6 @@
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
+#include "tests/Mirror/ListTools.h"
 #include "tests/Mirror/MirrorTools.h"
 #include "tests/Mirror/Redis/RedisServer.h"
 
@@ -19,6 +20,12 @@ using test::flatDocument;
 using test::policy;
 using test::TestFunction;
 
+/// The lists of a version: a set of one tag, the value of its functions.
+std::vector<Lists::ListRecord> listsOf(std::vector<TestFunction> const & functions) {
+    return test::listRecords(R"({"tagSets": {"T": [)" + std::to_string(functions.front().value) +
+                             "]}}");
+}
+
 /// Forks a process that publishes and is killed right after its `fatalStep`-th step, from 1;
 /// answers whether it was, or was done before.
 bool publishAndDie(RedisOptions const & options, std::vector<TestFunction> const & functions,
@@ -34,7 +41,7 @@ bool publishAndDie(RedisOptions const & options, std::vector<TestFunction> const
         try {
             RedisWriter(
                 options, "edge", [](String const &) {}, settings)
-                .publish(policy(functions));
+                .publish(policy(functions), listsOf(functions));
         } catch (std::exception const &) {
             ::_exit(1);
         }
@@ -58,7 +65,8 @@ pid_t forkReader(RedisOptions const & options) {
     return child;
 }
 
-/// What a reader sees must be one of the published policies, whole: all functions set one value.
+/// What a reader sees must be one of the published policies, whole: all functions set one value,
+/// and the lists have it.
 class Witness {
 public:
     explicit Witness(RedisOptions options)
@@ -75,6 +83,10 @@ public:
             ASSERT_EQ(context->med, context->localPref);
             ASSERT_EQ(value.value_or(context->med), context->med) << "of two versions";
             value = context->med;
+        }
+        if (value) {
+            ASSERT_TRUE(version->lists()->tagSets.at("T")->contains(static_cast<U32>(*value)))
+                << "functions and lists of two versions";
         }
     }
     void reach(VersionId const & version) {
@@ -107,13 +119,15 @@ TEST(RedisFaults, aWriterMayDieAfterAnyStep) {
             witness.poll();
         }
         RedisWriter writer(server.options(), "edge", [](String const &) {});
-        auto const outcome = writer.publish(policy(functionsOf(value + 1)));
+        auto const next = functionsOf(value + 1);
+        auto const outcome = writer.publish(policy(next), listsOf(next));
         ASSERT_TRUE(outcome.changed) << step;
         witness.reach(outcome.version);
         ASSERT_EQ(flatDocument(witness.mirror.status()), flatDocument(writer.status())) << step;
     }
-    // lead, start, at least one part, end; start, three parts and end of the snapshot.
-    EXPECT_GE(step, 9);
+    // lead, note, start, at least one part, end, note; start, three parts and end of the snapshot;
+    // forget.
+    EXPECT_GE(step, 12);
 }
 
 /// Random faults between and within publications; at the end of each round nothing is lost.
@@ -147,7 +161,7 @@ private:
             WriterSettings settings;
             settings.smallSnapshot = random_() % 2 == 0 ? 0 : settings.smallSnapshot;
             publishAndDie(server_.options(), functionsOf(random_() % 1000),
-                          1 + static_cast<int>(random_() % 9), settings);
+                          1 + static_cast<int>(random_() % 12), settings);
             break;
         }
         case 3:
@@ -199,11 +213,12 @@ private:
         if (!writer_ || random_() % 3 == 0) {
             writer_.emplace(server_.options(), "edge", [](String const &) {});
         }
+        auto const functions = functionsOf(value_);
         try {
-            last_ = writer_->publish(policy(functionsOf(value_))).version;
+            last_ = writer_->publish(policy(functions), listsOf(functions)).version;
         } catch (FencedError const &) {
             writer_.emplace(server_.options(), "edge", [](String const &) {});
-            last_ = writer_->publish(policy(functionsOf(value_))).version;
+            last_ = writer_->publish(policy(functions), listsOf(functions)).version;
         }
         witness_.poll();
         if (random_() % 4 == 0) {

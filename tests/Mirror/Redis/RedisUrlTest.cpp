@@ -23,6 +23,8 @@ TEST(RedisUrl, goodOnes) {
              Good{"redis://:secret@10.0.0.1/", "10.0.0.1:6379", "", "secret"},
              Good{"redis://me:se%40c%3Aret@h:1", "h:1", "me", "se@c:ret"},
              Good{"redis://:a@b@h", "h:6379", "", "a@b"},
+             Good{"redis://me@h", "h:6379", "me"},
+             Good{"unix://me@/run/redis.sock", "/run/redis.sock", "me"},
              Good{"redis://[::1]:7000", "::1:7000"},
              Good{"redis://[2001:db8::1]", "2001:db8::1:6379"},
              Good{"rediss://h/2", "h:6379", "", "", 2, true},
@@ -42,8 +44,8 @@ TEST(RedisUrl, badOnesAreRefusedWithoutTheirPassword) {
     for (char const * url :
          {"", "localhost", "http://h", "redis:/h", "redis://", "redis://:6379", "redis://h:x",
           "redis://h:65536", "redis://h:", "redis://h/x", "redis://h/99999999", "redis://[::1",
-          "redis://me@h", "redis://:@h", "redis://:secret%4@h", "redis://:secret@h:x",
-          "unix://relative/path", "unix://"}) {
+          "redis://@h", "redis://me:@h", "redis://:@h", "redis://:secret%4@h",
+          "redis://:secret@h:x", "unix://relative/path", "unix://"}) {
         try {
             RedisOptions::parse(url);
             ADD_FAILURE() << url;

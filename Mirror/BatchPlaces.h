@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Mirror/ChangeBatch.h"
+#include "Mirror/VersionPlaces.h"
+#include "Platform/Render/JsonDocument.h"
+
+namespace Qcf::Mirror {
+
+/// Writes the lines that make places of others: a line a function that is elsewhere, and the rows
+/// of those whose tables differ.
+void writePlaceChanges(BatchWriter & writer, VersionPlaces const & before,
+                       VersionPlaces const & after);
+
+/// Builds places of the lines of a batch beside those that are there. Throws DocumentError with the
+/// line for what cannot be meant.
+///
+///     BatchPlaces places(base);
+///     ... places.headLine(line), places.rowsLine(line) ...
+///     places.end();
+///     VersionPlaces const after = places.places();
+class BatchPlaces {
+public:
+    explicit BatchPlaces(VersionPlaces base) : places_(std::move(base)) {}
+
+    /// A function that comes from elsewhere, or from no text any more.
+    void headLine(JsonValue const & line);
+    /// Rows of the table of the function that was named last.
+    void rowsLine(JsonValue const & line);
+    /// The table of the function that was named last is whole.
+    void end();
+    /// All places after the batch.
+    VersionPlaces const & places() const { return places_; }
+
+private:
+    VersionPlaces places_;
+    std::optional<String> open_; ///< whose rows come
+    std::vector<PlaceTable::Row> rows_;
+};
+
+} // namespace Qcf::Mirror

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Mirror/ChangeBatch.h"
+#include "Mirror/PublishedLists.h"
+
+#include <string_view>
+
+namespace Qcf::Mirror {
+
+/// A place where a row of entries changes: `drop` entries from `at` of the row before go, `add`
+/// from `from` of the row after come.
+struct ListEdit {
+    std::size_t at = 0;
+    std::size_t drop = 0;
+    std::size_t from = 0;
+    std::size_t add = 0;
+
+    bool operator==(ListEdit const &) const = default;
+};
+
+/// What makes one row of texts another one, by rising places. Entries that stay keep their order:
+/// equal texts are paired in the order in which they stand, and of the pairs the longest rising
+/// part stays. Costs n log n, whatever the rows are.
+std::vector<ListEdit> editsBetween(std::vector<std::string_view> const & before,
+                                   std::vector<std::string_view> const & after);
+
+/// Writes the lines that make lists of others.
+ListCounts writeListChanges(BatchWriter & writer, PublishedLists const & before,
+                            PublishedLists const & after);
+
+} // namespace Qcf::Mirror
