@@ -49,27 +49,31 @@ struct EndLine {
     Digest digest;
     std::size_t functions = 0;
     std::size_t nodes = 0;
+    std::size_t lists = 0;
 
-    String text(Pieces const & pieces, U64 version) const {
+    String text(Pieces const & pieces, BatchStart const & start) const {
         Digester sum;
         sum.add(pieces.start);
         sum.add(pieces.lines);
         auto const lines = 1 + std::count(pieces.lines.begin(), pieces.lines.end(), '\n');
-        return R"({"end":{"version":)" + std::to_string(version) + R"(,"digest":")" +
+        return R"({"end":{"version":)" + std::to_string(start.version) + R"(,"digest":")" +
                digest.toString() + R"(","functions":)" + std::to_string(functions) +
-               R"(,"nodes":)" + std::to_string(nodes) + R"(,"lines":)" + std::to_string(lines) +
-               R"(,"sum":")" + sum.finish().toString() + "\"}}\n";
+               R"(,"nodes":)" + std::to_string(nodes) +
+               (start.format >= listsFormat ? R"(,"lists":)" + std::to_string(lists) : "") +
+               R"(,"lines":)" + std::to_string(lines) + R"(,"sum":")" + sum.finish().toString() +
+               "\"}}\n";
     }
 };
 
 /// The batch with an end that says what its lines come to, as a writer would put it that made a
 /// mistake elsewhere. Throws for lines that come to nothing.
 StagedBatch mended(Pieces const & pieces, Replica const & replica) {
-    U64 const version = StagedBatch("fuzz", pieces.start).start().version;
-    StagedBatch const draft = staged(pieces, EndLine().text(pieces, version));
+    BatchStart const start = StagedBatch("fuzz", pieces.start).start();
+    StagedBatch const draft = staged(pieces, EndLine().text(pieces, start));
     auto const * const base = draft.start().base.empty() ? nullptr : replica.status().get();
     auto const * const store = base != nullptr ? storeOf(*base) : nullptr;
-    BatchChanges const changes(draft, store);
+    PublishedLists const none;
+    BatchChanges const changes(draft, store, base != nullptr ? replica.lists() : none);
     auto functions = base != nullptr ? base->aet() : Qcf::AllFunctionStatus::Functions();
     for (auto const & [name, function] : changes.functions()) {
         if (function) {
@@ -78,14 +82,15 @@ StagedBatch mended(Pieces const & pieces, Replica const & replica) {
             functions.erase(name);
         }
     }
-    EndLine end{FunctionDigests().of(functions), functions.size(), changes.nodes().size()};
+    EndLine end{versionDigest(FunctionDigests().of(functions), changes.lists()), functions.size(),
+                changes.nodes().size(), changes.lists().size()};
     if (store != nullptr) {
         end.nodes += store->size();
         for (auto const & place : changes.removed()) {
             end.nodes -= store->node(place.collection, place.key) ? 1U : 0U;
         }
     }
-    return staged(pieces, end.text(pieces, version));
+    return staged(pieces, end.text(pieces, start));
 }
 
 /// What there is to see of a replica.
@@ -130,8 +135,9 @@ bool takes(Replica & replica, Make const & make) {
 /// What a replica has, another one gets from a snapshot of it.
 void checkSnapshot(Replica & replica) {
     VersionId const & version = replica.version();
-    Batch const batch = ChangeSource(replica.status())
-                            .snapshot({version.number, version.id, String()}, version.digest);
+    Batch const batch =
+        ChangeSource(replica.status())
+            .snapshot({version.number, version.id, String()}, version.digest, replica.lists());
     StagedBatch copy("fuzz", batch.pieces.front());
     for (std::size_t i = 1; i + 1 < batch.pieces.size(); ++i) {
         copy.add(batch.pieces[i]);

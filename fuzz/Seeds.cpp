@@ -7,8 +7,11 @@
 #include "Agent/Routes/JsonLinesWriter.h"
 #include "Agent/Tables/TableGenerator.h"
 #include "Documents/Program.h"
+#include "Lists/ByteSource.h"
+#include "Lists/ListsDocument.h"
 #include "Mirror/ChangeSource.h"
 #include "Mirror/ProgramPublication.h"
+#include "Platform/Render/JsonDocument.h"
 #include "Platform/Render/ReadFile.h"
 #include "QcfLib/NodeClass.h"
 #include "Text/Printer.h"
@@ -52,26 +55,54 @@ String packed(String const & json) {
     return text;
 }
 
+/// What publishes one version after another, as text.
+class Publications {
+public:
+    void publish(String const & document, Qcf::Mirror::PublishedLists const & lists = {}) {
+        using namespace Qcf::Mirror; // NOLINT(google-build-using-namespace): what is under test
+        auto const program = Qcf::Documents::readProgram(document, "seed");
+        publishProgram(program, *status_, digests_, ++version_);
+        String const id = "v" + std::to_string(version_);
+        Batch const batch =
+            source_.takeBatch({version_, id, base_},
+                              versionDigest(digests_.of(status_->aet()), lists), {lists_, lists});
+        for (String const & piece : batch.pieces) {
+            text_ += piece;
+        }
+        base_ = id;
+        lists_ = lists;
+    }
+    String const & text() const { return text_; }
+
+private:
+    Ptr<Qcf::AllFunctionStatus> status_ = Qcf::allFunctionStatusFactory("fuzz");
+    Qcf::Mirror::FunctionDigests digests_;
+    Qcf::Mirror::ChangeSource source_{status_};
+    Qcf::Mirror::PublishedLists lists_;
+    String text_;
+    String base_;
+    U32 version_ = 0;
+};
+
 /// The batches that publish one document after another.
 String batches(std::vector<String> const & documents) {
-    using namespace Qcf::Mirror; // NOLINT(google-build-using-namespace): what is under test
-    auto const status = Qcf::allFunctionStatusFactory("fuzz");
-    FunctionDigests digests;
-    ChangeSource source(status);
-    String text;
-    String base;
-    U32 version = 0;
+    Publications publications;
     for (String const & document : documents) {
-        auto const program = Qcf::Documents::readProgram(document, "seed");
-        publishProgram(program, *status, digests, ++version);
-        String const id = "v" + std::to_string(version);
-        Batch const batch = source.takeBatch({version, id, base}, digests.of(status->aet()));
-        for (String const & piece : batch.pieces) {
-            text += piece;
-        }
-        base = id;
+        publications.publish(document);
     }
-    return text;
+    return publications.text();
+}
+
+/// The batches by which lists come, one of them goes, and all go.
+String listBatches(String const & name, String const & text) {
+    String const functions = R"({"qcf": "aet/1", "functions": []})";
+    auto records = Qcf::Lists::readListRecords(JsonDocument::parse(text, name).root(), name);
+    Publications publications;
+    publications.publish(functions, Qcf::Mirror::publishedLists(records, {}));
+    records.erase(records.begin());
+    publications.publish(functions, Qcf::Mirror::publishedLists(records, {}));
+    publications.publish(functions);
+    return publications.text();
 }
 
 class Seeds {
@@ -83,6 +114,7 @@ public:
         texts();
         randomDocuments();
         tables();
+        streams();
         dictionary();
     }
 
@@ -101,7 +133,9 @@ private:
             if (name.ends_with(".routes.jsonl")) {
                 writeFile(folder_ / "FuzzJsonLines" / name, readFile(entry.path()));
             } else if (name.ends_with(".lists.json")) {
-                writeFile(folder_ / "FuzzLists" / name, packed(readFile(entry.path())));
+                String const text = readFile(entry.path());
+                writeFile(folder_ / "FuzzLists" / name, packed(text));
+                writeFile(folder_ / "FuzzMirror" / name, listBatches(name, text));
             } else if (name.ends_with(".json")) {
                 policies.push_back(packed(readFile(entry.path())));
                 document(name, policies.back());
@@ -177,6 +211,23 @@ private:
             writer.finish();
             writeFile(folder_ / "FuzzMrt" / std::to_string(routes), mrt.str());
             writeFile(folder_ / "FuzzJsonLines" / std::to_string(routes), lines);
+        }
+    }
+
+    /// The beginnings of recorded streams of routers: whole ones are long.
+    void streams() const {
+        for (auto const & entry : fs::directory_iterator(QCF_SOURCE_DIR "/tests/Live/streams")) {
+            if (entry.path().extension() != ".gz") {
+                continue;
+            }
+            Qcf::Lists::ByteSource source(Qcf::Lists::openFileStream(entry.path()));
+            for (std::size_t const size : {std::size_t{2} << 10, std::size_t{8} << 10}) {
+                source.ensure(size);
+                String const text(reinterpret_cast<char const *>(source.data()), size);
+                writeFile(folder_ / "FuzzBmp" /
+                              (entry.path().stem().string() + std::to_string(size)),
+                          text);
+            }
         }
     }
 

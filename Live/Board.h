@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Live/Comparison.h"
+
+namespace Qcf::Live {
+
+/// A peer's tables and what comparing them came to.
+struct PeerRow {
+    String router;
+    PeerState const * peer;
+    ComparisonCounts counts;
+};
+
+/// What a station holds at one moment, for people. Made whole each time: nothing is kept.
+///
+///     Board const board = Board::of(routers, tolerance, visit);
+///     out << board.tables() << board.summary();
+class Board {
+public:
+    /// Compares the tables of all peers; `visit` as TableComparison has it. The routers must not
+    /// change as long as the board is used.
+    static Board of(RouterSet & routers, Tolerance tolerance,
+                    TableComparison::Visit const & visit = {});
+
+    ComparisonCounts const & total() const { return total_; }
+    std::vector<PeerRow> const & rows() const { return rows_; }
+    /// A line a router and a line a peer.
+    String tables() const;
+    /// Coverage first, then what came of the comparison, a line a number.
+    String summary() const;
+    /// What people should know before they trust the numbers, a line each: routers that show no
+    /// routes before policy, and those that leave out some.
+    std::vector<std::pair<Where, String>> advice() const;
+
+private:
+    explicit Board(RouterSet & routers) : routers_(&routers) {}
+
+    RibState const * evaluated(PeerRow const & row) const;
+    void appendRow(String & out, PeerRow const & row) const;
+
+    RouterSet * routers_;
+    std::vector<PeerRow> rows_;
+    ComparisonCounts total_;
+};
+
+} // namespace Qcf::Live

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Agent/Routes/ReportLog.h"
+#include "Live/TableFeed.h"
+
+namespace Qcf::Live {
+
+/// A router with its peers and their tables, as the messages of its connections say. One connection
+/// follows the other; between them the tables stay, and are stale.
+///
+///     router.connected();
+///     router.take(frame, offset); // frame after frame
+///     router.settle();            // nothing comes for now
+///     router.lost();
+///
+/// Damage within a message costs that message: it is counted, told with its offset, and its table
+/// is inexact from then on. Belongs to one thread, as all that it was given.
+class LiveRouter final : private MessageSource {
+public:
+    /// Peers that a router may have.
+    static constexpr std::size_t mostPeers = 4096;
+
+    LiveRouter(String name, LiveSettings const & settings, TableFeed & feed,
+               LiveListener & listener);
+    ~LiveRouter() override;
+
+    /// A connection begins. Tables that are there hold until the router has sent them anew.
+    void connected();
+    /// Takes the next message; `offset` is its place in the stream. Throws LimitReached.
+    void take(BmpFrame const & frame, U64 offset);
+    /// Nothing came for a while: what waited is decided, and what this connection did not send
+    /// again goes. Tables may be compared then.
+    void settle();
+    /// The connection is gone. Not `inOrder`: messages were lost.
+    void lost(bool inOrder);
+
+    String const & name() const { return name_; }
+    /// What it says of itself; empty for nothing.
+    String const & description() const { return description_; }
+    bool isConnected() const { return connected_; }
+    std::map<PeerKey, PeerState> & peers() { return peers_; }
+    /// Messages by type, those that could not be read among them.
+    std::array<U64, bmpTypes> const & messages() const { return messages_; }
+    U64 damaged() const { return damaged_; }
+    U64 bytes() const { return bytes_; }
+    /// Pieces of information that are not known, and were passed over.
+    U64 unknownTlvs() const { return unknownTlvs_; }
+
+private:
+    void read(BmpFrame const & frame, U64 offset);
+    void monitor(ByteCursor body, U64 offset);
+    void peerUp(ByteCursor body);
+    void peerDown(ByteCursor body);
+    void initiate(ByteCursor body);
+    PeerState & peerOf(PeerHeader const & header);
+    void emptyTables(PeerState & peer);
+    void damageIs(Damage const & damage, U64 offset, Where const & where) override;
+    void tellDamage(Damage const & damage, BmpType type, U64 offset);
+
+    String name_;
+    LiveSettings const & settings_;
+    TableFeed & feed_;
+    LiveListener & listener_;
+    Agent::ReportLog log_;
+    String description_;
+    std::map<PeerKey, PeerState> peers_;
+    std::array<U64, bmpTypes> messages_{};
+    U64 damaged_ = 0;
+    U64 bytes_ = 0;
+    U64 unknownTlvs_ = 0;
+    bool connected_ = false;
+    /// What the message is about that is read: its damage is told there.
+    Where where_;
+    RibState * table_ = nullptr;
+};
+
+} // namespace Qcf::Live

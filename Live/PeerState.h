@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Live/BmpPeer.h"
+#include "Live/RibTable.h"
+#include "Live/TableForm.h"
+
+#include <deque>
+#include <memory>
+
+/// What a station knows of a router's peers: plain records, which LiveRouter and TableFeed keep.
+namespace Qcf::Live {
+
+/// One table of a peer.
+struct RibState {
+    /// A message that came before the table's form was known.
+    struct Waiting {
+        std::vector<U8> update; ///< behind its BGP header
+        TableForm::Needs needs;
+        U64 offset; ///< in the stream
+    };
+    using Verdict = RibRoute::Verdict;
+
+    TableForm form;
+    RibTable routes;
+    std::deque<Waiting> waiting;
+    std::size_t waitingBytes = 0;
+
+    /// Routes by verdict, where the table is evaluated.
+    std::array<U64, 4> verdicts{};
+    U64 withLocalPref = 0; ///< routes that have LOCAL_PREF
+    U64 announced = 0;     ///< prefixes, however often
+    U64 withdrawn = 0;
+    U64 withdrawnUnheld = 0; ///< of these, prefixes that were not in the table
+    U64 damaged = 0;         ///< messages
+
+    /// By family, IPv4 first: the router said that all was sent.
+    std::array<bool, 2> complete{};
+    bool stale = false;   ///< the connection that sent it is gone
+    bool inexact = false; ///< a message was lost to damage since it was sent whole
+    /// What has another one was sent before the connection was lost.
+    U8 generation = 0;
+    bool idsTold = false;
+    bool widthTold = false;
+};
+
+/// A peer of a router, with its tables.
+struct PeerState {
+    PeerKey key;
+    U32 as = 0;
+    U32 bgpId = 0;
+    bool isUp = false;
+    /// Nobody said that it is up, but routes came.
+    bool isAssumed = false;
+    PeerUp open;
+    U32 vrfId = 0xffffff; ///< 16777215 outside any VRF
+    std::array<std::unique_ptr<RibState>, ribs> tables;
+
+    /// Routes before policy, and those whose path begins with the router's own AS and the peer's.
+    U64 pathsSeen = 0;
+    U64 pathsWithOwnAs = 0;
+    bool hasOwnAsInFront = false;
+
+    U32 ownAs() const { return open.sent.as; }
+    bool isExternal() const { return ownAs() != 0 && ownAs() != as; }
+    RibState * table(Rib rib) const { return tables[static_cast<U8>(rib)].get(); }
+};
+
+} // namespace Qcf::Live

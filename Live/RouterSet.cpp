@@ -1,0 +1,97 @@
+#include "Live/RouterSet.h"
+
+namespace Qcf::Live {
+
+RouterSet::RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> const & function,
+                     PtrConst<ExternalMatchersBase> const & matchers, LiveListener & listener)
+    : settings_(settings),
+      listener_(listener),
+      judge_(store_, function, matchers),
+      feed_(settings_, store_, judge_, listener_) {}
+
+LiveRouter & RouterSet::router(String const & name) {
+    return routers_.try_emplace(name, name, settings_, feed_, listener_).first->second;
+}
+
+std::size_t Connection::take(std::span<U8 const> bytes, std::size_t most) {
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < most; ++i) {
+        auto const frame = BmpFrame::first(bytes.subspan(used));
+        if (!frame) {
+            break;
+        }
+        if (router_ == nullptr) {
+            String const said = frame->type == BmpType::initiation ? nameIn(frame->body) : String();
+            router_ = &routers_.router(said.empty() ? address_ : said);
+            router_->connected();
+        }
+        U64 const at = offset_;
+        used += frame->size;
+        offset_ += frame->size;
+        router_->take(*frame, at);
+    }
+    return used;
+}
+
+/// The name in an Initiation message; a damaged one is told when it is read as a whole.
+String Connection::nameIn(ByteCursor body) {
+    constexpr U16 sysName = 2;
+    try {
+        while (!body.atEnd()) {
+            BmpTlv const tlv = BmpTlv::take(body);
+            if (tlv.type == sysName) {
+                return tlv.text();
+            }
+        }
+    } catch (Damage const &) {
+    }
+    return {};
+}
+
+void Connection::ended(bool inOrder) {
+    if (router_ != nullptr) {
+        router_->lost(inOrder);
+    }
+}
+
+bool replay(RouterSet & routers, Lists::ByteSource source, String const & name) {
+    Connection connection(routers, name);
+    String problem;
+    bool inOrder = true;
+    try {
+        // A message in pieces is waited for; what is left at the end is none.
+        for (std::size_t wanted = 1; source.ensure(wanted) || source.available() > 0;) {
+            std::span<U8 const> const bytes(source.data(), source.available());
+            std::size_t const used = connection.take(bytes);
+            source.skip(used);
+            std::span<U8 const> const rest(source.data(), source.available());
+            std::size_t const next = BmpFrame::wanted(rest);
+            if (used == 0 && rest.size() < next && !source.ensure(next)) {
+                problem = "the stream ends within a message";
+                break;
+            }
+            wanted = next;
+        }
+    } catch (Damage const & damage) {
+        problem = String(damage.subject()) + " " + damage.problem();
+        inOrder = false;
+    } catch (LimitReached const & limit) {
+        problem = limit.what();
+        inOrder = false;
+    }
+    problem = source.fault().empty() ? problem : source.fault();
+    if (LiveRouter * const router = connection.router()) {
+        router->settle();
+    }
+    if (!inOrder) {
+        connection.ended(false);
+    }
+    if (!problem.empty()) {
+        String const router = connection.router() ? connection.router()->name() : name;
+        routers.listener().note({router}, "reading ended at offset " +
+                                              std::to_string(connection.offset()) + ": " + problem);
+    }
+    return problem.empty();
+}
+
+} // namespace Qcf::Live

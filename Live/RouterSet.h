@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Lists/ByteSource.h"
+#include "Live/LiveRouter.h"
+
+namespace Qcf::Live {
+
+/// All routers that a station hears, with what they share: the store of attributes and the judge.
+///
+///     RouterSet routers(settings, function, matchers, listener);
+///     replay(routers, Lists::ByteSource(Lists::openFileStream(path)), path, report);
+///     compareTables(routers, ...);
+class RouterSet {
+public:
+    /// The settings and the listener must outlive it.
+    RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> const & function,
+              PtrConst<ExternalMatchersBase> const & matchers, LiveListener & listener);
+    RouterSet(RouterSet const &) = delete;
+    RouterSet & operator=(RouterSet const &) = delete;
+
+    /// The router of that name, made when it is heard for the first time.
+    LiveRouter & router(String const & name);
+    /// By name.
+    std::map<String, LiveRouter> & all() { return routers_; }
+
+    LiveSettings const & settings() const { return settings_; }
+    AttributeStore const & store() const { return store_; }
+    RouteJudge & judge() { return judge_; }
+    LiveListener & listener() { return listener_; }
+    U64 routes() const { return feed_.routes(); }
+
+private:
+    LiveSettings const & settings_;
+    LiveListener & listener_;
+    AttributeStore store_;
+    RouteJudge judge_;
+    TableFeed feed_;
+    std::map<String, LiveRouter> routers_;
+};
+
+/// One connection of a router, message after message. Which router it is shows with its first
+/// message; one that says no name is called by its address.
+class Connection {
+public:
+    Connection(RouterSet & routers, String address)
+        : routers_(routers), address_(std::move(address)) {}
+
+    /// Takes the whole messages that the bytes begin with, and answers how many bytes they have.
+    /// `most` bounds how many messages. Throws Damage where no message begins, and LimitReached.
+    std::size_t take(std::span<U8 const> bytes, std::size_t most = ~std::size_t{0});
+    /// The connection has ended; not `inOrder` where messages may have been lost.
+    void ended(bool inOrder);
+
+    U64 offset() const { return offset_; }
+    /// Null before the first message.
+    LiveRouter * router() { return router_; }
+
+private:
+    static String nameIn(ByteCursor body);
+
+    RouterSet & routers_;
+    String address_;
+    LiveRouter * router_ = nullptr;
+    U64 offset_ = 0;
+};
+
+/// Reads a recorded stream to its end, which counts as settled. Faults of it are told as notes of
+/// its router; answers whether there were none.
+bool replay(RouterSet & routers, Lists::ByteSource source, String const & name);
+
+} // namespace Qcf::Live

@@ -1,0 +1,239 @@
+#include "Live/TableFeed.h"
+
+#include <bit>
+#include <utility>
+
+namespace Qcf::Live {
+
+namespace {
+
+/// What waits for the form of its table.
+constexpr std::size_t mostWaiting = 256;
+constexpr std::size_t mostWaitingBytes = std::size_t{1} << 20;
+
+/// Whether a path begins with a sequence of these two.
+bool beginsWith(std::span<U8 const> path, bool as4, U32 first, U32 second) {
+    constexpr U8 sequence = 2;
+    std::size_t const width = as4 ? 4 : 2;
+    if (path.size() < 2 + 2 * width || path[0] != sequence || path[1] < 2) {
+        return false;
+    }
+    U8 const * const at = path.data() + 2;
+    auto const load = [&](U8 const * from) {
+        return as4 ? Agent::loadU32(from) : U32{Agent::loadU16(from)};
+    };
+    auto const seen = [&](U32 as) { return as4 || as <= 0xffff ? as : Agent::Mrt::asTrans; };
+    return load(at) == seen(first) && load(at + width) == seen(second);
+}
+
+std::size_t numberOf(AddressFamily family) { return family == AddressFamily::ipv6 ? 1 : 0; }
+
+} // namespace
+
+std::unique_ptr<RibState> TableFeed::makeTable(PeerState const & peer, Rib rib) const {
+    auto table = std::make_unique<RibState>();
+    table->form = TableForm(peer.open.declaredForm(rib, false), settings_.trustFlags);
+    return table;
+}
+
+void TableFeed::take(PeerState & peer, ByteCursor update, bool as2, U64 offset, Where const & where,
+                     MessageSource & source) {
+    RibState & table = *peer.table(*where.rib);
+    TableForm::Needs const needs = table.form.vote(update, as2);
+    if (table.waiting.empty() && table.form.isDecided(needs)) {
+        tellForm(table, where, as2);
+        apply(peer, update, as2, where);
+        return;
+    }
+    auto const bytes = update.rest();
+    table.waitingBytes += bytes.size();
+    table.waiting.push_back({{bytes.begin(), bytes.end()}, needs, offset});
+    if (table.waiting.size() >= mostWaiting || table.waitingBytes >= mostWaitingBytes) {
+        table.form.close();
+    }
+    drain(peer, where, source);
+}
+
+/// What waited and can be read now, in its order.
+void TableFeed::drain(PeerState & peer, Where const & where, MessageSource & source) {
+    RibState & table = *peer.table(*where.rib);
+    while (!table.waiting.empty() && table.form.isDecided(table.waiting.front().needs)) {
+        RibState::Waiting const message = std::move(table.waiting.front());
+        table.waiting.pop_front();
+        table.waitingBytes -= message.update.size();
+        tellForm(table, where, message.needs.as2);
+        try {
+            apply(peer, ByteCursor(message.update, "UPDATE message"), message.needs.as2, where);
+        } catch (Damage const & damage) {
+            ++table.damaged;
+            table.inexact = true;
+            source.damageIs(damage, message.offset, where);
+        }
+    }
+}
+
+void TableFeed::tellForm(RibState & table, Where const & where, bool as2) {
+    if (table.form.idsAgainst() && !std::exchange(table.idsTold, true)) {
+        listener_.note(where, table.form.declaresIds()
+                                  ? "path identifiers were negotiated, none are sent"
+                                  : "path identifiers are sent that were not negotiated");
+    }
+    if (table.form.widthAgainst(as2) && !std::exchange(table.widthTold, true)) {
+        listener_.note(where, as2 ? "AS numbers have four bytes, two are declared"
+                                  : "AS numbers have two bytes, four are declared");
+    }
+}
+
+void TableFeed::apply(PeerState & peer, ByteCursor update, bool as2, Where const & where) {
+    Rib const rib = *where.rib;
+    RibState & table = *peer.table(rib);
+    Agent::UpdateForm const form = table.form.form(as2);
+    update_.check(update, form);
+    // A prefix in both lists counts as announced.
+    for (auto place : update_.withdrawn()) {
+        for (Agent::UpdatePrefix key; place.next(key);) {
+            withdraw(table, key);
+        }
+    }
+    for (PrefixPlace const place : {PrefixPlace::field, PrefixPlace::attribute}) {
+        announce(peer, rib, place, form.as4);
+    }
+    if (update_.announcements() > 0 && rib == Rib::inPre && peer.isExternal()) {
+        noticeOwnAs(peer, form.as4);
+        // Often at the start and ever more seldom, since the tables are evaluated again.
+        if (peer.pathsSeen >= TableForm::enough && std::has_single_bit(peer.pathsSeen)) {
+            decideOwnAs(peer, where.router);
+        }
+    }
+    if (update_.endOfRib() != AddressFamily::none) {
+        complete(table, update_.endOfRib(), where);
+    }
+}
+
+void TableFeed::withdraw(RibState & table, Agent::UpdatePrefix const & key) {
+    ++table.withdrawn;
+    RibRoute * const route = table.routes.find(key);
+    if (route == nullptr) {
+        ++table.withdrawnUnheld;
+        return;
+    }
+    forget(table, *route);
+    table.routes.erase(*route);
+}
+
+/// Takes a route out of all counts; its place in the table is the caller's.
+void TableFeed::forget(RibState & table, RibRoute const & route) {
+    --table.verdicts[static_cast<U8>(route.verdict)];
+    table.withLocalPref -= (route.marks & RibRoute::localPref) != 0 ? 1 : 0;
+    store_.release(route.attributes);
+    --routes_;
+}
+
+void TableFeed::announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4) {
+    auto & prefixes = update_.announced()[static_cast<U8>(place)];
+    if (prefixes.atEnd()) {
+        return;
+    }
+    RibState & table = *peer.table(rib);
+    kept_.assign(update_.attributes(), place);
+    for (Agent::UpdatePrefix key; prefixes.next(key);) {
+        checkLimits(table, key);
+        U32 const attributes = store_.add(kept_.bytes);
+        auto const [route, isNew] = table.routes.insert(key);
+        if (!isNew) {
+            forget(table, *route);
+        }
+        ++routes_;
+        ++table.announced;
+        route->attributes = attributes;
+        route->decidedBy = 0;
+        route->marks = static_cast<U8>((as4 ? RibRoute::as4 : 0) |
+                                       (kept_.hasLocalPref ? RibRoute::localPref : 0));
+        route->generation = table.generation;
+        route->verdict = Verdict::none;
+        table.withLocalPref += kept_.hasLocalPref ? 1 : 0;
+        ++table.verdicts[static_cast<U8>(Verdict::none)];
+        judge(peer, table, rib, *route);
+    }
+}
+
+void TableFeed::checkLimits(RibState & table, Agent::UpdatePrefix const & key) const {
+    if (routes_ >= settings_.maxRoutes && table.routes.find(key) == nullptr) {
+        throw LimitReached("more than " + std::to_string(settings_.maxRoutes) + " routes");
+    }
+    if (store_.isFull()) {
+        throw LimitReached("path attributes of more than 16 GiB");
+    }
+}
+
+void TableFeed::judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route) {
+    if (rib != settings_.rib) {
+        return;
+    }
+    --table.verdicts[static_cast<U8>(route.verdict)];
+    route.verdict = judge_.verdict(route, peer, rib);
+    ++table.verdicts[static_cast<U8>(route.verdict)];
+}
+
+void TableFeed::noticeOwnAs(PeerState & peer, bool as4) {
+    ++peer.pathsSeen;
+    peer.pathsWithOwnAs += beginsWith(kept_.path, as4, peer.ownAs(), peer.as) ? 1 : 0;
+}
+
+/// Some routers put their own AS in front of what external peers sent.
+void TableFeed::decideOwnAs(PeerState & peer, String const & router) {
+    bool const isInFront = 2 * peer.pathsWithOwnAs > peer.pathsSeen;
+    if (isInFront == std::exchange(peer.hasOwnAsInFront, isInFront)) {
+        return;
+    }
+    listener_.note({router, peer.key.address},
+                   isInFront ? "own AS " + std::to_string(peer.ownAs()) +
+                                   " stands in front of received paths: it is taken off"
+                             : "own AS does not stand in front of received paths any more");
+    if (RibState * const table = peer.table(settings_.rib)) {
+        table->routes.each([&](RibRoute & route) { judge(peer, *table, settings_.rib, route); });
+    }
+}
+
+void TableFeed::complete(RibState & table, AddressFamily family, Where const & where) {
+    sweep(table, family);
+    table.complete[numberOf(family)] = true;
+    table.stale = table.stale && !(table.complete[0] && table.complete[1]);
+    U64 routes = 0;
+    table.routes.each([&](RibRoute const & route) { routes += route.family == family ? 1 : 0; });
+    listener_.sync(where, family, routes);
+}
+
+void TableFeed::sweep(RibState & table, AddressFamily family) {
+    if (!table.stale) {
+        return;
+    }
+    table.routes.eraseIf([&](RibRoute const & route) {
+        bool const isOld = route.family == family && route.generation != table.generation;
+        if (isOld) {
+            forget(table, route);
+        }
+        return isOld;
+    });
+}
+
+void TableFeed::empty(RibState & table) {
+    table.routes.each([&](RibRoute const & route) { forget(table, route); });
+    table.routes.clear();
+    table.waiting.clear();
+    table.waitingBytes = 0;
+}
+
+void TableFeed::settle(PeerState & peer, String const & router, MessageSource & source) {
+    for (std::size_t i = 0; i < ribs; ++i) {
+        if (peer.tables[i]) {
+            peer.tables[i]->form.close();
+            drain(peer, {router, peer.key.address, static_cast<Rib>(i)}, source);
+        }
+    }
+    if (peer.pathsSeen > 0) {
+        decideOwnAs(peer, router);
+    }
+}
+
+} // namespace Qcf::Live

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "Live/AttributeBytes.h"
+#include "Live/LiveListener.h"
+#include "Live/RouteJudge.h"
+
+namespace Qcf::Live {
+
+/// What is wanted of a station, whatever routers it hears.
+struct LiveSettings {
+    Rib rib = Rib::inPre;      ///< evaluated
+    Rib against = Rib::inPost; ///< compared with that
+    bool trustFlags = false;   ///< tables are in the form that was declared
+    U64 maxRoutes = 20'000'000;
+    std::map<String, U32> vrfs = {}; ///< by the names that routers give them
+};
+
+/// Thrown where a router would exceed a limit: `what` says which. What it sent before stands.
+class LimitReached : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Where a message came from, and who is told when it turns out to be damaged.
+class MessageSource {
+public:
+    MessageSource() = default;
+    MessageSource(MessageSource const &) = delete;
+    MessageSource & operator=(MessageSource const &) = delete;
+    virtual ~MessageSource() = default;
+
+    /// A message of that place in the stream cannot be read, which came before the one at hand.
+    virtual void damageIs(Damage const & damage, U64 offset, Where const & where) = 0;
+};
+
+/// Puts UPDATEs into tables: finds out their form, keeps routes and evaluates them, and counts.
+/// Serves all routers of a station, one thread.
+///
+///     feed.take(peer, update, as2, offset, {"edge1", peer.key.address, Rib::inPre}, source);
+///
+/// A damaged message changes nothing but the counts; it is told, with its place in the stream.
+class TableFeed {
+public:
+    /// All must outlive it.
+    TableFeed(LiveSettings const & settings, AttributeStore & store, RouteJudge & judge,
+              LiveListener & listener)
+        : settings_(settings), store_(store), judge_(judge), listener_(listener) {}
+
+    /// A table of that peer as it begins, by what its OPENs say.
+    std::unique_ptr<RibState> makeTable(PeerState const & peer, Rib rib) const;
+
+    /// Takes an UPDATE behind its BGP header for the table that `where` names. Throws Damage where
+    /// it cannot be read, and LimitReached.
+    void take(PeerState & peer, ByteCursor update, bool as2, U64 offset, Where const & where,
+              MessageSource & source);
+    /// Decides what is open about the peer's tables by what came so far, because nothing more comes
+    /// for now. Damage of what waited is counted and told.
+    void settle(PeerState & peer, String const & router, MessageSource & source);
+    /// Takes the table's routes out that were not sent again by this connection.
+    void sweep(RibState & table, AddressFamily family);
+    /// Takes all its routes out.
+    void empty(RibState & table);
+    /// Routes in all tables.
+    U64 routes() const { return routes_; }
+
+private:
+    using Verdict = RibRoute::Verdict;
+
+    void apply(PeerState & peer, ByteCursor update, bool as2, Where const & where);
+    void checkLimits(RibState & table, Agent::UpdatePrefix const & key) const;
+    void withdraw(RibState & table, Agent::UpdatePrefix const & key);
+    void announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4);
+    /// Keeps what came of a route's evaluation.
+    void judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route);
+    void forget(RibState & table, RibRoute const & route);
+    void drain(PeerState & peer, Where const & where, MessageSource & source);
+    void tellForm(RibState & table, Where const & where, bool as2);
+    void noticeOwnAs(PeerState & peer, bool as4);
+    void decideOwnAs(PeerState & peer, String const & router);
+    void complete(RibState & table, AddressFamily family, Where const & where);
+
+    LiveSettings const & settings_;
+    AttributeStore & store_;
+    RouteJudge & judge_;
+    LiveListener & listener_;
+    Agent::BgpUpdate update_;
+    KeptAttributes kept_;
+    U64 routes_ = 0;
+};
+
+} // namespace Qcf::Live
