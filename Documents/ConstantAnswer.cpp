@@ -180,6 +180,19 @@ String outOfRange(IntInImmediateSet const & membership) {
     return {};
 }
 
+/// Of a bandwidth that is moved beyond the bits that a community has.
+String outOfRange(BandwidthToCommunityValue const & moved) {
+    constexpr U32 bandwidthBits = 32;
+    constexpr U32 communityBits = 96;
+    U32 const offset = moved.offset();
+    return offset + bandwidthBits <= communityBits
+               ? String()
+               : std::to_string(offset) + " as offset leaves " +
+                     (offset < communityBits ? "not all" : "nothing") +
+                     " of the bandwidth in the community: wants 0 to " +
+                     std::to_string(communityBits - bandwidthBits);
+}
+
 /// Of a literal list or set, whose elements are forced into 32 bits.
 String outOfRange(IntLinkedList const * link) {
     for (; link != nullptr; link = link->next().get()) {
@@ -240,6 +253,9 @@ String comparedValues(Expression const & comparison) {
 }
 
 String constantsOutOfRange(AetNodeBase const & node) {
+    if (auto const * const moved = as<BandwidthToCommunityValue>(node)) {
+        return outOfRange(*moved);
+    }
     if (node.typeData().fieldOf(FieldRole::target) != nullptr) {
         return writtenOutOfRange(node);
     }

@@ -1,8 +1,13 @@
 #include "Documents/Literals.h"
 
+#include "Documents/LeftOut.h"
 #include "Documents/ObjectFields.h"
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Routing/CommunityText.h"
 #include "QcfLib/QcfEval.h"
+
+#include <algorithm>
+#include <vector>
 
 namespace Qcf::Documents {
 
@@ -70,8 +75,33 @@ U32 expression(Literal const & literal) {
     return literal.add(triStateBoolExpressionFactory(literal.key(), node), std::span(&value, 1));
 }
 
-// Any value may be an argument; numbers and booleans say by themselves of which type they are.
+/// Texts whose types are told by their shapes. Interfaces are not among them: any text would be
+/// one, a misspelt attribute, too.
+U32 shapedText(Literal const & literal) {
+    using Reader = U32 (*)(Literal const &);
+    constexpr Reader readers[] = {triStateBool,
+                                  scalar<IpGenPrefix, &ipPrefixImmediateFactory>,
+                                  scalar<IpGenAddr, &ipAddressImmediateFactory>,
+                                  scalar<EthAddr, &macAddressImmediateFactory>,
+                                  scalar<std::optional<Evpn::Esid>, &esiImmediateFactory>,
+                                  scalar<Acl::CommunityValue, &communityValueImmediateFactory>};
+    // The empty text is an unset value of more than one type.
+    if (literal.json.asString().empty()) {
+        return none;
+    }
+    for (Reader const read : readers) {
+        if (U32 const number = read(literal); number != none) {
+            return number;
+        }
+    }
+    return none;
+}
+
+// Any value may be an argument; most say by themselves of which type they are.
 U32 argument(Literal const & literal) {
+    if (literal.json.isString()) {
+        return shapedText(literal);
+    }
     if (literal.json.isBool()) {
         return triStateBool(literal);
     }
@@ -124,6 +154,38 @@ constexpr LiteralRule literalRules[] = {
     {NodeKind::communityValue, scalar<Acl::CommunityValue, &communityValueImmediateFactory>},
 };
 
+/// Names of attributes are made of words; other texts are meant as values.
+bool looksLikeName(std::string_view text) {
+    auto const isOfName = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || c == '-' || c == '.';
+    };
+    bool const begins = !text.empty() && !(text[0] >= '0' && text[0] <= '9');
+    return begins && std::ranges::all_of(text, isOfName);
+}
+
+/// What was found where it does not fit, with what may have been meant.
+String foundText(JsonValue const & json, Position const & position) {
+    String const found = describe(json);
+    if (!json.isString()) {
+        return found;
+    }
+    // The name of an attribute that may not stand there is told as such: the type is wrong, not the
+    // spelling.
+    if (NodeClass const * const other = findAttribute(json.asString())) {
+        return String(other->name) + " (" + found + ")";
+    }
+    std::vector<std::string_view> known;
+    for (NodeClass const & each : nodeClasses()) {
+        if (each.attribute != nullptr && mayStand(each, position.field)) {
+            known.emplace_back(each.attribute->languageName);
+        }
+    }
+    String const meant = didYouMean(json.asString(), known);
+    bool const isMisspelt = meant.empty() && !known.empty() && looksLikeName(json.asString());
+    return found + (isMisspelt ? ", which is no attribute (qcf nodes lists them)" : meant);
+}
+
 } // namespace
 
 std::optional<U32> Literals::attribute(JsonValue const & json, Position const & position) {
@@ -159,11 +221,11 @@ U32 Literals::read(JsonValue const & json, Position const & position) {
             }
         }
     }
-    // The name of an attribute that may not stand there is told as such: the type is wrong, not the
-    // spelling.
-    NodeClass const * const other = json.isString() ? findAttribute(json.asString()) : nullptr;
-    position.fail(json, other == nullptr ? describe(json)
-                                         : String(other->name) + " (" + describe(json) + ")");
+    position.fail(json, foundText(json, position));
+}
+
+U32 Literals::readBandwidth(JsonValue const & json, Position const & position) {
+    return bandwidth({builder_, json, position});
 }
 
 // The name of an attribute goes before that of a community.

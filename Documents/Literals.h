@@ -22,6 +22,8 @@ public:
     /// The node that the value stands for. Attributes come first: a text that is the name of one
     /// which may stand there is nothing else.
     U32 read(JsonValue const & json, Position const & position);
+    /// An integer where a bandwidth must be meant, although the position takes either.
+    U32 readBandwidth(JsonValue const & json, Position const & position);
     /// The same for a text within an integer set's array, where communities stand for integers.
     U32 readSetElement(JsonValue const & text, Position const & position);
 

@@ -112,6 +112,7 @@ private:
     static constexpr std::size_t mostArguments = 256;
 
     void take(StorageType const & entry, ArgumentNeeds & callersNeeds) {
+        ++number_;
         ArgumentKind const kind = entry.typeData().facts.argument;
         std::size_t const position = counts_[static_cast<std::size_t>(kind)]++;
         if (position >= mostArguments) {
@@ -148,8 +149,10 @@ private:
             callersNeeds.narrowIntegers |= fits ? U64{1} << index : 0;
         }
         if (!fits) {
-            place_.fail(subject(), "integer argument " + std::to_string(position) + " of 32 bits",
-                        entry.toStrep());
+            auto const * const constant = as<IntImmediate>(entry);
+            bool const negative = constant != nullptr && constant->negative();
+            place_.fail(subject(), "integer of 32 bits as " + argumentText(),
+                        (negative ? "-" : "") + entry.toStrep());
         }
     }
 
@@ -158,8 +161,7 @@ private:
         NodeClass const & wanted =
             position == 0 ? nodeClassOf<IntSetImmediate>() : nodeClassOf<IntListImmediate>();
         if (&entry.typeData() != &wanted) {
-            place_.fail(subject(),
-                        String(wanted.name) + " as reference argument " + std::to_string(position),
+            place_.fail(subject(), String(wanted.name) + " as " + argumentText(),
                         entry.typeData().name);
         }
         lengths_[position] = earlier_.factsOf(entry).length;
@@ -174,6 +176,16 @@ private:
         }
     }
 
+    /// As a reader counts them: over all types, from 1.
+    String argumentText() const {
+        std::size_t all = 0;
+        for (auto const * link = call_.argListHead().get(); link != nullptr;
+             link = link->next().get()) {
+            ++all;
+        }
+        return "argument " + std::to_string(number_) + " of " + std::to_string(all);
+    }
+
     String subject() const { return "call of " + call_.calleeName(); }
 
     Place const & place_;
@@ -183,6 +195,7 @@ private:
     // By ArgumentKind.
     std::array<std::size_t, 6> counts_{};
     std::array<U32, 3> lengths_{};
+    std::size_t number_ = 0; ///< of the argument that is looked at
 };
 
 /// Whether the chain's operators stand between its operands. Evaluation makes do with another

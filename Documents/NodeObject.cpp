@@ -1,9 +1,11 @@
 #include "Documents/NodeObject.h"
 
 #include "Documents/Words.h"
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Render/Utf8.h"
 
 #include <algorithm>
+#include <vector>
 
 /// Documents name the members of a node as its class names its fields. The exceptions are few and
 /// stand here, so that reading, scanning and writing cannot disagree about them.
@@ -25,7 +27,12 @@ NodeObject NodeObject::of(JsonValue const & json, String const & subject) {
     }
     NodeClass const * const nodeClass = Eval::findNodeClass(name->asString());
     if (nodeClass == nullptr) {
-        name->fail(subject, "name of a node class", describe(*name));
+        std::vector<std::string_view> known;
+        for (NodeClass const & each : Eval::nodeClasses()) {
+            known.emplace_back(each.name);
+        }
+        name->fail(subject, "name of a node class, as qcf nodes lists them",
+                   describe(*name) + didYouMean(name->asString(), known));
     }
     return {json, *nodeClass};
 }
@@ -46,13 +53,16 @@ void NodeObject::checkMembers() const {
     };
     for (JsonValue const member : json) {
         if (!isKnown(member.key())) {
-            String known = word::key;
+            std::vector<std::string_view> known{word::key};
+            String names = word::key;
             for (FieldInfo const & field : nodeClass.fields) {
-                known += ", ";
-                known += memberName(field, isFunctionEntry);
+                known.push_back(memberName(field, isFunctionEntry));
+                names += ", ";
+                names += known.back();
             }
-            member.fail(nodeClass.name, "only keys " + known,
-                        "unknown key \"" + oneLine(member.key(), 60) + '"');
+            member.fail(nodeClass.name, "only keys " + names,
+                        "unknown key \"" + oneLine(member.key(), 60) + '"' +
+                            didYouMean(member.key(), known));
         }
     }
 }

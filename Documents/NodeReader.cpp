@@ -4,6 +4,8 @@
 #include "Documents/Words.h"
 #include "QcfLib/QcfEval.h"
 
+#include <algorithm>
+
 /// What a bare value stands for depends on its position, so that the forms of a child that say by
 /// themselves what they are come first: a chain, null, a reference, an object with a class.
 namespace Qcf::Documents {
@@ -76,11 +78,41 @@ NodeReader::Children NodeReader::readChildren(NodeObject const & object) {
         }
         auto const member = object.find(field);
         Position const position{object.nodeClass, field};
+        if (Eval::classWanted(field) == &Eval::nodeClassOf<Eval::FunctionArgumentList>() &&
+            isClass<Eval::FunctionCallExpression>(object.nodeClass)) {
+            Chain chain = openChain(earlier_, object.json, member, position);
+            children.push_back(readArguments(std::move(chain), children.all().back()));
+            continue;
+        }
         bool const isNamed = !member && plays(field, FieldRole::callee);
         children.push_back(isNamed ? earlier_.findCalled(object.json, position)
                                    : readChild(object.json, member, position));
     }
     return children;
+}
+
+// A whole number is an integer by its shape. Where the callee reads bandwidths alone, and would
+// miss one otherwise, a bandwidth is what it is meant as.
+U32 NodeReader::readArguments(Chain chain, U32 callee) {
+    ArgumentNeeds const & needs = builder_.facts(callee).needs;
+    auto const isInteger = [](Chain::Link const & link) {
+        return link.entry && link.entry->asSigned().has_value();
+    };
+    auto const others =
+        static_cast<std::size_t>(std::ranges::count_if(chain.links, [&](auto const & link) {
+            return !isInteger(link) && !(link.entry && link.entry->isBool());
+        }));
+    bool const areBandwidths =
+        needs.integers == 0 && chain.tail == none && others < needs.bandwidths;
+    for (std::size_t i = 0; i < chain.links.size(); ++i) {
+        Chain::Link & link = chain.links[i];
+        if (areBandwidths && isInteger(link)) {
+            link.entryNumber = literals_.readBandwidth(*link.entry, chain.entryPosition());
+        } else {
+            readEntry(chain, i);
+        }
+    }
+    return addLinks(builder_, chain);
 }
 
 // The operators of a chain are logged between its operands: operand 1, operand 2, operator 1,

@@ -52,6 +52,8 @@ private:
     U32 readChild(JsonValue const & owner, std::optional<JsonValue> const & json,
                   Position const & position);
 
+    /// The arguments of a call of that function.
+    U32 readArguments(Chain chain, U32 callee);
     /// The entries of all links, then the links. Answers the number of the first link.
     U32 readChain(Chain chain);
     void readEntry(Chain & chain, std::size_t i);

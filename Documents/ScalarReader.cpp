@@ -2,9 +2,11 @@
 
 #include "Documents/Words.h"
 #include "Platform/Render/JsonObjectReader.h"
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Routing/CommunityText.h"
 
 #include <limits>
+#include <vector>
 
 /// One overload a type of field. What a value means within its node, and which values fit each
 /// other, is no matter here: that is checked on nodes.
@@ -72,7 +74,13 @@ void readFlags(JsonObjectReader & reader, String const & owner, char const * mem
         // would make a function's declaration say less than was meant.
         std::size_t const bit = name.isString() ? Set::bitOf(name.asString()) : Set::width;
         if (bit == Set::width) {
-            fail(name, subject, "name of an attribute-set flag");
+            std::vector<std::string_view> known;
+            for (std::size_t each = 0; each < Set::width; ++each) {
+                known.emplace_back(Set::nameOf(each));
+            }
+            name.fail(subject, "name of an attribute-set flag, as qcf schema lists them",
+                      describe(name) +
+                          (name.isString() ? didYouMean(name.asString(), known) : String()));
         }
         set.insert(bit);
     }

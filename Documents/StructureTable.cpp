@@ -26,6 +26,13 @@ U32 StructureTable::numberOf(std::string_view content) {
     return table_[slot] = count();
 }
 
+// As small as a new one: a table that was large once must not be filled with zeros each time.
+void StructureTable::clear() {
+    contents_.clear();
+    entries_.clear();
+    table_.clear();
+}
+
 // Every entry differs from the others, so that the first free slot is the right one.
 void StructureTable::grow() {
     table_.assign(table_.empty() ? 64 : 2 * table_.size(), 0);

@@ -18,6 +18,9 @@ public:
     /// The number of this content, a new one if it was never seen.
     U32 numberOf(std::string_view content);
 
+    /// Starts anew with room for a few: whoever numbers small trees one by one keeps the storage.
+    void clear();
+
     /// How many there are, which is the largest number.
     U32 count() const { return static_cast<U32>(entries_.size()); }
 

@@ -14,6 +14,10 @@ using namespace Eval; // NOLINT(google-build-using-namespace): every name here i
 
 namespace {
 
+constexpr U32 esiOctets = 10;
+constexpr char const * communityValuePattern =
+    "^(0[xX][0-9A-Fa-f]{16}|[0-9]+:[0-9]+:[0-9]+|(rt|soo|lbw):.+:.+)$";
+
 String octets(U32 count) {
     return JsonSchema::text("^[0-9A-Fa-f]{2}(:[0-9A-Fa-f]{2}){" + std::to_string(count - 1) + "}$");
 }
@@ -47,8 +51,9 @@ String operatorLiteral() {
     return JsonSchema::oneOf(std::vector<std::string_view>(std::begin(texts), std::end(texts)));
 }
 String argumentLiteral() {
-    return JsonSchema::anyOf(
-        {JsonSchema::boolean(), JsonSchema::signedInteger(), JsonSchema::float32()});
+    return JsonSchema::anyOf({triStateLiteral(), JsonSchema::signedInteger(), JsonSchema::float32(),
+                              formOf<IpGenPrefix>(), formOf<IpGenAddr>(), formOf<EthAddr>(),
+                              octets(esiOctets), JsonSchema::text(communityValuePattern)});
 }
 
 struct LiteralForm {
@@ -103,16 +108,14 @@ String valueSchema(IpGenPrefix const &) {
 }
 String valueSchema(EthAddr const &) { return octets(6); }
 String valueSchema(std::optional<Evpn::Esid> const &) {
-    return JsonSchema::anyOf({JsonSchema::null(), octets(10)});
+    return JsonSchema::anyOf({JsonSchema::null(), octets(esiOctets)});
 }
 
 String valueSchema(Acl::CommunityValue const &) {
-    constexpr char const * pattern =
-        "^(0[xX][0-9A-Fa-f]{16}|[0-9]+:[0-9]+:[0-9]+|(rt|soo|lbw):.+:.+)$";
     JsonSchema::Object words;
     words.member(word::communityValue, integerSchema<U64>());
     words.member(word::communityType, integerSchema<U32>());
-    return JsonSchema::anyOf({JsonSchema::text(pattern), words.text()});
+    return JsonSchema::anyOf({JsonSchema::text(communityValuePattern), words.text()});
 }
 
 String valueSchema(Routing::Rib::ResolutionRibProfileConfig const &) {

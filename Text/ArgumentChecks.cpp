@@ -47,6 +47,13 @@ void failCount(CallDraft const & call, String const & wants, String note, Messag
 
 } // namespace
 
+String meantBandwidth(Draft const & draft, Sources const & sources) {
+    String const text(sources.textOf(draft.span));
+    bool const isWhole = draft.nodeClass == &nodeClassOf<IntImmediate>() && !text.empty() &&
+                         text.find_first_not_of("0123456789") == String::npos;
+    return isWhole ? text + ".0" : String();
+}
+
 void checkArguments(CallDraft const & call, FunctionDeclaration const & function,
                     Sources const & sources, Messages & messages) {
     if (call.arguments.size() != function.parameters.size()) {
@@ -59,10 +66,12 @@ void checkArguments(CallDraft const & call, FunctionDeclaration const & function
         Parameter const & parameter = function.parameters[i];
         // A list whose name is unknown was told already.
         if (!argument.isFamilyOpen && argument.nodeClass->facts.argument != parameter.kind) {
-            messages.add({argument.span, Severity::error, "argument-type",
-                          "'" + parameter.name + "' of '" + function.name + "' wants " +
-                              argumentType(parameter.kind) + ", found " +
-                              describeDraft(argument, sources)});
+            messages.add(
+                {argument.span, Severity::error, "argument-type",
+                 "'" + parameter.name + "' of '" + function.name + "' wants " +
+                     argumentType(parameter.kind) + ", found " + describeDraft(argument, sources),
+                 parameter.kind == ArgumentKind::bandwidth ? meantBandwidth(argument, sources)
+                                                           : String()});
         }
     }
 }

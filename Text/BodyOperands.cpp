@@ -1,4 +1,5 @@
 #include "QcfLib/QcfEval.h"
+#include "Text/ArgumentChecks.h"
 #include "Text/BodyParser.h"
 
 #include <algorithm>
@@ -119,8 +120,11 @@ void BodyParser::failOperator(Draft * left, std::string_view words, Draft * righ
     if (row == rows.end()) {
         failType("a list", *right);
     }
-    refuseElement(*right, *(*row)->right);
-    failType(wantedText(*(*row)->right), *right);
+    FieldInfo const & field = *(*row)->right;
+    refuseElement(*right, field);
+    bool const isBandwidth = field.wanted == wanting(NodeKind::bandwidth);
+    cursor_.fail(right->span, "type", "wants " + wantedText(field) + ", found " + described(*right),
+                 isBandwidth ? meantBandwidth(*right, cursor_.sources()) : String());
 }
 
 // Sets are asked for a member the other way round.

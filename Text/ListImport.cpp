@@ -4,6 +4,7 @@
 #include "Lists/ListsDocument.h"
 #include "Lists/PlainText.h"
 #include "Lists/RoaExport.h"
+#include "Lists/RoaScan.h"
 #include "Text/ForeignLists.h"
 #include "Text/ListReader.h"
 #include "Text/Words.h"
@@ -95,6 +96,14 @@ std::optional<ImportedFile> importFile(ImportRequest const & request, Sources co
         messages.add({request.span, Severity::warning, "import", line});
     };
     try {
+        if (request.as && request.as->kind == ListKind::roaTable) {
+            if (auto roas = Lists::scanRoaExport(file.path)) {
+                std::vector<ListRecord> lists;
+                lists.push_back({request.as->name, Lists::RoaTableRecord{std::move(*roas)}});
+                file.lists = declared(std::move(lists), request);
+                return file;
+            }
+        }
         String text = Lists::readPlainText(file.path, warn);
         file.isText = !isJson(text);
         if (file.isText && request.as) {

@@ -30,7 +30,8 @@ TEST(DocumentErrors, OfTheDocumentItself) {
         {R"({"qcf":"aet/1","functions":[],"nodes":7})",
          "/nodes: nodes wants array, found number 7"},
         {R"({"qcf":"aet/1","functions":[],"node":[]})",
-         "/node: wants only keys qcf, nodes, functions, found unknown key \"node\""},
+         "/node: wants only keys qcf, nodes, functions, found unknown key \"node\"; did you mean "
+         "\"nodes\"?"},
         {R"({"qcf":"aet/1","functions":[5]})",
          "/functions/0: functions wants object, found number 5"},
         {R"({"qcf":"aet/1","functions":[{"body":{"class":"Block"}}]})",
@@ -57,21 +58,23 @@ TEST(DocumentErrors, OfChildren) {
         {documentOf(R"({"class":"IntAssign","lhs":5,"rhs":1})"),
          "/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found number 5"},
         {documentOf(R"({"class":"IntAssign","lhs":"med","rhs":"meed"})"),
-         "/functions/0/body/stmts/0/rhs: IntAssign.rhs wants Int, found \"meed\""},
+         "/functions/0/body/stmts/0/rhs: IntAssign.rhs wants Int, found \"meed\"; did you mean "
+         "\"med\"?"},
         {documentOf(R"({"class":"IntAssign","lhs":"med"})"),
          "/functions/0/body/stmts/0: IntAssign.rhs wants Int, found none"},
         {documentOf(R"({"class":"IntAssign","lhs":"med","rhs":null})"),
          "/functions/0/body/stmts/0/rhs: IntAssign.rhs wants Int, found null"},
         {documentOf(R"({"class":"IntAssign","lhs":"med","rhs":1,"ths":1})"),
          "/functions/0/body/stmts/0/ths: IntAssign wants only keys key, lhs, rhs, found unknown "
-         "key "
-         "\"ths\""},
+         "key \"ths\"; did you mean \"lhs\"?"},
         {documentOf(R"({"class":"IntAsign"})"),
-         "/functions/0/body/stmts/0/class: ExpressionList.entry wants name of a node class, found "
-         "\"IntAsign\""},
+         "/functions/0/body/stmts/0/class: ExpressionList.entry wants name of a node class, as qcf "
+         "nodes "
+         "lists them, found \"IntAsign\"; did you mean \"IntAssign\"?"},
         {documentOf(R"({"class":"IntModifiable"})"),
-         "/functions/0/body/stmts/0/class: ExpressionList.entry wants name of a node class, found "
-         "\"IntModifiable\""},
+         "/functions/0/body/stmts/0/class: ExpressionList.entry wants name of a node class, as qcf "
+         "nodes "
+         "lists them, found \"IntModifiable\""},
         {documentOf(R"({"clas":"Med"})"),
          "/functions/0/body/stmts/0: ExpressionList.entry wants Expression, found object"},
         {documentOf(R"({"class":"Med"})"),
@@ -127,8 +130,8 @@ TEST(DocumentErrors, OfScalars) {
         return documentOf("", String(R"({"class":")") + className + R"(","value":)" + value + "}");
     };
     expectErrors({
-        {documentOf("", R"({"class":"IntImmediate","value":1})"),
-         "/nodes/0: IntImmediate.negative wants bool, found none"},
+        {documentOf("", R"({"class":"IntImmediate","negative":true})"),
+         "/nodes/0: IntImmediate.value wants U64, found none"},
         {documentOf("",
                     R"({"class":"IntImmediate","value":18446744073709551616,"negative":false})"),
          "/nodes/0/value: IntImmediate.value wants integer from 0 to 18446744073709551615, found "
@@ -193,7 +196,7 @@ TEST(DocumentErrors, OfFunctionMembers) {
          "/functions/0/metadata/commListUsed: Function.metadata wants only keys commListsUsed, "
          "extCommListsUsed, largeCommListsUsed, tagSetsUsed, asPathAccessListsUsed, "
          "V4PrefixListsUsed, V6PrefixListsUsed, DynPrefixListsUsed, roaTablesUsed, tunnelRibsUsed, "
-         "dynPrefixListsUsed, found unknown key \"commListUsed\""},
+         "dynPrefixListsUsed, found unknown key \"commListUsed\"; did you mean \"commListsUsed\"?"},
         {function(R"("metadata":{"commListsUsed":["CL"]})"),
          "/functions/0/metadata/commListsUsed: Function.metadata.commListsUsed wants object from "
          "name to slot, found array"},
@@ -212,10 +215,11 @@ TEST(DocumentErrors, OfFunctionMembers) {
          "/functions/0/features: Function.features wants array of strings, found \"a\""},
         {function(R"("accessedAttributes":{"read":["bgp.best_path"]})"),
          "/functions/0/accessedAttributes/read/0: Function.accessedAttributes.read wants name of "
-         "an attribute-set flag, found \"bgp.best_path\""},
+         "an attribute-set flag, as qcf schema lists them, found \"bgp.best_path\"; did you mean "
+         "\"bgp_best_path\"?"},
         {function(R"("accessedAttributes":{"write":["afi"]})"),
          "/functions/0/accessedAttributes/write/0: Function.accessedAttributes.write wants name "
-         "of an attribute-set flag, found \"afi\""},
+         "of an attribute-set flag, as qcf schema lists them, found \"afi\""},
         {function(R"("argumentsExpected":1)"),
          "/functions/0/argumentsExpected: Function.argumentsExpected wants true or false, found "
          "number 1"},
@@ -252,11 +256,12 @@ TEST(DocumentErrors, OfTreesThatCannotBeEvaluated) {
         {called(R"({"class":"AsPathRemoveImplExpr"})", "[]"),
          "/functions/1/body/stmts/0: call of g wants 1 integer set as argument at least, found 0"},
         {called(R"({"class":"AsPathRemoveImplExpr"})", R"(["community"])"),
-         "/functions/1/body/stmts/0: call of g wants IntSetImmediate as reference argument 0, "
+         "/functions/1/body/stmts/0: call of g wants IntSetImmediate as argument 1 of 1, "
          "found Community"},
         {called(R"({"class":"AsPathReplaceImplExpr"})",
                 R"([-1,{"class":"IntSetImmediate","head":null,"cachable":true}])"),
-         "/functions/1/body/stmts/0: call of g wants integer argument 0 of 32 bits, found 1"},
+         "/functions/1/body/stmts/0: call of g wants integer of 32 bits as argument 1 of 2, "
+         "found -1"},
         {called("true", R"([{"class":"IntSetImmediate","cachable":false,"head":
             [{"class":"IntVariable","name":"x","argVectorIndex":0}]}])"),
          "/functions/1/body/stmts/0/argListHead/0: FunctionArgumentList.entry wants value that "
