@@ -1,5 +1,6 @@
 #include "Platform/Render/JsonObjectReader.h"
 
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Render/Utf8.h"
 
 #include <algorithm>
@@ -44,7 +45,8 @@ void JsonObjectReader::done() const {
     for (JsonValue const member : object_) {
         if (std::find(asked_.begin(), asked_.end(), member.key()) == asked_.end()) {
             member.fail(subject_, asked_.empty() ? "no keys" : "only keys " + known,
-                        "unknown key \"" + oneLine(member.key(), 60) + '"');
+                        "unknown key \"" + oneLine(member.key(), 60) + '"' +
+                            didYouMean(member.key(), asked_));
         }
     }
 }
