@@ -1,19 +1,21 @@
 #include "Agent/Evaluation/AgentContext.h"
+#include "Command/AgentMetrics.h"
 #include "Command/Command.h"
 #include "Command/CounterReport.h"
+#include "Command/Following.h"
+#include "Command/MetricsArguments.h"
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
 #include "Command/PublishedPolicy.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/RouteRun.h"
+#include "Command/Signals.h"
+#include "Lists/ByteSource.h"
 #include "Lists/ListsDocument.h"
-#include "Mirror/Redis/RedisFollower.h"
+#include "Platform/Service/ServiceManager.h"
 
-#include <condition_variable>
-#include <csignal>
 #include <memory>
-#include <thread>
 
 /// Following and evaluating are apart: the follower's thread keeps the view in step with the
 /// server, the main thread takes from the view whatever is newest when it is done with the last
@@ -22,8 +24,8 @@ namespace {
 
 using Qcf::Eval::AetNodeBase;
 using Qcf::Eval::Function;
+using Qcf::Lists::NamedLists;
 using Qcf::Mirror::PolicyVersion;
-using namespace std::chrono_literals;
 
 struct Options {
     RedisArguments redis;
@@ -33,96 +35,47 @@ struct Options {
     bool once = false;
     U64 wait = 10;
     U64 counters = 0; ///< seconds; 0 for no counts
+    MetricsArguments metrics;
+    String logFormat; ///< empty for the usual one
     RouteRunOptions run;
-};
-
-// Of the one type that a signal's handler may write to.
-volatile std::sig_atomic_t stopAsked = 0;
-
-/// Ends after the table that is being evaluated; a second signal ends at once.
-void stopOnSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { stopAsked = 1; };
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
-}
-
-/// Follows on a thread of its own, so that a long table does not keep the agent from the news.
-class Following {
-public:
-    Following(Qcf::Mirror::RedisOptions redis, String name)
-        : mirror_(std::move(name)),
-          follower_(std::move(redis), mirror_, tellLine),
-          thread_([this](std::stop_token const & stop) { run(stop); }) {}
-
-    /// The next version after `last`; null when a stop was asked for or the time is over.
-    PtrConst<PolicyVersion> next(String const & last, std::chrono::seconds atMost) {
-        // By the clock that nobody sets, lest a corrected time of day ends the waiting.
-        auto const end = std::chrono::steady_clock::now() + atMost;
-        std::unique_lock lock(mutex_);
-        while (stopAsked == 0 && std::chrono::steady_clock::now() < end) {
-            auto version = mirror_.view().current();
-            // As long as nothing was published the id is empty, as `last` is at the beginning.
-            if (version->id().id != last) {
-                return version;
-            }
-            // Not without limit: a signal notifies nobody, and news may come between the look and
-            // the wait.
-            news_.wait_for(lock, 50ms);
-        }
-        return nullptr;
-    }
-
-private:
-    // The wait bounds how long the end of the process takes, since a poll is not broken off.
-    void run(std::stop_token const & stop) {
-        while (!stop.stop_requested()) {
-            if (follower_.poll(200ms)) {
-                news_.notify_all();
-            }
-        }
-    }
-
-    std::mutex mutex_;
-    std::condition_variable news_;
-    Qcf::Mirror::FollowedStore mirror_;
-    Qcf::Mirror::RedisFollower follower_;
-    // The last member, so that it starts when all else is there, and is joined before anything
-    // goes.
-    std::jthread thread_;
 };
 
 /// Evaluates the routes with one version, whatever is published meanwhile; false, and told why,
 /// when a name that the function reaches is not defined.
-bool evaluate(PolicyVersion const & version, Options const & options,
-              Qcf::Lists::NamedLists const * lists) {
-    auto const * const function = version.find(options.function);
+bool evaluate(PtrConst<PolicyVersion> const & version, Options const & options,
+              PtrConst<NamedLists> const & own, AgentMetrics & shown) {
+    String const subject = options.redis.name + " version " + std::to_string(version->id().number);
     // No fault of usage: another version may have the function.
-    if (function == nullptr) {
-        throw DocumentError(options.redis.name + ' ' + version.id().toString() + ": no function " +
-                            options.function);
-    }
+    auto const * const function = &findFunction(*version, subject, options.function);
     checkFunction(*function);
-    String const subject = options.redis.name + " version " + std::to_string(version.id().number);
-    // Nodes of a store stand in no file: a key and the function around it are what can be looked up
-    // there.
+    auto const lists = listsFor(*version, own);
+    auto const places = std::make_shared<PublishedPlaces const>(subject, version);
+    // What came from no text stands in no file: a key and the function around it are what can be
+    // looked up there.
     auto const placeOf = [&](AetNodeBase const & node, Function const & within) {
+        auto const place = places->of(node, within);
+        String const inText = place.isInText() ? " (" + place.text() + ")" : String();
         return subject + ": function \"" + within.funcName() + "\", node " +
-               std::to_string(node.aetNodeKey());
+               std::to_string(node.aetNodeKey()) + inText;
     };
-    if (!Readiness(subject, options.allowUndefinedLists).of(*function, placeOf, lists)) {
+    if (!Readiness(subject, options.allowUndefinedLists).of(*function, placeOf, lists.get())) {
         return false;
     }
     // Bound anew for each version, since each has slots of its own.
-    auto const matchers = Qcf::Lists::bindLists(version.slots(), lists);
+    auto const matchers = Qcf::Lists::bindLists(version->slots(), lists.get());
     std::optional<CounterReport> report;
     if (options.counters != 0) {
-        report.emplace(subject, PtrConst<Function>(function),
+        report.emplace(subject, PtrConst<Function>(function), places,
                        std::chrono::seconds(options.counters));
     }
-    runRoutes(options.run, PtrConst<Function>(function),
+    shown.begins(PtrConst<Function>(function));
+    RouteRunOptions run = options.run;
+    run.nodePlaces = run.why ? places : nullptr;
+    run.counted = [&](RouteTally const & more) { shown.counted(more); };
+    run.wasRead = [&](Qcf::Agent::ReadStatistics const & read) { shown.wasRead(read); };
+    runRoutes(run, PtrConst<Function>(function),
               [&] { return makePtr<Qcf::Agent::AgentContext>(matchers); });
+    shown.evaluated(version->id().number, version->id().digest.toString());
     // The next version may be long in coming; what was told about this one is not to wait for it.
     standardOutput().flush();
     return true;
@@ -130,17 +83,50 @@ bool evaluate(PolicyVersion const & version, Options const & options,
 
 /// Evaluates with a version as far as it is good; whether it is. A bad version is no end: the one
 /// who published it may publish a better one.
-bool tryVersion(PolicyVersion const & version, Options const & options,
-                Qcf::Lists::NamedLists const * lists) {
+bool tryVersion(PtrConst<PolicyVersion> const & version, Options const & options,
+                PtrConst<NamedLists> const & lists, AgentMetrics & shown) {
+    bool done = false;
     try {
-        return evaluate(version, options, lists);
+        done = evaluate(version, options, lists, shown);
     } catch (DocumentError const & error) {
-        tellLine(error.what());
-        return false;
+        tellError(error.what());
+    } catch (Qcf::Lists::FileError const & error) {
+        // A table that is away for a moment is there again with the next version.
+        tellError(error.what());
     }
+    if (!done) {
+        shown.failed();
+    }
+    return done;
 }
 
-int follow(Options const & options, Following & following, Qcf::Lists::NamedLists const * lists) {
+/// The lists that options name; null where they name none.
+PtrConst<NamedLists> ownLists(Options const & options) {
+    return options.lists.empty() ? nullptr : PtrConst<NamedLists>(readListsOf(options.lists));
+}
+
+/// The lists as they are in the file now, or those before where it cannot be read.
+PtrConst<NamedLists> readAgain(Options const & options, PtrConst<NamedLists> const & before) {
+    tellLine("reads lists and routes again");
+    try {
+        return ownLists(options);
+    } catch (DocumentError const & error) {
+        tellError(error.what());
+    } catch (Qcf::Lists::FileError const & error) {
+        tellError(error.what());
+    }
+    tellWarning("stays with the lists that it has");
+    return before;
+}
+
+/// Tells which version is in use after one that is not, 0 for none.
+void tellStanding(Options const & options, U64 good) {
+    tellWarning(options.redis.name + (good == 0 ? ": waits for a version that is good"
+                                                : ": stays with version " + std::to_string(good)));
+}
+
+int follow(Options const & options, Following & following, PtrConst<NamedLists> lists,
+           AgentMetrics & shown) {
     // A number that can still be added to a time of the clock.
     constexpr std::chrono::seconds forEver{std::chrono::hours(24 * 365)};
     String last;
@@ -151,10 +137,15 @@ int follow(Options const & options, Following & following, Qcf::Lists::NamedList
         auto const version = following.next(last, patience);
         if (!version) {
             // An end that was asked for is no failure.
-            if (options.once && stopAsked == 0) {
-                throw DocumentError("nothing is published under " + options.redis.name);
+            if (options.once && !stopIsAsked()) {
+                auto const trouble = following.trouble();
+                throw DocumentError(
+                    trouble.empty() ? "nothing is published under " + options.redis.name : trouble);
             }
             return 0;
+        }
+        if (reloadIsTaken()) {
+            lists = readAgain(options, lists);
         }
         // Of a bad version as well: it would not be better the next time.
         last = version->id().id;
@@ -162,37 +153,49 @@ int follow(Options const & options, Following & following, Qcf::Lists::NamedList
         tellLine(options.redis.name + ' ' + version->id().toString() + ": " +
                  std::to_string(version->functions().size()) + " functions, " +
                  std::to_string(version->nodes()) + " nodes");
-        bool const done = tryVersion(*version, options, lists);
+        bool const done = tryVersion(version, options, lists, shown);
         if (options.once) {
             return done ? 0 : 1;
         }
         if (done) {
             good = version->id().number;
+            notifyServiceManager("STATUS=" + options.redis.name + " version " +
+                                 std::to_string(good));
         } else {
-            tellLine(options.redis.name + (good == 0
-                                               ? ": waits for a version that is good"
-                                               : ": stays with version " + std::to_string(good)));
+            tellStanding(options, good);
         }
     }
 }
 
 int agent(Options const & options) {
+    logFormatIs(options.logFormat);
     // Each version reads its table from the beginning, which standard input can be once.
-    if (options.run.routes == "-" && (!options.once || options.lists == "-")) {
+    if (std::ranges::count(options.run.routes, "-") != 0 &&
+        (!options.once || options.lists == "-")) {
         throw UsageError("routes on standard input want --once, and no other file there");
     }
     // What can be wrong without a server is found out before one is asked.
-    auto const redis = options.redis.options();
-    // Read once: other lists want another process.
-    PtrConst<Qcf::Lists::NamedLists> lists;
-    if (!options.lists.empty()) {
-        lists = readListsOf(options.lists);
+    static_cast<void>(options.redis.options());
+    auto const targets = options.metrics.targets();
+    auto const lists = ownLists(options);
+    // What ends the command before it has begun is told as other commands do.
+    if (options.logFormat.empty() && !options.once) {
+        logFormatIs("text");
     }
-    Qcf::Eval::StatementCounts::enabledIs(options.counters != 0);
+    AgentMetrics shown(options.redis.name, options.function);
+    Qcf::Eval::StatementCounts::enabledIs(options.counters != 0 || !targets.empty());
+    ShownMetrics const places(shown.metrics(), targets);
     // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();
-    Following following(redis, options.redis.name);
-    return follow(options, following, lists.get());
+    if (!options.once) {
+        reloadOnSignal();
+    }
+    Following following(options.redis, shown);
+    // A server that is not there yet does not keep a machine from starting.
+    notifyServiceManager("READY=1\nSTATUS=follows " + options.redis.name);
+    int const exitCode = follow(options, following, lists, shown);
+    notifyServiceManager("STOPPING=1");
+    return exitCode;
 }
 
 } // namespace
@@ -205,14 +208,16 @@ void addAgentCommand(Commands & commands) {
         "--once with the current one alone. A version that cannot be evaluated, or names a list\n"
         "that nothing defines, is told and passed over: the agent stays with the one before.\n"
         "While the server is away the last complete version stays, and the agent catches up by\n"
-        "itself.",
+        "itself. SIGHUP, where there is no terminal, makes it read lists and routes again.",
         "qcf agent --redis redis://localhost --name edge --routes table.mrt --function import",
         [options] { return agent(*options); });
     options->redis.addTo(command);
     command.add_option("--function", options->function, "Function to evaluate")
         ->required()
         ->type_name("NAME");
-    command.add_option("--lists", options->lists, "Lists that the functions refer to by name")
+    command
+        .add_option("--lists", options->lists,
+                    "Lists that the functions refer to by name, in the place of published ones")
         ->type_name("FILE");
     addAllowUndefinedLists(command, options->allowUndefinedLists);
     command.add_flag("--once", options->once, "Evaluate with the current version, and end");
@@ -223,5 +228,9 @@ void addAgentCommand(Commands & commands) {
               "and how many routes it decided",
               1, 86400)
         .type_name("SECONDS");
+    command.add_flag("--why", options->run.why,
+                     "Tell which statement decided, by the text's lines where they were published");
+    options->metrics.addTo(command);
+    addLogFormat(command, options->logFormat);
     options->run.addTo(command);
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -44,18 +45,30 @@ public:
     /// Runs the sub-command that was parsed.
     int run() const;
 
+    /// The help of a sub-command, or that of all of them for an empty name. Throws UsageError when
+    /// there is none of that name.
+    std::string helpOf(std::string const & name) const;
+    /// The names of all sub-commands but those that the help hides.
+    std::vector<std::string> names() const;
+    /// The application with all that was added.
+    CLI::App const & app() const { return app_; }
+
 private:
     CLI::App & app_;
     std::map<CLI::App const *, Run> runs_;
 };
 
+/// What a user may have meant by an argument that the command does not know: the end of a message,
+/// or empty.
+std::string meantInstead(std::string const & argument, std::vector<std::string> const & known);
+
 /// Adds an option that wants a decimal number within limits. `target` keeps its value while the
 /// option is not given, and must outlive the parsing.
 CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & target,
                         std::string const & description, U64 least = 0, U64 most = ~U64{0});
-/// The same of a number that may be any, and is missing while the option is not given.
+/// The same of a number that is missing while the option is not given.
 CLI::Option & addNumber(CLI::App & command, std::string const & option, std::optional<U64> & target,
-                        std::string const & description);
+                        std::string const & description, U64 least = 0, U64 most = ~U64{0});
 
 // Each in the file of its name; Main.cpp calls them in the order of the help.
 /// Adds `qcf eval`; the others likewise. Each in the file of its name.
@@ -76,3 +89,8 @@ void addGenerateTableCommand(Commands & commands);
 void addPublishCommand(Commands & commands);
 void addAgentCommand(Commands & commands);
 void addStatusCommand(Commands & commands);
+void addWatchCommand(Commands & commands);
+void addHistoryCommand(Commands & commands);
+void addRollbackCommand(Commands & commands);
+void addHelpCommand(Commands & commands);
+void addDescribeCommand(Commands & commands);

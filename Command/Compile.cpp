@@ -2,10 +2,10 @@
 #include "Command/Output.h"
 #include "Command/PolicyFile.h"
 #include "Command/Readiness.h"
+#include "Command/WriteFile.h"
 #include "Lists/ListsWriter.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -21,7 +21,7 @@ struct Options {
 };
 
 template <typename Write>
-void writeFile(String const & path, RendererV2::Style style, Write const & write) {
+void writeTo(String const & path, RendererV2::Style style, Write const & write) {
     String text;
     {
         RendererV2 renderer(text, style);
@@ -32,12 +32,7 @@ void writeFile(String const & path, RendererV2::Style style, Write const & write
         standardOutput().write(text);
         return;
     }
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    file.close();
-    if (!file) {
-        throw DocumentError(path + ": cannot be written");
-    }
+    writeFile(path, text);
 }
 
 /// No file is written over another one of the command.
@@ -62,16 +57,16 @@ int compile(Options const & options) {
     }
     policy.tellMessages();
     auto const lists = policy.listsWith(options.lists);
-    writeFile(options.out, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
+    writeTo(options.out, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
         Qcf::Documents::writeProgram(policy.program(), renderer);
     });
     if (!options.listsOut.empty()) {
-        writeFile(options.listsOut, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
+        writeTo(options.listsOut, RendererV2::Style::pretty, [&](RendererV2 & renderer) {
             Qcf::Lists::writeLists(policy.listRecordsWith(options.lists), renderer);
         });
     }
     if (!options.mapOut.empty()) {
-        writeFile(options.mapOut, RendererV2::Style::compact, [&](RendererV2 & renderer) {
+        writeTo(options.mapOut, RendererV2::Style::compact, [&](RendererV2 & renderer) {
             Qcf::Text::writeMap(policy.text()->map(), policy.sources(), renderer);
         });
     }

@@ -1,51 +1,15 @@
 #include "Command/CounterReport.h"
 
-#include "Command/Readiness.h"
+#include "Command/Log.h"
 #include "Platform/Render/Utf8.h"
-#include "QcfLib/NodeWalk.h"
-#include "Text/NodeText.h"
 
-#include <algorithm>
-
-/// Nodes of a published store stand in no file: function and key are what can be looked up, the
+/// Nodes of a published store may stand in no file: function and key are what can be looked up, the
 /// text is what a reader recognises.
-namespace {
 
-using namespace Qcf::Eval; // NOLINT(google-build-using-namespace): nodes and their counts
-
-constexpr std::size_t longestName = 200;
-
-struct Line {
-    Function const * function;
-    StatementCount count;
-};
-
-} // namespace
-
-// Statements do not change while they count, and a report comes again and again.
-String const & CounterReport::textOf(Expression const & node, Function const & within) {
-    String & text = texts_[&node];
-    if (text.empty()) {
-        constexpr std::size_t longest = 60;
-        text = is<Function>(node) ? "function " + within.funcName()
-                                  : Qcf::Text::printNode(node, &within);
-        text = oneLine(text.substr(0, text.find('\n')), longest);
-    }
-    return text;
-}
-
-CounterReport::CounterReport(String subject, PtrConst<Function> function,
+CounterReport::CounterReport(String subject, PtrConst<Qcf::Eval::Function> const & function,
+                             std::shared_ptr<Qcf::Watch::NodePlaces const> places,
                              std::chrono::seconds interval)
-    : subject_(std::move(subject)) {
-    walkNodes(
-        *function,
-        [&](WalkedNode const & at) {
-            if (auto const * const called = as<Function>(at.node)) {
-                functions_.emplace_back(called);
-            }
-            return true;
-        },
-        [](AetNodeBase const &) {});
+    : subject_(std::move(subject)), statements_(function), places_(std::move(places)) {
     thread_ = std::jthread([this, interval](std::stop_token const & stop) { run(stop, interval); });
 }
 
@@ -66,25 +30,17 @@ void CounterReport::run(std::stop_token const & stop, std::chrono::seconds inter
 }
 
 String CounterReport::text() {
-    auto const counts = StatementCounts::now();
-    std::vector<Line> lines;
-    for (auto const & function : functions_) {
-        for (StatementCount const & count : counts.of(*function)) {
-            if (count.entries + count.verdicts != 0) {
-                lines.push_back({function.get(), count});
-            }
-        }
-    }
-    std::stable_sort(lines.begin(), lines.end(), [](Line const & a, Line const & b) {
-        return std::pair(a.count.entries, a.count.verdicts) >
-               std::pair(b.count.entries, b.count.verdicts);
-    });
+    constexpr std::size_t longestName = 200;
     String text = subject_ + ": entries, verdicts, function, key, statement\n";
-    for (auto const & [function, count] : lines) {
-        text += "  " + std::to_string(count.entries) + ' ' + std::to_string(count.verdicts) + ' ' +
-                oneLine(function->funcName(), longestName) + ' ' +
-                std::to_string(count.node->aetNodeKey()) + ' ' + textOf(*count.node, *function) +
-                '\n';
+    for (auto const & [function, count, statement] : statements_.now()) {
+        if (count.entries + count.verdicts != 0) {
+            auto const place = places_->of(*count.node, *function);
+            text += "  " + std::to_string(count.entries) + ' ' + std::to_string(count.verdicts) +
+                    ' ' + oneLine(function->funcName(), longestName) + ' ' +
+                    std::to_string(count.node->aetNodeKey()) + ' ' +
+                    (place.isInText() ? oneLine(place.text(), longestName) + ' ' : String()) +
+                    *statement + '\n';
+        }
     }
     return text;
 }

@@ -1,4 +1,3 @@
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyPlaces.h"
@@ -32,7 +31,7 @@ struct Options {
     String oldLists;
     String newLists;
     bool allowUndefinedLists = false;
-    String routes;
+    std::vector<String> routes;
     RouteSelection selection;
     String format = "text";
     U64 threads = 1;
@@ -60,7 +59,8 @@ void checkArguments(Options const & options) {
         throw UsageError("--redis and --name go together");
     }
     std::vector<String> files = options.policies;
-    files.insert(files.end(), {options.routes, options.lists, options.oldLists, options.newLists});
+    files.insert(files.end(), options.routes.begin(), options.routes.end());
+    files.insert(files.end(), {options.lists, options.oldLists, options.newLists});
     if (std::ranges::count(files, "-") > 1) {
         throw UsageError("only one file can be standard input");
     }
@@ -74,18 +74,24 @@ Side sideOf(PolicyArguments const & arguments) {
     return side;
 }
 
-/// The live version. It has no lists: without a file of its own it gets those of the new policy, so
-/// that nothing but the functions differ.
-Side publishedSide(Options const & options, String const & function, Side const & newer) {
-    auto const lists = options.oldLists.empty() ? newer.file->listsWith(options.lists)
-                                                : readListsOf(options.oldLists);
-    auto const version = readLiveVersion(options.redis);
-    String const subject = options.redis.name + " version " + std::to_string(version->id().number);
-    Side side{{PtrConst<Qcf::Eval::Function>(version->find(function)), nullptr},
-              std::make_shared<PublishedPlaces const>(subject)};
-    if (!side.policy.function) {
-        throw DocumentError(subject + ": no function " + function);
+/// The lists of the live version. Where it has none of its own and no file gives it some, it gets
+/// those of the new policy, so that nothing but the functions differ.
+PtrConst<Qcf::Lists::NamedLists> listsOfPublished(Qcf::Mirror::PolicyVersion const & version,
+                                                  Options const & options, Side const & newer) {
+    if (!version.lists() && options.oldLists.empty()) {
+        return newer.file->listsWith(options.lists);
     }
+    String const & file = options.oldLists.empty() ? options.lists : options.oldLists;
+    return listsFor(version, file.empty() ? nullptr : readListsOf(file));
+}
+
+/// The live version.
+Side publishedSide(Options const & options, String const & function, Side const & newer) {
+    auto const version = readLiveVersion(options.redis);
+    auto const lists = listsOfPublished(*version, options, newer);
+    String const subject = options.redis.name + " version " + std::to_string(version->id().number);
+    Side side{{PtrConst<Qcf::Eval::Function>(&findFunction(*version, subject, function)), nullptr},
+              std::make_shared<PublishedPlaces const>(subject, version)};
     checkFunction(*side.policy.function);
     auto const placeOf = [&](Qcf::Eval::AetNodeBase const & node,
                              Qcf::Eval::Function const & within) {
@@ -160,7 +166,7 @@ int diff(Options const & options) {
     if (!sides.older.policy.function || !sides.newer.policy.function) {
         return 1;
     }
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    auto const reader = openTable(options.routes, options.threads).reader;
     Progress progress("routes");
     Questions::ComparisonRun run{{sides.older.policy, sides.newer.policy}};
     run.comparison.selects = [&](auto const & older, auto const & newer) {

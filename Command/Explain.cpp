@@ -1,5 +1,4 @@
 #include "Agent/Evaluation/AgentContext.h"
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Colours.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
@@ -34,7 +33,7 @@ struct Options {
     PolicyArguments policy;
     RouteSelection selection;
     std::optional<U64> route = {}; ///< missing for every one
-    String routes;
+    std::vector<String> routes;
     String format = "text";
     bool all = false;
     String flip; ///< accept, reject or any; empty for none
@@ -131,11 +130,11 @@ private:
 /// there.
 int tellNone(Options const & options, U64 routes) {
     if (options.route) {
-        tellLine(options.routes + ": route " + std::to_string(*options.route) +
+        tellLine(tableName(options.routes) + ": route " + std::to_string(*options.route) +
                  " is not in the table, or not selected");
         return 1;
     }
-    tellLine(options.routes + ": no route was selected of " + std::to_string(routes));
+    tellLine(tableName(options.routes) + ": no route was selected of " + std::to_string(routes));
     return 0;
 }
 
@@ -159,7 +158,7 @@ int explain(Options const & options) {
         return 1;
     }
     PolicyPlaces const places(prepared.file);
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    auto const reader = openTable(options.routes, options.threads).reader;
     Run run{options, places, prepared};
     if (!options.flip.empty()) {
         run.ground = std::make_unique<Qcf::Questions::FlipGround const>(

@@ -22,6 +22,7 @@ using Qcf::Agent::TableGenerator;
 struct Options {
     U64 routes = 0;
     U64 seed = 1;
+    String sharing = "none";
     String out;
 };
 
@@ -92,7 +93,9 @@ void writeJsonLines(TableGenerator & table, Write && write) {
 }
 
 int generateTable(Options const & options) {
-    TableGenerator table(options.routes, options.seed);
+    auto const sharing =
+        options.sharing == "real" ? TableGenerator::Sharing::real : TableGenerator::Sharing::none;
+    TableGenerator table(options.routes, options.seed, sharing);
     if (options.out.ends_with(".mrt")) {
         writeMrt(table, options.out);
     } else if (options.out == "-") {
@@ -120,5 +123,11 @@ void addGenerateTableCommand(Commands & commands) {
     addNumber(command, "--routes", options->routes, "How many routes").required();
     addNumber(command, "--seed", options->seed, "Number that the routes follow from")
         .default_str("1");
+    command
+        .add_option("--sharing", options->sharing,
+                    "How routes share attributes: none, or real, as the tables of routers do")
+        ->check(CLI::IsMember({"none", "real"}))
+        ->default_str("none")
+        ->type_name("HOW");
     command.add_option("--out", options->out, "File to write")->required();
 }

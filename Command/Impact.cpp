@@ -1,4 +1,3 @@
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyPlaces.h"
@@ -17,7 +16,7 @@ namespace Questions = Qcf::Questions;
 struct Options {
     PolicyArguments policy;
     String name;
-    String routes;
+    std::vector<String> routes;
     RouteSelection selection;
     String format = "text";
     U64 threads = 1;
@@ -44,7 +43,7 @@ int impact(Options const & options) {
     auto const & program = prepared.file->program();
     auto const thing = thingOf(options, program);
     auto const readers = readersOf(program, thing);
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    auto const reader = openTable(options.routes, options.threads).reader;
     Progress progress("routes");
     Questions::ImpactRun run{thing, readers, program, prepared.function,
                              prepared.file->listsWith(options.policy.lists)};

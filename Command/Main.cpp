@@ -1,12 +1,15 @@
 #include "Command/Command.h"
+#include "Command/Log.h"
 #include "Command/Output.h"
 #include "Lists/ByteSource.h"
 #include "Platform/Render/DocumentError.h"
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Render/Utf8.h"
 #include "Platform/Routing/TextPieces.h"
 
+#include <algorithm>
 #include <csignal>
-#include <iostream>
+#include <memory>
 #include <new>
 
 /// Whatever goes wrong in a sub-command comes out here as an exception, and becomes one line on
@@ -19,20 +22,43 @@ constexpr int exitFailed = 1;
 constexpr int exitUsage = 2;
 
 int complain(std::string const & line, int exitCode) {
-    std::cerr << visibleLines(line) << std::endl;
+    tellError(line);
     return exitCode;
 }
 
 // Of messages with several lines the first says what is wrong, and standard error gets one.
 std::string firstLine(std::string const & text) { return text.substr(0, text.find('\n')); }
 
-/// What is wrong with the arguments. CLI11 says it over several lines, and of an unknown command
-/// only that one is missing.
-std::string problemOf(CLI::App const & app, CLI::ParseError const & error) {
-    auto const unknown = app.remaining();
-    if (app.get_subcommands().empty() && !unknown.empty()) {
-        std::string const kind = unknown.front().starts_with('-') ? "option" : "command";
-        return "has no " + kind + " \"" + oneLine(unknown.front(), 60) + '"';
+std::vector<std::string> optionsOf(CLI::App const & app) {
+    std::vector<std::string> names;
+    for (CLI::Option const * const option : app.get_options()) {
+        for (std::string const & name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+std::string unknown(char const * kind, std::string const & argument,
+                    std::vector<std::string> const & known) {
+    return std::string("has no ") + kind + " \"" + oneLine(argument, 60) + '"' +
+           meantInstead(argument, known);
+}
+
+/// What is wrong with the arguments. CLI11 says it over several lines, of an unknown command only
+/// that one is missing, and of an unknown option first what is missing besides.
+std::string problemOf(CLI::App const & app, Commands const & commands,
+                      CLI::ParseError const & error) {
+    auto const parsed = app.get_subcommands();
+    CLI::App const & owner = parsed.empty() ? app : *parsed.front();
+    auto const remaining = owner.remaining();
+    auto const option = std::ranges::find_if(
+        remaining, [](std::string const & each) { return each.size() > 1 && each[0] == '-'; });
+    if (option != remaining.end() && *option != "--") {
+        return unknown("option", *option, optionsOf(owner));
+    }
+    if (parsed.empty() && !remaining.empty()) {
+        return unknown("command", remaining.front(), commands.names());
     }
     return firstLine(error.what());
 }
@@ -63,6 +89,11 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
     addPublishCommand(commands);
     addAgentCommand(commands);
     addStatusCommand(commands);
+    addWatchCommand(commands);
+    addHistoryCommand(commands);
+    addRollbackCommand(commands);
+    addHelpCommand(commands);
+    addDescribeCommand(commands);
     try {
         // Help that was asked for is output like any other, and no fault.
         app.parse(argc, argv);
@@ -74,7 +105,8 @@ int parseAndRun(CLI::App & app, int argc, char ** argv) {
         return exitDone;
     } catch (CLI::ParseError const & error) {
         std::string const name = commandName(app);
-        return complain(name + ": " + problemOf(app, error) + "; see " + name + " --help",
+        std::string const problem = name + ": " + problemOf(app, commands, error);
+        return complain(problem + (problem.ends_with('?') ? " See " : "; see ") + name + " --help",
                         exitUsage);
     }
     return commands.run();
@@ -113,6 +145,44 @@ CLI::App & Commands::add(std::string const & name, std::string const & summary,
     return *command;
 }
 
+std::string Commands::helpOf(std::string const & name) const {
+    if (name.empty()) {
+        // Not of the one that was parsed, which asks.
+        return app_.get_formatter()->make_help(&app_, app_.get_name(), CLI::AppFormatMode::Normal);
+    }
+    for (auto const & [command, run] : runs_) {
+        if (command->get_name() == name) {
+            return command->help(app_.get_name());
+        }
+    }
+    throw UsageError("has no command \"" + oneLine(name, 60) + '"' + meantInstead(name, names()));
+}
+
+std::vector<std::string> Commands::names() const {
+    std::vector<std::string> names;
+    for (auto const & [command, run] : runs_) {
+        if (!command->get_group().empty()) {
+            names.push_back(command->get_name());
+        }
+    }
+    return names;
+}
+
+std::string meantInstead(std::string const & argument, std::vector<std::string> const & known) {
+    return didYouMean(argument, std::vector<std::string_view>(known.begin(), known.end()));
+}
+
+void addHelpCommand(Commands & commands) {
+    auto const name = std::make_shared<std::string>();
+    auto & command = commands.add("help", "Print this help, or that of a command",
+                                  "The same as qcf --help, or qcf COMMAND --help.", "qcf help eval",
+                                  [&commands, name] {
+                                      standardOutput().write(commands.helpOf(*name));
+                                      return exitDone;
+                                  });
+    command.add_option("command", *name, "Command to tell of")->type_name("COMMAND");
+}
+
 namespace {
 
 // The number is read here, for a message that says what was wanted and what was found as those
@@ -142,8 +212,8 @@ CLI::Option & addNumber(CLI::App & command, std::string const & option, U64 & ta
 }
 
 CLI::Option & addNumber(CLI::App & command, std::string const & option, std::optional<U64> & target,
-                        std::string const & description) {
-    return addChecked(command, option, description, 0, ~U64{0},
+                        std::string const & description, U64 least, U64 most) {
+    return addChecked(command, option, description, least, most,
                       [&target](U64 number) { target = number; });
 }
 
@@ -154,8 +224,8 @@ int main(int argc, char ** argv) {
     // A reader that goes away is told by the failing write.
     std::signal(SIGPIPE, SIG_IGN);
     CLI::App app("Evaluates functions of a routing policy over routing tables.", "qcf");
-    app.set_version_flag("--version", "qcf " QCF_VERSION, "Print the version and exit");
-    app.set_help_flag("--help", "Print this help and exit");
+    app.set_version_flag("-V,--version", "qcf " QCF_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
     app.require_subcommand(1);
     app.footer("Exit codes: 0 done, 1 bad input or failed check, 2 bad usage.\n"
                "Files named - are standard input. See qcf COMMAND --help for each command.\n");

@@ -140,7 +140,16 @@ NodeClass const & findClass(String const & name) {
     NodeClass const * nodeClass = Qcf::Eval::findNodeClass(name);
     nodeClass = nodeClass != nullptr ? nodeClass : Qcf::Eval::findAttribute(name);
     if (nodeClass == nullptr) {
-        throw UsageError("has no class or attribute \"" + oneLine(name, 60) + '"');
+        std::vector<std::string> known;
+        for (NodeClass const & each : Qcf::Eval::nodeClasses()) {
+            known.emplace_back(each.name);
+            if (each.attribute != nullptr) {
+                known.emplace_back(each.attribute->languageName);
+            }
+        }
+        String const meant = meantInstead(name, known);
+        throw UsageError("has no class or attribute \"" + oneLine(name, 60) + '"' + meant +
+                         (meant.empty() ? "; " : " ") + "qcf nodes lists them");
     }
     return *nodeClass;
 }

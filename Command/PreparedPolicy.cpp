@@ -35,11 +35,10 @@ void PolicyArguments::addTo(CLI::App & command) {
 }
 
 // A stream cannot be read twice; the second reader would find it empty and call that a fault.
-void PolicyArguments::checkInputs(String const & routes) const {
-    String const * const files[] = {&policy.path, &policy.map, &lists, &routes};
-    auto const inputs =
-        std::ranges::count_if(files, [](String const * file) { return *file == "-"; });
-    if (inputs > 1) {
+void PolicyArguments::checkInputs(std::vector<String> const & routes) const {
+    std::vector<String> files = routes;
+    files.insert(files.end(), {policy.path, policy.map, lists});
+    if (std::ranges::count(files, "-") > 1) {
         throw UsageError("only one file can be standard input");
     }
 }

@@ -17,7 +17,7 @@ struct PolicyArguments {
     /// parsing.
     void addTo(CLI::App & command);
     /// At most one of the files can be standard input, `routes` among them. Throws UsageError.
-    void checkInputs(String const & routes) const;
+    void checkInputs(std::vector<String> const & routes) const;
 };
 
 /// A function that may be evaluated, with all that its evaluation needs.

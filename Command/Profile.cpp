@@ -1,6 +1,5 @@
 #include "Agent/Evaluation/AgentContext.h"
 #include "Agent/Evaluation/ParallelEvaluation.h"
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/PolicyPlaces.h"
@@ -22,7 +21,7 @@ namespace Watch = Qcf::Watch;
 
 struct Options {
     PolicyArguments policy;
-    String routes;
+    std::vector<String> routes;
     bool time = false;
     String format = "text";
     U64 threads = 1;
@@ -78,7 +77,7 @@ int profile(Options const & options) {
     }
     Watch::NodeNumbers const numbers(std::span(&prepared.function, 1));
     PolicyPlaces const places(prepared.file);
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    auto const reader = openTable(options.routes, options.threads).reader;
     Run run;
     Qcf::Agent::TableRun tableRun;
     tableRun.function = prepared.function;

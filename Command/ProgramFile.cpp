@@ -1,5 +1,6 @@
 #include "Command/ProgramFile.h"
 
+#include "Platform/Render/NearestWord.h"
 #include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeWalk.h"
 
@@ -22,24 +23,36 @@ std::unordered_set<AetNodeBase const *> nodesFrom(AetNodeBase const & root) {
 
 // A misspelt name is the usual fault, so that the known ones are told; a document may have
 // thousands, and a line is to stay one that can be read.
+void failFunction(String const & subject, String const & name, std::vector<String> const & known) {
+    constexpr std::size_t longestName = 200;
+    constexpr std::size_t longestList = 2000;
+    String const meant =
+        didYouMean(name, std::vector<std::string_view>(known.begin(), known.end()));
+    String names;
+    for (String const & each : known) {
+        names += names.empty() ? "" : ", ";
+        names += oneLine(each, longestName);
+        if (names.size() > longestList) {
+            names += ", ...";
+            break;
+        }
+    }
+    throw DocumentError(subject + ": has no function \"" + oneLine(name, longestName) + '"' +
+                        (names.empty()   ? ", and no other"
+                         : meant.empty() ? "; its functions: " + names
+                                         : meant + " Its functions: " + names));
+}
+
 PtrConst<Qcf::Eval::Function> findFunction(Qcf::Documents::Program const & program,
                                            String const & document, String const & name) {
     if (auto function = program.find(name)) {
         return function;
     }
-    constexpr std::size_t longestName = 200;
-    constexpr std::size_t longestList = 2000;
-    String known;
+    std::vector<String> known;
     for (auto const & function : program.functions) {
-        known += known.empty() ? "" : ", ";
-        known += oneLine(function->funcName(), longestName);
-        if (known.size() > longestList) {
-            known += ", ...";
-            break;
-        }
+        known.push_back(function->funcName());
     }
-    throw DocumentError(document + ": has no function \"" + oneLine(name, longestName) +
-                        (known.empty() ? "\", and no other" : "\"; its functions: " + known));
+    failFunction(document, name, known);
 }
 
 // The order of the program is kept, since it has children before parents. Slots and lists are left

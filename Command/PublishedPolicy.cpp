@@ -1,11 +1,14 @@
 #include "Command/PublishedPolicy.h"
 
 #include "Command/PolicyPlaces.h"
+#include "Command/ProgramFile.h"
 #include "Command/Readiness.h"
 #include "Documents/Program.h"
+#include "Lists/ListRecord.h"
 #include "Mirror/NodeCopy.h"
 #include "Mirror/Redis/RedisStore.h"
 #include "Mirror/WireText.h"
+#include "Platform/Render/Utf8.h"
 #include "QcfLib/NodeWalk.h"
 
 #include <cmath>
@@ -61,25 +64,74 @@ void checkFunction(Function const & function) {
 }
 
 // Writers may go on meanwhile: what was read may be newer than what was the live version first.
-PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis) {
+std::unique_ptr<Qcf::Mirror::Replica> loadLiveReplica(RedisArguments const & redis) {
     Qcf::Mirror::RedisConnection connection(redis.options());
     Qcf::Mirror::RedisKeys const keys(redis.name);
     auto const state = readState(connection, keys);
+    auto replica = std::make_unique<Qcf::Mirror::Replica>(redis.name, redis.signer());
     if (!state.exists()) {
-        throw DocumentError("nothing is published under " + redis.name);
+        return replica;
     }
-    Qcf::Mirror::Replica replica(redis.name);
-    Qcf::Mirror::StreamReader reader(replica, tellLine);
-    loadReplica(connection, keys, replica, reader, tellLine);
-    if (replica.version().number < state.version.number) {
+    Qcf::Mirror::StreamReader reader(*replica, tellLine);
+    loadReplica(connection, keys, *replica, reader, tellLine);
+    if (replica->version().number < state.version.number) {
         throw DocumentError(redis.name + ": " + state.version.toString() +
                             " is not there as a whole");
     }
-    return replica.policy();
+    return replica;
+}
+
+PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis) {
+    auto const replica = loadLiveReplica(redis);
+    if (replica->version().number == 0) {
+        throw DocumentError("nothing is published under " + redis.name);
+    }
+    return replica->policy();
+}
+
+Function const & findFunction(Qcf::Mirror::PolicyVersion const & version, String const & subject,
+                              String const & name) {
+    if (auto const * const function = version.find(name)) {
+        return *function;
+    }
+    std::vector<String> known;
+    for (auto const & [each, function] : version.functions()) {
+        known.push_back(each);
+    }
+    failFunction(subject, name, known);
+}
+
+PtrConst<Qcf::Lists::NamedLists> listsFor(Qcf::Mirror::PolicyVersion const & version,
+                                          PtrConst<Qcf::Lists::NamedLists> const & over) {
+    auto const & own = version.lists();
+    return own && over ? Qcf::Lists::mergeLists(*own, *over) : own ? own : over;
+}
+
+// What it says comes from a server, and goes to terminals.
+PublishedPlaces::PublishedPlaces(String subject, PtrConst<Qcf::Mirror::PolicyVersion> version)
+    : subject_(std::move(subject)), version_(std::move(version)) {
+    for (auto const & [name, places] : version_->places()) {
+        for (auto const & row : places.table->rows()) {
+            if (!row.reason.empty()) {
+                reasons_.emplace(row.key, visibleText(row.reason));
+            }
+        }
+    }
 }
 
 Qcf::Watch::NodePlace PublishedPlaces::of(AetNodeBase const & node, Function const & within) const {
+    auto const known = version_->places().find(within.funcName());
+    if (known != version_->places().end()) {
+        if (auto const at = known->second.find(node.aetNodeKey())) {
+            return {visibleText(at->file), {}, at->line, at->column, at->endLine, at->endColumn};
+        }
+    }
     return {subject_, '/' + within.funcName() + '/' + std::to_string(node.aetNodeKey())};
+}
+
+String PublishedPlaces::reason(AetNodeBase const & node) const {
+    auto const known = reasons_.find(node.aetNodeKey());
+    return known != reasons_.end() && Qcf::Watch::leavesFunction(node) ? known->second : String();
 }
 
 String PublishedPlaces::line(AetNodeBase const & node, Function const & within) const {

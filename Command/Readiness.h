@@ -1,13 +1,9 @@
 #pragma once
 
+#include "Command/Log.h"
 #include "Lists/ListUses.h"
 
 #include <CLI/CLI.hpp>
-
-/// Writes lines to standard error, in one piece.
-void tell(String const & lines);
-/// The same of one line without its end.
-void tellLine(String const & line);
 
 /// Adds --allow-undefined-lists.
 void addAllowUndefinedLists(CLI::App & command, bool & target);

@@ -1,4 +1,3 @@
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Command.h"
 #include "Command/Output.h"
 #include "Command/Progress.h"
@@ -6,11 +5,11 @@
 #include "Command/Readiness.h"
 #include "Command/ReplaceFile.h"
 #include "Command/TableArguments.h"
+#include "Command/WriteFile.h"
 #include "Questions/ReportMaker.h"
 #include "Questions/ReportPage.h"
 
 #include <filesystem>
-#include <fstream>
 
 /// A page about a policy and a table, for a review.
 namespace {
@@ -25,7 +24,7 @@ constexpr char const * staleNote =
 
 struct Options {
     PolicyArguments policy;
-    String routes;
+    std::vector<String> routes;
     String against; ///< the policy before; empty for none
     String out;
     U64 threads = 1;
@@ -41,8 +40,10 @@ void checkArguments(Options const & options) {
     if (options.against == "-") {
         throw UsageError("--against wants a file");
     }
-    for (String const & input : {options.policy.policy.path, options.policy.policy.map,
-                                 options.policy.lists, options.routes, options.against}) {
+    std::vector<String> inputs = options.routes;
+    inputs.insert(inputs.end(), {options.policy.policy.path, options.policy.policy.map,
+                                 options.policy.lists, options.against});
+    for (String const & input : inputs) {
         if (options.out != "-" && options.out == input) {
             throw UsageError(options.out + " is named twice");
         }
@@ -93,7 +94,7 @@ String damageText(Qcf::Agent::ReadStatistics const & read) {
 
 Questions::ReportCounts countsOf(Options const & options, Questions::ReportRun & run,
                                  Qcf::Watch::NodeNumbers const & numbers, String & damage) {
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
+    auto const reader = openTable(options.routes, options.threads).reader;
     Progress progress("routes");
     run.progress = [&progress](U64 routes) { progress.done(routes); };
     auto counts = Questions::countTable(*reader, run, numbers);
@@ -108,16 +109,13 @@ void write(String const & path, String const & page) {
         standardOutput().write(page);
         return;
     }
-    if (std::filesystem::is_regular_file(path)) {
+    // What cannot be looked at is told by the writing.
+    std::error_code error;
+    if (std::filesystem::is_regular_file(path, error)) {
         replaceFile(path, page);
         return;
     }
-    std::ofstream file(path, std::ios::binary);
-    file << page;
-    file.close();
-    if (!file) {
-        throw DocumentError(path + ": cannot be written");
-    }
+    writeFile(path, page);
 }
 
 int report(Options const & options) {
@@ -141,7 +139,7 @@ int report(Options const & options) {
                                          readable.places(), readable.texts(), prepared.lists.get(),
                                          records, against ? &against->readable.places() : nullptr});
     report.subject = options.policy.policy.path;
-    report.table = options.routes;
+    report.table = tableName(options.routes);
     report.against = options.against;
     report.note = readable.isPrinted() ? printedNote : "";
     report.note += readable.isPrinted() && prepared.file->hasMap() ? staleNote : "";

@@ -1,12 +1,10 @@
 #include "Command/RouteRun.h"
 
 #include "Agent/Routes/ValueRenderer.h"
-#include "Agent/Tables/RouteFile.h"
 #include "Command/Decisions.h"
 #include "Command/Output.h"
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
-#include "Command/RouteTally.h"
 #include "Command/RouteText.h"
 #include "Command/TableArguments.h"
 #include "QcfLib/QcfEval.h"
@@ -31,10 +29,12 @@ struct Watcher {
 
 /// What the threads of a run share; used in turn, or not changed any more.
 struct Run {
-    explicit Run(RouteRunOptions const & runOptions)
-        : options(runOptions), decisions(runOptions.nodePlaces.get()) {}
+    Run(RouteRunOptions const & runOptions, Qcf::Agent::RouteFiles const * several)
+        : options(runOptions), files(several), decisions(runOptions.nodePlaces.get()) {}
 
     RouteRunOptions const & options;
+    /// Where the table has several files; else null.
+    Qcf::Agent::RouteFiles const * files;
     /// Where it is to be told what decided: by context, complete before the first route.
     std::unordered_map<Qcf::Agent::AgentContextBase const *, std::unique_ptr<Watcher>> watchers;
     RouteTally tally;
@@ -60,6 +60,9 @@ public:
     // In turn with the other sinks, so that the shared counts need no lock.
     void deliver() override {
         run_.tally.add(tally_);
+        if (run_.options.counted) {
+            run_.options.counted(tally_);
+        }
         tally_ = RouteTally();
         run_.decisions.take(decisions_);
         run_.progress.done(run_.tally.routes);
@@ -75,10 +78,11 @@ protected:
     /// Whether routes are told, and not the summary alone.
     virtual bool tellsRoutes() const { return false; }
     /// What is to be shown of the route that was taken last.
-    RouteDetails details() const {
+    RouteDetails details(Evaluated const & evaluated) const {
         RouteRunOptions const & options = run_.options;
         return {options.log, options.places ? options.map.get() : nullptr,
-                options.why ? &decision_ : nullptr};
+                options.why ? &decision_ : nullptr,
+                run_.files != nullptr ? &run_.files->fileOf(evaluated.number) : nullptr};
     }
     String & text() { return text_; }
 
@@ -99,7 +103,7 @@ public:
         if (!selects(evaluated)) {
             return;
         }
-        RouteDetails const shown = details();
+        RouteDetails const shown = details(evaluated);
         appendRouteLine(text(), evaluated, shown);
         if (shown.log) {
             appendLogLines(text(), evaluated, shown.places);
@@ -120,7 +124,7 @@ public:
         if (!selects(evaluated)) {
             return;
         }
-        renderRoute(evaluated, details(), renderer_, values_);
+        renderRoute(evaluated, details(evaluated), renderer_, values_);
         renderer_.endDocument();
     }
 
@@ -199,8 +203,8 @@ void evaluateAndFinish(Qcf::Agent::RouteReader & reader, Qcf::Agent::TableRun co
 void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> function,
                MakeContext makeContext) {
     // The file is opened before the clock of the run starts.
-    auto const reader = Qcf::Agent::openRoutes(options.routes, tellLine);
-    Run run(options);
+    auto const [reader, files] = openTable(options.routes, options.threads);
+    Run run(options, files);
     Qcf::Agent::TableRun tableRun;
     tableRun.function = std::move(function);
     tableRun.makeContext = [&] { return madeContext(run, makeContext); };
@@ -211,6 +215,10 @@ void runRoutes(RouteRunOptions const & options, PtrConst<Qcf::Eval::Function> fu
     if (options.output == "table") {
         standardOutput().write(routeHeading(options.why));
     }
-    evaluateAndFinish(*reader, tableRun,
-                      [&] { writeSummary(run, *tableRun.function, reader->statistics()); });
+    evaluateAndFinish(*reader, tableRun, [&, &read = *reader] {
+        if (options.wasRead) {
+            options.wasRead(read.statistics());
+        }
+        writeSummary(run, *tableRun.function, read.statistics());
+    });
 }

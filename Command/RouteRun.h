@@ -3,6 +3,7 @@
 #include "Agent/Evaluation/ParallelEvaluation.h"
 #include "Command/Command.h"
 #include "Command/RouteSelection.h"
+#include "Command/RouteTally.h"
 #include "Text/MapFile.h"
 #include "Watch/NodePlaces.h"
 
@@ -11,8 +12,8 @@
 /// How a table of routes is evaluated and what is told of it; the options that say so, the same for
 /// `eval` and `agent`.
 struct RouteRunOptions {
-    /// A file, or "-" for standard input.
-    String routes;
+    /// Files, of which one may be "-" for standard input.
+    std::vector<String> routes;
     String output = "table"; ///< table, jsonl or none
     /// Of the routes that are written.
     RouteSelection selection = {};
@@ -27,6 +28,11 @@ struct RouteRunOptions {
     U64 threads = 1;
     /// Routes to evaluate at most.
     U64 limit = ~U64{0};
+    /// Given what was counted since the last call, one call at a time, from any thread; null where
+    /// nobody looks on.
+    std::function<void(RouteTally const & more)> counted = {};
+    /// Given how the file was read, once it was, or could not be read further.
+    std::function<void(Qcf::Agent::ReadStatistics const & statistics)> wasRead = {};
 
     /// Adds --routes, --output, --log, --threads, --limit and those of the selection; must outlive
     /// the parsing.

@@ -50,7 +50,7 @@ void RouteSelection::prefixIs(String const & text) {
     isAll_ = false;
 }
 
-void RouteSelection::addTo(CLI::App & command) {
+void RouteSelection::addRoutesTo(CLI::App & command) {
     command
         .add_option_function<String>(
             "--prefix", [this](String const & text) { prefixIs(text); },
@@ -68,6 +68,10 @@ void RouteSelection::addTo(CLI::App & command) {
             },
             "Tell of routes from this peer alone")
         ->type_name("ADDRESS");
+}
+
+void RouteSelection::addTo(CLI::App & command) {
+    addRoutesTo(command);
     std::vector<String> words;
     std::ranges::transform(outcomes, std::back_inserter(words), &Only::word);
     command

@@ -11,6 +11,8 @@ class RouteSelection {
 public:
     /// Adds --prefix, --peer and --only; must outlive the parsing.
     void addTo(CLI::App & command);
+    /// Adds --prefix and --peer alone.
+    void addRoutesTo(CLI::App & command);
 
     /// Whether the route, with what came of its evaluation, is told.
     bool selects(Qcf::Agent::Evaluated const & evaluated) const {

@@ -176,6 +176,10 @@ void renderRoute(Evaluated const & evaluated, RouteDetails const & details, Rend
     renderer.beginObject();
     renderer.key("route");
     renderer.value(evaluated.number);
+    if (details.file != nullptr) {
+        renderer.key("file");
+        renderer.value(*details.file);
+    }
     renderer.key("prefix");
     values.render(evaluated.route.ipPrefix);
     if (IpGenAddr const & peer = evaluated.route.sourceSessionRemoteIpAddress; !peer.isAddrZero()) {

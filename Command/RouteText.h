@@ -28,6 +28,8 @@ struct RouteDetails {
     Qcf::Text::PlaceMap const * places = nullptr;
     /// Null where it is not asked for.
     ShownDecision const * decision = nullptr;
+    /// The file that it is from; null where the table has one file. Objects tell it, lines do not.
+    String const * file = nullptr;
 };
 
 /// Writes one evaluated route as an object, with the address of its peer where it has one. The

@@ -1,11 +1,13 @@
 #include "Command/Command.h"
 #include "Command/Output.h"
+#include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
+#include "Command/TimeText.h"
 #include "Mirror/Redis/RedisStore.h"
 #include "Platform/Render/DocumentError.h"
 #include "Platform/Render/RendererV2.h"
+#include "Platform/Render/Utf8.h"
 
-#include <ctime>
 #include <memory>
 
 /// One state in two forms. The table says what numbers mean (in step, under way); JSON has the
@@ -18,18 +20,8 @@ using Qcf::Mirror::RedisStatus;
 struct Options {
     RedisArguments redis;
     String format = "table";
+    bool check = false;
 };
-
-// In UTC, since writer, server and whoever looks may stand in different zones. The form is that of
-// RFC 3339.
-String timeText(U64 seconds) {
-    auto const time = static_cast<std::time_t>(seconds);
-    std::tm parts{};
-    ::gmtime_r(&time, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return text;
-}
 
 // The start marker goes ahead when a batch begins, the end marker follows when it is complete.
 bool batchIsOpen(RedisStatus const & status) {
@@ -43,16 +35,41 @@ String batchText(RedisStatus const & status) {
     return (batchIsOpen(status) ? "under way, or given up by its writer" : "complete") + markers;
 }
 
-// By the digest and not by the number: what counts is what the reader holds.
+// Content may come back in a later version: a reader is at a version that has the number, too.
+bool isInStep(ReaderState const & reader, RedisStatus const & status) {
+    return reader.version == status.state.version.number &&
+           reader.digest == status.state.version.digest.toString();
+}
+
+/// Readers tell every five seconds that they are there.
+bool isLive(ReaderState const & reader) {
+    constexpr U64 longSilence = 15;
+    return reader.silentSeconds <= longSilence;
+}
+
+// What readers say of themselves comes from the server.
 String readerLine(ReaderState const & reader, RedisStatus const & status) {
     String line = "  " + reader.name + "  version " + std::to_string(reader.version) +
                   "  position " + reader.position + "  ";
-    line += reader.digest == status.state.version.digest.toString() ? "in step" : "not in step";
-    constexpr U64 longSilence = 15;
-    if (reader.silentSeconds > longSilence) {
+    line += isInStep(reader, status) ? "in step" : "not in step";
+    if (!isLive(reader)) {
         line += ", silent for " + std::to_string(reader.silentSeconds) + " s";
     }
-    return line + '\n';
+    return visibleText(line) + '\n';
+}
+
+/// Whether every live reader is at the version; tells which are not.
+bool readersAgree(RedisStatus const & status, String const & name) {
+    bool agree = true;
+    for (ReaderState const & reader : status.readers) {
+        if (isLive(reader) && !isInStep(reader, status)) {
+            agree = false;
+            tellLine(name + ": reader " + reader.name + " is at version " +
+                     std::to_string(reader.version) + ", published is version " +
+                     std::to_string(status.state.version.number));
+        }
+    }
+    return agree;
 }
 
 void writeTable(RedisStatus const & status, String const & name) {
@@ -60,7 +77,7 @@ void writeTable(RedisStatus const & status, String const & name) {
         String text = key;
         // The longest name and two blanks.
         text.resize(11, ' ');
-        standardOutput().write(text + value + '\n');
+        standardOutput().write(text + visibleText(value) + '\n');
     };
     auto const & state = status.state;
     row("name", name);
@@ -70,6 +87,7 @@ void writeTable(RedisStatus const & status, String const & name) {
     row("batch", batchText(status));
     row("functions", std::to_string(state.functions));
     row("nodes", std::to_string(state.nodes));
+    row("lists", std::to_string(state.lists));
     row("stream",
         std::to_string(status.streamEntries) + " entries, state at " + state.position.toString());
     // A name may be published for long before its first snapshot is due.
@@ -121,6 +139,7 @@ void writeJson(RedisStatus const & status, String const & name) {
     member("endMarker", state.endMarker);
     member("functions", state.functions);
     member("nodes", state.nodes);
+    member("lists", state.lists);
     member("position", state.position.toString());
     member("streamEntries", status.streamEntries);
     member("snapshotVersion", status.snapshot.version);
@@ -130,7 +149,8 @@ void writeJson(RedisStatus const & status, String const & name) {
     writeReaders(out, status);
     out.endObject();
     out.endDocument();
-    standardOutput().write(text);
+    // What JSON leaves as it is, and a terminal does not.
+    standardOutput().write(visibleLines(text));
 }
 
 int status(Options const & options) {
@@ -143,7 +163,7 @@ int status(Options const & options) {
     }
     options.format == "json" ? writeJson(status, options.redis.name)
                              : writeTable(status, options.redis.name);
-    return 0;
+    return !options.check || readersAgree(status, options.redis.name) ? 0 : 1;
 }
 
 } // namespace
@@ -152,11 +172,17 @@ void addStatusCommand(Commands & commands) {
     auto const options = std::make_shared<Options>();
     auto & command = commands.add(
         "status", "Tell what is published under a name in Redis, and who follows it",
-        "Shows version, digest, batch markers, functions and nodes of the published state, the\n"
-        "snapshot and the stream, the last writer, and each reader with its position.",
+        "Shows version, digest, batch markers, functions, nodes and lists of what is published, "
+        "the\n"
+        "snapshot and the stream, the last writer, and each reader with its position. With "
+        "--check\n"
+        "the exit code is 1 when a reader that was heard of in the last 15 seconds is not at the\n"
+        "published version, as it is when nothing is published.",
         "qcf status --redis redis://localhost --name edge", [options] { return status(*options); });
     options->redis.addTo(command);
     command.add_option("--format", options->format, "table or json")
         ->check(CLI::IsMember({"table", "json"}))
         ->capture_default_str();
+    command.add_flag("--check", options->check,
+                     "Exit with 1 unless every live reader is at the published version");
 }

@@ -5,6 +5,7 @@
 #include "Command/Progress.h"
 #include "Command/Readiness.h"
 #include "Command/TestFiles.h"
+#include "Command/WriteFile.h"
 #include "Lists/ListRecord.h"
 #include "Lists/Pattern.h"
 #include "Questions/Mutants.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <memory>
 #include <optional>
 
@@ -200,13 +200,13 @@ bool writeLcov(Run const & run) {
     if (run.options.lcov.empty()) {
         return true;
     }
-    std::ofstream file(run.options.lcov, std::ios::binary);
-    file << lcovText(run.coverage);
-    file.close();
-    if (!file) {
-        tellLine(run.options.lcov + ": cannot be written");
+    try {
+        writeFile(run.options.lcov, lcovText(run.coverage));
+        return true;
+    } catch (std::runtime_error const & error) {
+        tellLine(error.what());
+        return false;
     }
-    return !file.fail();
 }
 
 /// Whether the share is as large as was asked for; says so where it is not.

@@ -56,7 +56,7 @@ TEST(Check, TellsTheFirstErrorOfEveryFunction) {
               "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
               "(\"afi\")\n"
               "d.json:/functions/2/body/stmts/0/class: ExpressionList.entry wants name of a node "
-              "class, found \"Nothing\"\n");
+              "class, as qcf nodes lists them, found \"Nothing\"\n");
     EXPECT_EQ(workshop.run({"dump", "d.json"}).err,
               "d.json:/functions/0/body/stmts/0/lhs: IntAssign.lhs wants IntModifiable, found Afi "
               "(\"afi\")\n");
@@ -191,7 +191,7 @@ TEST(Check, TellsProgramsWhatCouldNotBeReadAsWell) {
     Case const cases[] = {
         {{"bad.json"},
          {R"({"file":"bad.json","pointer":"/functions/0/body/stmts/0/class","severity":"error",)"
-          R"("code":"document","message":"ExpressionList.entry wants name of a node class, found )"
+          R"("code":"document","message":"ExpressionList.entry wants name of a node class, as qcf nodes lists them, found )"
           R"(\"Nothing\"","suggestion":null})",
           R"({"function":"a","sane":false,"message":"not read"})", sane}},
         {{"cut.json"},
@@ -400,7 +400,8 @@ document    "origin"
     }
     Outcome const unknown = workshop.run({"nodes", "Nothing"});
     EXPECT_EQ(unknown.exitCode, 2);
-    EXPECT_EQ(unknown.err, "qcf nodes: has no class or attribute \"Nothing\"\n");
+    EXPECT_EQ(unknown.err,
+              "qcf nodes: has no class or attribute \"Nothing\"; qcf nodes lists them\n");
 }
 
 TEST(GenerateTable, TheSameSeedGivesTheSameRoutesInBothFormats) {
@@ -418,6 +419,13 @@ TEST(GenerateTable, TheSameSeedGivesTheSameRoutesInBothFormats) {
     EXPECT_EQ(workshop.run({"generate-table", "--routes", "300", "--seed", "5", "--out", "-"}).out,
               lines);
     EXPECT_EQ(generate("5", "t.mrt"), generate("5", "u.mrt"));
+    auto const sharing = [&workshop](char const * how) {
+        return workshop.run(
+            {"generate-table", "--routes", "300", "--seed", "5", "--sharing", how, "--out", "-"});
+    };
+    EXPECT_EQ(sharing("none").out, lines);
+    EXPECT_NE(sharing("real").out, lines);
+    EXPECT_EQ(linesOf(sharing("real").out).size(), 300U);
 }
 
 } // namespace

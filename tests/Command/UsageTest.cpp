@@ -37,6 +37,7 @@ TEST(Usage, WrongArgumentsAreToldInOneLine) {
         {{"generate-table", "--out", "t"}, "--routes is required"},
         {{"generate-table", "--routes", "18446744073709551616", "--out", "t"}, "--routes"},
         {{"generate-table", "--routes", "0x10", "--out", "t"}, "found \"0x10\""},
+        {{"generate-table", "--routes", "1", "--sharing", "some", "--out", "t"}, "--sharing"},
     };
     Workshop const workshop;
     for (UsageCase const & one : cases) {

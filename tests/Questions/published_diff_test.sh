@@ -1,14 +1,8 @@
 #!/usr/bin/env bash
 # A policy is compared with the live version of a name, on a server of its own.
 set -euo pipefail
-command -v redis-server >/dev/null || {
-    echo "no redis-server on this machine (package redis-server)"
-    exit 77
-}
-[[ -x $QCF_BINARY ]] || {
-    echo "the command is not built"
-    exit 77
-}
+# shellcheck source=/dev/null
+source "$QCF_SOURCE_DIR/tests/support/commands.bash"
 work=$(mktemp -d)
 server=
 trap 'kill $server 2>/dev/null || true; rm -rf "$work"' EXIT
@@ -53,14 +47,17 @@ expect 0 '3 routes: 3 alike, 0 differ' old.qcf --exit-code
 policy 5 | sed '1i list community_list OTHERS { permit { 65000:2 } }
 s/^  return med/  if community matches OTHERS { med = 0 }\n&/' >slots.qcf
 expect 0 '3 routes: 3 alike, 0 differ' slots.qcf
+# The live version's own lines where it came from a text, else keys.
+expect 1 '1  accepted -> rejected  old 4 return med > 5 (true)  new 4 return med > 6 (false)' new.qcf --exit-code
+"$QCF_BINARY" compile old.qcf >old.json
+"$QCF_BINARY" publish old.json "${at[@]}" >/dev/null
 expect 1 '1  accepted -> rejected  old /f/' new.qcf --exit-code
-expect 1 'return med > 5 (true)  new 4 return med > 6 (false)' new.qcf --exit-code
 # The next version is the live one.
 "$QCF_BINARY" publish new.qcf "${at[@]}" >/dev/null
 expect 0 '3 routes: 3 alike, 0 differ' new.qcf --exit-code
-expect 1 'no function g' new.qcf --old-function g
+expect 1 'has no function "g"; its functions: f' new.qcf --old-function g
 # Nobody is told of a reader.
-"$QCF_BINARY" status "${at[@]}" --format json | grep -q '"readers": \[\]' || fail 'a reader is left'
+"$QCF_BINARY" status "${at[@]}" --format json | grep '"readers": \[\]' >/dev/null || fail 'a reader is left'
 # Other lists than those of the new policy.
 printf 'list community_list OURS { permit { 65000:9 } }\n' >lists.qcf
 expect 1 'accepted -> rejected' new.qcf --old-lists lists.qcf --exit-code

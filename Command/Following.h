@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Command/AgentMetrics.h"
+#include "Command/RedisArguments.h"
+#include "Mirror/Redis/RedisFollower.h"
+
+#include <condition_variable>
+#include <thread>
+
+/// Follows a published name on a thread of its own, so that a long table does not keep the agent
+/// from the news. What the server does is shown by metrics.
+///
+///     Following following(redis, shown);
+///     while (auto const version = following.next(last, atMost)) { ... }
+class Following {
+public:
+    /// What it shows in must outlive it. Throws what is wrong with the arguments.
+    Following(RedisArguments const & redis, AgentMetrics & shown);
+
+    /// The next version after the one of the id `last`, or the same again when files are to be read
+    /// again; null when a stop was asked for or the time is over. Throws what is wrong with the
+    /// access, if there never was a connection.
+    PtrConst<Qcf::Mirror::PolicyVersion> next(String const & last, std::chrono::seconds atMost);
+
+    /// Why there is no connection at the moment; empty while there is one.
+    String trouble();
+
+private:
+    void run(std::stop_token const & stop);
+    /// Notes what came of asking the server.
+    void asked();
+
+    AgentMetrics & shown_;
+    std::mutex mutex_;
+    std::exception_ptr fault_; ///< what ended the following
+    bool asked_ = false;       ///< whether the first poll is done
+    String trouble_;
+    std::condition_variable news_;
+    Qcf::Mirror::FollowedStore mirror_;
+    Qcf::Mirror::RedisFollower follower_;
+    // The last member, so that it starts when all else is there, and is joined before anything
+    // goes.
+    std::jthread thread_;
+};

@@ -1,0 +1,102 @@
+#include "Command/Columns.h"
+#include "Command/Command.h"
+#include "Command/Output.h"
+#include "Command/RedisArguments.h"
+#include "Command/TimeText.h"
+#include "Mirror/Redis/RedisHistory.h"
+#include "Platform/Render/DocumentError.h"
+#include "Platform/Render/RendererV2.h"
+#include "Platform/Render/Utf8.h"
+
+#include <memory>
+
+/// The versions of a name that one can go back to.
+namespace {
+
+using Qcf::Mirror::KeptVersion;
+
+struct Options {
+    RedisArguments redis;
+    String format = "table";
+};
+
+/// What is kept, and what of it is live.
+struct History {
+    std::vector<KeptVersion> versions;
+    U64 live = 0;
+};
+
+History readHistoryOf(Options const & options) {
+    Qcf::Mirror::RedisConnection connection(options.redis.options());
+    Qcf::Mirror::RedisKeys const keys(options.redis.name);
+    auto const state = readState(connection, keys);
+    // As of the status: most likely the name is misspelt.
+    if (!state.exists()) {
+        throw DocumentError("nothing is published under " + options.redis.name);
+    }
+    return {readHistory(connection, keys), state.version.number};
+}
+
+// Digests are cut: they are for telling versions apart here, JSON has them whole.
+String tableText(History const & history) {
+    constexpr std::size_t shownDigits = 12;
+    std::vector<std::vector<String>> rows{
+        {"VERSION", "PUBLISHED", "FUNCTIONS", "NODES", "LISTS", "DIGEST", "WRITER", "NOTE"}};
+    for (KeptVersion const & kept : history.versions) {
+        bool const isLive = kept.version.number == history.live;
+        String const note =
+            (isLive ? String("live") : String()) + (isLive && !kept.note.empty() ? ", " : "");
+        rows.push_back(
+            {std::to_string(kept.version.number), timeText(kept.published),
+             std::to_string(kept.functions), std::to_string(kept.nodes), std::to_string(kept.lists),
+             kept.version.digest.toString().substr(0, shownDigits), kept.writer, note + kept.note});
+    }
+    return columnsText(rows);
+}
+
+String jsonText(History const & history) {
+    String text;
+    RendererV2 out(text, RendererV2::Style::pretty);
+    auto const member = [&](char const * key, auto const & value) {
+        out.key(key);
+        out.value(value);
+    };
+    out.beginArray();
+    for (KeptVersion const & kept : history.versions) {
+        out.beginObject();
+        member("version", kept.version.number);
+        member("digest", kept.version.digest.toString());
+        member("published", timeText(kept.published));
+        member("functions", kept.functions);
+        member("nodes", kept.nodes);
+        member("lists", kept.lists);
+        member("writer", kept.writer);
+        member("note", kept.note);
+        member("live", kept.version.number == history.live);
+        out.endObject();
+    }
+    out.endArray();
+    out.endDocument();
+    // What JSON leaves as it is, and a terminal does not.
+    return visibleLines(text);
+}
+
+} // namespace
+
+void addHistoryCommand(Commands & commands) {
+    auto const options = std::make_shared<Options>();
+    auto & command = commands.add(
+        "history", "List the versions of a name in Redis that one can go back to",
+        "A line a version that is kept on the server, the oldest first: when it was published and\n"
+        "by whom, what it has, and which one is live. qcf publish --keep says how many stay.",
+        "qcf history --redis redis://localhost --name edge", [options] {
+            auto const history = readHistoryOf(*options);
+            standardOutput().write(options->format == "json" ? jsonText(history)
+                                                             : tableText(history));
+            return 0;
+        });
+    options->redis.addTo(command);
+    command.add_option("--format", options->format, "table or json")
+        ->check(CLI::IsMember({"table", "json"}))
+        ->capture_default_str();
+}
