@@ -20,16 +20,6 @@ step() {
     fi
 }
 
-# Everything that there is to compile; the preset makes warnings of clang errors, and none of them
-# depends on how it optimises.
-clangBuild() {
-    setup
-    needs "${fuzzPackages[@]}" "${benchPackages[@]}"
-    configure clang -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
-        -DQCF_BUILD_TESTS=ON -DQCF_BUILD_BENCH=ON -DQCF_BUILD_FUZZ=ON
-    cmake --build build/clang --parallel "$jobs"
-}
-
 # The programs in which threads meet, and only they: tests/CMakeLists.txt labels them. Left out are
 # tests of the process's end, whose forks the sanitizer does not follow, and the deepest trees, for
 # which its frames leave too little stack.
@@ -77,8 +67,7 @@ check() {
     step "build and tests" runTests --exclude-regex '^CompileFail/'
     step "report page in a browser" pageTest
     step "misuse that must not compile" runTests --tests-regex '^CompileFail/'
-    step "build by clang" clangBuild
-    step "address and undefined-behaviour sanitizers" runTests --asan
+    step "build by clang, address and undefined-behaviour sanitizers" runTests --asan
     step "thread sanitizer" threadTests
     step "fuzz targets" fuzz all "$seconds"
     if ((${#failedSteps[@]})); then
