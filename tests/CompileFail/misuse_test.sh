@@ -38,7 +38,7 @@ expect() {
         grep -m 3 error: "$case.log"
     elif [[ -z $says ]]; then
         echo "$source:$line: no \`says\` follows"
-    elif ! grep -E 'error:|note:' "$case.log" | grep -qE -- "$says"; then
+    elif ! grep -E 'error:|note:' "$case.log" | grep -E -- "$says" >/dev/null; then
         echo "$source:$line: the compiler does not say '$says':"
         grep -m 3 error: "$case.log"
     fi

@@ -5,7 +5,8 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 # Lowest first: a folder includes those before it, never those after it.
-FLOORS = ["Platform/Framework", "Platform/Routing", "Platform/Render", "QcfLib", "Documents", "Lists",
+FLOORS = ["Platform/Framework", "Platform/Routing", "Platform/Render", "Platform/Metrics",
+          "Platform/Service", "QcfLib", "Documents", "Lists",
           "Text", "Agent", "Watch", "Questions", "Mirror", "Live", "Command"]
 # What stands beside the floors; nobody includes it.
 YARDS = ["bench", "tests", "fuzz", "examples"]

@@ -7,12 +7,19 @@
 
 namespace Qcf::test {
 
+/// How hard a gzip member is made smaller, in the library's own numbers.
+struct GzipKind {
+    int level = Z_BEST_SPEED;
+    int memory = 8;
+    int strategy = Z_DEFAULT_STRATEGY;
+};
+
 /// One gzip member of the bytes.
-inline String gzipped(String const & bytes) {
+inline String gzipped(String const & bytes, GzipKind kind = {}) {
     z_stream stream{};
     constexpr int gzipFormat = 16 + MAX_WBITS;
-    deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, gzipFormat, 8, Z_DEFAULT_STRATEGY);
-    String out(deflateBound(&stream, bytes.size()), '\0');
+    deflateInit2(&stream, kind.level, Z_DEFLATED, gzipFormat, kind.memory, kind.strategy);
+    String out(deflateBound(&stream, bytes.size()) + 100, '\0');
     String in = bytes;
     stream.next_in = reinterpret_cast<Bytef *>(in.data());
     stream.avail_in = static_cast<uInt>(in.size());
@@ -24,13 +31,13 @@ inline String gzipped(String const & bytes) {
     return out;
 }
 
-/// One bzip2 stream of the bytes, in blocks of 100 kB.
-inline String bzipped(String const & bytes) {
+/// One bzip2 stream of the bytes, in blocks of so many times 100 kB.
+inline String bzipped(String const & bytes, int digit = 1) {
     String in = bytes;
     String out(bytes.size() + bytes.size() / 100 + 600, '\0');
     auto size = static_cast<unsigned>(out.size());
-    BZ2_bzBuffToBuffCompress(out.data(), &size, in.data(), static_cast<unsigned>(in.size()), 1, 0,
-                             0);
+    BZ2_bzBuffToBuffCompress(out.data(), &size, in.data(), static_cast<unsigned>(in.size()), digit,
+                             0, 0);
     out.resize(size);
     return out;
 }
