@@ -135,7 +135,7 @@ public:
             throw std::bad_alloc();
         }
     }
-    static void inputIs(lzma_stream & stream, char * bytes) {
+    static void inputIs(lzma_stream & stream, char const * bytes) {
         stream.next_in = reinterpret_cast<U8 const *>(bytes);
     }
     static void outputIs(lzma_stream & stream, U8 * to) { stream.next_out = to; }

@@ -2,10 +2,10 @@
 #include "Lists/Bzip2Bits.h"
 #include "Lists/DecompressingStream.h"
 #include "tests/Lists/ArchiveTools.h"
+#include "tests/support/Cases.h"
 #include "tests/support/Compressed.h"
 #include "tests/support/Mutator.h"
 
-#include <cstdlib>
 #include <functional>
 
 #include <gtest/gtest.h>
@@ -29,6 +29,9 @@ struct Archive {
 std::vector<Archive> soundArchives() {
     String const few = someBytes(3000, 2);
     String const many = someBytes(450'000);
+    String runs;
+    runs.resize(12'000'000, 'a');
+    runs += many;
     return {
         {"gzip", gzipped(many), many},
         {"gzip, members", gzipped(few) + gzipped("") + gzipped(many), few + many},
@@ -37,8 +40,7 @@ std::vector<Archive> soundArchives() {
         {"bzip2, parts", bzipped(few, 9) + bzipped(many, 1) + bzipped("", 2) + bzipped(few, 3),
          few + many + few},
         {"bzip2, nothing", bzipped("", 1), ""},
-        {"bzip2, long runs", bzipped(String(12'000'000, 'a') + many, 1),
-         String(12'000'000, 'a') + many},
+        {"bzip2, long runs", bzipped(runs, 1), runs},
         {"xz", xzipped(many), many},
         {"xz, parts and padding", xzipped(few) + String(8, '\0') + xzipped(many) + String(4, '\0'),
          few + many},
@@ -193,13 +195,10 @@ TEST(Archive, CutAnywhereGivesTheSame) {
 }
 
 /// How many damaged archives each test reads.
-int mutations() {
-    char const * const asked = std::getenv("QCF_ARCHIVE_MUTATIONS");
-    return asked != nullptr ? std::atoi(asked) : 300;
-}
+U64 mutations() { return casesWanted(300, "QCF_ARCHIVE_MUTATIONS"); }
 
 TEST(Archive, MutationsGiveTheSame) {
-    int const count = mutations();
+    U64 const count = mutations();
     std::vector<String> seeds;
     for (Archive const & archive : soundArchives()) {
         // Long runs take long, and have no more to damage.
@@ -208,8 +207,8 @@ TEST(Archive, MutationsGiveTheSame) {
         }
     }
     Mutator mutator(7);
-    for (int i = 0; i < count; ++i) {
-        String const & seed = seeds[static_cast<std::size_t>(i) % seeds.size()];
+    for (U64 i = 0; i < count; ++i) {
+        String const & seed = seeds[i % seeds.size()];
         String const damaged = mutator.mutate(seed, seeds);
         ASSERT_EQ(contentOf(damaged, 2 + static_cast<U32>(i % 3)), contentOf(damaged, 1)) << i;
     }
@@ -281,12 +280,11 @@ TEST(Archive, GzipIsWhatZlibMakesOfIt) {
         }
     }
     Mutator mutator(9);
-    int damaged = 0;
-    for (int i = 0; i < mutations(); ++i) {
-        auto const at = static_cast<std::size_t>(i);
-        String const bytes = mutator.mutate(archives[at % archives.size()], archives);
+    U64 damaged = 0;
+    for (U64 i = 0; i < mutations(); ++i) {
+        String const bytes = mutator.mutate(archives[i % archives.size()], archives);
         if (Gzip::starts(bytes)) {
-            ASSERT_TRUE(expectEqual(bytes, pieces[at % std::size(pieces)])) << i;
+            ASSERT_TRUE(expectEqual(bytes, pieces[i % std::size(pieces)])) << i;
             ++damaged;
         }
     }

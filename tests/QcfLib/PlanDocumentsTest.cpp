@@ -2,11 +2,11 @@
 #include "QcfLib/EvaluationObserver.h"
 #include "QcfLib/Plan.h"
 #include "tests/Documents/JsonMutator.h"
+#include "tests/support/Cases.h"
 #include "tests/support/RandomDocument.h"
 #include "tests/support/RandomRoute.h"
 #include "tests/support/Trees.h"
 
-#include <cstdlib>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -27,10 +27,7 @@ constexpr U32 usualDocuments = 4'000; // with assertions of the libraries, or un
 constexpr U32 routesOfDocument = 4;
 
 /// A number from the environment, for longer runs and for others.
-U32 setting(char const * name, U32 usual) {
-    char const * const text = std::getenv(name);
-    return text == nullptr ? usual : static_cast<U32>(std::strtoul(text, nullptr, 10));
-}
+U32 setting(char const * name, U32 usual) { return static_cast<U32>(casesWanted(usual, name)); }
 
 /// What came of some routes: results, write-backs and what stayed modified, in order, and which
 /// questions the agent was asked.

@@ -2,9 +2,8 @@
 #include "Questions/Flip.h"
 #include "tests/Questions/QuestionTools.h"
 #include "tests/Questions/RandomAgentRoute.h"
+#include "tests/support/Cases.h"
 #include "tests/support/RandomDocument.h"
-
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -16,10 +15,7 @@ using Agent::Route;
 using Qcf::test::RandomDocument;
 
 /// Policies to go through; QCF_FLIP_POLICIES asks for another number.
-U32 policies(U32 usual) {
-    char const * const text = std::getenv("QCF_FLIP_POLICIES");
-    return text == nullptr ? usual : static_cast<U32>(std::strtoul(text, nullptr, 10));
-}
+U32 policies(U32 usual) { return static_cast<U32>(casesWanted(usual, "QCF_FLIP_POLICIES")); }
 
 /// Lists of the names that random documents know; one name has none.
 constexpr char const * listsText = R"(list prefix_list A v4 { permit 10.0.0.0/8 ge 9 le 24 }

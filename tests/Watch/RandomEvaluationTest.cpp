@@ -5,10 +5,9 @@
 #include "Watch/Deciding.h"
 #include "Watch/Explanation.h"
 #include "Watch/ExplanationRows.h"
+#include "tests/support/Cases.h"
 #include "tests/support/RandomDocument.h"
 #include "tests/support/RandomRoute.h"
-
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -22,10 +21,7 @@ using Documents::Program;
 using Qcf::test::RandomDocument;
 
 /// Documents to go through; QCF_WATCH_DOCUMENTS asks for another number.
-U32 documents() {
-    char const * const text = std::getenv("QCF_WATCH_DOCUMENTS");
-    return text == nullptr ? 2'000 : static_cast<U32>(std::strtoul(text, nullptr, 10));
-}
+U32 documents() { return static_cast<U32>(casesWanted(2'000, "QCF_WATCH_DOCUMENTS")); }
 
 /// Places of a program that has none but its nodes' keys.
 class KeyPlaces final : public NodePlaces {
