@@ -27,14 +27,15 @@ if(QCF_SANITIZE STREQUAL "address")
     set(qcfSanitizers address,undefined)
 elseif(QCF_SANITIZE STREQUAL "thread")
     set(qcfSanitizers thread)
-elseif(QCF_SANITIZE STREQUAL "fuzz")
-    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-        message(FATAL_ERROR "QCF_SANITIZE is 'fuzz': wants clang, which brings libFuzzer")
-    endif()
-    # Everything is instrumented, so that the fuzzer sees the paths that an input takes in it.
-    set(qcfSanitizers address,undefined,fuzzer-no-link)
 elseif(QCF_SANITIZE)
-    message(FATAL_ERROR "QCF_SANITIZE is '${QCF_SANITIZE}': wants address, thread, fuzz or nothing")
+    message(FATAL_ERROR "QCF_SANITIZE is '${QCF_SANITIZE}': wants address, thread or nothing")
+endif()
+# Clang brings libFuzzer, which drives the fuzz targets where everything is instrumented, so that it
+# sees the paths that an input takes in it. Tests run on the same objects: nothing is built twice.
+set(qcfLibFuzzer OFF)
+if(QCF_BUILD_FUZZ AND QCF_SANITIZE STREQUAL "address" AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    set(qcfLibFuzzer ON)
+    string(APPEND qcfSanitizers ,fuzzer-no-link)
 endif()
 if(QCF_SANITIZE)
     target_compile_options(QcfCompile INTERFACE
