@@ -1,5 +1,6 @@
 #include "Live/LiveRouter.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Qcf::Live {
@@ -32,8 +33,12 @@ void LiveRouter::connected() {
         lost(true);
     }
     connected_ = true;
+    hasNews_ = true;
+    settledAt_.reset();
+    changedAt_ = messageAt_ = feed_.now();
     log_.restart();
     for (auto & [key, peer] : peers_) {
+        peer.isSettled = false;
         for (auto const & table : peer.tables) {
             if (table) {
                 ++table->generation;
@@ -48,6 +53,8 @@ void LiveRouter::connected() {
 void LiveRouter::take(BmpFrame const & frame, U64 offset) {
     ++messages_[static_cast<U8>(frame.type)];
     bytes_ += frame.size;
+    messageAt_ = feed_.now();
+    hasNews_ = true;
     where_ = {name_};
     table_ = nullptr;
     try {
@@ -101,6 +108,9 @@ void LiveRouter::tellDamage(Damage const & damage, BmpType type, U64 offset) {
 void LiveRouter::monitor(ByteCursor body, U64 offset) {
     PeerHeader const header = PeerHeader::take(body);
     where_ = {name_, header.key.address, header.rib};
+    if (!isKept(header.key)) {
+        return;
+    }
     PeerState & peer = peerOf(header);
     auto & table = peer.tables[static_cast<U8>(header.rib)];
     if (!table) {
@@ -125,6 +135,8 @@ PeerState & LiveRouter::peerOf(PeerHeader const & header) {
     peer.as = header.as;
     peer.bgpId = header.bgpId;
     peer.isUp = true;
+    peer.isSettled = false;
+    peer.changedAt = feed_.now();
     peer.isAssumed = true;
     // Without OPENs messages are taken as they say of themselves.
     peer.open = {};
@@ -135,6 +147,9 @@ PeerState & LiveRouter::peerOf(PeerHeader const & header) {
 void LiveRouter::peerUp(ByteCursor body) {
     PeerHeader const header = PeerHeader::take(body);
     where_ = {name_, header.key.address};
+    if (!isKept(header.key)) {
+        return;
+    }
     PeerUp up = PeerUp::take(body);
     unknownTlvs_ += up.unknownTlvs;
     if (!peers_.contains(header.key) && peers_.size() >= mostPeers) {
@@ -146,6 +161,8 @@ void LiveRouter::peerUp(ByteCursor body) {
     peer.as = header.as;
     peer.bgpId = header.bgpId;
     peer.isUp = true;
+    peer.isSettled = false;
+    peer.changedAt = feed_.now();
     peer.isAssumed = false;
     peer.open = std::move(up);
     auto const vrf = settings_.vrfs.find(peer.open.tableName);
@@ -166,6 +183,7 @@ void LiveRouter::peerDown(ByteCursor body) {
         return;
     }
     emptyTables(known->second);
+    known->second.isSettled = true;
     if (std::exchange(known->second.isUp, false)) {
         listener_.peer(where_, false, reason);
     }
@@ -192,21 +210,86 @@ void LiveRouter::emptyTables(PeerState & peer) {
     }
 }
 
+bool LiveRouter::isKept(PeerKey const & key) const {
+    auto const & kept = settings_.keptPeers;
+    return kept.empty() || std::ranges::find(kept, key.address) != kept.end();
+}
+
 void LiveRouter::settle() {
     for (auto & [key, peer] : peers_) {
-        feed_.settle(peer, name_, *this);
-        for (auto const & table : peer.tables) {
-            if (table && connected_) {
-                feed_.sweep(*table, AddressFamily::ipv4);
-                feed_.sweep(*table, AddressFamily::ipv6);
-                table->stale = false;
-            }
+        settle(peer);
+    }
+    if (connected_ && !settledAt_) {
+        settledAt_ = feed_.now();
+    }
+}
+
+void LiveRouter::settle(PeerState & peer) {
+    feed_.settle(peer, name_, *this);
+    if (!connected_) {
+        return;
+    }
+    for (auto const & table : peer.tables) {
+        if (table) {
+            feed_.sweep(*table, AddressFamily::ipv4);
+            feed_.sweep(*table, AddressFamily::ipv6);
+            table->stale = false;
         }
     }
+    peer.isSettled = true;
+}
+
+bool LiveRouter::isComplete(PeerState const & peer) const {
+    return std::ranges::all_of(std::array{settings_.rib, settings_.against}, [&](Rib rib) {
+        RibState const * const table = peer.table(rib);
+        return table != nullptr && table->complete[0] && table->complete[1];
+    });
+}
+
+// A router that never pauses, and never says that it has sent all, is not waited for without end.
+bool LiveRouter::isDue(PeerState const & peer) const {
+    constexpr int ofPeer = 10;
+    constexpr int ofRouter = 60;
+    auto const now = feed_.now();
+    auto last = std::max(peer.changedAt, changedAt_);
+    for (auto const & table : peer.tables) {
+        last = std::max(last, table ? table->changedAt : last);
+    }
+    return now - messageAt_ >= settings_.settle ||
+           now - changedAt_ >= ofRouter * settings_.settle ||
+           now - last >= ofPeer * settings_.settle || isComplete(peer);
+}
+
+void LiveRouter::timePasses() {
+    // With the last message behind all, nothing is left to be decided.
+    if (!connected_ || !hasNews_) {
+        return;
+    }
+    bool const isQuiet = feed_.now() - messageAt_ >= settings_.settle;
+    bool all = isQuiet || !peers_.empty();
+    for (auto & [key, peer] : peers_) {
+        for (std::size_t i = 0; i < ribs; ++i) {
+            if (peer.tables[i]) {
+                feed_.decideForm(peer, {name_, key.address, static_cast<Rib>(i)}, *this);
+            }
+        }
+        if (!peer.isSettled && isDue(peer)) {
+            settle(peer);
+        }
+        all = all && peer.isSettled;
+    }
+    if (!all) {
+        settledAt_.reset();
+    } else if (!settledAt_) {
+        settledAt_ = feed_.now();
+    }
+    hasNews_ = !isQuiet;
 }
 
 void LiveRouter::lost(bool inOrder) {
     connected_ = false;
+    changedAt_ = feed_.now();
+    settledAt_.reset();
     for (auto & [key, peer] : peers_) {
         // What waited belongs to the connection that is gone.
         feed_.settle(peer, name_, *this);

@@ -31,6 +31,9 @@ public:
     /// Nothing came for a while: what waited is decided, and what this connection did not send
     /// again goes. Tables may be compared then.
     void settle();
+    /// Does the same by itself, as soon as each peer's tables are complete or nothing came for long
+    /// enough; to be called some times a second.
+    void timePasses();
     /// The connection is gone. Not `inOrder`: messages were lost.
     void lost(bool inOrder);
 
@@ -38,6 +41,10 @@ public:
     /// What it says of itself; empty for nothing.
     String const & description() const { return description_; }
     bool isConnected() const { return connected_; }
+    /// Since when all is settled, by the feed's time; nothing while something is not.
+    std::optional<std::chrono::milliseconds> settledAt() const { return settledAt_; }
+    /// When the connection was lost, or began where it stands.
+    std::chrono::milliseconds changedAt() const { return changedAt_; }
     std::map<PeerKey, PeerState> & peers() { return peers_; }
     /// Messages by type, those that could not be read among them.
     std::array<U64, bmpTypes> const & messages() const { return messages_; }
@@ -53,6 +60,11 @@ private:
     void peerDown(ByteCursor body);
     void initiate(ByteCursor body);
     PeerState & peerOf(PeerHeader const & header);
+    bool isKept(PeerKey const & key) const;
+    bool isComplete(PeerState const & peer) const;
+    /// Whether more of a peer's tables need not be waited for.
+    bool isDue(PeerState const & peer) const;
+    void settle(PeerState & peer);
     void emptyTables(PeerState & peer);
     void damageIs(Damage const & damage, U64 offset, Where const & where) override;
     void tellDamage(Damage const & damage, BmpType type, U64 offset);
@@ -69,6 +81,10 @@ private:
     U64 bytes_ = 0;
     U64 unknownTlvs_ = 0;
     bool connected_ = false;
+    bool hasNews_ = false; ///< since it was looked whether all is settled
+    std::chrono::milliseconds changedAt_{0};
+    std::chrono::milliseconds messageAt_{0};
+    std::optional<std::chrono::milliseconds> settledAt_;
     /// What the message is about that is read: its damage is told there.
     Where where_;
     RibState * table_ = nullptr;

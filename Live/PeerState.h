@@ -4,6 +4,7 @@
 #include "Live/RibTable.h"
 #include "Live/TableForm.h"
 
+#include <chrono>
 #include <deque>
 #include <memory>
 
@@ -35,7 +36,8 @@ struct RibState {
 
     /// By family, IPv4 first: the router said that all was sent.
     std::array<bool, 2> complete{};
-    bool stale = false;   ///< the connection that sent it is gone
+    std::chrono::milliseconds changedAt{0}; ///< when its last message came, by the feed's time
+    bool stale = false;                     ///< the connection that sent it is gone
     bool inexact = false; ///< a message was lost to damage since it was sent whole
     /// What has another one was sent before the connection was lost.
     U8 generation = 0;
@@ -51,6 +53,9 @@ struct PeerState {
     bool isUp = false;
     /// Nobody said that it is up, but routes came.
     bool isAssumed = false;
+    /// All that its connection has was sent, as far as one can know.
+    bool isSettled = false;
+    std::chrono::milliseconds changedAt{0}; ///< when it came up, by the feed's time
     PeerUp open;
     U32 vrfId = 0xffffff; ///< 16777215 outside any VRF
     std::array<std::unique_ptr<RibState>, ribs> tables;

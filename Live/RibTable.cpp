@@ -117,13 +117,16 @@ std::vector<RibRoute *> RibTable::sorted() {
     std::vector<RibRoute *> routes;
     routes.reserve(size_);
     each([&](RibRoute & route) { routes.push_back(&route); });
-    std::ranges::sort(routes, [](RibRoute const * a, RibRoute const * b) {
-        auto const key = [](RibRoute const & of) {
-            return std::tie(of.family, of.address, of.length, of.pathId);
-        };
-        return key(*a) < key(*b);
-    });
+    std::ranges::sort(routes,
+                      [](RibRoute const * a, RibRoute const * b) { return precedes(*a, *b); });
     return routes;
+}
+
+bool RibTable::precedes(RibRoute const & a, RibRoute const & b) {
+    auto const key = [](RibRoute const & of) {
+        return std::tie(of.family, of.address, of.length, of.pathId);
+    };
+    return key(a) < key(b);
 }
 
 } // namespace Qcf::Live

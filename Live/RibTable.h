@@ -24,6 +24,9 @@ struct RibRoute {
     Verdict verdict;
     U8 marks;
     U8 generation; ///< of the connection that sent it last
+    /// When it changed last, as TableFeed::tick has it, or what it is compared with; 0 for long
+    /// ago.
+    U8 changed;
 
     IpGenPrefix prefix() const;
     /// By prefix and path identifier.
@@ -71,6 +74,16 @@ public:
             }
         }
     }
+    /// How many places for routes there are. As long as there are as many, routes stay where they
+    /// are, but for the few that move up when another one goes.
+    std::size_t places() const { return slots_.size(); }
+    /// The route at a place; null where there is none.
+    RibRoute * at(std::size_t place) {
+        RibRoute & route = slots_[place];
+        return route.family == AddressFamily::none ? nullptr : &route;
+    }
+    /// The order of `sorted`: by prefix, then identifier.
+    static bool precedes(RibRoute const & a, RibRoute const & b);
     /// Takes out those for which `isGone(route)` holds, after the call.
     template <typename Question>
     void eraseIf(Question isGone) {

@@ -10,6 +10,9 @@ RouterSet::RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> con
       feed_(settings_, store_, judge_, listener_) {}
 
 LiveRouter & RouterSet::router(String const & name) {
+    if (routers_.size() >= mostRouters && !routers_.contains(name)) {
+        throw LimitReached("more than " + std::to_string(mostRouters) + " routers");
+    }
     return routers_.try_emplace(name, name, settings_, feed_, listener_).first->second;
 }
 

@@ -18,8 +18,18 @@ public:
     RouterSet(RouterSet const &) = delete;
     RouterSet & operator=(RouterSet const &) = delete;
 
-    /// The router of that name, made when it is heard for the first time.
+    /// Routers that are held, those among them that are away for a while.
+    static constexpr std::size_t mostRouters = 256;
+
+    /// The router of that name, made when it is heard for the first time. Throws
+    /// LimitReached.
     LiveRouter & router(String const & name);
+    /// Takes a router out with all its tables. No connection of it may be there.
+    void forget(String const & name) { routers_.erase(name); }
+    /// See TableFeed.
+    void nowIs(std::chrono::milliseconds now) { feed_.nowIs(now); }
+    std::chrono::milliseconds now() const { return feed_.now(); }
+    TableFeed const & feed() const { return feed_; }
     /// By name.
     std::map<String, LiveRouter> & all() { return routers_; }
 

@@ -1,5 +1,6 @@
 #include "Live/TableFeed.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -10,6 +11,12 @@ namespace {
 /// What waits for the form of its table.
 constexpr std::size_t mostWaiting = 256;
 constexpr std::size_t mostWaitingBytes = std::size_t{1} << 20;
+
+/// Ticks count from 1 to this, then from 1 again.
+constexpr int ticks = 255;
+constexpr int ticksToSettle = 4;
+/// For how long a table's first messages may wait for others to vote.
+constexpr std::chrono::milliseconds voting{1000};
 
 /// Whether a path begins with a sequence of these two.
 bool beginsWith(std::span<U8 const> path, bool as4, U32 first, U32 second) {
@@ -30,6 +37,17 @@ std::size_t numberOf(AddressFamily family) { return family == AddressFamily::ipv
 
 } // namespace
 
+void TableFeed::nowIs(std::chrono::milliseconds now) {
+    now_ = now;
+    auto const part = std::max<std::chrono::milliseconds>(settings_.settle / ticksToSettle,
+                                                          std::chrono::milliseconds(1));
+    tick_ = static_cast<U8>(1 + now_ / part % ticks);
+}
+
+bool TableFeed::isYoung(U8 changed) const {
+    return changed != 0 && (tick_ + ticks - changed) % ticks <= ticksToSettle;
+}
+
 std::unique_ptr<RibState> TableFeed::makeTable(PeerState const & peer, Rib rib) const {
     auto table = std::make_unique<RibState>();
     table->form = TableForm(peer.open.declaredForm(rib, false), settings_.trustFlags);
@@ -39,6 +57,7 @@ std::unique_ptr<RibState> TableFeed::makeTable(PeerState const & peer, Rib rib) 
 void TableFeed::take(PeerState & peer, ByteCursor update, bool as2, U64 offset, Where const & where,
                      MessageSource & source) {
     RibState & table = *peer.table(*where.rib);
+    table.changedAt = now_;
     TableForm::Needs const needs = table.form.vote(update, as2);
     if (table.waiting.empty() && table.form.isDecided(needs)) {
         tellForm(table, where, as2);
@@ -92,7 +111,7 @@ void TableFeed::apply(PeerState & peer, ByteCursor update, bool as2, Where const
     // A prefix in both lists counts as announced.
     for (auto place : update_.withdrawn()) {
         for (Agent::UpdatePrefix key; place.next(key);) {
-            withdraw(table, key);
+            withdraw(peer, rib, key);
         }
     }
     for (PrefixPlace const place : {PrefixPlace::field, PrefixPlace::attribute}) {
@@ -110,7 +129,16 @@ void TableFeed::apply(PeerState & peer, ByteCursor update, bool as2, Where const
     }
 }
 
-void TableFeed::withdraw(RibState & table, Agent::UpdatePrefix const & key) {
+void TableFeed::noticeAfter(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key) {
+    RibState * const before = rib == settings_.against ? peer.table(settings_.rib) : nullptr;
+    if (RibRoute * const route = before != nullptr ? before->routes.find(key) : nullptr) {
+        route->changed = tick_;
+    }
+}
+
+void TableFeed::withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key) {
+    RibState & table = *peer.table(rib);
+    noticeAfter(peer, rib, key);
     ++table.withdrawn;
     RibRoute * const route = table.routes.find(key);
     if (route == nullptr) {
@@ -150,6 +178,8 @@ void TableFeed::announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4)
         route->marks = static_cast<U8>((as4 ? RibRoute::as4 : 0) |
                                        (kept_.hasLocalPref ? RibRoute::localPref : 0));
         route->generation = table.generation;
+        route->changed = tick_;
+        noticeAfter(peer, rib, key);
         route->verdict = Verdict::none;
         table.withLocalPref += kept_.hasLocalPref ? 1 : 0;
         ++table.verdicts[static_cast<U8>(Verdict::none)];
@@ -222,6 +252,14 @@ void TableFeed::empty(RibState & table) {
     table.routes.clear();
     table.waiting.clear();
     table.waitingBytes = 0;
+}
+
+void TableFeed::decideForm(PeerState & peer, Where const & where, MessageSource & source) {
+    RibState & table = *peer.table(*where.rib);
+    if (!table.waiting.empty() && now_ - table.changedAt >= voting) {
+        table.form.close();
+        drain(peer, where, source);
+    }
 }
 
 void TableFeed::settle(PeerState & peer, String const & router, MessageSource & source) {

@@ -4,6 +4,8 @@
 #include "Live/LiveListener.h"
 #include "Live/RouteJudge.h"
 
+#include <chrono>
+
 namespace Qcf::Live {
 
 /// What is wanted of a station, whatever routers it hears.
@@ -12,6 +14,11 @@ struct LiveSettings {
     Rib against = Rib::inPost; ///< compared with that
     bool trustFlags = false;   ///< tables are in the form that was declared
     U64 maxRoutes = 20'000'000;
+    /// Without any message for so long, what a connection sent is taken for all that it has; and a
+    /// difference of a route that changed within that time is not told.
+    std::chrono::milliseconds settle{5000};
+    /// Peers whose routes are kept; empty for all.
+    std::vector<IpGenAddr> keptPeers = {};
     std::map<String, U32> vrfs = {}; ///< by the names that routers give them
 };
 
@@ -46,6 +53,16 @@ public:
               LiveListener & listener)
         : settings_(settings), store_(store), judge_(judge), listener_(listener) {}
 
+    /// How much time has passed since some beginning; never goes back. Stands still unless it is
+    /// set, as it may for recordings.
+    void nowIs(std::chrono::milliseconds now);
+    std::chrono::milliseconds now() const { return now_; }
+    /// What RibRoute::changed is for a route that changes now.
+    U8 tick() const { return tick_; }
+    /// Whether a route that changed in that tick did so less than `settle` ago. The same tick comes
+    /// back after 60 times that long: who asks makes those 0 that are not young, more often.
+    bool isYoung(U8 changed) const;
+
     /// A table of that peer as it begins, by what its OPENs say.
     std::unique_ptr<RibState> makeTable(PeerState const & peer, Rib rib) const;
 
@@ -56,6 +73,8 @@ public:
     /// Decides what is open about the peer's tables by what came so far, because nothing more comes
     /// for now. Damage of what waited is counted and told.
     void settle(PeerState & peer, String const & router, MessageSource & source);
+    /// Decides the form of a table by what came so far, where that was long ago.
+    void decideForm(PeerState & peer, Where const & where, MessageSource & source);
     /// Takes the table's routes out that were not sent again by this connection.
     void sweep(RibState & table, AddressFamily family);
     /// Takes all its routes out.
@@ -68,11 +87,13 @@ private:
 
     void apply(PeerState & peer, ByteCursor update, bool as2, Where const & where);
     void checkLimits(RibState & table, Agent::UpdatePrefix const & key) const;
-    void withdraw(RibState & table, Agent::UpdatePrefix const & key);
+    void withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key);
     void announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4);
     /// Keeps what came of a route's evaluation.
     void judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route);
     void forget(RibState & table, RibRoute const & route);
+    /// Something changed behind the policy, which a route before it is compared with.
+    void noticeAfter(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key);
     void drain(PeerState & peer, Where const & where, MessageSource & source);
     void tellForm(RibState & table, Where const & where, bool as2);
     void noticeOwnAs(PeerState & peer, bool as4);
@@ -86,6 +107,8 @@ private:
     Agent::BgpUpdate update_;
     KeptAttributes kept_;
     U64 routes_ = 0;
+    std::chrono::milliseconds now_{0};
+    U8 tick_ = 1;
 };
 
 } // namespace Qcf::Live
