@@ -67,6 +67,7 @@ String remarks(PeerState const & peer, RibState const * before, RibState const *
     text += any([](RibState const & table) { return table.inexact; }) ? "  damaged" : "";
     text += any([](RibState const & table) { return table.stale; }) ? "  stale" : "";
     text += peer.isAssumed ? "  no Peer Up" : "";
+    text += peer.isUp && !peer.isSettled ? "  unsettled" : "";
     return text;
 }
 
@@ -79,6 +80,18 @@ Board Board::of(RouterSet & routers, Tolerance tolerance, TableComparison::Visit
         for (auto & [key, peer] : router.peers()) {
             board.rows_.push_back({name, &peer, comparison.compare(name, peer)});
             board.total_.add(board.rows_.back().counts);
+        }
+    }
+    return board;
+}
+
+Board Board::shown(RouterSet & routers, RunningComparison const & comparison) {
+    Board board(routers);
+    for (auto & [name, router] : routers.all()) {
+        for (auto & [key, peer] : router.peers()) {
+            auto const result = comparison.of(name, key);
+            board.rows_.push_back({name, &peer, result.counts, result.isThere});
+            board.total_.add(result.counts);
         }
     }
     return board;
@@ -112,22 +125,46 @@ void Board::appendRow(String & out, PeerRow const & row) const {
     out += '\n';
 }
 
+String Board::headOf(LiveRouter & router) const {
+    String out = router.name();
+    out += router.description().empty() ? "" : "  " + router.description();
+    out += "  " + std::to_string(router.peers().size()) + " peers";
+    for (std::size_t i = 0; i < ribs; ++i) {
+        U64 routes = 0;
+        for (auto const & [key, peer] : router.peers()) {
+            routes += peer.tables[i] ? peer.tables[i]->routes.size() : 0;
+        }
+        out += routes == 0
+                   ? ""
+                   : String("  ") + ribName(static_cast<Rib>(i)) + ' ' + std::to_string(routes);
+    }
+    if (routers_->now().count() == 0) {
+        return out; // recordings have no time
+    }
+    auto const since = [&](std::chrono::milliseconds at) {
+        auto const passed = std::chrono::duration_cast<std::chrono::seconds>(routers_->now() - at);
+        return std::to_string(passed.count()) + " s";
+    };
+    if (!router.isConnected()) {
+        return out + "  away for " + since(router.changedAt());
+    }
+    return out + (router.settledAt() ? "  settled " + since(*router.settledAt()) + " ago"
+                                     : String("  unsettled"));
+}
+
+U64 Board::routesThat(bool (*isSo)(PeerState const & peer, RibState const & table)) const {
+    U64 routes = 0;
+    for (PeerRow const & row : rows_) {
+        RibState const * const table = evaluated(row);
+        routes += table != nullptr && isSo(*row.peer, *table) ? table->routes.size() : 0;
+    }
+    return routes;
+}
+
 String Board::tables() const {
     String out;
     for (auto & [name, router] : routers_->all()) {
-        out += name;
-        out += router.description().empty() ? "" : "  " + router.description();
-        out += "  " + std::to_string(router.peers().size()) + " peers";
-        for (std::size_t i = 0; i < ribs; ++i) {
-            U64 routes = 0;
-            for (auto const & [key, peer] : router.peers()) {
-                routes += peer.tables[i] ? peer.tables[i]->routes.size() : 0;
-            }
-            out += routes == 0
-                       ? ""
-                       : String("  ") + ribName(static_cast<Rib>(i)) + ' ' + std::to_string(routes);
-        }
-        out += '\n' + toTheLeft("peer", peerWidth);
+        out += headOf(router) + '\n' + toTheLeft("peer", peerWidth);
         for (std::size_t i = 0; i < std::size(columns); ++i) {
             out += i == columnsBeforeBar ? " |" : "";
             out += toTheRight(columns[i].title, columns[i].width);
@@ -160,6 +197,14 @@ String Board::summary() const {
     lines.addUnlessZero("  no route before policy", counts.withoutBefore);
     lines.addUnlessZero("  several paths of a prefix", counts.severalPaths);
     lines.addUnlessZero("  no table to compare with", counts.notSent);
+    lines.addUnlessZero("  changed a moment ago", counts.young);
+    lines.addUnlessZero(
+        "in stale tables",
+        routesThat([](PeerState const &, RibState const & table) { return table.stale; }));
+    lines.addUnlessZero("in unsettled tables",
+                        routesThat([](PeerState const & peer, RibState const & table) {
+                            return !peer.isSettled && !table.stale;
+                        }));
     lines.addUnlessZero("local_preference not shown", counts.preferenceNotShown);
     lines.addUnlessZero("  engine wants another than 100", counts.preferenceWanted);
     U64 unheld = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Live/Comparison.h"
+#include "Live/RunningComparison.h"
 
 namespace Qcf::Live {
 
@@ -9,6 +9,7 @@ struct PeerRow {
     String router;
     PeerState const * peer;
     ComparisonCounts counts;
+    bool isCompared = true; ///< as soon as its tables have settled
 };
 
 /// What a station holds at one moment, for people. Made whole each time: nothing is kept.
@@ -21,6 +22,9 @@ public:
     /// change as long as the board is used.
     static Board of(RouterSet & routers, Tolerance tolerance,
                     TableComparison::Visit const & visit = {});
+
+    /// What a running comparison has come to so far; quick, however many routes there are.
+    static Board shown(RouterSet & routers, RunningComparison const & comparison);
 
     ComparisonCounts const & total() const { return total_; }
     std::vector<PeerRow> const & rows() const { return rows_; }
@@ -37,6 +41,9 @@ private:
 
     RibState const * evaluated(PeerRow const & row) const;
     void appendRow(String & out, PeerRow const & row) const;
+    String headOf(LiveRouter & router) const;
+    /// Routes of tables that are evaluated and are so.
+    U64 routesThat(bool (*isSo)(PeerState const & peer, RibState const & table)) const;
 
     RouterSet * routers_;
     std::vector<PeerRow> rows_;

@@ -129,15 +129,34 @@ void ComparisonCounts::add(ComparisonCounts const & other) {
     for (U64 ComparisonCounts::* const member :
          {&ComparisonCounts::bothAccept, &ComparisonCounts::bothReject,
           &ComparisonCounts::doubtfulVerdicts, &ComparisonCounts::tolerated,
-          &ComparisonCounts::withoutBefore, &ComparisonCounts::severalPaths,
-          &ComparisonCounts::notSent, &ComparisonCounts::preferenceNotShown,
-          &ComparisonCounts::preferenceWanted}) {
+          &ComparisonCounts::young, &ComparisonCounts::withoutBefore,
+          &ComparisonCounts::severalPaths, &ComparisonCounts::notSent,
+          &ComparisonCounts::preferenceNotShown, &ComparisonCounts::preferenceWanted}) {
         this->*member += other.*member;
     }
 }
 
 ComparisonCounts TableComparison::compare(String const & router, PeerState & peer) {
+    begin(router, peer, false);
+    RibState * const before = peer.table(routers_.settings().rib);
+    RibState * const after = peer.table(routers_.settings().against);
+    std::vector<RibRoute *> const routesBefore =
+        before != nullptr ? before->routes.sorted() : std::vector<RibRoute *>();
+    std::vector<RibRoute *> const routesAfter =
+        after != nullptr ? after->routes.sorted() : std::vector<RibRoute *>();
+    ComparisonCounts counts;
+    compareSome(routesBefore, routesAfter, counts);
+    return counts;
+}
+
+void TableComparison::compareSome(Routes before, Routes after, ComparisonCounts & counts) {
     counts_ = {};
+    eachPrefix(before, after, [&](Paths a, Paths b) { comparePaths(a, b); });
+    counts.add(counts_);
+}
+
+void TableComparison::begin(String const & router, PeerState & peer, bool passingYoung) {
+    passesYoung_ = passingYoung;
     router_ = &router;
     peer_ = &peer;
     RibState * const before = peer.table(routers_.settings().rib);
@@ -154,16 +173,18 @@ ComparisonCounts TableComparison::compare(String const & router, PeerState & pee
         pairsIds_[0] = pairsIds_[0] && form.ids4;
         pairsIds_[1] = pairsIds_[1] && form.ids6;
     }
-    std::vector<RibRoute *> const routesBefore =
-        before != nullptr ? before->routes.sorted() : std::vector<RibRoute *>();
-    std::vector<RibRoute *> const routesAfter =
-        after != nullptr ? after->routes.sorted() : std::vector<RibRoute *>();
-    eachPrefix(routesBefore, routesAfter, [&](Paths a, Paths b) { comparePaths(a, b); });
-    return counts_;
+}
+
+bool TableComparison::isYoung(Paths paths) const {
+    return std::ranges::any_of(
+        paths, [&](RibRoute const * route) { return routers_.feed().isYoung(route->changed); });
 }
 
 void TableComparison::comparePaths(Paths before, Paths after) {
-    if (before.empty()) {
+    if (passesYoung_ && (isYoung(before) || isYoung(after))) {
+        counts_.young += before.size();
+        note(CompareKind::notCompared, before.size());
+    } else if (before.empty()) {
         counts_.withoutBefore += after.size();
         note(CompareKind::notCompared, after.size());
     } else if (!hasTableAfter_) {
@@ -201,6 +222,7 @@ void TableComparison::compareById(Paths before, Paths after) {
 void TableComparison::compareRoute(RibRoute const & before, RibRoute const * after) {
     using Verdict = RibRoute::Verdict;
     auto & judge = routers_.judge();
+    pathId_ = before.pathId;
     Verdict const verdict = judge.verdict(before, *peer_, routers_.settings().rib);
     if (after != nullptr) {
         stored_.read(*after, *peer_, routers_.settings().against, after_);
@@ -280,8 +302,8 @@ void TableComparison::differs(CompareKind underlying, Route const * engine, Rout
         }
     }
     if (visit_) {
-        visit_({*router_, *peer_, kind, underlying, routers_.judge().route(), engine, after,
-                differing});
+        visit_({*router_, *peer_, pathId_, kind, underlying, routers_.judge().route(), engine,
+                after, differing});
     }
 }
 

@@ -73,6 +73,8 @@ struct ComparisonCounts {
     U64 withoutBefore = 0;
     U64 severalPaths = 0;
     U64 notSent = 0;
+    /// Routes that changed too lately to be compared.
+    U64 young = 0;
     /// By attribute and kind. A route counts for each attribute that differs.
     std::array<std::array<U64, compareKinds>, comparedAttributes> differing{};
     /// Accepted routes of tables without any LOCAL_PREF, and those of them for which the engine
@@ -92,6 +94,7 @@ struct ComparisonCounts {
 struct RouteDifference {
     String const & router;
     PeerState const & peer;
+    U32 pathId; ///< of the route
     CompareKind kind;
     CompareKind underlying;      ///< verdict or attributes of a doubtful one
     Agent::Route const & before; ///< as it came
@@ -120,10 +123,18 @@ public:
 
     ComparisonCounts compare(String const & router, PeerState & peer);
 
+    /// The same in pieces, between which the tables may change: `begin` before each piece, then the
+    /// routes of some prefixes, all of each, in the order of a table. What came of it is added to
+    /// `counts`. With `passingYoung` routes that changed lately are left out.
+    using Routes = std::span<RibRoute * const>;
+    void begin(String const & router, PeerState & peer, bool passingYoung);
+    void compareSome(Routes before, Routes after, ComparisonCounts & counts);
+
 private:
     /// Routes of one prefix.
     using Paths = std::span<RibRoute * const>;
 
+    bool isYoung(Paths paths) const;
     void comparePaths(Paths before, Paths after);
     void compareById(Paths before, Paths after);
     void compareRoute(RibRoute const & before, RibRoute const * after);
@@ -147,7 +158,9 @@ private:
     // Of the tables that are compared.
     String const * router_ = nullptr;
     PeerState * peer_ = nullptr;
+    U32 pathId_ = 0; ///< of the route at hand
     bool isDoubtful_ = false;
+    bool passesYoung_ = false;
     bool showsPreference_ = false;
     bool hasTableAfter_ = false;
     std::array<bool, 2> pairsIds_{}; ///< by family

@@ -36,6 +36,7 @@ struct RibState {
 
     /// By family, IPv4 first: the router said that all was sent.
     std::array<bool, 2> complete{};
+    U64 stamp = 0; ///< of its last message, a number that no other message has
     std::chrono::milliseconds changedAt{0}; ///< when its last message came, by the feed's time
     bool stale = false;                     ///< the connection that sent it is gone
     bool inexact = false; ///< a message was lost to damage since it was sent whole

@@ -58,6 +58,7 @@ void TableFeed::take(PeerState & peer, ByteCursor update, bool as2, U64 offset, 
                      MessageSource & source) {
     RibState & table = *peer.table(*where.rib);
     table.changedAt = now_;
+    table.stamp = ++stamp_;
     TableForm::Needs const needs = table.form.vote(update, as2);
     if (table.waiting.empty() && table.form.isDecided(needs)) {
         tellForm(table, where, as2);

@@ -109,6 +109,7 @@ private:
     U64 routes_ = 0;
     std::chrono::milliseconds now_{0};
     U8 tick_ = 1;
+    U64 stamp_ = 0;
 };
 
 } // namespace Qcf::Live

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Command/PreparedPolicy.h"
+#include "Command/RouteSelection.h"
+#include "Live/Comparison.h"
+#include "Live/Station.h"
+
+/// What `qcf watch` is asked for.
+struct WatchOptions {
+    PolicyArguments policy;
+    Qcf::Live::LiveSettings settings;
+    Qcf::Live::StationSettings station;
+    RouteSelection selection = {};
+    std::vector<String> replays;
+    String router; ///< of which alone is told; empty for all
+    String output = "table";
+
+    /// Adds all options; must outlive the parsing.
+    void addTo(CLI::App & command);
+    /// Takes over what their words say. Throws UsageError.
+    void read();
+
+    bool isJson() const { return output == "jsonl"; }
+    /// Whether routers are heard, and no recordings read.
+    bool isLive() const { return !station.listen.empty() || !station.connect.empty(); }
+    Qcf::Live::Tolerance tolerance() const;
+
+private:
+    void addTables(CLI::App & command);
+    void addInputs(CLI::App & command);
+    void addRouters(CLI::App & command);
+    void readTables();
+    void readRouters();
+    void vrfIs(String const & text);
+
+    std::vector<String> tolerated_;
+    std::vector<String> vrfs_;
+    String rib_ = ribName(Qcf::Live::Rib::inPre);
+    String against_;
+    std::vector<String> listen_;
+    std::vector<String> connect_;
+    std::vector<String> allowed_;
+    std::vector<String> keptPeers_;
+};

@@ -1,0 +1,103 @@
+#include "Command/WatchTeller.h"
+
+#include "Agent/Routes/AppliedChanges.h"
+#include "Command/Log.h"
+#include "Command/Output.h"
+#include "Platform/Render/Utf8.h"
+
+using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
+
+WatchDecider::WatchDecider(PreparedPolicy const & prepared)
+    : function_(prepared.function),
+      agent_(makePtr<Qcf::Agent::AgentContext>(prepared.matchers)),
+      context_(agent_),
+      places_(prepared.file),
+      decisions_(&places_) {
+    agent_->evaluationObserverIs(&deciding_);
+}
+
+DecidedBy WatchDecider::of(Qcf::Agent::Route const & route) {
+    agent_->routeIs(route);
+    function_->eval(context_);
+    ShownDecision shown = decisions_.of(deciding_);
+    return {shown.place, std::move(shown.reason)};
+}
+
+WatchTeller::WatchTeller(WatchOptions const & options, PreparedPolicy const & prepared)
+    : options_(options),
+      decider_(prepared),
+      events_([](std::string_view line) { standardOutput().write(line); }) {}
+
+void WatchTeller::note(Where const & where, String const & text) {
+    // For programs, and for people who look on.
+    if (options_.isJson()) {
+        events_.note(where, text);
+        return;
+    }
+    String const about = where.text();
+    String const line = visibleText(about.empty() ? text : about + ": " + text);
+    if (lines_) {
+        lines_(line);
+    } else {
+        tellLine(line);
+    }
+}
+
+void WatchTeller::peer(Where const & where, bool isUp, U8 reason) {
+    if (options_.isJson()) {
+        events_.peer(where, isUp, reason);
+    }
+}
+
+void WatchTeller::sync(Where const & where, AddressFamily family, U64 routes) {
+    if (options_.isJson()) {
+        events_.sync(where, family, routes);
+    }
+}
+
+void WatchTeller::differs(RouteDifference const & difference) {
+    bool const isAsked = options_.router.empty() || options_.router == difference.router;
+    if (!isAsked || !options_.selection.selectsRoute(difference.before)) {
+        return;
+    }
+    if (options_.isJson()) {
+        events_.differs(difference, options_.settings.rib, decider_.of(difference.before));
+    } else if (options_.output == "table") {
+        standardOutput().write(lineOf(difference));
+    }
+}
+
+void WatchTeller::board(Board const & board) {
+    for (auto const & [where, text] : board.advice()) {
+        note(where, text);
+    }
+    if (options_.isJson()) {
+        events_.summary(board.total());
+        return;
+    }
+    if (options_.output == "table") {
+        standardOutput().write('\n' + visibleLines(board.tables()) + '\n');
+    }
+    standardOutput().write(board.summary());
+}
+
+String WatchTeller::lineOf(RouteDifference const & difference) {
+    String line = Where{difference.router, difference.peer.key.address}.text() + "  " +
+                  difference.before.ipPrefix.toString() + "  " + compareKindName(difference.kind);
+    DecidedBy const decided = decider_.of(difference.before);
+    line += "  " + (decided.place != nullptr ? decided.place->text() : String("-"));
+    if (difference.underlying == CompareKind::verdict) {
+        line += difference.engine != nullptr ? "  engine accepts, the router lacks it"
+                                             : "  engine rejects, the router has it";
+    }
+    for (std::size_t i = 0; i < comparedAttributes; ++i) {
+        auto const attribute = static_cast<ComparedAttribute>(i);
+        if (difference.differing.has(attribute)) {
+            char const * const name = comparedAttributeName(attribute);
+            line += String("  ") + name + ": " +
+                    Qcf::Agent::attributeText(*difference.engine, name) + " (engine), " +
+                    Qcf::Agent::attributeText(*difference.after, name) + " (router)";
+        }
+    }
+    return visibleText(line) + '\n';
+}
