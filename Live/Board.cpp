@@ -78,8 +78,7 @@ Board Board::of(RouterSet & routers, Tolerance tolerance, TableComparison::Visit
     TableComparison comparison(routers, tolerance, visit);
     for (auto & [name, router] : routers.all()) {
         for (auto & [key, peer] : router.peers()) {
-            board.rows_.push_back({name, &peer, comparison.compare(name, peer)});
-            board.total_.add(board.rows_.back().counts);
+            board.add(name, peer, {comparison.compare(name, peer), true});
         }
     }
     return board;
@@ -89,12 +88,20 @@ Board Board::shown(RouterSet & routers, RunningComparison const & comparison) {
     Board board(routers);
     for (auto & [name, router] : routers.all()) {
         for (auto & [key, peer] : router.peers()) {
-            auto const result = comparison.of(name, key);
-            board.rows_.push_back({name, &peer, result.counts, result.isThere});
-            board.total_.add(result.counts);
+            board.add(name, peer, comparison.of(name, key));
         }
     }
     return board;
+}
+
+void Board::add(String const & router, PeerState const & peer,
+                RunningComparison::Result const & of) {
+    PeerRow & row = rows_.emplace_back(PeerRow{router, &peer, of.counts, of.isThere});
+    if (RibState const * const table = evaluated(row)) {
+        row.counts.inStale = table->stale ? table->routes.size() : 0;
+        row.counts.inUnsettled = !table->stale && !peer.isSettled ? table->routes.size() : 0;
+    }
+    total_.add(row.counts);
 }
 
 RibState const * Board::evaluated(PeerRow const & row) const {
@@ -152,15 +159,6 @@ String Board::headOf(LiveRouter & router) const {
                                      : String("  unsettled"));
 }
 
-U64 Board::routesThat(bool (*isSo)(PeerState const & peer, RibState const & table)) const {
-    U64 routes = 0;
-    for (PeerRow const & row : rows_) {
-        RibState const * const table = evaluated(row);
-        routes += table != nullptr && isSo(*row.peer, *table) ? table->routes.size() : 0;
-    }
-    return routes;
-}
-
 String Board::tables() const {
     String out;
     for (auto & [name, router] : routers_->all()) {
@@ -198,13 +196,8 @@ String Board::summary() const {
     lines.addUnlessZero("  several paths of a prefix", counts.severalPaths);
     lines.addUnlessZero("  no table to compare with", counts.notSent);
     lines.addUnlessZero("  changed a moment ago", counts.young);
-    lines.addUnlessZero(
-        "in stale tables",
-        routesThat([](PeerState const &, RibState const & table) { return table.stale; }));
-    lines.addUnlessZero("in unsettled tables",
-                        routesThat([](PeerState const & peer, RibState const & table) {
-                            return !peer.isSettled && !table.stale;
-                        }));
+    lines.addUnlessZero("in stale tables", counts.inStale);
+    lines.addUnlessZero("in unsettled tables", counts.inUnsettled);
     lines.addUnlessZero("local_preference not shown", counts.preferenceNotShown);
     lines.addUnlessZero("  engine wants another than 100", counts.preferenceWanted);
     U64 unheld = 0;

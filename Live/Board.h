@@ -42,8 +42,7 @@ private:
     RibState const * evaluated(PeerRow const & row) const;
     void appendRow(String & out, PeerRow const & row) const;
     String headOf(LiveRouter & router) const;
-    /// Routes of tables that are evaluated and are so.
-    U64 routesThat(bool (*isSo)(PeerState const & peer, RibState const & table)) const;
+    void add(String const & router, PeerState const & peer, RunningComparison::Result const & of);
 
     RouterSet * routers_;
     std::vector<PeerRow> rows_;

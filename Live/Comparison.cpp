@@ -129,9 +129,10 @@ void ComparisonCounts::add(ComparisonCounts const & other) {
     for (U64 ComparisonCounts::* const member :
          {&ComparisonCounts::bothAccept, &ComparisonCounts::bothReject,
           &ComparisonCounts::doubtfulVerdicts, &ComparisonCounts::tolerated,
-          &ComparisonCounts::young, &ComparisonCounts::withoutBefore,
-          &ComparisonCounts::severalPaths, &ComparisonCounts::notSent,
-          &ComparisonCounts::preferenceNotShown, &ComparisonCounts::preferenceWanted}) {
+          &ComparisonCounts::young, &ComparisonCounts::inStale, &ComparisonCounts::inUnsettled,
+          &ComparisonCounts::withoutBefore, &ComparisonCounts::severalPaths,
+          &ComparisonCounts::notSent, &ComparisonCounts::preferenceNotShown,
+          &ComparisonCounts::preferenceWanted}) {
         this->*member += other.*member;
     }
 }

@@ -75,6 +75,9 @@ struct ComparisonCounts {
     U64 notSent = 0;
     /// Routes that changed too lately to be compared.
     U64 young = 0;
+    /// Routes of evaluated tables whose connection is gone, and of those that are still being sent.
+    U64 inStale = 0;
+    U64 inUnsettled = 0;
     /// By attribute and kind. A route counts for each attribute that differs.
     std::array<std::array<U64, compareKinds>, comparedAttributes> differing{};
     /// Accepted routes of tables without any LOCAL_PREF, and those of them for which the engine

@@ -139,6 +139,8 @@ void LiveEvents::summary(ComparisonCounts const & counts) {
     member("bothAccept", counts.bothAccept);
     member("bothReject", counts.bothReject);
     member("tolerated", counts.tolerated);
+    member("stale", counts.inStale);
+    member("unsettled", counts.inUnsettled);
     member("preferenceNotShown", counts.preferenceNotShown);
     member("preferenceWanted", counts.preferenceWanted);
     end();

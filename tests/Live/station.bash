@@ -1,0 +1,81 @@
+# What scripts that let made-up routers play to a station begin with. Sourced.
+
+command -v python3 >/dev/null || exit 77
+[[ -x $QCF_BINARY ]] || {
+    echo "the command is not built"
+    exit 77
+}
+streams=$QCF_SOURCE_DIR/tests/Live/streams
+work=$(mktemp -d)
+station=
+players=()
+cd "$work"
+trap 'kill -9 $station ${players[*]:-} 2>/dev/null || true; rm -rf "$work"' EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    tail -n 20 ./*.txt >&2
+    exit 1
+}
+
+# until_ WHAT TEST...: tries until the test is good.
+until_() {
+    local what=$1
+    shift
+    for _ in $(seq 200); do
+        "$@" && return
+        sleep 0.05
+    done
+    fail "it never comes to $what"
+}
+told() { grep -qE -- "$1" err.txt out.txt; }
+toldTimes() { [[ $(grep -cE -- "$2" err.txt) == "$1" ]]; }
+wantsTold() { until_ "'$1'" told "$1"; }
+connections() { toldTimes "$@"; }
+
+# start OPTION...: a station that listens at $port, with the policy of the FRR streams.
+start() {
+    : >err.txt
+    : >out.txt
+    "$QCF_BINARY" watch "$streams/frr.qcf" --function import --bmp 127.0.0.1:0 --settle 500ms \
+        "$@" >out.txt 2>err.txt &
+    station=$!
+    wantsTold 'listens at [^ ]*:[0-9]+'
+    port=$(sed -nE 's/.*listens at [^ ]*:([0-9]+).*/\1/p' err.txt out.txt | head -n 1)
+}
+# stop: interrupts the station; `code` is how it ends.
+stop() {
+    kill -INT "$station" 2>/dev/null || true
+    ended
+}
+ended() {
+    code=0
+    wait "$station" || code=$?
+    station=
+}
+# play STEP...: a router that plays to the station, in the background.
+play() {
+    python3 -B "$QCF_SOURCE_DIR/tests/Live/player.py" "$port" "$@" >>played.txt 2>&1 &
+    players+=($!)
+}
+# played: the routers have done their steps, without a fault.
+played() {
+    local pid
+    for pid in "${players[@]}"; do
+        wait "$pid" || fail "a router's steps fail"
+    done
+    players=()
+}
+
+# summaryOf STREAM OPTION...: what a recording comes to.
+summaryOf() {
+    local stream=$1
+    shift
+    "$QCF_BINARY" watch "$streams/frr.qcf" --function import --replay "$stream" --output none \
+        "$@" 2>/dev/null || true
+}
+# sameAs STREAM: the station's summary is that of the recording.
+sameAs() {
+    diff <(summaryOf "$1" | grep -v 'withdrawals') <(grep -v 'withdrawals' out.txt) >diff.txt ||
+        fail "another summary than that of $1"
+}
