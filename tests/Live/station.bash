@@ -31,7 +31,6 @@ until_() {
 told() { grep -qE -- "$1" err.txt out.txt; }
 toldTimes() { [[ $(grep -cE -- "$2" err.txt) == "$1" ]]; }
 wantsTold() { until_ "'$1'" told "$1"; }
-connections() { toldTimes "$@"; }
 
 # start OPTION...: a station that listens at $port, with the policy of the FRR streams.
 start() {
