@@ -133,12 +133,22 @@ TEST(Watch, ArgumentsThatCannotBeMeantAreRefused) {
                                              {"--vrf", "blue=16777216"},
                                              {"--tolerate", "med"},
                                              {"--max-routes", "0"},
+                                             {"--settle", "5"},
+                                             {"--keep", "1d"},
+                                             {"--keep-only", "edge1"},
+                                             {"--bmp", "localhost:1790"},
+                                             {"--bmp-connect", "127.0.0.1"},
+                                             {"--allow", "10.0.0.1/8"},
+                                             {"--record", "."},
+                                             // One or the other.
+                                             {"--bmp", "127.0.0.1:0"},
                                              {"--rib", "loc"}}) {
         EXPECT_EQ(workshop.run(watching(streams + "gobgp.qcf", "gobgp_sync.bmp.gz", more)).exitCode,
                   2)
             << more[0] << ' ' << more[1];
     }
     EXPECT_EQ(workshop.run(watching(streams + "gobgp.qcf", "no-such-file")).exitCode, 1);
+    EXPECT_EQ(workshop.run({"watch", streams + "gobgp.qcf", "--function", "import"}).exitCode, 2);
 }
 
 } // namespace

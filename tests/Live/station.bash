@@ -22,22 +22,24 @@ fail() {
 until_() {
     local what=$1
     shift
-    for _ in $(seq 200); do
+    for _ in $(seq 400); do
         "$@" && return
         sleep 0.05
     done
     fail "it never comes to $what"
 }
 told() { grep -qE -- "$1" err.txt out.txt; }
-toldTimes() { [[ $(grep -cE -- "$2" err.txt) == "$1" ]]; }
+toldTimes() { [[ $(cat err.txt out.txt | grep -cE -- "$2") == "$1" ]]; }
 wantsTold() { until_ "'$1'" told "$1"; }
+# A table for each event; the recording of a whole router ends with the last of them.
+wantsTables() { until_ "$1 tables" toldTimes "$1" '"event":"sync"'; }
 
 # start OPTION...: a station that listens at $port, with the policy of the FRR streams.
 start() {
     : >err.txt
     : >out.txt
     "$QCF_BINARY" watch "$streams/frr.qcf" --function import --bmp 127.0.0.1:0 --settle 500ms \
-        "$@" >out.txt 2>err.txt &
+        --output jsonl "$@" >out.txt 2>err.txt &
     station=$!
     wantsTold 'listens at [^ ]*:[0-9]+'
     port=$(sed -nE 's/.*listens at [^ ]*:([0-9]+).*/\1/p' err.txt out.txt | head -n 1)
@@ -66,15 +68,13 @@ played() {
     players=()
 }
 
-# summaryOf STREAM OPTION...: what a recording comes to.
+# summaryOf STREAM: the event of what a recording comes to.
 summaryOf() {
-    local stream=$1
-    shift
-    "$QCF_BINARY" watch "$streams/frr.qcf" --function import --replay "$stream" --output none \
-        "$@" 2>/dev/null || true
+    "$QCF_BINARY" watch "$streams/frr.qcf" --function import --replay "$1" --output jsonl \
+        2>/dev/null | summary
 }
-# sameAs STREAM: the station's summary is that of the recording.
+summary() { grep '"event":"summary"' "$@" | sed -E 's/"time":"[^"]*",//'; }
+# sameAs STREAM: the station has come to what the recording comes to.
 sameAs() {
-    diff <(summaryOf "$1" | grep -v 'withdrawals') <(grep -v 'withdrawals' out.txt) >diff.txt ||
-        fail "another summary than that of $1"
+    diff <(summaryOf "$1") <(summary out.txt) >diff.txt || fail "another summary than that of $1"
 }
