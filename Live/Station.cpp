@@ -326,9 +326,10 @@ void Station::Loop::closeOlder(Session & newer) {
         return session.get() != &newer && router != nullptr && session->stream.router() == router;
     });
     if (older != sessions_.end()) {
-        SessionPtr const session = *older;
-        note({router->name()}, session->name + " closed: the router has connected anew");
-        disconnect(*session);
+        auto const taken = sessions_.extract(older);
+        Session & session = *taken.value();
+        note({router->name()}, session.name + " closed: the router has connected anew");
+        disconnect(session);
     }
 }
 
