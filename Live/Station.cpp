@@ -101,7 +101,8 @@ private:
         StationAddress at;
         asio::steady_timer timer;
         milliseconds delay = firstRetry;
-        bool isTold = false; ///< that it cannot be reached
+        bool isTold = false;  ///< that it cannot be reached
+        bool isHeard = false; ///< it has sent a message
     };
     /// A connection. Handlers of its socket hold it.
     struct Session {
@@ -304,6 +305,9 @@ void Station::Loop::came(SessionPtr const & session, std::size_t size) {
         session->stream.came(size);
         if (isFirst && session->stream.router() != nullptr) {
             closeOlder(*session);
+            if (session->target != nullptr) {
+                session->target->isHeard = true;
+            }
         }
         read(session);
     } catch (Damage const & damage) {
@@ -434,7 +438,8 @@ void Station::Loop::resync() {
 }
 
 bool Station::Loop::isDone() {
-    if (!settings_.once || routers_.all().empty()) {
+    if (!settings_.once || routers_.all().empty() ||
+        !std::ranges::all_of(targets_, [](auto const & target) { return target->isHeard; })) {
         return false;
     }
     bool isWhole = true;

@@ -70,7 +70,7 @@ def play(port, steps):
         elif step == "end":
             link.shutdown(socket.SHUT_WR)
         elif step == "again":
-            assert silent(link, 0.2) or True
+            silent(link, 0.2)
             link.close()
             link = None
         print(step, flush=True)
