@@ -27,7 +27,7 @@ def connected(port, source, listening):
     if listening:
         server = socket.create_server(("127.0.0.1", port))
         return server.accept()[0]
-    return socket.create_connection(("127.0.0.1", port), 5, (source, 0))
+    return socket.create_connection(("127.0.0.1", port), source_address=(source, 0))
 
 
 def silent(link, seconds):
@@ -54,6 +54,7 @@ def play(port, steps):
             listening = True
             continue
         link = link or connected(port, source, listening)
+        link.settimeout(None)
         if step == "send":
             link.sendall(content(next(steps)))
         elif step == "slowly":
