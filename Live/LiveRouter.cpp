@@ -273,7 +273,8 @@ void LiveRouter::timePasses() {
                 feed_.decideForm(peer, {name_, key.address, static_cast<Rib>(i)}, *this);
             }
         }
-        if (!peer.isSettled && isDue(peer)) {
+        // In quiet also what a table of later waits for is decided.
+        if (isQuiet || (!peer.isSettled && isDue(peer))) {
             settle(peer);
         }
         all = all && peer.isSettled;
