@@ -196,9 +196,10 @@ int agent(Options const & options) {
     ShownMetrics const places(shown.metrics(), targets);
     // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();
-    if (options.run.why && Qcf::Eval::StatementCounts::enabled()) {
-        tellWarning(
-            "--why looks at each evaluation, and then no entries of statements are counted");
+    bool const isWatched = options.run.why || options.run.log;
+    if (isWatched && Qcf::Eval::StatementCounts::enabled()) {
+        tellWarning(String(options.run.why ? "--why" : "--log") +
+                    " looks at each evaluation, and then no entries of statements are counted");
     }
     if (!options.once) {
         reloadOnSignal();
