@@ -125,6 +125,21 @@ void tellStanding(Options const & options, U64 good) {
                                                 : ": stays with version " + std::to_string(good)));
 }
 
+/// Ends a run that was to evaluate with one version and came to none.
+int failOnce(Options const & options, Following & following) {
+    if (stopIsAsked()) {
+        tellError(options.redis.name + ": was stopped before there was a version");
+        return 1;
+    }
+    auto const trouble = following.trouble();
+    U64 const published = following.published();
+    throw DocumentError(
+        !trouble.empty() ? trouble
+        : published == 0 ? "nothing is published under " + options.redis.name
+                         : options.redis.name + ": version " + std::to_string(published) +
+                               " is published, and cannot be used here; the lines above say why");
+}
+
 int follow(Options const & options, Following & following, PtrConst<NamedLists> lists,
            AgentMetrics & shown) {
     // A number that can still be added to a time of the clock.
@@ -136,13 +151,7 @@ int follow(Options const & options, Following & following, PtrConst<NamedLists> 
         // Versions that came and went while this one was evaluated are passed over.
         auto const version = following.next(last, patience);
         if (!version) {
-            // An end that was asked for is no failure.
-            if (options.once && !stopIsAsked()) {
-                auto const trouble = following.trouble();
-                throw DocumentError(
-                    trouble.empty() ? "nothing is published under " + options.redis.name : trouble);
-            }
-            return 0;
+            return options.once ? failOnce(options, following) : 0;
         }
         if (reloadIsTaken()) {
             lists = readAgain(options, lists);
@@ -187,6 +196,11 @@ int agent(Options const & options) {
     ShownMetrics const places(shown.metrics(), targets);
     // Only from here on: before, a signal ends the process at once, and nothing is lost by it.
     stopOnSignals();
+    bool const isWatched = options.run.why || options.run.log;
+    if (isWatched && Qcf::Eval::StatementCounts::enabled()) {
+        tellWarning(String(options.run.why ? "--why" : "--log") +
+                    " looks at each evaluation, and then no entries of statements are counted");
+    }
     if (!options.once) {
         reloadOnSignal();
     }

@@ -40,6 +40,11 @@ String Following::trouble() {
     return trouble_;
 }
 
+U64 Following::published() {
+    std::lock_guard const lock(mutex_);
+    return published_;
+}
+
 // The wait bounds how long the end of the process takes, since a poll is not broken off.
 void Following::run(std::stop_token const & stop) {
     try {
@@ -65,5 +70,6 @@ void Following::asked() {
     }
     std::lock_guard const lock(mutex_);
     asked_ = true;
+    published_ = follower_.published();
     trouble_ = follower_.trouble();
 }

@@ -24,6 +24,8 @@ public:
 
     /// Why there is no connection at the moment; empty while there is one.
     String trouble();
+    /// The newest version that the server was seen to have, 0 for none.
+    U64 published();
 
 private:
     void run(std::stop_token const & stop);
@@ -35,6 +37,7 @@ private:
     std::exception_ptr fault_; ///< what ended the following
     bool asked_ = false;       ///< whether the first poll is done
     String trouble_;
+    U64 published_ = 0;
     std::condition_variable news_;
     Qcf::Mirror::FollowedStore mirror_;
     Qcf::Mirror::RedisFollower follower_;

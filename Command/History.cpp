@@ -3,6 +3,7 @@
 #include "Command/Output.h"
 #include "Command/RedisArguments.h"
 #include "Command/TimeText.h"
+#include "Mirror/MirrorError.h"
 #include "Mirror/Redis/RedisHistory.h"
 #include "Platform/Render/DocumentError.h"
 #include "Platform/Render/RendererV2.h"
@@ -24,7 +25,21 @@ struct Options {
 struct History {
     std::vector<KeptVersion> versions;
     U64 live = 0;
+    /// Whether each was signed by the key; empty where no key is given.
+    std::vector<bool> isSigned;
 };
+
+/// Whether a version is there as its signatures say it. What is wrong else is told by a rollback.
+bool isSignedBy(std::shared_ptr<Qcf::Mirror::BatchSigner const> const & signer,
+                KeptVersion const & kept, Qcf::Mirror::RedisConnection & connection,
+                Qcf::Mirror::RedisKeys const & keys) {
+    try {
+        loadKeptVersion(connection, keys, kept, signer, [](String const &) {});
+        return true;
+    } catch (Qcf::Mirror::MirrorError const &) {
+        return false;
+    }
+}
 
 History readHistoryOf(Options const & options) {
     Qcf::Mirror::RedisConnection connection(options.redis.options());
@@ -34,7 +49,13 @@ History readHistoryOf(Options const & options) {
     if (!state.exists()) {
         throw DocumentError("nothing is published under " + options.redis.name);
     }
-    return {readHistory(connection, keys), state.version.number};
+    History history{readHistory(connection, keys), state.version.number, {}};
+    if (auto const signer = options.redis.signer()) {
+        for (KeptVersion const & kept : history.versions) {
+            history.isSigned.push_back(isSignedBy(signer, kept, connection, keys));
+        }
+    }
+    return history;
 }
 
 // Digests are cut: they are for telling versions apart here, JSON has them whole.
@@ -42,14 +63,22 @@ String tableText(History const & history) {
     constexpr std::size_t shownDigits = 12;
     std::vector<std::vector<String>> rows{
         {"VERSION", "PUBLISHED", "FUNCTIONS", "NODES", "LISTS", "DIGEST", "WRITER", "NOTE"}};
-    for (KeptVersion const & kept : history.versions) {
+    bool const isChecked = !history.isSigned.empty();
+    if (isChecked) {
+        rows.front().insert(rows.front().end() - 2, "SIGNED");
+    }
+    for (std::size_t i = 0; i < history.versions.size(); ++i) {
+        KeptVersion const & kept = history.versions[i];
         bool const isLive = kept.version.number == history.live;
         String const note =
             (isLive ? String("live") : String()) + (isLive && !kept.note.empty() ? ", " : "");
-        rows.push_back(
-            {std::to_string(kept.version.number), timeText(kept.published),
-             std::to_string(kept.functions), std::to_string(kept.nodes), std::to_string(kept.lists),
-             kept.version.digest.toString().substr(0, shownDigits), kept.writer, note + kept.note});
+        auto & row = rows.emplace_back(std::vector<String>{
+            std::to_string(kept.version.number), timeText(kept.published),
+            std::to_string(kept.functions), std::to_string(kept.nodes), std::to_string(kept.lists),
+            kept.version.digest.toString().substr(0, shownDigits), kept.writer, note + kept.note});
+        if (isChecked) {
+            row.insert(row.end() - 2, history.isSigned[i] ? "yes" : "no");
+        }
     }
     return columnsText(rows);
 }
@@ -62,7 +91,8 @@ String jsonText(History const & history) {
         out.value(value);
     };
     out.beginArray();
-    for (KeptVersion const & kept : history.versions) {
+    for (std::size_t i = 0; i < history.versions.size(); ++i) {
+        KeptVersion const & kept = history.versions[i];
         out.beginObject();
         member("version", kept.version.number);
         member("digest", kept.version.digest.toString());
@@ -73,6 +103,8 @@ String jsonText(History const & history) {
         member("writer", kept.writer);
         member("note", kept.note);
         member("live", kept.version.number == history.live);
+        out.key("signed");
+        history.isSigned.empty() ? out.nullValue() : out.value(bool{history.isSigned[i]});
         out.endObject();
     }
     out.endArray();
@@ -88,7 +120,8 @@ void addHistoryCommand(Commands & commands) {
     auto & command = commands.add(
         "history", "List the versions of a name in Redis that one can go back to",
         "A line a version that is kept on the server, the oldest first: when it was published and\n"
-        "by whom, what it has, and which one is live. qcf publish --keep says how many stay.",
+        "by whom, what it has, and which one is live. qcf publish --keep says how many stay. With\n"
+        "--sign-key-file each is read whole, and it is told whether it was signed by that key.",
         "qcf history --redis redis://localhost --name edge", [options] {
             auto const history = readHistoryOf(*options);
             standardOutput().write(options->format == "json" ? jsonText(history)

@@ -62,8 +62,6 @@ std::vector<ListRecord> listsToPublish(PolicyFile const & policy, String const &
     std::erase_if(records, [&](ListRecord const & record) {
         return !names.contains({record.kind(), record.name});
     });
-    if (!records.empty() || !file.empty()) {
-        checkLists(policy, records);
-    }
+    checkLists(policy, records);
     return records;
 }

@@ -54,7 +54,17 @@ void writePlain(String const & lines) {
     }
 }
 
-void tellAs(LogLevel level, String const & line) {
+/// With the line ends that names from anywhere may hold escaped: what is one line stays one.
+String asOneLine(String const & text) {
+    String line;
+    for (char const each : text) {
+        each == '\n' ? line += "\\n" : line += each;
+    }
+    return line;
+}
+
+void tellAs(LogLevel level, String const & text) {
+    String const line = asOneLine(text);
     std::lock_guard const lock(turn());
     countAndLog(level, line);
     writePlain(line + '\n');
@@ -73,7 +83,7 @@ void tell(String const & lines) {
     writePlain(lines);
 }
 
-void tellLine(String const & line) { tell(line + '\n'); }
+void tellLine(String const & line) { tell(asOneLine(line) + '\n'); }
 void tellWarning(String const & line) { tellAs(LogLevel::warning, line); }
 void tellError(String const & line) { tellAs(LogLevel::error, line); }
 

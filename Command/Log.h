@@ -10,7 +10,7 @@
 /// Tells lines; each matters as much as it says itself: where `error:` or `warning:` stands behind
 /// a place, that much, else it is information.
 void tell(String const & lines);
-/// The same of one line without its end.
+/// The same of one line without its end; line ends within are escaped, as below.
 void tellLine(String const & line);
 /// One line, of which it is known how much it matters.
 void tellWarning(String const & line);

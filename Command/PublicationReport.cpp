@@ -96,8 +96,10 @@ String outcomeText(PublishOutcome const & outcome, String const & name) {
 // It is done to the copy, so that the numbers are those of the publication itself.
 String previewText(Qcf::Documents::Program const & program,
                    std::vector<Qcf::Lists::ListRecord> lists,
-                   Qcf::Mirror::PlaceOfNode const & placeOf, Qcf::Mirror::Replica & live,
-                   String const & name) {
+                   Qcf::Mirror::PlaceOfNode const & placeOf, Qcf::Mirror::LoadedStore & store,
+                   Qcf::Mirror::RedisKeys const & keys) {
+    U64 const next = store.nextVersion(keys);
+    auto & live = *store.replica;
     auto & status = *live.status();
     // A program is compared with a store, even if that is empty.
     status.aetNodesIs();
@@ -107,21 +109,20 @@ String previewText(Qcf::Documents::Program const & program,
     auto const changedLists = listRows(before, after);
     PublishOutcome outcome;
     outcome.version = live.version();
-    outcome.counts = publishProgram(program, status, live.digests(),
-                                    static_cast<U32>(outcome.version.number + 1));
+    outcome.counts = publishProgram(program, status, live.digests(), static_cast<U32>(next));
     outcome.placesSet =
         placesThatDiffer(live.places(), placesOf(program, status, placeOf, live.places()));
-    // The first version may be one without functions.
-    outcome.changed = !changes.empty() || !changedLists.empty() || outcome.placesSet != 0 ||
-                      live.version().number == 0;
-    outcome.version.number += outcome.changed ? 1 : 0;
+    // What is not there as a whole is published whatever it was.
+    outcome.changed =
+        !changes.empty() || !changedLists.empty() || outcome.placesSet != 0 || !store.whole;
+    outcome.version.number = outcome.changed ? next : outcome.version.number;
     live.listsIs(after);
     outcome.version.digest = live.digest();
     outcome.lists = after.size();
     outcome.listCounts = countChanges(before, after);
     outcome.functions = status.aet().size();
     outcome.nodes = status.nodes().size();
-    String text = lineText("would publish", outcome, name);
+    String text = lineText("would publish", outcome, keys.name);
     for (auto const & [function, sign] : changes) {
         // Names of what is live come from a server.
         text += "  " + String(1, sign) + ' ' + visibleText(function) + '\n';

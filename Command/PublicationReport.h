@@ -2,6 +2,7 @@
 
 #include "Command/Command.h"
 #include "Documents/Program.h"
+#include "Mirror/Redis/LoadedStore.h"
 #include "Mirror/Redis/RedisWriter.h"
 
 /// Adds --keep: how many versions a publication keeps to go back to, for the name from then on.
@@ -12,9 +13,10 @@ void addKeep(CLI::App & command, std::optional<U64> & target);
 String outcomeText(Qcf::Mirror::PublishOutcome const & outcome, String const & name);
 
 /// What publishing the program and the lists would come to: the same line, and one for each
-/// function and each list that would be added (+), changed (~) or removed (-). `live` is what is
-/// published, and is changed by asking. Throws MirrorError when something cannot be published.
+/// function and each list that would be added (+), changed (~) or removed (-). `store` is what the
+/// server has under the keys, and is changed by asking. Throws MirrorError when something cannot be
+/// published.
 String previewText(Qcf::Documents::Program const & program,
                    std::vector<Qcf::Lists::ListRecord> lists,
-                   Qcf::Mirror::PlaceOfNode const & placeOf, Qcf::Mirror::Replica & live,
-                   String const & name);
+                   Qcf::Mirror::PlaceOfNode const & placeOf, Qcf::Mirror::LoadedStore & store,
+                   Qcf::Mirror::RedisKeys const & keys);

@@ -4,10 +4,10 @@
 #include "Command/PolicyFile.h"
 #include "Command/ProgramFile.h"
 #include "Command/PublicationReport.h"
-#include "Command/PublishedPolicy.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Documents/Analysis.h"
+#include "Mirror/Redis/Patience.h"
 
 #include <memory>
 
@@ -58,6 +58,22 @@ Qcf::Mirror::PlaceOfNode placesIn(PolicyFile const & policy) {
     };
 }
 
+/// What a publication would begin with.
+Qcf::Mirror::LoadedStore loadAsWriter(Options const & options) {
+    Qcf::Mirror::RedisKeys const keys(options.redis.name);
+    auto const signer = options.redis.signer();
+    auto store = Qcf::Mirror::withPatience(std::chrono::seconds(options.wait), tellLine, [&] {
+        Qcf::Mirror::RedisConnection connection(options.redis.options());
+        auto const usable = usableKeys(connection, keys, tellLine);
+        return loadStore(connection, usable, signer, tellLine);
+    });
+    if (store.isBroken()) {
+        tellLine("version " + std::to_string(store.state.version.number) + " of " + keys.name +
+                 " cannot be put together; everything would be published anew");
+    }
+    return store;
+}
+
 int publish(Options const & options) {
     // Arguments before files, files before the server: each fault is told by the cheapest means.
     auto const redis = options.redis.options();
@@ -72,9 +88,9 @@ int publish(Options const & options) {
     }
     auto lists = listsToPublish(policy, options.lists);
     if (options.dryRun) {
-        auto const live = loadLiveReplica(options.redis);
-        standardOutput().write(
-            previewText(program, std::move(lists), placesIn(policy), *live, options.redis.name));
+        auto store = loadAsWriter(options);
+        standardOutput().write(previewText(program, std::move(lists), placesIn(policy), store,
+                                           Qcf::Mirror::RedisKeys(options.redis.name)));
         return 0;
     }
     // The document was read whole by now: waiting for a server is for one that can be published.

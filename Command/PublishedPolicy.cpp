@@ -64,29 +64,21 @@ void checkFunction(Function const & function) {
 }
 
 // Writers may go on meanwhile: what was read may be newer than what was the live version first.
-std::unique_ptr<Qcf::Mirror::Replica> loadLiveReplica(RedisArguments const & redis) {
+PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis) {
     Qcf::Mirror::RedisConnection connection(redis.options());
     Qcf::Mirror::RedisKeys const keys(redis.name);
     auto const state = readState(connection, keys);
-    auto replica = std::make_unique<Qcf::Mirror::Replica>(redis.name, redis.signer());
     if (!state.exists()) {
-        return replica;
+        throw DocumentError("nothing is published under " + redis.name);
     }
-    Qcf::Mirror::StreamReader reader(*replica, tellLine);
-    loadReplica(connection, keys, *replica, reader, tellLine);
-    if (replica->version().number < state.version.number) {
+    Qcf::Mirror::Replica replica(redis.name, redis.signer());
+    Qcf::Mirror::StreamReader reader(replica, tellLine);
+    loadReplica(connection, keys, replica, reader, tellLine);
+    if (replica.version().number < state.version.number) {
         throw DocumentError(redis.name + ": " + state.version.toString() +
                             " is not there as a whole");
     }
-    return replica;
-}
-
-PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis) {
-    auto const replica = loadLiveReplica(redis);
-    if (replica->version().number == 0) {
-        throw DocumentError("nothing is published under " + redis.name);
-    }
-    return replica->policy();
+    return replica.policy();
 }
 
 Function const & findFunction(Qcf::Mirror::PolicyVersion const & version, String const & subject,

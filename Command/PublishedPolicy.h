@@ -16,10 +16,6 @@ void checkFunction(Qcf::Eval::Function const & function);
 /// nothing is published or it cannot be read whole, and what a connection throws.
 PtrConst<Qcf::Mirror::PolicyVersion> readLiveVersion(RedisArguments const & redis);
 
-/// The live version in a copy to be changed at will; empty, at version 0, where nothing is
-/// published. Throws as `readLiveVersion` does.
-std::unique_ptr<Qcf::Mirror::Replica> loadLiveReplica(RedisArguments const & redis);
-
 /// The function of that name. Throws DocumentError where the version, which is called `subject`,
 /// has none.
 Qcf::Eval::Function const & findFunction(Qcf::Mirror::PolicyVersion const & version,

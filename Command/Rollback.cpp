@@ -3,6 +3,7 @@
 #include "Command/PublicationReport.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
+#include "Mirror/Redis/Patience.h"
 #include "Platform/Render/DocumentError.h"
 
 #include <algorithm>
@@ -21,14 +22,20 @@ struct Options {
     U64 wait = 10;
 };
 
-[[noreturn]] void failVersion(Options const & options, std::vector<KeptVersion> const & history) {
-    String const name = options.redis.name;
-    throw DocumentError(
-        history.empty()
-            ? "nothing is published under " + name
-            : name + ": version " + std::to_string(options.version) + " is not kept; kept are " +
-                  std::to_string(history.front().version.number) + " to " +
-                  std::to_string(history.back().version.number) + ", see qcf history");
+[[noreturn]] void failVersion(Options const & options, std::vector<KeptVersion> const & history,
+                              Qcf::Mirror::PublishedState const & state) {
+    String const & name = options.redis.name;
+    if (!history.empty()) {
+        throw DocumentError(name + ": version " + std::to_string(options.version) +
+                            " is not kept; kept are " +
+                            std::to_string(history.front().version.number) + " to " +
+                            std::to_string(history.back().version.number) + ", see qcf history");
+    }
+    throw DocumentError(state.exists() ? name +
+                                             ": the history is gone, no version is kept to go "
+                                             "back to; live is version " +
+                                             std::to_string(state.version.number)
+                                       : "nothing is published under " + name);
 }
 
 std::unique_ptr<Qcf::Mirror::Replica> loadVersion(Options const & options) {
@@ -38,16 +45,18 @@ std::unique_ptr<Qcf::Mirror::Replica> loadVersion(Options const & options) {
     auto const kept = std::ranges::find(
         history, options.version, [](KeptVersion const & each) { return each.version.number; });
     if (kept == history.end()) {
-        failVersion(options, history);
+        failVersion(options, history, readState(connection, keys));
     }
     return loadKeptVersion(connection, keys, *kept, options.redis.signer(), tellLine);
 }
 
 int rollBack(Options const & options) {
     auto const redis = options.redis.options();
-    auto const kept = loadVersion(options);
+    std::chrono::seconds const patience(options.wait);
+    auto const kept =
+        Qcf::Mirror::withPatience(patience, tellLine, [&] { return loadVersion(options); });
     Qcf::Mirror::WriterSettings settings;
-    settings.patience = std::chrono::seconds(options.wait);
+    settings.patience = patience;
     settings.signer = options.redis.signer();
     settings.keptVersions = options.keep;
     Qcf::Mirror::RedisWriter writer(redis, options.redis.name, tellLine, std::move(settings));

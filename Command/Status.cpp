@@ -3,7 +3,7 @@
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
 #include "Command/TimeText.h"
-#include "Mirror/Redis/RedisStore.h"
+#include "Mirror/Redis/LoadedStore.h"
 #include "Platform/Render/DocumentError.h"
 #include "Platform/Render/RendererV2.h"
 #include "Platform/Render/Utf8.h"
@@ -21,6 +21,14 @@ struct Options {
     RedisArguments redis;
     String format = "table";
     bool check = false;
+};
+
+/// What is to be told.
+struct Shown {
+    String name;
+    RedisStatus status;
+    /// Whether what is published was signed by the key; nothing where no key is given.
+    std::optional<bool> isSigned;
 };
 
 // The start marker goes ahead when a batch begins, the end marker follows when it is complete.
@@ -72,7 +80,8 @@ bool readersAgree(RedisStatus const & status, String const & name) {
     return agree;
 }
 
-void writeTable(RedisStatus const & status, String const & name) {
+void writeTable(Shown const & shown) {
+    auto const & [name, status, isSigned] = shown;
     auto const row = [](char const * key, String const & value) {
         String text = key;
         // The longest name and two blanks.
@@ -95,6 +104,9 @@ void writeTable(RedisStatus const & status, String const & name) {
                         ? String("none")
                         : "version " + std::to_string(status.snapshot.version) + " at " +
                               status.snapshot.position.toString());
+    if (isSigned) {
+        row("signature", *isSigned ? "by the key" : "not by the key, or not whole");
+    }
     row("writer", status.writer + " (epoch " + std::to_string(status.epoch) + ")");
     row("readers", std::to_string(status.readers.size()));
     for (ReaderState const & reader : status.readers) {
@@ -122,7 +134,8 @@ void writeReaders(RendererV2 & out, RedisStatus const & status) {
     out.endArray();
 }
 
-void writeJson(RedisStatus const & status, String const & name) {
+void writeJson(Shown const & shown) {
+    auto const & [name, status, isSigned] = shown;
     String text;
     RendererV2 out(text, RendererV2::Style::pretty);
     auto const member = [&](char const * key, auto const & value) {
@@ -144,6 +157,8 @@ void writeJson(RedisStatus const & status, String const & name) {
     member("streamEntries", status.streamEntries);
     member("snapshotVersion", status.snapshot.version);
     member("snapshotPosition", status.snapshot.position.toString());
+    out.key("signed");
+    isSigned ? out.value(*isSigned) : out.nullValue();
     member("writer", status.writer);
     member("epoch", status.epoch);
     writeReaders(out, status);
@@ -156,14 +171,19 @@ void writeJson(RedisStatus const & status, String const & name) {
 int status(Options const & options) {
     auto const redis = options.redis.options();
     Qcf::Mirror::RedisConnection connection(redis);
-    auto const status = readStatus(connection, Qcf::Mirror::RedisKeys(options.redis.name));
+    Qcf::Mirror::RedisKeys const keys(options.redis.name);
+    auto const signer = options.redis.signer();
+    Shown shown{options.redis.name, readStatus(connection, keys), {}};
     // Most likely the name is misspelt: a failure, and not a state with nothing in it.
-    if (!status.state.exists()) {
+    if (!shown.status.state.exists()) {
         throw DocumentError("nothing is published under " + options.redis.name);
     }
-    options.format == "json" ? writeJson(status, options.redis.name)
-                             : writeTable(status, options.redis.name);
-    return !options.check || readersAgree(status, options.redis.name) ? 0 : 1;
+    if (signer) {
+        shown.isSigned = loadStore(connection, keys, signer, tellLine).whole;
+    }
+    options.format == "json" ? writeJson(shown) : writeTable(shown);
+    bool const isGood = readersAgree(shown.status, shown.name) && shown.isSigned.value_or(true);
+    return !options.check || isGood ? 0 : 1;
 }
 
 } // namespace
@@ -177,7 +197,9 @@ void addStatusCommand(Commands & commands) {
         "snapshot and the stream, the last writer, and each reader with its position. With "
         "--check\n"
         "the exit code is 1 when a reader that was heard of in the last 15 seconds is not at the\n"
-        "published version, as it is when nothing is published.",
+        "published version, as it is when nothing is published. With --sign-key-file all of it is\n"
+        "read and its signature compared; with --check the exit code is then 1 where it is not by\n"
+        "that key.",
         "qcf status --redis redis://localhost --name edge", [options] { return status(*options); });
     options->redis.addTo(command);
     command.add_option("--format", options->format, "table or json")

@@ -113,7 +113,7 @@ void runMutants(Run & run, PolicyFile const & policy, Watch::FileResults const &
 /// Tells of the file, and keeps its results for what is told at the end.
 void add(Run & run, Watch::FileResults results) {
     if (!results.error.empty()) {
-        tellLine(results.error);
+        tell(results.error + '\n');
     }
     if (run.options.format == "text" && (!results.tests.empty() || !results.error.empty())) {
         constexpr MarkedWord words[] = {{"  ", "ok", Colour::good}, {"  ", "FAIL", Colour::bad}};

@@ -45,7 +45,7 @@ auto readFor(RoaTableRecord const &, std::size_t, JsonValue const & value) {
     return readRoa(value);
 }
 
-bool numbersDiffer(std::vector<PrefixListEntry> const & entries) {
+bool numbersDiffer(std::span<PrefixListEntry const> entries) {
     std::unordered_set<U32> numbers;
     numbers.reserve(entries.size());
     for (PrefixListEntry const & entry : entries) {
@@ -97,12 +97,22 @@ void reserveEntries(ListContent & content, std::size_t row, std::size_t count) {
     std::visit([&](auto & list) { rowOf(list, row).reserve(count); }, content);
 }
 
-bool numbersAreUnique(ListContent const & content) {
-    if (auto const * const list = std::get_if<PrefixListRecord>(&content)) {
-        return numbersDiffer(list->entries);
+std::span<PrefixListEntry> numberedEntries(ListContent & content, std::size_t row) {
+    if (auto * const list = std::get_if<PrefixListRecord>(&content)) {
+        return rowOf(*list, row);
     }
-    auto const * const dynamic = std::get_if<DynamicPrefixListRecord>(&content);
-    return dynamic == nullptr || (numbersDiffer(dynamic->v4) && numbersDiffer(dynamic->v6));
+    auto * const dynamic = std::get_if<DynamicPrefixListRecord>(&content);
+    return dynamic == nullptr ? std::span<PrefixListEntry>() : rowOf(*dynamic, row);
+}
+
+std::span<PrefixListEntry const> numberedEntries(ListContent const & content, std::size_t row) {
+    return numberedEntries(const_cast<ListContent &>(content), row);
+}
+
+bool numbersAreUnique(ListContent const & content) {
+    // A list of one row has no numbers in a second one.
+    bool const isFine = numbersDiffer(numberedEntries(content, 0));
+    return isFine && (entryRows(content) == 1 || numbersDiffer(numberedEntries(content, 1)));
 }
 
 void writeHead(ListContent const & content, RendererV2 & renderer) {

@@ -4,6 +4,8 @@
 #include "Platform/Render/JsonObjectReader.h"
 #include "Platform/Render/RendererV2.h"
 
+#include <span>
+
 /// The entries of any list by their positions, for who treats the kinds alike: a list is what it
 /// says beside its entries, and one row of entries; a dynamic prefix list has two, IPv4 first.
 ///
@@ -30,6 +32,9 @@ void appendEntries(ListContent & to, ListContent const & from, std::size_t row, 
                    std::size_t last);
 /// Makes room for that many entries.
 void reserveEntries(ListContent & content, std::size_t row, std::size_t count);
+/// The entries of a row that have numbers, which are those of prefix lists; none of other kinds.
+std::span<PrefixListEntry> numberedEntries(ListContent & content, std::size_t row);
+std::span<PrefixListEntry const> numberedEntries(ListContent const & content, std::size_t row);
 /// Whether all entries of prefix lists have numbers of their own; of other kinds always.
 bool numbersAreUnique(ListContent const & content);
 

@@ -66,6 +66,8 @@ void BatchChanges::line(JsonValue const & line) {
         lists_.headLine(line);
     } else if (line.find("at")) {
         lists_.editLine(line);
+    } else if (line.find("number")) {
+        lists_.numberLine(line);
     } else if (line.find("places")) {
         places_.headLine(line);
     } else if (line.find("rows")) {

@@ -5,6 +5,7 @@
 #include "Mirror/WireFields.h"
 
 #include <algorithm>
+#include <limits>
 
 /// Edits are applied to a copy, in one pass from front to back: places that fall, or that the list
 /// does not have, are faults and never reach a list that somebody uses.
@@ -15,6 +16,7 @@ using Lists::ListKind;
 namespace {
 
 constexpr ListKind lastKind = ListKind::roaTable;
+constexpr U64 largestNumber = std::numeric_limits<U32>::max();
 
 ListKind expectKind(JsonValue const & section) {
     String const name(section.expectString());
@@ -79,15 +81,10 @@ void BatchLists::endRow() {
     keepUpTo(baseCount());
     ++open_->row;
     open_->taken = 0;
+    open_->numbered = 0;
 }
 
-void BatchLists::editLine(JsonValue const & line) {
-    JsonObjectReader reader(line);
-    JsonValue const at = reader.require("at");
-    JsonValue const drop = reader.require("drop");
-    JsonValue const add = reader.require("add");
-    auto const of = reader.optional("of");
-    reader.done();
+std::size_t BatchLists::openRow(JsonValue const & line, std::optional<JsonValue> const & of) {
     if (!open_) {
         line.fail("list before its edits");
     }
@@ -99,12 +96,52 @@ void BatchLists::editLine(JsonValue const & line) {
     if (row > open_->row) {
         endRow();
     }
+    return row;
+}
+
+void BatchLists::editLine(JsonValue const & line) {
+    JsonObjectReader reader(line);
+    JsonValue const at = reader.require("at");
+    JsonValue const drop = reader.require("drop");
+    JsonValue const add = reader.require("add");
+    auto const of = reader.optional("of");
+    reader.done();
+    std::size_t const row = openRow(line, of);
     U64 const place = at.expectU64(open_->taken, baseCount());
     U64 const count = drop.expectU64(0, baseCount() - place);
     keepUpTo(place);
     open_->taken += count;
     for (JsonValue const entry : add.expectArray()) {
         readEntry(open_->content, row, entry);
+    }
+}
+
+// Behind all edits of the row: what is left of the base is taken over first.
+void BatchLists::numberLine(JsonValue const & line) {
+    JsonObjectReader reader(line);
+    JsonValue const runs = reader.require("number");
+    auto const of = reader.optional("of");
+    reader.done();
+    std::size_t const row = openRow(line, of);
+    keepUpTo(baseCount());
+    auto const entries = numberedEntries(open_->content, row);
+    for (JsonValue const run : runs.expectArray()) {
+        if (run.expectArray().size() != 4) {
+            run.fail("place, count, first number and step");
+        }
+        // Places rise, so that a batch costs no more than its list.
+        U64 const at = run.at(0).expectU64(open_->numbered, entries.size());
+        U64 const count = run.at(1).expectU64(0, entries.size() - at);
+        U64 number = run.at(2).expectU64(0, largestNumber);
+        U64 const step = run.at(3).expectU64(0, largestNumber);
+        for (Lists::PrefixListEntry & entry : entries.subspan(at, count)) {
+            if (number > largestNumber) {
+                run.fail("numbers of at most 32 bits");
+            }
+            entry.seq = static_cast<U32>(number);
+            number += step;
+        }
+        open_->numbered = at + count;
     }
 }
 

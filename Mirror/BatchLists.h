@@ -25,6 +25,8 @@ public:
     void headLine(JsonValue const & line);
     /// Edits of the list that was named last.
     void editLine(JsonValue const & line);
+    /// Numbers of entries of that list, once its edits are made.
+    void numberLine(JsonValue const & line);
     /// Whether the list that was named last may have more edits.
     bool isOpen() const { return open_.has_value(); }
     /// The list that was named last is whole.
@@ -42,9 +44,12 @@ private:
         String digest;
         String place; ///< of its first line, for messages
         std::size_t row = 0;
-        std::size_t taken = 0; ///< of the base's row
+        std::size_t taken = 0;    ///< of the base's row
+        std::size_t numbered = 0; ///< up to where the row has its numbers
     };
 
+    /// Goes on to the row that the line names; those before it end.
+    std::size_t openRow(JsonValue const & line, std::optional<JsonValue> const & of);
     /// Takes entries of the base's row over, up to a place.
     void keepUpTo(std::size_t place);
     /// The next row: what is left of this one stays.

@@ -22,8 +22,10 @@ namespace Qcf::Mirror {
 ///         a node that others or a name hold, but that is no member; numbered within the batch
 ///     {"function":"import","ref":27}
 ///         functions by name, members or not; a null "ref" takes one away
-///     {"list":"prefixLists","name":"P",...}, {"at":1,"drop":2,"add":[...]}
-///         a named list that becomes another one, and its edits; docs/mirror.md tells them all
+///     {"list":"prefixLists","name":"P",...}, {"at":1,"drop":2,"add":[...]},
+///     {"number":[[1,7,20,10]]}
+///         a named list that becomes another one, its edits and its numbers; docs/mirror.md tells
+///         them all
 ///     {"places":"import","file":"edge.qcf","line":17,"anew":true}, {"rows":[[12,0,3,0,21],...]}
 ///         where a function stands in its text, and its nodes from its own line on
 ///     {"status":{"dedupedFunctionsPresent":true,"start":7,"end":7,"store":true}}

@@ -1,5 +1,6 @@
 #include "Mirror/ListDifference.h"
 
+#include "Lists/EntryWriter.h"
 #include "Lists/ListEntries.h"
 #include "Mirror/WireText.h"
 
@@ -63,6 +64,20 @@ void keepRising(std::vector<U32> & pairs) {
     }
 }
 
+/// Writes an entry without its number, by which it is not known again: of a list that is numbered
+/// by the places of its entries, one that goes or comes changes the numbers of all behind it.
+void writeUnnumbered(Lists::ListContent const & content, std::size_t row, std::size_t at,
+                     RendererV2 & out) {
+    auto const numbered = numberedEntries(content, row);
+    if (numbered.empty()) {
+        writeEntry(content, row, at, out);
+        return;
+    }
+    Lists::PrefixListEntry entry = numbered[at];
+    entry.seq = 0;
+    Lists::writeEntry(entry, out);
+}
+
 /// A row of a list as texts, which stand in one buffer.
 class RowTexts {
 public:
@@ -72,7 +87,7 @@ public:
         std::vector<std::size_t> ends;
         ends.reserve(count);
         for (std::size_t at = 0; at < count; ++at) {
-            writeEntry(content, row, at, renderer);
+            writeUnnumbered(content, row, at, renderer);
             renderer.endDocument();
             ends.push_back(buffer_.size());
         }
@@ -112,6 +127,27 @@ public:
         } while (added < edit.add);
     }
 
+    /// Numbers of the row after its edits.
+    void write(std::span<NumberRun const> runs) {
+        constexpr std::size_t mostInALine = 100;
+        for (; !runs.empty(); runs = runs.subspan(std::min(mostInALine, runs.size()))) {
+            writer_.line([&](RendererV2 & out) {
+                out.key("number");
+                out.beginArray();
+                for (NumberRun const & run : runs.first(std::min(mostInALine, runs.size()))) {
+                    out.beginArray();
+                    for (U64 const value :
+                         {U64{run.at}, U64{run.count}, U64{run.first}, U64{run.step}}) {
+                        out.value(value);
+                    }
+                    out.endArray();
+                }
+                out.endArray();
+                writeRow(out);
+            });
+        }
+    }
+
 private:
     void line(std::size_t at, std::size_t drop, std::size_t from, std::size_t count) {
         writer_.line([&](RendererV2 & out) {
@@ -125,17 +161,29 @@ private:
                 writeEntry(after_, row_, from + i, out);
             }
             out.endArray();
-            if (row_ == 1) {
-                out.key("of");
-                out.value("v6");
-            }
+            writeRow(out);
         });
+    }
+
+    void writeRow(RendererV2 & out) const {
+        if (row_ == 1) {
+            out.key("of");
+            out.value("v6");
+        }
     }
 
     BatchWriter & writer_;
     Lists::ListContent const & after_;
     std::size_t row_;
 };
+
+std::vector<U32> numbersOf(Lists::ListContent const & content, std::size_t row) {
+    std::vector<U32> numbers;
+    for (Lists::PrefixListEntry const & entry : numberedEntries(content, row)) {
+        numbers.push_back(entry.seq);
+    }
+    return numbers;
+}
 
 void writeHeadLine(BatchWriter & writer, ListKey const & key, PublishedList const * before,
                    PublishedList const & after) {
@@ -187,7 +235,10 @@ void writeChange(BatchWriter & writer, ListKey const & key, PublishedList const 
         }
         RowTexts const ours(before->content(), row);
         RowTexts const theirs(after.content(), row);
-        std::ranges::for_each(editsBetween(ours.texts(), theirs.texts()), write);
+        auto const edits = editsBetween(ours.texts(), theirs.texts());
+        std::ranges::for_each(edits, write);
+        rowWriter.write(numbersBetween(numbersOf(before->content(), row),
+                                       numbersOf(after.content(), row), edits));
     }
     ++counts.set;
 }
@@ -229,6 +280,43 @@ std::vector<ListEdit> editsBetween(Texts const & before, Texts const & after) {
     }
     upTo(oldSize, newSize);
     return edits;
+}
+
+// A run goes on while numbers rise by the same step, over entries that have theirs already, too.
+std::vector<NumberRun> numbersBetween(std::vector<U32> const & before,
+                                      std::vector<U32> const & after,
+                                      std::vector<ListEdit> const & edits) {
+    // What a row has once the edits are made: what comes has its number.
+    std::vector<U32> made = after;
+    std::size_t old = 0;
+    std::size_t at = 0;
+    auto const keep = [&](std::size_t end) {
+        while (old < end && at < made.size()) {
+            made[at++] = before[old++];
+        }
+    };
+    for (ListEdit const & edit : edits) {
+        keep(edit.at);
+        old += edit.drop;
+        at += edit.add;
+    }
+    keep(before.size());
+    std::vector<NumberRun> runs;
+    for (at = 0; at < after.size(); ++at) {
+        if (made[at] == after[at]) {
+            continue;
+        }
+        NumberRun run{at, 1, after[at], 0};
+        bool const rises = at + 1 < after.size() && after[at + 1] > after[at];
+        run.step = rises ? after[at + 1] - after[at] : 0;
+        while (rises && at + 1 < after.size() && after[at + 1] > after[at] &&
+               after[at + 1] - after[at] == run.step) {
+            ++run.count;
+            ++at;
+        }
+        runs.push_back(run);
+    }
+    return runs;
 }
 
 ListCounts writeListChanges(BatchWriter & writer, PublishedLists const & before,

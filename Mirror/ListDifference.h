@@ -24,6 +24,23 @@ struct ListEdit {
 std::vector<ListEdit> editsBetween(std::vector<std::string_view> const & before,
                                    std::vector<std::string_view> const & after);
 
+/// Entries of a row that are numbered anew: `count` from `at` of the row after, the first with the
+/// number `first`, each further one `step` more.
+struct NumberRun {
+    std::size_t at = 0;
+    std::size_t count = 0;
+    U32 first = 0;
+    U32 step = 0;
+
+    bool operator==(NumberRun const &) const = default;
+};
+
+/// What the numbers of a row want once the edits are made, which bring those of what comes: the
+/// entries that stay may have others than they had. By rising places.
+std::vector<NumberRun> numbersBetween(std::vector<U32> const & before,
+                                      std::vector<U32> const & after,
+                                      std::vector<ListEdit> const & edits);
+
 /// Writes the lines that make lists of others.
 ListCounts writeListChanges(BatchWriter & writer, PublishedLists const & before,
                             PublishedLists const & after);

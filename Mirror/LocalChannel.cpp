@@ -39,7 +39,7 @@ void LocalChannel::attach(FollowedStore & mirror) {
         passBatch();
     }
     BatchStart const start{version_.number, version_.id, ""};
-    applyTo(mirror, stage(source_.snapshot(start, version_.digest, passedLists_)));
+    applyTo(mirror, stage(source_.snapshot(start, version_.digest, passedLists_, passedPlaces_)));
     followers_.push_back({&mirror, true});
 }
 
@@ -52,8 +52,14 @@ void LocalChannel::listsIs(std::vector<Lists::ListRecord> lists) {
     passChanges();
 }
 
+void LocalChannel::placesIs(VersionPlaces places) {
+    places_ = std::move(places);
+    passChanges();
+}
+
 bool LocalChannel::hasNews() const {
-    return source_.hasChanges() || !sameLists(lists_, passedLists_);
+    return source_.hasChanges() || !sameLists(lists_, passedLists_) ||
+           placesThatDiffer(places_, passedPlaces_) != 0;
 }
 
 // While nobody is attached, changes are noted and no more.
@@ -91,14 +97,17 @@ void LocalChannel::renew() {
         version_ = nextVersion();
         source_.changesDel();
         passedLists_ = lists_;
+        passedPlaces_ = places_;
     }
 }
 
 void LocalChannel::passBatch() {
     VersionId const next = nextVersion();
     BatchStart const start{next.number, next.id, source_.replaced() ? String() : version_.id};
-    StagedBatch const change = stage(source_.takeBatch(start, next.digest, {passedLists_, lists_}));
+    StagedBatch const change = stage(
+        source_.takeBatch(start, next.digest, {passedLists_, lists_}, {passedPlaces_, places_}));
     passedLists_ = lists_;
+    passedPlaces_ = places_;
     // From here on the version counts as given: a mirror that cannot take it is told everything
     // next time.
     version_ = next;
@@ -118,7 +127,7 @@ String LocalChannel::give(Follower & follower, StagedBatch const & change) {
         } else {
             BatchStart const start{version_.number, version_.id, ""};
             applyTo(*follower.mirror,
-                    stage(source_.snapshot(start, version_.digest, passedLists_)));
+                    stage(source_.snapshot(start, version_.digest, passedLists_, passedPlaces_)));
         }
         follower.inStep = true;
         return {};

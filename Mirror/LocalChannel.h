@@ -36,6 +36,10 @@ public:
     /// MirrorError for a list that no reader would take; what was there before then stays.
     void listsIs(std::vector<Lists::ListRecord> lists);
 
+    /// Tells where the functions stand in their texts, and their nodes by the keys that they have
+    /// in the status: `placesOf` makes that of a program. Goes out as lists do.
+    void placesIs(VersionPlaces places);
+
     /// The last version that the mirrors were given.
     VersionId const & version() const { return version_; }
     /// Why the mirrors are behind the status, as when it holds what cannot be published: they keep
@@ -68,6 +72,8 @@ private:
     Digest functionsDigest_;     ///< of the last version's functions alone
     PublishedLists lists_;       ///< of the version that is to come
     PublishedLists passedLists_; ///< of the last version
+    VersionPlaces places_;       ///< of the version that is to come
+    VersionPlaces passedPlaces_; ///< of the last version
     VersionId version_;          ///< number 0 before the first mirror
     std::vector<Follower> followers_;
     String trouble_;

@@ -124,7 +124,8 @@ struct Snapshot {
 /// Those that were replaced, as the server notes them: the oldest first.
 std::vector<Snapshot> keptSnapshots(RedisConnection & connection, RedisKeys const & keys) {
     std::vector<Snapshot> snapshots;
-    for (auto const & [field, text] : connection.command({"HGETALL", keys.keptSnapshots}).pairs()) {
+    for (auto const & [field, text] :
+         askKey(connection, keys.keptSnapshots, {"HGETALL", keys.keptSnapshots}).pairs()) {
         auto const version = parseNumber(field);
         auto const position = StreamPosition::parse(text);
         if (version && position) {
@@ -156,12 +157,11 @@ StreamPosition begin(RedisConnection & connection, RedisKeys const & keys, U64 v
             continue;
         }
         try {
-            return applySnapshot(connection.command({"HGETALL", each.key}), replica);
+            return applySnapshot(askKey(connection, each.key, {"HGETALL", each.key}), replica);
         } catch (MirrorError const & error) {
             report(String(error.what()) + "; going by an earlier one");
         } catch (RedisRefusal const & refusal) {
-            // What stands there is none of ours.
-            report(each.key + ": " + refusal.what() + "; going by an earlier one");
+            report(String(refusal.what()) + "; going by an earlier one");
         }
     }
     return {};
@@ -171,7 +171,8 @@ StreamPosition begin(RedisConnection & connection, RedisKeys const & keys, U64 v
 
 std::vector<KeptVersion> readHistory(RedisConnection & connection, RedisKeys const & keys) {
     std::vector<KeptVersion> history;
-    for (auto const & [field, record] : connection.command({"HGETALL", keys.history}).pairs()) {
+    for (auto const & [field, record] :
+         askKey(connection, keys.history, {"HGETALL", keys.history}).pairs()) {
         if (auto kept = keptVersion(record)) {
             history.push_back(*std::move(kept));
         }
@@ -192,7 +193,7 @@ std::unique_ptr<Replica> loadKeptVersion(RedisConnection & connection, RedisKeys
     while (reader.position() < kept.position) {
         String const behind = "(" + reader.position().toString();
         auto const entries =
-            connection.command({"XRANGE", keys.changes, behind, last, "COUNT", "64"});
+            askKey(connection, keys.changes, {"XRANGE", keys.changes, behind, last, "COUNT", "64"});
         if (entries.size() == 0) {
             break;
         }

@@ -56,8 +56,21 @@ ReaderState readerState(String const & name, String const & record, U64 now) {
 
 } // namespace
 
+RedisReply askKey(RedisConnection & connection, String const & key,
+                  RedisConnection::Arguments const & command, std::chrono::milliseconds longer) {
+    try {
+        return connection.command(command, longer);
+    } catch (RedisRefusal const & refusal) {
+        if (!refusal.is("WRONGTYPE")) {
+            throw;
+        }
+        throw RedisRefusal(key + ": holds another type than a writer leaves there; the next "
+                                 "publication takes it away");
+    }
+}
+
 PublishedState readState(RedisConnection & connection, RedisKeys const & keys) {
-    auto const members = connection.command({"HGETALL", keys.state}).pairs();
+    auto const members = askKey(connection, keys.state, {"HGETALL", keys.state}).pairs();
     PublishedState state;
     state.version = {number(members, "version"), text(members, "id"),
                      Digest::parse(text(members, "digest")).value_or(Digest())};
@@ -73,8 +86,8 @@ PublishedState readState(RedisConnection & connection, RedisKeys const & keys) {
 }
 
 SnapshotState readSnapshotState(RedisConnection & connection, RedisKeys const & keys) {
-    auto const reply =
-        connection.command({"HMGET", keys.snapshot, "id", "version", "position", "bytes"});
+    auto const reply = askKey(connection, keys.snapshot,
+                              {"HMGET", keys.snapshot, "id", "version", "position", "bytes"});
     return {String(reply.at(0).text()), reply.at(1).number().value_or(0),
             StreamPosition::parse(reply.at(2).text()).value_or(StreamPosition()),
             reply.at(3).number().value_or(0)};
@@ -84,7 +97,8 @@ std::vector<ReaderState> readReaders(RedisConnection & connection, RedisKeys con
     std::vector<ReaderState> readers;
     // Before the records: one written meanwhile counts as silent for no time.
     U64 const now = connection.command({"TIME"}).at(0).number().value_or(0);
-    for (auto const & [name, record] : connection.command({"HGETALL", keys.readers}).pairs()) {
+    for (auto const & [name, record] :
+         askKey(connection, keys.readers, {"HGETALL", keys.readers}).pairs()) {
         readers.push_back(readerState(name, record, now));
     }
     return readers;
@@ -94,10 +108,11 @@ RedisStatus readStatus(RedisConnection & connection, RedisKeys const & keys) {
     RedisStatus status;
     status.state = readState(connection, keys);
     status.snapshot = readSnapshotState(connection, keys);
-    auto const writer = connection.command({"HGETALL", keys.writer}).pairs();
+    auto const writer = askKey(connection, keys.writer, {"HGETALL", keys.writer}).pairs();
     status.writer = text(writer, "who");
     status.epoch = number(writer, "epoch");
-    status.streamEntries = connection.command({"XLEN", keys.changes}).number().value_or(0);
+    status.streamEntries =
+        askKey(connection, keys.changes, {"XLEN", keys.changes}).number().value_or(0);
     status.readers = readReaders(connection, keys);
     return status;
 }
@@ -113,7 +128,7 @@ RedisReply readEntries(RedisConnection & connection, RedisKeys const & keys,
     }
     command.insert(command.end(), {"STREAMS", keys.changes, from});
     // The only stream's entries; nothing when the time ran out.
-    return connection.command(command, wait).at(0).at(1);
+    return askKey(connection, keys.changes, command, wait).at(0).at(1);
 }
 
 StreamPosition applySnapshot(RedisReply const & snapshot, Replica & replica) {
@@ -148,7 +163,7 @@ void loadReplica(RedisConnection & connection, RedisKeys const & keys, Replica &
                  StreamReader & reader, Report const & report) {
     StreamPosition from;
     try {
-        auto const snapshot = connection.command({"HGETALL", keys.snapshot});
+        auto const snapshot = askKey(connection, keys.snapshot, {"HGETALL", keys.snapshot});
         if (snapshot.size() != 0) {
             from = applySnapshot(snapshot, replica);
         }

@@ -58,6 +58,12 @@ struct RedisStatus {
     std::vector<ReaderState> readers;
 };
 
+/// Asks the server about a key; where that holds another type than a writer leaves there, the
+/// refusal names the key and says what becomes of it.
+RedisReply askKey(RedisConnection & connection, String const & key,
+                  RedisConnection::Arguments const & command,
+                  std::chrono::milliseconds longer = {});
+
 /// What is published under the name. Each of these asks the server once or twice, and throws what a
 /// connection throws.
 PublishedState readState(RedisConnection & connection, RedisKeys const & keys);

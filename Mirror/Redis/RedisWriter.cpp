@@ -1,9 +1,10 @@
 #include "Mirror/Redis/RedisWriter.h"
 
+#include "Mirror/Redis/LoadedStore.h"
+#include "Mirror/Redis/Patience.h"
 #include "Mirror/StatusCopy.h"
 
 #include <array>
-#include <thread>
 
 #include <unistd.h>
 
@@ -13,13 +14,6 @@
 namespace Qcf::Mirror {
 
 namespace {
-
-/// Refusals of a server that will soon answer.
-bool passes(RedisRefusal const & refusal) {
-    constexpr std::array codes{"LOADING", "BUSY", "TRYAGAIN", "MASTERDOWN", "CLUSTERDOWN"};
-    return std::any_of(codes.begin(), codes.end(),
-                       [&](char const * code) { return refusal.is(code); });
-}
 
 String whoWrites() {
     std::array<char, 256> host{};
@@ -80,17 +74,9 @@ PublishOutcome RedisWriter::restore(Replica const & kept) {
 }
 
 PublishOutcome RedisWriter::persist(Change const & change) {
-    // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): read where an attempt fails
-    auto const deadline = std::chrono::steady_clock::now() + settings_.patience;
-    // Waits double, so that a server that starts is not held up by those who ask whether it has.
-    for (auto pause = std::chrono::milliseconds(20);; pause *= 2) {
-        String trouble;
+    return withPatience(settings_.patience, report_, [&] {
         try {
             return attempt(change);
-        } catch (RedisAccessError const &) {
-            throw; // another try would end the same way
-        } catch (RedisConnectionError const & error) {
-            trouble = error.what();
         } catch (RedisRefusal const & refusal) {
             connection_.reset();
             // Not tried again: whoever took the lead did so later.
@@ -98,22 +84,13 @@ PublishOutcome RedisWriter::persist(Change const & change) {
                 throw FencedError(keys_.name + ": another writer has taken the lead; nothing of "
                                                "this publication was made visible by this writer");
             }
-            if (!passes(refusal)) {
-                throw;
-            }
-            trouble = refusal.what();
-        } catch (MirrorError const &) {
-            // Trying again would end the same way, and the replica may be half changed.
+            throw;
+        } catch (std::runtime_error const &) {
+            // What the server has is not known, or the replica may be half changed.
             connection_.reset();
             throw;
         }
-        connection_.reset();
-        if (std::chrono::steady_clock::now() + pause >= deadline) {
-            throw RedisConnectionError(trouble);
-        }
-        report_(trouble + "; trying again");
-        std::this_thread::sleep_for(pause);
-    }
+    });
 }
 
 // The snapshot comes after the version counts: a writer that dies in between leaves readers with
@@ -138,7 +115,7 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
 // From the change on the replica is ahead of the server, until the last step was answered: whoever
 // throws in between loses the connection, and with it the replica.
 PublishOutcome RedisWriter::publishChanges(Change const & change) {
-    U64 const version = nextVersion();
+    U64 const version = versionAfter(keys_, state_.version.number, replica_->version().number);
     PublishOutcome outcome;
     PublishedLists const lists = replica_->lists();
     VersionPlaces const places = replica_->places();
@@ -171,23 +148,6 @@ PublishOutcome RedisWriter::publishChanges(Change const & change) {
     return outcome;
 }
 
-// Above both: the server may know a version that could not be put together, the replica one whose
-// last step was not answered. A number that only a damaged state can have does not count; where a
-// real version has the last one, going on would make a later version look earlier.
-U64 RedisWriter::nextVersion() const {
-    bool const stateCounts = state_.version.number < lastVersion;
-    U64 const last =
-        std::max(replica_->version().number, stateCounts ? state_.version.number : U64{0});
-    if (last >= lastVersion) {
-        throw MirrorError(
-            keys_.name + ": version " + std::to_string(last) +
-            " is the last that there can be; take the name away with `redis-cli DEL " +
-            keys_.state + ' ' + keys_.snapshot + ' ' + keys_.changes + ' ' + keys_.history +
-            "` and publish again");
-    }
-    return last + 1;
-}
-
 Batch RedisWriter::takeBatch(U64 version, PublishedLists const & lists,
                              VersionPlaces const & places) {
     bool const buildsOn = whole_ && !source_->replaced();
@@ -209,24 +169,17 @@ void RedisWriter::open() {
     // It follows the replica that goes.
     source_.reset();
     // What the server has is the truth, whatever this writer had before.
-    replica_ = std::make_unique<Replica>(keys_.name, settings_.signer);
-    bool clean = true;
-    Report const report = [&](String const & line) {
-        clean = false;
-        report_(line);
-    };
-    StreamReader reader(*replica_, report);
-    loadReplica(*connection_, keys_, *replica_, reader, report);
-    state_ = readState(*connection_, keys_);
+    LoadedStore store = loadStore(*connection_, keys_, settings_.signer, report_);
     // Behind its place the stream goes on: one that lies beyond the state leads nobody there.
-    snapshotIsGood_ = clean && !(readSnapshotState(*connection_, keys_).position > state_.position);
-    // Without its place in the stream, a snapshot would send readers to the stream's beginning.
-    whole_ = state_.exists() && replica_->version() == state_.version &&
-             state_.position != StreamPosition();
-    if (!whole_ && (state_.exists() || replica_->version().number != 0)) {
-        report_("version " + std::to_string(state_.version.number) + " of " + keys_.name +
+    snapshotIsGood_ =
+        store.clean && !(readSnapshotState(*connection_, keys_).position > store.state.position);
+    whole_ = store.whole;
+    if (store.isBroken()) {
+        report_("version " + std::to_string(store.state.version.number) + " of " + keys_.name +
                 " cannot be put together; everything is published anew");
     }
+    replica_ = std::move(store.replica);
+    state_ = std::move(store.state);
     source_ = std::make_unique<ChangeSource>(replica_->status());
     source_->signerIs(settings_.signer);
     // What a writer published that died before it noted it, or that knew of no history.

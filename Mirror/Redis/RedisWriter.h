@@ -12,9 +12,6 @@ public:
     explicit FencedError(String const & line) : std::runtime_error(line) {}
 };
 
-/// The last version that a name can have: markers of a status have 32 bits.
-inline constexpr U64 lastVersion = ~U32{0};
-
 /// How a writer behaves; good as it is.
 struct WriterSettings {
     /// How long a publication goes on trying while the server is away.
@@ -94,8 +91,6 @@ private:
     PublishOutcome publishChanges(Change const & change);
     /// Takes what is live down as a version to go back to; `forgets` lets go of what is beyond.
     void keepHistory(String const & who, bool forgets);
-    /// Throws MirrorError where numbers are at their end.
-    U64 nextVersion() const;
     /// The changes as a batch that makes that version; `lists` and `places` are those before.
     Batch takeBatch(U64 version, PublishedLists const & lists, VersionPlaces const & places);
     /// Connects where there is no connection.

@@ -3,6 +3,7 @@
 #include "tests/Mirror/MirrorTools.h"
 
 #include <algorithm>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -140,6 +141,45 @@ TEST(ListBatch, ofALargeListOnlyTheChangeTravels) {
     EXPECT_NE(pair.reader.version().digest, digest) << "another version, by its digest too";
 }
 
+/// A prefix list numbered by the places of its entries, without those of the places left out.
+String countedList(U32 count, std::set<U32> const & leftOut) {
+    String entries;
+    U32 seq = 0;
+    for (U32 i = 0; i < count; ++i) {
+        if (!leftOut.contains(i)) {
+            seq += 10;
+            entries += (entries.empty() ? "" : ",") + String(R"({"action":"permit","seq":)") +
+                       std::to_string(seq) + R"(,"prefix":"10.)" + std::to_string(i / 256) + '.' +
+                       std::to_string(i % 256) + R"(.0/24"})";
+        }
+    }
+    return R"({"prefixLists":{"P":{"family":"v4","entries":[)" + entries + "]}}}";
+}
+
+TEST(ListBatch, anEntryThatGoesMovesNoneOfThoseBehindIt) {
+    Pair pair;
+    std::set<U32> const leftOuts[] = {{}, {7}, {7, 4000}, {4000}, {0, 4999}, {}};
+    for (auto const & leftOut : leftOuts) {
+        auto const next = lists(countedList(5000, leftOut));
+        auto const batch = pair.publish(1, next);
+        ASSERT_EQ(listsText(pair.reader.lists()), listsText(next));
+        EXPECT_TRUE(pair.number == 1 || batch.bytes() < 2000) << batch.bytes();
+        EXPECT_TRUE(pair.number == 1 || batch.listCounts.entriesAdded <= 2);
+    }
+    // The second family has numbers of its own.
+    auto const both = [](char const * v4, char const * v6) {
+        return lists(String(R"({"dynamicPrefixLists":{"D":{"v4":[)") + v4 + R"(],"v6":[)" + v6 +
+                     R"(],"vrfs":{}}}})");
+    };
+    String const a = R"({"action":"permit","prefix":"10.0.0.0/8","seq":10})";
+    pair.publish(1, both(a.c_str(), R"({"action":"permit","prefix":"2::/16","seq":10},
+        {"action":"permit","prefix":"3::/16","seq":20})"));
+    auto const next = both(R"({"action":"permit","prefix":"10.0.0.0/8","seq":30})",
+                           R"({"action":"permit","prefix":"3::/16","seq":10})");
+    EXPECT_EQ(pair.publish(1, next).listCounts.entriesAdded, 0U);
+    EXPECT_EQ(listsText(pair.reader.lists()), listsText(next));
+}
+
 TEST(ListBatch, withoutListsBatchesAreAsTheyWere) {
     Pair pair;
     EXPECT_NE(pair.publish(1, {}).pieces.front().find("\"format\":2"), String::npos);
@@ -204,6 +244,22 @@ TEST(ListBatch, linesThatCannotBeMeantChangeNothing) {
          {R"("list":"prefixLists","name":"Q","family":"v4","entries":2,"digest":"")",
           R"("at":0,"drop":0,"add":[{"seq":1,"action":"permit","prefix":"10.0.0.0/8"},)"
           R"({"seq":1,"action":"deny","prefix":"10.0.0.0/8"}])"}},
+        {"integer from 0 to 0", // tags have no numbers
+         {R"("list":"tagSets","name":"T","from":"{}","entries":3,"digest":"")",
+          R"("number":[[1,1,10,10]])"}},
+        {"list before its edits", {R"("number":[])"}},
+        {"place, count, first number and step",
+         {R"("list":"prefixLists","name":"Q","family":"v4","entries":0,"digest":"")",
+          R"("number":[[0,0,0]])"}},
+        {"numbers of at most 32 bits",
+         {R"("list":"prefixLists","name":"Q","family":"v4","entries":2,"digest":"")",
+          R"("at":0,"drop":0,"add":[{"seq":1,"action":"permit","prefix":"10.0.0.0/8"},)"
+          R"({"seq":2,"action":"deny","prefix":"10.0.0.0/8"}])",
+          R"("number":[[0,2,4294967295,1]])"}},
+        {"integer from 1 to 1", // places rise
+         {R"("list":"prefixLists","name":"Q","family":"v4","entries":1,"digest":"")",
+          R"("at":0,"drop":0,"add":[{"seq":1,"action":"permit","prefix":"10.0.0.0/8"}])",
+          R"("number":[[0,1,2,1],[0,1,3,1]])"}},
         {"regular expression",
          {R"("list":"asPathAccessLists","name":"A","entries":1,"digest":"")",
           R"("at":0,"drop":0,"add":[{"action":"permit","regex":"("}])"}},

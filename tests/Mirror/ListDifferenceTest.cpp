@@ -75,6 +75,29 @@ RC_GTEST_PROP(ListDifference, editsMakeTheOneOfTheOther, ()) {
     RC_ASSERT(moved(edits) <= old.size() + made.size());
 }
 
+struct Numbering {
+    char const * what;
+    std::vector<U32> before;
+    std::vector<U32> after;
+    std::vector<ListEdit> edits;
+    std::vector<NumberRun> runs;
+};
+
+TEST(ListDifference, numbersThatFollowPlacesAreToldAtOnce) {
+    Numbering const cases[] = {
+        {"nothing", {10, 20}, {10, 20}, {}, {}},
+        {"one goes", {10, 20, 30, 40}, {10, 20, 30}, {{1, 1, 1, 0}}, {{1, 2, 20, 10}}},
+        {"one comes", {10, 20, 30}, {10, 20, 30, 40}, {{1, 0, 1, 1}}, {{2, 2, 30, 10}}},
+        {"numbers of their own stay", {5, 7, 9}, {5, 9}, {{1, 1, 1, 0}}, {}},
+        {"no common step", {1, 2, 3}, {9, 8, 4}, {}, {{0, 1, 9, 0}, {1, 1, 8, 0}, {2, 1, 4, 0}}},
+        {"from nothing", {}, {10, 20}, {{0, 0, 0, 2}}, {}},
+        {"no numbers", {}, {}, {{3, 1, 3, 1}}, {}},
+    };
+    for (Numbering const & each : cases) {
+        EXPECT_EQ(numbersBetween(each.before, each.after, each.edits), each.runs) << each.what;
+    }
+}
+
 // Whatever the order: the worst case must not grow with the square.
 TEST(ListDifference, aHundredThousandEntriesTurnedAround) {
     std::vector<std::string> entries;

@@ -270,8 +270,20 @@ TEST(LocalLists, travelWithTheFunctions) {
                          {"seq": 1, "action": "deny", "prefix": "10.0.0.0/8"}]}}})")),
                  std::exception);
     EXPECT_EQ(tags(mirror), 3U);
+    // Places, which are no part of what a version means.
+    auto const program = policy(alike(2, 1));
+    Text const text(program, 7);
+    channel.placesIs(placesOf(program, *status, text.places(), {}));
+    EXPECT_EQ(tags(mirror), 3U);
+    EXPECT_EQ(mirror.version().digest, late.version().digest);
+    ASSERT_EQ(mirror.view().current()->places().size(), 2U);
+    EXPECT_EQ(late.view().current()->places().begin()->second.line, 7U);
+    auto const placed = mirror.version();
+    channel.placesIs(placesOf(program, *status, text.places(), {}));
+    EXPECT_EQ(mirror.version(), placed);
     channel.listsIs({});
     EXPECT_EQ(mirror.view().current()->lists(), nullptr);
+    EXPECT_EQ(mirror.view().current()->places().size(), 2U);
     EXPECT_EQ(channel.trouble(), "");
 }
 

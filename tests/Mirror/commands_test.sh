@@ -59,6 +59,16 @@ expect 1 'redis at' agent "${at[@]}" "${routes[@]}" --once --wait 0
 startServer
 expect 1 'nothing is published under edge' status "${at[@]}"
 expect 1 'nothing is published under edge' agent "${at[@]}" "${routes[@]}" --once --wait 0
+"$QCF_BINARY" agent "${at[@]}" "${routes[@]}" --once --wait 60 >"$work/out.txt" 2>"$work/err.txt" &
+agent=$!
+for _ in $(seq 100); do
+    redis-cli -s "$work/redis.sock" hlen 'qcf:{edge}:readers' | grep -qx 1 && break
+    sleep 0.05
+done
+kill -TERM $agent
+code=0
+wait $agent || code=$?
+[[ $code == 1 ]] || fail "an agent that was stopped before a version ends with exit code $code"
 expect 1 'missing.json' publish "$work/missing.json" "${at[@]}"
 expect 0 'published edge version 1, digest ' publish "$work/1.json" "${at[@]}"
 digest=$(sed 's/.*digest \([0-9a-f]*\).*/\1/' "$work/out.txt")
@@ -83,6 +93,7 @@ JSON
 echo '{"qcf": "lists/1", "communityLists": {"CL": []}}' >"$work/lists.json"
 other=(--redis "$url" --name other)
 expect 0 'published other version 1' publish "$work/named.json" "${other[@]}"
+grep -q 'warning: .*"CL" is not defined' "$work/err.txt" || fail "no warning without any list"
 expect 1 'community list "CL" is not defined' agent "${other[@]}" "${routes[@]}" --once
 grep -q 'other version 1: function "import", node ' "$work/err.txt" || fail "no place of the name"
 [[ ! -s $work/out.txt ]] || fail "routes before the error"
@@ -118,6 +129,8 @@ expect 0 ', 1 lists' publish "$work/text.qcf" "${other[@]}"
 expect 0 '"result":"true"' agent "${other[@]}" "${tagged[@]}" --once
 expect 0 '1 entries added, 1 removed' \
     publish "$work/text.qcf" "${other[@]}" --lists "$work/deny.json"
+expect 0 'no entries of statements are counted' \
+    agent "${other[@]}" "${tagged[@]}" --once --why --counters 3600
 expect 0 '"result":"false"' agent "${other[@]}" "${tagged[@]}" --once
 
 # Lines and reasons of a text travel along, and move with it, whatever its functions mean.
@@ -151,6 +164,8 @@ expect 1 'wants at least 16' publish "$work/1.json" "${signed[@]}" --sign-key-fi
 expect 0 'version 1' publish "$work/1.json" "${signed[@]}"
 expect 1 'not signed by the key' agent "${signed[@]}" "${routes[@]}" --once --wait 1 \
     --sign-key-file "$work/key"
+grep -q 'signed: version 1 is published, and cannot be used here' "$work/err.txt" || fail "it is there"
+expect 1 'not by the key' status "${signed[@]}" --check --sign-key-file "$work/key"
 expect 0 'published anew' publish "$work/1.json" "${signed[@]}" --sign-key-file "$work/key"
 expect 0 '"med":1' agent "${signed[@]}" "${routes[@]}" --once --sign-key-file "$work/key"
 expect 0 '"med":1' agent "${signed[@]}" "${routes[@]}" --once

@@ -137,6 +137,11 @@ grep -qxF '  - community list CL' out.txt || fail "the list goes"
 expect 0 '0 functions set, 0 removed' rollback "${named[@]}" 1
 answer true
 expect 0 '"lists": 1' history "${named[@]}" --format json
+expect 0 '"signed": true' history "${named[@]}" --format json
+expect 0 'signature  by the key' status "${named[@]}"
+unkeyed=(--redis "unix://$work/redis.sock" --name named --sign-key-file other.key)
+expect 0 '"signed": false' status "${unkeyed[@]}" --format json
+expect 0 ' no ' history "${unkeyed[@]}"
 expect 1 'cannot be put together any more' rollback --redis "unix://$work/redis.sock" --name named --sign-key-file other.key 1
 
 # Readers: one that is at the version, one that is behind, one that was not heard of for long.
@@ -153,6 +158,48 @@ server hset 'qcf:{edge}:readers' $'late\e[2Jone' "$(record "$now" 3)" >/dev/null
 expect 1 'late\u001b[2Jone is at version 3, published is version 5' status "${at[@]}" --check
 expect 0 'late\u001b[2Jone' status "${at[@]}"
 
+# A dry run promises what the publication then does, whatever stands under the keys.
+kill -TERM $agent
+wait $agent || fail "the agent ends with exit code $?"
+agent=
+mess() { server "$@" >/dev/null; }
+damages=("del qcf:{edge}:snapshot" "hset qcf:{edge}:state version 4294967295" "hset qcf:{edge}:state digest x"
+    "hset qcf:{edge}:state position x" "del qcf:{edge}:state" "del qcf:{edge}:history" "set qcf:{edge}:state x"
+    "set qcf:{edge}:snapshot x" "set qcf:{edge}:changes x" "set qcf:{edge}:history x" "hset qcf:{edge}:state version 99 id x")
+for damage in "${damages[@]}"; do
+    # shellcheck disable=SC2086
+    mess $damage
+    [[ $damage != set* ]] || for command in status 'rollback 5'; do
+        # shellcheck disable=SC2086
+        "$QCF_BINARY" $command "${at[@]}" >out.txt 2>err.txt || true
+        ! grep -q WRONGTYPE out.txt err.txt || fail "$command after $damage"
+    done
+    for document in 3.json 2.json; do
+        expect 0 'edge version' publish $document "${at[@]}" --dry-run
+        promised=$(sed -n '1s/^would publish //p' out.txt)
+        expect 0 "${promised:-unchanged}" publish $document "${at[@]}"
+    done
+done
+mess del 'qcf:{edge}:history'
+expect 1 'edge: the history is gone' rollback "${at[@]}" 1
+mess set 'qcf:{edge}:readers' x
+expect 1 'qcf:{edge}:readers: holds another type than a writer leaves there' status "${at[@]}"
+expect 0 'published' publish 1.json "${at[@]}"
+
+# Names that hold line ends do not make lines of their own.
+broken=$(sed 's/"name": "import"/"name": "im\\nport"/' named.json)
+[[ $broken != "$(cat named.json)" ]] || fail "no such name"
+echo "${broken//\"CL\"/\"C\\nL\"}" >broken.json
+expect 0 'published broken version 1' publish broken.json --redis "$url" --name broken
+expect 1 'error' agent --redis "$url" --name broken --once --function $'im\nport' \
+    --routes routes.jsonl --log-format text
+[[ $(grep -vcE '^20[0-9-]+T[0-9:.]+Z (info|warning|error) ' err.txt) == 0 ]] || fail "a line that is none"
+
+# A rollback waits for a server that is away, as a publication does.
+expect 1 'redis at' rollback --redis "unix://$work/none.sock" --name edge 1 --wait 0
+expect 1 'trying again' rollback --redis "unix://$work/none.sock" --name edge 1 --wait 1
+expect 1 'trying again' publish 1.json --dry-run --redis "unix://$work/none.sock" --name edge --wait 1
+
 # What a server says cannot act on a terminal.
 server hset 'qcf:{edge}:readers' $'csi\xc2\x9b2J' "$(record "$now" 3)" >/dev/null
 server hset 'qcf:{edge}:writer' who $'who\e[2J\xe2\x80\xae' >/dev/null
@@ -162,6 +209,3 @@ for command in status history 'status --format json' 'history --format json'; do
     expect 0 '' $command "${at[@]}"
     ! grep -qP '[\x00-\x08\x0b-\x1f\x7f]|\xc2\x9b|\xe2\x80\xae' out.txt err.txt || fail "$command lets it through"
 done
-kill -TERM $agent
-wait $agent || fail "the agent ends with exit code $?"
-agent=
