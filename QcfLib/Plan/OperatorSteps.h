@@ -144,6 +144,7 @@ public:
 private:
     static CoverTable tableOf(std::vector<IpGenPrefix> const & prefixes) {
         std::vector<CoverTable::Entry> entries;
+        entries.reserve(prefixes.size());
         for (IpGenPrefix const & prefix : prefixes) {
             entries.push_back({prefix, 1});
         }
