@@ -2,6 +2,7 @@
 
 #include "Command/Command.h"
 #include "Command/Log.h"
+#include "Command/RepeatedOption.h"
 
 namespace {
 
@@ -16,12 +17,13 @@ MetricsTarget targetOf(String const & place) {
 } // namespace
 
 void MetricsArguments::addTo(CLI::App & command) {
-    command
-        .add_option("--metrics", places,
-                    "Show metrics for Prometheus: served over HTTP under /metrics, or in a file\n"
-                    "for a node exporter, which is replaced every 5 seconds; may be repeated")
-        ->type_name("ADDRESS:PORT|FILE.prom")
-        ->allow_extra_args(false);
+    takesOneEach(
+        *command
+             .add_option(
+                 "--metrics", places,
+                 "Show metrics for Prometheus: served over HTTP under /metrics, or in a file\n"
+                 "for a node exporter, which is replaced every 5 seconds; may be repeated")
+             ->type_name("ADDRESS:PORT|FILE.prom"));
     command.add_flag("--metrics-public", isPublic,
                      "Let --metrics listen on an address that other machines reach; whoever\n"
                      "reaches it reads them");

@@ -6,6 +6,7 @@
 #include "Command/PublicationReport.h"
 #include "Command/Readiness.h"
 #include "Command/RedisArguments.h"
+#include "Command/RepeatedOption.h"
 #include "Documents/Analysis.h"
 #include "Mirror/Redis/Patience.h"
 
@@ -125,11 +126,11 @@ void addPublishCommand(Commands & commands) {
         ->type_name("FILE");
     options->redis.addTo(command);
     command.add_flag("--dry-run", options->dryRun, "Tell what would change, and change nothing");
-    command
-        .add_option("--require-function", options->required,
-                    "Refuse a document without this function; may be given several times")
-        ->type_name("NAME")
-        ->allow_extra_args(false);
+    takesOneEach(
+        *command
+             .add_option("--require-function", options->required,
+                         "Refuse a document without this function; may be given several times")
+             ->type_name("NAME"));
     addKeep(command, options->keep);
     addNumber(command, "--wait", options->wait, "Seconds to go on trying while the server is away",
               0, 86400)

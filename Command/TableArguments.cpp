@@ -2,19 +2,20 @@
 
 #include "Agent/Tables/RouteFile.h"
 #include "Command/Readiness.h"
+#include "Command/RepeatedOption.h"
 
 #include <algorithm>
 #include <utility>
 
 void addRoutes(CLI::App & command, std::vector<String> & routes) {
-    command
-        .add_option(
-            "--routes", routes,
-            "Table of routes: MRT or JSON lines, also compressed. Given again, it names the\n"
-            "file whose routes come next: all are one table, read side by side")
-        ->required()
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+    takesOneEach(
+        *command
+             .add_option(
+                 "--routes", routes,
+                 "Table of routes: MRT or JSON lines, also compressed. Given again, it names the\n"
+                 "file whose routes come next: all are one table, read side by side")
+             ->required()
+             ->type_name("FILE"));
 }
 
 void addThreads(CLI::App & command, U64 & threads) {

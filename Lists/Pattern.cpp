@@ -1,5 +1,7 @@
 #include "Lists/Pattern.h"
 
+#include "Lists/PatternShape.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -14,8 +16,10 @@ namespace {
 /// Bounds what one expression may cost; ordinary ones need some thousand bytes.
 constexpr S64 memoryLimit = S64{8} << 20;
 
-// What may stand between the AS numbers of a path as patterns see it.
+/// What may stand between the AS numbers of a path as patterns see it.
 constexpr std::string_view separators = " {}(),";
+static_assert(numberBoundary.substr(0, 8) == "(?:^|$|[" &&
+              numberBoundary.substr(8, separators.size()) == separators);
 
 // The library would tell standard error of a bad expression; that is done here, with its place.
 re2::RE2::Options searchOptions() {
@@ -98,15 +102,17 @@ namespace {
 
 /// Instructions of what is joined at most; ordinary patterns have some ten to hundred.
 constexpr int largestJoin = 4000;
+/// Patterns with open digits in it at most: within a number the text may be in many of them at
+/// once.
+constexpr int mostOpen = 64;
 
-/// Whether a pair of parentheses around it takes it as a whole: a quotation may be left open. What
-/// only begins a text is found faster by itself.
-bool canBeJoined(Compiled const & pattern) {
-    return !pattern.isPrefix() && pattern.pattern().find("\\Q") == String::npos;
+/// What only begins a text is found faster by itself.
+Joining joiningOfPattern(Compiled const & pattern) {
+    return pattern.isPrefix() ? Joining::alone : joiningOf(pattern.pattern());
 }
 
-/// The parts as one, or as they are where they cannot be read together, as names of groups that
-/// come twice: all are good each by itself. One is compiled already.
+/// The parts as one, or as they are where that is too large: all are good each by itself. One is
+/// compiled already.
 std::vector<Pattern> joinedOrEach(std::vector<Pattern> parts, String const & joined) {
     if (parts.size() > 1) {
         try {
@@ -120,31 +126,36 @@ std::vector<Pattern> joinedOrEach(std::vector<Pattern> parts, String const & joi
 
 } // namespace
 
-// Alternatives in an order of no matter: it is only asked whether one of them is there. A group of
-// flags ends with the parentheses around it.
+// Alternatives in an order of no matter: it is only asked whether one of them is there.
 PatternSet::PatternSet(std::vector<Pattern> const & patterns) {
     std::vector<Pattern> parts;
     String joined;
     int size = 0;
+    int open = 0;
     auto const close = [&] {
         for (Pattern & search : joinedOrEach(std::exchange(parts, {}), joined)) {
             searches_.push_back(std::move(search));
         }
         joined.clear();
         size = 0;
+        open = 0;
     };
     for (Pattern const & pattern : patterns) {
         auto const & compiled = static_cast<Compiled const &>(*pattern.compiled_);
-        if (!canBeJoined(compiled)) {
+        Joining const joining = joiningOfPattern(compiled);
+        if (joining == Joining::alone) {
             searches_.push_back(pattern);
             continue;
         }
-        if (!parts.empty() && size + compiled.ProgramSize() > largestJoin) {
+        int const opens = joining == Joining::few ? 1 : 0;
+        if (!parts.empty() &&
+            (size + compiled.ProgramSize() > largestJoin || open + opens > mostOpen)) {
             close();
         }
         parts.push_back(pattern);
         joined += (joined.empty() ? "(?:" : "|(?:") + compiled.pattern() + ")";
         size += compiled.ProgramSize();
+        open += opens;
     }
     close();
 }
@@ -162,9 +173,7 @@ String asPathExpression(std::string_view expression) {
     while (!expression.empty()) {
         std::size_t taken = verbatimLength(expression, inClass);
         if (taken == 0 && expression.front() == '_') {
-            translated += inClass ? "" : "(?:^|$|[";
-            translated += separators;
-            translated += inClass ? "" : "])";
+            translated += inClass ? separators : numberBoundary;
             expression.remove_prefix(1);
             continue;
         }

@@ -50,7 +50,9 @@ private:
 ///     PatternSet const set(std::vector<Pattern>{first, second});
 ///     set.anyFoundIn("65001 65002"); // first.foundIn(...) || second.foundIn(...)
 ///
-/// Patterns of a thousand kinds stay several searches: what one search has to remember is bounded.
+/// Which are searched for at a time is decided when it is made, by what they say: those that one
+/// search could not remember side by side, and what is more than it should, stay searches of their
+/// own.
 /// As a pattern it is asked by any number of threads at once.
 class PatternSet {
 public:

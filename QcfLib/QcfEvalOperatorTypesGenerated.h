@@ -2798,6 +2798,7 @@ public:
     bool compare(PtrConst<AetNodeBase> const & other) const override;
     U32 hash(U32 seed) const override;
     EvalResult eval(Ptr<EvalContextBase> const & context) const override;
+    void lower(Lowering & to) const override;
     void dumpState(PtrConst<DumpContext> const & dumpContext, U32 indent) const override;
 
     static MemAllocationTracker const & memAllocationTracker();

@@ -84,8 +84,13 @@ MrtReader::MrtReader(Lists::ByteSource source, String const & name, Lists::Repor
     : frames_(std::move(source), stretch),
       findings_(frames_.compressed(), reporterOf(name, std::move(report))) {}
 
+// Most routes come from the stretch at hand.
 bool MrtReader::next(Route & route) {
-    while (!records_.next(route, findings_)) {
+    return records_.next(route, findings_) || nextOfStretches(route);
+}
+
+[[gnu::noinline]] bool MrtReader::nextOfStretches(Route & route) {
+    do {
         if (ended_) {
             return false;
         }
@@ -95,7 +100,7 @@ bool MrtReader::next(Route & route) {
             return false;
         }
         records_.stretchIs(frames_.stretch());
-    }
+    } while (!records_.next(route, findings_));
     return true;
 }
 

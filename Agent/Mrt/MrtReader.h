@@ -37,6 +37,8 @@ private:
     /// Decodes pieces in a thread of its own, see RouteShare.
     class Share;
 
+    /// The first route of the stretches behind this one; false at the end.
+    bool nextOfStretches(Route & route);
     /// Cuts the next stretch; false at the end.
     bool nextStretch(MrtFindings & findings);
 

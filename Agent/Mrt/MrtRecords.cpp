@@ -39,7 +39,8 @@ bool MrtRecords::next(Route & route, MrtFindings & findings) {
     }
 }
 
-void MrtRecords::openRecord(MrtFindings & findings) {
+// Apart: a record has several routes, which need none of its registers.
+[[gnu::noinline]] void MrtRecords::openRecord(MrtFindings & findings) {
     header_ = Header::load(at_);
     std::size_t const size = Header::size + header_.length;
     // Before it is decoded: whatever the record turns out to be, the next one is found by its

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <limits>
 #include <ostream>
 
@@ -35,20 +36,27 @@ BracketForm const & formOf(SegmentType type) {
     return found != bracketForms.end() ? *found : plainForm;
 }
 
+// Written in place: patterns make every route's path text, and adding numbers one by one costs as
+// much as making their digits.
 void appendSegment(String & out, BracketForm const & form, std::span<Asn const> asns) {
+    constexpr std::size_t longest = std::numeric_limits<Asn>::digits10 + 1;
+    std::size_t const start = out.size();
+    out.resize(start + asns.size() * (longest + 1) + 2); // separators, brackets
+    char * at = out.data() + start;
     // A sequence has no brackets and its numbers only blanks between them.
     if (form.open != '\0') {
-        out.push_back(form.open);
+        *at++ = form.open;
     }
     for (std::size_t i = 0; i < asns.size(); ++i) {
         if (i != 0) {
-            out.push_back(form.separator);
+            *at++ = form.separator;
         }
-        TextPieces::appendDecimal(out, asns[i]);
+        at = std::to_chars(at, at + longest, asns[i]).ptr;
     }
     if (form.close != '\0') {
-        out.push_back(form.close);
+        *at++ = form.close;
     }
+    out.resize(static_cast<std::size_t>(at - out.data()));
 }
 
 // Independent of the locale, which isspace is not.

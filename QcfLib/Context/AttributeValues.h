@@ -86,9 +86,8 @@ inline U64 lastAs(Path const * path, Context /*context*/) {
 /// 0 where the origin cannot be told. A null path is asked about as an empty one.
 inline U64 originAs(Path const * path, Context context) {
     bool known = false;
-    Path const empty;
-    U32 const asn = Routing::Bgp::originAs(path == nullptr ? empty : *path,
-                                           evalContext(context).localAs(), known);
+    auto const & asns = path == nullptr ? Routing::Bgp::AsnVector::none() : path->asns();
+    U32 const asn = Routing::Bgp::originAs(asns, evalContext(context).localAs(), known);
     return known ? asn : 0;
 }
 

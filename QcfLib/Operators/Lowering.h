@@ -129,6 +129,10 @@ using IntArithmetic = U64 (*)(IntRange const &, U64, SignedMagnitude);
 /// leaves nothing, so that nobody has to look whether it did; of a statement the answer is dropped.
 using OperatorFunction = bool (*)(Expression const & node, Ptr<EvalContextBase> const & context);
 
+/// What an agent does for a built-in function. It may answer anything: leave or go on, with any
+/// value.
+using AgentOperation = EvalResult (EvalContextBase::*)();
+
 /// What `eval` of the class computes, called without dispatch; for classes whose result is known to
 /// be of that kind.
 template <typename Node>
@@ -176,6 +180,8 @@ public:
     /// table of that slot gives the route that state.
     virtual void builtIn(OperatorFunction /*function*/) {}
     virtual void originTest(U32 /*slot*/, U32 /*state*/) {}
+    /// A body that is an operation of the agent and nothing else.
+    virtual void agentBody(AgentOperation /*operation*/) {}
     virtual void block(Block const & /*node*/) {}
     virtual void branch(IfExpression const & /*node*/) {}
     /// Leaves the function, or all of them, with the operand's value.

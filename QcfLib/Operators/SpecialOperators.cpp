@@ -39,5 +39,8 @@ EvpnIpPrefixRouteSetOverlayIndexImplExpr::eval(Ptr<EvalContextBase> const & cont
     // What an overlay index is, only the agent knows; its answer is the result as it stands.
     return context->setOverlayIndex();
 }
+void EvpnIpPrefixRouteSetOverlayIndexImplExpr::lower(Lowering & to) const {
+    to.agentBody(&EvalContextBase::setOverlayIndex);
+}
 
 } // namespace Qcf::Eval

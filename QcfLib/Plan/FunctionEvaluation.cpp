@@ -92,18 +92,24 @@ bool countsNext(Plan const & plan, EvalContext & c) {
     return finish(c, runSteps(&plan.entry(), PlanRun(context)).result());
 }
 
+/// Whether it is an agent's next route by the same function: what there is to find out, is found
+/// out.
+bool isNextRoute(Function const & function, Ptr<EvalContextBase> const & context) {
+    auto const & c = evalContext(context);
+    return c.functionCallDepth() == 0 && c.isEvaluatedFunction(function) && !isLookedOn(context);
+}
+
 } // namespace
 
+// The context is read anew behind the steps: kept over them, it would cost every route a register
+// that has to be saved.
 EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
-    auto & c = evalContext(context);
-    // An agent's next route by the same function: what there is to find out, is found out.
-    bool const isNext =
-        c.functionCallDepth() == 0 && c.isEvaluatedFunction(*this) && !isLookedOn(context);
     Plan const * const plan = keptPlan();
-    if (isNext && plan != nullptr && (plan->isCurrent() || countsNext(*plan, c))) [[likely]] {
+    if (isNextRoute(*this, context) && plan != nullptr &&
+        (plan->isCurrent() || countsNext(*plan, evalContext(context)))) [[likely]] {
         PlanStep const & end = runSteps(&plan->first(), PlanRun(context));
         if (end.result().isTrue()) {
-            c.flushModifiedAttributes();
+            evalContext(context).flushModifiedAttributes();
         }
         return end.returned();
     }

@@ -75,6 +75,33 @@ private:
     U32 state_;
 };
 
+/// The agent's operation as a function's body. What returns goes to where the function's call
+/// stands, or ends the run; an exit ends it wherever it is.
+class AgentBody final : public PlanStatement {
+public:
+    AgentBody(AgentOperation operation, PlanStep const * next, PlanTargets const & returns)
+        : PlanStatement(next), operation_(operation), returns_(returns) {}
+    PlanStep const * run(PlanRun run) const override {
+        EvalResult const result = ((*run.contextPtr).*operation_)();
+        if (!result.terminates()) {
+            return next();
+        }
+        bool const returns = result.termination() == TerminationFlag::returnToCaller;
+        return returns ? returns_.at(result.retVal()) : endOfRun(result);
+    }
+    StepText describe() const override {
+        StepText described = text("operation of the agent");
+        for (auto const & [outcome, step] : returns_.texts()) {
+            described.next.emplace_back("returns " + outcome, step);
+        }
+        return described;
+    }
+
+private:
+    AgentOperation operation_;
+    PlanTargets returns_;
+};
+
 /// Whether an integer lies in any of some ranges.
 class IntRangesTest final : public PlanTest {
 public:
@@ -117,6 +144,7 @@ public:
 private:
     static CoverTable tableOf(std::vector<IpGenPrefix> const & prefixes) {
         std::vector<CoverTable::Entry> entries;
+        entries.reserve(prefixes.size());
         for (IpGenPrefix const & prefix : prefixes) {
             entries.push_back({prefix, 1});
         }

@@ -90,6 +90,11 @@ public:
             step = plan.make<OriginTest>(node, slot, state, plan.answerTargets());
         }
     }
+    void agentBody(AgentOperation operation) override {
+        if (plan.counting_ == nullptr) {
+            step = plan.make<AgentBody>(node, operation, next_, plan.answerTargets());
+        }
+    }
 
 private:
     template <typename Set>

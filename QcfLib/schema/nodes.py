@@ -168,7 +168,7 @@ NODES = [
     operator("EsiIs", fields="lhs:Esi rhs:Esi", dump="Is", lowered=True, doc="True when both are unset, or set and equal.", words="is"),
     builtIn("SetNextHopSelfImplExpr", "Body of next-hop-self: unsets the next hop for an outbound session.", effect="writes", writes=("next_hop",), lowered=True, words="set_next_hop_self"),
     builtIn("MatchOriginAsValidityImplExpr", "Body of the origin-validation test; integer arguments: ROA table, state.", effect="control", frame=True, reads=("prefix", "as_path"), integers=2, lowered=True, words="match_origin_as_validity"),
-    builtIn("EvpnIpPrefixRouteSetOverlayIndexImplExpr", "Body of the overlay-index setter.", effect="writes", words="evpn_set_overlay_index"),
+    builtIn("EvpnIpPrefixRouteSetOverlayIndexImplExpr", "Body of the overlay-index setter.", effect="writes", lowered=True, words="evpn_set_overlay_index"),
     builtIn("AsPathReplaceImplExpr", "Body of AS-path replace; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), integers=1, nodeArguments=True, lowered=True, words="as_path_replace"),
     builtIn("AsPathRemoveImplExpr", "Body of AS-path remove; node arguments: singletons, lower and upper bounds.", effect="writes", frame=True, reads=("as_path",), writes=("as_path",), nodeArguments=True, lowered=True, words="as_path_remove"),
     value("EsiImmediate", "Esi", "value:optional<Evpn::Esid>", "A constant Ethernet segment; may be unset.", text="textOf(value_)"),

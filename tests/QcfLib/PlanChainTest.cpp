@@ -260,19 +260,40 @@ TEST(PlanChains, PlansOfSharedAndOfDeepTreesStaySmall) {
     }
 }
 
-// A built-in function returns by a node that no step knows.
-TEST(PlanChains, NodesThatReturnFromACalleeInPlaceReturnToTheCall) {
-    auto const context = makePtr<RecordingContext>();
+/// An agent that answers whatever it likes.
+class AnsweringContext final : public RecordingContext {
+public:
+    EvalResult setOverlayIndex() override {
+        note("setOverlayIndex");
+        return answer;
+    }
+
+    EvalResult answer;
+};
+
+// A built-in function returns by what the agent answers, or does not return.
+TEST(PlanChains, WhatReturnsFromACalleeInPlaceReturnsToTheCall) {
+    auto const context = makePtr<AnsweringContext>();
     auto const callee = function({make<EvpnIpPrefixRouteSetOverlayIndexImplExpr>(),
                                   make<IntAssign>(make<Attribute::Med>(), number(1))});
     auto const taken = block({make<IntAssign>(make<Attribute::Tag>(), number(5))});
     auto const f = function({call(callee), make<IfExpression>(call(callee), taken, taken),
                              make<IntPlusEq>(make<Attribute::LocalPref>(), number(3)), accepts()});
-    String texts[2];
-    for (bool const plans : {false, true}) {
-        PlansEnabled const on(plans);
-        texts[static_cast<int>(plans)] = outcome(*f, context);
+    for (auto const value : {QcfUnknown(), QcfFalse(), QcfTrue()}) {
+        for (auto const termination :
+             {TerminationFlag::noTermination, TerminationFlag::returnToCaller,
+              TerminationFlag::exitToPoa}) {
+            context->answer = EvalResult(value, termination);
+            for (auto const & asked : {f, callee}) {
+                String texts[2];
+                for (bool const plans : {false, true}) {
+                    PlansEnabled const on(plans);
+                    texts[static_cast<int>(plans)] = outcome(*asked, context);
+                }
+                EXPECT_EQ(texts[1], texts[0]) << textOf(context->answer);
+            }
+        }
     }
-    EXPECT_EQ(texts[1], texts[0]);
-    EXPECT_NE(texts[0].find("localPrefIs"), String::npos) << texts[0];
+    EXPECT_TRUE(f->planFor(*f).nodesWithoutStep().empty());
+    EXPECT_TRUE(callee->planFor(*callee).nodesWithoutStep().empty());
 }
