@@ -6,6 +6,6 @@
 /// value each, and that the help and the manual page show so. What follows its value is no further
 /// one.
 inline CLI::Option & takesOneEach(CLI::Option & option) {
-    option.take_all()->expected(1);
+    option.take_all()->expected(1)->allow_extra_args(false);
     return option;
 }
