@@ -263,10 +263,7 @@ TEST(PlanChains, PlansOfSharedAndOfDeepTreesStaySmall) {
 /// An agent that answers whatever it likes.
 class AnsweringContext final : public RecordingContext {
 public:
-    EvalResult setOverlayIndex() override {
-        note("setOverlayIndex");
-        return answer;
-    }
+    EvalResult setOverlayIndex() override { return answer; }
 
     EvalResult answer;
 };
