@@ -1,3 +1,4 @@
+#include "Mirror/Redis/LoadedStore.h"
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
 #include "tests/Mirror/ListTools.h"
