@@ -204,7 +204,9 @@ int agent(Options const & options) {
     if (!options.once) {
         reloadOnSignal();
     }
-    Following following(options.redis, shown);
+    Following following(options.redis, [&shown](bool answered, U64 published) {
+        answered ? shown.heard(published) : shown.lost();
+    });
     // A server that is not there yet does not keep a machine from starting.
     notifyServiceManager("READY=1\nSTATUS=follows " + options.redis.name);
     int const exitCode = follow(options, following, lists, shown);

@@ -5,8 +5,8 @@
 
 using namespace std::chrono_literals;
 
-Following::Following(RedisArguments const & redis, AgentMetrics & shown)
-    : shown_(shown),
+Following::Following(RedisArguments const & redis, Asked asked)
+    : tellAsked_(std::move(asked)),
       mirror_(redis.name, redis.signer()),
       // It tells of what is not as it should be, and of its end.
       follower_(redis.options(), mirror_, tellWarning),
@@ -63,10 +63,8 @@ void Following::run(std::stop_token const & stop) {
 }
 
 void Following::asked() {
-    if (follower_.trouble().empty()) {
-        shown_.heard(follower_.published());
-    } else {
-        shown_.lost();
+    if (tellAsked_) {
+        tellAsked_(follower_.trouble().empty(), follower_.published());
     }
     std::lock_guard const lock(mutex_);
     asked_ = true;

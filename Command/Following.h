@@ -1,21 +1,26 @@
 #pragma once
 
-#include "Command/AgentMetrics.h"
 #include "Command/RedisArguments.h"
 #include "Mirror/Redis/RedisFollower.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <thread>
 
 /// Follows a published name on a thread of its own, so that a long table does not keep the agent
-/// from the news. What the server does is shown by metrics.
+/// from the news.
 ///
-///     Following following(redis, shown);
+///     Following following(redis);
 ///     while (auto const version = following.next(last, atMost)) { ... }
 class Following {
 public:
-    /// What it shows in must outlive it. Throws what is wrong with the arguments.
-    Following(RedisArguments const & redis, AgentMetrics & shown);
+    /// Told each time the server was asked, on the following thread: whether it answered, and its
+    /// newest version, 0 for none.
+    using Asked = std::function<void(bool answered, U64 published)>;
+
+    /// Throws what is wrong with the arguments.
+    explicit Following(RedisArguments const & redis, Asked asked = {});
 
     /// The next version after the one of the id `last`, or the same again when files are to be read
     /// again; null when a stop was asked for or the time is over. Throws what is wrong with the
@@ -32,7 +37,7 @@ private:
     /// Notes what came of asking the server.
     void asked();
 
-    AgentMetrics & shown_;
+    Asked tellAsked_;
     std::mutex mutex_;
     std::exception_ptr fault_; ///< what ended the following
     bool asked_ = false;       ///< whether the first poll is done

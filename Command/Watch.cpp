@@ -1,5 +1,6 @@
 #include "Command/WatchLive.h"
 #include "Command/WatchOptions.h"
+#include "Command/WatchPolicy.h"
 #include "Command/WatchTeller.h"
 
 /// `qcf watch`: what routers hold, by the streams that they send, and whether the policy does what
@@ -8,9 +9,9 @@ namespace {
 
 using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
 
-int watchRecordings(WatchOptions const & options, PreparedPolicy const & prepared) {
-    WatchTeller teller(options, prepared);
-    RouterSet routers(options.settings, prepared.function, prepared.matchers, teller);
+int watchRecordings(WatchOptions const & options, WatchPolicy::Policy const & policy) {
+    WatchTeller teller(options, policy);
+    RouterSet routers(options.settings, policy, teller);
     bool isWhole = true;
     for (String const & path : options.replays) {
         Qcf::Lists::ByteSource source(Qcf::Lists::openFileStream(path));
@@ -26,11 +27,14 @@ int watchRecordings(WatchOptions const & options, PreparedPolicy const & prepare
 int watch(WatchOptions & options) {
     options.read();
     options.policy.checkInputs(options.replays);
-    PreparedPolicy const prepared = preparePolicy(options.policy);
-    if (!prepared.function) {
+    Qcf::Eval::StatementCounts::enabledIs(true);
+    auto const source = WatchPolicy::of(options);
+    auto const policy = source->first();
+    if (!policy) {
         return 1;
     }
-    return options.isLive() ? watchRouters(options, prepared) : watchRecordings(options, prepared);
+    return options.isLive() ? watchRouters(options, *source, policy)
+                            : watchRecordings(options, policy);
 }
 
 } // namespace

@@ -2,7 +2,9 @@
 
 #include "Command/Log.h"
 #include "Command/Output.h"
+#include "Command/PolicyTask.h"
 #include "Command/Signals.h"
+#include "Command/WatchMetrics.h"
 #include "Command/WatchTeller.h"
 #include "Command/WatchView.h"
 #include "Live/ToldDifferences.h"
@@ -14,10 +16,13 @@ using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this co
 /// A station with what it shows while it runs.
 class LiveWatch {
 public:
-    LiveWatch(WatchOptions const & options, PreparedPolicy const & prepared)
+    LiveWatch(WatchOptions const & options, WatchPolicy & source,
+              WatchPolicy::Policy const & policy)
         : options_(options),
-          teller_(options, prepared),
-          routers_(options.settings, prepared.function, prepared.matchers, teller_),
+          metrics_(options.policy.function),
+          places_(metrics_.metrics(), options.metrics.targets()),
+          teller_(options, policy),
+          routers_(options.settings, policy, teller_),
           comparison_(
               routers_, options.tolerance(),
               [this](RouteDifference const & difference) { differs(difference); },
@@ -26,9 +31,16 @@ public:
                       told_.passed(router, peer);
                   }
               }),
-          view_(routers_, comparison_, options.policy.policy.path),
+          policies_(source, routers_, static_cast<U32>(options.threads),
+                    [this](PolicyChange const & change) {
+                        teller_.policy(change);
+                        comparison_.restart();
+                    }),
+          view_(routers_, comparison_,
+                options.isPublished() ? options.redis.name : options.policy.policy.path),
           station_(routers_, options.station) {
         station_.add(comparison_);
+        station_.add(policies_);
     }
 
     int run();
@@ -46,10 +58,13 @@ private:
     int finish(Station::End end);
 
     WatchOptions const & options_;
+    WatchMetrics metrics_;
+    ShownMetrics places_;
     WatchTeller teller_;
     ToldDifferences told_;
     RouterSet routers_;
     RunningComparison comparison_;
+    PolicyTask policies_;
     WatchView view_;
     Station station_;
 };
@@ -64,6 +79,7 @@ void LiveWatch::show() {
     if (options_.output == "table") {
         view_.show();
     }
+    metrics_.update(routers_, comparison_);
     standardOutput().flush();
 }
 
@@ -101,8 +117,10 @@ int LiveWatch::finish(Station::End end) {
 
 } // namespace
 
-int watchRouters(WatchOptions const & options, PreparedPolicy const & prepared) {
+int watchRouters(WatchOptions const & options, WatchPolicy & source,
+                 WatchPolicy::Policy const & policy) {
     stopOnSignals();
-    LiveWatch watch(options, prepared);
+    reloadOnSignal();
+    LiveWatch watch(options, source, policy);
     return watch.run();
 }

@@ -1,6 +1,7 @@
 #include "Command/WatchOptions.h"
 
 #include "Command/Durations.h"
+#include "Command/TableArguments.h"
 #include "Platform/Render/Utf8.h"
 #include "Platform/Routing/TextPieces.h"
 
@@ -31,7 +32,7 @@ auto readAll(std::vector<String> const & texts, Parse parse, String const & want
 } // namespace
 
 void WatchOptions::addTo(CLI::App & command) {
-    policy.addTo(command);
+    addPolicy(command);
     addInputs(command);
     addTables(command);
     command
@@ -46,6 +47,17 @@ void WatchOptions::addTo(CLI::App & command) {
                     "table, jsonl (an event a line) or none (the summary alone)")
         ->check(CLI::IsMember({"table", "jsonl", "none"}))
         ->capture_default_str();
+}
+
+void WatchOptions::addPolicy(CLI::App & command) {
+    policy.addTo(command);
+    redis.addTo(command);
+    // The policy is a file or published.
+    for (char const * const name : {"document", "--redis", "--name"}) {
+        command.get_option(name)->required(false);
+    }
+    addThreads(command, threads);
+    metrics.addTo(command);
 }
 
 void WatchOptions::addTables(CLI::App & command) {
@@ -109,6 +121,7 @@ void WatchOptions::addRouters(CLI::App & command) {
 }
 
 void WatchOptions::read() {
+    readPolicy();
     readTables();
     readRouters();
     if (isLive() == !replays.empty()) {
@@ -118,6 +131,19 @@ void WatchOptions::read() {
     }
     if (!isLive() && !station.recordings.empty()) {
         throw UsageError("--record wants --bmp or --bmp-connect");
+    }
+    if (!isLive() && !metrics.places.empty()) {
+        throw UsageError("--metrics wants --bmp or --bmp-connect");
+    }
+}
+
+void WatchOptions::readPolicy() {
+    if (policy.policy.path.empty() == redis.name.empty() ||
+        redis.name.empty() != redis.url.empty()) {
+        throw UsageError("wants a policy's file, or --redis URL and --name NAME");
+    }
+    if (isPublished() && !policy.policy.map.empty()) {
+        throw UsageError("--map is for a document in a file");
     }
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Command/MetricsArguments.h"
 #include "Command/PreparedPolicy.h"
+#include "Command/RedisArguments.h"
 #include "Command/RouteSelection.h"
 #include "Live/Comparison.h"
 #include "Live/Station.h"
@@ -8,6 +10,9 @@
 /// What `qcf watch` is asked for.
 struct WatchOptions {
     PolicyArguments policy;
+    RedisArguments redis; ///< where the policy is published, and no file is given
+    MetricsArguments metrics;
+    U64 threads = 1; ///< that evaluate all routes by another policy
     Qcf::Live::LiveSettings settings;
     Qcf::Live::StationSettings station;
     RouteSelection selection = {};
@@ -20,6 +25,7 @@ struct WatchOptions {
     /// Takes over what their words say. Throws UsageError.
     void read();
 
+    bool isPublished() const { return policy.policy.path.empty(); }
     bool isJson() const { return output == "jsonl"; }
     /// Whether routers are heard, and no recordings read.
     bool isLive() const { return !station.listen.empty() || !station.connect.empty(); }
@@ -27,8 +33,10 @@ struct WatchOptions {
 
 private:
     void addTables(CLI::App & command);
+    void addPolicy(CLI::App & command);
     void addInputs(CLI::App & command);
     void addRouters(CLI::App & command);
+    void readPolicy();
     void readTables();
     void readRouters();
     void vrfIs(String const & text);

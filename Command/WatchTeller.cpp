@@ -7,25 +7,24 @@
 
 using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
 
-WatchDecider::WatchDecider(PreparedPolicy const & prepared)
-    : function_(prepared.function),
-      agent_(makePtr<Qcf::Agent::AgentContext>(prepared.matchers)),
+WatchDecider::WatchDecider(std::shared_ptr<LivePolicy const> policy)
+    : policy_(std::move(policy)),
+      agent_(makePtr<Qcf::Agent::AgentContext>(policy_->matchers)),
       context_(agent_),
-      places_(prepared.file),
-      decisions_(&places_) {
+      decisions_(policy_->places.get()) {
     agent_->evaluationObserverIs(&deciding_);
 }
 
 DecidedBy WatchDecider::of(Qcf::Agent::Route const & route) {
     agent_->routeIs(route);
-    function_->eval(context_);
+    policy_->function->eval(context_);
     ShownDecision shown = decisions_.of(deciding_);
     return {shown.place, std::move(shown.reason)};
 }
 
-WatchTeller::WatchTeller(WatchOptions const & options, PreparedPolicy const & prepared)
+WatchTeller::WatchTeller(WatchOptions const & options, std::shared_ptr<LivePolicy const> policy)
     : options_(options),
-      decider_(prepared),
+      decider_(std::make_unique<WatchDecider>(std::move(policy))),
       events_([](std::string_view line) { standardOutput().write(line); }) {}
 
 void WatchTeller::note(Where const & where, String const & text) {
@@ -55,13 +54,25 @@ void WatchTeller::sync(Where const & where, AddressFamily family, U64 routes) {
     }
 }
 
+void WatchTeller::policy(PolicyChange const & change) {
+    decider_ = std::make_unique<WatchDecider>(change.to);
+    if (options_.isJson()) {
+        events_.policy(change);
+        return;
+    }
+    note({}, "policy " + change.to->digest + " in the place of " + change.from->digest + ": " +
+                 std::to_string(change.routes) + " routes, " +
+                 std::to_string(change.changes.verdictsChanged()) + " with another verdict, " +
+                 std::to_string(change.changes.writesOther) + " with other attributes");
+}
+
 void WatchTeller::differs(RouteDifference const & difference) {
     bool const isAsked = options_.router.empty() || options_.router == difference.router;
     if (!isAsked || !options_.selection.selectsRoute(difference.before)) {
         return;
     }
     if (options_.isJson()) {
-        events_.differs(difference, options_.settings.rib, decider_.of(difference.before));
+        events_.differs(difference, options_.settings.rib, decider_->of(difference.before));
     } else if (options_.output == "table") {
         standardOutput().write(lineOf(difference));
     }
@@ -84,7 +95,7 @@ void WatchTeller::board(Board const & board) {
 String WatchTeller::lineOf(RouteDifference const & difference) {
     String line = Where{difference.router, difference.peer.key.address}.text() + "  " +
                   difference.before.ipPrefix.toString() + "  " + compareKindName(difference.kind);
-    DecidedBy const decided = decider_.of(difference.before);
+    DecidedBy const decided = decider_->of(difference.before);
     line += "  " + (decided.place != nullptr ? decided.place->text() : String("-"));
     if (difference.underlying == CompareKind::verdict) {
         line += difference.engine != nullptr ? "  engine accepts, the router lacks it"

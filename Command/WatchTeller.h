@@ -1,26 +1,26 @@
 #pragma once
 
 #include "Command/Decisions.h"
-#include "Command/PolicyPlaces.h"
 #include "Command/WatchOptions.h"
 #include "Live/Board.h"
 #include "Live/LiveEvents.h"
+#include "Live/LivePolicy.h"
+#include "Live/PolicySwap.h"
 
 /// Evaluates single routes once more to see which statement decides.
 class WatchDecider {
 public:
-    explicit WatchDecider(PreparedPolicy const & prepared);
+    explicit WatchDecider(std::shared_ptr<Qcf::Live::LivePolicy const> policy);
     WatchDecider(WatchDecider const &) = delete;
     WatchDecider & operator=(WatchDecider const &) = delete;
 
     Qcf::Live::DecidedBy of(Qcf::Agent::Route const & route);
 
 private:
-    PtrConst<Qcf::Eval::Function> function_;
+    std::shared_ptr<Qcf::Live::LivePolicy const> policy_;
     Ptr<Qcf::Agent::AgentContext> agent_;
     Ptr<Qcf::Eval::EvalContextBase> context_;
     Qcf::Watch::Deciding deciding_;
-    PolicyPlaces places_;
     Decisions decisions_;
 };
 
@@ -30,7 +30,7 @@ public:
     /// Where notes go instead of standard error.
     using Lines = std::function<void(String const & line)>;
 
-    WatchTeller(WatchOptions const & options, PreparedPolicy const & prepared);
+    WatchTeller(WatchOptions const & options, std::shared_ptr<Qcf::Live::LivePolicy const> policy);
 
     void notesGoTo(Lines lines) { lines_ = std::move(lines); }
 
@@ -38,6 +38,8 @@ public:
     void peer(Qcf::Live::Where const & where, bool isUp, U8 reason) override;
     void sync(Qcf::Live::Where const & where, AddressFamily family, U64 routes) override;
 
+    /// Another policy is shown from now on.
+    void policy(Qcf::Live::PolicyChange const & change);
     /// Writes a difference where it is asked for.
     void differs(Qcf::Live::RouteDifference const & difference);
     /// Writes what all came to.
@@ -48,7 +50,7 @@ private:
     String lineOf(Qcf::Live::RouteDifference const & difference);
 
     WatchOptions const & options_;
-    WatchDecider decider_;
+    std::unique_ptr<WatchDecider> decider_;
     Qcf::Live::LiveEvents events_;
     Lines lines_;
 };

@@ -1,6 +1,7 @@
 #include "Command/WatchView.h"
 
 #include "Command/Output.h"
+#include "Live/TopDeciding.h"
 #include "Platform/Render/Utf8.h"
 
 #include <algorithm>
@@ -90,8 +91,11 @@ void WatchView::show() {
 }
 
 void WatchView::draw() {
-    String text = "policy " + policy_ + "  " + timeOfDay() + "\n\n";
-    text += Board::shown(routers_, comparison_).tables() + '\n';
+    String text =
+        "policy " + policy_ + ' ' + routers_.policy().digest + "  " + timeOfDay() + "\n\n";
+    text += Board::shown(routers_, comparison_).tables();
+    text +=
+        "top deciding   " + topDecidingLine(routers_.policy(), routers_.counts().decided) + "\n\n";
     for (String const & note : notes_) {
         text += note + '\n';
     }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <utility>
 
 namespace Qcf::Live {
 
@@ -13,16 +14,16 @@ AttributeStore::AttributeStore() : slots_(64, none), seed_(std::random_device()(
 
 AttributeStore::Head AttributeStore::head(U32 number) const {
     Head head;
-    std::memcpy(&head, at(number), sizeof head);
+    std::memcpy(&head, at(number), Head::bytes);
     return head;
 }
 
 void AttributeStore::headIs(U32 number, Head const & head) {
-    std::memcpy(at(number), &head, sizeof head);
+    std::memcpy(at(number), &head, Head::bytes);
 }
 
 U32 AttributeStore::unitsFor(std::size_t size) {
-    return static_cast<U32>((sizeof(Head) + size + unit - 1) / unit);
+    return static_cast<U32>((Head::bytes + size + unit - 1) / unit);
 }
 
 U32 AttributeStore::hashOf(std::span<U8 const> bytes) const {
@@ -32,26 +33,28 @@ U32 AttributeStore::hashOf(std::span<U8 const> bytes) const {
 }
 
 std::span<U8 const> AttributeStore::bytes(U32 number) const {
-    return {at(number) + sizeof(Head), head(number).size};
+    return {at(number) + Head::bytes, head(number).size};
 }
 
 U32 AttributeStore::add(std::span<U8 const> bytes) {
     QCF_ASSERT(bytes.size() <= 0xffff);
     U32 const hash = hashOf(bytes);
     std::size_t slot = slotOf(bytes, hash);
-    if (U32 const number = slots_[slot]; number != none) {
+    if (isUsed(slot)) {
+        U32 const number = slots_[slot];
         Head known = head(number);
         ++known.uses;
         headIs(number, known);
         return number;
     }
-    if (4 * (used_ + 1) > 3 * slots_.size()) {
-        grow();
+    if (4 * (used_ + gone_ + 1) > 3 * slots_.size()) {
+        listAnew();
         slot = slotOf(bytes, hash);
     }
     U32 const number = take(unitsFor(bytes.size()));
-    headIs(number, {1, hash, static_cast<U32>(bytes.size())});
-    std::copy(bytes.begin(), bytes.end(), at(number) + sizeof(Head));
+    headIs(number, {1, hash, static_cast<U16>(bytes.size())});
+    std::copy(bytes.begin(), bytes.end(), at(number) + Head::bytes);
+    gone_ -= slots_[slot] == gone ? 1 : 0;
     slots_[slot] = number;
     ++used_;
     return number;
@@ -64,7 +67,14 @@ void AttributeStore::release(U32 number) {
         headIs(number, known);
         return;
     }
-    vacate(slotOf(bytes(number), known.hash));
+    // Found by its number: no other content is looked at.
+    std::size_t const mask = slots_.size() - 1;
+    std::size_t slot = known.hash & mask;
+    while (slots_[slot] != number) {
+        slot = (slot + 1) & mask;
+    }
+    slots_[slot] = gone;
+    ++gone_;
     --used_;
     U32 const units = unitsFor(known.size);
     if (free_.size() <= units) {
@@ -75,16 +85,34 @@ void AttributeStore::release(U32 number) {
     free_[units] = number;
 }
 
+// What each of them needs lies anywhere: it is fetched before it is waited for.
+void AttributeStore::release(std::span<U32 const> numbers) {
+    for (U32 const number : numbers) {
+        __builtin_prefetch(at(number));
+    }
+    for (U32 const number : numbers) {
+        __builtin_prefetch(&slots_[head(number).hash & (slots_.size() - 1)]);
+    }
+    for (U32 const number : numbers) {
+        release(number);
+    }
+}
+
 std::size_t AttributeStore::slotOf(std::span<U8 const> bytes, U32 hash) const {
     std::size_t const mask = slots_.size() - 1;
+    std::size_t usable = slots_.size();
     for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
         U32 const number = slots_[slot];
-        if (number == none) {
-            return slot;
+        if (!isUsed(slot)) {
+            usable = usable == slots_.size() ? slot : usable;
+            if (number == none) {
+                return usable;
+            }
+            continue;
         }
         Head const known = head(number);
         if (known.hash == hash && known.size == bytes.size() &&
-            std::equal(bytes.begin(), bytes.end(), at(number) + sizeof(Head))) {
+            std::equal(bytes.begin(), bytes.end(), at(number) + Head::bytes)) {
             return slot;
         }
     }
@@ -102,7 +130,7 @@ U32 AttributeStore::take(U32 units) {
     if (left < units) {
         end_ = static_cast<U32>(chunks_.size()) * unitsInChunk;
         // Numbers end before the one that means none.
-        QCF_ASSERT_TEXT(chunks_.size() + 1 < none / unitsInChunk, "attributes for 32 GiB");
+        QCF_ASSERT_TEXT(chunks_.size() + 1 < gone / unitsInChunk, "attributes for 32 GiB");
         chunks_.push_back(std::make_unique<U8[]>(unit * unitsInChunk));
     }
     U32 const number = end_;
@@ -110,12 +138,22 @@ U32 AttributeStore::take(U32 units) {
     return number;
 }
 
-void AttributeStore::grow() {
-    std::vector<U32> const old = std::move(slots_);
-    slots_.assign(2 * old.size(), none);
-    std::size_t const mask = slots_.size() - 1;
-    for (U32 const number : old) {
-        if (number == none) {
+/// In so many slots that they are not full again soon.
+void AttributeStore::listAnew() {
+    std::size_t size = slots_.size();
+    while (8 * (used_ + 1) > 5 * size) {
+        size *= 2;
+    }
+    std::vector<U32> const old = std::exchange(slots_, std::vector<U32>(size, none));
+    std::size_t const mask = size - 1;
+    // Heads lie anywhere: they are fetched some time before.
+    constexpr std::size_t ahead = 16;
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        if (U32 const later = i + ahead < old.size() ? old[i + ahead] : none; later < gone) {
+            __builtin_prefetch(at(later));
+        }
+        U32 const number = old[i];
+        if (number >= gone) {
             continue;
         }
         std::size_t slot = head(number).hash & mask;
@@ -124,19 +162,7 @@ void AttributeStore::grow() {
         }
         slots_[slot] = number;
     }
-}
-
-/// Empties a slot; those behind it move up, so that none is cut off from its hash.
-void AttributeStore::vacate(std::size_t slot) {
-    std::size_t const mask = slots_.size() - 1;
-    for (std::size_t next = (slot + 1) & mask; slots_[next] != none; next = (next + 1) & mask) {
-        std::size_t const home = head(slots_[next]).hash & mask;
-        if (((next - home) & mask) >= ((next - slot) & mask)) {
-            slots_[slot] = slots_[next];
-            slot = next;
-        }
-    }
-    slots_[slot] = none;
+    gone_ = 0;
 }
 
 U64 AttributeStore::memory() const {

@@ -14,7 +14,7 @@ namespace Qcf::Live {
 ///     store.bytes(number);
 ///     store.release(number);                 // once less; gone with the last use
 ///
-/// A content costs its bytes, 12 more, what rounds them up to 8, and about 7 bytes to find it.
+/// A content costs its bytes, 10 more, what rounds them up to 8, and about 8 bytes to find it.
 /// Numbers are given anew once released. What was taken is kept for further contents and given back
 /// with the store. Belongs to one thread.
 class AttributeStore {
@@ -27,6 +27,8 @@ public:
     U32 add(std::span<U8 const> bytes);
     /// Counts one use less of a number that is in use.
     void release(U32 number);
+    /// The same of each of many, which is faster.
+    void release(std::span<U32 const> numbers);
 
     /// Valid until it is released.
     std::span<U8 const> bytes(U32 number) const;
@@ -40,9 +42,14 @@ private:
     struct Head {
         U32 uses;
         U32 hash;
-        U32 size;
+        U16 size;
+
+        /// In memory: without what would round it up.
+        static constexpr std::size_t bytes = 10;
     };
     static constexpr U32 none = ~U32{0};
+    /// Of a slot: what stood there is gone, and others may stand behind it.
+    static constexpr U32 gone = none - 1;
     /// Numbers count these bytes, so that 32 bits reach over 32 GiB.
     static constexpr std::size_t unit = 8;
     static constexpr U32 unitsInChunk = U32{1} << 17;
@@ -55,11 +62,11 @@ private:
     static U32 unitsFor(std::size_t size);
     U32 hashOf(std::span<U8 const> bytes) const;
 
-    /// Where the content's number stands in the slots, or the free slot where it would.
+    /// Where the content's number stands in the slots, or a slot where it would.
     std::size_t slotOf(std::span<U8 const> bytes, U32 hash) const;
+    bool isUsed(std::size_t slot) const { return slots_[slot] < gone; }
     U32 take(U32 units);
-    void grow();
-    void vacate(std::size_t slot);
+    void listAnew();
 
     std::vector<std::unique_ptr<U8[]>> chunks_;
     U32 end_ = 0; ///< of what was ever used in the last chunk, as a number
@@ -68,7 +75,8 @@ private:
     std::vector<U32> free_;
     std::vector<U32> slots_; ///< numbers by hash, a power of two of them
     U64 used_ = 0;
-    U32 seed_; ///< so that nobody outside can choose what collides
+    U64 gone_ = 0; ///< slots of what is gone
+    U32 seed_;     ///< so that nobody outside can choose what collides
 };
 
 } // namespace Qcf::Live

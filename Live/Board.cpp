@@ -6,8 +6,6 @@ namespace Qcf::Live {
 
 namespace {
 
-using Verdict = RibRoute::Verdict;
-
 /// Blanks before or behind the text make it that wide.
 String toTheRight(String const & text, std::size_t width) {
     return String(width - std::min(width, text.size()), ' ') + text;
@@ -110,14 +108,13 @@ RibState const * Board::evaluated(PeerRow const & row) const {
 
 void Board::appendRow(String & out, PeerRow const & row) const {
     RibState const * const before = evaluated(row);
-    std::array<U64, 4> const verdicts = before != nullptr ? before->verdicts : std::array<U64, 4>();
-    auto const verdict = [&](Verdict of) { return verdicts[static_cast<U8>(of)]; };
+    PolicyCounts const counted = before != nullptr ? before->shown : PolicyCounts();
     ComparisonCounts const & counts = row.counts;
     U64 const numbers[] = {row.peer->as,
                            before != nullptr ? before->routes.size() : 0,
-                           verdict(Verdict::accepted),
-                           verdict(Verdict::rejected),
-                           verdict(Verdict::unknown),
+                           counted.of(Verdict::accepted),
+                           counted.of(Verdict::rejected),
+                           counted.of(Verdict::unknown),
                            counts.of(CompareKind::equal),
                            counts.of(CompareKind::verdict),
                            counts.of(CompareKind::attributes),

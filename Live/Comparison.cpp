@@ -191,7 +191,7 @@ void TableComparison::comparePaths(Paths before, Paths after) {
     } else if (!hasTableAfter_) {
         counts_.notSent += before.size();
         note(CompareKind::notCompared, before.size());
-    } else if (pairsIds_[before.front()->family == AddressFamily::ipv6 ? 1 : 0]) {
+    } else if (pairsIds_[before.front()->family() == AddressFamily::ipv6 ? 1 : 0]) {
         compareById(before, after);
     } else if (before.size() > 1 || after.size() > 1) {
         // Which of them became which nobody can tell.
@@ -221,7 +221,6 @@ void TableComparison::compareById(Paths before, Paths after) {
 }
 
 void TableComparison::compareRoute(RibRoute const & before, RibRoute const * after) {
-    using Verdict = RibRoute::Verdict;
     auto & judge = routers_.judge();
     pathId_ = before.pathId;
     Verdict const verdict = judge.verdict(before, *peer_, routers_.settings().rib);

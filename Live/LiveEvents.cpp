@@ -127,6 +127,44 @@ void LiveEvents::value(char const * key, Agent::Route const & route, std::size_t
     });
 }
 
+void LiveEvents::policy(PolicyChange const & change) {
+    constexpr std::size_t mostStatements = 10;
+    begin("policy", {});
+    member("from", change.from->digest);
+    member("to", change.to->digest);
+    member("routes", change.routes);
+    member("milliseconds", static_cast<U64>(change.time.count()));
+    renderer_.key("changed");
+    renderer_.beginObject();
+    for (std::size_t before = 0; before < verdictKinds; ++before) {
+        for (std::size_t after = 0; after < verdictKinds; ++after) {
+            if (U64 const routes = change.changes.byVerdicts[before][after];
+                before != after && routes > 0) {
+                String const key = String(verdictName(static_cast<Verdict>(before))) + "->" +
+                                   verdictName(static_cast<Verdict>(after));
+                member(key.c_str(), routes);
+            }
+        }
+    }
+    if (change.changes.writesOther > 0) {
+        member("attributes", change.changes.writesOther);
+    }
+    renderer_.endObject();
+    renderer_.key("decided");
+    renderer_.beginArray();
+    for (DecidedShare const & share :
+         topDeciding(*change.to, change.changes.decided, mostStatements)) {
+        renderer_.beginObject();
+        renderer_.key("by");
+        bool const isKnown = share.statement != nullptr && !share.statement->isEnd();
+        Watch::renderDecidedBy(isKnown ? &share.place : nullptr, share.reason, renderer_);
+        member("routes", share.routes);
+        renderer_.endObject();
+    }
+    renderer_.endArray();
+    end();
+}
+
 void LiveEvents::summary(ComparisonCounts const & counts) {
     begin("summary", {});
     member("compared", counts.compared());

@@ -2,7 +2,8 @@
 
 #include "Agent/Routes/ValueRenderer.h"
 #include "Live/Comparison.h"
-#include "Watch/NodePlaces.h"
+#include "Live/PolicySwap.h"
+#include "Live/TopDeciding.h"
 
 namespace Qcf::Live {
 
@@ -32,6 +33,9 @@ public:
     void sync(Where const & where, AddressFamily family, U64 routes);
     /// A route that is not equal to what the router has.
     void differs(RouteDifference const & difference, Rib rib, DecidedBy const & decided);
+    /// Another policy has taken the place of the one before: how many routes that changes, and by
+    /// which statements most of those are decided now that have another verdict.
+    void policy(PolicyChange const & change);
     /// What all comparisons came to.
     void summary(ComparisonCounts const & counts);
 

@@ -46,6 +46,7 @@ public:
     /// When the connection was lost, or began where it stands.
     std::chrono::milliseconds changedAt() const { return changedAt_; }
     std::map<PeerKey, PeerState> & peers() { return peers_; }
+    std::map<PeerKey, PeerState> const & peers() const { return peers_; }
     /// Messages by type, those that could not be read among them.
     std::array<U64, bmpTypes> const & messages() const { return messages_; }
     U64 damaged() const { return damaged_; }

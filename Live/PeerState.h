@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Live/BmpPeer.h"
+#include "Live/PolicyCounts.h"
 #include "Live/RibTable.h"
 #include "Live/TableForm.h"
 
@@ -19,15 +20,22 @@ struct RibState {
         TableForm::Needs needs;
         U64 offset; ///< in the stream
     };
-    using Verdict = RibRoute::Verdict;
 
     TableForm form;
     RibTable routes;
     std::deque<Waiting> waiting;
     std::size_t waitingBytes = 0;
 
-    /// Routes by verdict, where the table is evaluated.
-    std::array<U64, 4> verdicts{};
+    std::array<U64, 2> byFamily{}; ///< routes, those of IPv4 first
+    // Where the table is evaluated:
+    PolicyCounts shown; ///< what the policy makes of its routes
+    /// While another one is to take its place: what that makes of them, and what it changes. Then
+    /// an outcome on the other side is the other policy's; else it means nothing.
+    bool hasNext = false;
+    PolicyCounts next;
+    ChangeCounts changes;
+    U8 side = 0; ///< of its routes' outcomes the side that is shown
+
     U64 withLocalPref = 0; ///< routes that have LOCAL_PREF
     U64 announced = 0;     ///< prefixes, however often
     U64 withdrawn = 0;
@@ -44,6 +52,17 @@ struct RibState {
     U8 generation = 0;
     bool idsTold = false;
     bool widthTold = false;
+
+    RouteOutcome shownOf(RibRoute const & route) const { return route.outcome(side); }
+    U8 otherSide() const { return side ^ 1U; }
+    /// Another policy is to take the place of the one that is shown. No outcome may be there on the
+    /// other side.
+    void nextBegins();
+    /// It has.
+    void nextIsShown();
+    /// Puts a route's outcomes into the counts, or takes them out.
+    void count(RibRoute const & route);
+    void uncount(RibRoute const & route);
 };
 
 /// A peer of a router, with its tables.

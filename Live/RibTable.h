@@ -1,15 +1,16 @@
 #pragma once
 
 #include "Agent/Mrt/BgpUpdate.h"
+#include "Live/RouteOutcome.h"
 
+#include <memory>
 #include <vector>
 
 namespace Qcf::Live {
 
 /// A route as a table keeps it, in 32 bytes. Its attributes stand in an AttributeStore.
 struct RibRoute {
-    /// What is not evaluated has no verdict.
-    enum class Verdict : U8 { rejected, accepted, unknown, none };
+    using Verdict = Live::Verdict;
     enum Mark : U8 {
         as4 = 1,       ///< its AS_PATH has AS numbers of four bytes
         localPref = 2, ///< it came with LOCAL_PREF
@@ -17,35 +18,63 @@ struct RibRoute {
 
     std::array<U8, 16> address;
     U32 pathId;
-    U32 attributes;       ///< number in the store
-    U16 decidedBy;        ///< the deciding statement; 0 for none that is known
-    AddressFamily family; ///< none of a slot that is free
+    U32 attributes; ///< number in the store
     U8 length;
-    Verdict verdict;
-    U8 marks;
     U8 generation; ///< of the connection that sent it last
     /// When it changed last, as TableFeed::tick has it, or what it is compared with; 0 for long
     /// ago.
     U8 changed;
+
+    /// What it is marked with; no mark of a route that is new.
+    bool has(Mark mark) const { return (bits_ & mark) != 0; }
+    void marksAre(U8 marks) { bits_ = static_cast<U8>((bits_ & ~markBits) | marks); }
+    AddressFamily family() const {
+        return (bits_ & ipv6) != 0 ? AddressFamily::ipv6 : AddressFamily::ipv4;
+    }
+    /// What became of it, on either of two sides: one for the policy that is shown, one for another
+    /// that may take its place. Its table says which is which.
+    RouteOutcome outcome(U8 side) const;
+    void outcomeIs(U8 side, RouteOutcome const & outcome);
 
     IpGenPrefix prefix() const;
     /// By prefix and path identifier.
     bool isOf(Agent::UpdatePrefix const & key) const {
         return pathId == key.pathId && prefix() == key.prefix;
     }
+    /// The same.
+    bool isOfKey(RibRoute const & other) const {
+        return address == other.address && pathId == other.pathId && length == other.length &&
+               family() == other.family();
+    }
+    /// A route of that key with nothing else.
+    static RibRoute of(Agent::UpdatePrefix const & key);
+
+private:
+    static constexpr U8 markBits = as4 | localPref;
+    static constexpr U8 ipv6 = 4;
+    static constexpr U8 verdictBits = 3;
+    static constexpr U8 verdictAt = 4; ///< of the first side; two bits each
+    static constexpr U16 writesOther = 0x8000;
+
+    U8 bits_;
+    std::array<U16, 2> decided_; ///< statements, and whether another thing is written
 };
 static_assert(sizeof(RibRoute) == 32);
 
-/// The routes of one table by prefix and path identifier: one piece of memory without anything
-/// around a route.
+/// The routes of one table by prefix and path identifier: in one row in pieces of 32 KiB, and a
+/// list of places by hash.
 ///
 ///     auto const [route, isNew] = table.insert({prefix, pathId});
 ///     table.erase(*route);
 ///
-/// A route moves when others come and go: pointers hold until the next change. The order is by hash
-/// and differs from run to run. Memory: 43 to 85 bytes a route. Belongs to one thread.
+/// Routes stand in the order in which they came; the last one takes the place of one that goes.
+/// Pointers hold until the next change. Memory: 37 to 43 bytes a route, of more than a few hundred.
+/// Belongs to one thread.
 class RibTable {
 public:
+    /// More cannot be kept.
+    static constexpr std::size_t mostRoutes = (std::size_t{1} << 27) - 1;
+
     struct Inserted {
         RibRoute * route;
         bool isNew; ///< all but its key is to be set
@@ -55,46 +84,35 @@ public:
 
     /// Null where there is none.
     RibRoute * find(Agent::UpdatePrefix const & key);
-    /// The route of that key, made where there is none.
+    /// The route of that key, made where there is none; not beyond `mostRoutes`.
     Inserted insert(Agent::UpdatePrefix const & key);
     /// Takes out a route of this table.
-    void erase(RibRoute & route);
+    void erase(RibRoute const & route);
     /// Takes out all, and gives back the memory.
     void clear();
 
     std::size_t size() const { return size_; }
-    U64 memory() const { return slots_.size() * sizeof(RibRoute); }
+    /// The route at a place; null where there is none, which is from `size()` on.
+    RibRoute * at(std::size_t place) { return place < size_ ? &stored(place) : nullptr; }
+    /// Memory taken, in bytes.
+    U64 memory() const;
 
     /// Calls `visit(route)` for each; the table must not change meanwhile.
     template <typename Visit>
     void each(Visit visit) {
-        for (RibRoute & route : slots_) {
-            if (route.family != AddressFamily::none) {
-                visit(route);
-            }
+        for (std::size_t place = 0; place < size_; ++place) {
+            visit(stored(place));
         }
-    }
-    /// How many places for routes there are. As long as there are as many, routes stay where they
-    /// are, but for the few that move up when another one goes.
-    std::size_t places() const { return slots_.size(); }
-    /// The route at a place; null where there is none.
-    RibRoute * at(std::size_t place) {
-        RibRoute & route = slots_[place];
-        return route.family == AddressFamily::none ? nullptr : &route;
     }
     /// The order of `sorted`: by prefix, then identifier.
     static bool precedes(RibRoute const & a, RibRoute const & b);
     /// Takes out those for which `isGone(route)` holds, after the call.
     template <typename Question>
     void eraseIf(Question isGone) {
-        // Backwards from a free slot: what an erasure moves up stands between here and that slot,
-        // and was asked already.
-        std::size_t const mask = slots_.size() - 1;
-        std::size_t const end = firstFree();
-        for (std::size_t steps = 1; steps < slots_.size(); ++steps) {
-            RibRoute & route = slots_[(end - steps) & mask];
-            while (route.family != AddressFamily::none && isGone(route)) {
-                erase(route);
+        // What takes the place of one that goes was asked before.
+        for (std::size_t place = size_; place > 0; --place) {
+            if (RibRoute const & last = stored(place - 1); isGone(last)) {
+                erase(last);
             }
         }
     }
@@ -102,14 +120,29 @@ public:
     std::vector<RibRoute *> sorted();
 
 private:
-    std::size_t homeOf(RibRoute const & route) const;
-    /// Where the route of that key stands, or the free slot where it would.
-    RibRoute & slotOf(RibRoute const & key);
-    /// Some slot is free, unless there are none.
-    std::size_t firstFree() const;
-    void grow();
+    static constexpr std::size_t pieceSize = 1024;
+    static constexpr U32 placeBits = 27;
+    static constexpr U32 placeMask = (U32{1} << placeBits) - 1;
+    static constexpr U32 none = ~U32{0};
 
-    std::vector<RibRoute> slots_; ///< a power of two of them, or none
+    RibRoute & stored(std::size_t place) { return pieces_[place / pieceSize][place % pieceSize]; }
+    U32 hashOf(RibRoute const & key) const;
+    /// A place, and above it some bits of the hash that the slot does not say: most routes that
+    /// are not meant need not be looked at.
+    static U32 entryOf(std::size_t place, U32 hash) {
+        return static_cast<U32>(place) | (hash & ~placeMask);
+    }
+    /// Where the route of that key is listed, or the free slot where it would.
+    std::size_t slotOf(RibRoute const & key, U32 hash);
+    std::size_t slotOfPlace(std::size_t place, U32 hash) const;
+    void vacate(std::size_t slot);
+    void listIs(std::size_t slots);
+    RibRoute & append();
+
+    /// All but the last are full; the first one begins small.
+    std::vector<std::unique_ptr<RibRoute[]>> pieces_;
+    std::size_t room_ = 0;   ///< places in all pieces
+    std::vector<U32> slots_; ///< entries by hash, a power of two of them, or none
     std::size_t size_ = 0;
     U32 seed_; ///< so that nobody outside can choose what collides
 };

@@ -2,12 +2,28 @@
 
 namespace Qcf::Live {
 
-RouterSet::RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> const & function,
-                     PtrConst<ExternalMatchersBase> const & matchers, LiveListener & listener)
+RouterSet::RouterSet(LiveSettings const & settings, std::shared_ptr<LivePolicy const> policy,
+                     LiveListener & listener)
     : settings_(settings),
       listener_(listener),
-      judge_(store_, function, matchers),
+      judge_(store_, std::move(policy)),
       feed_(settings_, store_, judge_, listener_) {}
+
+RouterSet::RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> const & function,
+                     PtrConst<ExternalMatchersBase> const & matchers, LiveListener & listener)
+    : RouterSet(settings, std::make_shared<LivePolicy const>(function, matchers), listener) {}
+
+PolicyCounts RouterSet::counts() const {
+    PolicyCounts sum;
+    for (auto const & [name, router] : routers_) {
+        for (auto const & [key, peer] : router.peers()) {
+            if (RibState const * const table = peer.table(settings_.rib)) {
+                sum.add(table->shown);
+            }
+        }
+    }
+    return sum;
+}
 
 LiveRouter & RouterSet::router(String const & name) {
     if (routers_.size() >= mostRouters && !routers_.contains(name)) {

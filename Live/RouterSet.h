@@ -13,6 +13,9 @@ namespace Qcf::Live {
 class RouterSet {
 public:
     /// The settings and the listener must outlive it.
+    RouterSet(LiveSettings const & settings, std::shared_ptr<LivePolicy const> policy,
+              LiveListener & listener);
+    /// The same with a policy that has neither digest nor places.
     RouterSet(LiveSettings const & settings, PtrConst<Eval::Function> const & function,
               PtrConst<ExternalMatchersBase> const & matchers, LiveListener & listener);
     RouterSet(RouterSet const &) = delete;
@@ -36,6 +39,10 @@ public:
     LiveSettings const & settings() const { return settings_; }
     AttributeStore const & store() const { return store_; }
     RouteJudge & judge() { return judge_; }
+    /// The policy that is shown.
+    LivePolicy const & policy() const { return *judge_.policy(); }
+    /// What it makes of all routes.
+    PolicyCounts counts() const;
     LiveListener & listener() { return listener_; }
     U64 routes() const { return feed_.routes(); }
 

@@ -14,6 +14,7 @@ namespace {
 /// Routes that are looked at between two looks at the clock, about.
 constexpr std::size_t routesAtOnce = 512;
 constexpr std::size_t placesAtOnce = 8192;
+constexpr std::size_t noTable = ~std::size_t{0};
 
 } // namespace
 
@@ -114,9 +115,10 @@ RunningComparison::Pass RunningComparison::passOf(Name const & name, PeerState &
     Pass pass{.name = name, .round = round_, .content = contentOf(peer)};
     std::size_t routes = 0;
     pass.isQuiet = true;
+    pass.places.fill(noTable);
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (RibState const * const table = tables[i]) {
-            pass.places[i] = table->routes.places();
+            pass.places[i] = table->routes.size();
             routes += table->routes.size();
             pass.isQuiet =
                 pass.isQuiet && routers_.now() - table->changedAt >= routers_.settings().settle;
@@ -129,11 +131,10 @@ RunningComparison::Pass RunningComparison::passOf(Name const & name, PeerState &
 bool RunningComparison::advance(Pass & pass, PeerState & peer) {
     auto const tables = tablesOf(peer);
     for (std::size_t i = 0; i < tables.size(); ++i) {
-        std::size_t const places = tables[i] != nullptr ? tables[i]->routes.places() : 0;
-        if (places != pass.places[i]) {
+        if ((tables[i] == nullptr) != (pass.places[i] == noTable)) {
             return false; // it comes up again, since it changed
         }
-        if (pass.scanned[i] < places) {
+        if (tables[i] != nullptr && pass.scanned[i] < pass.places[i]) {
             scan(pass, i, tables[i]->routes);
             return true;
         }

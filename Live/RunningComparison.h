@@ -57,7 +57,7 @@ private:
         U64 round = 0;
         Content content{};
         bool isQuiet = false;
-        std::array<std::size_t, 2> places{}; ///< of both tables: others, and all stand elsewhere
+        std::array<std::size_t, 2> places{}; ///< of both tables; what comes later is left out
         std::array<std::size_t, 2> scanned{};
         /// Places of routes by a hash of their prefix, so that few at a time are in order, and a
         /// prefix stands in one.

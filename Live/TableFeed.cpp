@@ -51,6 +51,7 @@ bool TableFeed::isYoung(U8 changed) const {
 std::unique_ptr<RibState> TableFeed::makeTable(PeerState const & peer, Rib rib) const {
     auto table = std::make_unique<RibState>();
     table->form = TableForm(peer.open.declaredForm(rib, false), settings_.trustFlags);
+    table->hasNext = judge_.hasNext();
     return table;
 }
 
@@ -152,9 +153,10 @@ void TableFeed::withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & 
 
 /// Takes a route out of all counts; its place in the table is the caller's.
 void TableFeed::forget(RibState & table, RibRoute const & route) {
-    --table.verdicts[static_cast<U8>(route.verdict)];
-    table.withLocalPref -= (route.marks & RibRoute::localPref) != 0 ? 1 : 0;
+    table.uncount(route);
+    table.withLocalPref -= route.has(RibRoute::localPref) ? 1 : 0;
     store_.release(route.attributes);
+    --table.byFamily[numberOf(route.family())];
     --routes_;
 }
 
@@ -173,17 +175,15 @@ void TableFeed::announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4)
             forget(table, *route);
         }
         ++routes_;
+        ++table.byFamily[numberOf(key.prefix.af())];
         ++table.announced;
         route->attributes = attributes;
-        route->decidedBy = 0;
-        route->marks = static_cast<U8>((as4 ? RibRoute::as4 : 0) |
-                                       (kept_.hasLocalPref ? RibRoute::localPref : 0));
+        route->marksAre(static_cast<U8>((as4 ? RibRoute::as4 : 0) |
+                                        (kept_.hasLocalPref ? RibRoute::localPref : 0)));
         route->generation = table.generation;
         route->changed = tick_;
         noticeAfter(peer, rib, key);
-        route->verdict = Verdict::none;
         table.withLocalPref += kept_.hasLocalPref ? 1 : 0;
-        ++table.verdicts[static_cast<U8>(Verdict::none)];
         judge(peer, table, rib, *route);
     }
 }
@@ -192,18 +192,20 @@ void TableFeed::checkLimits(RibState & table, Agent::UpdatePrefix const & key) c
     if (routes_ >= settings_.maxRoutes && table.routes.find(key) == nullptr) {
         throw LimitReached("more than " + std::to_string(settings_.maxRoutes) + " routes");
     }
+    if (table.routes.size() >= RibTable::mostRoutes) {
+        throw LimitReached("more than " + std::to_string(RibTable::mostRoutes) +
+                           " routes of a table");
+    }
     if (store_.isFull()) {
         throw LimitReached("path attributes of more than 16 GiB");
     }
 }
 
 void TableFeed::judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route) {
-    if (rib != settings_.rib) {
-        return;
+    if (rib == settings_.rib) {
+        judge_.judge(route, peer, rib, table.side);
+        table.count(route);
     }
-    --table.verdicts[static_cast<U8>(route.verdict)];
-    route.verdict = judge_.verdict(route, peer, rib);
-    ++table.verdicts[static_cast<U8>(route.verdict)];
 }
 
 void TableFeed::noticeOwnAs(PeerState & peer, bool as4) {
@@ -222,7 +224,10 @@ void TableFeed::decideOwnAs(PeerState & peer, String const & router) {
                                    " stands in front of received paths: it is taken off"
                              : "own AS does not stand in front of received paths any more");
     if (RibState * const table = peer.table(settings_.rib)) {
-        table->routes.each([&](RibRoute & route) { judge(peer, *table, settings_.rib, route); });
+        table->routes.each([&](RibRoute & route) {
+            table->uncount(route);
+            judge(peer, *table, settings_.rib, route);
+        });
     }
 }
 
@@ -230,9 +235,7 @@ void TableFeed::complete(RibState & table, AddressFamily family, Where const & w
     sweep(table, family);
     table.complete[numberOf(family)] = true;
     table.stale = table.stale && !(table.complete[0] && table.complete[1]);
-    U64 routes = 0;
-    table.routes.each([&](RibRoute const & route) { routes += route.family == family ? 1 : 0; });
-    listener_.sync(where, family, routes);
+    listener_.sync(where, family, table.byFamily[numberOf(family)]);
 }
 
 void TableFeed::sweep(RibState & table, AddressFamily family) {
@@ -240,7 +243,7 @@ void TableFeed::sweep(RibState & table, AddressFamily family) {
         return;
     }
     table.routes.eraseIf([&](RibRoute const & route) {
-        bool const isOld = route.family == family && route.generation != table.generation;
+        bool const isOld = route.family() == family && route.generation != table.generation;
         if (isOld) {
             forget(table, route);
         }
@@ -249,8 +252,27 @@ void TableFeed::sweep(RibState & table, AddressFamily family) {
 }
 
 void TableFeed::empty(RibState & table) {
-    table.routes.each([&](RibRoute const & route) { forget(table, route); });
+    constexpr std::size_t atOnce = 64;
+    std::vector<U32> attributes;
+    attributes.reserve(atOnce);
+    auto const release = [&] {
+        store_.release(attributes);
+        attributes.clear();
+    };
+    table.routes.each([&](RibRoute const & route) {
+        attributes.push_back(route.attributes);
+        if (attributes.size() == atOnce) {
+            release();
+        }
+    });
+    release();
+    routes_ -= table.routes.size();
     table.routes.clear();
+    table.byFamily = {};
+    table.withLocalPref = 0;
+    table.shown = {};
+    table.next = {};
+    table.changes = {};
     table.waiting.clear();
     table.waitingBytes = 0;
 }

@@ -83,13 +83,11 @@ public:
     U64 routes() const { return routes_; }
 
 private:
-    using Verdict = RibRoute::Verdict;
-
     void apply(PeerState & peer, ByteCursor update, bool as2, Where const & where);
     void checkLimits(RibState & table, Agent::UpdatePrefix const & key) const;
     void withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key);
     void announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4);
-    /// Keeps what came of a route's evaluation.
+    /// Evaluates a route that does not count, and counts it.
     void judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route);
     void forget(RibState & table, RibRoute const & route);
     /// Something changed behind the policy, which a route before it is compared with.

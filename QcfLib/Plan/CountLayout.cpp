@@ -1,6 +1,8 @@
 #include "QcfLib/Plan/CountLayout.h"
 
+#include "QcfLib/DecidedEvaluation.h"
 #include "QcfLib/NodeWalk.h"
+#include "QcfLib/Plan.h"
 #include "QcfLib/Plan/CounterStore.h"
 #include "QcfLib/PlanEpoch.h"
 
@@ -134,6 +136,50 @@ std::vector<Expression const *> statementsOf(Function const & function) {
         return met.insert(&at.node).second;
     });
     return statements;
+}
+
+namespace {
+
+/// The walk to the statements that leave a function.
+class DeciderWalk {
+public:
+    DeciderWalk(Function const & function, std::function<void(Decider const &)> const & visit)
+        : function_(function), visit_(visit) {}
+
+    void line(CountedStatements const & statements) {
+        for (CountedStatement const & statement : statements) {
+            if (statement.leaves) {
+                visit_({statement.counters.discounted, function_, *statement.node});
+            }
+            line(statement.block);
+            for (CountedLink const & link : statement.links) {
+                line(link.block);
+            }
+            line(statement.otherwise);
+        }
+    }
+
+private:
+    Function const & function_;
+    std::function<void(Decider const &)> const & visit_;
+};
+
+} // namespace
+
+void eachDecider(Function const & function, std::function<void(Decider const &)> const & visit) {
+    CountLayout const * const layout = function.planFor(function).countLayout();
+    if (layout == nullptr) {
+        return;
+    }
+    for (CountedBody const & body : layout->bodies) {
+        if (!body.isInlined) {
+            visit({body.end.discounted, *body.function, *body.function});
+        }
+        DeciderWalk(*body.function, visit).line(body.statements);
+    }
+    for (ObservedNode const & node : layout->observed) {
+        visit({node.counters.discounted, *node.function, *node.node});
+    }
 }
 
 void StatementCounts::enabledIs(bool enabled) { PlanEpoch::countingIs(enabled); }

@@ -1,5 +1,7 @@
+#include "QcfLib/DecidedEvaluation.h"
 #include "QcfLib/Operators/WatchedEvaluation.h"
 #include "QcfLib/Plan.h"
+#include "QcfLib/Plan/CountSteps.h"
 #include "QcfLib/Plan/PlanStep.h"
 #include "QcfLib/QcfEval.h"
 
@@ -114,6 +116,27 @@ EvalResult Function::eval(Ptr<EvalContextBase> const & context) const {
         return end.returned();
     }
     return evalAtLength(*this, context);
+}
+
+DecidedEvaluation evalDecided(Function const & function, Ptr<EvalContextBase> const & context) {
+    auto & c = evalContext(context);
+    // Where a step of the plan keeps room for its counters, that is done before all others run.
+    bool const isCounting = StatementCounts::enabled() && Plan::enabled() && !isLookedOn(context);
+    if (!isCounting || function.argumentsExpected() || c.functionCallDepth() != 0) {
+        return {function.eval(context)};
+    }
+    Plan const * plan = function.keptPlan();
+    if (plan == nullptr || !c.isEvaluatedFunction(function) || !plan->isCurrentCounting()) {
+        assertWalkable(function);
+        c.evaluatedFunctionIs(function);
+        plan = &function.planFor(function);
+    }
+    PlanStep const & end = runSteps(&plan->entry(), PlanRun(context));
+    // Counting may have been switched off since it was asked.
+    U32 const decider = plan->countLayout() == nullptr
+                            ? DecidedEvaluation::unknown
+                            : static_cast<CountedEnd const &>(end).discounted(c.counters());
+    return {finish(c, end.result()), decider};
 }
 
 } // namespace Qcf::Eval

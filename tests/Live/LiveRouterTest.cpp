@@ -26,7 +26,7 @@ TEST(LiveRouter, KeepsWhatWasAnnouncedLast) {
     EXPECT_EQ(table.announced, 4);
     EXPECT_EQ(table.withdrawn, 2);
     EXPECT_EQ(table.withdrawnUnheld, 1);
-    EXPECT_THAT(table.verdicts, ElementsAre(0, 2, 0, 0));
+    EXPECT_THAT(table.shown.byVerdict, ElementsAre(0, 2, 0, 0));
     EXPECT_EQ(station.routers.store().size(), 2);
     EXPECT_THAT(station.notebook.syncs, ElementsAre("edge1 192.0.2.1 in-pre v4 2"));
     EXPECT_THAT(station.notebook.notes, IsEmpty());

@@ -74,11 +74,15 @@ String endOfRib(PeerSpec const & peer) { return monitoring(peer, update("", "", 
 String medAttribute(U32 med) { return attribute(4, u32(med)); }
 
 TestStation::TestStation(String const & policy, LiveSettings wanted)
-    : settings(std::move(wanted)),
-      policy_(Qcf::test::readPolicy(policy, sources_)),
-      routers(settings, policy_->program().find("import"),
-              Lists::bindLists(policy_->program().slots, policy_->lists(sources_).get()),
-              notebook) {}
+    : settings(std::move(wanted)), routers(settings, read(policy), notebook) {}
+
+std::shared_ptr<LivePolicy const> TestStation::read(String const & policy) {
+    Eval::StatementCounts::enabledIs(true);
+    auto const text = Qcf::test::readPolicy(policy, sources_);
+    auto const & program = text.program();
+    return std::make_shared<LivePolicy const>(
+        program.find("import"), Lists::bindLists(program.slots, text.lists(sources_).get()));
+}
 
 void TestStation::hear(String const & bytes) {
     connection_.emplace(routers, "somewhere");

@@ -93,13 +93,14 @@ public:
     /// The routes of a table in order, as `routeText` has them.
     std::vector<String> table(String const & address, Rib rib, String const & routerName = "edge1");
     ComparisonCounts compare(Tolerance tolerance = {});
+    /// A policy for this station, whose function is called "import" as well.
+    std::shared_ptr<LivePolicy const> read(String const & policy);
 
     LiveSettings settings;
     Notebook notebook;
 
 private:
     Text::Sources sources_;
-    std::optional<Text::Policy> policy_;
 
 public:
     RouterSet routers;

@@ -9,6 +9,7 @@ streams=$QCF_SOURCE_DIR/tests/Live/streams
 work=$(mktemp -d)
 station=
 players=()
+policy=("$streams/frr.qcf") # file or store, of which the function "import" is taken
 cd "$work"
 trap 'kill -9 $station ${players[*]:-} 2>/dev/null || true; rm -rf "$work"' EXIT
 
@@ -34,11 +35,11 @@ wantsTold() { until_ "'$1'" told "$1"; }
 # A table for each event; the recording of a whole router ends with the last of them.
 wantsTables() { until_ "$1 tables" toldTimes "$1" '"event":"sync"'; }
 
-# start OPTION...: a station that listens at $port, with the policy of the FRR streams.
+# start OPTION...: a station that listens at $port, with the policy.
 start() {
     : >err.txt
     : >out.txt
-    "$QCF_BINARY" watch "$streams/frr.qcf" --function import --bmp 127.0.0.1:0 --settle 500ms \
+    "$QCF_BINARY" watch "${policy[@]}" --function import --bmp 127.0.0.1:0 --settle 500ms \
         --output jsonl "$@" >out.txt 2>err.txt &
     station=$!
     wantsTold 'listens at [^ ]*:[0-9]+'
