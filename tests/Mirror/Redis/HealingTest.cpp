@@ -278,7 +278,7 @@ public:
         ::unlink(path_.c_str());
         path_.copy(address.sun_path, sizeof address.sun_path - 1);
         fd_ = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        ::bind(fd_, reinterpret_cast<sockaddr *>(&address), sizeof address);
+        static_cast<void>(::bind(fd_, reinterpret_cast<sockaddr *>(&address), sizeof address));
         ::listen(fd_, 5);
         thread_ = std::thread([this] { serve(); });
     }
