@@ -7,11 +7,60 @@
 #include "Command/WatchMetrics.h"
 #include "Command/WatchTeller.h"
 #include "Command/WatchView.h"
-#include "Live/ToldDifferences.h"
+#include "Live/RouteEvents.h"
 
 namespace {
 
 using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
+
+/// Writes events as fast as they are read, and no faster.
+class EventTask final : public StationTask {
+public:
+    EventTask(RouterSet & routers, WatchTeller & teller, RunningComparison & comparison,
+              bool tellsRoutes)
+        : teller_(teller), comparison_(comparison) {
+        if (tellsRoutes) {
+            news_.emplace(routers, [this](RouteNews const & news) { teller_.route(news); });
+        }
+    }
+
+    bool step(Deadline deadline) override {
+        bool const isFree = teller_.write();
+        // A difference that could not be written is found once more.
+        auto const now = std::chrono::steady_clock::now();
+        if (isFree && teller_.hasUntold() && now - restartedAt_ > std::chrono::seconds(1)) {
+            comparison_.restart();
+            restartedAt_ = now;
+        }
+        while (news_ && news_->waiting() > 0 && std::chrono::steady_clock::now() < deadline) {
+            if (!teller_.write()) {
+                return false;
+            }
+            news_->tell(routesAtOnce);
+        }
+        return news_ && news_->waiting() > 0;
+    }
+    /// Another policy is shown: what it makes of routes may be news.
+    void restart() {
+        if (news_) {
+            news_->restart();
+        }
+    }
+    /// All that is left, however slowly it is read.
+    void finish() {
+        if (news_) {
+            news_->tell();
+        }
+    }
+
+private:
+    static constexpr std::size_t routesAtOnce = 16;
+
+    WatchTeller & teller_;
+    RunningComparison & comparison_;
+    std::optional<RouteEvents> news_;
+    std::chrono::steady_clock::time_point restartedAt_;
+};
 
 /// A station with what it shows while it runs.
 class LiveWatch {
@@ -27,20 +76,26 @@ public:
               routers_, options.tolerance(),
               [this](RouteDifference const & difference) { differs(difference); },
               [this](String const & router, PeerState const & peer, bool isWhole) {
-                  if (isWhole) {
-                      told_.passed(router, peer);
-                  }
+                  teller_.passed(router, peer, isWhole);
               }),
           policies_(source, routers_, static_cast<U32>(options.threads),
                     [this](PolicyChange const & change) {
                         teller_.policy(change);
                         comparison_.restart();
+                        if (events_) {
+                            events_->restart();
+                        }
                     }),
           view_(routers_, comparison_,
                 options.isPublished() ? options.redis.name : options.policy.policy.path),
           station_(routers_, options.station) {
         station_.add(comparison_);
         station_.add(policies_);
+        if (options.isJson()) {
+            teller_.eventsWait();
+            events_.emplace(routers_, teller_, comparison_, options.only != "differs");
+            station_.add(*events_);
+        }
     }
 
     int run();
@@ -48,7 +103,7 @@ public:
 private:
     void differs(RouteDifference const & difference) {
         // People see them at the end, when they stand still.
-        if (options_.isJson() && told_.isNew(difference)) {
+        if (options_.isJson()) {
             teller_.differs(difference);
         }
     }
@@ -61,11 +116,11 @@ private:
     WatchMetrics metrics_;
     ShownMetrics places_;
     WatchTeller teller_;
-    ToldDifferences told_;
     RouterSet routers_;
     RunningComparison comparison_;
     PolicyTask policies_;
     WatchView view_;
+    std::optional<EventTask> events_;
     Station station_;
 };
 
@@ -101,11 +156,15 @@ int LiveWatch::run() {
 }
 
 int LiveWatch::finish(Station::End end) {
-    Board const board =
-        Board::of(routers_, options_.tolerance(), [this](RouteDifference const & difference) {
-            if (!options_.isJson() || told_.isNew(difference)) {
-                teller_.differs(difference);
-            }
+    if (events_) {
+        teller_.eventsAreDue();
+        events_->finish();
+    }
+    Board const board = Board::of(
+        routers_, options_.tolerance(),
+        [this](RouteDifference const & difference) { teller_.differs(difference); },
+        [this](String const & router, PeerState const & peer) {
+            teller_.passed(router, peer, true);
         });
     teller_.board(board);
     if (end == Station::End::incomplete) {

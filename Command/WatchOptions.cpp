@@ -13,7 +13,9 @@ namespace {
 using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
 
 /// The table that a table is compared with unless another one is given.
-Rib usualAgainst(Rib rib) { return rib == Rib::outPre ? Rib::outPost : Rib::inPost; }
+Rib usualAgainst(Rib rib) {
+    return rib == Rib::outPre || rib == Rib::loc ? Rib::outPost : Rib::inPost;
+}
 
 /// What `parse` reads of each text; throws with what was wanted where it reads nothing.
 template <typename Parse>
@@ -40,6 +42,12 @@ void WatchOptions::addTo(CLI::App & command) {
                     "Differences that do no harm: blackhole-no-export, local-preference, next-hop")
         ->check(CLI::IsMember({"blackhole-no-export", "local-preference", "next-hop"}));
     selection.addRoutesTo(command);
+    command
+        .add_option(
+            "--only", only,
+            "Tell of routes alone that are accepted, rejected, unknown, changed (verdict or\n"
+            "what is written) or differs (from what the router has)")
+        ->check(CLI::IsMember({"accepted", "rejected", "unknown", "changed", "differs"}));
     command.add_option("--router", router, "Tell of routes of this router alone")
         ->type_name("NAME");
     command
@@ -61,8 +69,10 @@ void WatchOptions::addPolicy(CLI::App & command) {
 }
 
 void WatchOptions::addTables(CLI::App & command) {
-    std::vector<String> const names = {ribName(Rib::inPre), ribName(Rib::inPost),
-                                       ribName(Rib::outPre), ribName(Rib::outPost)};
+    std::vector<String> names;
+    for (std::size_t i = 0; i < ribs; ++i) {
+        names.emplace_back(ribName(static_cast<Rib>(i)));
+    }
     command.add_option("--rib", rib_, "Table whose routes are evaluated")
         ->check(CLI::IsMember(names))
         ->capture_default_str();
@@ -85,6 +95,8 @@ void WatchOptions::addTables(CLI::App & command) {
 void WatchOptions::addInputs(CLI::App & command) {
     command.add_option("--replay", replays, "Recorded streams to read; - for standard input")
         ->type_name("FILE");
+    command.add_flag("--pace", isPaced,
+                     "Read MRT and lines of RIS Live as slowly as they were recorded");
     command.add_flag("--once", station.once,
                      "End when the tables of all routers have settled, as recordings always do");
     addRouters(command);
@@ -120,6 +132,37 @@ void WatchOptions::addRouters(CLI::App & command) {
         ->type_name("DIR");
 }
 
+bool WatchOptions::isOnly(RibRoute::Verdict verdict) const {
+    constexpr std::array<std::string_view, 3> names = {"rejected", "accepted", "unknown"};
+    auto const at = static_cast<std::size_t>(verdict);
+    return at < names.size() && names[at] == only;
+}
+
+bool WatchOptions::isSelected(String const & ofRouter, IpGenAddr const & peer,
+                              IpGenPrefix const & prefix) const {
+    // Of a Loc-RIB no route says which peer it is about.
+    Qcf::Agent::Route shown;
+    shown.ipPrefix = prefix;
+    shown.sourceSessionRemoteIpAddress = peer;
+    return (router.empty() || router == ofRouter) && selection.selectsRoute(shown);
+}
+
+// A route that was as asked for and is not any more is told of, too.
+bool WatchOptions::isAsked(RouteNews const & news) const {
+    bool const isSuch = only.empty() || isOnly(news.verdict) || isOnly(news.was) ||
+                        (only == "changed" && news.was != RibRoute::Verdict::none);
+    return isSuch && isSelected(news.where.router, news.where.peer, news.key.prefix);
+}
+
+bool WatchOptions::isAsked(RouteDifference const & difference) const {
+    using Verdict = RibRoute::Verdict;
+    Verdict const verdict = difference.underlying == CompareKind::unknown ? Verdict::unknown
+                            : difference.engine != nullptr                ? Verdict::accepted
+                                                                          : Verdict::rejected;
+    return (only.empty() || only == "differs" || isOnly(verdict)) &&
+           isSelected(difference.router, difference.peer.key.address, difference.before.ipPrefix);
+}
+
 void WatchOptions::read() {
     readPolicy();
     readTables();
@@ -128,6 +171,12 @@ void WatchOptions::read() {
         throw UsageError(isLive() ? "reads recordings or hears routers, not both at once"
                                   : "wants --replay FILE, --bmp ADDRESS:PORT or --bmp-connect "
                                     "ADDRESS:PORT");
+    }
+    if (isPaced && isLive()) {
+        throw UsageError("--pace wants --replay");
+    }
+    if (only == "changed" && !isJson()) {
+        throw UsageError("--only changed wants --output jsonl: else differences alone are told");
     }
     if (!isLive() && !station.recordings.empty()) {
         throw UsageError("--record wants --bmp or --bmp-connect");

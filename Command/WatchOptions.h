@@ -5,6 +5,7 @@
 #include "Command/RedisArguments.h"
 #include "Command/RouteSelection.h"
 #include "Live/Comparison.h"
+#include "Live/RouteEvents.h"
 #include "Live/Station.h"
 
 /// What `qcf watch` is asked for.
@@ -18,7 +19,9 @@ struct WatchOptions {
     RouteSelection selection = {};
     std::vector<String> replays;
     String router; ///< of which alone is told; empty for all
+    String only;   ///< which routes alone are told of; empty for all
     String output = "table";
+    bool isPaced = false;
 
     /// Adds all options; must outlive the parsing.
     void addTo(CLI::App & command);
@@ -26,12 +29,18 @@ struct WatchOptions {
     void read();
 
     bool isPublished() const { return policy.policy.path.empty(); }
+    /// Whether these are told of.
+    bool isAsked(Qcf::Live::RouteNews const & news) const;
+    bool isAsked(Qcf::Live::RouteDifference const & difference) const;
     bool isJson() const { return output == "jsonl"; }
     /// Whether routers are heard, and no recordings read.
     bool isLive() const { return !station.listen.empty() || !station.connect.empty(); }
     Qcf::Live::Tolerance tolerance() const;
 
 private:
+    bool isOnly(Qcf::Live::RibRoute::Verdict verdict) const;
+    bool isSelected(String const & ofRouter, IpGenAddr const & peer,
+                    IpGenPrefix const & prefix) const;
     void addTables(CLI::App & command);
     void addPolicy(CLI::App & command);
     void addInputs(CLI::App & command);

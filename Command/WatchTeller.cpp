@@ -5,6 +5,12 @@
 #include "Command/Output.h"
 #include "Platform/Render/Utf8.h"
 
+#include <climits>
+#include <utility>
+
+#include <poll.h>
+#include <unistd.h>
+
 using namespace Qcf::Live; // NOLINT(google-build-using-namespace): what this command is about
 
 WatchDecider::WatchDecider(std::shared_ptr<LivePolicy const> policy)
@@ -25,7 +31,43 @@ DecidedBy WatchDecider::of(Qcf::Agent::Route const & route) {
 WatchTeller::WatchTeller(WatchOptions const & options, std::shared_ptr<LivePolicy const> policy)
     : options_(options),
       decider_(std::make_unique<WatchDecider>(std::move(policy))),
-      events_([](std::string_view line) { standardOutput().write(line); }) {}
+      events_([this](std::string_view line) { take(line); }) {}
+
+void WatchTeller::take(std::string_view line) {
+    constexpr std::size_t most = std::size_t{4} << 20;
+    if (!doWait_) {
+        standardOutput().write(line);
+        return;
+    }
+    waiting_ += line;
+    // Nothing is left out: at last routers wait for whoever reads this.
+    if (waiting_.size() > most) {
+        standardOutput().write(std::exchange(waiting_, {}));
+    }
+}
+
+void WatchTeller::eventsAreDue() {
+    doWait_ = false;
+    standardOutput().write(std::exchange(waiting_, {}));
+}
+
+bool WatchTeller::write() {
+    // So much a pipe takes at once that takes anything.
+    constexpr std::size_t atOnce = PIPE_BUF;
+    std::size_t written = 0;
+    while (written < waiting_.size()) {
+        pollfd out{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+        if (::poll(&out, 1, 0) == 0) {
+            break;
+        }
+        std::string_view const piece = std::string_view(waiting_).substr(written, atOnce);
+        standardOutput().write(piece);
+        standardOutput().flush();
+        written += piece.size();
+    }
+    waiting_.erase(0, written);
+    return waiting_.empty();
+}
 
 void WatchTeller::note(Where const & where, String const & text) {
     // For programs, and for people who look on.
@@ -66,13 +108,35 @@ void WatchTeller::policy(PolicyChange const & change) {
                  std::to_string(change.changes.writesOther) + " with other attributes");
 }
 
+void WatchTeller::route(RouteNews const & news) {
+    if (options_.isAsked(news)) {
+        events_.route(news, news.route != nullptr ? decider_->of(*news.route) : DecidedBy());
+    }
+}
+
+void WatchTeller::passed(String const & router, PeerState const & peer, bool isWhole) {
+    if (!isWhole) {
+        differences_.passedSome(router, peer.key);
+        return;
+    }
+    Where const where{router, peer.key.address, options_.settings.rib, peer.vrf()};
+    differences_.passed(router, peer.key, [&](Qcf::Agent::UpdatePrefix const & key) {
+        if (!isBusy()) {
+            events_.agrees(where, key);
+        }
+        return !isBusy();
+    });
+}
+
 void WatchTeller::differs(RouteDifference const & difference) {
-    bool const isAsked = options_.router.empty() || options_.router == difference.router;
-    if (!isAsked || !options_.selection.selectsRoute(difference.before)) {
+    if (!options_.isAsked(difference)) {
         return;
     }
     if (options_.isJson()) {
-        events_.differs(difference, options_.settings.rib, decider_->of(difference.before));
+        if (differences_.note(difference) && !isBusy()) {
+            events_.differs(difference, options_.settings.rib, decider_->of(difference.before));
+            differences_.isTold(difference);
+        }
     } else if (options_.output == "table") {
         standardOutput().write(lineOf(difference));
     }

@@ -3,6 +3,7 @@
 #include "Command/Decisions.h"
 #include "Command/WatchOptions.h"
 #include "Live/Board.h"
+#include "Live/DifferenceMemory.h"
 #include "Live/LiveEvents.h"
 #include "Live/LivePolicy.h"
 #include "Live/PolicySwap.h"
@@ -24,7 +25,7 @@ private:
     Decisions decisions_;
 };
 
-/// What routers' notes and differences are written as.
+/// What routers' notes, routes and differences are written as.
 class WatchTeller final : public Qcf::Live::LiveListener {
 public:
     /// Where notes go instead of standard error.
@@ -40,8 +41,25 @@ public:
 
     /// Another policy is shown from now on.
     void policy(Qcf::Live::PolicyChange const & change);
-    /// Writes a difference where it is asked for.
+    /// Events wait for `write` from here on: whoever reads them may be slow.
+    void eventsWait() { doWait_ = true; }
+    /// They do no more, and those that wait are written.
+    void eventsAreDue();
+    /// Writes events that wait, as far as standard output takes them at once. Answers whether all
+    /// are written.
+    bool write();
+    /// Whether routes and differences had better be told later, when others are written.
+    bool isBusy() const { return waiting_.size() > mostWaiting; }
+
+    /// Writes what is new of a route where it is asked for.
+    void route(Qcf::Live::RouteNews const & news);
+    /// Writes a difference where it is asked for; as an event only if it was not told so already.
     void differs(Qcf::Live::RouteDifference const & difference);
+    /// All differences of a peer were told, but for routes that changed lately where it is not
+    /// whole: those that are over are told.
+    void passed(String const & router, Qcf::Live::PeerState const & peer, bool isWhole);
+    /// Whether the comparison is to be made once more, so that all is told.
+    bool hasUntold() const { return differences_.hasUntold(); }
     /// Writes what all came to.
     void board(Qcf::Live::Board const & board);
 
@@ -49,8 +67,15 @@ private:
     /// "edge1 192.0.2.1  10.0.0.0/8  attributes  p.qcf:7  med: 20 (engine), 0 (router)".
     String lineOf(Qcf::Live::RouteDifference const & difference);
 
+    static constexpr std::size_t mostWaiting = std::size_t{64} << 10;
+
+    void take(std::string_view line);
+
     WatchOptions const & options_;
     std::unique_ptr<WatchDecider> decider_;
+    Qcf::Live::DifferenceMemory differences_;
+    bool doWait_ = false;
+    String waiting_; ///< events
     Qcf::Live::LiveEvents events_;
     Lines lines_;
 };

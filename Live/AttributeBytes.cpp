@@ -6,18 +6,6 @@ namespace {
 
 using namespace Agent::Mrt; // NOLINT(google-build-using-namespace): codes of attributes
 
-void append(std::vector<U8> & to, U8 code, std::span<U8 const> value) {
-    // Flags are no part of what an attribute says.
-    bool const isLong = value.size() > 255;
-    to.push_back(isLong ? U8{optional | transitive | extendedLength} : U8{optional | transitive});
-    to.push_back(code);
-    if (isLong) {
-        to.push_back(static_cast<U8>(value.size() >> 8));
-    }
-    to.push_back(static_cast<U8>(value.size() & 0xff));
-    to.insert(to.end(), value.begin(), value.end());
-}
-
 /// Length and bytes of the next hop, behind the family in front of it.
 std::span<U8 const> nextHopOf(std::span<U8 const> reach) {
     constexpr std::size_t familySize = 3;
@@ -30,6 +18,18 @@ std::span<U8 const> nextHopOf(std::span<U8 const> reach) {
 
 } // namespace
 
+void appendAttribute(std::vector<U8> & to, U8 code, std::span<U8 const> value) {
+    // Flags are no part of what an attribute says.
+    bool const isLong = value.size() > 255;
+    to.push_back(isLong ? U8{optional | transitive | extendedLength} : U8{optional | transitive});
+    to.push_back(code);
+    if (isLong) {
+        to.push_back(static_cast<U8>(value.size() >> 8));
+    }
+    to.push_back(static_cast<U8>(value.size() & 0xff));
+    to.insert(to.end(), value.begin(), value.end());
+}
+
 void KeptAttributes::assign(std::span<U8 const> message, PrefixPlace place) {
     bytes.clear();
     path = {};
@@ -41,7 +41,7 @@ void KeptAttributes::assign(std::span<U8 const> message, PrefixPlace place) {
         bool const isDropped =
             code == mpUnreach || code == (ofAttribute ? U8{nextHop} : U8{mpReach});
         if (!isDropped) {
-            append(bytes, code, code == mpReach ? nextHopOf(value) : value);
+            appendAttribute(bytes, code, code == mpReach ? nextHopOf(value) : value);
         }
     });
 }

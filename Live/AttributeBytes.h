@@ -27,6 +27,9 @@ void eachAttribute(std::span<U8 const> bytes, Visit visit) {
     }
 }
 
+/// Appends a path attribute with a value of up to 64 KiB.
+void appendAttribute(std::vector<U8> & to, U8 code, std::span<U8 const> value);
+
 /// Which of the prefixes of an UPDATE attributes are kept for: the two have different next hops.
 enum class PrefixPlace : U8 { field, attribute };
 

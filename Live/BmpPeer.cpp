@@ -12,6 +12,8 @@ constexpr std::array<char const *, ribs> ribNames = {"in-pre", "in-post", "loc",
                                                      "out-post"};
 
 enum PeerFlag : U8 { v6 = 0x80, post = 0x40, as2Path = 0x20, out = 0x10 };
+/// The flag of a Loc-RIB, in a place where others have another one.
+constexpr U8 filtered = 0x80;
 
 /// An address as BMP has it: 16 bytes, of which one of IPv4 uses the last four.
 IpGenAddr takeAddress(ByteCursor & body, bool isV6) {
@@ -87,6 +89,22 @@ std::optional<Rib> ribOf(std::string_view name) {
                                 : std::optional(static_cast<Rib>(at - ribNames.begin()));
 }
 
+String distinguisherText(U64 distinguisher) {
+    // Two bytes say how the other six are divided (RFC 4364 4.2).
+    auto const type = static_cast<U16>(distinguisher >> 48);
+    auto const administrator = static_cast<U32>(distinguisher >> 16);
+    String const number = std::to_string(distinguisher & 0xffff);
+    switch (type) {
+    case 0:
+        return std::to_string(distinguisher >> 32 & 0xffff) + ':' +
+               std::to_string(distinguisher & 0xffffffff);
+    case 1:
+        return IpGenAddr::v4(administrator).toString() + ':' + number;
+    default:
+        return std::to_string(administrator) + ':' + number;
+    }
+}
+
 PeerHeader PeerHeader::take(ByteCursor & body) {
     PeerHeader header;
     header.key.type = body.u8();
@@ -96,6 +114,7 @@ PeerHeader PeerHeader::take(ByteCursor & body) {
     // A Loc-RIB has flags of its own: those of peers are not among them.
     header.key.address = takeAddress(body, !isLoc && (flags & PeerFlag::v6) != 0);
     header.rib = isLoc ? Rib::loc : ribOfFlags(flags);
+    header.isFiltered = isLoc && (flags & filtered) != 0;
     header.as2 = !isLoc && (flags & PeerFlag::as2Path) != 0;
     header.as = body.u32();
     header.bgpId = body.u32();
@@ -151,12 +170,12 @@ PeerUp PeerUp::take(ByteCursor & body) {
 
 // One side receives identifiers and the other sends them: offers are not symmetrical.
 Agent::UpdateForm PeerUp::declaredForm(Rib rib, bool as2) const {
-    bool const isOut = rib == Rib::outPre || rib == Rib::outPost;
+    bool const isSent = isOut(rib);
     constexpr U8 receives = 1;
     constexpr U8 sends = 2;
     auto const hasIds = [&](std::size_t family) {
-        U8 const receiver = (isOut ? received : sent).addPath[family];
-        U8 const sender = (isOut ? sent : received).addPath[family];
+        U8 const receiver = (isSent ? received : sent).addPath[family];
+        U8 const sender = (isSent ? sent : received).addPath[family];
         // The messages of a Loc-RIB come from nobody: both OPENs say what there is.
         return rib == Rib::loc ? (receiver != 0 && sender != 0)
                                : (receiver & receives) != 0 && (sender & sends) != 0;

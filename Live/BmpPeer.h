@@ -11,6 +11,8 @@ namespace Qcf::Live {
 /// The tables of a router that it may show.
 enum class Rib : U8 { inPre, inPost, loc, outPre, outPost };
 constexpr std::size_t ribs = 5;
+/// Whether it is sent to a peer.
+constexpr bool isOut(Rib rib) { return rib == Rib::outPre || rib == Rib::outPost; }
 /// "in-pre".
 char const * ribName(Rib rib);
 /// The table of that name; nothing for another text.
@@ -27,13 +29,17 @@ struct PeerKey {
     auto operator<=>(PeerKey const &) const = default;
 };
 
+/// A distinguisher as people write it: "65000:7", "192.0.2.1:7".
+String distinguisherText(U64 distinguisher);
+
 /// What stands before most messages: which peer they are about, and in which form.
 struct PeerHeader {
     static constexpr U8 locRibType = 3;
 
     PeerKey key;
     Rib rib = Rib::inPre;
-    bool as2 = false; ///< AS_PATH is said to have AS numbers of two bytes
+    bool as2 = false;        ///< AS_PATH is said to have AS numbers of two bytes
+    bool isFiltered = false; ///< of a Loc-RIB: not all of it is shown
     U32 as = 0;
     U32 bgpId = 0;
     U32 seconds = 0; ///< by the router's clock, or 0

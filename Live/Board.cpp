@@ -64,6 +64,8 @@ String remarks(PeerState const & peer, RibState const * before, RibState const *
                 : "";
     text += any([](RibState const & table) { return table.inexact; }) ? "  damaged" : "";
     text += any([](RibState const & table) { return table.stale; }) ? "  stale" : "";
+    text += any([](RibState const & table) { return table.isFiltered; }) ? "  filtered" : "";
+    text += peer.vrf().empty() ? "" : "  VRF " + peer.vrf();
     text += peer.isAssumed ? "  no Peer Up" : "";
     text += peer.isUp && !peer.isSettled ? "  unsettled" : "";
     return text;
@@ -71,12 +73,16 @@ String remarks(PeerState const & peer, RibState const * before, RibState const *
 
 } // namespace
 
-Board Board::of(RouterSet & routers, Tolerance tolerance, TableComparison::Visit const & visit) {
+Board Board::of(RouterSet & routers, Tolerance tolerance, TableComparison::Visit const & visit,
+                Passed const & passed) {
     Board board(routers);
     TableComparison comparison(routers, tolerance, visit);
     for (auto & [name, router] : routers.all()) {
         for (auto & [key, peer] : router.peers()) {
             board.add(name, peer, {comparison.compare(name, peer), true});
+            if (passed) {
+                passed(name, peer);
+            }
         }
     }
     return board;

@@ -18,10 +18,12 @@ struct PeerRow {
 ///     out << board.tables() << board.summary();
 class Board {
 public:
+    /// All differences of a peer were visited.
+    using Passed = std::function<void(String const & router, PeerState const & peer)>;
     /// Compares the tables of all peers; `visit` as TableComparison has it. The routers must not
     /// change as long as the board is used.
     static Board of(RouterSet & routers, Tolerance tolerance,
-                    TableComparison::Visit const & visit = {});
+                    TableComparison::Visit const & visit = {}, Passed const & passed = {});
 
     /// What a running comparison has come to so far; quick, however many routes there are.
     static Board shown(RouterSet & routers, RunningComparison const & comparison);

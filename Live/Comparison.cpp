@@ -137,10 +137,20 @@ void ComparisonCounts::add(ComparisonCounts const & other) {
     }
 }
 
+std::array<RibState *, 2> TableComparison::tablesOf(LiveSettings const & settings,
+                                                    PeerState const & peer) {
+    bool const isElsewhere =
+        settings.rib == Rib::loc &&
+        (peer.isLocRib() ? peer.isSentOn : peer.table(settings.against) == nullptr);
+    if (isElsewhere) {
+        return {};
+    }
+    return {peer.comparedTable(settings.rib), peer.comparedTable(settings.against)};
+}
+
 ComparisonCounts TableComparison::compare(String const & router, PeerState & peer) {
     begin(router, peer, false);
-    RibState * const before = peer.table(routers_.settings().rib);
-    RibState * const after = peer.table(routers_.settings().against);
+    auto const [before, after] = tablesOf(routers_.settings(), peer);
     std::vector<RibRoute *> const routesBefore =
         before != nullptr ? before->routes.sorted() : std::vector<RibRoute *>();
     std::vector<RibRoute *> const routesAfter =
@@ -160,11 +170,11 @@ void TableComparison::begin(String const & router, PeerState & peer, bool passin
     passesYoung_ = passingYoung;
     router_ = &router;
     peer_ = &peer;
-    RibState * const before = peer.table(routers_.settings().rib);
-    RibState * const after = peer.table(routers_.settings().against);
+    auto const [before, after] = tablesOf(routers_.settings(), peer);
     hasTableAfter_ = after != nullptr;
     showsPreference_ = after != nullptr && after->withLocalPref != 0;
-    isDoubtful_ = false;
+    // What is not shown need not be missing.
+    isDoubtful_ = after != nullptr && after->isFiltered;
     pairsIds_ = {true, true};
     for (RibState const * const table : {before, after}) {
         if (table != nullptr) {

@@ -125,6 +125,10 @@ public:
           stored_(routers.store()) {}
 
     ComparisonCounts compare(String const & router, PeerState & peer);
+    /// What is compared with what at a peer. What becomes of a Loc-RIB is seen at the peers that it
+    /// is sent to, and there alone. Both null where nothing is compared.
+    static std::array<RibState *, 2> tablesOf(LiveSettings const & settings,
+                                              PeerState const & peer);
 
     /// The same in pieces, between which the tables may change: `begin` before each piece, then the
     /// routes of some prefixes, all of each, in the order of a table. What came of it is added to

@@ -33,6 +33,18 @@ char const * resultOf(RouteDifference const & difference) {
 
 } // namespace
 
+void renderChanges(Agent::AgentContext const & context, RendererV2 & renderer,
+                   Agent::ValueRenderer & values) {
+    context.changes().eachChange([&](auto, char const * name, auto const & value) {
+        renderer.key(name);
+        values.render(value, Agent::setFormOf(name));
+    });
+    if (context.nextHopSetToSelf()) {
+        renderer.key("nextHopSetToSelf");
+        renderer.value(true);
+    }
+}
+
 LiveEvents::LiveEvents(Write write, Clock clock)
     : write_(std::move(write)),
       clock_(clock ? std::move(clock) : now),
@@ -51,6 +63,9 @@ void LiveEvents::begin(char const * event, Where const & where) {
     }
     if (where.rib) {
         member("rib", ribName(*where.rib));
+    }
+    if (!where.vrf.empty()) {
+        member("vrf", where.vrf);
     }
 }
 
@@ -83,9 +98,43 @@ void LiveEvents::sync(Where const & where, AddressFamily family, U64 routes) {
     end();
 }
 
+void LiveEvents::prefix(Agent::UpdatePrefix const & key) {
+    member("prefix", key.prefix.toString());
+    if (key.pathId != 0) {
+        member("pathId", U64{key.pathId});
+    }
+}
+
+void LiveEvents::route(RouteNews const & news, DecidedBy const & decided) {
+    using Verdict = RibRoute::Verdict;
+    begin("route", news.where);
+    prefix(news.key);
+    member("result", verdictName(news.verdict));
+    if (news.was != Verdict::none) {
+        member("was", verdictName(news.was));
+    }
+    if (news.context != nullptr) {
+        renderer_.key("decidedBy");
+        Watch::renderDecidedBy(decided.place, decided.reason, renderer_);
+    }
+    if (news.verdict == Verdict::accepted) {
+        renderer_.key("changes");
+        renderer_.beginObject();
+        renderChanges(*news.context, renderer_, values_);
+        renderer_.endObject();
+    }
+    end();
+}
+
+void LiveEvents::agrees(Where const & where, Agent::UpdatePrefix const & key) {
+    begin("agrees", where);
+    prefix(key);
+    end();
+}
+
 void LiveEvents::differs(RouteDifference const & difference, Rib rib, DecidedBy const & decided) {
-    begin("differs", {difference.router, difference.peer.key.address, rib});
-    member("prefix", difference.before.ipPrefix.toString());
+    begin("differs", {difference.router, difference.peer.key.address, rib, difference.peer.vrf()});
+    prefix({difference.before.ipPrefix, difference.pathId});
     member("kind", compareKindName(difference.kind));
     if (difference.kind != difference.underlying) {
         member("otherwise", compareKindName(difference.underlying));

@@ -3,6 +3,7 @@
 #include "Agent/Routes/ValueRenderer.h"
 #include "Live/Comparison.h"
 #include "Live/PolicySwap.h"
+#include "Live/RouteEvents.h"
 #include "Live/TopDeciding.h"
 
 namespace Qcf::Live {
@@ -12,6 +13,10 @@ struct DecidedBy {
     Watch::NodePlace const * place = nullptr; ///< null where the function's end was reached
     String reason = {};
 };
+
+/// Writes what a function changed of a route as members of an object that was begun.
+void renderChanges(Agent::AgentContext const & context, RendererV2 & renderer,
+                   Agent::ValueRenderer & values);
 
 /// Events as lines of JSON, for programs: `event`, `time`, then `router`, `peer` and `rib` as far
 /// as they apply, then what the event says. Each line is handed out whole, with its end.
@@ -31,11 +36,15 @@ public:
     void note(Where const & where, String const & text);
     void peer(Where const & where, bool isUp, U8 reason);
     void sync(Where const & where, AddressFamily family, U64 routes);
+    /// What is new of a route; without `decided` nothing is said of it.
+    void route(RouteNews const & news, DecidedBy const & decided);
     /// A route that is not equal to what the router has.
     void differs(RouteDifference const & difference, Rib rib, DecidedBy const & decided);
     /// Another policy has taken the place of the one before: how many routes that changes, and by
     /// which statements most of those are decided now that have another verdict.
     void policy(PolicyChange const & change);
+    /// A difference of a route is over.
+    void agrees(Where const & where, Agent::UpdatePrefix const & key);
     /// What all comparisons came to.
     void summary(ComparisonCounts const & counts);
 
@@ -46,6 +55,7 @@ private:
         renderer_.key(key);
         renderer_.value(value);
     }
+    void prefix(Agent::UpdatePrefix const & key);
     void attribute(ComparedAttribute attribute, RouteDifference const & difference);
     void value(char const * key, Agent::Route const & route, std::size_t index);
 

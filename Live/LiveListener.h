@@ -9,8 +9,9 @@ struct Where {
     String router = {};
     IpGenAddr peer = {}; ///< none where it is about the router
     std::optional<Rib> rib = {};
+    String vrf = {}; ///< of a peer in one: its name, else its distinguisher
 
-    /// "edge1 192.0.2.1 in-pre".
+    /// "edge1 192.0.2.1 in-pre", "edge1 192.0.2.1 (blue) in-pre".
     String text() const;
 };
 

@@ -10,6 +10,7 @@ String Where::text() const {
     if (peer.af() != AddressFamily::none) {
         text += (text.empty() ? "" : " ") + peer.toString();
     }
+    text += vrf.empty() ? "" : " (" + vrf + ")";
     return rib ? text + ' ' + ribName(*rib) : text;
 }
 
@@ -60,11 +61,8 @@ void LiveRouter::take(BmpFrame const & frame, U64 offset) {
     try {
         read(frame, offset);
     } catch (Damage const & damage) {
-        if (table_ != nullptr) {
-            ++table_->damaged;
-            table_->inexact = true;
-        }
-        tellDamage(damage, frame.type, offset);
+        tableIsDamaged();
+        damageAt(offset, damage, bmpTypeName(frame.type));
     }
 }
 
@@ -91,15 +89,22 @@ void LiveRouter::read(BmpFrame const & frame, U64 offset) {
 
 void LiveRouter::damageIs(Damage const & damage, U64 offset, Where const & where) {
     where_ = where;
-    tellDamage(damage, BmpType::routeMonitoring, offset);
+    damageAt(offset, damage, bmpTypeName(BmpType::routeMonitoring));
 }
 
-void LiveRouter::tellDamage(Damage const & damage, BmpType type, U64 offset) {
+void LiveRouter::tableIsDamaged() {
+    if (table_ != nullptr) {
+        ++table_->damaged;
+        table_->inexact = true;
+    }
+}
+
+void LiveRouter::damageAt(U64 offset, Damage const & damage, char const * what) {
     ++damaged_;
     // The text is made only where it will be shown: a stream may consist of damage.
     if (log_.wantsLine()) {
-        log_.add(String("damaged ") + bmpTypeName(type) + " message at offset " +
-                 std::to_string(offset) + ": " + damage.subject() + " " + damage.problem());
+        log_.add(String("damaged ") + what + " message at offset " + std::to_string(offset) + ": " +
+                 damage.subject() + " " + damage.problem());
     } else {
         log_.addUnsaid();
     }
@@ -112,13 +117,61 @@ void LiveRouter::monitor(ByteCursor body, U64 offset) {
         return;
     }
     PeerState & peer = peerOf(header);
-    auto & table = peer.tables[static_cast<U8>(header.rib)];
-    if (!table) {
-        table = feed_.makeTable(peer, header.rib);
+    where_.vrf = peer.vrf();
+    table_ = &tableOf(peer, header.rib);
+    if (header.isFiltered && !std::exchange(table_->isFiltered, true)) {
+        listener_.note(where_, "the router does not show all of this table");
     }
-    table_ = table.get();
     ByteCursor const update = takeBgpMessage(body, Agent::Mrt::update);
     feed_.take(peer, update, header.as2, offset, where_, *this);
+}
+
+RibState & LiveRouter::tableOf(PeerState & peer, Rib rib) {
+    auto & table = peer.tables[static_cast<U8>(rib)];
+    if (!table) {
+        table = feed_.makeTable(peer, rib);
+        if (rib == Rib::loc || isOut(rib)) {
+            findLocRibs();
+        }
+    }
+    return *table;
+}
+
+/// Which Loc-RIB is sent to which peers: that of their VRF.
+void LiveRouter::findLocRibs() {
+    for (auto & [key, peer] : peers_) {
+        bool const isSent =
+            peer.table(Rib::outPre) != nullptr || peer.table(Rib::outPost) != nullptr;
+        if (peer.isLocRib() || !isSent) {
+            continue;
+        }
+        auto const loc = std::ranges::find_if(peers_, [vrf = key.distinguisher](auto const & one) {
+            return one.second.isLocRib() && one.first.distinguisher == vrf;
+        });
+        peer.loc = loc == peers_.end() ? nullptr : &loc->second;
+        if (peer.loc != nullptr) {
+            peer.loc->isSentOn = true;
+        }
+    }
+}
+
+U32 LiveRouter::vrfIdOf(PeerState const & peer) const {
+    auto vrf = settings_.vrfs.find(peer.open.tableName);
+    // One that the router gives no name is called by its distinguisher.
+    if (vrf == settings_.vrfs.end()) {
+        vrf = settings_.vrfs.find(distinguisherText(peer.key.distinguisher));
+    }
+    return vrf == settings_.vrfs.end() ? PeerState().vrfId : vrf->second;
+}
+
+PeerState & LiveRouter::make(PeerKey const & key) {
+    if (peers_.size() >= mostPeers && !peers_.contains(key)) {
+        throw LimitReached("more than " + std::to_string(mostPeers) + " peers");
+    }
+    PeerState & peer = peers_[key];
+    peer.key = key;
+    peer.router = name_;
+    return peer;
 }
 
 /// The peer of a message with routes. Some routers never say that their Loc-RIB is up.
@@ -127,11 +180,7 @@ PeerState & LiveRouter::peerOf(PeerHeader const & header) {
     if (known != peers_.end() && known->second.isUp) {
         return known->second;
     }
-    if (known == peers_.end() && peers_.size() >= mostPeers) {
-        throw LimitReached("more than " + std::to_string(mostPeers) + " peers");
-    }
-    PeerState & peer = peers_[header.key];
-    peer.key = header.key;
+    PeerState & peer = make(header.key);
     peer.as = header.as;
     peer.bgpId = header.bgpId;
     peer.isUp = true;
@@ -140,6 +189,9 @@ PeerState & LiveRouter::peerOf(PeerHeader const & header) {
     peer.isAssumed = true;
     // Without OPENs messages are taken as they say of themselves.
     peer.open = {};
+    peer.open.sent.as = header.key.type == PeerHeader::locRibType ? header.as : 0;
+    peer.vrfId = vrfIdOf(peer);
+    where_.vrf = peer.vrf();
     listener_.note(where_, "routes come without a Peer Up message before them");
     return peer;
 }
@@ -152,12 +204,8 @@ void LiveRouter::peerUp(ByteCursor body) {
     }
     PeerUp up = PeerUp::take(body);
     unknownTlvs_ += up.unknownTlvs;
-    if (!peers_.contains(header.key) && peers_.size() >= mostPeers) {
-        throw LimitReached("more than " + std::to_string(mostPeers) + " peers");
-    }
-    PeerState & peer = peers_[header.key];
+    PeerState & peer = make(header.key);
     emptyTables(peer);
-    peer.key = header.key;
     peer.as = header.as;
     peer.bgpId = header.bgpId;
     peer.isUp = true;
@@ -165,8 +213,8 @@ void LiveRouter::peerUp(ByteCursor body) {
     peer.changedAt = feed_.now();
     peer.isAssumed = false;
     peer.open = std::move(up);
-    auto const vrf = settings_.vrfs.find(peer.open.tableName);
-    peer.vrfId = vrf == settings_.vrfs.end() ? PeerState().vrfId : vrf->second;
+    peer.vrfId = vrfIdOf(peer);
+    where_.vrf = peer.vrf();
     peer.pathsSeen = 0;
     peer.pathsWithOwnAs = 0;
     peer.hasOwnAsInFront = false;
@@ -182,6 +230,7 @@ void LiveRouter::peerDown(ByteCursor body) {
     if (known == peers_.end()) {
         return;
     }
+    where_.vrf = known->second.vrf();
     emptyTables(known->second);
     known->second.isSettled = true;
     if (std::exchange(known->second.isUp, false)) {
@@ -198,6 +247,61 @@ void LiveRouter::initiate(ByteCursor body) {
         } else {
             unknownTlvs_ += tlv.type > 2 ? 1 : 0;
         }
+    }
+}
+
+/// A collector has its peers up before its records begin.
+PeerState & LiveRouter::collected(Collected const & from) {
+    PeerKey const key{.type = 0, .distinguisher = 0, .address = from.address};
+    where_ = {name_, from.address};
+    table_ = nullptr;
+    PeerState & peer = make(key);
+    if (!std::exchange(peer.isUp, true)) {
+        peer.as = from.as;
+        peer.open.sent.as = from.ownAs;
+        peer.isSettled = false;
+        peer.changedAt = feed_.now();
+        listener_.peer(where_, true, 0);
+    }
+    return peer;
+}
+
+void LiveRouter::collect(Collected const & from, ByteCursor update,
+                         std::optional<Agent::UpdateForm> const & form, U64 offset) {
+    ++messages_[static_cast<U8>(BmpType::routeMonitoring)];
+    bytes_ += update.left();
+    messageAt_ = feed_.now();
+    hasNews_ = true;
+    if (!isKept({.type = 0, .distinguisher = 0, .address = from.address})) {
+        return;
+    }
+    PeerState & peer = collected(from);
+    where_.rib = Rib::inPre;
+    table_ = &tableOf(peer, Rib::inPre);
+    try {
+        if (form) {
+            feed_.takeIn(*form, peer, update, where_);
+        } else {
+            feed_.take(peer, update, false, offset, where_, *this);
+        }
+    } catch (Damage const & damage) {
+        tableIsDamaged();
+        damageAt(offset, damage, "UPDATE");
+    }
+}
+
+void LiveRouter::collectorSays(Collected const & of, bool isUp) {
+    auto const known = peers_.find({.type = 0, .distinguisher = 0, .address = of.address});
+    // Attempts that came to nothing are told, too.
+    if (!isUp && (known == peers_.end() || !known->second.isUp)) {
+        return;
+    }
+    PeerState & peer = collected(of);
+    emptyTables(peer);
+    if (!isUp) {
+        // Records do not say why.
+        peer.isUp = false;
+        listener_.peer(where_, false, 0);
     }
 }
 
@@ -229,11 +333,11 @@ void LiveRouter::settle(PeerState & peer) {
     if (!connected_) {
         return;
     }
-    for (auto const & table : peer.tables) {
-        if (table) {
-            feed_.sweep(*table, AddressFamily::ipv4);
-            feed_.sweep(*table, AddressFamily::ipv6);
-            table->stale = false;
+    for (std::size_t i = 0; i < ribs; ++i) {
+        if (peer.tables[i]) {
+            feed_.sweep(peer, static_cast<Rib>(i), AddressFamily::ipv4);
+            feed_.sweep(peer, static_cast<Rib>(i), AddressFamily::ipv6);
+            peer.tables[i]->stale = false;
         }
     }
     peer.isSettled = true;
@@ -241,7 +345,7 @@ void LiveRouter::settle(PeerState & peer) {
 
 bool LiveRouter::isComplete(PeerState const & peer) const {
     return std::ranges::all_of(std::array{settings_.rib, settings_.against}, [&](Rib rib) {
-        RibState const * const table = peer.table(rib);
+        RibState const * const table = peer.comparedTable(rib);
         return table != nullptr && table->complete[0] && table->complete[1];
     });
 }
@@ -270,7 +374,8 @@ void LiveRouter::timePasses() {
     for (auto & [key, peer] : peers_) {
         for (std::size_t i = 0; i < ribs; ++i) {
             if (peer.tables[i]) {
-                feed_.decideForm(peer, {name_, key.address, static_cast<Rib>(i)}, *this);
+                feed_.decideForm(peer, {name_, key.address, static_cast<Rib>(i), peer.vrf()},
+                                 *this);
             }
         }
         // In quiet also what a table of later waits for is decided.

@@ -13,6 +13,8 @@ namespace Qcf::Live {
 ///     router.settle();            // nothing comes for now
 ///     router.lost();
 ///
+/// A collector's records are taken likewise: `collect` and `collectorSays`.
+///
 /// Damage within a message costs that message: it is counted, told with its offset, and its table
 /// is inexact from then on. Belongs to one thread, as all that it was given.
 class LiveRouter final : private MessageSource {
@@ -28,6 +30,21 @@ public:
     void connected();
     /// Takes the next message; `offset` is its place in the stream. Throws LimitReached.
     void take(BmpFrame const & frame, U64 offset);
+    /// A peer of which a collector keeps what it received.
+    struct Collected {
+        IpGenAddr address;
+        U32 as = 0;
+        U32 ownAs = 0; ///< the collector's; 0 where nobody said
+    };
+    /// Takes an UPDATE behind its BGP header, as a record has it. `form` is how the record says
+    /// that it is written; without it that is found out. Throws LimitReached.
+    void collect(Collected const & from, ByteCursor update,
+                 std::optional<Agent::UpdateForm> const & form, U64 offset);
+    /// A session came up, or went down. Throws LimitReached.
+    void collectorSays(Collected const & of, bool isUp);
+    /// A message could not be read; `what` names its kind, in a literal.
+    void damageAt(U64 offset, Damage const & damage, char const * what);
+
     /// Nothing came for a while: what waited is decided, and what this connection did not send
     /// again goes. Tables may be compared then.
     void settle();
@@ -66,9 +83,16 @@ private:
     /// Whether more of a peer's tables need not be waited for.
     bool isDue(PeerState const & peer) const;
     void settle(PeerState & peer);
+    /// The peer of that key, made where there is none.
+    PeerState & make(PeerKey const & key);
+    RibState & tableOf(PeerState & peer, Rib rib);
+    void findLocRibs();
+    U32 vrfIdOf(PeerState const & peer) const;
+    PeerState & collected(Collected const & from);
     void emptyTables(PeerState & peer);
     void damageIs(Damage const & damage, U64 offset, Where const & where) override;
-    void tellDamage(Damage const & damage, BmpType type, U64 offset);
+    /// Counts it against the table that is read.
+    void tableIsDamaged();
 
     String name_;
     LiveSettings const & settings_;

@@ -47,6 +47,7 @@ struct RibState {
     U64 stamp = 0; ///< of its last message, a number that no other message has
     std::chrono::milliseconds changedAt{0}; ///< when its last message came, by the feed's time
     bool stale = false;                     ///< the connection that sent it is gone
+    bool isFiltered = false;                ///< the router says that it does not show all of it
     bool inexact = false; ///< a message was lost to damage since it was sent whole
     /// What has another one was sent before the connection was lost.
     U8 generation = 0;
@@ -63,11 +64,18 @@ struct RibState {
     /// Puts a route's outcomes into the counts, or takes them out.
     void count(RibRoute const & route);
     void uncount(RibRoute const & route);
+
+    /// Of a table that is sent to an external peer: paths, and those that begin with the router's
+    /// own AS, which it puts there when it sends them.
+    U64 sentPaths = 0;
+    U64 sentWithOwnAs = 0;
+    bool hasOwnAsInFront = false;
 };
 
 /// A peer of a router, with its tables.
 struct PeerState {
     PeerKey key;
+    String router; ///< its name
     U32 as = 0;
     U32 bgpId = 0;
     bool isUp = false;
@@ -79,6 +87,10 @@ struct PeerState {
     PeerUp open;
     U32 vrfId = 0xffffff; ///< 16777215 outside any VRF
     std::array<std::unique_ptr<RibState>, ribs> tables;
+    /// The Loc-RIB that is sent to it, which is a peer of its own; null for none.
+    PeerState * loc = nullptr;
+    /// Of a Loc-RIB: there are peers that show what is sent to them.
+    bool isSentOn = false;
 
     /// Routes before policy, and those whose path begins with the router's own AS and the peer's.
     U64 pathsSeen = 0;
@@ -87,7 +99,25 @@ struct PeerState {
 
     U32 ownAs() const { return open.sent.as; }
     bool isExternal() const { return ownAs() != 0 && ownAs() != as; }
+    bool isLocRib() const { return key.type == PeerHeader::locRibType; }
     RibState * table(Rib rib) const { return tables[static_cast<U8>(rib)].get(); }
+    /// The table that this peer's are compared with: the Loc-RIB stands for all.
+    RibState * comparedTable(Rib rib) const {
+        return rib == Rib::loc && loc != nullptr ? loc->table(rib) : table(rib);
+    }
+    /// Whether the router's own AS is taken off the paths of that table.
+    bool takesOwnAsOff(Rib rib) const {
+        bool const isSent = isOut(rib);
+        return isSent ? table(rib) != nullptr && table(rib)->hasOwnAsInFront
+                      : hasOwnAsInFront && rib != Rib::loc;
+    }
+    /// Name or distinguisher of its VRF; empty outside any.
+    String vrf() const {
+        bool const isIn = !open.tableName.empty() || key.distinguisher != 0;
+        return !isIn                     ? String()
+               : !open.tableName.empty() ? open.tableName
+                                         : distinguisherText(key.distinguisher);
+    }
 };
 
 } // namespace Qcf::Live

@@ -16,15 +16,19 @@ void StoredRoutes::read(RibRoute const & route, PeerState const & peer, Rib rib,
         to.nextHop = attributes_.reach().nextHop;
     }
     to.ipPrefix = route.prefix();
-    to.sourceSessionRemoteAs = peer.as;
-    to.sourceSessionRemoteIpAddress = peer.key.address;
-    if (peer.bgpId != 0) {
-        to.rareIs().sourceSessionRemoteRouterId = IpGenAddr::v4(peer.bgpId);
+    // From whom a route of a Loc-RIB came is not told.
+    if (rib != Rib::loc) {
+        to.sourceSessionRemoteAs = peer.as;
+        to.sourceSessionRemoteIpAddress = peer.key.address;
+        if (peer.bgpId != 0) {
+            to.rareIs().sourceSessionRemoteRouterId = IpGenAddr::v4(peer.bgpId);
+        }
     }
     to.session.localAs = peer.ownAs();
-    to.session.outbound = rib == Rib::outPre || rib == Rib::outPost;
+    // A Loc-RIB is looked at for what is sent of it.
+    to.session.outbound = isOut(rib) || rib == Rib::loc;
     to.session.vrfId = peer.vrfId;
-    if (peer.hasOwnAsInFront) {
+    if (peer.takesOwnAsOff(rib)) {
         takeOwnAsOff(peer.ownAs(), to);
     }
 }

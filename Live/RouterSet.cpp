@@ -73,44 +73,4 @@ void Connection::ended(bool inOrder) {
     }
 }
 
-bool replay(RouterSet & routers, Lists::ByteSource source, String const & name) {
-    Connection connection(routers, name);
-    String problem;
-    bool inOrder = true;
-    try {
-        // A message in pieces is waited for; what is left at the end is none.
-        for (std::size_t wanted = 1; source.ensure(wanted) || source.available() > 0;) {
-            std::span<U8 const> const bytes(source.data(), source.available());
-            std::size_t const used = connection.take(bytes);
-            source.skip(used);
-            std::span<U8 const> const rest(source.data(), source.available());
-            std::size_t const next = BmpFrame::wanted(rest);
-            if (used == 0 && rest.size() < next && !source.ensure(next)) {
-                problem = "the stream ends within a message";
-                break;
-            }
-            wanted = next;
-        }
-    } catch (Damage const & damage) {
-        problem = String(damage.subject()) + " " + damage.problem();
-        inOrder = false;
-    } catch (LimitReached const & limit) {
-        problem = limit.what();
-        inOrder = false;
-    }
-    problem = source.fault().empty() ? problem : source.fault();
-    if (LiveRouter * const router = connection.router()) {
-        router->settle();
-    }
-    if (!inOrder) {
-        connection.ended(false);
-    }
-    if (!problem.empty()) {
-        String const router = connection.router() ? connection.router()->name() : name;
-        routers.listener().note({router}, "reading ended at offset " +
-                                              std::to_string(connection.offset()) + ": " + problem);
-    }
-    return problem.empty();
-}
-
 } // namespace Qcf::Live

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Lists/ByteSource.h"
 #include "Live/LiveRouter.h"
 
 namespace Qcf::Live {
@@ -8,8 +7,8 @@ namespace Qcf::Live {
 /// All routers that a station hears, with what they share: the store of attributes and the judge.
 ///
 ///     RouterSet routers(settings, function, matchers, listener);
-///     replay(routers, Lists::ByteSource(Lists::openFileStream(path)), path, report);
-///     compareTables(routers, ...);
+///     replay(routers, Lists::ByteSource(Lists::openFileStream(path)), path);
+///     Board const board = Board::of(routers, tolerance);
 class RouterSet {
 public:
     /// The settings and the listener must outlive it.
@@ -43,6 +42,8 @@ public:
     LivePolicy const & policy() const { return *judge_.policy(); }
     /// What it makes of all routes.
     PolicyCounts counts() const;
+    /// Who is told which routes change; null for nobody.
+    void watchIs(RouteWatch * watch) { feed_.watchIs(watch); }
     LiveListener & listener() { return listener_; }
     U64 routes() const { return feed_.routes(); }
 
@@ -80,9 +81,5 @@ private:
     LiveRouter * router_ = nullptr;
     U64 offset_ = 0;
 };
-
-/// Reads a recorded stream to its end, which counts as settled. Faults of it are told as notes of
-/// its router; answers whether there were none.
-bool replay(RouterSet & routers, Lists::ByteSource source, String const & name);
 
 } // namespace Qcf::Live

@@ -40,8 +40,7 @@ PeerState * RunningComparison::peerOf(Name const & name) {
 }
 
 std::array<RibState *, 2> RunningComparison::tablesOf(PeerState const & peer) const {
-    LiveSettings const & settings = routers_.settings();
-    return {peer.table(settings.rib), peer.table(settings.against)};
+    return TableComparison::tablesOf(routers_.settings(), peer);
 }
 
 RunningComparison::Content RunningComparison::contentOf(PeerState const & peer) const {

@@ -18,19 +18,22 @@ constexpr int ticksToSettle = 4;
 /// For how long a table's first messages may wait for others to vote.
 constexpr std::chrono::milliseconds voting{1000};
 
-/// Whether a path begins with a sequence of these two.
-bool beginsWith(std::span<U8 const> path, bool as4, U32 first, U32 second) {
+/// Whether a path begins with a sequence of these.
+bool beginsWith(std::span<U8 const> path, bool as4, std::initializer_list<U32> asns) {
     constexpr U8 sequence = 2;
     std::size_t const width = as4 ? 4 : 2;
-    if (path.size() < 2 + 2 * width || path[0] != sequence || path[1] < 2) {
+    if (path.size() < 2 + asns.size() * width || path[0] != sequence || path[1] < asns.size()) {
         return false;
     }
-    U8 const * const at = path.data() + 2;
-    auto const load = [&](U8 const * from) {
-        return as4 ? Agent::loadU32(from) : U32{Agent::loadU16(from)};
-    };
-    auto const seen = [&](U32 as) { return as4 || as <= 0xffff ? as : Agent::Mrt::asTrans; };
-    return load(at) == seen(first) && load(at + width) == seen(second);
+    U8 const * at = path.data() + 2;
+    for (U32 const as : asns) {
+        U32 const found = as4 ? Agent::loadU32(at) : U32{Agent::loadU16(at)};
+        if (found != (as4 || as <= 0xffff ? as : Agent::Mrt::asTrans)) {
+            return false;
+        }
+        at += width;
+    }
+    return true;
 }
 
 std::size_t numberOf(AddressFamily family) { return family == AddressFamily::ipv6 ? 1 : 0; }
@@ -58,12 +61,11 @@ std::unique_ptr<RibState> TableFeed::makeTable(PeerState const & peer, Rib rib) 
 void TableFeed::take(PeerState & peer, ByteCursor update, bool as2, U64 offset, Where const & where,
                      MessageSource & source) {
     RibState & table = *peer.table(*where.rib);
-    table.changedAt = now_;
-    table.stamp = ++stamp_;
+    isChanged(table);
     TableForm::Needs const needs = table.form.vote(update, as2);
     if (table.waiting.empty() && table.form.isDecided(needs)) {
         tellForm(table, where, as2);
-        apply(peer, update, as2, where);
+        apply(table.form.form(as2), peer, update, where);
         return;
     }
     auto const bytes = update.rest();
@@ -84,7 +86,8 @@ void TableFeed::drain(PeerState & peer, Where const & where, MessageSource & sou
         table.waitingBytes -= message.update.size();
         tellForm(table, where, message.needs.as2);
         try {
-            apply(peer, ByteCursor(message.update, "UPDATE message"), message.needs.as2, where);
+            apply(table.form.form(message.needs.as2), peer,
+                  ByteCursor(message.update, "UPDATE message"), where);
         } catch (Damage const & damage) {
             ++table.damaged;
             table.inexact = true;
@@ -105,10 +108,16 @@ void TableFeed::tellForm(RibState & table, Where const & where, bool as2) {
     }
 }
 
-void TableFeed::apply(PeerState & peer, ByteCursor update, bool as2, Where const & where) {
+void TableFeed::takeIn(Agent::UpdateForm form, PeerState & peer, ByteCursor update,
+                       Where const & where) {
+    isChanged(*peer.table(*where.rib));
+    apply(form, peer, update, where);
+}
+
+void TableFeed::apply(Agent::UpdateForm form, PeerState & peer, ByteCursor update,
+                      Where const & where) {
     Rib const rib = *where.rib;
     RibState & table = *peer.table(rib);
-    Agent::UpdateForm const form = table.form.form(as2);
     update_.check(update, form);
     // A prefix in both lists counts as announced.
     for (auto place : update_.withdrawn()) {
@@ -126,13 +135,21 @@ void TableFeed::apply(PeerState & peer, ByteCursor update, bool as2, Where const
             decideOwnAs(peer, where.router);
         }
     }
+    if (update_.announcements() > 0 && isOut(rib) && peer.isExternal()) {
+        ++table.sentPaths;
+        table.sentWithOwnAs += beginsWith(kept_.path, form.as4, {peer.ownAs()}) ? 1 : 0;
+        if (table.sentPaths >= TableForm::enough && std::has_single_bit(table.sentPaths)) {
+            decideSentAs(peer, table, where);
+        }
+    }
     if (update_.endOfRib() != AddressFamily::none) {
-        complete(table, update_.endOfRib(), where);
+        complete(peer, update_.endOfRib(), where);
     }
 }
 
 void TableFeed::noticeAfter(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key) {
-    RibState * const before = rib == settings_.against ? peer.table(settings_.rib) : nullptr;
+    RibState * const before =
+        rib == settings_.against ? peer.comparedTable(settings_.rib) : nullptr;
     if (RibRoute * const route = before != nullptr ? before->routes.find(key) : nullptr) {
         route->changed = tick_;
     }
@@ -149,6 +166,7 @@ void TableFeed::withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & 
     }
     forget(table, *route);
     table.routes.erase(*route);
+    tell(peer, rib, key);
 }
 
 /// Takes a route out of all counts; its place in the table is the caller's.
@@ -185,6 +203,7 @@ void TableFeed::announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4)
         noticeAfter(peer, rib, key);
         table.withLocalPref += kept_.hasLocalPref ? 1 : 0;
         judge(peer, table, rib, *route);
+        tell(peer, rib, key);
     }
 }
 
@@ -208,9 +227,17 @@ void TableFeed::judge(PeerState & peer, RibState & table, Rib rib, RibRoute & ro
     }
 }
 
+void TableFeed::judgeAll(PeerState & peer, RibState & table) {
+    table.routes.each([&](RibRoute & route) {
+        table.uncount(route);
+        judge(peer, table, settings_.rib, route);
+        tell(peer, settings_.rib, {route.prefix(), route.pathId});
+    });
+}
+
 void TableFeed::noticeOwnAs(PeerState & peer, bool as4) {
     ++peer.pathsSeen;
-    peer.pathsWithOwnAs += beginsWith(kept_.path, as4, peer.ownAs(), peer.as) ? 1 : 0;
+    peer.pathsWithOwnAs += beginsWith(kept_.path, as4, {peer.ownAs(), peer.as}) ? 1 : 0;
 }
 
 /// Some routers put their own AS in front of what external peers sent.
@@ -224,21 +251,34 @@ void TableFeed::decideOwnAs(PeerState & peer, String const & router) {
                                    " stands in front of received paths: it is taken off"
                              : "own AS does not stand in front of received paths any more");
     if (RibState * const table = peer.table(settings_.rib)) {
-        table->routes.each([&](RibRoute & route) {
-            table->uncount(route);
-            judge(peer, *table, settings_.rib, route);
-        });
+        judgeAll(peer, *table);
     }
 }
 
-void TableFeed::complete(RibState & table, AddressFamily family, Where const & where) {
-    sweep(table, family);
+/// What a router sends to an external peer has its own AS in front, whatever its policy did.
+void TableFeed::decideSentAs(PeerState & peer, RibState & table, Where const & where) {
+    bool const isInFront = 2 * table.sentWithOwnAs > table.sentPaths;
+    if (isInFront == std::exchange(table.hasOwnAsInFront, isInFront)) {
+        return;
+    }
+    listener_.note(where, isInFront ? "own AS " + std::to_string(peer.ownAs()) +
+                                          " stands in front of sent paths: it is taken off"
+                                    : "own AS does not stand in front of sent paths any more");
+    if (*where.rib == settings_.rib) {
+        judgeAll(peer, table);
+    }
+}
+
+void TableFeed::complete(PeerState & peer, AddressFamily family, Where const & where) {
+    RibState & table = *peer.table(*where.rib);
+    sweep(peer, *where.rib, family);
     table.complete[numberOf(family)] = true;
     table.stale = table.stale && !(table.complete[0] && table.complete[1]);
     listener_.sync(where, family, table.byFamily[numberOf(family)]);
 }
 
-void TableFeed::sweep(RibState & table, AddressFamily family) {
+void TableFeed::sweep(PeerState & peer, Rib rib, AddressFamily family) {
+    RibState & table = *peer.table(rib);
     if (!table.stale) {
         return;
     }
@@ -246,6 +286,7 @@ void TableFeed::sweep(RibState & table, AddressFamily family) {
         bool const isOld = route.family() == family && route.generation != table.generation;
         if (isOld) {
             forget(table, route);
+            tell(peer, rib, {route.prefix(), route.pathId});
         }
         return isOld;
     });
@@ -289,11 +330,18 @@ void TableFeed::settle(PeerState & peer, String const & router, MessageSource & 
     for (std::size_t i = 0; i < ribs; ++i) {
         if (peer.tables[i]) {
             peer.tables[i]->form.close();
-            drain(peer, {router, peer.key.address, static_cast<Rib>(i)}, source);
+            Where const where{router, peer.key.address, static_cast<Rib>(i), peer.vrf()};
+            drain(peer, where, source);
+            if (peer.tables[i]->sentPaths > 0) {
+                decideSentAs(peer, *peer.tables[i], where);
+            }
         }
     }
     if (peer.pathsSeen > 0) {
         decideOwnAs(peer, router);
+    }
+    if (watch_ != nullptr) {
+        watch_->settled(peer);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "Live/AttributeBytes.h"
 #include "Live/LiveListener.h"
 #include "Live/RouteJudge.h"
+#include "Live/RouteWatch.h"
 
 #include <chrono>
 
@@ -62,6 +63,8 @@ public:
     /// Whether a route that changed in that tick did so less than `settle` ago. The same tick comes
     /// back after 60 times that long: who asks makes those 0 that are not young, more often.
     bool isYoung(U8 changed) const;
+    /// Who is told which routes change; null for nobody.
+    void watchIs(RouteWatch * watch) { watch_ = watch; }
 
     /// A table of that peer as it begins, by what its OPENs say.
     std::unique_ptr<RibState> makeTable(PeerState const & peer, Rib rib) const;
@@ -70,25 +73,34 @@ public:
     /// it cannot be read, and LimitReached.
     void take(PeerState & peer, ByteCursor update, bool as2, U64 offset, Where const & where,
               MessageSource & source);
+    /// The same for a message of which it is known how it is written.
+    void takeIn(Agent::UpdateForm form, PeerState & peer, ByteCursor update, Where const & where);
     /// Decides what is open about the peer's tables by what came so far, because nothing more comes
     /// for now. Damage of what waited is counted and told.
     void settle(PeerState & peer, String const & router, MessageSource & source);
     /// Decides the form of a table by what came so far, where that was long ago.
     void decideForm(PeerState & peer, Where const & where, MessageSource & source);
     /// Takes the table's routes out that were not sent again by this connection.
-    void sweep(RibState & table, AddressFamily family);
+    void sweep(PeerState & peer, Rib rib, AddressFamily family);
     /// Takes all its routes out.
     void empty(RibState & table);
     /// Routes in all tables.
     U64 routes() const { return routes_; }
 
 private:
-    void apply(PeerState & peer, ByteCursor update, bool as2, Where const & where);
+    void apply(Agent::UpdateForm form, PeerState & peer, ByteCursor update, Where const & where);
     void checkLimits(RibState & table, Agent::UpdatePrefix const & key) const;
     void withdraw(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key);
     void announce(PeerState & peer, Rib rib, PrefixPlace place, bool as4);
     /// Evaluates a route that does not count, and counts it.
     void judge(PeerState & peer, RibState & table, Rib rib, RibRoute & route);
+    /// A message of the table came.
+    void isChanged(RibState & table) {
+        table.changedAt = now_;
+        table.stamp = ++stamp_;
+    }
+    /// Evaluates all routes of the table anew.
+    void judgeAll(PeerState & peer, RibState & table);
     void forget(RibState & table, RibRoute const & route);
     /// Something changed behind the policy, which a route before it is compared with.
     void noticeAfter(PeerState & peer, Rib rib, Agent::UpdatePrefix const & key);
@@ -96,12 +108,20 @@ private:
     void tellForm(RibState & table, Where const & where, bool as2);
     void noticeOwnAs(PeerState & peer, bool as4);
     void decideOwnAs(PeerState & peer, String const & router);
-    void complete(RibState & table, AddressFamily family, Where const & where);
+    void decideSentAs(PeerState & peer, RibState & table, Where const & where);
+    void complete(PeerState & peer, AddressFamily family, Where const & where);
+    /// Tells that a route changed, if somebody wants to know.
+    void tell(PeerState const & peer, Rib rib, Agent::UpdatePrefix const & key) {
+        if (watch_ != nullptr) {
+            watch_->changes(peer, rib, key);
+        }
+    }
 
     LiveSettings const & settings_;
     AttributeStore & store_;
     RouteJudge & judge_;
     LiveListener & listener_;
+    RouteWatch * watch_ = nullptr;
     Agent::BgpUpdate update_;
     KeptAttributes kept_;
     U64 routes_ = 0;

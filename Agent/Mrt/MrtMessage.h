@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/Mrt/BgpUpdate.h"
+#include "Agent/Mrt/MrtSession.h"
 #include "Agent/Routes/RouteReader.h"
 
 namespace Qcf::Agent {
@@ -29,6 +29,7 @@ public:
     bool next(Route & route);
 
 private:
+    void start(std::optional<MrtSession> const & session, ReadStatistics & statistics);
     /// Decodes an UPDATE and counts what it withdraws and what is not read.
     void readUpdate(ByteCursor body, UpdateForm form, ReadStatistics & statistics);
 

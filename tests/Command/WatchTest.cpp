@@ -91,6 +91,76 @@ TEST(Watch, WhatDiffersIsShownWithBothValues) {
               summary.substr(summary.find("compared")));
 }
 
+/// Events of that kind, with that result unless it is empty.
+std::size_t events(String const & out, String const & kind, String const & result = {}) {
+    std::size_t count = 0;
+    for (String const & line : linesOf(out)) {
+        bool const isKind = line.starts_with("{\"event\":\"" + kind + '"');
+        bool const has = line.find("\"result\":\"" + result) != String::npos;
+        count += isKind && (result.empty() || has) ? 1 : 0;
+    }
+    return count;
+}
+
+TEST(Watch, EventsTellOfRoutesAsFarAsTheyAreAskedFor) {
+    struct Case {
+        char const * only; ///< empty for all
+        std::size_t accepted;
+        std::size_t rejected;
+        std::size_t differing;
+    };
+    // One route is rejected at first, and accepted later.
+    Case const cases[] = {{"", 573, 28, 573},   {"accepted", 573, 0, 573}, {"rejected", 1, 28, 0},
+                          {"unknown", 0, 0, 0}, {"differs", 0, 0, 573},    {"changed", 1, 0, 0}};
+    Workshop const workshop;
+    workshop.write("p.qcf", changed("gobgp.qcf", "community add { 65000:1 }", ""));
+    String summary;
+    for (Case const & c : cases) {
+        SCOPED_TRACE(c.only);
+        std::vector<String> words = watching("p.qcf", "gobgp_sync.bmp.gz", {"--output", "jsonl"});
+        if (*c.only != '\0') {
+            words.insert(words.end(), {"--only", c.only});
+        }
+        Outcome const outcome = workshop.run(words);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(events(outcome.out, "route", "true"), c.accepted);
+        EXPECT_EQ(events(outcome.out, "route", "false"), c.rejected);
+        EXPECT_EQ(events(outcome.out, "differs"), c.differing);
+        String const last = linesOf(outcome.out).back();
+        String const counts = last.substr(last.find("compared"));
+        EXPECT_EQ(counts, summary.empty() ? counts : summary) << "all are counted";
+        summary = counts;
+    }
+}
+
+// A later connection may mend what the one before showed.
+TEST(Watch, ADifferenceThatIsOverIsTold) {
+    Workshop const workshop;
+    Outcome const outcome =
+        workshop.run({"watch", streams + "frr.qcf", "--function", "import", "--output", "jsonl",
+                      "--only", "differs", "--replay", streams + "frr_without_before.bmp.gz",
+                      streams + "frr_sync.bmp.gz", streams + "frr_live.bmp.gz"});
+    EXPECT_EQ(events(outcome.out, "differs"), 1);
+    EXPECT_EQ(events(outcome.out, "agrees"), 1);
+}
+
+TEST(Watch, UpdatesOfACollectorAreReadFromAPipe) {
+    Workshop const workshop;
+    workshop.write("lines", R"({"type":"ris_message","data":{"timestamp":1.5,"peer":"192.0.2.9",)"
+                            R"("peer_asn":"65009","host":"rrc00","type":"UPDATE","path":[65009],)"
+                            R"("announcements":[{"next_hop":"192.0.2.9","prefixes":["80.1.0.0/16",)"
+                            R"("10.0.0.0/8"]}]}})"
+                            "\n");
+    Outcome const outcome =
+        workshop.shell("cat lines | $QCF watch " + streams +
+                       "gobgp.qcf --function import --replay - --pace --output jsonl");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.out,
+                AllOf(HasSubstr(R"("router":"rrc00","peer":"192.0.2.9","rib":"in-pre",)"
+                                R"("prefix":"80.1.0.0/16","result":"false","decidedBy":{)"),
+                      HasSubstr(R"("changes":{"community":["65000:1"]}})")));
+}
+
 TEST(Watch, TheTableShowsEachPeer) {
     Workshop const workshop;
     Outcome const outcome = workshop.run(watching(streams + "frr.qcf", "frr_sync.bmp.gz"));
@@ -142,7 +212,9 @@ TEST(Watch, ArgumentsThatCannotBeMeantAreRefused) {
                                              {"--record", "."},
                                              // One or the other.
                                              {"--bmp", "127.0.0.1:0"},
-                                             {"--rib", "loc"}}) {
+                                             {"--rib", "all"},
+                                             {"--only", "changed"},
+                                             {"--only", "other"}}) {
         EXPECT_EQ(workshop.run(watching(streams + "gobgp.qcf", "gobgp_sync.bmp.gz", more)).exitCode,
                   2)
             << more[0] << ' ' << more[1];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Live/Board.h"
+#include "Live/Replay.h"
 #include "Text/Policy.h"
 #include "tests/Agent/Mrt/MrtTools.h"
 

@@ -1,6 +1,6 @@
+#include "Live/DifferenceMemory.h"
 #include "Live/RouterStream.h"
 #include "Live/StationAddress.h"
-#include "Live/ToldDifferences.h"
 #include "Platform/Render/ReadFile.h"
 #include "tests/Live/LiveTools.h"
 
@@ -162,18 +162,25 @@ TEST(LiveRouters, SettleByThemselves) {
 TEST(RunningComparisons, LeaveOutWhatChangedAMomentAgo) {
     TestStation station;
     std::vector<String> told;
-    ToldDifferences differences;
+    std::vector<String> over;
+    DifferenceMemory differences;
     RunningComparison comparison(
         station.routers, {},
         [&](RouteDifference const & difference) {
-            if (differences.isNew(difference)) {
+            if (differences.note(difference)) {
                 told.push_back(difference.before.ipPrefix.toString());
+                differences.isTold(difference);
             }
         },
         [&](String const & router, PeerState const & peer, bool isWhole) {
-            if (isWhole) {
-                differences.passed(router, peer);
+            if (!isWhole) {
+                differences.passedSome(router, peer.key);
+                return;
             }
+            differences.passed(router, peer.key, [&](Agent::UpdatePrefix const & key) {
+                over.push_back(key.prefix.toString());
+                return true;
+            });
         });
     int time = 1000;
     auto const pass = [&](int milliseconds, String const & more = {}) {
@@ -201,6 +208,7 @@ TEST(RunningComparisons, LeaveOutWhatChangedAMomentAgo) {
     pass(6000);
     pass(6000, announce(after, "10.3.0.0/16"));
     EXPECT_EQ(told.size(), 1U);
+    EXPECT_THAT(over, ElementsAre("10.3.0.0/16"));
     pass(6000, withdraw(after, "10.3.0.0/16"));
     EXPECT_EQ(told.size(), 2U);
 }

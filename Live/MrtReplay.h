@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Live/Replay.h"
+
+namespace Qcf::Live {
+
+/// `replay` for data that are known to be MRT.
+bool replayMrt(RouterSet & routers, Lists::ByteSource source, String const & name,
+               ReplaySteps const & steps);
+
+} // namespace Qcf::Live

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Lists/ByteSource.h"
+#include "Live/RouterSet.h"
+
+#include <chrono>
+
+namespace Qcf::Live {
+
+/// What is done beside reading a recording; what is empty is not called.
+struct ReplaySteps {
+    /// Behind each message.
+    std::function<void()> taken = {};
+    /// Before a message, with how long after the first one it was recorded, for whoever waits until
+    /// then. False ends the reading.
+    using Due = std::function<bool(std::chrono::microseconds)>;
+    Due isDue = {};
+};
+
+/// Reads a recording to its end, which counts as settled. By its content it is
+///
+/// - a stream of BMP: one connection of a router;
+/// - MRT: what a collector received from its peers, for one router called after the collector's
+///   AS. Further files of that collector go on where the one before ended. Tables in it are passed
+///   over;
+/// - lines of RIS Live: the same for each host that they name.
+///
+/// Only BMP has no times of recording. Faults are told as notes, with their place; answers whether
+/// all could be read, though single messages may have been damaged.
+bool replay(RouterSet & routers, Lists::ByteSource source, String const & name,
+            ReplaySteps const & steps = {});
+
+} // namespace Qcf::Live

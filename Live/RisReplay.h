@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Live/Replay.h"
+
+namespace Qcf::Live {
+
+/// `replay` for data that are known to be lines of RIS Live.
+bool replayRis(RouterSet & routers, Lists::ByteSource source, String const & name,
+               ReplaySteps const & steps);
+
+} // namespace Qcf::Live
