@@ -12,8 +12,8 @@ namespace Qcf::Live {
 ///     }
 ///     memory.passed(router, peer, over);  // all of the peer's differences were noted
 ///
-/// What could not be written stays news: the next comparison tells it. Costs about 100 bytes a
-/// difference. Belongs to one thread.
+/// What could not be written stays news: the next comparison tells it. Keeps each difference.
+/// Belongs to one thread.
 class DifferenceMemory {
 public:
     /// A difference of that route that was told is over; answers whether it could be written.

@@ -1,5 +1,6 @@
 #include "Live/LiveEvents.h"
 
+#include "Live/ChangesJson.h"
 #include "Watch/ExplanationText.h"
 
 #include <array>
@@ -32,18 +33,6 @@ char const * resultOf(RouteDifference const & difference) {
 }
 
 } // namespace
-
-void renderChanges(Agent::AgentContext const & context, RendererV2 & renderer,
-                   Agent::ValueRenderer & values) {
-    context.changes().eachChange([&](auto, char const * name, auto const & value) {
-        renderer.key(name);
-        values.render(value, Agent::setFormOf(name));
-    });
-    if (context.nextHopSetToSelf()) {
-        renderer.key("nextHopSetToSelf");
-        renderer.value(true);
-    }
-}
 
 LiveEvents::LiveEvents(Write write, Clock clock)
     : write_(std::move(write)),

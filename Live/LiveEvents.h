@@ -14,10 +14,6 @@ struct DecidedBy {
     String reason = {};
 };
 
-/// Writes what a function changed of a route as members of an object that was begun.
-void renderChanges(Agent::AgentContext const & context, RendererV2 & renderer,
-                   Agent::ValueRenderer & values);
-
 /// Events as lines of JSON, for programs: `event`, `time`, then `router`, `peer` and `rib` as far
 /// as they apply, then what the event says. Each line is handed out whole, with its end.
 ///

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "Live/Replay.h"
+#include "Lists/ByteSource.h"
+#include "Live/ReplaySteps.h"
+#include "Live/RouterSet.h"
 
 namespace Qcf::Live {
 

@@ -1,21 +1,10 @@
 #pragma once
 
 #include "Lists/ByteSource.h"
+#include "Live/ReplaySteps.h"
 #include "Live/RouterSet.h"
 
-#include <chrono>
-
 namespace Qcf::Live {
-
-/// What is done beside reading a recording; what is empty is not called.
-struct ReplaySteps {
-    /// Behind each message.
-    std::function<void()> taken = {};
-    /// Before a message, with how long after the first one it was recorded, for whoever waits until
-    /// then. False ends the reading.
-    using Due = std::function<bool(std::chrono::microseconds)>;
-    Due isDue = {};
-};
 
 /// Reads a recording to its end, which counts as settled. By its content it is
 ///

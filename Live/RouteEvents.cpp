@@ -1,6 +1,6 @@
 #include "Live/RouteEvents.h"
 
-#include "Live/LiveEvents.h"
+#include "Live/ChangesJson.h"
 #include "Platform/Framework/Hash.h"
 
 namespace Qcf::Live {

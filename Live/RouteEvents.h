@@ -27,7 +27,7 @@ struct RouteNews {
 ///     ... messages are taken ...
 ///     events.tell(1000);
 ///
-/// What was told is remembered, about 100 bytes a route. Of routes that go with their whole table
+/// What was told is remembered for each route. Of routes that go with their whole table
 /// nothing is told until the table is there again. Belongs to the thread of the routers.
 class RouteEvents final : private RouteWatch {
 public:
