@@ -132,7 +132,7 @@ void WatchOptions::addRouters(CLI::App & command) {
         ->type_name("DIR");
 }
 
-bool WatchOptions::isOnly(RibRoute::Verdict verdict) const {
+bool WatchOptions::isOnly(Verdict verdict) const {
     constexpr std::array<std::string_view, 3> names = {"rejected", "accepted", "unknown"};
     auto const at = static_cast<std::size_t>(verdict);
     return at < names.size() && names[at] == only;
@@ -150,12 +150,11 @@ bool WatchOptions::isSelected(String const & ofRouter, IpGenAddr const & peer,
 // A route that was as asked for and is not any more is told of, too.
 bool WatchOptions::isAsked(RouteNews const & news) const {
     bool const isSuch = only.empty() || isOnly(news.verdict) || isOnly(news.was) ||
-                        (only == "changed" && news.was != RibRoute::Verdict::none);
+                        (only == "changed" && news.was != Verdict::none);
     return isSuch && isSelected(news.where.router, news.where.peer, news.key.prefix);
 }
 
 bool WatchOptions::isAsked(RouteDifference const & difference) const {
-    using Verdict = RibRoute::Verdict;
     Verdict const verdict = difference.underlying == CompareKind::unknown ? Verdict::unknown
                             : difference.engine != nullptr                ? Verdict::accepted
                                                                           : Verdict::rejected;

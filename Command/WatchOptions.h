@@ -38,7 +38,7 @@ struct WatchOptions {
     Qcf::Live::Tolerance tolerance() const;
 
 private:
-    bool isOnly(Qcf::Live::RibRoute::Verdict verdict) const;
+    bool isOnly(Qcf::Live::Verdict verdict) const;
     bool isSelected(String const & ofRouter, IpGenAddr const & peer,
                     IpGenPrefix const & prefix) const;
     void addTables(CLI::App & command);

@@ -95,7 +95,6 @@ void LiveEvents::prefix(Agent::UpdatePrefix const & key) {
 }
 
 void LiveEvents::route(RouteNews const & news, DecidedBy const & decided) {
-    using Verdict = RibRoute::Verdict;
     begin("route", news.where);
     prefix(news.key);
     member("result", verdictName(news.verdict));

@@ -10,7 +10,6 @@ namespace Qcf::Live {
 
 /// A route as a table keeps it, in 32 bytes. Its attributes stand in an AttributeStore.
 struct RibRoute {
-    using Verdict = Live::Verdict;
     enum Mark : U8 {
         as4 = 1,       ///< its AS_PATH has AS numbers of four bytes
         localPref = 2, ///< it came with LOCAL_PREF

@@ -9,8 +9,6 @@ namespace Qcf::Live {
 
 /// What is new of a route. All is valid only as long as it is handed out.
 struct RouteNews {
-    using Verdict = RibRoute::Verdict;
-
     Where where;
     Agent::UpdatePrefix key;
     Verdict verdict;                     ///< none for a route that is gone
@@ -44,7 +42,6 @@ public:
     std::size_t waiting() const { return queue_.size(); }
 
 private:
-    using Verdict = RibRoute::Verdict;
     using Name = std::pair<String, PeerKey>;
     using Key = std::pair<IpGenPrefix, U32>;
     struct KeyHash {

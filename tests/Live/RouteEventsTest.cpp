@@ -123,14 +123,14 @@ TEST(RouteEvents, TheLastWordOnEachRouteIsItsState) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
         TestStation station(policy);
-        std::map<String, RibRoute::Verdict> heard;
+        std::map<String, Verdict> heard;
         RouteEvents events(station.routers, [&](RouteNews const & news) {
             EXPECT_EQ(news.was, heard[news.key.prefix.toString()]);
             heard[news.key.prefix.toString()] = news.verdict;
         });
         // What is not there has no verdict.
         for (U32 i = 0; i < 30; ++i) {
-            heard["10." + std::to_string(i) + ".0.0/16"] = RibRoute::Verdict::none;
+            heard["10." + std::to_string(i) + ".0.0/16"] = Verdict::none;
         }
         station.hear(initiation("edge1") + peerUp(before) + endOfRib(before));
         for (U32 i = 0; i < 400; ++i) {
