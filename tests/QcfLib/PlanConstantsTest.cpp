@@ -299,11 +299,11 @@ TEST(PlanConstantsDeathTest, OriginValidationRefusesWhatIsNoSlot) {
 }
 
 TEST(PlanConstants, NodesWithoutStepAreNamed) {
-    auto const overlay = make<EvpnIpPrefixRouteSetOverlayIndexImplExpr>();
+    auto const within = make<Scripted>(EvalResult::fromBool(true));
     auto const scripted = make<Scripted>(EvalResult::fromBool(true));
-    auto const f = function({call(function({overlay})),
+    auto const f = function({call(function({within})),
                              make<IfExpression>(scripted, block({accepts()}), nullptr),
                              make<IfExpression>(scripted, block({accepts()}), nullptr)});
     EXPECT_EQ(f->planFor(*f).nodesWithoutStep(),
-              (std::vector<Expression const *>{overlay.get(), scripted.get()}));
+              (std::vector<Expression const *>{within.get(), scripted.get()}));
 }
