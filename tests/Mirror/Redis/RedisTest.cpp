@@ -233,7 +233,7 @@ TEST_F(Redis, whateverIsDamagedIsToldAndMended) {
              s.command({"DEL", k.changes});
              s.command({"SET", k.changes, "x"});
          },
-         "WRONGTYPE"},
+         "holds another type"},
         {"snapshot gone",
          [](RedisServer & s, RedisKeys const & k) {
              s.command({"DEL", k.snapshot});
