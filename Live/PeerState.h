@@ -41,6 +41,10 @@ struct RibState {
     U64 withdrawn = 0;
     U64 withdrawnUnheld = 0; ///< of these, prefixes that were not in the table
     U64 damaged = 0;         ///< messages
+    /// Of a table that is sent to an external peer: paths, and those that begin with the router's
+    /// own AS, which it puts there when it sends them.
+    U64 sentPaths = 0;
+    U64 sentWithOwnAs = 0;
 
     /// By family, IPv4 first: the router said that all was sent.
     std::array<bool, 2> complete{};
@@ -51,6 +55,7 @@ struct RibState {
     bool inexact = false; ///< a message was lost to damage since it was sent whole
     /// What has another one was sent before the connection was lost.
     U8 generation = 0;
+    bool hasOwnAsInFront = false;
     bool idsTold = false;
     bool widthTold = false;
 
@@ -64,12 +69,6 @@ struct RibState {
     /// Puts a route's outcomes into the counts, or takes them out.
     void count(RibRoute const & route);
     void uncount(RibRoute const & route);
-
-    /// Of a table that is sent to an external peer: paths, and those that begin with the router's
-    /// own AS, which it puts there when it sends them.
-    U64 sentPaths = 0;
-    U64 sentWithOwnAs = 0;
-    bool hasOwnAsInFront = false;
 };
 
 /// A peer of a router, with its tables.
