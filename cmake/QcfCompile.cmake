@@ -14,7 +14,11 @@ endif()
 
 add_library(QcfCompile INTERFACE)
 target_compile_features(QcfCompile INTERFACE cxx_std_20)
-target_compile_options(QcfCompile INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+target_compile_options(QcfCompile INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+if(NOT CMAKE_UNITY_BUILD)
+    # A joined source would be told of its neighbours' names.
+    target_compile_options(QcfCompile INTERFACE -Wshadow)
+endif()
 if(QCF_WERROR)
     target_compile_options(QcfCompile INTERFACE -Werror)
 endif()

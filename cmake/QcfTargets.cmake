@@ -29,6 +29,7 @@ function(qcf_library name)
             BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
     endforeach()
     qcf_link(${name} PUBLIC ${arg_LINKS})
+    qcf_join(${name})
 endfunction()
 
 # qcf_executable(NAME SOURCES file... [LINKS target...])
@@ -41,6 +42,7 @@ function(qcf_executable name)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE QcfCompile)
     qcf_link(${name} PRIVATE ${arg_LINKS})
+    qcf_join(${name})
 endfunction()
 
 # Links those of the named libraries that exist.

@@ -11,7 +11,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 /// Reads one list, whose text must be right, and answers its lists document.
-String document(String const & list, Constants const & constants = {}) {
+String document(String const & list, GivenConstants const & constants = {}) {
     ReadLists const read("list " + list, constants);
     EXPECT_THAT(read.lines(), IsEmpty()) << list;
     return jsonOf(read.records());
@@ -72,7 +72,7 @@ TEST(ListReader, ReadsWhatDocumentsHave) {
 }
 
 TEST(ListReader, PutsInWhatConstantsHold) {
-    Constants constants;
+    GivenConstants constants;
     constants.all["ONE"] = {"65000:1"};
     constants.all["MANY"] = {"65000:2", "no-export"};
     constants.all["NUMBERS"] = {"23456", "64496..64511"};

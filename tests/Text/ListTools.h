@@ -8,7 +8,7 @@
 
 namespace Qcf::Text {
 
-struct Constants final : ConstantScope {
+struct GivenConstants final : ConstantScope {
     std::map<String, std::vector<String>, std::less<>> all;
 
     std::span<String const> wordsOf(std::string_view name) const override {
@@ -26,7 +26,7 @@ struct Constants final : ConstantScope {
 
 /// A text of nothing but lists, read as a parser would.
 struct ReadLists {
-    explicit ReadLists(String text, Constants const & constants = {}) {
+    explicit ReadLists(String text, GivenConstants const & constants = {}) {
         Cursor cursor(sources, sources.add("t.qcf", std::move(text)), messages);
         while (!cursor.atEnd()) {
             if (!cursor.accept("list")) {
