@@ -25,7 +25,7 @@ using Qcf::Eval::Function;
 using Qcf::Lists::Finding;
 
 struct Options {
-    PolicyFile::Options policy;
+    PolicyFile::Named policy;
     String lists;
     String format = "text";
     bool strict = false;

@@ -13,7 +13,7 @@
 namespace {
 
 struct Options {
-    PolicyFile::Options policy;
+    PolicyFile::Named policy;
     String lists;
     String out;
     String listsOut;

@@ -23,7 +23,7 @@ using Qcf::Documents::Program;
 using Qcf::Eval::Function;
 
 struct Options {
-    PolicyFile::Options policy;
+    PolicyFile::Named policy;
     String function;
     String format = "text";
     bool plan = false;

@@ -53,7 +53,7 @@ std::vector<Qcf::Lists::ListRecord> listRecordsOf(String const & file) {
 
 } // namespace
 
-void PolicyFile::Options::addTo(CLI::App & command) {
+void PolicyFile::Named::addTo(CLI::App & command) {
     command.add_option("document", path, "Policy text or evaluation-tree document")
         ->required()
         ->type_name("POLICY");
@@ -66,26 +66,26 @@ TextError::TextError(Messages messages, std::shared_ptr<Sources const> sources)
       messages_(std::move(messages)),
       sources_(std::move(sources)) {}
 
-PolicyFile PolicyFile::read(Options const & options, Qcf::Documents::ReadAlong along) {
-    PolicyFile file = readAll(options, along);
+PolicyFile PolicyFile::read(Named const & named, Qcf::Documents::ReadAlong along) {
+    PolicyFile file = readAll(named, along);
     if (file.isUnreadable()) {
         throw DocumentError(printed(file.messages_, *file.sources_));
     }
     return file;
 }
 
-PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlong along) {
+PolicyFile PolicyFile::readAll(Named const & named, Qcf::Documents::ReadAlong along) {
     PolicyFile file;
-    file.path_ = options.path;
-    file.mapPath_ = options.map;
-    String text = readFile(options.path);
+    file.path_ = named.path;
+    file.mapPath_ = named.map;
+    String text = readFile(named.path);
     file.sources_ = std::make_shared<Sources>();
     if (Qcf::Text::isJson(text)) {
         file.places_ = std::make_shared<Qcf::Documents::Places>();
         along.places = file.places_.get();
-        file.program_ = Qcf::Documents::readProgram(std::move(text), options.path, along);
-        if (!options.map.empty()) {
-            file.map_ = Qcf::Text::PlaceMap::read(options.map);
+        file.program_ = Qcf::Documents::readProgram(std::move(text), named.path, along);
+        if (!named.map.empty()) {
+            file.map_ = Qcf::Text::PlaceMap::read(named.map);
             // What could not be read of the document lacks its nodes.
             if (along.unread == nullptr || along.unread->empty()) {
                 file.map_->mustSuit(file.program_);
@@ -93,11 +93,11 @@ PolicyFile PolicyFile::readAll(Options const & options, Qcf::Documents::ReadAlon
         }
         return file;
     }
-    if (!options.map.empty()) {
-        throw UsageError("--map is for a document; " + options.path + " has its places itself");
+    if (!named.map.empty()) {
+        throw UsageError("--map is for a document; " + named.path + " has its places itself");
     }
     file.text_ =
-        Qcf::Text::readPolicyText(std::move(text), options.path, *file.sources_, file.messages_);
+        Qcf::Text::readPolicyText(std::move(text), named.path, *file.sources_, file.messages_);
     file.messages_.sort();
     if (file.text_) {
         file.program_ = file.text_->program();

@@ -17,8 +17,8 @@
 /// What is wrong with it is a DocumentError; errors of a text are all of them, with their lines.
 class PolicyFile {
 public:
-    /// Which file, and whether its nodes' places are wanted.
-    struct Options {
+    /// What is named: the file, and its nodes' places if it is a document.
+    struct Named {
         String path;
         /// A source map of the document; empty for none.
         String map = {};
@@ -28,10 +28,10 @@ public:
     };
 
     /// Warnings of a text go to standard error. `along` is for documents alone.
-    static PolicyFile read(Options const & options, Qcf::Documents::ReadAlong along = {});
+    static PolicyFile read(Named const & named, Qcf::Documents::ReadAlong along = {});
 
     /// The same, but a text with errors is answered without its program, with all its messages.
-    static PolicyFile readAll(Options const & options, Qcf::Documents::ReadAlong along = {});
+    static PolicyFile readAll(Named const & named, Qcf::Documents::ReadAlong along = {});
 
     bool isText() const { return sources_ && sources_->size() != 0; }
     /// Whether it is a text that has errors.

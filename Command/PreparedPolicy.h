@@ -8,7 +8,7 @@
 /// Which function of which policy is to be evaluated, and with which lists; the options that say
 /// so, the same for every command that evaluates a table.
 struct PolicyArguments {
-    PolicyFile::Options policy;
+    PolicyFile::Named policy;
     String function;
     String lists; ///< empty for those of the policy alone
     bool allowUndefinedLists = false;

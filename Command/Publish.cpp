@@ -17,7 +17,7 @@
 namespace {
 
 struct Options {
-    PolicyFile::Options policy;
+    PolicyFile::Named policy;
     RedisArguments redis;
     String lists;
     std::vector<String> required; ///< functions

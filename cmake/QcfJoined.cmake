@@ -7,6 +7,16 @@
 set(qcfAlone
     Agent/Routes/RouteSchema.cpp
     Agent/Tables/TableGenerator.cpp
+    Command/Diff.cpp
+    Command/PolicyPlaces.cpp
+    Command/Profile.cpp
+    Command/RouteRun.cpp
+    Command/RouteText.cpp
+    Command/Schema.cpp
+    Command/Test.cpp
+    Command/WatchMetrics.cpp
+    Command/WatchOptions.cpp
+    Command/WriteFile.cpp
     Documents/NodeReader.cpp
     Lists/ListCheck.cpp
     Lists/ListsSchema.cpp
