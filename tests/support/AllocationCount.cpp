@@ -11,8 +11,20 @@ namespace {
 thread_local U64 allocations = 0;
 } // namespace
 
-// AddressSanitizer has its own, and slabs pass every object through to them.
-#if !QCF_SLAB_PASSES_THROUGH
+// AddressSanitizer has its own, and slabs pass every object through to them; clang's
+// ThreadSanitizer has its own, too.
+#if QCF_SLAB_PASSES_THROUGH
+#define QCF_COUNTS_ALLOCATIONS 0
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define QCF_COUNTS_ALLOCATIONS 0
+#endif
+#endif
+#ifndef QCF_COUNTS_ALLOCATIONS
+#define QCF_COUNTS_ALLOCATIONS 1
+#endif
+
+#if QCF_COUNTS_ALLOCATIONS
 
 namespace {
 
