@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Framework/Types.h"
+#include "Live/NumberIndex.h"
 
 #include <memory>
 #include <span>
@@ -47,9 +47,13 @@ private:
         /// In memory: without what would round it up.
         static constexpr std::size_t bytes = 10;
     };
-    static constexpr U32 none = ~U32{0};
-    /// Of a slot: what stood there is gone, and others may stand behind it.
-    static constexpr U32 gone = none - 1;
+    /// What the index asks of numbers.
+    struct Keys {
+        AttributeStore const & store;
+        void const * placeOf(U32 number) const { return store.at(number); }
+        U32 hashOf(U32 number) const { return store.head(number).hash; }
+    };
+    static constexpr U32 none = NumberIndex::none;
     /// Numbers count these bytes, so that 32 bits reach over 32 GiB.
     static constexpr std::size_t unit = 8;
     static constexpr U32 unitsInChunk = U32{1} << 17;
@@ -62,21 +66,16 @@ private:
     static U32 unitsFor(std::size_t size);
     U32 hashOf(std::span<U8 const> bytes) const;
 
-    /// Where the content's number stands in the slots, or a slot where it would.
-    std::size_t slotOf(std::span<U8 const> bytes, U32 hash) const;
-    bool isUsed(std::size_t slot) const { return slots_[slot] < gone; }
     U32 take(U32 units);
-    void listAnew();
 
     std::vector<std::unique_ptr<U8[]>> chunks_;
     U32 end_ = 0; ///< of what was ever used in the last chunk, as a number
     /// By their units: the first number that is free, and behind it others, each in the bytes of
     /// the one before.
     std::vector<U32> free_;
-    std::vector<U32> slots_; ///< numbers by hash, a power of two of them
+    NumberIndex index_;
     U64 used_ = 0;
-    U64 gone_ = 0; ///< slots of what is gone
-    U32 seed_;     ///< so that nobody outside can choose what collides
+    U32 seed_; ///< so that nobody outside can choose what collides
 };
 
 } // namespace Qcf::Live

@@ -49,8 +49,7 @@ void RibRoute::outcomeIs(U8 side, RouteOutcome const & outcome) {
 RibTable::RibTable() : seed_(std::random_device()()) {}
 
 U64 RibTable::memory() const {
-    return room_ * sizeof(RibRoute) + slots_.size() * sizeof(U32) +
-           pieces_.capacity() * sizeof(pieces_[0]);
+    return room_ * sizeof(RibRoute) + index_.memory() + pieces_.capacity() * sizeof(pieces_[0]);
 }
 
 U32 RibTable::hashOf(RibRoute const & key) const {
@@ -61,49 +60,27 @@ U32 RibTable::hashOf(RibRoute const & key) const {
     return hash.result();
 }
 
-std::size_t RibTable::slotOf(RibRoute const & key, U32 hash) {
-    std::size_t const mask = slots_.size() - 1;
-    std::size_t slot = hash & mask;
-    for (; slots_[slot] != none; slot = (slot + 1) & mask) {
-        std::size_t const place = slots_[slot] & placeMask;
-        if (slots_[slot] == entryOf(place, hash) && stored(place).isOfKey(key)) {
-            break;
-        }
-    }
-    return slot;
-}
-
-std::size_t RibTable::slotOfPlace(std::size_t place, U32 hash) const {
-    std::size_t const mask = slots_.size() - 1;
-    std::size_t slot = hash & mask;
-    while (slots_[slot] != entryOf(place, hash)) {
-        slot = (slot + 1) & mask;
-    }
-    return slot;
+U32 RibTable::listed(RibRoute const & key, U32 hash) {
+    return index_.find(hash, [&](U32 entry) {
+        std::size_t const place = entry & placeMask;
+        return entry == entryOf(place, hash) && stored(place).isOfKey(key);
+    });
 }
 
 RibRoute * RibTable::find(Agent::UpdatePrefix const & key) {
-    if (slots_.empty()) {
-        return nullptr;
-    }
     RibRoute const wanted = RibRoute::of(key);
-    U32 const entry = slots_[slotOf(wanted, hashOf(wanted))];
-    return entry == none ? nullptr : &stored(entry & placeMask);
+    U32 const entry = listed(wanted, hashOf(wanted));
+    return entry == NumberIndex::none ? nullptr : &stored(entry & placeMask);
 }
 
 RibTable::Inserted RibTable::insert(Agent::UpdatePrefix const & key) {
-    constexpr std::size_t least = 16;
-    if (4 * (size_ + 1) > 3 * slots_.size()) {
-        listIs(std::max(least, 2 * slots_.size()));
-    }
     RibRoute const wanted = RibRoute::of(key);
     U32 const hash = hashOf(wanted);
-    std::size_t const slot = slotOf(wanted, hash);
-    if (slots_[slot] != none) {
-        return {&stored(slots_[slot] & placeMask), false};
+    if (U32 const entry = listed(wanted, hash); entry != NumberIndex::none) {
+        return {&stored(entry & placeMask), false};
     }
     QCF_ASSERT(size_ < mostRoutes);
-    slots_[slot] = entryOf(size_, hash);
+    index_.insert(hash, entryOf(size_, hash), Keys{*this});
     RibRoute & route = append();
     route = wanted;
     return {&route, true};
@@ -130,13 +107,13 @@ RibRoute & RibTable::append() {
 
 void RibTable::erase(RibRoute const & route) {
     U32 const hash = hashOf(route);
-    std::size_t const slot = slotOf(route, hash);
-    std::size_t const place = slots_[slot] & placeMask;
-    vacate(slot);
+    U32 const entry = listed(route, hash);
+    std::size_t const place = entry & placeMask;
+    index_.remove(hash, entry);
     RibRoute const & last = stored(size_ - 1);
     if (place != size_ - 1) {
         U32 const hashOfLast = hashOf(last);
-        slots_[slotOfPlace(size_ - 1, hashOfLast)] = entryOf(place, hashOfLast);
+        index_.replace(hashOfLast, entryOf(size_ - 1, hashOfLast), entryOf(place, hashOfLast));
         stored(place) = last;
     }
     --size_;
@@ -147,39 +124,11 @@ void RibTable::erase(RibRoute const & route) {
     }
 }
 
-/// Frees a slot; those behind it move up, so that none is cut off from its hash.
-void RibTable::vacate(std::size_t slot) {
-    std::size_t const mask = slots_.size() - 1;
-    for (std::size_t next = (slot + 1) & mask; slots_[next] != none; next = (next + 1) & mask) {
-        std::size_t const home = hashOf(stored(slots_[next] & placeMask)) & mask;
-        if (((next - home) & mask) >= ((next - slot) & mask)) {
-            slots_[slot] = slots_[next];
-            slot = next;
-        }
-    }
-    slots_[slot] = none;
-}
-
 void RibTable::clear() {
     pieces_ = std::vector<std::unique_ptr<RibRoute[]>>();
-    slots_ = {};
+    index_.clear();
     room_ = 0;
     size_ = 0;
-}
-
-/// Lists all in so many slots.
-void RibTable::listIs(std::size_t slots) {
-    // The old list goes first: both need not be there at a time.
-    slots_ = {};
-    slots_.assign(slots, none);
-    for (std::size_t place = 0; place < size_; ++place) {
-        U32 const hash = hashOf(stored(place));
-        std::size_t slot = hash & (slots - 1);
-        while (slots_[slot] != none) {
-            slot = (slot + 1) & (slots - 1);
-        }
-        slots_[slot] = entryOf(place, hash);
-    }
 }
 
 std::vector<RibRoute *> RibTable::sorted() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Agent/Mrt/BgpUpdate.h"
+#include "Live/NumberIndex.h"
 #include "Live/RouteOutcome.h"
 
 #include <memory>
@@ -60,19 +61,19 @@ private:
 };
 static_assert(sizeof(RibRoute) == 32);
 
-/// The routes of one table by prefix and path identifier: in one row in pieces of 32 KiB, and a
-/// list of places by hash.
+/// The routes of one table by prefix and path identifier: in one row in pieces of 32 KiB, and an
+/// index of places. Growing moves a few thousand routes' numbers at a time, however many there are.
 ///
 ///     auto const [route, isNew] = table.insert({prefix, pathId});
 ///     table.erase(*route);
 ///
 /// Routes stand in the order in which they came; the last one takes the place of one that goes.
-/// Pointers hold until the next change. Memory: 37 to 43 bytes a route, of more than a few hundred.
+/// Pointers hold until the next change. Memory: 37 to 45 bytes a route, of more than a few hundred.
 /// Belongs to one thread.
 class RibTable {
 public:
     /// More cannot be kept.
-    static constexpr std::size_t mostRoutes = (std::size_t{1} << 27) - 1;
+    static constexpr std::size_t mostRoutes = (std::size_t{1} << 27) - 2;
 
     struct Inserted {
         RibRoute * route;
@@ -122,26 +123,29 @@ private:
     static constexpr std::size_t pieceSize = 1024;
     static constexpr U32 placeBits = 27;
     static constexpr U32 placeMask = (U32{1} << placeBits) - 1;
-    static constexpr U32 none = ~U32{0};
+
+    /// What the index asks of entries.
+    struct Keys {
+        RibTable & table;
+        void const * placeOf(U32 entry) const { return &table.stored(entry & placeMask); }
+        U32 hashOf(U32 entry) const { return table.hashOf(table.stored(entry & placeMask)); }
+    };
 
     RibRoute & stored(std::size_t place) { return pieces_[place / pieceSize][place % pieceSize]; }
     U32 hashOf(RibRoute const & key) const;
-    /// A place, and above it some bits of the hash that the slot does not say: most routes that
-    /// are not meant need not be looked at.
+    /// A place, and above it some bits of the hash: most routes that are not meant need not be
+    /// looked at.
     static U32 entryOf(std::size_t place, U32 hash) {
-        return static_cast<U32>(place) | (hash & ~placeMask);
+        return static_cast<U32>(place) | NumberIndex::spareBits(hash) << placeBits;
     }
-    /// Where the route of that key is listed, or the free slot where it would.
-    std::size_t slotOf(RibRoute const & key, U32 hash);
-    std::size_t slotOfPlace(std::size_t place, U32 hash) const;
-    void vacate(std::size_t slot);
-    void listIs(std::size_t slots);
+    /// How the route of that key is listed; `NumberIndex::none` where there is none.
+    U32 listed(RibRoute const & key, U32 hash);
     RibRoute & append();
 
     /// All but the last are full; the first one begins small.
     std::vector<std::unique_ptr<RibRoute[]>> pieces_;
-    std::size_t room_ = 0;   ///< places in all pieces
-    std::vector<U32> slots_; ///< entries by hash, a power of two of them, or none
+    std::size_t room_ = 0; ///< places in all pieces
+    NumberIndex index_;    ///< entries
     std::size_t size_ = 0;
     U32 seed_; ///< so that nobody outside can choose what collides
 };
