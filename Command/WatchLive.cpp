@@ -7,6 +7,7 @@
 #include "Command/WatchMetrics.h"
 #include "Command/WatchTeller.h"
 #include "Command/WatchView.h"
+#include "Live/LateEvaluation.h"
 #include "Live/RouteEvents.h"
 
 namespace {
@@ -32,13 +33,13 @@ public:
             comparison_.restart();
             restartedAt_ = now;
         }
-        while (news_ && news_->waiting() > 0 && std::chrono::steady_clock::now() < deadline) {
+        while (news_ && !news_->isDone() && std::chrono::steady_clock::now() < deadline) {
             if (!teller_.write()) {
                 return false;
             }
             news_->tell(routesAtOnce);
         }
-        return news_ && news_->waiting() > 0;
+        return news_ && !news_->isDone();
     }
     /// Another policy is shown: what it makes of routes may be news.
     void restart() {
@@ -89,6 +90,7 @@ public:
           view_(routers_, comparison_,
                 options.isPublished() ? options.redis.name : options.policy.policy.path),
           station_(routers_, options.station) {
+        station_.add(late_);
         station_.add(comparison_);
         station_.add(policies_);
         if (options.isJson()) {
@@ -117,6 +119,7 @@ private:
     ShownMetrics places_;
     WatchTeller teller_;
     RouterSet routers_;
+    LateEvaluation late_{routers_};
     RunningComparison comparison_;
     PolicyTask policies_;
     WatchView view_;

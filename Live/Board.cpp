@@ -75,6 +75,7 @@ String remarks(PeerState const & peer, RibState const * before, RibState const *
 
 Board Board::of(RouterSet & routers, Tolerance tolerance, TableComparison::Visit const & visit,
                 Passed const & passed) {
+    routers.evaluateAnew(std::chrono::steady_clock::time_point::max());
     Board board(routers);
     TableComparison comparison(routers, tolerance, visit);
     for (auto & [name, router] : routers.all()) {

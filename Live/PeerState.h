@@ -35,6 +35,8 @@ struct RibState {
     PolicyCounts next;
     ChangeCounts changes;
     U8 side = 0; ///< of its routes' outcomes the side that is shown
+    /// So many of its first routes are to be evaluated anew, and count as they were until then.
+    std::size_t toJudge = 0;
 
     U64 withLocalPref = 0; ///< routes that have LOCAL_PREF
     U64 announced = 0;     ///< prefixes, however often

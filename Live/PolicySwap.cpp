@@ -81,6 +81,10 @@ std::optional<PolicyChange> PolicySwap::step(Clock::time_point deadline) {
     if (!isUnderWay()) {
         return std::nullopt;
     }
+    // Its own outcomes are of routes as they are.
+    if (routers_.evaluateAnew(deadline)) {
+        return std::nullopt;
+    }
     if (!isEvaluating_) {
         if (!clear(deadline)) {
             return std::nullopt;

@@ -44,41 +44,87 @@ void RouteEvents::settled(PeerState const & peer) {
         return;
     }
     Peer & told = peerOf(peer);
-    for (auto & [key, route] : told.routes) {
-        bool const isTold = route.verdict != Verdict::none && !route.waits;
-        if (isTold && table->routes.find({key.first, key.second}) == nullptr) {
-            route.waits = true;
-            queue_.push_back({&told, key});
-        }
+    if (told.toRepeat == 0 && told.toMiss == 0) {
+        walks_.push_back(&told);
     }
+    told.toMiss = parts;
+}
+
+void RouteEvents::forgotten(String const & router) {
+    auto const isOf = [&](Name const & name) { return name.first == router; };
+    std::erase_if(queue_, [&](Waiting const & waiting) { return isOf(waiting.peer->name); });
+    std::erase_if(walks_, [&](Peer const * peer) { return isOf(peer->name); });
+    std::erase_if(peers_, [&](auto const & peer) { return isOf(peer.first); });
+    last_ = nullptr;
 }
 
 void RouteEvents::restart() {
     for (auto & [name, peer] : peers_) {
-        for (auto & [key, route] : peer.routes) {
-            if (!std::exchange(route.waits, true)) {
-                queue_.push_back({&peer, key});
-            }
+        if (peer.toRepeat == 0 && peer.toMiss == 0) {
+            walks_.push_back(&peer);
         }
+        peer.toRepeat = parts;
     }
 }
 
-void RouteEvents::wait(Peer & peer, Key const & key) {
-    if (!std::exchange(peer.routes[key].waits, true)) {
+/// Has one part of a peer's routes wait, as far as they are to be looked at.
+void RouteEvents::walk() {
+    Peer & peer = *walks_.front();
+    if (peer.toRepeat > 0) {
+        for (auto & [key, told] : peer.routes[--peer.toRepeat]) {
+            wait(peer, key, told);
+        }
+    } else {
+        PeerState * const state = find(peer.name);
+        RibState * const table = state != nullptr ? state->table(routers_.settings().rib) : nullptr;
+        for (auto & [key, told] : peer.routes[--peer.toMiss]) {
+            if (table != nullptr && told.verdict != Verdict::none &&
+                table->routes.find({key.first, key.second}) == nullptr) {
+                wait(peer, key, told);
+            }
+        }
+    }
+    if (peer.toRepeat == 0 && peer.toMiss == 0) {
+        walks_.pop_front();
+    }
+}
+
+std::size_t RouteEvents::remembered() const {
+    std::size_t sum = 0;
+    for (auto const & [name, peer] : peers_) {
+        for (Routes const & part : peer.routes) {
+            sum += part.size();
+        }
+    }
+    return sum;
+}
+
+void RouteEvents::wait(Peer & peer, Key const & key) { wait(peer, key, peer.partOf(key)[key]); }
+
+void RouteEvents::wait(Peer & peer, Key const & key, Told & told) {
+    if (!std::exchange(told.waits, true)) {
         queue_.push_back({&peer, key});
     }
 }
 
 void RouteEvents::tell(std::size_t most) {
-    for (; most > 0 && !queue_.empty(); --most) {
+    constexpr std::size_t ofWalk = 16; // so long a part takes, or longer
+    while (most > 0 && !isDone()) {
+        if (queue_.empty()) {
+            walk();
+            most -= std::min(most, ofWalk);
+            continue;
+        }
         Waiting const waiting = queue_.front();
         queue_.pop_front();
         tellOne(waiting);
+        --most;
     }
 }
 
 void RouteEvents::tellOne(Waiting const & waiting) {
-    auto const told = waiting.peer->routes.find(waiting.key);
+    Routes & routes = waiting.peer->partOf(waiting.key);
+    auto const told = routes.find(waiting.key);
     told->second.waits = false;
     Rib const rib = routers_.settings().rib;
     PeerState * const peer = find(waiting.peer->name);
@@ -104,7 +150,7 @@ void RouteEvents::tellOne(Waiting const & waiting) {
                route != nullptr ? &judge.context() : nullptr});
     }
     if (verdict == Verdict::none && !told->second.waits) {
-        waiting.peer->routes.erase(told);
+        routes.erase(told);
     }
 }
 

@@ -26,7 +26,8 @@ struct RouteNews {
 ///     events.tell(1000);
 ///
 /// What was told is remembered for each route. Of routes that go with their whole table
-/// nothing is told until the table is there again. Belongs to the thread of the routers.
+/// nothing is told until the table is there again, and of a router that is given up nothing is
+/// remembered. Belongs to the thread of the routers.
 class RouteEvents final : private RouteWatch {
 public:
     using Tell = std::function<void(RouteNews const & news)>;
@@ -35,11 +36,16 @@ public:
     RouteEvents(RouterSet & routers, Tell tell);
     ~RouteEvents() override;
 
-    /// Looks at so many keys that wait, in the order in which they came.
+    /// Looks at so many keys that wait, in the order in which they came. Where whole tables are to
+    /// be looked at, their keys come to wait bit by bit.
     void tell(std::size_t most = ~std::size_t{0});
+    /// Whether nothing is left to be looked at.
+    bool isDone() const { return queue_.empty() && walks_.empty(); }
     /// All routes are evaluated anew, by another function.
     void restart();
     std::size_t waiting() const { return queue_.size(); }
+    /// Routes that are remembered.
+    std::size_t remembered() const;
 
 private:
     using Name = std::pair<String, PeerKey>;
@@ -52,9 +58,17 @@ private:
         Verdict verdict = Verdict::none;
         bool waits = false;
     };
+    using Routes = std::unordered_map<Key, Told, KeyHash>;
+    /// Parts of what is told of a peer: none is so large that it cannot be gone over, or grow, at
+    /// once.
+    static constexpr std::size_t parts = 128;
     struct Peer {
         Name name;
-        std::unordered_map<Key, Told, KeyHash> routes;
+        std::array<Routes, parts> routes;
+        std::size_t toRepeat = 0; ///< parts, the first ones, of which all is to be looked at
+        std::size_t toMiss = 0;   ///< parts of which that is to be looked at that is gone
+
+        Routes & partOf(Key const & key) { return routes[key.first.hash(~key.second) % parts]; }
     };
     struct Waiting {
         Peer * peer; ///< those of the map stay where they are
@@ -63,9 +77,12 @@ private:
 
     void changes(PeerState const & peer, Rib rib, Agent::UpdatePrefix const & key) override;
     void settled(PeerState const & peer) override;
+    void forgotten(String const & router) override;
     Peer & peerOf(PeerState const & peer);
     PeerState * find(Name const & name);
     void wait(Peer & peer, Key const & key);
+    void wait(Peer & peer, Key const & key, Told & told);
+    void walk();
     void tellOne(Waiting const & waiting);
     U64 digestOfChanges();
 
@@ -74,6 +91,7 @@ private:
     std::map<Name, Peer> peers_;
     Peer * last_ = nullptr; ///< that was asked for
     std::deque<Waiting> queue_;
+    std::deque<Peer *> walks_; ///< each once
     String text_;
 };
 

@@ -18,6 +18,8 @@ public:
     virtual void changes(PeerState const & peer, Rib rib, Agent::UpdatePrefix const & key) = 0;
     /// The tables that the peer has are all that it has for now.
     virtual void settled(PeerState const & peer) = 0;
+    /// A router of that name is no more, nor are its peers.
+    virtual void forgotten(String const & router) = 0;
 };
 
 } // namespace Qcf::Live

@@ -25,6 +25,32 @@ PolicyCounts RouterSet::counts() const {
     return sum;
 }
 
+bool RouterSet::evaluateAnew(std::chrono::steady_clock::time_point deadline) {
+    if (!feed_.hasToJudge()) {
+        return false;
+    }
+    for (auto & [name, router] : routers_) {
+        for (auto & [key, peer] : router.peers()) {
+            RibState * const table = peer.table(settings_.rib);
+            while (table != nullptr && table->toJudge > 0) {
+                feed_.judgeSome(peer, *table);
+                if (std::chrono::steady_clock::now() >= deadline) {
+                    return true;
+                }
+            }
+        }
+    }
+    feed_.nothingToJudge();
+    return false;
+}
+
+void RouterSet::forget(String const & name) {
+    routers_.erase(name);
+    if (feed_.watch() != nullptr) {
+        feed_.watch()->forgotten(name);
+    }
+}
+
 LiveRouter & RouterSet::router(String const & name) {
     if (routers_.size() >= mostRouters && !routers_.contains(name)) {
         throw LimitReached("more than " + std::to_string(mostRouters) + " routers");

@@ -27,7 +27,7 @@ public:
     /// LimitReached.
     LiveRouter & router(String const & name);
     /// Takes a router out with all its tables. No connection of it may be there.
-    void forget(String const & name) { routers_.erase(name); }
+    void forget(String const & name);
     /// See TableFeed.
     void nowIs(std::chrono::milliseconds now) { feed_.nowIs(now); }
     std::chrono::milliseconds now() const { return feed_.now(); }
@@ -42,6 +42,11 @@ public:
     LivePolicy const & policy() const { return *judge_.policy(); }
     /// What it makes of all routes.
     PolicyCounts counts() const;
+    /// Goes on with tables that are to be evaluated anew because of how their router writes paths,
+    /// until the deadline. Answers whether more is left.
+    bool evaluateAnew(std::chrono::steady_clock::time_point deadline);
+    /// Whether that is left to whoever calls it, and not done before the next message.
+    void evaluatesLaterIs(bool later) { feed_.judgesLaterIs(later); }
     /// Who is told which routes change; null for nobody.
     void watchIs(RouteWatch * watch) { feed_.watchIs(watch); }
     LiveListener & listener() { return listener_; }

@@ -228,11 +228,24 @@ void TableFeed::judge(PeerState & peer, RibState & table, Rib rib, RibRoute & ro
 }
 
 void TableFeed::judgeAll(PeerState & peer, RibState & table) {
-    table.routes.each([&](RibRoute & route) {
+    table.toJudge = table.routes.size();
+    hasToJudge_ = true;
+    while (!judgesLater_ && judgeSome(peer, table)) {
+    }
+}
+
+// From the end to the beginning: what comes is put behind, and what goes has its place taken by the
+// last, so that none is passed by.
+bool TableFeed::judgeSome(PeerState & peer, RibState & table) {
+    constexpr std::size_t atOnce = 64;
+    table.toJudge = std::min(table.toJudge, table.routes.size());
+    for (std::size_t i = 0; i < atOnce && table.toJudge > 0; ++i) {
+        RibRoute & route = *table.routes.at(--table.toJudge);
         table.uncount(route);
         judge(peer, table, settings_.rib, route);
         tell(peer, settings_.rib, {route.prefix(), route.pathId});
-    });
+    }
+    return table.toJudge > 0;
 }
 
 void TableFeed::noticeOwnAs(PeerState & peer, bool as4) {

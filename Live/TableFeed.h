@@ -65,6 +65,7 @@ public:
     bool isYoung(U8 changed) const;
     /// Who is told which routes change; null for nobody.
     void watchIs(RouteWatch * watch) { watch_ = watch; }
+    RouteWatch * watch() const { return watch_; }
 
     /// A table of that peer as it begins, by what its OPENs say.
     std::unique_ptr<RibState> makeTable(PeerState const & peer, Rib rib) const;
@@ -80,6 +81,14 @@ public:
     void settle(PeerState & peer, String const & router, MessageSource & source);
     /// Decides the form of a table by what came so far, where that was long ago.
     void decideForm(PeerState & peer, Where const & where, MessageSource & source);
+    /// Whether tables that are to be evaluated anew are left to whoever calls `judgeSome`; else
+    /// that is done at once.
+    void judgesLaterIs(bool later) { judgesLater_ = later; }
+    /// Some table has been left to it.
+    bool hasToJudge() const { return hasToJudge_; }
+    void nothingToJudge() { hasToJudge_ = false; }
+    /// Evaluates some routes of a peer's table anew; answers whether more are left.
+    bool judgeSome(PeerState & peer, RibState & table);
     /// Takes the table's routes out that were not sent again by this connection.
     void sweep(PeerState & peer, Rib rib, AddressFamily family);
     /// Takes all its routes out.
@@ -99,7 +108,7 @@ private:
         table.changedAt = now_;
         table.stamp = ++stamp_;
     }
-    /// Evaluates all routes of the table anew.
+    /// All routes of the table are to be evaluated anew.
     void judgeAll(PeerState & peer, RibState & table);
     void forget(RibState & table, RibRoute const & route);
     /// Something changed behind the policy, which a route before it is compared with.
@@ -122,6 +131,8 @@ private:
     RouteJudge & judge_;
     LiveListener & listener_;
     RouteWatch * watch_ = nullptr;
+    bool judgesLater_ = false;
+    bool hasToJudge_ = false;
     Agent::BgpUpdate update_;
     KeptAttributes kept_;
     U64 routes_ = 0;

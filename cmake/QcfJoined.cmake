@@ -47,6 +47,7 @@ set(qcfAlone
     bench/Report.cpp
     bench/ReportJobs.cpp
     bench/ReportJson.cpp
+    fuzz/RecordingSeeds.cpp
     tests/Agent/Evaluation/ExampleLogTest.cpp
     tests/Command/DocumentCommandsTest.cpp
     tests/Command/EvalTest.cpp
@@ -58,6 +59,7 @@ set(qcfAlone
     tests/Lists/PrefixListTest.cpp
     tests/Lists/RoaTableTest.cpp
     tests/Live/InterleavingTest.cpp
+    tests/Live/LateEvaluationTest.cpp
     tests/Live/LiveTools.cpp
     tests/Live/LocRibTest.cpp
     tests/Live/RouteEventsTest.cpp

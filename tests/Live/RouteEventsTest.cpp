@@ -117,6 +117,20 @@ TEST(RouteEvents, ANewConnectionTellsWhatBecameOther) {
             Telling::line("10.3.0.0/16", R"("result":"none","was":"true")")));
 }
 
+TEST(RouteEvents, AForgottenRouterLeavesNothing) {
+    Telling station;
+    station.hearMore(announce(before, "10.1.0.0/16") + announce(before, "10.2.0.0/16"));
+    station.settle();
+    EXPECT_EQ(station.told(1).size(), 1);
+    EXPECT_EQ(station.events.remembered(), 2);
+    station.lose();
+    station.routers.forget("edge1");
+    EXPECT_EQ(station.events.waiting(), 0);
+    EXPECT_EQ(station.events.remembered(), 0);
+    station.hear(initiation("edge1") + peerUp(before) + announce(before, "10.1.0.0/16"));
+    EXPECT_THAT(station.told(), ElementsAre(Telling::line("10.1.0.0/16", accepted)));
+}
+
 // However slowly it is listened to: in the end everything was told as it is.
 TEST(RouteEvents, TheLastWordOnEachRouteIsItsState) {
     for (U32 seed = 0; seed < 20; ++seed) {
