@@ -8,7 +8,7 @@ fuzzOne() {
     local arguments=("-max_total_time=$2" "-artifact_prefix=$findings" -print_final_stats=1
         -timeout=10 -max_len=4096 -entropic=0 "$corpus")
     mkdir -p "$corpus" "$findings"
-    [[ $target == FuzzMrt ]] || arguments+=(-dict=build/asan/fuzz/seeds/words.dict)
+    [[ $target =~ ^Fuzz(Bmp|Mrt|Updates)$ ]] || arguments+=(-dict=build/asan/fuzz/seeds/words.dict)
     for folder in "build/asan/fuzz/seeds/$target" "fuzz/corpus/$target"; do
         [[ ! -d $folder ]] || arguments+=("$folder")
     done

@@ -7,7 +7,6 @@
 #include "Agent/Routes/JsonLinesWriter.h"
 #include "Agent/Tables/TableGenerator.h"
 #include "Documents/Program.h"
-#include "Lists/ByteSource.h"
 #include "Lists/ListsDocument.h"
 #include "Mirror/ChangeSource.h"
 #include "Mirror/ProgramPublication.h"
@@ -16,6 +15,7 @@
 #include "QcfLib/NodeClass.h"
 #include "Text/Printer.h"
 #include "Text/Words.h"
+#include "fuzz/RecordingSeeds.h"
 #include "tests/support/RandomDocument.h"
 
 #include <filesystem>
@@ -114,7 +114,10 @@ public:
         texts();
         randomDocuments();
         tables();
-        streams();
+        writeRecordingSeeds(
+            [this](String const & target, String const & name, String const & text) {
+                writeFile(folder_ / target / name, text);
+            });
         dictionary();
     }
 
@@ -211,23 +214,6 @@ private:
             writer.finish();
             writeFile(folder_ / "FuzzMrt" / std::to_string(routes), mrt.str());
             writeFile(folder_ / "FuzzJsonLines" / std::to_string(routes), lines);
-        }
-    }
-
-    /// The beginnings of recorded streams of routers: whole ones are long.
-    void streams() const {
-        for (auto const & entry : fs::directory_iterator(QCF_SOURCE_DIR "/tests/Live/streams")) {
-            if (entry.path().extension() != ".gz") {
-                continue;
-            }
-            Qcf::Lists::ByteSource source(Qcf::Lists::openFileStream(entry.path()));
-            for (std::size_t const size : {std::size_t{2} << 10, std::size_t{8} << 10}) {
-                source.ensure(size);
-                String const text(reinterpret_cast<char const *>(source.data()), size);
-                writeFile(folder_ / "FuzzBmp" /
-                              (entry.path().stem().string() + std::to_string(size)),
-                          text);
-            }
         }
     }
 
