@@ -2,6 +2,7 @@
 #include "Command/AgentMetrics.h"
 #include "Command/Command.h"
 #include "Command/CounterReport.h"
+#include "Command/Faults.h"
 #include "Command/Following.h"
 #include "Command/MetricsArguments.h"
 #include "Command/Output.h"
@@ -89,7 +90,7 @@ bool tryVersion(PtrConst<PolicyVersion> const & version, Options const & options
     try {
         done = evaluate(version, options, lists, shown);
     } catch (DocumentError const & error) {
-        tellError(error.what());
+        tellFault(error);
     } catch (Qcf::Lists::FileError const & error) {
         // A table that is away for a moment is there again with the next version.
         tellError(error.what());
@@ -111,7 +112,7 @@ PtrConst<NamedLists> readAgain(Options const & options, PtrConst<NamedLists> con
     try {
         return ownLists(options);
     } catch (DocumentError const & error) {
-        tellError(error.what());
+        tellFault(error);
     } catch (Qcf::Lists::FileError const & error) {
         tellError(error.what());
     }

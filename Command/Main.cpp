@@ -1,4 +1,5 @@
 #include "Command/Command.h"
+#include "Command/Faults.h"
 #include "Command/Log.h"
 #include "Command/Output.h"
 #include "Lists/ByteSource.h"
@@ -125,7 +126,8 @@ int exitCodeOf(CLI::App & app, int argc, char ** argv) {
     } catch (UsageError const & error) {
         return complain(commandName(app) + ": " + error.what(), exitUsage);
     } catch (DocumentError const & error) {
-        return complain(error.what(), exitFailed);
+        tellFault(error);
+        return exitFailed;
     } catch (Qcf::Lists::FileError const & error) {
         return complain(error.what(), exitFailed);
     } catch (std::bad_alloc const &) {

@@ -69,7 +69,7 @@ TextError::TextError(Messages messages, std::shared_ptr<Sources const> sources)
 PolicyFile PolicyFile::read(Named const & named, Qcf::Documents::ReadAlong along) {
     PolicyFile file = readAll(named, along);
     if (file.isUnreadable()) {
-        throw DocumentError(printed(file.messages_, *file.sources_));
+        throw TextError(std::move(file.messages_), file.sources_);
     }
     return file;
 }

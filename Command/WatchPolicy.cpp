@@ -1,5 +1,6 @@
 #include "Command/WatchPolicy.h"
 
+#include "Command/Faults.h"
 #include "Command/Following.h"
 #include "Command/PolicyPlaces.h"
 #include "Command/PublishedPolicy.h"
@@ -29,7 +30,7 @@ Policy readOrTell(Read read) {
     try {
         policy = read();
     } catch (DocumentError const & error) {
-        tellError(error.what());
+        tellFault(error);
     } catch (Qcf::Lists::FileError const & error) {
         tellError(error.what());
     } catch (Qcf::Mirror::MirrorError const & error) {

@@ -3,7 +3,12 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qcf)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "Qcf developers <qcf@localhost>")
+# A host for examples, since the project has no address yet; whoever hands packages out has one.
+set(QCF_PACKAGE_CONTACT "Qcf developers <qcf@example.org>" CACHE STRING "Whom packages name as theirs")
+set(CPACK_PACKAGE_CONTACT ${QCF_PACKAGE_CONTACT})
+# Else it stands before each description, as the synopsis of all. CPack indents what follows it.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/QcfPackagesMade.cmake)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -21,24 +26,28 @@ set(library libqcf${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME qcf)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_COMMAND_DESCRIPTION "evaluate and publish routing policies
- Evaluates functions of a routing-policy language over whole routing tables,
- explains what decided about a route, compares policies, and publishes them
- to agents that follow through Redis.")
+Evaluates functions of a routing-policy language over whole routing tables,
+explains what decided about a route, compares policies, and publishes them
+to agents that follow through Redis.")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS redis-server)
+set(scripts ${PROJECT_SOURCE_DIR}/packaging)
+set(CPACK_DEBIAN_COMMAND_PACKAGE_CONTROL_EXTRA
+    ${scripts}/command/postinst ${scripts}/command/prerm ${scripts}/command/postrm)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "evaluation engine of a routing-policy language
- Evaluates functions for routes that stay with the program that embeds it,
- on many threads and without allocation; reads policy texts and follows what
- is published. This package has the shared library.")
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "evaluation engine of a routing-policy language (shared library)
+Evaluates functions for routes that stay with the program that embeds it,
+on many threads and without allocation; reads policy texts and follows what
+is published. This package has the shared library.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${scripts}/library/triggers)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqcf-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 # The first for the headers, the others for the static libraries.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), libboost-dev | libboost1.81-dev, libspdlog-dev, libre2-dev, zlib1g-dev, libbz2-dev, liblzma-dev, libisal-dev, libhiredis-dev, libssl-dev, pkg-config | pkgconf")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "evaluation engine of a routing-policy language (development)
- Public headers, static libraries, and what CMake and pkg-config read to find
- them and the shared library.")
+Public headers, static libraries, and what CMake and pkg-config read to find
+them and the shared library.")
 
 # Debian wants these beside each package.
 find_program(QCF_GZIP gzip)
@@ -57,6 +66,8 @@ endif()
 if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/qcf-agent.service)
     install(FILES packaging/qcf-agent.service DESTINATION lib/systemd/system COMPONENT command)
 endif()
-install(FILES docs/operations.md docs/language.md docs/questions.md docs/mirror.md
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/qcf COMPONENT command)
+install(FILES docs/operations.md docs/language.md docs/questions.md docs/mirror.md docs/metrics.md
+    docs/live.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/qcf COMPONENT command)
+install(FILES packaging/qcf-agent.env
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/qcf/examples COMPONENT command)
 include(CPack)

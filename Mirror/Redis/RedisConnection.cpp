@@ -1,5 +1,6 @@
 #include "Mirror/Redis/RedisConnection.h"
 
+#include "Mirror/Redis/Pace.h"
 #include "Platform/Framework/Assert.h"
 
 #include <algorithm>
@@ -137,6 +138,7 @@ RedisReply RedisConnection::command(Arguments const & arguments, std::chrono::mi
 
 RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
     bounds_.begin();
+    Pace pace(timeout);
     // One command, one answer: the next whole answer is the one that is waited for.
     for (;;) {
         void * reply = nullptr;
@@ -149,7 +151,12 @@ RedisReply RedisConnection::receive(std::chrono::milliseconds timeout) {
                 static_cast<redisReply *>(reply),
                 [](redisReply const * each) { freeReplyObject(const_cast<redisReply *>(each)); }));
         }
+        if (pace.isLost()) {
+            throw RedisConnectionError("redis at " + options_.place() + ": answers less than " +
+                                       std::to_string(Pace::slowest) + " bytes a second");
+        }
         auto const bytes = socket_.read(timeout);
+        pace.moved(bytes.size());
         if (String const why = bounds_.take(bytes); !why.empty()) {
             throw RedisConnectionError("redis at " + options_.place() + ": " + why);
         }

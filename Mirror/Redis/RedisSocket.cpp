@@ -1,5 +1,6 @@
 #include "Mirror/Redis/RedisSocket.h"
 
+#include "Mirror/Redis/Pace.h"
 #include "Mirror/Redis/RedisTls.h"
 
 #include <cerrno>
@@ -50,19 +51,24 @@ private:
 RedisSocket::RedisSocket(RedisOptions const & options) : place_(options.place()) {
     options.socketPath.empty() ? connectHost(options) : connectPath(options);
     if (options.tls) {
+        // No destructor runs for what was never made: what is open is closed here.
+        auto const letGo = [this] {
+            tls_.reset();
+            ::close(std::exchange(fd_, -1));
+        };
         try {
             tls_ = std::make_unique<Tls>(options, fd_);
             while (short const events = tls_->handshake()) {
                 waitFor(fd_, events, options.connectTimeout);
             }
         } catch (RedisTlsFault const & fault) {
-            tls_.reset();
-            ::close(std::exchange(fd_, -1));
+            letGo();
             throw RedisAccessError("redis at " + place_ + ": " + fault.what());
+        } catch (RedisConnectionError const &) {
+            letGo();
+            throw; // it names the place already
         } catch (std::exception const & error) {
-            // No destructor runs for what was never made: what is open is closed here.
-            tls_.reset();
-            ::close(std::exchange(fd_, -1));
+            letGo();
             fail(error.what());
         }
     }
@@ -161,16 +167,20 @@ void RedisSocket::waitFor(int fd, short events, Milliseconds timeout) const {
 }
 
 void RedisSocket::write(std::string_view bytes, Milliseconds timeout) {
-    // The time is that of one wait: a server that takes some bytes now and then is not given up. A
-    // closed connection comes as an error, not as SIGPIPE.
+    // The time is that of one wait: a server on a slow line is not given up, one that only takes a
+    // byte now and then is. A closed connection comes as an error, not as SIGPIPE.
+    Pace pace(timeout);
     while (!bytes.empty()) {
         short wanted = POLLOUT;
         ssize_t const count = tls_ ? tls_->write(bytes, wanted)
                                    : ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (count > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(count));
+            pace.moved(static_cast<std::size_t>(count));
         } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
             fail(count == 0 ? "connection closed" : errorText(errno));
+        } else if (pace.isLost()) {
+            fail("takes less than " + std::to_string(Pace::slowest) + " bytes a second");
         } else {
             waitFor(fd_, wanted, timeout);
         }

@@ -101,6 +101,13 @@ PublishOutcome RedisWriter::attempt(Change const & change) {
     }
     PublishOutcome outcome = publishChanges(change);
     state_ = readState(*connection_, keys_);
+    // Whoever took the lead meanwhile may be ahead.
+    if (state_.version.number < outcome.version.number) {
+        throw MirrorError(keys_.name + ": version " + std::to_string(outcome.version.number) +
+                          " was written, and the server shows version " +
+                          std::to_string(state_.version.number) +
+                          "; it does not keep what it takes");
+    }
     keepHistory(whoWrites(), false);
     if (snapshotIsDue()) {
         writeSnapshot();

@@ -121,5 +121,37 @@ TEST(BadInput, MutatedInputsEndWithACodeAndAtMostOneErrorLine) {
     EXPECT_GT(failures, rounds / 2);
 }
 
+TEST(BadInput, OfATextIsToldWithItsLineByAllCommands) {
+    Workshop const workshop;
+    workshop.write("p.qcf", "list community_list C { permit 1:2 }\nfunction f() { return true }\n");
+    workshop.write("d.json", document(function("f", acceptText)));
+    workshop.write("r", "{}\n");
+    std::vector<String> const evaluated{"--function", "f", "--routes", "r"};
+    auto const with = [&evaluated](std::vector<String> words) {
+        words.insert(words.end(), evaluated.begin(), evaluated.end());
+        return words;
+    };
+    std::vector<String> const calls[] = {
+        {"check", "p.qcf"},
+        {"check", "d.json", "--lists", "p.qcf"},
+        {"compile", "p.qcf"},
+        {"dump", "p.qcf"},
+        {"publish", "p.qcf", "--redis", "redis://none", "--name", "n"},
+        with({"eval", "p.qcf"}),
+        with({"eval", "d.json", "--lists", "p.qcf"}),
+        with({"explain", "p.qcf"}),
+        with({"profile", "p.qcf"}),
+        with({"diff", "p.qcf", "d.json"})};
+    for (auto const & call : calls) {
+        Outcome const outcome = workshop.run(call);
+        EXPECT_EQ(outcome.exitCode, 1);
+        auto const lines = linesOf(outcome.err);
+        ASSERT_GE(lines.size(), 3U) << testing::PrintToString(call) << outcome.err;
+        EXPECT_THAT(lines[0], StartsWith("p.qcf:1:32: error: "));
+        EXPECT_EQ(lines[1], "    list community_list C { permit 1:2 }");
+        EXPECT_EQ(lines[2], String(35, ' ') + '^');
+    }
+}
+
 } // namespace
 } // namespace Qcf::Command::test

@@ -268,10 +268,11 @@ TEST(Healing, functionsAndListsSwitchTogether) {
     EXPECT_EQ(late.mirror.view().current()->lists()->tagSets.size(), 1U);
 }
 
-/// A server that answers everything with the same bytes.
+/// A server that answers everything with the same bytes, at once or one after each pause.
 class LyingServer {
 public:
-    explicit LyingServer(String answer) : answer_(std::move(answer)) {
+    explicit LyingServer(String answer, std::chrono::milliseconds pause = 0ms)
+        : answer_(std::move(answer)), pause_(pause) {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         path_ = "/tmp/qcf-liar-" + std::to_string(::getpid());
@@ -295,14 +296,25 @@ private:
         for (int client = 0; (client = ::accept(fd_, nullptr, nullptr)) >= 0; ::close(client)) {
             char request[4096];
             while (::recv(client, request, sizeof request, 0) > 0) {
-                if (::send(client, answer_.data(), answer_.size(), MSG_NOSIGNAL) < 0) {
+                if (!answer(client)) {
                     break;
                 }
             }
         }
     }
+    bool answer(int client) const {
+        std::size_t const step = pause_ == 0ms ? answer_.size() : 1;
+        for (std::size_t at = 0; at < answer_.size(); at += step) {
+            if (::send(client, answer_.data() + at, step, MSG_NOSIGNAL) < 0) {
+                return false;
+            }
+            std::this_thread::sleep_for(pause_);
+        }
+        return true;
+    }
 
     String answer_;
+    std::chrono::milliseconds pause_;
     String path_;
     int fd_ = -1;
     std::thread thread_;
@@ -319,6 +331,22 @@ TEST(Healing, answersThatClaimTooMuchCostNothing) {
                 << error.what();
         }
     }
+}
+
+TEST(Healing, aServerThatTakesAllAndKeepsNothingIsSeen) {
+    LyingServer const server("+OK\r\n");
+    Lines lines;
+    EXPECT_THROW(RedisWriter(server.options(), "edge", lines.sink()).publish(policy(alike(1, 1))),
+                 MirrorError);
+}
+
+TEST(Healing, anAnswerThatTricklesIsGivenUp) {
+    LyingServer const server("$20000\r\n" + String(20000, 'x'), 5ms);
+    auto options = server.options();
+    options.replyTimeout = 200ms;
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_THROW(RedisConnection{options}.command({"GET", "x"}), RedisConnectionError);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 20s) << "all of it would take 100 s";
 }
 
 TEST(Healing, whatIsWrongForGoodEndsAtOnce) {
