@@ -10,8 +10,12 @@
 /// content. What does not differ is looked at once, and cheaply: most of a large program does not.
 namespace Qcf::Mirror {
 
+namespace {
+
 using Eval::AetNodeBase;
 using Eval::Function;
+
+} // namespace
 
 ProgramDifference::ProgramDifference(Documents::Program const & program,
                                      AllFunctionStatus const & status, FunctionDigests & digests)

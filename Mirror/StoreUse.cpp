@@ -9,7 +9,11 @@
 /// what stays in use on both sides of a change is not walked.
 namespace Qcf::Mirror {
 
+namespace {
+
 using Eval::AetNodeBase;
+
+} // namespace
 
 bool isSharedValue(AetNodeBase const & node) {
     Eval::ClassFacts const & facts = node.typeData().facts;
