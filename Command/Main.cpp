@@ -69,32 +69,47 @@ std::string commandName(CLI::App const & app) {
     return parsed.empty() ? app.get_name() : app.get_name() + ' ' + parsed.front()->get_name();
 }
 
+struct NamedCommand {
+    std::string_view name;
+    void (*add)(Commands &);
+};
+
+// In the order of the help.
+constexpr NamedCommand namedCommands[] = {
+    {"eval", addEvalCommand},       {"explain", addExplainCommand},
+    {"diff", addDiffCommand},       {"impact", addImpactCommand},
+    {"check", addCheckCommand},     {"compile", addCompileCommand},
+    {"test", addTestCommand},       {"profile", addProfileCommand},
+    {"report", addReportCommand},   {"dump", addDumpCommand},
+    {"fmt", addFmtCommand},         {"nodes", addNodesCommand},
+    {"schema", addSchemaCommand},   {"generate-table", addGenerateTableCommand},
+    {"publish", addPublishCommand}, {"agent", addAgentCommand},
+    {"status", addStatusCommand},   {"watch", addWatchCommand},
+    {"history", addHistoryCommand}, {"rollback", addRollbackCommand},
+    {"help", addHelpCommand},       {"describe", addDescribeCommand},
+};
+
+// These tell of all the others.
+bool tellsOfAll(std::string_view name) { return name == "help" || name == "describe"; }
+
+/// Adds the command that the first argument names. Declaring the options of all of them takes
+/// longer than many a run: the others are added only where they may be told of.
+void addCommands(Commands & commands, std::string_view first) {
+    for (NamedCommand const & command : namedCommands) {
+        if (command.name == first && !tellsOfAll(first)) {
+            command.add(commands);
+            return;
+        }
+    }
+    for (NamedCommand const & command : namedCommands) {
+        command.add(commands);
+    }
+}
+
 // Parsing is over before anything runs, so that a fault of the arguments is never one of the work.
-// The order in which commands are added is that of the help.
 int parseAndRun(CLI::App & app, int argc, char ** argv) {
     Commands commands(app);
-    addEvalCommand(commands);
-    addExplainCommand(commands);
-    addDiffCommand(commands);
-    addImpactCommand(commands);
-    addCheckCommand(commands);
-    addCompileCommand(commands);
-    addTestCommand(commands);
-    addProfileCommand(commands);
-    addReportCommand(commands);
-    addDumpCommand(commands);
-    addFmtCommand(commands);
-    addNodesCommand(commands);
-    addSchemaCommand(commands);
-    addGenerateTableCommand(commands);
-    addPublishCommand(commands);
-    addAgentCommand(commands);
-    addStatusCommand(commands);
-    addWatchCommand(commands);
-    addHistoryCommand(commands);
-    addRollbackCommand(commands);
-    addHelpCommand(commands);
-    addDescribeCommand(commands);
+    addCommands(commands, argc > 1 ? argv[1] : "");
     try {
         // Help that was asked for is output like any other, and no fault.
         app.parse(argc, argv);

@@ -35,6 +35,9 @@ public:
     /// Looks at so many pairs in all: a small tree may share its nodes so often that walking each
     /// place of them would take for ever.
     explicit FunctionComparison(U64 steps);
+    /// Pairs that may be looked at for a program of so many nodes. Values that many nodes share are
+    /// met at each place; what goes far beyond that is left to digests, which walk no node twice.
+    static U64 stepsFor(std::size_t nodes) { return 1000 + 16 * U64{nodes}; }
     /// It refers to itself.
     FunctionComparison(FunctionComparison const &) = delete;
     FunctionComparison & operator=(FunctionComparison const &) = delete;

@@ -1,6 +1,7 @@
 #include "Mirror/ProgramDifference.h"
 
 #include "Mirror/Publishable.h"
+#include "Mirror/StoreUse.h"
 #include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfAllAetEntities.h"
 
@@ -14,16 +15,6 @@ namespace {
 using Eval::AetNodeBase;
 using Eval::Function;
 
-/// Values are not logged, so that their keys do not matter. Links of lists go with their lists.
-bool isSharedValue(AetNodeBase const & node) {
-    Eval::ClassFacts const & facts = node.typeData().facts;
-    return facts.isShared && !facts.isLink;
-}
-
-/// Pairs that may be looked at for a program of so many nodes. Values that many nodes share are met
-/// at each place; what goes far beyond that is left to digests, which walk no node twice.
-U64 stepsFor(std::size_t nodes) { return 1000 + 16 * U64{nodes}; }
-
 } // namespace
 
 ProgramDifference::ProgramDifference(Documents::Program const & program,
@@ -32,7 +23,7 @@ ProgramDifference::ProgramDifference(Documents::Program const & program,
       status_(status),
       store_(status.nodes()),
       digests_(digests),
-      comparison_(stepsFor(program.nodes.size())),
+      comparison_(FunctionComparison::stepsFor(program.nodes.size())),
       stays_(store_.slots()) {
     for (auto const & function : program_.functions) {
         // Before walks go down the trees.

@@ -1,6 +1,7 @@
 #include "bench/Publication.h"
 
 #include "Mirror/LocalChannel.h"
+#include "Mirror/PartPublisher.h"
 #include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
 #include "bench/Allocations.h"
@@ -70,16 +71,32 @@ String documentText(U64 functions, U64 preference) {
 /// A document and the same with one function changed.
 struct Texts {
     explicit Texts(U64 functions)
-        : first(documentText(functions, 200)), changed(documentText(functions, 100)) {}
+        : first(documentText(functions, 200)),
+          changed(documentText(functions, 100)),
+          middle(functions / 2) {}
 
     static Program read(String const & text) { return Documents::readProgram(text, "document"); }
 
+    /// The function that changes, alone.
+    String middleText(U64 preference) const {
+        return R"({"qcf": "aet/1", "functions": [)" + functionText(middle, preference) + "]}";
+    }
+
     String first;
     String changed;
+    U64 middle;
 };
 
 /// Bytes that this thread's heap has grown by since `before`.
 double heapSince(S64 before) { return static_cast<double>(HeapUse::now().bytes - before); }
+
+/// Publishes one function as a part, back and forth: what the first one counts, the next one knows.
+void changePart(char const * name, Texts const & texts, Ptr<AllFunctionStatus> const & status) {
+    Mirror::PartPublisher publisher(status);
+    publisher.publish(Texts::read(texts.middleText(200)), {}, 3);
+    Program const part = Texts::read(texts.middleText(100));
+    timed(name, [&] { publisher.publish(part, {}, 4); });
+}
 
 /// `memory` only when nothing was published in this process before.
 void inProcess(Texts const & texts, bool memory) {
@@ -111,7 +128,9 @@ void inProcess(Texts const & texts, bool memory) {
     timed("switch", [&] { reader.view().currentIs(version); });
     Program const changed = Texts::read(texts.changed);
     timed("change", [&] { Mirror::publishProgram(changed, *status, digests, 2); });
+    changePart("change-part", texts, status);
     channel.detach(reader);
+    changePart("change-part-unfollowed", texts, status);
 }
 
 double redisMemory(Mirror::test::RedisServer const & server) {

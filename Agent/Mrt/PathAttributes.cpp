@@ -1,5 +1,7 @@
 #include "Agent/Mrt/PathAttributes.h"
 
+#include "Agent/Mrt/AttributeSight.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -193,6 +195,9 @@ void PathAttributes::decode(std::span<U8 const> bytes, AttributeForm form, Route
 }
 
 void PathAttributes::check(std::span<U8 const> bytes, AttributeForm form) {
+    if (form.as4 && form.rib && areWholeAtSight(bytes)) {
+        return;
+    }
     // What is read on the way has to go somewhere; nobody looks at it.
     walk<Aim::check>(bytes, form, checked_);
 }

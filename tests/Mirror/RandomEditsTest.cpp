@@ -1,4 +1,6 @@
 #include "Mirror/LocalChannel.h"
+#include "Mirror/MirrorError.h"
+#include "Mirror/PartPublisher.h"
 #include "Mirror/ProgramPublication.h"
 #include "QcfLib/NodeWalk.h"
 #include "QcfLib/QcfAllAetEntities.h"
@@ -96,9 +98,20 @@ public:
 
     /// In an order of its own each time, as far as callees come first: keys and places move.
     String text() {
-        std::vector<String> names;
+        std::set<String> names;
         for (auto const & [name, each] : drafts) {
-            names.push_back(name);
+            names.insert(name);
+        }
+        return text(names);
+    }
+    /// The same of some functions alone, and of what they call.
+    String text(std::set<String> const & wanted) {
+        std::vector<String> names(wanted.begin(), wanted.end());
+        for (String const & name : wanted) {
+            String const & callee = drafts[name].calls;
+            if (!callee.empty() && std::ranges::find(names, callee) == names.end()) {
+                names.push_back(callee);
+            }
         }
         std::shuffle(names.begin(), names.end(), random_);
         std::stable_partition(names.begin(), names.end(),
@@ -179,6 +192,14 @@ std::map<String, Digest> digestsOf(Documents::Program const & program) {
     std::map<String, Digest> digests;
     for (auto const & function : program.functions) {
         digests[function->funcName()] = FunctionDigests().of(*function);
+    }
+    return digests;
+}
+
+std::map<String, Digest> digestsOf(AllFunctionStatus const & status) {
+    std::map<String, Digest> digests;
+    for (auto const & [name, function] : status.aet()) {
+        digests[name] = FunctionDigests().of(static_cast<Eval::Function const &>(*function));
     }
     return digests;
 }
@@ -269,6 +290,75 @@ TEST(RandomEdits, whatIsKeptIsWhatALookAtEverythingFinds) {
         }
         EXPECT_GT(changes, 20U) << "the edits of seed " << seed << " change hardly anything";
     }
+}
+
+/// Names that come to mean something else, and those that go.
+struct Edit {
+    std::set<String> changed;
+    std::vector<String> gone;
+};
+Edit editBetween(std::map<String, Digest> const & before, std::map<String, Digest> const & after) {
+    Edit edit;
+    for (auto const & [name, digest] : after) {
+        auto const known = before.find(name);
+        if (known == before.end() || known->second != digest) {
+            edit.changed.insert(name);
+        }
+    }
+    for (auto const & [name, digest] : before) {
+        if (!after.contains(name)) {
+            edit.gone.push_back(name);
+        }
+    }
+    return edit;
+}
+
+TEST(RandomEdits, whatIsPublishedInPartsIsTheWhole) {
+    for (U32 seed = 1; seed <= 12; ++seed) {
+        RandomEdits edits(seed);
+        Published published;
+        PartPublisher publisher(published.status);
+        std::map<String, Digest> before;
+        for (U32 step = 1; step <= 60; ++step) {
+            edits.edit();
+            auto const whole = Documents::readProgram(edits.text(), "document");
+            auto const after = digestsOf(whole);
+            Edit const edit = editBetween(before, after);
+            String const text = edits.text(edit.changed);
+            // Now and then another way: what was counted is not what there is any more.
+            PublishCounts const counts =
+                step % 7 == 0
+                    ? publishProgram(whole, *published.status, published.digests, step)
+                    : publisher.publish(Documents::readProgram(text, "part"), edit.gone, step);
+            ASSERT_EQ(counts.functionsSet, edit.changed.size())
+                << "seed " << seed << ", step " << step << '\n'
+                << text;
+            ASSERT_EQ(counts.functionsRemoved, edit.gone.size());
+            ASSERT_EQ(published.fault(), "") << "seed " << seed << ", step " << step << '\n'
+                                             << text;
+            ASSERT_EQ(digestsOf(whole), digestsOf(*published.status));
+            before = after;
+        }
+    }
+}
+
+TEST(RandomEdits, aPartWithoutACallerIsRefused) {
+    Published published;
+    PartPublisher publisher(published.status);
+    auto const publish = [&](std::vector<test::TestFunction> const & functions,
+                             std::vector<String> const & gone = {}) {
+        publisher.publish(test::policy(functions), gone, 1);
+    };
+    publish({{"a", 1}, {"b", 2, "a"}, {"c", 3}});
+    String const before = flatDocument(*published.status);
+    EXPECT_THROW(publish({{"a", 9}, {"c", 4}}), MirrorError);
+    EXPECT_THROW(publish({}, {"a"}), MirrorError);
+    EXPECT_EQ(flatDocument(*published.status), before);
+    EXPECT_EQ(published.fault(), "");
+    publish({{"a", 9}, {"b", 2, "a"}});
+    publish({}, {"a", "b"});
+    EXPECT_EQ(published.status->aet().size(), 1U);
+    EXPECT_EQ(published.fault(), "");
 }
 
 /// A tree of that many levels, each of which has the one below twice, over one value.
