@@ -165,7 +165,8 @@ private:
     }
     void removeOne() {
         if (drafts.size() > 2) {
-            replaceCalls(any()->first, "");
+            String const name = any()->first;
+            replaceCalls(name, "");
         }
     }
     void rename() {
@@ -174,8 +175,8 @@ private:
         drafts[other] = Draft(drafts.at(name));
         replaceCalls(name, other);
     }
-    /// The function goes; who called it calls another one. The name is a copy, for it goes, too.
-    void replaceCalls(String name, String const & other) {
+    /// The function goes; who called it calls another one. The name must not be the function's own.
+    void replaceCalls(String const & name, String const & other) {
         drafts.erase(name);
         for (auto & [each, draft] : drafts) {
             draft.calls = draft.calls == name ? other : draft.calls;
