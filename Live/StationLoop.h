@@ -2,7 +2,8 @@
 
 #include "Live/Nuisance.h"
 #include "Live/RouterStream.h"
-#include "Live/Station.h"
+#include "Live/StationSettings.h"
+#include "Live/StationTask.h"
 
 #include <set>
 
@@ -12,15 +13,16 @@
 namespace Qcf::Live {
 
 /// The sockets of a station and the loop over them: how connections come about is in
-/// StationMeeting.cpp, what comes over them in StationSessions.cpp, the rest in Station.cpp.
-class Station::Loop {
+/// StationMeeting.cpp, what comes over them in StationSessions.cpp, the rest in StationLoop.cpp.
+class StationLoop {
 public:
+    using End = StationEnd;
     using tcp = boost::asio::ip::tcp;
     using milliseconds = std::chrono::milliseconds;
     using Clock = std::chrono::steady_clock;
 
-    Loop(RouterSet & routers, StationSettings settings);
-    ~Loop();
+    StationLoop(RouterSet & routers, StationSettings settings);
+    ~StationLoop();
 
     std::vector<StationAddress> const & listening() const { return listening_; }
     void add(StationTask & task) { tasks_.push_back(&task); }

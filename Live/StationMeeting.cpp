@@ -29,7 +29,7 @@ StationAddress stationAddress(tcp::endpoint const & endpoint) {
 
 } // namespace
 
-void Station::Loop::listen(StationAddress const & at) {
+void StationLoop::listen(StationAddress const & at) {
     boost::system::error_code error;
     tcp::endpoint const endpoint = endpointOf(at);
     auto & acceptor = acceptors_.emplace_back(io_);
@@ -48,7 +48,7 @@ void Station::Loop::listen(StationAddress const & at) {
     listening_.push_back(stationAddress(acceptor.local_endpoint()));
 }
 
-void Station::Loop::accept(tcp::acceptor & acceptor) {
+void StationLoop::accept(tcp::acceptor & acceptor) {
     acceptor.async_accept([&](boost::system::error_code const & error, tcp::socket socket) {
         nowIs();
         if (!error) {
@@ -63,7 +63,7 @@ void Station::Loop::accept(tcp::acceptor & acceptor) {
     });
 }
 
-void Station::Loop::accepted(tcp::socket socket) {
+void StationLoop::accepted(tcp::socket socket) {
     boost::system::error_code error;
     StationAddress const remote = stationAddress(socket.remote_endpoint(error));
     if (error) {
@@ -71,14 +71,14 @@ void Station::Loop::accepted(tcp::socket socket) {
     }
     if (!isAllowed(remote.address)) {
         refused_.happened(remote.address.toString(), now(), routers_.listener());
-    } else if (sessions_.size() >= mostConnections) {
+    } else if (sessions_.size() >= StationSettings::mostConnections) {
         crowded_.happened(remote.address.toString(), now(), routers_.listener());
     } else {
         begin(std::move(socket), remote, nullptr);
     }
 }
 
-bool Station::Loop::isAllowed(IpGenAddr const & address) const {
+bool StationLoop::isAllowed(IpGenAddr const & address) const {
     if (settings_.allowed.empty()) {
         return StationAddress{address}.isLocal();
     }
@@ -86,8 +86,8 @@ bool Station::Loop::isAllowed(IpGenAddr const & address) const {
         settings_.allowed, [&](IpGenPrefix const & prefix) { return prefix.contains(address); });
 }
 
-void Station::Loop::connect(Target & target) {
-    if (sessions_.size() >= mostConnections) {
+void StationLoop::connect(Target & target) {
+    if (sessions_.size() >= StationSettings::mostConnections) {
         connectLater(target);
         return;
     }
@@ -106,7 +106,7 @@ void Station::Loop::connect(Target & target) {
     });
 }
 
-void Station::Loop::connectLater(Target & target) {
+void StationLoop::connectLater(Target & target) {
     target.timer.expires_after(target.delay);
     target.delay = std::min(2 * target.delay, lastRetry);
     target.timer.async_wait([this, &target](auto const & error) {

@@ -25,7 +25,7 @@ void keepAlive(tcp::socket & socket) {
 
 } // namespace
 
-void Station::Loop::begin(tcp::socket socket, StationAddress const & remote, Target * target) {
+void StationLoop::begin(tcp::socket socket, StationAddress const & remote, Target * target) {
     keepAlive(socket);
     auto const session =
         std::make_shared<Session>(std::move(socket), routers_, remote, settings_.recordings);
@@ -34,7 +34,7 @@ void Station::Loop::begin(tcp::socket socket, StationAddress const & remote, Tar
     read(session);
 }
 
-void Station::Loop::read(SessionPtr const & session) {
+void StationLoop::read(SessionPtr const & session) {
     std::span<U8> const room = session->stream.room();
     session->socket.async_read_some(asio::buffer(room.data(), room.size()),
                                     [this, session](auto const & error, std::size_t size) {
@@ -50,7 +50,7 @@ void Station::Loop::read(SessionPtr const & session) {
                                     });
 }
 
-void Station::Loop::came(SessionPtr const & session, std::size_t size) {
+void StationLoop::came(SessionPtr const & session, std::size_t size) {
     bool const isFirst = session->stream.router() == nullptr;
     try {
         session->stream.came(size);
@@ -75,7 +75,7 @@ void Station::Loop::came(SessionPtr const & session, std::size_t size) {
     }
 }
 
-void Station::Loop::closeOlder(Session & newer) {
+void StationLoop::closeOlder(Session & newer) {
     LiveRouter * const router = newer.stream.router();
     auto const older = std::ranges::find_if(sessions_, [&](SessionPtr const & session) {
         return session.get() != &newer && router != nullptr && session->stream.router() == router;
@@ -88,7 +88,7 @@ void Station::Loop::closeOlder(Session & newer) {
     }
 }
 
-void Station::Loop::ended(SessionPtr const & session, boost::system::error_code const & error) {
+void StationLoop::ended(SessionPtr const & session, boost::system::error_code const & error) {
     LiveRouter * const router = session->stream.router();
     if (settings_.once && router != nullptr) {
         // Between two ticks it may have sent its last.
@@ -104,7 +104,7 @@ void Station::Loop::ended(SessionPtr const & session, boost::system::error_code 
     close(*session, why, isWhole);
 }
 
-void Station::Loop::close(Session & session, String const & why, bool inOrder) {
+void StationLoop::close(Session & session, String const & why, bool inOrder) {
     LiveRouter * const router = session.stream.router();
     if (router != nullptr) {
         session.stream.ended(inOrder);
@@ -117,7 +117,7 @@ void Station::Loop::close(Session & session, String const & why, bool inOrder) {
 }
 
 /// Takes the connection out, whoever holds it; its router may have another one.
-void Station::Loop::disconnect(Session & session) {
+void StationLoop::disconnect(Session & session) {
     session.stream.flush();
     session.isOpen = false;
     boost::system::error_code ignored;
