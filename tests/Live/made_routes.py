@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes a table of a router twice: as the stream that it sends, and as routes in lines of JSON.
 
-usage: made_routes.py COUNT STREAM ROUTES
+usage: made_routes.py COUNT STREAM ROUTES [GONE]
 
 Every route has MED and a community of its own kind; the stream has the table before policy and, so that
-it counts as complete, ends of both families.
+it counts as complete, ends of both families. GONE is what the router sends on when it withdraws every
+third route.
 """
 
 import ipaddress
@@ -13,7 +14,7 @@ import struct
 import sys
 
 PEER = ipaddress.ip_address("192.0.2.1")
-count, stream, routes = int(sys.argv[1]), sys.argv[2], sys.argv[3]
+count, stream, routes, *gone = int(sys.argv[1]), *sys.argv[2:]
 
 
 def bmp(kind, body):
@@ -40,8 +41,11 @@ def announcement(number, med, community):
     attributes = (attribute(1, b"\0") + attribute(2, struct.pack("!BBII", 2, 2, 65001, 65100 + number % 7)) +
                   attribute(3, PEER.packed) + attribute(4, struct.pack("!I", med)) +
                   attribute(8, struct.pack("!HH", *community)))
-    prefix = b"\x18" + struct.pack("!I", (0x100000 + number) << 8)[:3]
-    return bgp(2, struct.pack("!HH", 0, len(attributes)) + attributes + prefix)
+    return bgp(2, struct.pack("!HH", 0, len(attributes)) + attributes + prefix_of(number))
+
+
+def prefix_of(number):
+    return b"\x18" + struct.pack("!I", (0x100000 + number) << 8)[:3]
 
 
 with open(stream, "wb") as out, open(routes, "w", encoding="ascii") as text:
@@ -55,3 +59,7 @@ with open(stream, "wb") as out, open(routes, "w", encoding="ascii") as text:
                                "community": ["%d:%d" % community]}) + "\n")
     out.write(bmp(0, bgp(2, bytes(4))))
     out.write(bmp(0, bgp(2, struct.pack("!HHBBBHB", 0, 6, 0x80, 15, 3, 2, 1))))
+if gone:
+    with open(gone[0], "wb") as out:
+        for number in range(0, count, 3):
+            out.write(bmp(0, bgp(2, struct.pack("!H", 4) + prefix_of(number) + bytes(2))))
