@@ -7,6 +7,9 @@ sync=$streams/frr_sync.bmp.gz
 
 resident() { awk '/^VmRSS/ { print $2 }' "/proc/$station/status"; }
 
+# Under AddressSanitizer what was freed stays for a while: no more than this.
+export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=1:thread_local_quarantine_size_kb=64
+
 # A station that has its tables, as much memory as it needs, and a second router beside the noise.
 start --message-time 700ms
 play send "$sync" stay
@@ -28,7 +31,7 @@ until_ "lines about 4 GB" toldTimes $lines 'has an impossible length'
 until_ "lines about half a message" toldTimes $lines 'a message does not come to its end'
 until_ "lines about an early end" toldTimes $lines 'closed by the router, within a message'
 after=$(resident)
-((after - before < 4096)) || fail "from $before KiB to $after KiB by noise"
+((after - before < 8192)) || fail "from $before KiB to $after KiB by noise"
 [[ $(grep -c '"event":"note"' out.txt) -lt 35 ]] || fail "more lines than connections"
 stop
 played
