@@ -113,7 +113,7 @@ private:
         return digester.finish().toString().substr(0, digits);
     }
     /// One that says what the one before said is none.
-    Policy taken(Policy policy) {
+    Policy taken(Policy const & policy) {
         return policy && std::exchange(digest_, policy->digest) != digest_ ? policy : nullptr;
     }
 
