@@ -114,10 +114,12 @@ String previewText(Qcf::Documents::Program const & program,
         placesThatDiffer(live.places(), placesOf(program, status, placeOf, live.places()));
     // What is not there as a whole is published whatever it was.
     outcome.changed =
-        !changes.empty() || !changedLists.empty() || outcome.placesSet != 0 || !store.whole;
+        !changes.empty() || !changedLists.empty() || outcome.placesSet != 0 || store.isAnew();
     outcome.version.number = outcome.changed ? next : outcome.version.number;
     live.listsIs(after);
-    outcome.version.digest = live.digest();
+    if (outcome.changed) {
+        outcome.version.digest = live.digest();
+    }
     outcome.lists = after.size();
     outcome.listCounts = countChanges(before, after);
     outcome.functions = status.aet().size();

@@ -68,9 +68,8 @@ Qcf::Mirror::LoadedStore loadAsWriter(Options const & options) {
         auto const usable = usableKeys(connection, keys, tellLine);
         return loadStore(connection, usable, signer, tellLine);
     });
-    if (store.isBroken()) {
-        tellLine("version " + std::to_string(store.state.version.number) + " of " + keys.name +
-                 " cannot be put together; everything would be published anew");
+    if (String const trouble = store.trouble(keys); !trouble.empty()) {
+        tellLine(trouble + "; everything would be published anew");
     }
     return store;
 }

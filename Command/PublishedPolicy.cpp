@@ -87,8 +87,8 @@ Function const & findFunction(Qcf::Mirror::PolicyVersion const & version, String
         return *function;
     }
     std::vector<String> known;
-    for (auto const & [each, function] : version.functions()) {
-        known.push_back(each);
+    for (auto const * const each : version.functions().inOrder()) {
+        known.push_back(each->name);
     }
     failFunction(subject, name, known);
 }
@@ -102,19 +102,18 @@ PtrConst<Qcf::Lists::NamedLists> listsFor(Qcf::Mirror::PolicyVersion const & ver
 // What it says comes from a server, and goes to terminals.
 PublishedPlaces::PublishedPlaces(String subject, PtrConst<Qcf::Mirror::PolicyVersion> version)
     : subject_(std::move(subject)), version_(std::move(version)) {
-    for (auto const & [name, places] : version_->places()) {
-        for (auto const & row : places.table->rows()) {
+    version_->places().each([this](Qcf::Mirror::VersionPlaces::Entry const & function) {
+        for (auto const & row : function.value.table->rows()) {
             if (!row.reason.empty()) {
                 reasons_.emplace(row.key, visibleText(row.reason));
             }
         }
-    }
+    });
 }
 
 Qcf::Watch::NodePlace PublishedPlaces::of(AetNodeBase const & node, Function const & within) const {
-    auto const known = version_->places().find(within.funcName());
-    if (known != version_->places().end()) {
-        if (auto const at = known->second.find(node.aetNodeKey())) {
+    if (auto const * const known = version_->places().find(within.funcName())) {
+        if (auto const at = known->find(node.aetNodeKey())) {
             return {visibleText(at->file), {}, at->line, at->column, at->endLine, at->endColumn};
         }
     }

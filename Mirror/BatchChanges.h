@@ -42,7 +42,7 @@ public:
     /// All lists after the batch.
     PublishedLists const & lists() const { return lists_.lists(); }
     /// All places after the batch.
-    VersionPlaces const & places() const { return places_.places(); }
+    VersionPlaces places() const { return places_.places(); }
 
 private:
     /// Of places in the store.

@@ -14,17 +14,26 @@ constexpr std::size_t rowsInALine = 100;
 
 constexpr U64 mostLines = ~U32{0} / 2; ///< so that two of them can be added
 
-void writeHead(BatchWriter & writer, String const & name, FunctionPlaces const & places,
+void writeHead(BatchWriter & writer, std::string_view name, FunctionPlaces const & places,
                bool withRows) {
     writer.line([&](RendererV2 & out) {
         out.key("places");
-        out.value(wireText(name));
+        out.value(wireText(String(name)));
         out.key("file");
         out.value(wireText(places.file));
         out.key("line");
         out.value(U64{places.line});
         out.key("anew");
         out.value(withRows);
+    });
+}
+
+void writeGone(BatchWriter & writer, std::string_view name) {
+    writer.line([&](RendererV2 & out) {
+        out.key("places");
+        out.value(wireText(String(name)));
+        out.key("gone");
+        out.value(true);
     });
 }
 
@@ -53,6 +62,19 @@ void writeRows(BatchWriter & writer, std::vector<PlaceTable::Row> const & rows) 
     }
 }
 
+/// The lines of a function whose places may be others than `known`, which is null for none.
+void writeChange(BatchWriter & writer, std::string_view name, FunctionPlaces const * known,
+                 FunctionPlaces const & places) {
+    if (known != nullptr && known->isSame(places)) {
+        return;
+    }
+    bool const sameRows = known != nullptr && known->table->rows() == places.table->rows();
+    writeHead(writer, name, places, !sameRows);
+    if (!sameRows) {
+        writeRows(writer, places.table->rows());
+    }
+}
+
 PlaceTable::Row readRow(JsonValue const & value) {
     constexpr std::size_t least = 5;
     std::size_t const size = value.expectArray().size();
@@ -74,30 +96,33 @@ PlaceTable::Row readRow(JsonValue const & value) {
 
 void writePlaceChanges(BatchWriter & writer, VersionPlaces const & before,
                        VersionPlaces const & after) {
-    for (auto const & each : before) {
-        if (!after.contains(each.first)) {
-            writer.line([&](RendererV2 & out) {
-                out.key("places");
-                out.value(wireText(each.first));
-                out.key("gone");
-                out.value(true);
-            });
+    std::map<std::string_view, FunctionPlaces const *> were;
+    std::map<std::string_view, FunctionPlaces const *> are;
+    VersionPlaces::eachDifference(before, after, [&](auto const * from, auto const * to) {
+        if (from != nullptr) {
+            were.emplace(from->name, &from->value);
+        }
+        if (to != nullptr) {
+            are.emplace(to->name, &to->value);
+        }
+    });
+    for (auto const & [name, places] : were) {
+        if (!are.contains(name)) {
+            writeGone(writer, name);
         }
     }
-    for (auto const & [name, places] : after) {
-        auto const known = before.find(name);
-        bool const isNew = known == before.end();
-        bool const sameRows = !isNew && (known->second.table == places.table ||
-                                         known->second.table->rows() == places.table->rows());
-        bool const stays =
-            sameRows && known->second.file == places.file && known->second.line == places.line;
-        if (!stays) {
-            writeHead(writer, name, places, !sameRows);
-        }
-        if (!sameRows) {
-            writeRows(writer, places.table->rows());
-        }
+    for (auto const & [name, places] : are) {
+        auto const known = were.find(name);
+        writeChange(writer, name, known == were.end() ? nullptr : known->second, *places);
     }
+}
+
+FunctionPlaces const * BatchPlaces::find(String const & name) const {
+    auto const changed = changes_.find(name);
+    if (changed == changes_.end()) {
+        return base_.find(name);
+    }
+    return changed->second ? &*changed->second : nullptr;
 }
 
 void BatchPlaces::headLine(JsonValue const & line) {
@@ -107,22 +132,22 @@ void BatchPlaces::headLine(JsonValue const & line) {
     String name = expectWireText(nameValue);
     if (reader.optional("gone")) {
         reader.done();
-        if (places_.erase(name) == 0) {
+        if (find(name) == nullptr) {
             nameValue.fail("function that has places");
         }
+        changes_[std::move(name)] = std::nullopt;
         return;
     }
     String file = expectWireText(reader.require("file"));
     auto const first = static_cast<U32>(reader.require("line").expectU64(0, mostLines));
     bool const anew = reader.require("anew").expectBool();
     reader.done();
-    auto const known = places_.find(name);
-    if (!anew && known == places_.end()) {
+    FunctionPlaces const * const known = find(name);
+    if (!anew && known == nullptr) {
         nameValue.fail("function that has places");
     }
-    PtrConst<PlaceTable> const table =
-        anew ? makePtr<PlaceTable>(std::vector<PlaceTable::Row>()) : known->second.table;
-    places_.insert_or_assign(name, FunctionPlaces{std::move(file), first, table});
+    auto table = anew ? makePtr<PlaceTable>(std::vector<PlaceTable::Row>()) : known->table;
+    changes_[name] = FunctionPlaces{std::move(file), first, std::move(table)};
     if (anew) {
         open_ = std::move(name);
     }
@@ -142,9 +167,18 @@ void BatchPlaces::rowsLine(JsonValue const & line) {
 
 void BatchPlaces::end() {
     if (open_) {
-        places_.at(*open_).table = makePtr<PlaceTable>(std::exchange(rows_, {}));
+        changes_.at(*open_)->table = makePtr<PlaceTable>(std::exchange(rows_, {}));
         open_.reset();
     }
+}
+
+VersionPlaces BatchPlaces::places() const {
+    std::vector<VersionPlaces::Change> changes;
+    changes.reserve(changes_.size());
+    for (auto const & [name, places] : changes_) {
+        changes.push_back({name, places});
+    }
+    return base_.with(std::move(changes));
 }
 
 } // namespace Qcf::Mirror

@@ -20,7 +20,7 @@ void writePlaceChanges(BatchWriter & writer, VersionPlaces const & before,
 ///     VersionPlaces const after = places.places();
 class BatchPlaces {
 public:
-    explicit BatchPlaces(VersionPlaces base) : places_(std::move(base)) {}
+    explicit BatchPlaces(VersionPlaces base) : base_(std::move(base)) {}
 
     /// A function that comes from elsewhere, or from no text any more.
     void headLine(JsonValue const & line);
@@ -29,11 +29,15 @@ public:
     /// The table of the function that was named last is whole.
     void end();
     /// All places after the batch.
-    VersionPlaces const & places() const { return places_; }
+    VersionPlaces places() const;
 
 private:
-    VersionPlaces places_;
-    std::optional<String> open_; ///< whose rows come
+    /// The places that the function has after the lines so far; null for none.
+    FunctionPlaces const * find(String const & name) const;
+
+    VersionPlaces base_;
+    std::map<String, std::optional<FunctionPlaces>> changes_; ///< none for those that go
+    std::optional<String> open_;                              ///< whose rows come
     std::vector<PlaceTable::Row> rows_;
 };
 

@@ -12,7 +12,7 @@ namespace Qcf::Mirror {
 
 /// The text form of one batch of changes: lines of JSON in this order,
 ///
-///     {"start":{"format":2,"version":7,"id":"9c..","base":"41.."}}
+///     {"start":{"format":5,"version":7,"id":"9c..","base":"41.."}}
 ///         the version made, the one it builds on
 ///     {"remove":"IntIs","keys":[12,13]}
 ///         members of one class that go
@@ -41,17 +41,19 @@ struct BatchStart {
     U64 version = 0;
     String id;
     String base;
-    U64 format = 2; ///< batchFormat, listsFormat or placesFormat
+    U64 format = 5; ///< from `oldestFormat` to `newestFormat`
 };
 
-/// The format of batches of functions alone; readers of other ones refuse the start line. The first
-/// one was without a number.
-inline constexpr U64 batchFormat = 2;
-/// The format of batches that have lists or build on some: who knows the other one alone must not
-/// take them for less than they are.
+/// The oldest format that is read: functions alone. The one before was without a number. Readers of
+/// other formats refuse the start line.
+inline constexpr U64 oldestFormat = 2;
+/// From this one on there may be lists, and the end line says how many; from the next one on, the
+/// fourth, there may be places.
 inline constexpr U64 listsFormat = 3;
-/// The format of batches that have places or build on some; it has what the others have, too.
-inline constexpr U64 placesFormat = 4;
+/// From this one on the digest over functions is that of a tree (see FunctionTable.h). The writer
+/// writes no other.
+inline constexpr U64 treeFormat = 5;
+inline constexpr U64 newestFormat = treeFormat;
 
 /// What a change of lists came to.
 struct ListCounts {

@@ -21,11 +21,6 @@ void writeLists(BatchWriter & writer, PublishedLists const & before, PublishedLi
     writer.listsAre(after.size(), writeListChanges(writer, before, after));
 }
 
-/// The least that a reader has to know.
-U64 formatOf(bool hasLists, bool hasPlaces) {
-    return hasPlaces ? placesFormat : hasLists ? listsFormat : batchFormat;
-}
-
 } // namespace
 
 ChangeSource::ChangeSource(Ptr<AllFunctionStatus> status, std::function<void()> changed)
@@ -90,12 +85,6 @@ bool ChangeSource::hasChanges() const {
     return replaced_ || fields_ || !names_.empty() || !nodes_.changes().empty();
 }
 
-void ChangeSource::checkFunctions() const {
-    for (auto const & [name, function] : status_->aet()) {
-        publishableFunction(name, *function);
-    }
-}
-
 // The store that is followed stays the same; only what was noted of it goes.
 void ChangeSource::changesDel() {
     names_.clear();
@@ -124,7 +113,6 @@ Batch ChangeSource::takeBatch(BatchStart start, Digest const & digest, ListChang
             come.push_back(node.get());
         }
     }
-    start.format = formatOf(lists.any(), places.any());
     BatchWriter writer(std::move(start));
     writer.signerIs(signer_.get());
     // A key that is used again goes before it comes.
@@ -149,7 +137,6 @@ Batch ChangeSource::snapshot(BatchStart start, Digest const & digest, PublishedL
                              VersionPlaces const & places) const {
     // Whatever the caller builds on, this says everything.
     start.base.clear();
-    start.format = formatOf(!lists.empty(), !places.empty());
     BatchWriter writer(std::move(start));
     writer.signerIs(signer_.get());
     std::vector<Node const *> all;

@@ -32,14 +32,9 @@ public:
 
     /// Whether a batch would say anything.
     bool hasChanges() const;
-    /// Whether names mean other functions than at the last batch.
-    bool functionsChanged() const { return replaced_ || !names_.empty(); }
     /// Whether the store was replaced since the last batch, so that only a batch from nothing can
     /// tell what there is.
     bool replaced() const { return replaced_; }
-    /// Throws MirrorError when a function cannot be published; to be called before anything looks
-    /// into the functions, as making their digest does.
-    void checkFunctions() const;
 
     /// The changes since the last batch; everything when `start.base` is empty, which it must be
     /// after a replacement. Throws MirrorError when there is something that cannot be published;

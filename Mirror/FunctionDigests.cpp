@@ -39,12 +39,9 @@ public:
 
     /// A text that says where it ends.
     void addText(std::string_view text) {
-        appendNumber(piece_, text.size());
-        addBytes(text);
-    }
-    void addBytes(std::string_view bytes) {
         constexpr std::size_t usual = 4096;
-        piece_ += bytes;
+        appendNumber(piece_, text.size());
+        piece_ += text;
         if (piece_.size() >= usual) {
             to_.add(piece_);
             piece_.clear();
@@ -143,10 +140,19 @@ struct FunctionDigests::Walk {
 FunctionDigests::FunctionDigests() = default;
 FunctionDigests::~FunctionDigests() = default;
 
+Digest const * FunctionDigests::find(Eval::Function const & function) const {
+    // A function may stand under another name than its own, and then costs a walk.
+    auto const * const named = table_.find(function.funcName());
+    if (named != nullptr && named->function.get() == &function) {
+        return &named->digest;
+    }
+    auto const known = known_.find(&function);
+    return known != known_.end() ? &known->second.digest : nullptr;
+}
+
 Digest FunctionDigests::of(Eval::Function const & function) {
-    auto const found = known_.find(&function);
-    if (found != known_.end()) {
-        return found->second.digest;
+    if (Digest const * const known = find(function)) {
+        return *known;
     }
     // Taken out for the time: a callee that is not known is walked meanwhile.
     auto walk = spare_.empty() ? std::make_unique<Walk>() : std::move(spare_.back());
@@ -195,44 +201,6 @@ Digest FunctionDigests::compute(Eval::Function const & function, Walk & walk) {
         }
     });
     return walk.out.finish();
-}
-
-Digest FunctionDigests::of(AllFunctionStatus::Functions const & functions) {
-    return of(functions, {});
-}
-
-Digest FunctionDigests::of(AllFunctionStatus::Functions const & functions,
-                           Changes const & changes) {
-    Digester digester;
-    PieceWriter out(digester);
-    auto const add = [&](String const & name, Eval::FunctionBase const * function) {
-        if (function != nullptr) {
-            out.addText(name);
-            // Whoever fills the status has seen that all functions are of this class.
-            out.addBytes(of(static_cast<Eval::Function const &>(*function)).toString());
-        }
-    };
-    // Both are in name order.
-    auto change = changes.begin();
-    for (auto const & [name, function] : functions) {
-        for (; change != changes.end() && change->first < name; ++change) {
-            add(change->first, change->second.get());
-        }
-        bool const isChanged = change != changes.end() && change->first == name;
-        add(name, isChanged ? static_cast<Eval::FunctionBase const *>(change->second.get())
-                            : function.get());
-        change = isChanged ? std::next(change) : change;
-    }
-    for (; change != changes.end(); ++change) {
-        add(change->first, change->second.get());
-    }
-    return out.finish();
-}
-
-void FunctionDigests::keepInUse() {
-    // A count of one is this table's own.
-    std::erase_if(known_,
-                  [](auto const & entry) { return entry.second.function->refCount() == 1; });
 }
 
 } // namespace Qcf::Mirror

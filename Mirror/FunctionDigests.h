@@ -1,15 +1,10 @@
 #pragma once
 
-#include "Mirror/Digest.h"
-#include "QcfLib/QcfLib.h"
+#include "Mirror/FunctionTable.h"
 
 #include <memory>
 #include <unordered_map>
 #include <vector>
-
-namespace Qcf::Eval {
-class Function;
-}
 
 namespace Qcf::Mirror {
 
@@ -20,13 +15,10 @@ namespace Qcf::Mirror {
 ///     FunctionDigests digests;
 ///     bool const same = digests.of(mine) == digests.of(theirs);
 ///
-/// Known functions are held, so that asking again costs a look-up; `keepInUse` lets those go that
-/// nobody else holds. Belongs to one thread.
+/// Known functions are held, so that asking again costs a look-up, until `clear` lets them go.
+/// Belongs to one thread.
 class FunctionDigests {
 public:
-    /// Names that come to mean another function; null for one that goes.
-    using Changes = std::map<String, PtrConst<Eval::Function>>;
-
     FunctionDigests();
     ~FunctionDigests();
     FunctionDigests(FunctionDigests const &) = delete;
@@ -34,13 +26,10 @@ public:
 
     /// The digest of a function; costs a walk over what is not known of it yet.
     Digest of(Eval::Function const & function);
-    /// The digest over names and functions of a whole status, in name order.
-    Digest of(AllFunctionStatus::Functions const & functions);
-    /// The digest that they would have after changes.
-    Digest of(AllFunctionStatus::Functions const & functions, Changes const & changes);
-
-    /// Forgets functions that nobody else holds any more.
-    void keepInUse();
+    /// Those of the table are known from here on; another table takes its place.
+    void tableIs(FunctionTable table) { table_ = std::move(table); }
+    /// Forgets what is known beside the table.
+    void clear() { known_.clear(); }
 
 private:
     /// A function that was walked.
@@ -52,9 +41,12 @@ private:
     /// What walking a function needs.
     struct Walk;
 
+    /// The digest of a function that is known; null for none.
+    Digest const * find(Eval::Function const & function) const;
     /// Walks the function, callees aside.
     Digest compute(Eval::Function const & function, Walk & walk);
 
+    FunctionTable table_;
     std::unordered_map<Eval::AetNodeBase const *, Known> known_;
     std::vector<std::unique_ptr<Walk>> spare_; ///< not in use, kept for their storage
 };

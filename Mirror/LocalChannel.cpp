@@ -26,7 +26,10 @@ void applyTo(FollowedStore & mirror, StagedBatch const & batch) {
 } // namespace
 
 LocalChannel::LocalChannel(Ptr<AllFunctionStatus> const & status, Report report)
-    : status_(status), report_(std::move(report)), source_(status, [this] { passChanges(); }) {}
+    : status_(status),
+      report_(std::move(report)),
+      functions_(status),
+      source_(status, [this] { passChanges(); }) {}
 
 // What others have been given is brought up to date first, so that all that are attached stand at
 // one version.
@@ -77,17 +80,9 @@ void LocalChannel::passChanges() {
     }
 }
 
-/// The version that the changes make; the functions' digest is the last one's while names mean the
-/// same.
 VersionId LocalChannel::nextVersion() {
     VersionId next{version_.number + 1, newBatchId(), {}};
-    if (version_.number == 0 || source_.functionsChanged()) {
-        // Before digests look into the functions.
-        source_.checkFunctions();
-        digests_.keepInUse();
-        functionsDigest_ = digests_.of(status_->aet());
-    }
-    next.digest = versionDigest(functionsDigest_, lists_);
+    next.digest = versionDigest(functions_.table().summary().digest(), lists_);
     return next;
 }
 

@@ -13,8 +13,8 @@ namespace Qcf::Mirror {
 ///     channel.attach(mirror);
 ///     ... startOfDedupedFunctionUpdatesMarkerIs(n), changes, endOf...MarkerIs(n) ...
 ///
-/// A change outside the markers is a batch of its own. That is for a few: each batch costs in
-/// proportion to the functions that there are.
+/// A change outside the markers is a batch of its own. A batch costs what it changes, and a look at
+/// each of the lists that there are.
 class LocalChannel {
 public:
     /// Takes one line for the operator.
@@ -68,8 +68,7 @@ private:
 
     Ptr<AllFunctionStatus> status_;
     Report report_;
-    FunctionDigests digests_;
-    Digest functionsDigest_;     ///< of the last version's functions alone
+    StatusFunctions functions_;
     PublishedLists lists_;       ///< of the version that is to come
     PublishedLists passedLists_; ///< of the last version
     VersionPlaces places_;       ///< of the version that is to come

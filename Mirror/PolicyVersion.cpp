@@ -8,18 +8,18 @@ String VersionId::toString() const {
 }
 
 Eval::Function const * PolicyVersion::find(std::string_view name) const {
-    auto const found = functions_.find(name);
-    return found == functions_.end() ? nullptr : found->second.get();
+    auto const * const found = functions_.find(name);
+    return found == nullptr ? nullptr : found->function.get();
 }
 
 FunctionMetadata PolicyVersion::slots() const {
     FunctionMetadata joined;
-    for (auto const & [name, function] : functions_) {
+    for (auto const * const entry : functions_.inOrder()) {
         // Kinds come in one order for all metadata, so that two can be gone through side by side.
         std::vector<SlotMap const *> theirs;
-        FunctionMetadata::eachKind(function->metadata(), [&](char const *, SlotMap const & slots) {
-            theirs.push_back(&slots);
-        });
+        FunctionMetadata::eachKind(
+            entry->value.function->metadata(),
+            [&](char const *, SlotMap const & slots) { theirs.push_back(&slots); });
         auto next = theirs.begin();
         FunctionMetadata::eachKind(joined, [&](char const *, SlotMap & slots) {
             // Leaves names that are there already: the first function counts.

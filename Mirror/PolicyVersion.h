@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Lists/NamedLists.h"
-#include "Mirror/Digest.h"
+#include "Mirror/FunctionTable.h"
 #include "Mirror/VersionPlaces.h"
-#include "QcfLib/QcfEval.h"
 
-#include <map>
 #include <string_view>
 
 namespace Qcf::Mirror {
@@ -33,10 +31,7 @@ struct VersionId {
 /// the store that it was taken from. Evaluating threads get it from a VersionedView.
 class PolicyVersion final : public PtrInterface {
 public:
-    using Functions = std::map<String, PtrConst<Eval::Function>, std::less<>>;
-
-    /// No function may be null.
-    PolicyVersion(VersionId id, Functions functions, U64 nodes,
+    PolicyVersion(VersionId id, FunctionTable functions, U64 nodes,
                   PtrConst<Lists::NamedLists> lists = nullptr, VersionPlaces places = {})
         : id_(std::move(id)),
           functions_(std::move(functions)),
@@ -46,8 +41,8 @@ public:
 
     /// Which batch it is.
     VersionId const & id() const { return id_; }
-    /// All functions by name.
-    Functions const & functions() const { return functions_; }
+    /// All functions by name; `inOrder` tells them in name order.
+    FunctionTable const & functions() const { return functions_; }
     /// Nodes in the store that the version was taken from.
     U64 nodes() const { return nodes_; }
     /// The lists that were published with the functions; null where there are none.
@@ -62,7 +57,7 @@ public:
 
 private:
     VersionId id_;
-    Functions functions_;
+    FunctionTable functions_;
     U64 nodes_;
     PtrConst<Lists::NamedLists> lists_;
     VersionPlaces places_;

@@ -3,6 +3,7 @@
 #include "Documents/Program.h"
 #include "Mirror/FunctionComparison.h"
 #include "Mirror/FunctionDigests.h"
+#include "QcfLib/QcfLib.h"
 
 #include <unordered_map>
 #include <unordered_set>

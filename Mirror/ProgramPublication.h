@@ -2,6 +2,7 @@
 
 #include "Documents/Program.h"
 #include "Mirror/FunctionDigests.h"
+#include "QcfLib/QcfLib.h"
 
 namespace Qcf::Mirror {
 

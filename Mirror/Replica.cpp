@@ -9,25 +9,20 @@
 namespace Qcf::Mirror {
 
 Replica::Replica(String name, std::shared_ptr<BatchSigner const> signer)
-    : status_(allFunctionStatusFactory(std::move(name))), signer_(std::move(signer)) {}
+    : status_(allFunctionStatusFactory(std::move(name))),
+      signer_(std::move(signer)),
+      functions_(status_) {}
 
-Digest Replica::digest() {
-    functionsDigest_ = digests_.of(status_->aet());
-    return versionDigest(functionsDigest_, lists_);
-}
+Digest Replica::digest() { return versionDigest(functions_.table().summary().digest(), lists_); }
 
 PtrConst<PolicyVersion> Replica::policy() {
-    PolicyVersion::Functions functions;
-    for (auto const & [name, function] : status_->aet()) {
-        functions.emplace(name, ptrCast<Eval::Function const>(function));
-    }
     // Findings about them name the version as their file.
     named_ = namedLists(lists_, status_->name() + " version " + std::to_string(version_.number),
                         namedOf_, named_);
     namedOf_ = lists_;
     // A status may be without a store.
     auto const * const nodes = storeOf(*status_);
-    return makePtr<PolicyVersion>(version_, std::move(functions),
+    return makePtr<PolicyVersion>(version_, functions_.table(),
                                   nodes != nullptr ? nodes->size() : 0, named_, places_);
 }
 
@@ -52,13 +47,20 @@ std::size_t changedSize(AetCollections const * base, BatchChanges const & change
 
 } // namespace
 
-// Functions that stay under their names need not be looked at: their digest is known.
-Digest Replica::functionsDigest(AllFunctionStatus const * base, BatchChanges const & changes) {
-    if (base != nullptr && changes.functions().empty()) {
-        return functionsDigest_;
+void Replica::checkContent(StagedBatch const & batch, BatchChanges const & changes,
+                           FunctionTable const & functions) const {
+    bool const isTree = batch.start().format >= treeFormat;
+    Digest const digest = isTree ? functions.summary().digest() : flatDigest(functions);
+    if (batch.version().digest != versionDigest(digest, changes.lists())) {
+        refuse(batch, "its functions and lists are not those that were published");
     }
-    AllFunctionStatus::Functions const none;
-    return digests_.of(base != nullptr ? base->aet() : none, changes.functions());
+    if (changes.lists().size() != batch.lists()) {
+        refuse(batch, "its lists are not as many as were published");
+    }
+    bool const fromNothing = batch.start().base.empty();
+    if (changedSize(fromNothing ? nullptr : storeOf(*status_), changes) != batch.nodes()) {
+        refuse(batch, "its nodes are not as many as were published");
+    }
 }
 
 // Everything that can fail comes first.
@@ -72,30 +74,18 @@ void Replica::apply(StagedBatch const & batch) {
     if (!fromNothing && batch.start().base != version_.id) {
         refuse(batch, "it builds on another version than " + version_.toString());
     }
-    AllFunctionStatus const * const base = fromNothing ? nullptr : status_.get();
-    AetCollections const * const store = base != nullptr ? storeOf(*base) : nullptr;
     try {
         PublishedLists const none;
-        BatchChanges const changes(batch, store, fromNothing ? none : lists_,
+        BatchChanges const changes(batch, fromNothing ? nullptr : storeOf(*status_),
+                                   fromNothing ? none : lists_,
                                    fromNothing ? VersionPlaces() : places_);
-        Digest const functions = functionsDigest(base, changes);
-        if (batch.version().digest != versionDigest(functions, changes.lists())) {
-            refuse(batch, "its functions and lists are not those that were published");
-        }
-        if (changes.lists().size() != batch.lists()) {
-            refuse(batch, "its lists are not as many as were published");
-        }
-        if (changedSize(store, changes) != batch.nodes()) {
-            refuse(batch, "its nodes are not as many as were published");
-        }
+        FunctionTable functions = functions_.changed(
+            fromNothing ? FunctionTable() : functions_.table(), changes.functions());
+        checkContent(batch, changes, functions);
         commit(changes, fromNothing);
-        functionsDigest_ = functions;
+        functions_.tableIs(std::move(functions));
         lists_ = changes.lists();
         places_ = changes.places();
-        // Digests of functions that went would keep their nodes alive.
-        if (fromNothing || !changes.functions().empty()) {
-            digests_.keepInUse();
-        }
     } catch (DocumentError const & error) {
         throw MirrorError(error.what());
     }

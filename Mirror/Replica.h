@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Mirror/FunctionDigests.h"
 #include "Mirror/PolicyVersion.h"
 #include "Mirror/PublishedLists.h"
 #include "Mirror/StagedBatch.h"
+#include "Mirror/StatusFunctions.h"
 
 namespace Qcf::Mirror {
 
@@ -43,17 +43,18 @@ public:
     /// For a publisher, as well: the lists and places of the version that is to come.
     void listsIs(PublishedLists lists) { lists_ = std::move(lists); }
     void placesIs(VersionPlaces places) { places_ = std::move(places); }
-    /// The digest over functions and lists as they are.
+    /// The digest over functions and lists as they are; costs what changed since the last one.
     Digest digest();
     /// For a publisher that shares what is known of the functions.
-    FunctionDigests & digests() { return digests_; }
-    /// Functions and lists as they are, for evaluating threads. Costs making the lists that changed
-    /// since the last call.
+    FunctionDigests & digests() { return functions_.digests(); }
+    /// Functions and lists as they are, for evaluating threads. Costs what changed since the last
+    /// call.
     PtrConst<PolicyVersion> policy();
 
 private:
-    /// The digest that the functions would have after the changes.
-    Digest functionsDigest(AllFunctionStatus const * base, BatchChanges const & changes);
+    /// Whether what the batch comes to is what was published; throws when it is not.
+    void checkContent(StagedBatch const & batch, BatchChanges const & changes,
+                      FunctionTable const & functions) const;
     /// Makes the changes; they can no longer fail.
     void commit(BatchChanges const & changes, bool fromNothing);
     void changeNodes(BatchChanges const & changes);
@@ -61,8 +62,7 @@ private:
     Ptr<AllFunctionStatus> status_;
     VersionId version_;
     std::shared_ptr<BatchSigner const> signer_;
-    FunctionDigests digests_;
-    Digest functionsDigest_; ///< of the version's functions alone
+    StatusFunctions functions_;
     PublishedLists lists_;
     VersionPlaces places_;
     /// What the last call of `policy` made, and of what.

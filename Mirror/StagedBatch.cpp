@@ -39,10 +39,10 @@ U64 readFormat(JsonObjectReader & start) {
     auto const format = start.optional("format");
     // The first format did not name itself.
     U64 const number = format ? format->expectU64() : 1;
-    if (number < batchFormat || number > placesFormat) {
+    if (number < oldestFormat || number > newestFormat) {
         start.object().fail("",
-                            "batch of format " + std::to_string(batchFormat) + " to " +
-                                std::to_string(placesFormat),
+                            "batch of format " + std::to_string(oldestFormat) + " to " +
+                                std::to_string(newestFormat),
                             "one of format " + std::to_string(number));
     }
     return number;

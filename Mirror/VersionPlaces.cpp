@@ -88,9 +88,28 @@ void TableMaker::addChildren(Pair const & pair) {
     });
 }
 
-bool areSame(FunctionPlaces const & a, FunctionPlaces const & b) {
-    return a.file == b.file && a.line == b.line &&
-           (a.table == b.table || a.table->rows() == b.table->rows());
+/// What becomes of the places of a function of a program; nothing where they stay.
+std::optional<VersionPlaces::Change> changeOf(Eval::Function const & function,
+                                              AllFunctionStatus const & published,
+                                              PlaceOfNode const & placeOf,
+                                              VersionPlaces const & before) {
+    String const & name = function.funcName();
+    auto const at = placeOf ? placeOf(function) : std::nullopt;
+    auto const stored = published.aet(std::string_view(name));
+    FunctionPlaces const * const known = before.find(name);
+    VersionPlaces::Change change{name, {}};
+    if (!at || !stored) {
+        return known != nullptr ? std::optional(change) : std::nullopt;
+    }
+    FunctionPlaces made{at->file, at->line, TableMaker(*at, placeOf).make(function, *stored)};
+    if (known != nullptr && known->isSame(made)) {
+        return std::nullopt;
+    }
+    if (known != nullptr && known->table->rows() == made.table->rows()) {
+        made.table = known->table;
+    }
+    change.value = std::move(made);
+    return change;
 }
 
 } // namespace
@@ -116,35 +135,49 @@ std::optional<TextPlace> FunctionPlaces::find(U64 key) const {
                      row->endColumn, row->reason};
 }
 
+bool FunctionPlaces::isSame(FunctionPlaces const & other) const {
+    return file == other.file && line == other.line &&
+           (table == other.table || table->rows() == other.table->rows());
+}
+
 VersionPlaces placesOf(Documents::Program const & program, AllFunctionStatus const & published,
                        PlaceOfNode const & placeOf, VersionPlaces const & before) {
-    VersionPlaces places;
+    std::unordered_set<std::string_view> names;
     for (auto const & function : program.functions) {
-        String const & name = function->funcName();
-        auto const at = placeOf(*function);
-        auto const stored = published.aet(std::string_view(name));
-        if (!at || !stored) {
-            continue;
-        }
-        FunctionPlaces made{at->file, at->line, TableMaker(*at, placeOf).make(*function, *stored)};
-        auto const known = before.find(name);
-        if (known != before.end() && known->second.table->rows() == made.table->rows()) {
-            made.table = known->second.table;
-        }
-        places.emplace(name, std::move(made));
+        names.insert(function->funcName());
     }
-    return places;
+    std::vector<String> gone;
+    before.each([&](VersionPlaces::Entry const & entry) {
+        if (!names.contains(entry.name)) {
+            gone.push_back(entry.name);
+        }
+    });
+    return placesWithPart(program, gone, published, placeOf, before);
+}
+
+VersionPlaces placesWithPart(Documents::Program const & part, std::vector<String> const & gone,
+                             AllFunctionStatus const & published, PlaceOfNode const & placeOf,
+                             VersionPlaces const & before) {
+    std::vector<VersionPlaces::Change> changes;
+    // First: the part may have a function of that name.
+    for (String const & name : gone) {
+        changes.push_back({name, {}});
+    }
+    for (auto const & function : part.functions) {
+        if (auto change = changeOf(*function, published, placeOf, before)) {
+            changes.push_back(std::move(*change));
+        }
+    }
+    return before.with(std::move(changes));
 }
 
 U64 placesThatDiffer(VersionPlaces const & a, VersionPlaces const & b) {
     U64 count = 0;
-    for (auto const & [name, places] : a) {
-        auto const other = b.find(name);
-        count += other == b.end() || !areSame(places, other->second) ? 1 : 0;
-    }
-    for (auto const & [name, places] : b) {
-        count += a.contains(name) ? 0 : 1;
-    }
+    VersionPlaces::eachDifference(a, b, [&](auto const * before, auto const * after) {
+        bool const isSame =
+            before != nullptr && after != nullptr && before->value.isSame(after->value);
+        count += isSame ? 0 : 1;
+    });
     return count;
 }
 

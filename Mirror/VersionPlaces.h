@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Documents/Program.h"
+#include "Mirror/NameMap.h"
 #include "QcfLib/QcfLib.h"
 
 #include <functional>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -59,6 +59,8 @@ struct FunctionPlaces {
 
     /// The place of the node with that key; nothing where none is known.
     std::optional<TextPlace> find(U64 key) const;
+    /// Whether all nodes are in the same places.
+    bool isSame(FunctionPlaces const & other) const;
 };
 
 /// By names of functions. They travel with a version, and take no part in what it means: its digest
@@ -66,7 +68,7 @@ struct FunctionPlaces {
 ///
 /// Statements and conditions have places; values, which one node may stand for in many functions,
 /// have none.
-using VersionPlaces = std::map<String, FunctionPlaces>;
+using VersionPlaces = NameMap<FunctionPlaces>;
 
 /// Places before and after a batch.
 struct PlaceChange {
@@ -81,12 +83,17 @@ struct PlaceChange {
 using PlaceOfNode = std::function<std::optional<TextPlace>(Eval::AetNodeBase const & node)>;
 
 /// The places of a program that was published, by the keys of the nodes that stand for its own. The
-/// functions of the status are those of the program, by their digests. Tables that are equal are
-/// shared with `before`. Costs a walk over the program.
+/// functions of the status are those of the program, by their digests. What is equal is shared with
+/// `before`. Costs a walk over the program.
 VersionPlaces placesOf(Documents::Program const & program, AllFunctionStatus const & published,
                        PlaceOfNode const & placeOf, VersionPlaces const & before);
+/// The places before, with those of a part that was published; functions that are not published any
+/// more have none. Costs a walk over the part.
+VersionPlaces placesWithPart(Documents::Program const & part, std::vector<String> const & gone,
+                             AllFunctionStatus const & published, PlaceOfNode const & placeOf,
+                             VersionPlaces const & before);
 
-/// How many functions differ in their places.
+/// How many functions differ in their places. Passes over what both share.
 U64 placesThatDiffer(VersionPlaces const & a, VersionPlaces const & b);
 
 } // namespace Qcf::Mirror

@@ -11,7 +11,7 @@ namespace Qcf::Mirror {
 VersionedView::Reader::~Reader() { view_.hazardPointerDel(hazard_); }
 
 VersionedView::VersionedView()
-    : held_(makePtr<PolicyVersion>(VersionId(), PolicyVersion::Functions(), U64{0})) {
+    : held_(makePtr<PolicyVersion>(VersionId(), FunctionTable(), U64{0})) {
     current_.store(held_.get());
 }
 

@@ -61,11 +61,11 @@ public:
     void publish(String const & document, Qcf::Mirror::PublishedLists const & lists = {}) {
         using namespace Qcf::Mirror; // NOLINT(google-build-using-namespace): what is under test
         auto const program = Qcf::Documents::readProgram(document, "seed");
-        publishProgram(program, *status_, digests_, ++version_);
+        publishProgram(program, *status_, functions_.digests(), ++version_);
         String const id = "v" + std::to_string(version_);
-        Batch const batch =
-            source_.takeBatch({version_, id, base_},
-                              versionDigest(digests_.of(status_->aet()), lists), {lists_, lists});
+        Batch const batch = source_.takeBatch(
+            {version_, id, base_}, versionDigest(functions_.table().summary().digest(), lists),
+            {lists_, lists});
         for (String const & piece : batch.pieces) {
             text_ += piece;
         }
@@ -76,7 +76,7 @@ public:
 
 private:
     Ptr<Qcf::AllFunctionStatus> status_ = Qcf::allFunctionStatusFactory("fuzz");
-    Qcf::Mirror::FunctionDigests digests_;
+    Qcf::Mirror::StatusFunctions functions_{status_};
     Qcf::Mirror::ChangeSource source_{status_};
     Qcf::Mirror::PublishedLists lists_;
     String text_;

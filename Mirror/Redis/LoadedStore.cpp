@@ -37,10 +37,20 @@ LoadedStore loadOnce(RedisConnection & connection, RedisKeys const & keys,
     // Without its place in the stream, a snapshot would send readers to the stream's beginning.
     store.whole = store.state.exists() && store.replica->version() == store.state.version &&
                   store.state.position != StreamPosition();
+    store.isEarlier = store.whole && store.replica->digest() != store.state.version.digest;
     return store;
 }
 
 } // namespace
+
+String LoadedStore::trouble(RedisKeys const & keys) const {
+    bool const isThere = state.exists() || replica->version().number != 0;
+    if (!isThere || !isAnew()) {
+        return {};
+    }
+    return "version " + std::to_string(state.version.number) + " of " + keys.name +
+           (isEarlier ? " is of an earlier format" : " cannot be put together");
+}
 
 // Above both: the server may know a version that could not be put together, the replica one whose
 // last step was not answered. A number that only a damaged state can have does not count; where a

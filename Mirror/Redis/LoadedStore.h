@@ -14,11 +14,15 @@ struct LoadedStore {
     PublishedState state;
     /// Whether nothing had to be worked around.
     bool clean = true;
-    /// Whether the replica is what the state says. If not, a publication says everything.
+    /// Whether the replica is what the state says.
     bool whole = false;
+    /// Whether it was written with a digest that is none of today's.
+    bool isEarlier = false;
 
-    /// Whether there is something that cannot be put together.
-    bool isBroken() const { return !whole && (state.exists() || replica->version().number != 0); }
+    /// Whether a publication says everything, since nothing can build on what is there.
+    bool isAnew() const { return !whole || isEarlier; }
+    /// Why what is there is published anew, in words; empty where it is not, or there is nothing.
+    String trouble(RedisKeys const & keys) const;
     /// The number of the version that a publication would make. Throws MirrorError where numbers
     /// are at their end.
     U64 nextVersion(RedisKeys const & keys) const;

@@ -47,6 +47,20 @@ PublishOutcome RedisWriter::publish(Documents::Program const & program,
     });
 }
 
+PublishOutcome RedisWriter::publishPart(Documents::Program const & part,
+                                        std::vector<String> const & gone,
+                                        PlaceOfNode const & placeOf) {
+    note_.clear();
+    return persist([&](Replica & replica, U64 version) {
+        if (!parts_) {
+            parts_ = std::make_unique<PartPublisher>(replica.status());
+        }
+        auto const counts = parts_->publish(part, gone, static_cast<U32>(version));
+        replica.placesIs(placesWithPart(part, gone, *replica.status(), placeOf, replica.places()));
+        return counts;
+    });
+}
+
 PublishOutcome RedisWriter::publish(AllFunctionStatus const & status) {
     note_.clear();
     return persist([&](Replica & replica, U64) {
@@ -57,10 +71,11 @@ PublishOutcome RedisWriter::publish(AllFunctionStatus const & status) {
 }
 
 // The markers are those of a new publication: they only rise, whatever the content goes back to.
-PublishOutcome RedisWriter::restore(Replica const & kept) {
+PublishOutcome RedisWriter::restore(Replica & kept) {
     note_ = "rollback to version " + std::to_string(kept.version().number);
     return persist([&](Replica & replica, U64 version) {
-        bool const isLive = replica.version().digest == kept.version().digest;
+        // Not those of the versions, which may be of different formats.
+        bool const isLive = replica.digest() == kept.digest();
         if (isLive && placesThatDiffer(replica.places(), kept.places()) == 0) {
             return PublishCounts();
         }
@@ -141,7 +156,6 @@ PublishOutcome RedisWriter::publishChanges(Change const & change) {
         unconfirmed_ = outcome;
         send(batch);
         replica_->versionIs(batch.version());
-        replica_->digests().keepInUse();
         whole_ = true;
     } else if (unconfirmed_ && unconfirmed_->version == replica_->version()) {
         outcome = *unconfirmed_; // it was done, only the answer was lost
@@ -173,17 +187,17 @@ void RedisWriter::open() {
     // In place at once, because the steps below use the member.
     std::swap(connection_, connection);
     lead();
-    // It follows the replica that goes.
+    // They follow the replica that goes.
     source_.reset();
+    parts_.reset();
     // What the server has is the truth, whatever this writer had before.
     LoadedStore store = loadStore(*connection_, keys_, settings_.signer, report_);
     // Behind its place the stream goes on: one that lies beyond the state leads nobody there.
     snapshotIsGood_ =
         store.clean && !(readSnapshotState(*connection_, keys_).position > store.state.position);
-    whole_ = store.whole;
-    if (store.isBroken()) {
-        report_("version " + std::to_string(store.state.version.number) + " of " + keys_.name +
-                " cannot be put together; everything is published anew");
+    whole_ = !store.isAnew();
+    if (String const trouble = store.trouble(keys_); !trouble.empty()) {
+        report_(trouble + "; everything is published anew");
     }
     replica_ = std::move(store.replica);
     state_ = std::move(store.state);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mirror/ChangeSource.h"
+#include "Mirror/PartPublisher.h"
 #include "Mirror/ProgramPublication.h"
 #include "Mirror/Redis/RedisHistory.h"
 
@@ -68,6 +69,12 @@ public:
     PublishOutcome publish(Documents::Program const & program,
                            std::vector<Lists::ListRecord> lists = {},
                            PlaceOfNode const & placeOf = {});
+    /// Publishes some functions and takes names away, as PartPublisher does; all others, and the
+    /// lists, stay as they are. The first one counts what is published, each one after it costs
+    /// what it changes. `placeOf` is as above. Throws as above; MirrorError also for a function
+    /// that one calls that is not given.
+    PublishOutcome publishPart(Documents::Program const & part, std::vector<String> const & gone,
+                               PlaceOfNode const & placeOf = {});
     /// Makes what the status holds the published state, however it was filled: its functions under
     /// all their names, its nodes under their keys, markers and flags. No batch may be under way in
     /// it. A status has no lists and no places, and the version then has none. Throws as above;
@@ -75,7 +82,7 @@ public:
     PublishOutcome publish(AllFunctionStatus const & status);
     /// Makes what a version was the published state again, as the next version. Nothing when its
     /// content is what is published. Throws as above.
-    PublishOutcome restore(Replica const & kept);
+    PublishOutcome restore(Replica & kept);
 
     /// What this writer holds to be published.
     AllFunctionStatus const & status() const { return *replica_->status(); }
@@ -116,6 +123,7 @@ private:
     std::unique_ptr<RedisConnection> connection_;
     std::unique_ptr<Replica> replica_;
     std::unique_ptr<ChangeSource> source_;
+    std::unique_ptr<PartPublisher> parts_; ///< null before the first part
     /// As this writer knows the server's.
     PublishedState state_;
     /// Whether those who begin with the snapshot have nothing to work around.

@@ -54,8 +54,7 @@ Batch batchOf(U32 levels, BatchStart const & start, U64 firstKey = 0) {
         node = below;
     }
     std::for_each(nodes.rbegin(), nodes.rend(), [&](auto const * node) { writer.node(*node); });
-    FunctionDigests digests;
-    return writer.finish({}, digests.of(AllFunctionStatus::Functions()), 0, nodes.size());
+    return writer.finish({}, test::digestOf({}), 0, nodes.size());
 }
 
 TEST(Depth, aBatchThatIsTooDeepChangesNothing) {
@@ -102,9 +101,7 @@ TEST(Depth, aTreeThatUnfoldsToTooMuchIsRefused) {
                 writer.node(node);
                 ++count;
             });
-        FunctionDigests digests;
-        auto const batch =
-            staged(writer.finish({}, digests.of(AllFunctionStatus::Functions()), 0, count));
+        auto const batch = staged(writer.finish({}, test::digestOf({}), 0, count));
         Replica replica("test");
         String const why = refusal([&] { replica.apply(batch); });
         EXPECT_EQ(why.find("nodes with shared ones counted at each place") != String::npos,

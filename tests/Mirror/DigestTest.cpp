@@ -1,5 +1,5 @@
 #include "Mirror/FunctionComparison.h"
-#include "Mirror/FunctionDigests.h"
+#include "Mirror/StatusFunctions.h"
 #include "tests/Mirror/MirrorTools.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +13,14 @@ Digest digestOf(String const & document, char const * function) {
     auto const program = Documents::readProgram(document, "document");
     FunctionDigests digests;
     return digests.of(*program.find(function));
+}
+
+FunctionTable tableOf(Documents::Program const & program) {
+    AllFunctionStatus::Functions named;
+    for (auto const & each : program.functions) {
+        named.emplace(each->funcName(), each);
+    }
+    return test::tableOf(named);
 }
 
 String function(String const & statements, String const & more = "") {
@@ -85,6 +93,18 @@ TEST(Digest, everyDifferenceOfContentCounts) {
     }
 }
 
+/// The digest over functions f0, f1, ..., each of which says its own name.
+Digest treeOf(U32 count) {
+    Digester digester;
+    std::vector<FunctionTable::Change> changes;
+    for (U32 i = 0; i < count; ++i) {
+        String const name = "f" + std::to_string(i);
+        digester.add(name);
+        changes.push_back({name, NamedFunction{nullptr, digester.finish()}});
+    }
+    return FunctionTable().with(std::move(changes)).summary().digest();
+}
+
 // Builds of all ages must agree about versions.
 TEST(Digest, theBytesThatItIsOverStayAsTheyAre) {
     auto const program = Documents::readProgram(
@@ -102,35 +122,50 @@ TEST(Digest, theBytesThatItIsOverStayAsTheyAre) {
                      {"class": "IntAssign", "lhs": "med", "rhs": 5}]}},
                 {"class": "ReturnExpression", "expr": true}]}}]})",
         "document");
-    AllFunctionStatus::Functions named;
-    for (auto const & each : program.functions) {
-        named.emplace(each->funcName(), each);
-    }
-    EXPECT_EQ(FunctionDigests().of(named).toString(),
+    FunctionTable const table = tableOf(program);
+    // As versions of earlier formats have it.
+    EXPECT_EQ(flatDigest(table).toString(),
               "ab9370482a8a42ffbc815fd9f6461e0a3503f3f0456c6b2630b0971505d67de3");
+    EXPECT_EQ(treeOf(1).toString(),
+              "12af5f0b3432b405fac6bbbe0a6c936b744a7f090d0877cbe83687ad93ce5efb");
+    EXPECT_EQ(treeOf(100).toString(),
+              "9337950f544f6e3030a6c2e08b14cb64f21f93e38f5bdead8f6ffb6b682993ad");
+    EXPECT_EQ(FunctionTable().summary().digest().toString(),
+              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
 }
 
-TEST(Digest, whatChangesWouldMakeIsWhatTheyMake) {
-    auto const before = test::policy({{"b", 1}, {"d", 2}, {"f", 3}});
-    auto const after = test::policy({{"a", 1}, {"d", 5}, {"e", 6}, {"z", 7}});
-    auto const functionsOf = [](Documents::Program const & program) {
-        AllFunctionStatus::Functions named;
-        for (auto const & each : program.functions) {
-            named.emplace(each->funcName(), each);
-        }
-        return named;
+// A status may have a function under any name, and is asked again after each change.
+TEST(Digest, whatIsKeptOfAStatusIsWhatALookAtAllOfItFinds) {
+    auto const status = allFunctionStatusFactory("test");
+    auto const first = test::policy({{"b", 1}, {"d", 2, "b"}, {"f", 3}});
+    status->aetIs("b", first.find("b"));
+    StatusFunctions functions(status);
+    auto const isKept = [&] {
+        return functions.table().summary().digest() == test::digestOf(status->aet()) &&
+               functions.table().size() == status->aet().size();
     };
-    FunctionDigests::Changes changes;
-    for (char const * gone : {"b", "f", "unknown"}) {
-        changes[gone] = nullptr;
-    }
-    for (auto const & each : after.functions) {
-        changes[each->funcName()] = each;
-    }
-    FunctionDigests digests;
-    EXPECT_EQ(digests.of(functionsOf(before), changes), digests.of(functionsOf(after)));
-    EXPECT_EQ(digests.of({}, changes), digests.of(functionsOf(after)));
-    EXPECT_NE(digests.of(functionsOf(before)), digests.of(functionsOf(after)));
+    EXPECT_TRUE(isKept());
+    status->aetIs("other", first.find("b"));
+    status->aetIs("d", first.find("f"));
+    status->aetIs("f", first.find("d"));
+    EXPECT_TRUE(isKept());
+    status->aetIs("g", first.find("f"));
+    status->aetDel("g");
+    status->aetDel("d");
+    EXPECT_TRUE(isKept());
+
+    StatusFunctions::Changes changes;
+    changes["b"] = nullptr;
+    changes["unknown"] = nullptr;
+    changes["new"] = first.find("f");
+    FunctionTable const after = functions.changed(functions.table(), changes);
+    EXPECT_NE(after.summary().digest(), functions.table().summary().digest());
+    status->aetDel("b");
+    status->aetIs("new", first.find("f"));
+    EXPECT_EQ(after.summary().digest(), test::digestOf(status->aet()));
+    EXPECT_TRUE(isKept());
+    status->reset();
+    EXPECT_TRUE(isKept());
 }
 
 TEST(Digest, calleesAndNamesCount) {
@@ -140,13 +175,7 @@ TEST(Digest, calleesAndNamesCount) {
     EXPECT_NE(digestOf(policyText({{"x", 1}, {"b", 2, "x"}}), "b"), caller);
 
     auto const whole = [](std::vector<test::TestFunction> const & functions) {
-        auto const program = test::policy(functions);
-        AllFunctionStatus::Functions named;
-        for (auto const & each : program.functions) {
-            named.emplace(each->funcName(), each);
-        }
-        FunctionDigests digests;
-        return digests.of(named);
+        return tableOf(test::policy(functions)).summary().digest();
     };
     EXPECT_EQ(whole({{"a", 1}, {"b", 2}}), whole({{"b", 2}, {"a", 1}}));
     EXPECT_NE(whole({{"a", 1}, {"b", 2}}), whole({{"a", 2}, {"b", 1}}));

@@ -45,6 +45,20 @@ std::vector<TestFunction> alike(std::size_t count, U64 value) {
     return functions;
 }
 
+FunctionTable tableOf(AllFunctionStatus::Functions const & functions) {
+    FunctionDigests digests;
+    std::vector<FunctionTable::Change> changes;
+    for (auto const & [name, function] : functions) {
+        auto const typed = ptrCast<Eval::Function const>(function);
+        changes.push_back({name, NamedFunction{typed, digests.of(*typed)}});
+    }
+    return FunctionTable().with(std::move(changes));
+}
+
+Digest digestOf(AllFunctionStatus::Functions const & functions) {
+    return tableOf(functions).summary().digest();
+}
+
 String flatDocument(AllFunctionStatus const & status) {
     Documents::Program program;
     status.nodes().forEachNode(

@@ -20,6 +20,10 @@ Documents::Program policy(std::vector<TestFunction> const & functions);
 /// `count` functions f0, f1, ..., all with `value`.
 std::vector<TestFunction> alike(std::size_t count, U64 value);
 
+/// The functions as a table, and their digest, computed anew.
+FunctionTable tableOf(AllFunctionStatus::Functions const & functions);
+Digest digestOf(AllFunctionStatus::Functions const & functions);
+
 /// The status as a flat document: nodes in key order, functions in name order.
 String flatDocument(AllFunctionStatus const & status);
 

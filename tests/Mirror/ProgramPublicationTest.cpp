@@ -22,7 +22,6 @@ public:
     }
     PublishCounts publish(Documents::Program const & program) {
         auto const counts = publishProgram(program, *status, digests, ++marker);
-        digests.keepInUse();
         EXPECT_EQ(flatDocument(mirror.status()), flatDocument(*status));
         EXPECT_FALSE(status->dedupedFunctionUpdatesInProgress());
         return counts;

@@ -31,10 +31,10 @@ StagedBatch staged(std::vector<String> pieces) {
 struct Source {
     Source() {
         publishProgram(test::policy({{"a", 1}, {"b", 2, "a"}}), *status, digests, 1);
-        first = source.takeBatch({1, "one", ""}, digests.of(status->aet()));
+        first = source.takeBatch({1, "one", ""}, test::digestOf(status->aet()));
         firstFlat = flatDocument(*status);
         publishProgram(test::policy({{"a", 1}, {"b", 3, "a"}}), *status, digests, 2);
-        second = source.takeBatch({2, "two", "one"}, digests.of(status->aet()));
+        second = source.takeBatch({2, "two", "one"}, test::digestOf(status->aet()));
     }
     Ptr<AllFunctionStatus> status = allFunctionStatusFactory("test");
     FunctionDigests digests;
@@ -69,7 +69,7 @@ TEST(Replica, smallPiecesSayTheSame) {
     Source source;
     BatchWriter writer({1, "one", ""}, 1);
     writer.node(*Eval::test::NodeMaker::node(*Eval::findNodeClass("IntImmediate"), 5));
-    auto const batch = writer.finish({}, source.digests.of(AllFunctionStatus::Functions()), 0, 1);
+    auto const batch = writer.finish({}, test::digestOf({}), 0, 1);
     EXPECT_EQ(batch.pieces.size(), 4U); // start, node, status, end
     Replica replica("test");
     replica.apply(staged(batch.pieces));
@@ -139,7 +139,7 @@ TEST(StagedBatch, otherFormatsAreRefusedByTheirStart) {
     };
     for (Case const & each : std::vector<Case>{
              {R"({"start":{"version":1,"id":"a","base":""}})", "found one of format 1"},
-             {R"({"start":{"format":5,"version":1,"id":"a","news":[]}})", "found one of format 5"},
+             {R"({"start":{"format":6,"version":1,"id":"a","news":[]}})", "found one of format 6"},
              {R"({"start":{"format":"2","version":1,"id":"a","base":""}})", "/start/format"},
          }) {
         try {

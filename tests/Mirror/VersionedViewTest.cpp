@@ -10,8 +10,8 @@ namespace Qcf::Mirror {
 namespace {
 
 PtrConst<PolicyVersion> version(U64 number) {
-    return makePtr<PolicyVersion>(VersionId{number, std::to_string(number), {}},
-                                  PolicyVersion::Functions(), U64{0});
+    return makePtr<PolicyVersion>(VersionId{number, std::to_string(number), {}}, FunctionTable(),
+                                  U64{0});
 }
 
 TEST(VersionedView, aPinKeepsItsVersionAndTheLastOneFreesIt) {
@@ -94,7 +94,6 @@ TEST(VersionedView, threadsSeeWholeVersionsWhileTheySwitch) {
     U32 marker = 0;
     auto const publish = [&](U64 value) {
         publishProgram(test::policy(test::alike(2, value)), *status, digests, ++marker);
-        digests.keepInUse();
     };
     channel.attach(mirror);
     publish(2); // the empty store is version 1

@@ -77,9 +77,9 @@ public:
         follower.poll(0ms);
         auto const version = mirror.view().current();
         std::optional<U64> value;
-        for (auto const & [name, function] : version->functions()) {
+        for (auto const * const named : version->functions().inOrder()) {
             context->reset();
-            ASSERT_TRUE(function->eval(base).isTrue());
+            ASSERT_TRUE(named->value.function->eval(base).isTrue());
             ASSERT_EQ(context->med, context->localPref);
             ASSERT_EQ(value.value_or(context->med), context->med) << "of two versions";
             value = context->med;

@@ -39,19 +39,12 @@ bool RedisServer::available() {
 }
 
 void RedisServer::start() {
-    std::vector<String> all{"redis-server",
-                            "--unixsocket",
-                            socket().string(),
-                            "--dir",
-                            folder_.string(),
-                            "--appendonly",
-                            "yes",
-                            "--save",
-                            "",
-                            "--loglevel",
-                            "warning",
-                            "--logfile",
-                            (folder_ / "log").string()};
+    std::vector<String> all{"redis-server", "--unixsocket", socket().string(), "--dir",
+                            folder_.string(), "--appendonly", "yes",
+                            // Else it holds writes back while the disk is slow to sync, and
+                            // killing it would lose them.
+                            "--appendfsync", "no", "--save", "", "--loglevel", "warning",
+                            "--logfile", (folder_ / "log").string()};
     bool hasPort = false;
     for (String const & argument : arguments_) {
         hasPort = hasPort || argument == "--port" || argument == "--tls-port";
