@@ -8,6 +8,10 @@ FunctionComparison::FunctionComparison(U64 steps)
     : steps_(steps), meet_([this](Node const & a, Node const & b) { return meet(a, b); }) {}
 
 bool FunctionComparison::meet(Node const & a, Node const & b) {
+    if (&a == &b) {
+        shared_.push_back(&a);
+        return true;
+    }
     // Fields are compared of nodes of one class only.
     if (&a.typeData() != &b.typeData()) {
         return false;
@@ -25,6 +29,7 @@ bool FunctionComparison::meet(Node const & a, Node const & b) {
 // Level by level: what is met is the list of what is still to be looked at.
 std::optional<bool> FunctionComparison::equal(Eval::Function const & a, Eval::Function const & b) {
     pairs_.clear();
+    shared_.clear();
     meet(a, b);
     for (std::size_t at = 0; at < pairs_.size(); ++at) {
         if (steps_ == 0) {

@@ -45,15 +45,18 @@ public:
     /// Whether both are equal; nothing when the steps ran out before that was known.
     std::optional<bool> equal(Eval::Function const & a, Eval::Function const & b);
     /// What the last comparison met: of equal functions all nodes, but those under callees that
-    /// were known to be equal.
+    /// were known to be equal, and under nodes that both hold.
     std::span<Pair const> met() const { return pairs_; }
+    /// The nodes that both hold, as the last comparison met them; it went no further there.
+    std::span<Node const * const> shared() const { return shared_; }
 
 private:
     /// Two children: whether they may be equal; then they are looked at later.
     bool meet(Node const & a, Node const & b);
 
     U64 steps_;
-    std::vector<Pair> pairs_;                              ///< met, and looked at from the front
+    std::vector<Pair> pairs_; ///< met, and looked at from the front
+    std::vector<Node const *> shared_;
     std::unordered_map<Node const *, Node const *> known_; ///< functions, with those equal to them
     Eval::NodeClass::ChildComparison meet_;
 };

@@ -223,6 +223,20 @@ void PartPublisher::know() {
     isKnown_ = true;
 }
 
+PublishCounts PartPublisher::publishWhole(Documents::Program const & program, U32 marker) {
+    std::unordered_set<std::string_view> names;
+    for (auto const & function : program.functions) {
+        names.insert(function->funcName());
+    }
+    std::vector<String> gone;
+    for (auto const & [name, function] : status_->aet()) {
+        if (!names.contains(name)) {
+            gone.push_back(name);
+        }
+    }
+    return publish(program, gone, marker);
+}
+
 PublishCounts PartPublisher::publish(Documents::Program const & part,
                                      std::vector<String> const & gone, U32 marker) {
     for (auto const & function : part.functions) {

@@ -35,6 +35,9 @@ public:
     /// one that changes or goes while one that is not given calls it, and where no keys are left.
     PublishCounts publish(Documents::Program const & part, std::vector<String> const & gone,
                           U32 marker);
+    /// Makes the program's functions those of the status, as above: a look at each function, and at
+    /// the nodes of those that are not the published objects themselves.
+    PublishCounts publishWhole(Documents::Program const & program, U32 marker);
 
 private:
     /// Counts anew what it does not know any more.

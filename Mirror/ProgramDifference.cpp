@@ -72,9 +72,12 @@ bool ProgramDifference::staysAsItIs(Function const & function, Function const & 
         return sameDigest;
     }
     if (*equal) {
-        // All that the published one holds was met just now.
+        // All that the published one holds was met just now, or stands under what was.
         for (auto const & pair : comparison_.met()) {
             keepNode(*pair.b);
+        }
+        for (Node const * const node : comparison_.shared()) {
+            keep(*node);
         }
     }
     return *equal;

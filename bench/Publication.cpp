@@ -98,6 +98,21 @@ void changePart(char const * name, Texts const & texts, Ptr<AllFunctionStatus> c
     timed(name, [&] { publisher.publish(part, {}, 4); });
 }
 
+/// Publishes a whole program whose functions but one are the published objects themselves.
+void changeShared(Texts const & texts, Ptr<AllFunctionStatus> const & status) {
+    Mirror::PartPublisher publisher(status);
+    Program program;
+    for (auto const & [name, function] : status->aet()) {
+        program.functions.push_back(ptrCast<Eval::Function const>(function));
+    }
+    publisher.publishWhole(program, 5);
+    Program const part = Texts::read(texts.middleText(300));
+    auto const at = std::ranges::find(program.functions, part.functions.front()->funcName(),
+                                      [](auto const & function) { return function->funcName(); });
+    *at = part.functions.front();
+    timed("change-shared", [&] { publisher.publishWhole(program, 6); });
+}
+
 /// `memory` only when nothing was published in this process before.
 void inProcess(Texts const & texts, bool memory) {
     double const start = peakMemory();
@@ -129,6 +144,7 @@ void inProcess(Texts const & texts, bool memory) {
     Program const changed = Texts::read(texts.changed);
     timed("change", [&] { Mirror::publishProgram(changed, *status, digests, 2); });
     changePart("change-part", texts, status);
+    changeShared(texts, status);
     channel.detach(reader);
     changePart("change-part-unfollowed", texts, status);
 }
@@ -170,6 +186,10 @@ void overRedis(Texts const & texts, bool memory) {
     timed("redis-reader", [&] { follow(follower, reader, version); });
     timed("redis-change", [&] { version = writer.publish(changed).version; });
     timed("redis-change-reader", [&] { follow(follower, reader, version); });
+    writer.publishPart(Texts::read(texts.middleText(200)), {});
+    Program const part = Texts::read(texts.middleText(300));
+    timed("redis-part", [&] { version = writer.publishPart(part, {}).version; });
+    timed("redis-part-reader", [&] { follow(follower, reader, version); });
 }
 
 /// Takes up what the other process printed.

@@ -1,8 +1,7 @@
 #include "Mirror/Redis/LoadedStore.h"
-#include "Mirror/Redis/RedisFollower.h"
 #include "Mirror/Redis/RedisWriter.h"
 #include "tests/Mirror/ListTools.h"
-#include "tests/Mirror/MirrorTools.h"
+#include "tests/Mirror/Redis/RedisReader.h"
 #include "tests/Mirror/Redis/RedisServer.h"
 
 #include <thread>
@@ -22,30 +21,7 @@ using test::alike;
 using test::Lines;
 using test::policy;
 using test::RedisServer;
-
-struct Reader {
-    explicit Reader(RedisOptions options)
-        : follower(std::move(options), mirror, lines.sink(),
-                   {.reader = "reader", .checkInterval = 10ms, .retryDelay = 2ms}) {}
-
-    bool reaches(VersionId const & version) {
-        auto const end = std::chrono::steady_clock::now() + 5s;
-        while (mirror.version() != version && std::chrono::steady_clock::now() < end) {
-            follower.poll(1ms);
-        }
-        return mirror.view().current()->id() == version;
-    }
-    void pollFor(std::chrono::milliseconds time) {
-        auto const end = std::chrono::steady_clock::now() + time;
-        while (std::chrono::steady_clock::now() < end) {
-            follower.poll(1ms);
-        }
-    }
-
-    Lines lines;
-    FollowedStore mirror{"edge"};
-    RedisFollower follower;
-};
+using Reader = test::RedisReader;
 
 struct Refusing {
     char const * what;
