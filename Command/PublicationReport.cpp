@@ -121,7 +121,7 @@ String previewText(Qcf::Documents::Program const & program,
         outcome.version.digest = live.digest();
     }
     outcome.lists = after.size();
-    outcome.listCounts = countChanges(before, after);
+    outcome.listCounts = countChanges(store.isAnew() ? PublishedLists() : before, after);
     outcome.functions = status.aet().size();
     outcome.nodes = status.nodes().size();
     String text = lineText("would publish", outcome, keys.name);

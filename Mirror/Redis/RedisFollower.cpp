@@ -152,8 +152,9 @@ bool RedisFollower::checkState() {
     announce();
     if (state.version.id == mirror_.version().id) {
         // The copy is right although the stream was not understood: it is followed afresh from
-        // there.
-        if (reader_->lost()) {
+        // there. Once: entries do not change, and what is wrong with one would be told for ever.
+        if (reader_->lost() && afreshFrom_ != state.version.id) {
+            afreshFrom_ = state.version.id;
             reader_ = std::make_unique<StreamReader>(mirror_.replica(), report_);
             reader_->positionIs(state.position);
         }

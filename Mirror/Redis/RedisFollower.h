@@ -100,6 +100,7 @@ private:
     bool ahead_ = false; ///< it has read what no version that is published ends with
     U64 published_ = 0;
     String lastSeenId_;  ///< of the state at the last check
+    String afreshFrom_;  ///< the version behind which the stream was read once more
     bool stuck_ = false; ///< told to the writer, whose next publication then brings a snapshot
     std::pair<String, String> hopeless_; ///< state and snapshot that did not make a version
 };

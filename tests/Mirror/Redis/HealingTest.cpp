@@ -309,6 +309,30 @@ TEST(Healing, answersThatClaimTooMuchCostNothing) {
     }
 }
 
+// As the first pieces of a batch that only a later build understands, and whose writer died.
+TEST(Healing, whatCannotBeReadIsToldOnceOrTwice) {
+    QCF_NEEDS_REDIS();
+    RedisServer const server;
+    Lines lines;
+    RedisWriter writer(server.options(), "edge", lines.sink());
+    auto const first = writer.publish(policy(alike(2, 1))).version;
+    Reader reader(server.options());
+    ASSERT_TRUE(reader.reaches(first));
+    auto const append = [&](char const * number, char const * kind, char const * text) {
+        server.command(
+            {"XADD", "qcf:{edge}:changes", "*", "b", "later", "n", number, "k", kind, "d", text});
+        reader.pollFor(30ms);
+    };
+    append("0", "start", R"({"start":{"format":99,"version":2,"id":"later","base":""}})");
+    for (char const * const number : {"1", "2", "3", "4"}) {
+        append(number, "part", "{}");
+    }
+    EXPECT_TRUE(reader.lines.tell("found one of format 99"));
+    EXPECT_LE(reader.lines.lines.size(), 3U) << reader.lines.all();
+    EXPECT_EQ(reader.mirror.version(), first);
+    EXPECT_TRUE(reader.reaches(writer.publish(policy(alike(2, 2))).version)) << reader.lines.all();
+}
+
 TEST(Healing, aServerThatTakesAllAndKeepsNothingIsSeen) {
     LyingServer const server("+OK\r\n");
     Lines lines;
