@@ -86,8 +86,8 @@ std::string zshCase(CommandTable const & table, CommandRow const & command) {
         }
         std::string const value = option.value.empty() ? "" : zshValue(table, option);
         for (std::string const & name : option.names) {
-            out += " \\\n            '" + name + '[' + zshText(option.description) + ']' + value +
-                   '\'';
+            out.append(" \\\n            '").append(name).append("[");
+            out.append(zshText(option.description)).append("]").append(value).append("'");
         }
     }
     return out + "\n        ;;\n";

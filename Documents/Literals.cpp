@@ -166,7 +166,7 @@ bool looksLikeName(std::string_view text) {
 
 /// What was found where it does not fit, with what may have been meant.
 String foundText(JsonValue const & json, Position const & position) {
-    String const found = describe(json);
+    String found = describe(json);
     if (!json.isString()) {
         return found;
     }

@@ -5,7 +5,16 @@
 
 namespace Qcf::Lists {
 
-using namespace Bzip2Bits;
+using Bzip2Bits::bitsAt;
+using Bzip2Bits::blockMark;
+using Bzip2Bits::checksumBits;
+using Bzip2Bits::endMark;
+using Bzip2Bits::findMark;
+using Bzip2Bits::headBits;
+using Bzip2Bits::markBits;
+using Bzip2Bits::Stand;
+using Bzip2Bits::standFor;
+using Bzip2Bits::Writer;
 
 namespace {
 

@@ -62,7 +62,7 @@ LengthCodes codesOf(std::span<U8 const> lengths) {
     LengthCodes codes{};
     U32 next = 0;
     for (U8 length = 1; length <= longestLengthCode; ++length) {
-        for (U8 symbol = 0; symbol < lengths.size(); ++symbol) {
+        for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {
             if (lengths[symbol] != length) {
                 continue;
             }
@@ -72,7 +72,7 @@ LengthCodes codesOf(std::span<U8 const> lengths) {
                 for (U32 bit = 0; bit < longestLengthCode; ++bit) {
                     turned |= (code >> bit & 1) << (longestLengthCode - 1 - bit);
                 }
-                codes[turned] = {symbol, length};
+                codes[turned] = {static_cast<U8>(symbol), length};
             }
             next += step;
         }

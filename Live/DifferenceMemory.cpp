@@ -12,7 +12,8 @@ U64 DifferenceMemory::digest(RouteDifference const & difference) {
     text += difference.engine != nullptr ? '+' : '-';
     for (std::size_t i = 0; i < comparedAttributes; ++i) {
         auto const attribute = static_cast<ComparedAttribute>(i);
-        if (difference.differing.has(attribute)) {
+        // What the policy turns down has no attributes that could differ.
+        if (difference.engine != nullptr && difference.differing.has(attribute)) {
             char const * const name = comparedAttributeName(attribute);
             text += name + Agent::attributeText(*difference.engine, name) + '\n' +
                     Agent::attributeText(*difference.after, name) + '\n';
