@@ -10,6 +10,7 @@
 #include "Lists/ListsDocument.h"
 #include "Mirror/ChangeSource.h"
 #include "Mirror/ProgramPublication.h"
+#include "Mirror/StatusFunctions.h"
 #include "Platform/Render/JsonDocument.h"
 #include "Platform/Render/ReadFile.h"
 #include "QcfLib/NodeClass.h"

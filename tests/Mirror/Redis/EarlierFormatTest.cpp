@@ -13,13 +13,14 @@ using test::Lines;
 using test::RedisReader;
 using test::RedisServer;
 
-constexpr char const * id = "854a3efaa6744aad7e438f4105839396";
-constexpr char const * digest = "658ebf61930e235989753a3a437b6d69cf2c17c732c18d8f8525096d2e8df9ac";
-constexpr char const * position = "1795466346462-2";
+constexpr char const * storedId = "854a3efaa6744aad7e438f4105839396";
+constexpr char const * storedDigest =
+    "658ebf61930e235989753a3a437b6d69cf2c17c732c18d8f8525096d2e8df9ac";
+constexpr char const * storedPosition = "1795466346462-2";
 
-String const start =
-    String(R"({"start":{"format":4,"version":1,"id":")") + id + R"(","base":""}})" + '\n';
-constexpr char const * lines = R"({"class":"TriStateBoolImmediate","key":1,"value":"true"}
+String const storedStart =
+    String(R"({"start":{"format":4,"version":1,"id":")") + storedId + R"(","base":""}})" + '\n';
+constexpr char const * storedLines = R"({"class":"TriStateBoolImmediate","key":1,"value":"true"}
 {"class":"TriStateBoolExpression","key":2,"expr":{"ref":1}}
 {"class":"ReturnExpression","key":3,"expr":{"ref":2}}
 {"class":"ExpressionList","key":4,"entry":{"ref":3}}
@@ -30,16 +31,16 @@ constexpr char const * lines = R"({"class":"TriStateBoolImmediate","key":1,"valu
 {"rows":[[2,1,10,1,14],[3,1,3,1,14],[4,1,3,1,14],[5,0,14,2,2],[6,0,1,2,2]]}
 {"status":{"dedupedFunctionsPresent":true,"start":1,"end":1,"store":true}}
 )";
-String const end = String(R"({"end":{"version":1,"digest":")") + digest +
-                   R"(","functions":1,"nodes":6,"lists":0,"lines":11,"sum":")" +
-                   "a9aed27ed86130415d0e25ed1197ba388110014bb601fe8208739ef40ad5fcd8\"}}\n";
+String const storedEnd = String(R"({"end":{"version":1,"digest":")") + storedDigest +
+                         R"(","functions":1,"nodes":6,"lists":0,"lines":11,"sum":")" +
+                         "a9aed27ed86130415d0e25ed1197ba388110014bb601fe8208739ef40ad5fcd8\"}}\n";
 
 void putEarlierStore(RedisServer const & server) {
     server.command({"HSET",      "qcf:{edge}:state",
                     "version",   "1",
-                    "id",        id,
-                    "digest",    digest,
-                    "position",  position,
+                    "id",        storedId,
+                    "digest",    storedDigest,
+                    "position",  storedPosition,
                     "functions", "1",
                     "nodes",     "6",
                     "lists",     "0",
@@ -49,17 +50,18 @@ void putEarlierStore(RedisServer const & server) {
                     "published", "1795466346"});
     server.command({"HSET",     "qcf:{edge}:snapshot",
                     "version",  "1",
-                    "id",       id,
-                    "digest",   digest,
-                    "position", position,
+                    "id",       storedId,
+                    "digest",   storedDigest,
+                    "position", storedPosition,
                     "bytes",    "957",
                     "pieces",   "3",
-                    "piece 0",  start,
-                    "piece 1",  lines,
-                    "piece 2",  end});
+                    "piece 0",  storedStart,
+                    "piece 1",  storedLines,
+                    "piece 2",  storedEnd});
 }
 
-String const document = R"({"qcf": "aet/1", "functions": [{"name": "f", "body": {"class": "Block",
+String const sameDocument =
+    R"({"qcf": "aet/1", "functions": [{"name": "f", "body": {"class": "Block",
     "stmts": [{"class": "ReturnExpression", "expr": true}]}}]})";
 
 TEST(EarlierFormat, isReadAndThenPublishedAnew) {
@@ -67,14 +69,14 @@ TEST(EarlierFormat, isReadAndThenPublishedAnew) {
     RedisServer const server;
     putEarlierStore(server);
     RedisReader reader(server.options());
-    ASSERT_TRUE(reader.reaches({1, id, *Digest::parse(digest)})) << reader.lines.all();
+    ASSERT_TRUE(reader.reaches({1, storedId, *Digest::parse(storedDigest)})) << reader.lines.all();
     EXPECT_NE(reader.mirror.view().current()->find("f"), nullptr);
     EXPECT_EQ(reader.mirror.view().current()->places().find("f")->file, "min.qcf");
 
     // The same functions, in today's format: for those who come, it is all there is to know.
     Lines told;
     RedisWriter writer(server.options(), "edge", told.sink());
-    auto const program = Documents::readProgram(document, "document");
+    auto const program = Documents::readProgram(sameDocument, "document");
     auto const outcome = writer.publish(program);
     EXPECT_TRUE(told.tell("version 1 of edge is of an earlier format; everything is published"))
         << told.all();

@@ -22,7 +22,7 @@ PlaceOfNode inLine(U32 line) {
     };
 }
 
-struct Published : testing::Test {
+struct PublishPart : testing::Test {
     void SetUp() override {
         QCF_NEEDS_REDIS();
         server.emplace();
@@ -47,8 +47,6 @@ struct Published : testing::Test {
     std::optional<RedisWriter> writer;
     std::optional<RedisReader> reader;
 };
-
-using PublishPart = Published;
 
 TEST_F(PublishPart, allElseStaysAsItIs) {
     auto const tags = [] { return test::listRecords(R"({"tagSets": {"T": [1]}})"); };
