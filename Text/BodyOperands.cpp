@@ -186,7 +186,7 @@ void BodyParser::warnOfCommunityKind(Draft const & set, Draft const & value) {
     }
     auto const * const members =
         value.isKind(NodeKind::communitySet) && value.nodeClass->attribute == nullptr
-            ? std::get_if<DraftChain>(&value.fields[0])
+            ? std::get_if<DraftChain>(value.fields.data())
             : nullptr;
     auto const check = [&](Draft const & member) {
         String const text = textOf(member);
