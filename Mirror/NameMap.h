@@ -88,8 +88,13 @@ private:
         explicit operator bool() const { return entry || node; }
         bool operator==(Branch const &) const = default;
     };
-    struct Slot : Branch {
-        U8 place = 0; ///< among the branches of its node
+    /// A branch that has something, and its place among those of its node.
+    struct Slot {
+        PtrConst<Entry> entry;
+        PtrConst<Node> node;
+        U8 place = 0;
+
+        Branch branch() const { return {entry, node}; }
     };
     using Slots = std::vector<Slot>;
     using Branches = std::array<Branch, branches>;
@@ -183,7 +188,7 @@ NameMap<Value, Summary> NameMap<Value, Summary>::with(std::vector<Change> change
     result.root_ = top.node;
     if (top.entry) {
         Slots slots;
-        slots.push_back({top, static_cast<U8>(placeOf(top.entry->path, 0))});
+        slots.push_back({top.entry, nullptr, static_cast<U8>(placeOf(top.entry->path, 0))});
         result.root_ = makePtr<Node>(std::move(slots));
     }
     return result;
@@ -205,7 +210,7 @@ auto NameMap<Value, Summary>::branchesOf(Branch const & branch, U32 level) -> Br
         under[placeOf(branch.entry->path, level)] = branch;
     } else if (branch.node) {
         for (Slot const & slot : branch.node->slots) {
-            under[slot.place] = slot;
+            under[slot.place] = slot.branch();
         }
     }
     return under;
@@ -218,11 +223,11 @@ auto NameMap<Value, Summary>::joined(Branches const & under) -> Branch {
     Slots slots;
     for (std::size_t place = 0; place < branches; ++place) {
         if (under[place]) {
-            slots.push_back({under[place], static_cast<U8>(place)});
+            slots.push_back({under[place].entry, under[place].node, static_cast<U8>(place)});
         }
     }
     if (slots.empty() || (slots.size() == 1 && slots.front().entry)) {
-        return slots.empty() ? Branch() : slots.front();
+        return slots.empty() ? Branch() : slots.front().branch();
     }
     return {nullptr, makePtr<Node>(std::move(slots))};
 }
@@ -265,11 +270,11 @@ auto NameMap<Value, Summary>::editedLast(Branch const & branch, std::span<Step> 
     Slots slots;
     for (auto const & [name, each] : byName) {
         if (each) {
-            slots.push_back({each, 0});
+            slots.push_back({each.entry, nullptr, 0});
         }
     }
     if (slots.size() <= 1) {
-        return slots.empty() ? Branch() : slots.front();
+        return slots.empty() ? Branch() : slots.front().branch();
     }
     return {nullptr, makePtr<Node>(std::move(slots))};
 }
@@ -281,7 +286,7 @@ void NameMap<Value, Summary>::eachOf(Branch const & branch, Visit const & visit)
         visit(*branch.entry);
     } else if (branch.node) {
         for (Slot const & slot : branch.node->slots) {
-            eachOf(slot, visit);
+            eachOf(slot.branch(), visit);
         }
     }
 }
