@@ -159,6 +159,7 @@ VersionPlaces placesWithPart(Documents::Program const & part, std::vector<String
                              AllFunctionStatus const & published, PlaceOfNode const & placeOf,
                              VersionPlaces const & before) {
     std::vector<VersionPlaces::Change> changes;
+    changes.reserve(gone.size());
     // First: the part may have a function of that name.
     for (String const & name : gone) {
         changes.push_back({name, {}});

@@ -112,7 +112,7 @@ TEST(Recordings, GoOnInFilesOfWholeMessages) {
     }
     EXPECT_TRUE(written.ends_with(kept)) << kept.size() << " of " << written.size();
     // The next connection goes on behind the last file.
-    Recording(folder.string(), "../edge/1", 100);
+    Recording const next(folder.string(), "../edge/1", 100);
     EXPECT_TRUE(std::filesystem::exists(folder / "%2E.%2Fedge%2F1.000031.bmp"));
     std::filesystem::remove_all(folder);
     EXPECT_THROW(Recording(folder.string(), "edge1"), std::runtime_error);

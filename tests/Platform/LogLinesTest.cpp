@@ -65,6 +65,7 @@ TEST(LogLinesTest, timeIsUtc) {
 
 // Every line is one object that our own reader takes, whatever the message holds, and nothing in it
 // acts on a terminal.
+// NOLINTBEGIN(misc-misleading-bidirectional): that is what is tried
 TEST(LogLinesTest, jsonHoldsAnyMessage) {
     std::pair<std::string_view, std::string_view> const rows[] = {
         {"plain", "plain"},
@@ -92,6 +93,7 @@ TEST(LogLinesTest, jsonHoldsAnyMessage) {
         }
     }
 }
+// NOLINTEND(misc-misleading-bidirectional)
 
 TEST(LogLinesTest, linesOfThreadsStayApart) {
     std::ostringstream out;
