@@ -9,6 +9,7 @@
 #include <bit>
 #include <charconv>
 #include <memory_resource>
+#include <utility>
 
 /// A function's digest is over the contents of its nodes, each once, in the order of a walk. It
 /// must come out alike in every process, so that nothing here may depend on keys, addresses,
@@ -149,6 +150,9 @@ Digest const * FunctionDigests::find(Eval::Function const & function) const {
     auto const known = known_.find(&function);
     return known != known_.end() ? &known->second.digest : nullptr;
 }
+
+// Its buckets, too: after a large load they would be wiped with every change.
+void FunctionDigests::clear() { std::exchange(known_, {}); }
 
 Digest FunctionDigests::of(Eval::Function const & function) {
     if (Digest const * const known = find(function)) {

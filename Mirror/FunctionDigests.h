@@ -29,7 +29,7 @@ public:
     /// Those of the table are known from here on; another table takes its place.
     void tableIs(FunctionTable table) { table_ = std::move(table); }
     /// Forgets what is known beside the table.
-    void clear() { known_.clear(); }
+    void clear();
 
 private:
     /// A function that was walked.

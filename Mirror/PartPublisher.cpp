@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <unordered_set>
 
 /// A change of some functions: what it sets, what it lets go of, and nothing else. What the rest of
@@ -32,6 +33,9 @@ public:
     /// Looks for what differs and changes nothing.
     void find(Documents::Program const & part, std::vector<String> const & gone);
     bool empty() const { return changed_.empty() && gone_.empty(); }
+    /// Whether what goes was counted. It was not if somebody has just changed a name, and is
+    /// telling others of it first.
+    bool isCounted() const;
     std::size_t newNodes() const { return new_.size(); }
     /// Takes what goes out of use. Throws, and puts it back, when somebody who stays calls it.
     void dropOld();
@@ -41,6 +45,7 @@ public:
 private:
     Function const * published(String const & name) const;
     void compare(Documents::Program const & part);
+    void findOld();
     bool isNew(Node const & node);
     void addNewNodes(U64 largestKey);
     U64 removeUnused();
@@ -83,7 +88,10 @@ void PartChange::find(Documents::Program const & part, std::vector<String> const
     compare(part);
     std::unordered_set<std::string_view> names;
     for (auto const & function : part.functions) {
-        names.insert(function->funcName());
+        if (!names.insert(function->funcName()).second) {
+            throw MirrorError("function \"" + oneLine(function->funcName(), 100) +
+                              "\" is given twice");
+        }
     }
     for (String const & name : gone) {
         if (names.insert(name).second && status_.aet(std::string_view(name))) {
@@ -95,6 +103,24 @@ void PartChange::find(Documents::Program const & part, std::vector<String> const
             *function, [this](Eval::WalkedNode const & at) { return isNew(at.node); },
             [this](Node const & node) { new_.push_back(&node); });
     }
+    findOld();
+}
+
+void PartChange::findOld() {
+    auto const note = [this](String const & name) {
+        if (auto const function = status_.aet(std::string_view(name))) {
+            old_.push_back(function);
+        }
+    };
+    for (Function const * const function : changed_) {
+        note(function->funcName());
+    }
+    std::for_each(gone_.begin(), gone_.end(), note);
+}
+
+bool PartChange::isCounted() const {
+    return std::all_of(old_.begin(), old_.end(),
+                       [this](auto const & function) { return use_.isNamed(*function); });
 }
 
 bool PartChange::isNew(Node const & node) {
@@ -106,20 +132,11 @@ bool PartChange::isNew(Node const & node) {
 }
 
 void PartChange::dropOld() {
-    auto const note = [this](String const & name) {
-        if (auto const function = status_.aet(std::string_view(name))) {
-            old_.push_back(function);
-        }
-    };
-    for (Function const * const function : changed_) {
-        note(function->funcName());
-    }
-    std::for_each(gone_.begin(), gone_.end(), note);
     for (auto const & function : old_) {
         use_.drop(*function, unused_);
     }
     auto const called = std::find_if(
-        old_.begin(), old_.end(), [this](auto const & function) { return use_.isUsed(*function); });
+        old_.begin(), old_.end(), [this](auto const & function) { return use_.isHeld(*function); });
     if (called != old_.end()) {
         for (auto const & function : old_) {
             use_.add(*function);
@@ -183,7 +200,10 @@ PartPublisher::PartPublisher(Ptr<AllFunctionStatus> status)
       subscription_(status_->publisher().subscribe([this](Notification const & notification) {
           // Markers and flags are none of its matters.
           std::string_view const attribute = notification.attribute;
-          isKnown_ = isKnown_ && attribute != "aet" && attribute != "aetNodes";
+          if (attribute == "aet" || attribute == "aetNodes") {
+              isKnown_ = false;
+              ++told_;
+          }
       })) {
     status_->aetNodesIs();
 }
@@ -207,9 +227,12 @@ void PartPublisher::unfollowStore() {
 }
 
 void PartPublisher::know() {
-    if (isKnown_ && !changes_.touched()) {
-        return;
+    if (!isKnown_ || changes_.touched()) {
+        count();
     }
+}
+
+void PartPublisher::count() {
     followStore();
     use_.clear();
     for (auto const & [name, function] : status_->aet()) {
@@ -244,23 +267,30 @@ PublishCounts PartPublisher::publish(Documents::Program const & part,
         checkPublishable(*function);
     }
     know();
-    PartChange change(*status_, use_);
-    change.find(part, gone);
-    if (change.empty()) {
+    std::optional<PartChange> change;
+    change.emplace(*status_, use_).find(part, gone);
+    if (change->empty()) {
         return {};
     }
-    if (~U64{0} - largestKey_ <= change.newNodes()) {
+    if (!change->isCounted()) {
+        count();
+        change.emplace(*status_, use_).find(part, gone);
+    }
+    if (~U64{0} - largestKey_ <= change->newNodes()) {
         throw MirrorError("no keys are left above " + std::to_string(largestKey_));
     }
-    change.dropOld();
+    change->dropOld();
     // Whoever throws below leaves counts that are not those of the status.
     isKnown_ = false;
+    U64 const told = told_;
     status_->startOfDedupedFunctionUpdatesMarkerIs(marker);
-    PublishCounts const counts = change.make(largestKey_);
-    largestKey_ += change.newNodes();
+    PublishCounts const counts = change->make(largestKey_);
+    largestKey_ += change->newNodes();
+    // Whoever was told of a change may have made others.
+    isKnown_ = told_ - told == counts.functionsSet + counts.functionsRemoved &&
+               changes_.changes().size() == counts.nodesAdded + counts.nodesRemoved;
     changes_.clear();
     status_->dedupedFunctionsPresentIs(true);
-    isKnown_ = true;
     // Last: whoever follows may change the status when it is told.
     status_->endOfDedupedFunctionUpdatesMarkerIs(marker);
     return counts;

@@ -15,10 +15,11 @@ namespace Qcf::Mirror {
 ///     publisher.publish(part, {}, ++marker);
 ///
 /// The first publication counts what the status holds, which costs a walk over its functions; so
-/// does one after others changed functions or store. Belongs to the publishing thread.
+/// does one after others changed functions or store. A callee that is none of the part's functions
+/// is the caller's own, whatever its name means. Belongs to the publishing thread.
 class PartPublisher {
 public:
-    /// What is published already stays.
+    /// What is published already stays. A status without a store gets one.
     explicit PartPublisher(Ptr<AllFunctionStatus> status);
     PartPublisher(PartPublisher const &) = delete;
     PartPublisher & operator=(PartPublisher const &) = delete;
@@ -31,8 +32,9 @@ public:
     /// as this publication let go of them. The changes are bracketed by the status's markers; there
     /// are none when nothing differs.
     ///
-    /// Throws MirrorError before anything is changed: for a function that cannot be published, for
-    /// one that changes or goes while one that is not given calls it, and where no keys are left.
+    /// Throws MirrorError before anything is changed: for a function that cannot be published, or
+    /// is given twice, for one that changes or goes while one that is not given calls it, and where
+    /// no keys are left above those in use.
     PublishCounts publish(Documents::Program const & part, std::vector<String> const & gone,
                           U32 marker);
     /// Makes the program's functions those of the status, as above: a look at each function, and at
@@ -42,6 +44,7 @@ public:
 private:
     /// Counts anew what it does not know any more.
     void know();
+    void count();
     void followStore();
     void unfollowStore();
 
@@ -52,6 +55,7 @@ private:
     StoreUse use_;
     U64 largestKey_ = 0;
     bool isKnown_ = false;
+    U64 told_ = 0; ///< changes of names that the status told of
 };
 
 } // namespace Qcf::Mirror

@@ -178,7 +178,10 @@ PublishCounts publishProgram(Documents::Program const & program, AllFunctionStat
                              FunctionDigests & digests, U32 marker) {
     // A program is compared with a store, even if that is empty.
     status.aetNodesIs();
-    return Publication(program, status, digests).run(marker);
+    PublishCounts const counts = Publication(program, status, digests).run(marker);
+    // They hold functions, of the program and of those that went.
+    digests.clear();
+    return counts;
 }
 
 } // namespace Qcf::Mirror

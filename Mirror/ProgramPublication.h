@@ -26,7 +26,8 @@ struct PublishCounts {
 /// status's markers; there are none when nothing differs. The program's nodes become members as
 /// they are where they can: those that are in another store already are copied.
 ///
-/// Throws MirrorError before anything is changed when a function cannot be published.
+/// Throws MirrorError before anything is changed when a function cannot be published. The digests
+/// are those of a publisher that compares by them now and then; what was computed goes.
 PublishCounts publishProgram(Documents::Program const & program, AllFunctionStatus & status,
                              FunctionDigests & digests, U32 marker);
 

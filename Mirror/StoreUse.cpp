@@ -21,6 +21,7 @@ bool isSharedValue(AetNodeBase const & node) {
 }
 
 void StoreUse::add(Node const & root) {
+    ++names_[&root];
     walkTree(root, [this](Eval::WalkedNode const & at) {
         bool const isFirst = ++places_[&at.node] == 1;
         // Hashing goes down the tree.
@@ -31,7 +32,16 @@ void StoreUse::add(Node const & root) {
     });
 }
 
+bool StoreUse::isHeld(Node const & node) const {
+    auto const all = places_.find(&node);
+    auto const byName = names_.find(&node);
+    return all != places_.end() && (byName == names_.end() || byName->second != all->second);
+}
+
 void StoreUse::drop(Node const & root, std::vector<Node const *> & unused) {
+    if (auto const named = names_.find(&root); --named->second == 0) {
+        names_.erase(named);
+    }
     walkTree(root, [&](Eval::WalkedNode const & at) {
         auto const found = places_.find(&at.node);
         if (--found->second != 0) {
@@ -67,6 +77,7 @@ AetNodeBase const * StoreUse::equalValue(Node const & node) const {
 
 void StoreUse::clear() {
     places_.clear();
+    names_.clear();
     values_.clear();
 }
 

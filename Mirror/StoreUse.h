@@ -20,11 +20,16 @@ class StoreUse {
 public:
     using Node = Eval::AetNodeBase;
 
-    /// It is held in one place more, and with the first one all below it.
+    /// One name more means it; with the first place all below it is in use.
     void add(Node const & root);
-    /// It is held in one place less. What is in use no more is put behind `unused`, parents first.
+    /// One name less means it, of those that were told. What is in use no more is put behind
+    /// `unused`, parents first.
     void drop(Node const & root, std::vector<Node const *> & unused);
     bool isUsed(Node const & node) const { return places_.contains(&node); }
+    /// Whether a name means it, as far as was told.
+    bool isNamed(Node const & node) const { return names_.contains(&node); }
+    /// Whether a node in use holds it, and not only names do.
+    bool isHeld(Node const & node) const;
     /// A value in use that says the same; null for none.
     Node const * equalValue(Node const & node) const;
     /// Nothing is in use.
@@ -33,7 +38,8 @@ public:
 private:
     void valueDel(Node const & node);
 
-    std::unordered_map<Node const *, U32> places_;
+    std::unordered_map<Node const *, U32> places_; ///< names and fields
+    std::unordered_map<Node const *, U32> names_;
     std::unordered_multimap<U32, Node const *> values_; ///< in use, by hash
 };
 

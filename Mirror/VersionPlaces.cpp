@@ -160,9 +160,10 @@ VersionPlaces placesWithPart(Documents::Program const & part, std::vector<String
                              VersionPlaces const & before) {
     std::vector<VersionPlaces::Change> changes;
     changes.reserve(gone.size());
-    // First: the part may have a function of that name.
     for (String const & name : gone) {
-        changes.push_back({name, {}});
+        if (!part.find(name)) {
+            changes.push_back({name, {}});
+        }
     }
     for (auto const & function : part.functions) {
         if (auto change = changeOf(*function, published, placeOf, before)) {

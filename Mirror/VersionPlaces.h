@@ -87,8 +87,8 @@ using PlaceOfNode = std::function<std::optional<TextPlace>(Eval::AetNodeBase con
 /// `before`. Costs a walk over the program.
 VersionPlaces placesOf(Documents::Program const & program, AllFunctionStatus const & published,
                        PlaceOfNode const & placeOf, VersionPlaces const & before);
-/// The places before, with those of a part that was published; functions that are not published any
-/// more have none. Costs a walk over the part.
+/// The places before, with those of a part that was published: its functions have the places that
+/// are told of them, and those that are gone have none. Costs a walk over the part.
 VersionPlaces placesWithPart(Documents::Program const & part, std::vector<String> const & gone,
                              AllFunctionStatus const & published, PlaceOfNode const & placeOf,
                              VersionPlaces const & before);

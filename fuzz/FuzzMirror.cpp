@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace Qcf::Mirror;
+using namespace Qcf::Mirror; // NOLINT(google-build-using-namespace): what is under test
 
 /// One batch of the input.
 struct Pieces {

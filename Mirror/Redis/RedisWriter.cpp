@@ -21,6 +21,17 @@ String whoWrites() {
     return String(host.data()) + ":" + std::to_string(::getpid());
 }
 
+/// A part was refused, and nothing was changed for it.
+class PartRefusal : public MirrorError {
+public:
+    using MirrorError::MirrorError;
+};
+
+[[noreturn]] void endFenced(String const & name) {
+    throw FencedError(name + ": another writer has taken the lead; nothing of this publication was "
+                             "made visible by this writer");
+}
+
 } // namespace
 
 RedisWriter::RedisWriter(RedisOptions options, String const & name, Report report,
@@ -55,7 +66,12 @@ PublishOutcome RedisWriter::publishPart(Documents::Program const & part,
         if (!parts_) {
             parts_ = std::make_unique<PartPublisher>(replica.status());
         }
-        auto const counts = parts_->publish(part, gone, static_cast<U32>(version));
+        PublishCounts counts;
+        try {
+            counts = parts_->publish(part, gone, static_cast<U32>(version));
+        } catch (MirrorError const & error) {
+            throw PartRefusal(error.what());
+        }
         replica.placesIs(placesWithPart(part, gone, *replica.status(), placeOf, replica.places()));
         return counts;
     });
@@ -96,9 +112,10 @@ PublishOutcome RedisWriter::persist(Change const & change) {
             connection_.reset();
             // Not tried again: whoever took the lead did so later.
             if (refusal.is("FENCED")) {
-                throw FencedError(keys_.name + ": another writer has taken the lead; nothing of "
-                                               "this publication was made visible by this writer");
+                endFenced(keys_.name);
             }
+            throw;
+        } catch (PartRefusal const &) {
             throw;
         } catch (std::runtime_error const &) {
             // What the server has is not known, or the replica may be half changed.
@@ -113,6 +130,9 @@ PublishOutcome RedisWriter::persist(Change const & change) {
 PublishOutcome RedisWriter::attempt(Change const & change) {
     if (!connection_) {
         open();
+    } else if (readState(*connection_, keys_).version.number > state_.version.number) {
+        // What this one knows is no longer so: it must not say that nothing differs from that.
+        endFenced(keys_.name);
     }
     PublishOutcome outcome = publishChanges(change);
     state_ = readState(*connection_, keys_);

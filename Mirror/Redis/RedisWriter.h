@@ -71,8 +71,9 @@ public:
                            PlaceOfNode const & placeOf = {});
     /// Publishes some functions and takes names away, as PartPublisher does; all others, and the
     /// lists, stay as they are. The first one counts what is published, each one after it costs
-    /// what it changes. `placeOf` is as above. Throws as above; MirrorError also for a function
-    /// that one calls that is not given.
+    /// what it changes. The given functions stand where `placeOf` says, and nowhere without it.
+    /// Throws as above, and MirrorError for whatever PartPublisher refuses; the next one goes on
+    /// from there.
     PublishOutcome publishPart(Documents::Program const & part, std::vector<String> const & gone,
                                PlaceOfNode const & placeOf = {});
     /// Makes what the status holds the published state, however it was filled: its functions under

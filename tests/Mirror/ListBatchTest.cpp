@@ -39,7 +39,7 @@ struct Pair {
         publishProgram(test::policy(test::alike(3, value)), *writer.status(), writer.digests(),
                        static_cast<U32>(++number));
         writer.listsIs(next);
-        Batch const batch =
+        Batch batch =
             source.takeBatch({number, newBatchId(), writer.version().id}, writer.digest(), change);
         reader.apply(staged(batch));
         writer.versionIs(batch.version());

@@ -70,6 +70,9 @@ TEST_F(PublishPart, allElseStaysAsItIs) {
     EXPECT_EQ(moved.version.digest, part.version.digest);
     EXPECT_EQ(fault(moved), "");
     EXPECT_EQ(lineOf("f3"), 30U);
+    // A name that goes and is given again has not gone.
+    EXPECT_FALSE(writer->publishPart(policy({{"f3", 2}}), {"f3"}, inLine(30)).changed);
+    EXPECT_EQ(lineOf("f3"), 30U);
 
     // The whole, after parts and before one.
     auto whole = alike(20, 1);
@@ -84,6 +87,9 @@ TEST_F(PublishPart, goesOnFromWhatAnotherOneLeft) {
     RedisWriter other(server->options(), "edge", lines.sink());
     other.publish(policy(alike(3, 2)));
     EXPECT_THROW(writer->publishPart(policy({{"f1", 5}}), {}), FencedError);
+    // Nor does it say that what it had published before is there still.
+    EXPECT_THROW(writer->publishPart(policy({{"f1", 1}}), {}), FencedError);
+    EXPECT_THROW(writer->publish(policy(alike(3, 1))), FencedError);
     auto const outcome = other.publishPart(policy({{"f1", 5}}), {"f0"});
     EXPECT_EQ(outcome.functions, 2U);
     ASSERT_TRUE(reader->reaches(outcome.version));
