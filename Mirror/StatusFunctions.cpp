@@ -44,14 +44,14 @@ FunctionTable StatusFunctions::changed(FunctionTable const & base, Changes const
             step.value = NamedFunction{function, digests_.of(*function)};
         }
     }
+    // Whatever becomes of the changes: what is refused must not be kept, nor what goes.
+    digests_.clear();
     return base.with(std::move(steps));
 }
 
 void StatusFunctions::tableIs(FunctionTable table) {
     table_ = std::move(table);
     digests_.tableIs(table_);
-    // Else functions that go would stay, and keep their nodes.
-    digests_.clear();
     names_.clear();
 }
 
