@@ -3,7 +3,6 @@
 #include "Mirror/BatchNodes.h"
 #include "Mirror/BatchPlaces.h"
 #include "Mirror/ListDifference.h"
-#include "Mirror/Publishable.h"
 #include "Platform/Framework/Assert.h"
 #include "QcfLib/QcfAllAetEntities.h"
 #include "QcfLib/QcfEval.h"
