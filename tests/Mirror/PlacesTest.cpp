@@ -74,8 +74,8 @@ struct Pair {
         Text const text(program, firstLine, file);
         writer.placesIs(isText ? placesOf(program, *writer.status(), text.places(), before)
                                : VersionPlaces());
-        Batch batch = source.takeBatch({number, newBatchId(), writer.version().id},
-                                             writer.digest(), {}, {before, writer.places()});
+        Batch batch = source.takeBatch({number, newBatchId(), writer.version().id}, writer.digest(),
+                                       {}, {before, writer.places()});
         reader.apply(staged(batch));
         writer.versionIs(batch.version());
         return batch;
