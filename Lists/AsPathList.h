@@ -2,6 +2,7 @@
 
 #include "Lists/ListAction.h"
 #include "Lists/ListExplanation.h"
+#include "Lists/ListNumber.h"
 #include "Lists/Pattern.h"
 #include "Platform/Routing/RouteMap.h"
 
@@ -51,6 +52,8 @@ public:
     /// The same answer with the entry that gives it.
     ListExplanation explain(std::string_view pathText, U64 origin) const;
 
+    /// By which answers are remembered.
+    U64 number() const { return number_.value(); }
     /// Whether there is no entry, so that every answer is no.
     bool empty() const { return entries_.empty(); }
 
@@ -66,6 +69,7 @@ private:
     /// In the order in which they are tried; kept for who asks which of them decides.
     std::vector<Entry> entries_;
     std::vector<Group> groups_;
+    ListNumber number_;
 };
 
 } // namespace Qcf::Lists

@@ -106,19 +106,17 @@ Ptr<Set> addedBy(CommunityMatcher<Set> const * list, PermittedSets<Set> & sets,
     return filledSet(current, scratch);
 }
 
-/// Those of the current communities for which the list alone answers `kept`: true to retain what
-/// the list permits, false to remove it. `scratch` and `text` are any buffers of this thread; they
-/// are overwritten. Asks the list about each community alone; allocates nothing where all of them
-/// stay.
-template <typename Set>
-Ptr<Set> keptBy(CommunityMatcher<Set> const * list, bool kept, Ptr<Set> const & current,
-                typename Set::Buffer & scratch, String & text) {
+/// Those of the current communities for which `keeps(community)` holds: what a list retains, or
+/// does not remove. `scratch` is any buffer of this thread; it is overwritten. Allocates nothing
+/// where all of them stay.
+template <typename Set, typename Keeps>
+Ptr<Set> keptBy(Ptr<Set> const & current, typename Set::Buffer & scratch, Keeps const & keeps) {
     if (current == nullptr || current->empty()) {
         return nullptr;
     }
     scratch.clear();
     for (auto const & community : *current) {
-        if ((list != nullptr && list->permits(community, text)) == kept) {
+        if (keeps(community)) {
             scratch.push_back(community);
         }
     }

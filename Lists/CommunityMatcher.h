@@ -2,6 +2,7 @@
 
 #include "Lists/ListAction.h"
 #include "Lists/ListExplanation.h"
+#include "Lists/ListNumber.h"
 #include "Lists/Pattern.h"
 #include "QcfLib/QcfEvalCollections.h"
 
@@ -55,6 +56,11 @@ public:
     /// Whether the list permits a route that carries this community alone. It is what decides about
     /// each community when a list is retained or removed.
     bool permits(Value const & community, String & text) const;
+
+    /// By which answers are remembered.
+    U64 number() const { return number_.value(); }
+    /// Whether an answer may take a search through text.
+    bool hasPatterns() const { return !groups_.empty(); }
 
     /// What `matches` and `matchesExactly` answer, with the entry that decides or what the nearest
     /// one lacks.
@@ -142,6 +148,7 @@ private:
     std::vector<Anchor> anchors_; ///< ascending, with one more at the end for its firstFiled
     std::vector<Number> filed_;
     Ptr<Set> permitted_;
+    ListNumber number_;
 };
 
 extern template class CommunityMatcher<Eval::U64SmallVector>;

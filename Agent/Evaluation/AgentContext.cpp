@@ -1,5 +1,9 @@
 #include "Agent/Evaluation/AgentContext.h"
 
+#include "Lists/AnswerMemory.h"
+#include "Lists/CommunityQuestion.h"
+#include "Lists/PathQuestion.h"
+
 #include <limits>
 
 /// What the agent answers a function that asks for facts of the session or for a named list.
@@ -9,8 +13,14 @@ namespace Qcf::Agent {
 using Eval::CommunitySmallVector;
 using Eval::U64SmallVector;
 
+struct AgentContext::Remembered {
+    Lists::AnswerMemory<Lists::KeptPathQuestion> paths;
+    Lists::AnswerMemory<Lists::CommunityQuestion<U64>> ints;
+    Lists::AnswerMemory<Lists::CommunityQuestion<Acl::CommunityValue>> communities;
+};
+
 AgentContext::AgentContext(PtrConst<ExternalMatchersBase> const & matchers)
-    : AgentContextBase(matchers, nullptr, nullptr) {}
+    : AgentContextBase(matchers, nullptr, nullptr), remembered_(std::make_unique<Remembered>()) {}
 
 AgentContext::~AgentContext() = default;
 
@@ -45,7 +55,14 @@ bool AgentContext::matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisti
                                          U64 /*aetNodeKey*/,
                                          PtrConst<AsPathListStatus> const & status) const {
     auto const * const list = static_cast<Lists::AsPathList const *>(status.get());
-    return list != nullptr && list->permits(pathText(path), route().origin);
+    if (list == nullptr || list->empty()) {
+        return false;
+    }
+    auto const & asns = path != nullptr ? path->asns() : Routing::Bgp::AsnVector::none();
+    auto const ask = [&] { return list->permits(pathText(path), route().origin); };
+    return Lists::PathQuestion::fits(asns)
+               ? remembered_->paths.answerTo(Lists::PathQuestion(*list, asns, route().origin), ask)
+               : ask();
 }
 
 bool AgentContext::matchRoaTable(U32 slot, U32 state) const {
@@ -78,12 +95,30 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
     return status ? &static_cast<List const &>(*status).matcher() : nullptr;
 }
 
+/// Those of the current communities for which the list alone answers `kept`: true to retain what it
+/// permits, false to remove it. Patterns are searched for only where the answer is not remembered.
+template <typename Set, typename Answers>
+Ptr<Set> keptBy(Lists::CommunityMatcher<Set> const * list, bool kept, Ptr<Set> const & current,
+                typename Set::Buffer & scratch, String & text, Answers & answers) {
+    using Question = Lists::CommunityQuestion<typename Set::Value>;
+    return Lists::keptBy(current, scratch, [&](typename Set::Value const & community) {
+        if (list == nullptr) {
+            return !kept;
+        }
+        auto const ask = [&] { return list->permits(community, text); };
+        bool const permits = list->hasPatterns()
+                                 ? answers.answerTo(Question{list->number(), community}, ask)
+                                 : ask();
+        return permits == kept;
+    });
+}
+
 } // namespace
 
 // The six operations of one kind of community. Those that may meet a pattern are given `text_`,
 // whose storage is kept.
-#define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, permitted, match, matchExact, assign, add, \
-                            remove, retain)                                                        \
+#define QCF_COMMUNITY_LISTS(List, Set, Status, scratch, permitted, answers, match, matchExact,     \
+                            assign, add, remove, retain)                                           \
     bool AgentContext::match(PtrConst<Set> const & set, PtrConst<Status> const & status) const {   \
         auto const * const list = matcherOf<List>(status);                                         \
         return list != nullptr && list->matches(set.get(), text_);                                 \
@@ -100,21 +135,22 @@ typename List::Matcher const * matcherOf(PtrConst<Status> const & status) {
         return Lists::addedBy(matcherOf<List>(status), permitted, set, scratch());                 \
     }                                                                                              \
     Ptr<Set> AgentContext::remove(Ptr<Set> const & set, PtrConst<Status> const & status) {         \
-        return Lists::keptBy(matcherOf<List>(status), false, set, scratch(), text_);               \
+        return keptBy(matcherOf<List>(status), false, set, scratch(), text_,                       \
+                      remembered_->answers);                                                       \
     }                                                                                              \
     Ptr<Set> AgentContext::retain(Ptr<Set> const & set, PtrConst<Status> const & status) {         \
-        return Lists::keptBy(matcherOf<List>(status), true, set, scratch(), text_);                \
+        return keptBy(matcherOf<List>(status), true, set, scratch(), text_, remembered_->answers); \
     }
 
 QCF_COMMUNITY_LISTS(Lists::StandardCommunityList, U64SmallVector, CommListStatus, intSetScratch,
-                    permittedInts_, matchCommList, matchExactCommList, commAssignCommList,
+                    permittedInts_, ints, matchCommList, matchExactCommList, commAssignCommList,
                     commAddCommList, commRemoveCommList, commRetainCommList)
 QCF_COMMUNITY_LISTS(Lists::ExtCommunityList, CommunitySmallVector, ExtCommListStatus,
-                    communitySetScratch, permittedCommunities_, matchExtCommList,
+                    communitySetScratch, permittedCommunities_, communities, matchExtCommList,
                     matchExactExtCommList, extCommAssignExtCommList, extCommAddExtCommList,
                     extCommRemoveExtCommList, extCommRetainExtCommList)
 QCF_COMMUNITY_LISTS(Lists::LargeCommunityList, CommunitySmallVector, LargeCommListStatus,
-                    communitySetScratch, permittedCommunities_, matchLargeCommList,
+                    communitySetScratch, permittedCommunities_, communities, matchLargeCommList,
                     matchExactLargeCommList, largeCommAssignLargeCommList,
                     largeCommAddLargeCommList, largeCommRemoveLargeCommList,
                     largeCommRetainLargeCommList)

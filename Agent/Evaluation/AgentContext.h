@@ -5,6 +5,8 @@
 #include "Lists/ListBinding.h"
 #include "Lists/RoaTable.h"
 
+#include <memory>
+
 namespace Qcf::Agent {
 
 /// The agent's evaluation context: attributes and session facts of a route, and the agent's lists.
@@ -43,8 +45,8 @@ public:
     U32 vrfId() const override;
 
     /// Asks with the path as it is at the moment, changes included, and with the origin as the
-    /// route came. A path that was not changed is made text once a route, however many lists are
-    /// asked.
+    /// route came. A path that was not changed is made text at most once a route, however many
+    /// lists are asked, and not at all where the lists' answers are remembered.
     bool matchAsPathAccessList(Routing::Bgp::AspathContainerFromExisting const * path,
                                U64 aetNodeKey,
                                PtrConst<AsPathListStatus> const & status) const override;
@@ -98,6 +100,8 @@ public:
     bool matchRoaTable(U32 slot, U32 state) const override;
 
 private:
+    struct Remembered;
+
     /// What the table of that slot says of the route.
     Lists::OriginValidity validityBy(U32 slot) const;
     /// The path as patterns see it; valid until the next question.
@@ -107,6 +111,8 @@ private:
     /// own.
     Lists::PermittedSets<Eval::U64SmallVector> permittedInts_;
     Lists::PermittedSets<Eval::CommunitySmallVector> permittedCommunities_;
+    /// What lists with patterns said of paths and communities, also those of other routes.
+    std::unique_ptr<Remembered> remembered_;
     /// What patterns are searched in; the storage is kept from route to route.
     mutable String text_;
     /// The text of the path as the route of that number came.
