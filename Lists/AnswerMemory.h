@@ -13,9 +13,10 @@ namespace Qcf::Lists {
 ///     AnswerMemory<CommunityQuestion<U64>> memory;
 ///     memory.answerTo(CommunityQuestion<U64>{list.number(), community}, [&] { return ...; });
 ///
-/// A question has a `hash()`; what keeps one is assigned it, is compared with it by `==`, and is as
-/// a default one that nobody asks. Holds `places` answers from the first question on and allocates
-/// no more; a new answer takes the place of an older one. Belongs to one thread.
+/// A question has a `hash()` of 64 bits, of which the high ones depend on all that it says; what
+/// keeps one is assigned it, is compared with it by `==`, and is as a default one that nobody asks.
+/// Holds `places` answers from the first question on and allocates no more; a new answer takes the
+/// place of an older one. Belongs to one thread.
 template <typename KeptQuestion, std::size_t places = 1024>
 class AnswerMemory {
 public:
@@ -27,7 +28,7 @@ public:
         }
         // By the hash first: comparing what nearly always differs is guessed wrongly by processors.
         U64 const hash = question.hash();
-        Kept & kept = kept_[hash % places];
+        Kept & kept = kept_[(hash >> 32) % places];
         if (kept.hash != hash || !(kept.question == question)) {
             kept.answer = ask();
             kept.hash = hash;

@@ -16,10 +16,8 @@ struct CommunityQuestion {
     Community community{};
 
     bool operator==(CommunityQuestion const &) const = default;
-    U64 hash() const {
-        U64 const mixed = (list + std::hash<Community>()(community)) * 0x9e3779b97f4a7c15U;
-        return mixed ^ (mixed >> 32);
-    }
+    /// Of both, for AnswerMemory.
+    U64 hash() const { return (list + std::hash<Community>()(community)) * 0x9e3779b97f4a7c15U; }
 };
 
 } // namespace Qcf::Lists

@@ -30,12 +30,13 @@ public:
                segments.front().type == Routing::Bgp::SegmentType::sequence;
     }
 
+    /// Of all that is asked, for AnswerMemory.
     U64 hash() const {
         U64 mixed = list_ + origin_;
         for (Routing::Bgp::Asn const asn : asns_) {
             mixed = (mixed ^ asn) * 0x9e3779b97f4a7c15U;
         }
-        return mixed ^ (mixed >> 32);
+        return mixed;
     }
 
 private:

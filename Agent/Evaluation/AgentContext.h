@@ -19,9 +19,10 @@ namespace Qcf::Agent {
 ///         agent->changes().eachChange(visitor);
 ///     }
 ///
-/// One object serves one thread for route after route; once it has seen the largest of them it
-/// allocates nothing. Functions, lists and matchers are shared with other threads, but their counts
-/// are not touched for a route: what operations hand on is the thread's own.
+/// One object serves one thread for route after route; once it has seen the largest of them, and
+/// asked each kind of list, it allocates nothing. Functions, lists and matchers are shared with
+/// other threads, but their counts are not touched for a route: what operations hand on is the
+/// thread's own.
 ///
 /// The route is never written: what a function changes is gathered in `changes()`, which hold until
 /// the next route. Attributes that a route does not have read as the defaults of the table of
@@ -100,6 +101,7 @@ public:
     bool matchRoaTable(U32 slot, U32 state) const override;
 
 private:
+    /// What patterns need not be searched for again: some 150 kB, each part made when first needed.
     struct Remembered;
 
     /// What the table of that slot says of the route.
